@@ -1,0 +1,26 @@
+# How every target of the project is compiled.
+
+# Flags that the whole project shares: warnings, and sanitizers if asked for.
+add_library(vornath_flags INTERFACE)
+target_compile_options(vornath_flags INTERFACE -Wall -Wextra -Wpedantic -Wshadow -Wconversion)
+if(VORNATH_DATA_WERROR)
+  target_compile_options(vornath_flags INTERFACE -Werror)
+endif()
+
+# A layer: one object library for each folder of src/, an include root of its own.
+#   vornath_layer(NAME values SOURCES a.cpp b.cpp LINK vornath_types fmt::fmt)
+function(vornath_layer)
+  cmake_parse_arguments(LAYER "" "NAME" "SOURCES;LINK" ${ARGN})
+  set(target vornath_${LAYER_NAME})
+  add_library(${target} OBJECT ${LAYER_SOURCES})
+  target_include_directories(${target} PUBLIC
+    "${PROJECT_SOURCE_DIR}/include" "${CMAKE_CURRENT_SOURCE_DIR}")
+  target_compile_definitions(${target} PRIVATE VORNATH_DATA_BUILD)
+  target_link_libraries(${target} PUBLIC ${LAYER_LINK} PRIVATE vornath_flags)
+endfunction()
+
+if(VORNATH_DATA_SANITIZE)
+  add_compile_options(-fsanitize=${VORNATH_DATA_SANITIZE} -fno-omit-frame-pointer -g
+                      -fno-sanitize-recover=all -D_GLIBCXX_ASSERTIONS)
+  add_link_options(-fsanitize=${VORNATH_DATA_SANITIZE})
+endif()

@@ -1,0 +1,23 @@
+/* Export macro and C linkage blocks that every flat header uses. */
+#ifndef VORNATH_DATA_API_H
+#define VORNATH_DATA_API_H
+
+#if defined(_WIN32)
+#if defined(VORNATH_DATA_BUILD)
+#define VRNT_API __declspec(dllexport)
+#else
+#define VRNT_API __declspec(dllimport)
+#endif
+#else
+#define VRNT_API __attribute__((visibility("default")))
+#endif
+
+#ifdef __cplusplus
+#define VRNT_BEGIN_DECLS extern "C" {
+#define VRNT_END_DECLS }
+#else
+#define VRNT_BEGIN_DECLS
+#define VRNT_END_DECLS
+#endif
+
+#endif

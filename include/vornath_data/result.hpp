@@ -1,0 +1,216 @@
+/// Error codes, exceptions and results: how the C++ side of the library reports a failure.
+#ifndef VORNATH_DATA_RESULT_HPP
+#define VORNATH_DATA_RESULT_HPP
+
+#include <cstddef>
+#include <cstdint>
+#include <exception>
+#include <optional>
+#include <string_view>
+#include <type_traits>
+#include <utility>
+#include <variant>
+
+#include "vornath_data/api.h"
+
+/// Raised where a correct caller can't get to: a flat accessor was given a type of a kind that it
+/// doesn't accept. It has no text of its own.
+class VRNT_API VornathValuesAssertionFailure : public std::exception {
+ public:
+  VornathValuesAssertionFailure() noexcept = default;
+  VornathValuesAssertionFailure(const VornathValuesAssertionFailure&) noexcept = default;
+  VornathValuesAssertionFailure& operator=(const VornathValuesAssertionFailure&) noexcept = default;
+  ~VornathValuesAssertionFailure() override;
+};
+
+namespace vrnt {
+
+/// The kinds of failure. The numbers are stable; 23 is not in use.
+enum class ErrorCode : std::int32_t {
+  NoError = 0,
+  InvalidArguments = 1,
+  InvalidOperation = 2,
+  NotSupported = 3,
+  ParseFailed = 4,
+  CompilationFailed = 5,
+  BufferTypeMismatch = 6,
+  InvalidPath = 7,
+  DirectoryNotFound = 8,
+  FileNotFound = 9,
+  IoError = 10,
+  AccessDenied = 11,
+  ConnectionFailed = 12,
+  TimedOut = 13,
+  MissingBufferBinding = 14,
+  CpuNotSupported = 15,
+  GpuNotSupported = 16,
+  OutOfGraphicsMemory = 17,
+  VersionMismatch = 18,
+  InternalError = 19,
+  MemoryAllocationFailure = 20,
+  UnrecoverableState = 21,
+  Cancelled = 22,
+  StringEncodingError = 24,
+  UnknownError = 25
+};
+
+/// A code and, if there is one, a text of its own. An empty text is stored as none.
+/// Owns the text; a copy duplicates it, a move takes it and leaves the source without one.
+class VRNT_API ErrorRecord {
+ public:
+  ErrorRecord() noexcept = default;
+
+  /// Copies `text`; null or empty gives no text. Throws std::bad_alloc.
+  explicit ErrorRecord(ErrorCode code, std::string_view text = {});
+
+  ErrorRecord(const ErrorRecord& other);
+  ErrorRecord(ErrorRecord&& other) noexcept;
+  ErrorRecord& operator=(const ErrorRecord& other);
+  ErrorRecord& operator=(ErrorRecord&& other) noexcept;
+  ~ErrorRecord();
+
+  ErrorCode code() const noexcept { return code_; }
+
+  /// The text of its own, zero-terminated, or null. It belongs to the record.
+  const char* message() const noexcept { return message_; }
+
+  /// The bytes of the text without the terminator; 0 when there is none.
+  std::uint64_t length() const noexcept { return length_; }
+
+  /// The text of its own if there is one, else the fixed text of the code, as "IO error". Never
+  /// null.
+  const char* text() const noexcept;
+
+ private:
+  ErrorCode code_ = ErrorCode::NoError;
+  char* message_ = nullptr;
+  std::uint64_t length_ = 0;
+};
+
+namespace detail {
+
+/// One argument of a message format, passed without exposing the formatting library.
+class FormatArgument {
+ public:
+  using Value =
+      std::variant<bool, char, long long, unsigned long long, float, double, std::string_view>;
+
+  template <typename T, std::enable_if_t<std::is_arithmetic_v<T>, int> = 0>
+  FormatArgument(T value) noexcept  // NOLINT(google-explicit-constructor)
+      : value_(std::in_place_type<Stored<T>>, static_cast<Stored<T>>(value)) {}
+  template <typename T, std::enable_if_t<!std::is_arithmetic_v<T> &&
+                                             std::is_convertible_v<const T&, std::string_view>,
+                                         int> = 0>
+  FormatArgument(const T& value)  // NOLINT(google-explicit-constructor)
+      : value_(std::in_place_type<std::string_view>, value) {}
+
+  const Value& value() const noexcept { return value_; }
+
+ private:
+  // bool, char and float print in their own way; the other numbers print alike at every width.
+  template <typename T>
+  using Stored = std::conditional_t<
+      std::is_same_v<T, bool> || std::is_same_v<T, char> || std::is_same_v<T, float>, T,
+      std::conditional_t<std::is_floating_point_v<T>, double,
+                         std::conditional_t<std::is_signed_v<T>, long long, unsigned long long>>>;
+
+  Value value_;
+};
+
+}  // namespace detail
+
+/// What the library raises on purpose. It holds one ErrorRecord.
+class VRNT_API Exception : public std::exception {
+ public:
+  /// Copies `text`; null or empty gives no text, and what() is then the fixed text of the code.
+  explicit Exception(ErrorCode code, const char* text = nullptr);
+  Exception(ErrorCode code, std::string_view text);
+
+  /// Puts one to three arguments, numbers or texts, into the `{}` of `format`.
+  template <typename A>
+  Exception(ErrorCode code, const char* format, const A& a)
+      : Exception(code, format, Args<1>{{a}}) {}
+  template <typename A, typename B>
+  Exception(ErrorCode code, const char* format, const A& a, const B& b)
+      : Exception(code, format, Args<2>{{a, b}}) {}
+  template <typename A, typename B, typename C>
+  Exception(ErrorCode code, const char* format, const A& a, const B& b, const C& c)
+      : Exception(code, format, Args<3>{{a, b, c}}) {}
+
+  /// Takes the record over.
+  explicit Exception(ErrorRecord&& record) noexcept;
+
+  Exception(const Exception& other);
+  Exception(Exception&& other) noexcept;
+  Exception& operator=(const Exception& other);
+  Exception& operator=(Exception&& other) noexcept;
+  ~Exception() override;
+
+  /// The text of its own if there is one, else the fixed text of the code.
+  const char* what() const noexcept override;
+
+  ErrorCode code() const noexcept { return record_.code(); }
+  const ErrorRecord& record() const noexcept { return record_; }
+
+ private:
+  template <std::size_t N>
+  struct Args {
+    detail::FormatArgument items[N];
+  };
+  template <std::size_t N>
+  Exception(ErrorCode code, const char* format, const Args<N>& args)
+      : Exception(code, format, args.items, N) {}
+  Exception(ErrorCode code, const char* format, const detail::FormatArgument* args,
+            std::size_t count);
+
+  ErrorRecord record_;
+};
+
+/// Either a T, or the record of why there is none. Default-constructed records don't occur in a
+/// failure: a failure's code isn't NoError.
+template <typename T>
+class Result {
+ public:
+  Result(const T& value) : value_(value) {}                  // NOLINT(google-explicit-constructor)
+  Result(T&& value) : value_(std::move(value)) {}            // NOLINT(google-explicit-constructor)
+  Result(ErrorRecord&& error) : error_(std::move(error)) {}  // NOLINT(google-explicit-constructor)
+  explicit Result(ErrorCode code, std::string_view text = {}) : error_(code, text) {}
+
+  bool hasValue() const noexcept { return value_.has_value(); }
+  explicit operator bool() const noexcept { return hasValue(); }
+
+  /// The T. Throws a vrnt::Exception made from a copy of the record if there is none.
+  T& value() & {
+    require();
+    return *value_;
+  }
+  const T& value() const& {
+    require();
+    return *value_;
+  }
+  T&& value() && {
+    require();
+    return *std::move(value_);
+  }
+
+  T& operator*() & { return value(); }
+  const T& operator*() const& { return value(); }
+  T&& operator*() && { return std::move(*this).value(); }
+  T* operator->() { return &value(); }
+  const T* operator->() const { return &value(); }
+
+  /// The record: code NoError and no text on success. It belongs to the result.
+  const ErrorRecord& error() const noexcept { return error_; }
+
+ private:
+  void require() const {
+    if (!value_) throw Exception(ErrorRecord(error_));
+  }
+
+  std::optional<T> value_;
+  ErrorRecord error_;
+};
+
+}  // namespace vrnt
+
+#endif

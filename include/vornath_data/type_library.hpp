@@ -1,0 +1,230 @@
+/// The type library's own C++ names: the type model, its factory, and the bridges from a `Type` or
+/// a `DynamicValue` to the flat handles. Hosts use the flat functions; this header is for code that
+/// lives beside the library and holds a `Type` (a vrntType_t* is its address).
+#ifndef VORNATH_DATA_TYPE_LIBRARY_HPP
+#define VORNATH_DATA_TYPE_LIBRARY_HPP
+
+#include <atomic>
+#include <boost/smart_ptr/intrusive_ptr.hpp>
+#include <boost/thread/mutex.hpp>
+#include <cstdint>
+#include <map>
+#include <memory>
+#include <optional>
+#include <string>
+#include <string_view>
+#include <utility>
+#include <variant>
+#include <vector>
+
+#include "vornath_data/api.h"
+#include "vornath_data/types.h"
+#include "vornath_data/values.h"
+
+namespace qex::vornath {
+
+class Type;
+class DynamicValue;
+
+/// A counted pointer to an interned type.
+using TypePtr = boost::intrusive_ptr<const Type>;
+
+/// A box: owns one T on the heap; a copy of the box copies the T. It breaks the circle between
+/// types, whose metadata hold values, and values, which have a type.
+template <typename T>
+class HeapValue {
+ public:
+  explicit HeapValue(const T& value);
+  explicit HeapValue(T&& value);
+  HeapValue(const HeapValue& other);
+  HeapValue(HeapValue&& other) noexcept : value_(other.value_) { other.value_ = nullptr; }
+  HeapValue& operator=(const HeapValue& other);
+  HeapValue& operator=(HeapValue&& other) noexcept {
+    std::swap(value_, other.value_);
+    return *this;
+  }
+  ~HeapValue();
+
+  const T& operator*() const { return *value_; }
+  const T* get() const { return value_; }
+
+ private:
+  T* value_;
+};
+
+/// An annotation: a flag, a text, or a value. The index is the kind number of the flat interface.
+using MetadataEntry = std::variant<std::monostate, std::string, HeapValue<DynamicValue>>;
+
+/// The annotations of one type or constructor, in ascending byte order of their keys.
+using Metadata = std::map<std::string, MetadataEntry, std::less<>>;
+
+struct index2 {
+  std::int32_t x, y;
+  friend bool operator==(const index2& a, const index2& b) { return a.x == b.x && a.y == b.y; }
+};
+struct index3 {
+  std::int32_t x, y, z;
+  friend bool operator==(const index3& a, const index3& b) {
+    return a.x == b.x && a.y == b.y && a.z == b.z;
+  }
+};
+struct index4 {
+  std::int32_t x, y, z, w;
+  friend bool operator==(const index4& a, const index4& b) {
+    return a.x == b.x && a.y == b.y && a.z == b.z && a.w == b.w;
+  }
+};
+
+/// What a value's bytes mean: an immutable description with annotations, its size, its layout and
+/// the places of its references.
+///
+/// Identity: made by the Factory only, one object for each description and metadata, so that equal
+/// types have equal addresses (types with values in their metadata excepted). Lifetime: until its
+/// count falls to zero, or, if it is permanent, until vrntValuesShutdown(). Threads: everything but
+/// the count and `permanent` is constant after construction and read without a lock.
+class Type {
+ public:
+  class Factory;
+
+  /// Scalars and short vectors. The numbers are part of the order of types.
+  enum class TBasetype : std::int32_t {
+    Bool, Bool2, Bool3, Bool4,
+    Int, Int2, Int3, Int4,
+    Float, Float2, Float3, Float4,
+    Char, Char2, Char3, Char4,
+    Half, Half2, Half3, Half4
+  };
+
+  /// A field of a struct. Throws "Not a concrete type: {}." for a type without a definite size.
+  struct Field {
+    Field(TypePtr fieldType, std::string fieldLabel);
+
+    TypePtr type;
+    std::string label;
+  };
+
+  /// Named fields in order. Throws "Duplicate struct field: {}.".
+  struct TStruct {
+    TStruct() = default;
+    explicit TStruct(std::vector<Field> structFields);
+
+    bool hasField(std::string_view label) const;
+    /// Throws "Field not found in struct: {}.".
+    std::size_t fieldIndex(std::string_view label) const;
+
+    std::vector<Field> fields;
+    std::vector<std::uint64_t> offsets;  ///< bytes, one for each field
+  };
+
+  struct Constructor {
+    std::string name;
+    Metadata metadata;
+    TStruct payload;  ///< part of the type only: no value stores it
+  };
+
+  /// Constructors; the position of one is the code that a value stores. Throws "Enum requires at
+  /// least one constructor." and "Duplicate enum constructor: {}.".
+  struct TEnum {
+    explicit TEnum(std::vector<Constructor> enumConstructors);
+
+    /// Throws "Invalid enum constructor: {}".
+    std::int32_t constructorIndex(std::string_view name) const;
+    /// Throws "Enum code out of range: {}".
+    const std::string& constructorName(std::int32_t code) const;
+
+    std::vector<Constructor> constructors;
+  };
+
+  /// An array of rank 1 to 4 (D is int, index2, index3 or index4). No shape means unknown extents.
+  /// Throws "concrete type required" and "negative array length".
+  template <typename D>
+  struct TArrayND {
+    TArrayND(TypePtr elementType, std::optional<D> extents);
+
+    TypePtr element;
+    std::optional<D> shape;
+  };
+
+  /// A reference; without a target it is `void*`.
+  struct TRef {
+    TypePtr target;
+  };
+
+  struct TFun {
+    std::vector<TypePtr> domain;
+    TypePtr codomain;
+  };
+
+  /// The order of the alternatives is the first criterion of the order of types.
+  using TypeDesc = std::variant<TBasetype, TEnum, TStruct, TArrayND<int>, TArrayND<index2>,
+                                TArrayND<index3>, TArrayND<index4>, TRef, TFun>;
+
+  Type(const Type&) = delete;
+  Type& operator=(const Type&) = delete;
+
+  /// The process's factory. With `create` it is made if there is none yet; without, an empty pointer
+  /// is returned then. The reference stays valid until the library is unloaded.
+  VRNT_API static const std::shared_ptr<Factory>& get_factory(bool create);
+
+  const TypeDesc& desc() const noexcept { return desc_; }
+  template <typename Alternative>
+  const Alternative* getIf() const noexcept {
+    return std::get_if<Alternative>(&desc_);
+  }
+  const Metadata& metadata() const noexcept { return metadata_; }
+  std::uint64_t alignment() const noexcept { return alignment_; }
+  std::uint64_t size() const noexcept { return size_; }
+  /// Whether the type has a definite size, so that a value of it can stand by itself.
+  bool concrete() const noexcept { return concrete_; }
+  /// concrete(), and every reference leads to a known type that is deepConcrete() too.
+  bool deepConcrete() const noexcept { return deepConcrete_; }
+  const std::string& text() const noexcept { return text_; }
+  /// The places of the references in a value, in 8-byte words from its start, ascending.
+  const std::vector<std::uint64_t>& refSlots() const noexcept { return refSlots_; }
+  /// The same type without metadata at any depth; this very type if there is none to take off.
+  const Type& stripped() const noexcept { return stripped_ ? *stripped_ : *this; }
+
+ private:
+  friend class Factory;
+  friend void intrusive_ptr_add_ref(const Type* type) noexcept;
+  friend void intrusive_ptr_release(const Type* type) noexcept;
+
+  Type(TypeDesc desc, const Metadata& metadata, TypePtr stripped, std::weak_ptr<Factory> factory);
+  ~Type();
+
+  TypeDesc desc_;
+  Metadata metadata_;
+  std::uint64_t alignment_ = 0;
+  std::uint64_t size_ = 0;
+  bool concrete_ = false;
+  bool deepConcrete_ = false;
+  std::string text_;
+  std::vector<std::uint64_t> refSlots_;
+  mutable std::atomic<bool> permanent_{false};
+  mutable std::atomic<std::uint32_t> references_{0};
+  std::weak_ptr<Factory> factory_;
+  TypePtr stripped_;
+  mutable const Type* nextEnded_ = nullptr;  // the factory's chain of types that are to be destroyed
+};
+
+using TypeDesc = Type::TypeDesc;
+
+/// One atomic increment, no lock.
+void intrusive_ptr_add_ref(const Type* type) noexcept;
+
+/// One atomic decrement; the last one takes the factory's lock and ends the type.
+void intrusive_ptr_release(const Type* type) noexcept;
+
+/// A flat handle on the type: the type's address with a new reference.
+VRNT_API vrntType_t* allocateType(const Type& type);
+
+/// A flat handle on the value: the address of the value's block with a new reference.
+VRNT_API vrntValue_t* allocateValue(const DynamicValue& value);
+
+/// Held for the whole of each parse in the process; not recursive. Whoever holds the factory's lock
+/// must not take it.
+extern VRNT_API boost::mutex parser_mutex;
+
+}  // namespace qex::vornath
+
+#endif

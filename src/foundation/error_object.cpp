@@ -1,0 +1,56 @@
+#include "error_object.hpp"
+
+#include <cstdlib>
+#include <utility>
+
+namespace qex::vornath {
+namespace {
+
+// Keeps the object out of the destructors at unload: other destructors may still report through it.
+union NeverDestroyed {
+  constexpr NeverDestroyed() : object{OutOfMemory, "Out of memory."} {}
+  // NOLINTNEXTLINE(modernize-use-equals-default): defaulted, it would be deleted
+  ~NeverDestroyed() {}
+
+  vrntValuesError_t object;
+};
+
+// The text is short enough to stand inside the string object, so nothing is allocated: the object
+// is there at compile time, or with a compiler that can't do that, when the library is loaded.
+NeverDestroyed outOfMemoryStorage;
+
+}  // namespace
+
+constinit vrntValuesError_t& outOfMemoryError = outOfMemoryStorage.object;
+
+vrntValuesError_t* makeError(std::uint32_t kind, std::string message) {
+  return new vrntValuesError_t{kind, std::move(message)};
+}
+
+void storeError(vrntValuesError_t** location, std::uint32_t kind, const char* message) noexcept {
+  try {
+    *location = makeError(kind, message);
+  } catch (...) {
+    *location = &outOfMemoryError;
+  }
+}
+
+}  // namespace qex::vornath
+
+using qex::vornath::outOfMemoryError;
+
+extern "C" {
+
+uint32_t vrntValuesErrorCode(const vrntValuesError_t* error) { return error->kind; }
+
+const char* vrntValuesErrorMessage(const vrntValuesError_t* error) {
+  return error->message.c_str();
+}
+
+void vrntValuesErrorDestroy(vrntValuesError_t* error) {
+  if (error != &outOfMemoryError) delete error;
+}
+
+void vrntDestroyString(const char* string) { std::free(const_cast<char*>(string)); }
+
+}  // extern "C"

@@ -1,0 +1,145 @@
+#include "vornath_data/unique_id.hpp"
+
+#include <cryptopp/blake2.h>
+
+#include <algorithm>
+#include <boost/uuid/random_generator.hpp>
+#include <cstdlib>
+#include <cstring>
+#include <ios>
+#include <ostream>
+
+namespace vrnt {
+namespace {
+
+constexpr std::size_t kSize = 16;
+
+// Tree mode sets the last-node flag in the last block, which is in every identifier that was ever
+// stored: a plain BLAKE2b of this length gives others.
+class Digest {
+ public:
+  void update(const void* data, std::size_t size) {
+    if (size != 0) blake_.Update(static_cast<const CryptoPP::byte*>(data), size);
+  }
+  // Leaves a fresh state behind.
+  UniqueId finalize() {
+    UniqueId id;
+    blake_.Final(id.begin());
+    return id;
+  }
+
+ private:
+  CryptoPP::BLAKE2b blake_{true, kSize};
+};
+
+class FormatGuard {
+ public:
+  explicit FormatGuard(std::ostream& stream)
+      : stream_(stream), flags_(stream.flags()), width_(stream.width()), fill_(stream.fill()) {}
+  FormatGuard(const FormatGuard&) = delete;
+  FormatGuard& operator=(const FormatGuard&) = delete;
+  ~FormatGuard() {
+    stream_.flags(flags_);
+    stream_.width(width_);
+    stream_.fill(fill_);
+  }
+
+ private:
+  std::ostream& stream_;
+  std::ios_base::fmtflags flags_;
+  std::streamsize width_;
+  char fill_;
+};
+
+}  // namespace
+
+UniqueId& UniqueId::operator=(const UniqueId& other) noexcept {
+  std::memmove(bytes_, other.bytes_, kSize);
+  return *this;
+}
+
+UniqueId& UniqueId::operator=(UniqueId&& other) noexcept {
+  std::memmove(bytes_, other.bytes_, kSize);
+  return *this;
+}
+
+UniqueId UniqueId::generate() {
+  // Its own for each thread: the provider isn't for two at once.
+  thread_local boost::uuids::random_generator_pure generator;
+  const boost::uuids::uuid uuid = generator();
+  UniqueId id;
+  std::copy(uuid.begin(), uuid.end(), id.begin());
+  return id;
+}
+
+UniqueId UniqueId::null() noexcept { return UniqueId(); }
+
+bool UniqueId::isNull() const noexcept {
+  static constexpr std::uint8_t kNull[kSize] = {};
+  return std::memcmp(bytes_, kNull, kSize) == 0;
+}
+
+UniqueId UniqueId::hash(const char* text) { return hash(text, std::strlen(text)); }
+
+UniqueId UniqueId::hash(const char* data, std::size_t size) {
+  thread_local Digest digest;
+  digest.update(data, size);
+  return digest.finalize();
+}
+
+Result<UniqueId> UniqueId::parse(const char* text) {
+  UniqueId id;
+  for (std::uint8_t& byte : id) {
+    if (text[0] == '\0' || text[1] == '\0') {
+      return Result<UniqueId>(ErrorCode::ParseFailed,
+                              "cannot parse unique ID: unexpected end of string");
+    }
+    const char pair[3] = {text[0], text[1], '\0'};
+    char* end = nullptr;
+    const long number = std::strtol(pair, &end, 16);
+    if (end == pair) {
+      return Result<UniqueId>(ErrorCode::ParseFailed,
+                              "cannot parse unique id: contains non-hex numbers");
+    }
+    byte = static_cast<std::uint8_t>(number & 0xFF);
+    text += 2;
+  }
+  return id;
+}
+
+int UniqueId::size() noexcept { return static_cast<int>(kSize); }
+
+std::uint8_t* UniqueId::begin() noexcept { return bytes_; }
+const std::uint8_t* UniqueId::begin() const noexcept { return bytes_; }
+std::uint8_t* UniqueId::end() noexcept { return bytes_ + kSize; }
+const std::uint8_t* UniqueId::end() const noexcept { return bytes_ + kSize; }
+
+bool operator==(const UniqueId& a, const UniqueId& b) noexcept {
+  return std::memcmp(a.begin(), b.begin(), kSize) == 0;
+}
+
+std::ostream& operator<<(std::ostream& stream, const UniqueId& id) {
+  const FormatGuard guard(stream);
+  stream.fill('0');
+  stream.setf(std::ios_base::hex, std::ios_base::basefield);
+  for (const std::uint8_t byte : id) {
+    stream.width(2);
+    stream << static_cast<int>(byte);
+  }
+  return stream;
+}
+
+struct UniqueId::Hasher::State {
+  Digest digest;
+};
+
+UniqueId::Hasher::Hasher() : state_(std::make_unique<State>()) {}
+UniqueId::Hasher::~Hasher() = default;
+
+void UniqueId::Hasher::update(const void* data, std::size_t size) {
+  state_->digest.update(data, size);
+}
+
+UniqueId UniqueId::Hasher::finalize() { return state_->digest.finalize(); }
+
+}  // namespace vrnt

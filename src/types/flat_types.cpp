@@ -1,0 +1,190 @@
+#include <cstring>
+#include <string_view>
+
+#include "base_types.hpp"
+#include "boundary.hpp"
+#include "fixed_struct_types.hpp"
+#include "relations.hpp"
+#include "type_factory.hpp"
+#include "type_handle.hpp"
+#include "vornath_data/types.h"
+
+using qex::vornath::Type;
+using qex::vornath::typeHandle;
+using qex::vornath::typeOf;
+using qex::vornath::TypePtr;
+
+namespace {
+
+// The handle takes over the pointer's reference.
+vrntType_t* release(TypePtr type) { return typeHandle(*type.detach()); }
+
+vrntType_t* newReference(const TypePtr& type) { return release(type); }
+
+[[noreturn]] void assertionFailed() { throw VornathValuesAssertionFailure(); }
+
+template <typename... Functions>
+struct Overloaded : Functions... {
+  using Functions::operator()...;
+};
+
+template <typename... Functions>
+auto visitType(const vrntType_t* type, Functions... functions) {
+  return std::visit(Overloaded<Functions...>{std::move(functions)...}, typeOf(type).desc());
+}
+
+template <typename D>
+constexpr std::uint32_t kRank = sizeof(D) / sizeof(std::int32_t);
+
+void copyShape(int shape, std::int32_t* out) { *out = shape; }
+
+template <typename D>
+void copyShape(const D& shape, std::int32_t* out) {
+  static_assert(std::is_trivially_copyable_v<D>);
+  std::memcpy(out, &shape, sizeof shape);
+}
+
+const TypePtr& elementOrTarget(const vrntType_t* type) {
+  const TypePtr* found = std::visit(
+      Overloaded{[]<typename D>(const Type::TArrayND<D>& array) { return &array.element; },
+                 [](const Type::TRef& reference) { return &reference.target; },
+                 [](const auto&) -> const TypePtr* { assertionFailed(); }},
+      typeOf(type).desc());
+  return *found;
+}
+
+}  // namespace
+
+vrntType_t* vrntTypeParse(const char* text, vrntValuesError_t** error) {
+  return qex::vornath::reportLibraryErrorsOrUnknown(error, nullptr, [text]() -> vrntType_t* {
+    return release(Type::get_factory(true)->parseType(text));
+  });
+}
+
+vrntType_t* vrntTypeCopy(const vrntType_t* type) {
+  intrusive_ptr_add_ref(&typeOf(type));
+  return typeHandle(typeOf(type));
+}
+
+void vrntTypeDestroy(const vrntType_t* type) { intrusive_ptr_release(&typeOf(type)); }
+
+void vrntValuesShutdown(void) {
+  if (const auto factory = Type::get_factory(false)) factory->shutDown();
+}
+
+uint64_t vrntTypeSize(const vrntType_t* type) { return typeOf(type).size(); }
+
+uint64_t vrntTypeAlignment(const vrntType_t* type) { return typeOf(type).alignment(); }
+
+const char* vrntTypeString(const vrntType_t* type) { return typeOf(type).text().c_str(); }
+
+vrntType_t* vrntTypeStripMetadata(const vrntType_t* type) {
+  return newReference(TypePtr(&typeOf(type).stripped()));
+}
+
+vrntType_t* vrtnTypeFloatArray(uint64_t count) {
+  return release(qex::vornath::floatArrayType(static_cast<std::int32_t>(count)));
+}
+
+uint32_t vrntTypeBasetype(const vrntType_t* type) {
+  return visitType(
+      type,
+      [](Type::TBasetype base) {
+        return static_cast<std::uint32_t>(qex::vornath::baseTypeInfo(base).family);
+      },
+      [](const Type::TStruct&) -> std::uint32_t { return VRNT_BASETYPE_STRUCT; },
+      [](const auto&) -> std::uint32_t { assertionFailed(); });
+}
+
+uint32_t vrntTypeDescriptor(const vrntType_t* type) {
+  return visitType(
+      type, [](Type::TBasetype) -> std::uint32_t { return VRNT_DESCRIPTOR_BASE; },
+      // A spectrum is a leaf to hosts, as a number is.
+      [type](const Type::TStruct&) -> std::uint32_t {
+        return isSubType(typeOf(type), qex::vornath::spectrumType()) ? VRNT_DESCRIPTOR_BASE
+                                                                     : VRNT_DESCRIPTOR_STRUCT;
+      },
+      []<typename D>(const Type::TArrayND<D>&) -> std::uint32_t { return VRNT_DESCRIPTOR_ARRAY; },
+      [](const Type::TRef&) -> std::uint32_t { return VRNT_DESCRIPTOR_REFERENCE; },
+      [](const Type::TEnum&) -> std::uint32_t { return VRNT_DESCRIPTOR_ENUM; },
+      [](const Type::TFun&) -> std::uint32_t { return VRNT_DESCRIPTOR_FUNCTION; });
+}
+
+uint32_t vrntTypeVectorDimension(const vrntType_t* type) {
+  return visitType(
+      type, [](Type::TBasetype base) { return qex::vornath::baseTypeInfo(base).lanes; },
+      [](const auto&) -> std::uint32_t { return 1; });
+}
+
+uint32_t vrntTypeArrayDimension(const vrntType_t* type) {
+  return visitType(
+      type, []<typename D>(const Type::TArrayND<D>&) { return kRank<D>; },
+      [](const auto&) -> std::uint32_t { assertionFailed(); });
+}
+
+void vrntTypeArrayShape(const vrntType_t* type, int32_t* shape) {
+  visitType(
+      type,
+      [shape]<typename D>(const Type::TArrayND<D>& array) {
+        if (array.shape) {
+          copyShape(*array.shape, shape);
+        } else {
+          for (std::uint32_t i = 0; i < kRank<D>; ++i) shape[i] = -1;
+        }
+      },
+      [](const auto&) { assertionFailed(); });
+}
+
+vrntType_t* vrntTypeElementType(const vrntType_t* type) {
+  return newReference(elementOrTarget(type));
+}
+
+vrntType_t* vrntTypeReferencedType(const vrntType_t* type) {
+  const TypePtr& target = elementOrTarget(type);
+  return target ? newReference(target) : nullptr;
+}
+
+uint32_t vrntTypeFieldCount(const vrntType_t* type) {
+  return visitType(
+      type, [](const Type::TEnum& e) { return static_cast<std::uint32_t>(e.constructors.size()); },
+      [](const Type::TStruct& s) { return static_cast<std::uint32_t>(s.fields.size()); },
+      [](const Type::TFun& f) { return static_cast<std::uint32_t>(f.domain.size()); },
+      [](const auto&) -> std::uint32_t { assertionFailed(); });
+}
+
+uint32_t vrntTypeConstructorCount(const vrntType_t* type) { return vrntTypeFieldCount(type); }
+
+const char* vrntTypeFieldLabel(const vrntType_t* type, uint32_t index) {
+  return visitType(
+      type,
+      [index](const Type::TEnum& e) -> const char* { return e.constructors[index].name.c_str(); },
+      [index](const Type::TStruct& s) -> const char* { return s.fields[index].label.c_str(); },
+      [](const auto&) -> const char* { assertionFailed(); });
+}
+
+const char* vrntTypeConstructorName(const vrntType_t* type, uint32_t index) {
+  return vrntTypeFieldLabel(type, index);
+}
+
+vrntType_t* vrntTypeFieldType(const vrntType_t* type, uint32_t index) {
+  return visitType(
+      type, [index](const Type::TStruct& s) { return newReference(s.fields[index].type); },
+      [index](const Type::TFun& f) { return newReference(f.domain[index]); },
+      [](const auto&) -> vrntType_t* { assertionFailed(); });
+}
+
+int32_t vrntTypeIsSubType(const vrntType_t* a, const vrntType_t* b) {
+  return a == b || isSubType(typeOf(a), typeOf(b)) ? 1 : 0;
+}
+
+int32_t vrntTypeIsEqual(const vrntType_t* a, const vrntType_t* b) {
+  return a == b || isSameType(typeOf(a), typeOf(b)) ? 1 : 0;
+}
+
+char* vrntTypeCheckSubType(const vrntType_t* a, const vrntType_t* b, vrntValuesError_t** error) {
+  const auto reason = checkSubType(typeOf(a), typeOf(b));
+  if (!reason) return nullptr;
+  char* const copy = strdup(reason->c_str());
+  if (!copy) *error = &qex::vornath::outOfMemoryError;
+  return copy;
+}

@@ -1,0 +1,31 @@
+/// Whether a value of one type may stand where another is expected. Metadata plays no part.
+#ifndef VORNATH_TYPES_RELATIONS_HPP
+#define VORNATH_TYPES_RELATIONS_HPP
+
+#include <optional>
+#include <string>
+
+#include "vornath_data/type_library.hpp"
+
+namespace qex::vornath {
+
+/// The type without metadata at any depth: its twin, or the type itself.
+inline const Type& stripMetadata(const Type& type) { return type.stripped(); }
+
+/// Whether a value of `a` may stand where `b` is expected.
+bool isSubType(const Type& a, const Type& b);
+
+/// Whether each may stand for the other.
+inline bool isSameType(const Type& a, const Type& b) {
+  return &a.stripped() == &b.stripped() || (isSubType(a, b) && isSubType(b, a));
+}
+
+/// isSubType() with the first reason against it in words; nothing means yes.
+std::optional<std::string> checkSubType(const Type& a, const Type& b);
+
+/// Throws vrnt::Exception with `format`, its {} being the reason, unless `a` may stand for `b`.
+void requireRelated(const Type& a, const Type& b, const char* format);
+
+}  // namespace qex::vornath
+
+#endif

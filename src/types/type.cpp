@@ -1,0 +1,125 @@
+#include <unordered_set>
+
+#include "layout.hpp"
+#include "metadata.hpp"
+#include "type_handle.hpp"
+#include "type_text.hpp"
+#include "vornath_data/result.hpp"
+#include "vornath_data/type_library.hpp"
+
+namespace qex::vornath {
+namespace {
+
+using vrnt::ErrorCode;
+using vrnt::Exception;
+
+// The name of the first item that has a twin later in the list, or null.
+template <typename Items, typename NameOf>
+const std::string* firstWithTwin(const Items& items, NameOf nameOf) {
+  std::unordered_set<std::string_view> later;
+  const std::string* first = nullptr;
+  for (auto item = items.rbegin(); item != items.rend(); ++item) {
+    const std::string& name = nameOf(*item);
+    if (!later.insert(name).second) first = &name;
+  }
+  return first;
+}
+
+bool negative(int shape) { return shape < 0; }
+bool negative(const index2& s) { return s.x < 0 || s.y < 0; }
+bool negative(const index3& s) { return s.x < 0 || s.y < 0 || s.z < 0; }
+bool negative(const index4& s) { return s.x < 0 || s.y < 0 || s.z < 0 || s.w < 0; }
+
+}  // namespace
+
+Type::Field::Field(TypePtr fieldType, std::string fieldLabel)
+    : type(std::move(fieldType)), label(std::move(fieldLabel)) {
+  if (!type->concrete()) {
+    throw Exception(ErrorCode::InvalidArguments, "Not a concrete type: {}.", type->text());
+  }
+}
+
+Type::TStruct::TStruct(std::vector<Field> structFields) : fields(std::move(structFields)) {
+  const auto label = [](const Field& field) -> const std::string& { return field.label; };
+  if (const std::string* twin = firstWithTwin(fields, label)) {
+    throw Exception(ErrorCode::InvalidArguments, "Duplicate struct field: {}.", *twin);
+  }
+  offsets = structOffsets(fields);
+}
+
+bool Type::TStruct::hasField(std::string_view label) const {
+  for (const Field& field : fields) {
+    if (field.label == label) return true;
+  }
+  return false;
+}
+
+std::size_t Type::TStruct::fieldIndex(std::string_view label) const {
+  for (std::size_t i = 0; i < fields.size(); ++i) {
+    if (fields[i].label == label) return i;
+  }
+  throw Exception(ErrorCode::InvalidArguments, "Field not found in struct: {}.", label);
+}
+
+Type::TEnum::TEnum(std::vector<Constructor> enumConstructors)
+    : constructors(std::move(enumConstructors)) {
+  if (constructors.empty()) {
+    throw Exception(ErrorCode::InvalidArguments, "Enum requires at least one constructor.");
+  }
+  const auto name = [](const Constructor& c) -> const std::string& { return c.name; };
+  if (const std::string* twin = firstWithTwin(constructors, name)) {
+    throw Exception(ErrorCode::InvalidArguments, "Duplicate enum constructor: {}.", *twin);
+  }
+}
+
+std::int32_t Type::TEnum::constructorIndex(std::string_view name) const {
+  for (std::size_t i = 0; i < constructors.size(); ++i) {
+    if (constructors[i].name == name) return static_cast<std::int32_t>(i);
+  }
+  throw Exception(ErrorCode::InvalidArguments, "Invalid enum constructor: {}", name);
+}
+
+const std::string& Type::TEnum::constructorName(std::int32_t code) const {
+  if (code < 0 || static_cast<std::size_t>(code) >= constructors.size()) {
+    throw Exception(ErrorCode::InvalidArguments, "Enum code out of range: {}", code);
+  }
+  return constructors[static_cast<std::size_t>(code)].name;
+}
+
+template <typename D>
+Type::TArrayND<D>::TArrayND(TypePtr elementType, std::optional<D> extents)
+    : element(std::move(elementType)), shape(extents) {
+  if (!element->concrete()) throw Exception(ErrorCode::InvalidArguments, "concrete type required");
+  if (shape && negative(*shape)) {
+    throw Exception(ErrorCode::InvalidArguments, "negative array length");
+  }
+}
+
+template struct Type::TArrayND<int>;
+template struct Type::TArrayND<index2>;
+template struct Type::TArrayND<index3>;
+template struct Type::TArrayND<index4>;
+
+Type::Type(TypeDesc desc, const Metadata& metadata, TypePtr stripped,
+           std::weak_ptr<Factory> factory)
+    : desc_(std::move(desc)),
+      metadata_(metadata),
+      factory_(std::move(factory)),
+      stripped_(std::move(stripped)) {
+  Layout layout = computeLayout(desc_);
+  size_ = layout.size;
+  alignment_ = layout.alignment;
+  concrete_ = layout.concrete;
+  deepConcrete_ = layout.deepConcrete;
+  refSlots_ = std::move(layout.refSlots);
+  text_ = descText(desc_) + metadataText(metadata_);
+}
+
+Type::~Type() = default;
+
+vrntType_t* allocateType(const Type& type) {
+  intrusive_ptr_add_ref(&type);
+  return typeHandle(type);
+}
+
+}  // namespace qex::vornath

@@ -1,0 +1,217 @@
+#include "type_factory.hpp"
+
+#include <cstring>
+#include <mutex>
+#include <utility>
+
+#include "type_parser.hpp"
+
+namespace qex::vornath {
+namespace {
+
+std::mutex creationMutex;
+std::atomic<bool> created{false};
+std::shared_ptr<Type::Factory> factory;
+const std::shared_ptr<Type::Factory> none;
+
+TypePtr twin(const TypePtr& type) { return type ? TypePtr(&type->stripped()) : TypePtr(); }
+
+bool annotated(const TypePtr& type) { return type && &type->stripped() != type.get(); }
+
+// The description of the twin without metadata, or nothing if there is none to take off.
+std::optional<TypeDesc> strippedDesc(Type::TBasetype base, bool own) {
+  if (!own) return std::nullopt;
+  return base;
+}
+
+std::optional<TypeDesc> strippedDesc(const Type::TEnum& enumeration, bool own) {
+  bool any = own;
+  for (const auto& constructor : enumeration.constructors) {
+    any = any || !constructor.metadata.empty();
+  }
+  if (!any) return std::nullopt;
+  std::vector<Type::Constructor> names;
+  names.reserve(enumeration.constructors.size());
+  for (const auto& constructor : enumeration.constructors) {
+    names.push_back({constructor.name, {}, {}});
+  }
+  return Type::TEnum(std::move(names));
+}
+
+std::optional<TypeDesc> strippedDesc(const Type::TStruct& structure, bool own) {
+  bool any = own;
+  for (const Type::Field& field : structure.fields) any = any || annotated(field.type);
+  if (!any) return std::nullopt;
+  Type::TStruct stripped = structure;
+  for (Type::Field& field : stripped.fields) field.type = twin(field.type);
+  return stripped;
+}
+
+template <typename D>
+std::optional<TypeDesc> strippedDesc(const Type::TArrayND<D>& array, bool own) {
+  if (!own && !annotated(array.element)) return std::nullopt;
+  return Type::TArrayND<D>(twin(array.element), array.shape);
+}
+
+std::optional<TypeDesc> strippedDesc(const Type::TRef& reference, bool own) {
+  if (!own && !annotated(reference.target)) return std::nullopt;
+  return Type::TRef{twin(reference.target)};
+}
+
+std::optional<TypeDesc> strippedDesc(const Type::TFun& function, bool own) {
+  bool any = own || annotated(function.codomain);
+  for (const TypePtr& domain : function.domain) any = any || annotated(domain);
+  if (!any) return std::nullopt;
+  Type::TFun stripped = function;
+  stripped.codomain = twin(function.codomain);
+  for (TypePtr& domain : stripped.domain) domain = twin(domain);
+  return stripped;
+}
+
+std::uint64_t mix(std::uint64_t digest, std::uint64_t word) {
+  digest = (digest ^ word) * 0x9E3779B97F4A7C15U;
+  return digest ^ (digest >> 29);
+}
+
+std::uint64_t wordAt(std::string_view text, std::size_t position) {
+  std::uint64_t word;
+  std::memcpy(&word, text.data() + position, sizeof word);
+  return word;
+}
+
+std::uint64_t textDigest(std::string_view text) {
+  constexpr std::size_t kWord = sizeof(std::uint64_t);
+  constexpr std::size_t kSamples = 32;
+  std::uint64_t digest = mix(0, text.size());
+  if (text.size() < kWord) {
+    std::uint64_t word = 0;
+    std::memcpy(&word, text.data(), text.size());
+    return mix(digest, word);
+  }
+  const std::size_t last = text.size() - kWord;
+  const std::size_t step = last / kSamples > kWord ? last / kSamples : kWord;
+  for (std::size_t position = 0; position < last; position += step) {
+    digest = mix(digest, wordAt(text, position));
+  }
+  return mix(digest, wordAt(text, last));
+}
+
+}  // namespace
+
+const std::shared_ptr<Type::Factory>& Type::get_factory(bool create) {
+  if (created.load(std::memory_order_acquire)) return factory;
+  if (!create) return none;
+  const std::lock_guard guard(creationMutex);
+  if (!factory) {
+    factory = std::make_shared<Factory>();
+    created.store(true, std::memory_order_release);
+  }
+  return factory;
+}
+
+void intrusive_ptr_add_ref(const Type* type) noexcept {
+  // Once the factory is gone the library is being unloaded and nothing counts any more.
+  if (!type->factory_.expired()) type->references_.fetch_add(1, std::memory_order_relaxed);
+}
+
+void intrusive_ptr_release(const Type* type) noexcept {
+  std::uint32_t count = type->references_.load(std::memory_order_relaxed);
+  while (count > 1) {
+    if (type->references_.compare_exchange_weak(count, count - 1, std::memory_order_release,
+                                                std::memory_order_relaxed)) {
+      return;
+    }
+  }
+  if (const auto owner = type->factory_.lock()) owner->releaseType(type);
+}
+
+Type::Factory::TextKey::TextKey(std::string_view typeText)
+    : digest(textDigest(typeText)), text(typeText) {}
+
+TypePtr Type::Factory::findByTextLocked(std::string_view text) const {
+  const auto found = typesByText_.find(TextKey(text));
+  return found == typesByText_.end() ? TypePtr() : TypePtr(found->second);
+}
+
+TypePtr Type::Factory::makeStrippedLocked(const TypeDesc& desc, const Metadata& metadata) {
+  const bool own = !metadata.empty();
+  auto stripped = std::visit([own](const auto& a) { return strippedDesc(a, own); }, desc);
+  return stripped ? makeType(*std::move(stripped)) : TypePtr();
+}
+
+TypePtr Type::Factory::makeType(TypeDesc desc, const Metadata& metadata) {
+  const boost::recursive_mutex::scoped_lock guard(lock_);
+  if (const auto found = typesByKey_.find({&metadata, &desc}); found != typesByKey_.end()) {
+    return TypePtr(found->second);
+  }
+  TypePtr stripped = makeStrippedLocked(desc, metadata);
+
+  struct Delete {
+    void operator()(Type* type) const { delete type; }
+  };
+  std::unique_ptr<Type, Delete> made(
+      new Type(std::move(desc), metadata, std::move(stripped), get_factory(true)));
+  Type* const type = made.get();
+  const auto key = typesByKey_.emplace(Key{&type->metadata_, &type->desc_}, type).first;
+  try {
+    // The older entry's key points into the older type's text and goes with it.
+    auto node = typesByText_.extract(TextKey(type->text_));
+    if (node.empty()) {
+      typesByText_.emplace(TextKey(type->text_), type);
+    } else {
+      node.key() = TextKey(type->text_);
+      node.mapped() = type;
+      typesByText_.insert(std::move(node));
+    }
+  } catch (...) {
+    typesByKey_.erase(key);
+    throw;
+  }
+  return TypePtr(made.release());
+}
+
+TypePtr Type::Factory::parseType(std::string_view text) {
+  {
+    const boost::recursive_mutex::scoped_lock guard(lock_);
+    if (TypePtr found = findByTextLocked(text)) return found;
+  }
+  return parseUncachedType(std::string(text));
+}
+
+const Type* Type::Factory::makePermanent(const Type* type) {
+  const boost::recursive_mutex::scoped_lock guard(lock_);
+  permanentTypes_.insert(TypePtr(type));
+  type->permanent_.store(true, std::memory_order_relaxed);
+  return type;
+}
+
+void Type::Factory::releaseType(const Type* type) noexcept {
+  const boost::recursive_mutex::scoped_lock guard(lock_);
+  if (type->references_.fetch_sub(1, std::memory_order_acq_rel) != 1) return;
+  if (type->permanent_.load(std::memory_order_relaxed) && !shuttingDown_) return;
+  endLocked(type);
+}
+
+void Type::Factory::endLocked(const Type* type) noexcept {
+  typesByKey_.erase({&type->metadata_, &type->desc_});
+  typesByText_.erase(TextKey(type->text_));
+  type->nextEnded_ = ended_;
+  ended_ = type;
+  if (ending_) return;
+  ending_ = true;
+  while (ended_) delete std::exchange(ended_, ended_->nextEnded_);
+  ending_ = false;
+}
+
+void Type::Factory::shutDown() {
+  const boost::recursive_mutex::scoped_lock guard(lock_);
+  shuttingDown_ = true;
+  const auto permanent = std::exchange(permanentTypes_, {});
+}
+
+std::size_t Type::Factory::liveTypes() const {
+  const boost::recursive_mutex::scoped_lock guard(lock_);
+  return typesByKey_.size();
+}
+
+}  // namespace qex::vornath

@@ -1,0 +1,92 @@
+/// The one place where types come into being, are found again, and end.
+///
+/// Lock order: parser_mutex before the factory's lock, always; no parse starts under the factory's
+/// lock. The last step of a type's count is decided under the lock together with its removal from
+/// the tables: otherwise a look-up could hand out a type that is going away. A count that stays
+/// above zero goes down without the lock, as nothing can tell the difference.
+#ifndef VORNATH_TYPES_TYPE_FACTORY_HPP
+#define VORNATH_TYPES_TYPE_FACTORY_HPP
+
+#include <boost/thread/recursive_mutex.hpp>
+#include <cstdint>
+#include <map>
+#include <set>
+#include <string_view>
+
+#include "type_order.hpp"
+#include "vornath_data/type_library.hpp"
+
+namespace qex::vornath {
+
+class Type::Factory {
+ public:
+  Factory() = default;
+  Factory(const Factory&) = delete;
+  Factory& operator=(const Factory&) = delete;
+  ~Factory() = default;
+
+  /// The one type of this description and metadata: an existing one with a new reference, or a new
+  /// one. The alternative's own constructor has checked the description. Throws std::bad_alloc and
+  /// "Illegal base type."; the tables are then as they were.
+  TypePtr makeType(TypeDesc desc, const Metadata& metadata = {});
+
+  /// The type of a text: from the table if the text is the canonical one of a living type, else by
+  /// a parse. Throws what the parse throws.
+  TypePtr parseType(std::string_view text);
+
+  /// Keeps the type alive until shutDown(). Returns the type that it was given.
+  const Type* makePermanent(const Type* type);
+
+  /// Drops a reference that may be the last one.
+  void releaseType(const Type* type) noexcept;
+
+  /// Drops the references that keep permanent types alive. There is no way back.
+  void shutDown();
+
+  /// How many types are alive: for tests that nothing is left over.
+  std::size_t liveTypes() const;
+
+ private:
+  // Points into the Type, or into the arguments of a look-up.
+  struct Key {
+    const Metadata* metadata;
+    const TypeDesc* desc;
+  };
+  struct KeyOrder {
+    bool operator()(const Key& a, const Key& b) const {
+      return compareTypes(*a.desc, *a.metadata, *b.desc, *b.metadata) < 0;
+    }
+  };
+
+  // A text with a digest of its length and a few samples, which nearly always decides, so that a
+  // look-up of a long text costs one comparison of it. The text points into the Type.
+  struct TextKey {
+    explicit TextKey(std::string_view typeText);
+
+    std::uint64_t digest;
+    std::string_view text;
+
+    friend bool operator<(const TextKey& a, const TextKey& b) {
+      return a.digest != b.digest ? a.digest < b.digest : a.text < b.text;
+    }
+  };
+
+  TypePtr findByTextLocked(std::string_view text) const;
+  TypePtr makeStrippedLocked(const TypeDesc& desc, const Metadata& metadata);
+  void endLocked(const Type* type) noexcept;
+
+  std::map<Key, Type*, KeyOrder> typesByKey_;
+  std::map<TextKey, Type*> typesByText_;
+  std::set<TypePtr, TypeOrder> permanentTypes_;
+  bool shuttingDown_ = false;
+  mutable boost::recursive_mutex lock_;
+
+  // Types that have ended and wait for their destruction, chained through nextEnded_: the end of a
+  // type ends its children, and a chain of them must not recurse.
+  const Type* ended_ = nullptr;
+  bool ending_ = false;
+};
+
+}  // namespace qex::vornath
+
+#endif

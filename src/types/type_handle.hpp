@@ -1,0 +1,20 @@
+/// A flat type handle and the Type that it stands for: the same address.
+#ifndef VORNATH_TYPES_TYPE_HANDLE_HPP
+#define VORNATH_TYPES_TYPE_HANDLE_HPP
+
+#include "vornath_data/type_library.hpp"
+
+namespace qex::vornath {
+
+inline const Type& typeOf(const vrntType_t* handle) {
+  return *reinterpret_cast<const Type*>(handle);
+}
+
+/// Takes no reference. Types are immutable, whatever the handle says of const.
+inline vrntType_t* typeHandle(const Type& type) {
+  return reinterpret_cast<vrntType_t*>(const_cast<Type*>(&type));
+}
+
+}  // namespace qex::vornath
+
+#endif

@@ -1,0 +1,99 @@
+// Handles of the flat family that end themselves, and the calls that every test of it makes.
+#ifndef VORNATH_TESTS_SUPPORT_FLAT_HANDLES_HPP
+#define VORNATH_TESTS_SUPPORT_FLAT_HANDLES_HPP
+
+#include <gtest/gtest.h>
+
+#include <cstdint>
+#include <cstring>
+#include <memory>
+#include <optional>
+#include <string>
+
+#include "vornath_data/vrnt.h"
+
+namespace vornath_test {
+
+struct EndType {
+  void operator()(vrntType_t* type) const { vrntTypeDestroy(type); }
+};
+struct EndValue {
+  void operator()(vrntValue_t* value) const { vrntValueDestroy(value); }
+};
+struct EndError {
+  void operator()(vrntValuesError_t* error) const { vrntValuesErrorDestroy(error); }
+};
+struct EndString {
+  void operator()(char* string) const { vrntDestroyString(string); }
+};
+
+using TypeHandle = std::unique_ptr<vrntType_t, EndType>;
+using ValueHandle = std::unique_ptr<vrntValue_t, EndValue>;
+using ErrorHandle = std::unique_ptr<vrntValuesError_t, EndError>;
+using StringHandle = std::unique_ptr<char, EndString>;
+
+// What a failed call reported.
+struct Failure {
+  std::uint32_t kind;
+  std::string message;
+};
+
+// The type of a text. A text that doesn't parse fails the test and gives null.
+inline TypeHandle parseType(const std::string& text) {
+  vrntValuesError_t* error = nullptr;
+  TypeHandle type(vrntTypeParse(text.c_str(), &error));
+  const ErrorHandle owner(error);
+  EXPECT_NE(type, nullptr) << text << "\n" << (error ? vrntValuesErrorMessage(error) : "no error");
+  EXPECT_EQ(error, nullptr) << text;
+  return type;
+}
+
+// The value of a text. A text that doesn't parse fails the test and gives null.
+inline ValueHandle parseValue(const std::string& text) {
+  vrntValuesError_t* error = nullptr;
+  ValueHandle value(vrntValueParse(text.c_str(), &error));
+  const ErrorHandle owner(error);
+  EXPECT_NE(value, nullptr) << text << "\n" << (error ? vrntValuesErrorMessage(error) : "no error");
+  EXPECT_EQ(error, nullptr) << text;
+  return value;
+}
+
+// The failure of a parse, or nothing if the text parsed.
+inline std::optional<Failure> typeFailure(const std::string& text) {
+  vrntValuesError_t* error = nullptr;
+  const TypeHandle type(vrntTypeParse(text.c_str(), &error));
+  const ErrorHandle owner(error);
+  if (type || !error) return std::nullopt;
+  return Failure{vrntValuesErrorCode(error), vrntValuesErrorMessage(error)};
+}
+inline std::optional<Failure> valueFailure(const std::string& text) {
+  vrntValuesError_t* error = nullptr;
+  const ValueHandle value(vrntValueParse(text.c_str(), &error));
+  const ErrorHandle owner(error);
+  if (value || !error) return std::nullopt;
+  return Failure{vrntValuesErrorCode(error), vrntValuesErrorMessage(error)};
+}
+
+// The canonical text of the type of a text.
+inline std::string canonical(const std::string& text) {
+  const TypeHandle type = parseType(text);
+  return type ? vrntTypeString(type.get()) : "";
+}
+
+inline std::string typeTextOf(const ValueHandle& value) {
+  return value ? vrntTypeString(vrntValueType(value.get())) : "";
+}
+
+// The bytes at an offset of a value, read as a T.
+template <typename T>
+T readAt(const ValueHandle& value, std::uint64_t offset = 0) {
+  T result{};
+  if (value) {
+    std::memcpy(&result, static_cast<const char*>(vrntValueData(value.get())) + offset, sizeof(T));
+  }
+  return result;
+}
+
+}  // namespace vornath_test
+
+#endif
