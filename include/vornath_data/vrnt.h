@@ -1,0 +1,10 @@
+/* The whole vrnt family of flat functions: types, their annotations, and values. */
+#ifndef VORNATH_DATA_VRNT_H
+#define VORNATH_DATA_VRNT_H
+
+#include "vornath_data/errors.h"
+#include "vornath_data/metadata.h"
+#include "vornath_data/types.h"
+#include "vornath_data/values.h"
+
+#endif

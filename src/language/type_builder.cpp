@@ -1,0 +1,37 @@
+#include "type_builder.hpp"
+
+#include <utility>
+
+#include "metadata.hpp"
+#include "type_factory.hpp"
+
+namespace qex::vornath::build {
+
+TypePtr type(TypeDesc desc, const Metadata& metadata) {
+  return Type::get_factory(true)->makeType(std::move(desc), metadata);
+}
+
+TypeDesc structure(Fields fields) { return Type::TStruct(std::move(fields)); }
+
+TypeDesc reference(TypePtr target) { return Type::TRef{std::move(target)}; }
+
+TypeDesc function(Types domain, TypePtr codomain) {
+  return Type::TFun{std::move(domain), std::move(codomain)};
+}
+
+std::optional<Type::TEnum> enumeration(Constructors constructors) {
+  return Type::TEnum(std::move(constructors));
+}
+
+Type::Constructor constructor(std::string name, Fields payload, Metadata metadata) {
+  return {std::move(name), std::move(metadata), Type::TStruct(std::move(payload))};
+}
+
+MetadataEntry valueEntry(DynamicValue value) { return HeapValue<DynamicValue>(std::move(value)); }
+
+Metadata annotate(Metadata metadata, std::string key, MetadataEntry entry) {
+  setMetadata(metadata, std::move(key), std::move(entry));
+  return metadata;
+}
+
+}  // namespace qex::vornath::build
