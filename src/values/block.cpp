@@ -1,0 +1,114 @@
+#include "block.hpp"
+
+#include <cstdlib>
+#include <limits>
+#include <new>
+
+#include "type_handle.hpp"
+
+namespace qex::vornath {
+namespace {
+
+constexpr std::uint64_t kLargestAllocation = std::numeric_limits<std::ptrdiff_t>::max();
+
+// Where the release of a block goes on when a child of it has ended. It takes the place of `magic`
+// and `typeText`, which nobody reads any more, so that the release of a chain needs no memory.
+struct Resumption {
+  vrntValue_t* parent;
+  std::size_t next;  // counts the slots in the data, then those of the shadow array
+};
+static_assert(sizeof(Resumption) == offsetof(vrntValue_t, type));
+
+void storeResumption(vrntValue_t* block, const Resumption& resumption) {
+  std::memcpy(static_cast<void*>(block), &resumption, sizeof(resumption));
+}
+
+Resumption loadResumption(const vrntValue_t* block) {
+  Resumption resumption;
+  std::memcpy(&resumption, static_cast<const void*>(block), sizeof(resumption));
+  return resumption;
+}
+
+void freeBlock(vrntValue_t* block) noexcept {
+  void (*const free)(void*) = block->freeFn;
+  if (block->shadowRefs != nullptr) free(block->shadowRefs);
+  intrusive_ptr_release(&blockType(block));
+  free(block);
+}
+
+// Releases the words from `next` on until a block comes to its end that has words of its own; that
+// one is returned, and `next` stands behind its word.
+vrntValue_t* releaseWords(vrntValue_t* block, std::size_t& next) noexcept {
+  const auto& slots = blockType(block).refSlots();
+  const std::size_t words = block->shadowRefs != nullptr ? 2 * slots.size() : slots.size();
+  while (next < words) {
+    const std::uint64_t word = next < slots.size()
+                                   ? loadWord(blockData(block) + slots[next] * kWordSize)
+                                   : block->shadowRefs[next - slots.size()];
+    ++next;
+    if (!isBlockWord(word)) continue;
+    vrntValue_t* const target = blockOfWord(word);
+    if (blockCount(target).fetch_sub(1, std::memory_order_acq_rel) != 1) continue;
+    if (!blockType(target).refSlots().empty()) return target;
+    freeBlock(target);
+  }
+  return nullptr;
+}
+
+}  // namespace
+
+void endBlock(vrntValue_t* block) noexcept {
+  vrntValue_t* parent = nullptr;
+  std::size_t next = 0;
+  for (;;) {
+    if (vrntValue_t* const child = releaseWords(block, next)) {
+      storeResumption(block, {parent, next});
+      parent = block;
+      block = child;
+      next = 0;
+      continue;
+    }
+    freeBlock(block);
+    if (parent == nullptr) return;
+    block = parent;
+    const Resumption resumption = loadResumption(block);
+    parent = resumption.parent;
+    next = resumption.next;
+  }
+}
+
+std::int32_t declaredLength(const Type& type) {
+  const auto* array = type.getIf<Type::TArrayND<int>>();
+  return array != nullptr && array->shape ? *array->shape : 0;
+}
+
+vrntValue_t* allocateBlock(const Type& type, Fill fill) {
+  const Type& stripped = type.stripped();
+  if (stripped.size() > kLargestAllocation - kBlockHeaderSize) throw std::bad_alloc();
+  const std::size_t size = kBlockHeaderSize + stripped.size();
+  void* const memory = fill == Fill::Zero ? std::calloc(1, size) : std::malloc(size);
+  if (memory == nullptr) throw std::bad_alloc();
+
+  std::uint64_t* shadowRefs = nullptr;
+  if (const std::size_t slots = stripped.refSlots().size(); slots != 0) {
+    shadowRefs = static_cast<std::uint64_t*>(std::calloc(slots, sizeof(std::uint64_t)));
+    if (shadowRefs == nullptr) {
+      std::free(memory);
+      throw std::bad_alloc();
+    }
+  }
+
+  auto* const block = new (memory) vrntValue_t;
+  std::memcpy(block->magic, kBlockMagic, sizeof(kBlockMagic));
+  block->typeText = stripped.text().c_str();
+  block->type = allocateType(stripped);
+  block->shadowRefs = shadowRefs;
+  block->freeFn = &std::free;
+  block->refCount = 0;
+  block->length = static_cast<std::uint32_t>(declaredLength(stripped));
+  return block;
+}
+
+void discardBlock(vrntValue_t* block) noexcept { freeBlock(block); }
+
+}  // namespace qex::vornath

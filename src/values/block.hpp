@@ -1,0 +1,177 @@
+/// The block: the one form in which a value lies in memory. Its header is vrntValue_t, its bytes
+/// follow. This file knows its layout, its count, and the words that refer to other blocks.
+#ifndef VORNATH_VALUES_BLOCK_HPP
+#define VORNATH_VALUES_BLOCK_HPP
+
+#include <atomic>
+#include <cstddef>
+#include <cstdint>
+#include <cstring>
+#include <utility>
+
+#include "vornath_data/type_library.hpp"
+
+namespace qex::vornath {
+
+static_assert(sizeof(vrntValue_t) == 48);
+static_assert(offsetof(vrntValue_t, magic) == 0);
+static_assert(offsetof(vrntValue_t, typeText) == 8);
+static_assert(offsetof(vrntValue_t, type) == 16);
+static_assert(offsetof(vrntValue_t, shadowRefs) == 24);
+static_assert(offsetof(vrntValue_t, freeFn) == 32);
+static_assert(offsetof(vrntValue_t, refCount) == 40);
+static_assert(offsetof(vrntValue_t, length) == 44);
+
+inline constexpr std::size_t kBlockHeaderSize = sizeof(vrntValue_t);
+inline constexpr char kBlockMagic[8] = "vrntval";
+
+inline char* blockData(vrntValue_t* block) {
+  return reinterpret_cast<char*>(block) + kBlockHeaderSize;
+}
+inline const char* blockData(const vrntValue_t* block) {
+  return reinterpret_cast<const char*>(block) + kBlockHeaderSize;
+}
+
+inline const Type& blockType(const vrntValue_t* block) {
+  return *reinterpret_cast<const Type*>(block->type);
+}
+
+/// Whether an argument that may be a text is a block. Reads no further than a text reaches.
+inline bool isBlock(const void* textOrBlock) {
+  return std::strncmp(static_cast<const char*>(textOrBlock), kBlockMagic, sizeof(kBlockMagic)) == 0;
+}
+
+// Reference words. 0 is null; an odd word is an address of the embedder's own; any other is the
+// address of another block's bytes and holds one reference on it.
+
+inline constexpr std::uint64_t kWordSize = 8;
+
+inline std::uint64_t loadWord(const void* at) {
+  std::uint64_t word;
+  std::memcpy(&word, at, sizeof(word));
+  return word;
+}
+inline void storeWord(void* at, std::uint64_t word) { std::memcpy(at, &word, sizeof(word)); }
+
+inline bool isBlockWord(std::uint64_t word) { return word != 0 && (word & 1) == 0; }
+inline std::uint64_t foreignWord(std::uint64_t id) { return id == 0 ? 0 : id * 2 + 1; }
+
+inline std::uint64_t wordOfBlock(const vrntValue_t* block) {
+  return reinterpret_cast<std::uintptr_t>(blockData(block));
+}
+inline vrntValue_t* blockOfWord(std::uint64_t word) {
+  return reinterpret_cast<vrntValue_t*>(static_cast<std::uintptr_t>(word) - kBlockHeaderSize);
+}
+
+// Counting.
+
+inline std::atomic_ref<std::uint32_t> blockCount(vrntValue_t* block) {
+  return std::atomic_ref<std::uint32_t>(block->refCount);
+}
+
+inline void retainBlock(vrntValue_t* block) noexcept {
+  blockCount(block).fetch_add(1, std::memory_order_relaxed);
+}
+
+/// Ends a block whose count has fallen to zero, and what only it kept alive. It doesn't recurse and
+/// doesn't allocate, however long the chain of references is.
+void endBlock(vrntValue_t* block) noexcept;
+
+inline void releaseBlock(vrntValue_t* block) noexcept {
+  if (blockCount(block).fetch_sub(1, std::memory_order_acq_rel) == 1) endBlock(block);
+}
+
+/// Whether one handle or reference alone holds the block, so that it may be written in place.
+inline bool isExclusive(vrntValue_t* block) {
+  return blockCount(block).load(std::memory_order_acquire) == 1;
+}
+
+inline void retainWord(std::uint64_t word) {
+  if (isBlockWord(word)) retainBlock(blockOfWord(word));
+}
+inline void releaseWord(std::uint64_t word) noexcept {
+  if (isBlockWord(word)) releaseBlock(blockOfWord(word));
+}
+
+/// Takes a reference for each block word in the bytes of a value of the type.
+inline void retainReferences(const Type& type, const char* data) {
+  for (const std::uint64_t slot : type.refSlots()) retainWord(loadWord(data + slot * kWordSize));
+}
+
+// Making.
+
+enum class Fill { Zero, Undefined };
+
+/// A new block of the type's `stripped` form with a count of 0. `length` is the extent of a
+/// one-dimensional array type, else 0. Throws std::bad_alloc.
+vrntValue_t* allocateBlock(const Type& type, Fill fill);
+
+/// Frees a block of allocateBlock() without a look at its bytes: for one whose words don't hold
+/// references yet.
+void discardBlock(vrntValue_t* block) noexcept;
+
+/// The extent of a one-dimensional array type, else 0.
+std::int32_t declaredLength(const Type& type);
+
+/// A counted handle on a block; only one that was moved from is empty.
+class BlockPtr {
+ public:
+  BlockPtr() noexcept = default;
+  /// Shares the block.
+  explicit BlockPtr(vrntValue_t* block) noexcept : block_(block) {
+    if (block_ != nullptr) retainBlock(block_);
+  }
+  BlockPtr(const BlockPtr& other) noexcept : BlockPtr(other.block_) {}
+  BlockPtr(BlockPtr&& other) noexcept : block_(std::exchange(other.block_, nullptr)) {}
+  BlockPtr& operator=(BlockPtr other) noexcept {
+    std::swap(block_, other.block_);
+    return *this;
+  }
+  ~BlockPtr() {
+    if (block_ != nullptr) releaseBlock(block_);
+  }
+
+  vrntValue_t* get() const noexcept { return block_; }
+  /// The handle as the flat interface holds one, for the write protocol to move to a copy.
+  vrntValue_t*& raw() noexcept { return block_; }
+
+  /// Gives the reference to the caller.
+  vrntValue_t* detach() noexcept { return std::exchange(block_, nullptr); }
+  /// Takes over a reference of the caller's.
+  static BlockPtr adopt(vrntValue_t* block) noexcept {
+    BlockPtr handle;
+    handle.block_ = block;
+    return handle;
+  }
+
+ private:
+  vrntValue_t* block_ = nullptr;
+};
+
+/// A block under construction: its words hold no references until finish() takes them, so one that
+/// is given up is freed without a look at them.
+class NewBlock {
+ public:
+  /// Throws std::bad_alloc.
+  NewBlock(const Type& type, Fill fill) : block_(allocateBlock(type, fill)) {}
+  NewBlock(NewBlock&& other) noexcept : block_(std::exchange(other.block_, nullptr)) {}
+  NewBlock& operator=(NewBlock&&) = delete;
+  ~NewBlock() {
+    if (block_ != nullptr) discardBlock(block_);
+  }
+
+  const Type& type() const noexcept { return blockType(block_); }
+  char* data() const noexcept { return blockData(block_); }
+
+  BlockPtr finish() && noexcept {
+    retainReferences(type(), data());
+    return BlockPtr(std::exchange(block_, nullptr));
+  }
+
+ private:
+  vrntValue_t* block_;
+};
+
+}  // namespace qex::vornath
+
+#endif

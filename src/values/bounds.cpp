@@ -1,0 +1,181 @@
+#include "bounds.hpp"
+
+#include <algorithm>
+#include <cstring>
+#include <limits>
+
+#include "base_types.hpp"
+#include "layout.hpp"
+#include "metadata.hpp"
+#include "relations.hpp"
+#include "write_protocol.hpp"
+
+namespace qex::vornath {
+namespace {
+
+using Words = std::array<std::uint32_t, kBoundCount>;
+
+// The bits of one lane of each bound, by family.
+const Words& laneBounds(BaseFamily family) {
+  static constexpr Words kChar{0, 0, 255, 0, 255};
+  static constexpr Words kHalf{0, 0xFC00, 0x7C00, 0xFC00, 0x7C00};
+  static constexpr Words kBool{0, 0, 0xFFFFFFFF, 0, 0xFFFFFFFF};
+  static constexpr Words kInt{0, 0x80000000, 0x7FFFFFFF, 0x80000000, 0x7FFFFFFF};
+  static constexpr Words kFloat{0, 0xFF800000, 0x7F800000, 0xFF800000, 0x7F800000};
+  switch (family) {
+    case BaseFamily::Char:
+      return kChar;
+    case BaseFamily::Half:
+      return kHalf;
+    case BaseFamily::Bool:
+      return kBool;
+    case BaseFamily::Int:
+      return kInt;
+    case BaseFamily::Float:
+      break;
+  }
+  return kFloat;
+}
+
+char* bytesOf(DynamicValue& value, std::uint64_t offset) {
+  return blockData(value.block()) + offset;
+}
+
+// Fills bounds that nobody else holds and that are zero so far.
+class BoundsFiller {
+ public:
+  explicit BoundsFiller(std::span<DynamicValue> bounds) : bounds_(bounds) {}
+
+  void fill(const Type& type) {
+    open(type, 0);
+    while (!frames_.empty()) {
+      Frame& frame = frames_.back();
+      if (const auto* structure = frame.type->getIf<Type::TStruct>()) {
+        if (frame.next < structure->fields.size()) {
+          const std::size_t field = frame.next++;
+          open(*structure->fields[field].type, frame.offset + structure->offsets[field]);
+          continue;
+        }
+      } else if (frame.next == 0) {
+        // All elements are alike: one is worked out and the others are copies of it.
+        frame.next = 1;
+        open(*arrayElements(*frame.type).element, frame.offset);
+        continue;
+      } else {
+        copyFirstElement(*frame.type, frame.offset);
+      }
+      applyBoundsMetadata(*frame.type, bounds_, frame.offset);
+      frames_.pop_back();
+    }
+  }
+
+ private:
+  struct Frame {
+    const Type* type;
+    std::uint64_t offset;
+    std::size_t next;  // the next field, or 1 when the first element is done
+  };
+
+  void open(const Type& type, std::uint64_t offset) {
+    if (std::visit([&](const auto& desc) { return fillLeaf(desc, offset); }, type.desc())) {
+      applyBoundsMetadata(type, bounds_, offset);
+    } else {
+      frames_.push_back({&type, offset, 0});
+    }
+  }
+
+  // Whether the type has no parts that come first.
+  bool fillLeaf(Type::TBasetype base, std::uint64_t offset) {
+    const BaseTypeInfo& info = baseTypeInfo(base);
+    const Words& words = laneBounds(info.family);
+    // The fourth byte of a char4 has no upper limit of its own: it stays 0 throughout.
+    const std::uint32_t lanes = base == Type::TBasetype::Char4 ? 3 : info.lanes;
+    for (std::size_t bound = 0; bound < bounds_.size(); ++bound) {
+      char* at = bytesOf(bounds_[bound], offset);
+      for (std::uint32_t lane = 0; lane < lanes; ++lane, at += info.laneSize) {
+        std::memcpy(at, &words[bound], info.laneSize);
+      }
+    }
+    return true;
+  }
+
+  bool fillLeaf(const Type::TEnum& enumeration, std::uint64_t offset) {
+    const auto last = static_cast<std::uint32_t>(enumeration.constructors.size() - 1);
+    const Words codes{0, 0, last, 0, last};
+    for (std::size_t bound = 0; bound < bounds_.size(); ++bound) {
+      std::memcpy(bytesOf(bounds_[bound], offset), &codes[bound], sizeof(codes[bound]));
+    }
+    return true;
+  }
+
+  bool fillLeaf(const Type::TStruct&, std::uint64_t) { return false; }
+
+  template <typename D>
+  bool fillLeaf(const Type::TArrayND<D>& array, std::uint64_t) {
+    return !array.shape || elementCount(*array.shape) <= 0;
+  }
+
+  bool fillLeaf(const Type::TRef&, std::uint64_t) { return true; }
+  bool fillLeaf(const Type::TFun&, std::uint64_t) { return true; }
+
+  void copyFirstElement(const Type& arrayType, std::uint64_t offset) {
+    const auto [element, count] = arrayElements(arrayType);
+    const std::uint64_t size = element->size() * static_cast<std::uint64_t>(count);
+    for (DynamicValue& bound : bounds_) {
+      char* const first = bytesOf(bound, offset);
+      for (std::uint64_t done = element->size(); done < size;) {
+        const std::uint64_t piece = std::min(done, size - done);
+        std::memcpy(first + done, first, piece);
+        for (std::uint64_t at = done; at < done + piece; at += element->size()) {
+          retainReferences(*element, first + at);
+        }
+        done += piece;
+      }
+    }
+  }
+
+  std::span<DynamicValue> bounds_;
+  std::vector<Frame> frames_;
+};
+
+}  // namespace
+
+void applyBoundsMetadata(const Type& type, std::span<DynamicValue> bounds, std::uint64_t offset) {
+  const Metadata& metadata = type.metadata();
+  if (metadata.empty()) return;
+  const auto find = [&](std::string_view key) -> const DynamicValue* {
+    const DynamicValue* const value = findMetadataValue(metadata, key);
+    return value != nullptr && isSubType(value->typeOf(), type) ? value : nullptr;
+  };
+  const auto put = [&](Bound bound, const DynamicValue* value) {
+    if (value != nullptr && bound < bounds.size()) {
+      writeData(bounds[bound], value->data(), type, offset);
+    }
+  };
+
+  put(kDefault, find("default"));
+  if (bounds.size() <= kMin) return;
+  const DynamicValue* const min = find("min");
+  const DynamicValue* const max = find("max");
+  const DynamicValue* const softMin = find("soft_min");
+  const DynamicValue* const softMax = find("soft_max");
+  put(kMin, min);
+  put(kSoftMin, softMin != nullptr ? softMin : min);
+  put(kMax, max);
+  put(kSoftMax, softMax != nullptr ? softMax : max);
+}
+
+ValueBounds makeValueBounds(const TypePtr& type) {
+  ValueBounds bounds{DynamicValue(type), DynamicValue(type), DynamicValue(type),
+                     DynamicValue(type), DynamicValue(type)};
+  BoundsFiller(bounds).fill(*type);
+  return bounds;
+}
+
+DynamicValue makeDefaultValue(const TypePtr& type) {
+  DynamicValue value(type);
+  BoundsFiller({&value, 1}).fill(*type);
+  return value;
+}
+
+}  // namespace qex::vornath

@@ -1,0 +1,90 @@
+/// The types that reading and writing plain numbers needs: the base types and `void*`. Each is made
+/// on first use and permanent from then on.
+#ifndef VORNATH_VALUES_FIXED_TYPES_HPP
+#define VORNATH_VALUES_FIXED_TYPES_HPP
+
+#include <array>
+#include <cstdint>
+#include <cstring>
+#include <type_traits>
+
+#include "half.hpp"
+#include "views.hpp"
+#include "vornath_data/type_library.hpp"
+
+namespace qex::vornath {
+
+/// Throws "Illegal base type." for a number outside the enumeration.
+const Type& baseType(Type::TBasetype base);
+
+/// `void*`.
+const Type& voidReferenceType();
+
+/// A truth value as it lies in memory.
+struct Bool32 {
+  std::int32_t word;
+
+  Bool32() = default;
+  explicit Bool32(bool truth) : word(truth ? -1 : 0) {}
+  explicit operator bool() const { return word != 0; }
+};
+
+/// A reference word as it lies in memory, without a count.
+struct ReferenceWord {
+  std::uint64_t word;
+};
+
+/// The type under which a `T` is read and written: Bool32, std::int32_t, float, std::uint8_t, Float16,
+/// std::array of two to four of one of them, and ReferenceWord. An enum reads as a std::int32_t.
+template <typename T>
+struct FixedType;
+
+namespace fixed_types_detail {
+
+template <Type::TBasetype Base>
+struct Scalar {
+  static constexpr Type::TBasetype kBase = Base;
+  static const Type& type() { return baseType(Base); }
+};
+
+}  // namespace fixed_types_detail
+
+template <>
+struct FixedType<Bool32> : fixed_types_detail::Scalar<Type::TBasetype::Bool> {};
+template <>
+struct FixedType<std::int32_t> : fixed_types_detail::Scalar<Type::TBasetype::Int> {};
+template <>
+struct FixedType<float> : fixed_types_detail::Scalar<Type::TBasetype::Float> {};
+template <>
+struct FixedType<std::uint8_t> : fixed_types_detail::Scalar<Type::TBasetype::Char> {};
+template <>
+struct FixedType<Float16> : fixed_types_detail::Scalar<Type::TBasetype::Half> {};
+
+template <typename Lane, std::size_t Lanes>
+struct FixedType<std::array<Lane, Lanes>> {
+  static_assert(Lanes >= 2 && Lanes <= 4);
+  // The vectors of a lane type follow it in the enumeration.
+  static const Type& type() {
+    return baseType(static_cast<Type::TBasetype>(static_cast<int>(FixedType<Lane>::kBase) +
+                                                 static_cast<int>(Lanes) - 1));
+  }
+};
+
+template <>
+struct FixedType<ReferenceWord> {
+  static const Type& type() { return voidReferenceType(); }
+};
+
+/// The `T` at a view. Throws "Incompatible type for accessor -> {}.".
+template <typename T>
+T readAs(const ConstView& view) {
+  static_assert(std::is_trivially_copyable_v<T>);
+  requireAccessible(*view.type, FixedType<T>::type());
+  T value;
+  std::memcpy(static_cast<void*>(&value), view.data(), sizeof(value));
+  return value;
+}
+
+}  // namespace qex::vornath
+
+#endif

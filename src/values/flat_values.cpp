@@ -1,0 +1,187 @@
+#include <cstdlib>
+#include <cstring>
+#include <new>
+#include <string>
+
+#include "boundary.hpp"
+#include "bounds.hpp"
+#include "dynamic_value.hpp"
+#include "equality.hpp"
+#include "layout.hpp"
+#include "stream.hpp"
+#include "type_handle.hpp"
+#include "value_parser.hpp"
+#include "value_text.hpp"
+#include "vornath_data/result.hpp"
+#include "vornath_data/values.h"
+#include "write_protocol.hpp"
+
+namespace qex::vornath {
+namespace {
+
+// The flat functions don't change what a const handle leads to, a count excepted.
+vrntValue_t* blockOf(const vrntValue_t* value) { return const_cast<vrntValue_t*>(value); }
+
+const char* dataAt(const vrntValue_t* value, const vrntValueView_t* view) {
+  return blockData(value) + view->offset;
+}
+
+TypePtr typePtr(const vrntType_t* type) { return TypePtr(&typeOf(type)); }
+
+vrntValueView_t* fill(vrntValueView_t* out, const Place& place) {
+  *out = {typeHandle(*place.type), place.offset};
+  return out;
+}
+
+char* duplicate(const std::string& text) {
+  char* const copy = ::strdup(text.c_str());
+  if (copy == nullptr) throw std::bad_alloc();
+  return copy;
+}
+
+}  // namespace
+}  // namespace qex::vornath
+
+using namespace qex::vornath;  // NOLINT(google-build-using-namespace): the file is its flat face
+
+extern "C" {
+
+vrntValue_t* vrntValueCreate(const vrntType_t* type, vrntValuesError_t** error) {
+  return reportEveryError(error, nullptr,
+                          [&] { return BlockPtr(allocateBlock(typeOf(type), Fill::Zero)).detach(); });
+}
+
+vrntValue_t* vrntValueCreateDefault(const vrntType_t* type, vrntValuesError_t** error) {
+  return reportEveryError(error, nullptr,
+                          [&] { return allocateValue(makeDefaultValue(typePtr(type))); });
+}
+
+vrntValue_t* vrntValueParse(const void* textOrBlock, vrntValuesError_t** error) {
+  return reportEveryError(error, nullptr, [&] {
+    if (isBlock(textOrBlock)) return vrntValueCopy(static_cast<const vrntValue_t*>(textOrBlock));
+    return allocateValue(parseValueText(static_cast<const char*>(textOrBlock)));
+  });
+}
+
+vrntValue_t* vrntValueFromView(const vrntValue_t* value, const vrntValueView_t* view,
+                               vrntValuesError_t** error) {
+  return reportEveryError(error, nullptr, [&] {
+    return allocateValue(DynamicValue(typePtr(view->type), dataAt(value, view)));
+  });
+}
+
+vrntValue_t* vrntValueDeserialize(vrntReadFn read, void* user, vrntValuesError_t** error) {
+  return reportEveryError(error, nullptr, [&] {
+    DynamicValue::StreamMap map;
+    return allocateValue(deserializeValue(read, user, map));
+  });
+}
+
+vrntValue_t* vrntValueCopy(const vrntValue_t* value) {
+  retainBlock(blockOf(value));
+  return blockOf(value);
+}
+
+void vrntValueDestroy(vrntValue_t* value) { releaseBlock(value); }
+
+vrntType_t* vrntValueType(const vrntValue_t* value) { return value->type; }
+
+vrntValue_t* vrntValueBinary(const vrntValue_t* value) { return blockOf(value); }
+
+const void* vrntValueData(const vrntValue_t* value) { return blockData(value); }
+
+vrntValue_t* vrntValueDereference(const vrntValue_t* value, const vrntValueView_t* view) {
+  const std::uint64_t word = loadWord(dataAt(value, view));
+  if (word == 0) return nullptr;
+  if (isBlockWord(word)) return vrntValueCopy(blockOfWord(word));
+  const TypePtr& target = std::get<Type::TRef>(typeOf(view->type).desc()).target;
+  if (!target) throw VornathValuesAssertionFailure();
+  const auto* const foreign = reinterpret_cast<const void*>(static_cast<std::uintptr_t>(word >> 1));
+  return allocateValue(DynamicValue(target, foreign));
+}
+
+vrntValueView_t* vrntValueStructField(vrntValueView_t* out, const vrntType_t* structType,
+                                      uint32_t field) {
+  const auto* const structure = typeOf(structType).getIf<Type::TStruct>();
+  if (structure == nullptr) throw VornathValuesAssertionFailure();
+  return fill(out, {structure->fields[field].type.get(), structure->offsets[field]});
+}
+
+vrntValueView_t* vrntValueArrayElement(vrntValueView_t* out, const vrntType_t* arrayType,
+                                       const int32_t* index) {
+  const Type& type = typeOf(arrayType);
+  if (type.getIf<Type::TArrayND<int>>() != nullptr) return fill(out, elementPlace(type, index[0]));
+  if (type.getIf<Type::TArrayND<index2>>() != nullptr) {
+    return fill(out, elementPlace(type, index2{index[0], index[1]}));
+  }
+  if (type.getIf<Type::TArrayND<index3>>() != nullptr) {
+    return fill(out, elementPlace(type, index3{index[0], index[1], index[2]}));
+  }
+  if (type.getIf<Type::TArrayND<index4>>() != nullptr) {
+    return fill(out, elementPlace(type, index4{index[0], index[1], index[2], index[3]}));
+  }
+  throw VornathValuesAssertionFailure();
+}
+
+void* vrntValueMap(vrntValue_t** value, const vrntValueView_t* view, vrntValuesError_t** error) {
+  return reportOutOfMemoryOrOther(error, nullptr, [&]() -> void* {
+    return prepareWrite(*value, typeOf(view->type), view->offset);
+  });
+}
+
+void vrntValueUnmap(vrntValue_t* value, const vrntValueView_t* view) {
+  commitWrite(value, typeOf(view->type), view->offset);
+}
+
+void vrntValueWrite(vrntValue_t** value, uint64_t offset, const void* source, uint64_t size,
+                    vrntValuesError_t** error) {
+  const vrntValueView_t whole{(*value)->type, 0};
+  auto* const data = static_cast<char*>(vrntValueMap(value, &whole, error));
+  if (data == nullptr) return;
+  if (size != 0) std::memmove(data + offset, source, size);
+  vrntValueUnmap(*value, &whole);
+}
+
+void vrntValueSetReference(vrntValue_t** value, const vrntValueView_t* view, vrntValue_t* target,
+                           vrntValuesError_t** error) {
+  // With a reference of its own, a value that is made to refer to itself becomes a copy that refers
+  // to the original, not a circle.
+  const BlockPtr held(target);
+  void* const word = vrntValueMap(value, view, error);
+  if (word == nullptr) return;
+  storeWord(word, wordOfBlock(target));
+  vrntValueUnmap(*value, view);
+}
+
+int32_t vrntValueEqual(const vrntValue_t* a, const vrntValueView_t* viewA, const vrntValue_t* b,
+                       const vrntValueView_t* viewB, float tolerance, char** reason) {
+  const DynamicValue valueA(blockOf(a));
+  const DynamicValue valueB(blockOf(b));
+  std::string words;
+  const bool equal = valuesEqual({&typeOf(viewA->type), viewA->offset, &valueA},
+                                 {&typeOf(viewB->type), viewB->offset, &valueB}, tolerance,
+                                 reason != nullptr ? &words : nullptr);
+  if (!words.empty()) *reason = ::strdup(words.c_str());
+  return equal ? 1 : 0;
+}
+
+char* vrntValueString(const vrntValue_t* value, const vrntValueView_t* view, uint32_t flags,
+                      vrntValuesError_t** error) {
+  return reportOutOfMemoryOrOther(error, nullptr, [&] {
+    const DynamicValue held(blockOf(value));
+    return duplicate(valueToString({&typeOf(view->type), view->offset, &held},
+                                   (flags & VRNT_STRING_EXACT) != 0,
+                                   (flags & VRNT_STRING_MULTILINE) != 0));
+  });
+}
+
+void vrntValueSerialize(const vrntValue_t* value, vrntWriteFn write, void* user,
+                        vrntValuesError_t** error) {
+  reportOutOfMemoryOrOther(error, [&] {
+    // With a second reference held, a callback that writes to the value moves to a copy.
+    const DynamicValue held(blockOf(value));
+    serializeValue(held, write, user);
+  });
+}
+
+}  // extern "C"

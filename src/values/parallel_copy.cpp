@@ -1,0 +1,45 @@
+#include "parallel_copy.hpp"
+
+#include <tbb/blocked_range.h>
+#include <tbb/parallel_for.h>
+#include <tbb/partitioner.h>
+#include <tbb/task_arena.h>
+
+#include <cstring>
+
+#include "vornath_data/container_copy.hpp"
+
+namespace qex::vornath {
+namespace {
+
+constexpr std::size_t kParallelFrom = 0x100000;  // bytes
+constexpr std::size_t kPieces = 16;
+
+}  // namespace
+
+void parallelMemcpy(void* destination, const void* source, std::size_t size) {
+  if (size < kParallelFrom) {
+    // With a size of 0 the places may be null, which memcpy doesn't take.
+    if (size != 0) std::memcpy(destination, source, size);
+    return;
+  }
+  tbb::this_task_arena::isolate([=] {
+    tbb::parallel_for(
+        tbb::blocked_range<std::size_t>(0, size, (kPieces - 1 + size) / kPieces),
+        [=](const tbb::blocked_range<std::size_t>& piece) {
+          std::memcpy(static_cast<char*>(destination) + piece.begin(),
+                      static_cast<const char*>(source) + piece.begin(), piece.size());
+        },
+        tbb::auto_partitioner());
+  });
+}
+
+}  // namespace qex::vornath
+
+namespace vrnt::data::detail {
+
+void trivialContainerCopy(void* destination, const void* source, std::uint64_t size) {
+  qex::vornath::parallelMemcpy(destination, source, size);
+}
+
+}  // namespace vrnt::data::detail

@@ -1,0 +1,18 @@
+/// What the value layer asks of the language layer, above it: the parse of a value's text. Defined
+/// by the parse driver.
+#ifndef VORNATH_VALUES_VALUE_PARSER_HPP
+#define VORNATH_VALUES_VALUE_PARSER_HPP
+
+#include <string>
+
+#include "dynamic_value.hpp"
+
+namespace qex::vornath {
+
+/// Parses a value text. Throws vrnt::Exception with ParseFailed and "Unable to parse value: {}.\n{}",
+/// or what the construction of a value throws. The factory's lock must not be held.
+DynamicValue parseValueText(const std::string& text);
+
+}  // namespace qex::vornath
+
+#endif

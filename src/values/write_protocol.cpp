@@ -1,0 +1,107 @@
+#include "write_protocol.hpp"
+
+#include <array>
+#include <cstring>
+#include <memory>
+
+namespace qex::vornath {
+namespace {
+
+// Old reference words on their way out: on the stack as long as they are few.
+class WordBuffer {
+ public:
+  explicit WordBuffer(std::size_t count)
+      : many_(count > few_.size() ? std::make_unique<std::uint64_t[]>(count) : nullptr) {}
+
+  std::uint64_t* data() { return many_ ? many_.get() : few_.data(); }
+
+ private:
+  std::array<std::uint64_t, 16> few_{};
+  std::unique_ptr<std::uint64_t[]> many_;
+};
+
+}  // namespace
+
+vrntValue_t* cloneBlock(const vrntValue_t* block) {
+  const Type& type = blockType(block);
+  vrntValue_t* const clone = allocateBlock(type, Fill::Undefined);
+  clone->length = block->length;
+  std::memcpy(blockData(clone), blockData(block), type.size());
+  retainReferences(type, blockData(clone));
+  return clone;
+}
+
+void makeExclusive(vrntValue_t*& handle) {
+  if (isExclusive(handle)) return;
+  vrntValue_t* const clone = BlockPtr(cloneBlock(handle)).detach();
+  releaseBlock(std::exchange(handle, clone));
+}
+
+char* prepareWrite(vrntValue_t*& handle, const Type& type, std::uint64_t offset) {
+  makeExclusive(handle);
+  char* const data = blockData(handle) + offset;
+  std::uint64_t* shadow = handle->shadowRefs;
+  for (const std::uint64_t slot : type.refSlots()) *shadow++ = loadWord(data + slot * kWordSize);
+  return data;
+}
+
+void commitWrite(vrntValue_t* block, const Type& type, std::uint64_t offset) noexcept {
+  if (type.refSlots().empty()) return;
+  retainReferences(type, blockData(block) + offset);
+  for (std::size_t i = 0; i < type.refSlots().size(); ++i) {
+    releaseWord(std::exchange(block->shadowRefs[i], 0));
+  }
+}
+
+void writeSpan(DynamicValue& owner, const Type& type, std::uint64_t offset, const void* source,
+               std::optional<std::uint64_t> count, std::uint64_t sourceOffset) {
+  {
+    // Keeps the source alive if it lies in the very block that the owner moves away from.
+    const BlockPtr before = isExclusive(owner.block()) ? BlockPtr() : BlockPtr(owner.block());
+    const WriteScope write(owner.blockHandle(), type, offset);
+    std::memmove(write.data(), static_cast<const char*>(source) + sourceOffset,
+                 count.value_or(type.size()));
+  }
+  owner.notify(&type, offset);
+}
+
+void assignView(const View& destination, const ConstView& source) {
+  requireAccessible(*source.type, *destination.type);
+  writeSpan(*destination.mutableOwner, *destination.type, destination.offset, source.data());
+}
+
+void writeForeign(const View& destination, std::uint64_t id) {
+  requireAccessible(*destination.type, voidReferenceType());
+  const std::uint64_t word = foreignWord(id);
+  writeSpan(*destination.mutableOwner, *destination.type, destination.offset, &word, sizeof(word));
+}
+
+void writeForeign(const View& destination, std::uint64_t first, std::uint64_t second) {
+  std::get<Type::TFun>(destination.type->desc());
+  const std::array<std::uint64_t, 2> words{foreignWord(first), foreignWord(second)};
+  writeSpan(*destination.mutableOwner, *destination.type, destination.offset, words.data(),
+            sizeof(words));
+}
+
+void writeData(DynamicValue& owner, const void* source, const Type& type, std::uint64_t offset) {
+  const auto& slots = type.refSlots();
+  const BlockPtr before = isExclusive(owner.block()) ? BlockPtr() : BlockPtr(owner.block());
+  WordBuffer buffer(slots.size());
+  makeExclusive(owner.blockHandle());
+  char* const data = blockData(owner.block()) + offset;
+  const char* const bytes = static_cast<const char*>(source);
+
+  // What is released may be all that keeps the source alive, so that comes last.
+  std::uint64_t* const released = buffer.data();
+  for (std::size_t i = 0; i < slots.size(); ++i) {
+    const std::uint64_t now = loadWord(data + slots[i] * kWordSize);
+    const std::uint64_t next = loadWord(bytes + slots[i] * kWordSize);
+    released[i] = now == next ? 0 : now;
+    if (now != next) retainWord(next);
+  }
+  std::memmove(data, bytes, type.size());
+  for (std::size_t i = 0; i < slots.size(); ++i) releaseWord(released[i]);
+  owner.notify(&type, offset);
+}
+
+}  // namespace qex::vornath

@@ -1,0 +1,164 @@
+#include "equality.hpp"
+
+#include <limits>
+
+#include "values_support.hpp"
+
+namespace qex::vornath::test {
+namespace {
+
+constexpr float kInf = std::numeric_limits<float>::infinity();
+
+bool equal(const DynamicValue& a, const DynamicValue& b, float tolerance = 0,
+           std::string* reason = nullptr) {
+  return valuesEqual(a.view(), b.view(), tolerance, reason);
+}
+bool equal(const std::string& a, const std::string& b, float tolerance = 0) {
+  return equal(value(a), value(b), tolerance);
+}
+std::string reason(const DynamicValue& a, const DynamicValue& b, float tolerance = 0) {
+  std::string words;
+  EXPECT_FALSE(equal(a, b, tolerance, &words));
+  return words;
+}
+std::string reason(const std::string& a, const std::string& b) {
+  return reason(value(a), value(b));
+}
+
+DynamicValue bits(Type::TBasetype base, std::uint32_t word) {
+  return DynamicValue::base(base, word);
+}
+
+TEST(ValuesEqual, TakesTheSameAsEqual) {
+  for (const char* v : {"1", "true", "2.5", "3c", "0.5h", "float3(1.0, 2.0, 3.0)", "[ 1, 2 ]",
+                        "{ a = 1; b = { c = 2.0; }; }", "B : enum { A; B; }", "&[ 1.0 ]",
+                        "[ : int ]", "{ }", "$0x000000000000000f"}) {
+    EXPECT_TRUE(equal(v, v)) << v;
+  }
+}
+
+TEST(ValuesEqual, SaysWhereTheFirstMismatchIs) {
+  EXPECT_EQ(reason("1", "2"), "1 != 2");
+  EXPECT_EQ(reason("{ a = [ { b = 0; }, { b = 0; }, { b = 1; } ]; }",
+                   "{ a = [ { b = 0; }, { b = 0; }, { b = 2; } ]; }"),
+            ".a[2].b: 1 != 2");
+  EXPECT_EQ(reason("{ a = 1; b = 2; c = 3; }", "{ a = 1; b = 5; c = 6; }"), ".b: 2 != 5");
+  EXPECT_EQ(reason("[ 1, 2, 3, 4 | 2, 2 ]", "[ 1, 2, 9, 4 | 2, 2 ]"), "[2]: 3 != 9");
+  EXPECT_EQ(reason("float2(1.0, 2.0)", "float2(1.0, 3.0)"),
+            "float2(1.0, 2.0) != float2(1.0, 3.0)");
+  EXPECT_EQ(reason("A : enum { A; B; }", "B : enum { A; B; }"),
+            "A : enum { A; B; } != B : enum { A; B; }");
+  EXPECT_EQ(reason("{ r = &{ x = true; }; }", "{ r = &{ x = false; }; }"), ".r.x: true != false");
+}
+
+TEST(ValuesEqual, LeavesTheReasonAloneOnSuccess) {
+  std::string words = "as it was";
+  EXPECT_TRUE(equal(value("1"), value("1"), 0, &words));
+  EXPECT_EQ(words, "as it was");
+}
+
+TEST(ValuesEqual, RefusesDifferentTypes) {
+  EXPECT_EQ(reason("1", "1.0"), "Type mismatch: int != float");
+  EXPECT_EQ(reason("[ 1 ]", "[ 1, 2 ]"), "Type mismatch: int[1] != int[2]");
+  // One way only isn't enough.
+  EXPECT_EQ(reason("A : enum { A; }", "0"), "Type mismatch: enum { A; } != int");
+}
+
+TEST(ValuesEqual, ComparesTruthNotBits) {
+  EXPECT_TRUE(equal(bits(Type::TBasetype::Bool, 1), bits(Type::TBasetype::Bool, 0xFFFFFFFF)));
+  EXPECT_FALSE(equal(bits(Type::TBasetype::Bool, 1), bits(Type::TBasetype::Bool, 0)));
+}
+
+TEST(ValuesEqual, ComparesIntegersExactlyWhateverTheTolerance) {
+  EXPECT_FALSE(equal("1", "2", 100));
+  EXPECT_FALSE(equal("1c", "2c", 100));
+}
+
+TEST(ValuesEqual, ComparesFloatsWithinTheTolerance) {
+  EXPECT_TRUE(equal("1.0", "1.5", 0.5f));
+  EXPECT_FALSE(equal("1.0", "1.5", 0.25f));
+  EXPECT_TRUE(equal("0.0", "-0.0"));
+  EXPECT_FALSE(equal("float4(0.0, 0.0, 0.0, 1.0)", "float4(0.0, 0.0, 0.0, 2.0)", 0.5f));
+}
+
+TEST(ValuesEqual, TakesNoNanAsEqual) {
+  const DynamicValue nan = bits(Type::TBasetype::Float, 0x7FC00000);
+  EXPECT_FALSE(equal(nan, nan, 0));
+  EXPECT_FALSE(equal(nan, nan, kInf));
+  const DynamicValue halfNan = DynamicValue::base(Type::TBasetype::Half, std::uint16_t{0x7E00});
+  EXPECT_FALSE(equal(halfNan, halfNan, kInf));
+}
+
+TEST(ValuesEqual, TakesInfinitiesAsEqualToThemselvesOnly) {
+  for (const float tolerance : {0.0f, 1.0f, kInf}) {
+    EXPECT_TRUE(equal("inf", "inf", tolerance));
+    EXPECT_FALSE(equal("inf", "-inf", tolerance));
+    EXPECT_FALSE(equal("-inf", "inf", tolerance));
+    const DynamicValue plus = DynamicValue::base(Type::TBasetype::Half, std::uint16_t{0x7C00});
+    const DynamicValue minus = DynamicValue::base(Type::TBasetype::Half, std::uint16_t{0xFC00});
+    EXPECT_TRUE(equal(plus, plus, tolerance));
+    EXPECT_FALSE(equal(plus, minus, tolerance));
+  }
+  EXPECT_FALSE(equal("inf", "1.0", 1e30f));
+}
+
+TEST(ValuesEqual, TakesTheDifferenceOfHalfsAsAHalf) {
+  // 2049 isn't a half: the difference of 2048 and -1 is the nearest even one, 2048.
+  EXPECT_TRUE(equal("2048.0h", "-1.0h", 2048));
+  EXPECT_FALSE(equal("2048.0h", "-1.0h", 2047.5f));
+  // It runs over to infinity.
+  EXPECT_FALSE(equal("65504.0h", "-65504.0h", 200000));
+}
+
+TEST(ValuesEqual, IgnoresPadding) {
+  float lanes[4] = {1, 2, 3, 4};
+  const DynamicValue a(type("float3"), lanes);
+  lanes[3] = 5;
+  const DynamicValue b(type("float3"), lanes);
+  EXPECT_TRUE(equal(a, b));
+}
+
+TEST(ValuesEqual, ComparesReferencesByWordFirst) {
+  // A NaN is unequal to itself, but the same block is the same word.
+  const DynamicValue nan = bits(Type::TBasetype::Float, 0x7FC00000);
+  EXPECT_TRUE(equal(DynamicValue::reference(nan), DynamicValue::reference(nan)));
+  EXPECT_TRUE(equal("$(0x000000000000000f:int)", "$(0x000000000000000f:int)"));
+}
+
+TEST(ValuesEqual, GivesNoReasonForANullOrForeignReference) {
+  EXPECT_EQ(reason("$(0x0000000000000000:int)", "&1"), "");
+  EXPECT_EQ(reason("$0x000000000000000f", "$0x000000000000000e"), "");
+}
+
+TEST(ValuesEqual, ComparesWhatReferencesLeadTo) {
+  EXPECT_TRUE(equal("&{ a = &1; }", "&{ a = &1; }"));
+  EXPECT_EQ(reason("&{ a = &1; }", "&{ a = &2; }"), ".a: 1 != 2");
+}
+
+TEST(ValuesEqual, RefusesReferredValuesOfUnrelatedTypes) {
+  const TypePtr any = type("void*");
+  const auto refer = [&](const char* v) { return DynamicValue::reference(value(v), any); };
+  EXPECT_EQ(reason(refer("1"), refer("1.0")), "Referenced type mismatch: int != float");
+  EXPECT_EQ(reason(refer("0"), refer("A : enum { A; }")),
+            "Referenced type mismatch: int != enum { A; }");
+  EXPECT_EQ(reason(refer("A : enum { A; }"), refer("0")), "Type mismatch: enum { A; } != int");
+}
+
+TEST(ValuesEqual, ComparesFunctionsAsWords) {
+  const TypePtr f = type("(() => int)");
+  EXPECT_TRUE(equal(DynamicValue::function(f, 1, 2), DynamicValue::function(f, 1, 2)));
+  EXPECT_FALSE(equal(DynamicValue::function(f, 1, 2), DynamicValue::function(f, 1, 3)));
+  EXPECT_FALSE(equal(DynamicValue::function(f, 1, 2), DynamicValue::function(f, 3, 2)));
+}
+
+TEST(ValuesEqual, PassesOnABadEnumCodeOnlyIfAReasonIsWanted) {
+  const std::int32_t code = 5;
+  const DynamicValue bad(type("enum { A; }"), &code);
+  const DynamicValue good = value("A : enum { A; }");
+  EXPECT_FALSE(equal(bad, good));
+  std::string words;
+  EXPECT_REFUSED(equal(bad, good, 0, &words), "Enum code out of range: 5");
+}
+
+}  // namespace
+}  // namespace qex::vornath::test

@@ -1,0 +1,190 @@
+#include "write_protocol.hpp"
+
+#include "values_support.hpp"
+
+namespace qex::vornath::test {
+namespace {
+
+TEST(CloneBlock, CarriesBytesAndLengthAndTakesReferences) {
+  const DynamicValue target = value("1");
+  DynamicValue v = DynamicValue::array({DynamicValue::reference(target)}, 1);
+  v.setLength(0);
+  const DynamicValue clone(cloneBlock(v.block()));
+  EXPECT_NE(clone.block(), v.block());
+  EXPECT_EQ(clone.block()->refCount, 1u);
+  EXPECT_EQ(clone.block()->length, 0u);
+  EXPECT_NE(clone.block()->shadowRefs, v.block()->shadowRefs);
+  EXPECT_EQ(at<std::uint64_t>(clone), at<std::uint64_t>(v));
+  EXPECT_EQ(count(target), 3u);
+}
+
+TEST(PrepareWrite, StaysInAnExclusiveBlock) {
+  DynamicValue v = value("{ a = 1; }");
+  vrntValue_t* const before = v.block();
+  {
+    const WriteScope write(v.blockHandle(), v.typeOf(), 0);
+    EXPECT_EQ(write.data(), blockData(before));
+  }
+  EXPECT_EQ(v.block(), before);
+}
+
+TEST(PrepareWrite, MovesToACopyOfASharedBlock) {
+  DynamicValue v = value("{ a = 1; b = &2; }");
+  const DynamicValue other(v);
+  vrntValue_t* const before = v.block();
+  {
+    const WriteScope write(v.blockHandle(), *v.view().field("a").type, 0);
+    const std::int32_t a = 9;
+    std::memcpy(write.data(), &a, sizeof(a));
+  }
+  EXPECT_NE(v.block(), before);
+  EXPECT_EQ(count(v), 1u);
+  EXPECT_EQ(count(other), 1u);
+  EXPECT_EQ(text(v), "{ a = 9; b = &2; }");
+  EXPECT_EQ(text(other), "{ a = 1; b = &2; }");
+}
+
+TEST(WriteProtocol, KeepsOldWordsInTheShadowArrayUntilTheCommit) {
+  const DynamicValue target = value("1");
+  DynamicValue v = DynamicValue::structure(
+      {{"x", DynamicValue::reference(target)}, {"y", DynamicValue::reference(target)}});
+  const std::uint64_t word = wordOfBlock(target.block());
+  {
+    const View y = v.view().field("y");
+    const WriteScope write(v.blockHandle(), *y.type, y.offset);
+    EXPECT_EQ(v.block()->shadowRefs[0], word);
+    EXPECT_EQ(v.block()->shadowRefs[1], 0u);
+    EXPECT_EQ(count(target), 3u);
+    storeWord(write.data(), 0);
+  }
+  EXPECT_EQ(v.block()->shadowRefs[0], 0u);
+  EXPECT_EQ(count(target), 2u);
+}
+
+TEST(WriteProtocol, MovesReferencesWithTheWords) {
+  const DynamicValue before = value("1");
+  const DynamicValue after = value("2");
+  DynamicValue v = DynamicValue::reference(before);
+  {
+    const WriteScope write(v.blockHandle(), v.typeOf(), 0);
+    storeWord(write.data(), wordOfBlock(after.block()));
+  }
+  EXPECT_EQ(count(before), 1u);
+  EXPECT_EQ(count(after), 2u);
+}
+
+TEST(WriteProtocol, KeepsTheTargetOfAWordLeftAlone) {
+  DynamicValue v = value("&7");
+  { const WriteScope write(v.blockHandle(), v.typeOf(), 0); }
+  EXPECT_EQ(text(v), "&7");
+  EXPECT_EQ(blockOfWord(at<std::uint64_t>(v))->refCount, 1u);
+}
+
+TEST(WriteScope, CommitsOnAThrow) {
+  const DynamicValue target = value("1");
+  DynamicValue v = DynamicValue::reference(target);
+  try {
+    const WriteScope write(v.blockHandle(), v.typeOf(), 0);
+    throw std::runtime_error("stop");
+  } catch (const std::runtime_error&) {
+  }
+  EXPECT_EQ(v.block()->shadowRefs[0], 0u);
+  EXPECT_EQ(count(target), 2u);
+}
+
+TEST(WriteSpan, NotifiesWithTypeAndOffset) {
+  DynamicValue v(type("{ int a; int b; }"));
+  std::vector<std::pair<const Type*, std::uint64_t>> calls;
+  v.changeListener() = [&](const Type* t, std::uint64_t offset) { calls.emplace_back(t, offset); };
+  const std::int32_t number = 3;
+  const View b = v.view().field("b");
+  writeSpan(v, *b.type, b.offset, &number);
+  EXPECT_EQ(text(v), "{ a = 0; b = 3; }");
+  ASSERT_EQ(calls.size(), 1u);
+  EXPECT_EQ(calls[0], std::pair(b.type, b.offset));
+}
+
+TEST(WriteSpan, TakesACountAndASourceOffset) {
+  DynamicValue v = value("[ 1, 2, 3 ]");
+  const std::int32_t numbers[] = {7, 8, 9};
+  writeSpan(v, v.typeOf(), 0, numbers, 8, 4);
+  EXPECT_EQ(text(v), "[ 8, 9, 3 ]");
+}
+
+TEST(WriteSpan, TakesASourceInTheSharedBlockThatItLeaves) {
+  DynamicValue v = value("[ 1, 2, 3 ]");
+  DynamicValue other(v);
+  const char* const source = other.data();
+  writeSpan(v, *v.view().element(2).type, 8, source);
+  EXPECT_EQ(text(v), "[ 1, 2, 1 ]");
+  EXPECT_EQ(text(other), "[ 1, 2, 3 ]");
+}
+
+TEST(WriteForeign, StoresTheForeignForm) {
+  const DynamicValue target = value("1");
+  DynamicValue v = DynamicValue::reference(target);
+  writeForeign(v.view(), 5);
+  EXPECT_EQ(at<std::uint64_t>(v), 11u);
+  EXPECT_EQ(count(target), 1u);
+  writeForeign(v.view(), 0);
+  EXPECT_EQ(at<std::uint64_t>(v), 0u);
+  DynamicValue f(type("(() => int)"));
+  writeForeign(f.view(), 3, 4);
+  EXPECT_EQ(at<std::uint64_t>(f, 0), 7u);
+  EXPECT_EQ(at<std::uint64_t>(f, 8), 9u);
+}
+
+TEST(WriteData, CountsOnlyReferencesThatChange) {
+  const DynamicValue stays = value("1");
+  const DynamicValue goes = value("2");
+  const DynamicValue comes = value("3");
+  DynamicValue v = DynamicValue::structure(
+      {{"a", DynamicValue::reference(stays)}, {"b", DynamicValue::reference(goes)}});
+  const std::uint64_t words[] = {wordOfBlock(stays.block()), wordOfBlock(comes.block())};
+  writeData(v, words, v.typeOf(), 0);
+  EXPECT_EQ(text(v), "{ a = &1; b = &3; }");
+  EXPECT_EQ(count(stays), 2u);
+  EXPECT_EQ(count(goes), 1u);
+  EXPECT_EQ(count(comes), 2u);
+}
+
+TEST(WriteData, LeavesOtherHoldersAlone) {
+  DynamicValue v = value("{ a = 1; b = &2; }");
+  const DynamicValue other(v);
+  const DynamicValue source = value("{ a = 3; b = &4; }");
+  int calls = 0;
+  v.changeListener() = [&](const Type*, std::uint64_t) { ++calls; };
+  writeData(v, source.data(), v.typeOf(), 0);
+  EXPECT_EQ(text(v), "{ a = 3; b = &4; }");
+  EXPECT_EQ(text(other), "{ a = 1; b = &2; }");
+  EXPECT_EQ(calls, 1);
+}
+
+TEST(WriteData, TakesASourceThatTheOldReferencesKeepAlive) {
+  // The list's rest becomes the list: the words written are all that holds the rest.
+  DynamicValue list(type("{ void* next; int number; }"));
+  {
+    DynamicValue last(type("{ void* next; int number; }"));
+    writeAs(last.view().field("number"), std::int32_t{2});
+    writeAs(list.view().field("number"), std::int32_t{1});
+    const std::uint64_t word = wordOfBlock(last.block());
+    writeSpan(list, *list.view().field("next").type, 0, &word);
+  }
+  const auto* const rest = reinterpret_cast<const char*>(at<std::uintptr_t>(list));
+  writeData(list, rest, list.typeOf(), 0);
+  EXPECT_EQ(text(list), "{ next = $0x0000000000000000; number = 2; }");
+}
+
+TEST(WriteData, TakesManyReferences) {
+  const DynamicValue target = value("1");
+  DynamicValue v(type("int*[100]"));
+  const std::vector<std::uint64_t> words(100, wordOfBlock(target.block()));
+  writeData(v, words.data(), v.typeOf(), 0);
+  EXPECT_EQ(count(target), 101u);
+  const std::vector<std::uint64_t> none(100, 0);
+  writeData(v, none.data(), v.typeOf(), 0);
+  EXPECT_EQ(count(target), 1u);
+}
+
+}  // namespace
+}  // namespace qex::vornath::test
