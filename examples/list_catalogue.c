@@ -1,0 +1,238 @@
+/*
+ * Prints the catalogue as Markdown: each class with its reference slots and groups, and each group
+ * with the offset, type, default, limits, label and description of its fields. All of it comes from
+ * the discovery queries, so nothing here knows a class or a field.
+ */
+#include <stdio.h>
+#include <string.h>
+
+#include "vornath_data/catalogue.h"
+#include "vornath_data/metadata.h"
+#include "vornath_data/types.h"
+#include "vornath_data/values.h"
+
+/* A text within a table's cell. */
+static void printCell(const char* text) {
+  for (; *text; ++text) {
+    if (*text == '|' || *text == '\\') putchar('\\');
+    putchar(*text);
+  }
+}
+
+static void printValue(const vrntValue_t* value) {
+  vrntValuesError_t* error = NULL;
+  const vrntValueView_t whole = {vrntValueType(value), 0};
+  char* text = vrntValueString(value, &whole, 0, &error);
+  if (text) {
+    /* An enum's value repeats its type; its name says enough here. */
+    char* type = strstr(text, " : enum");
+    if (type) *type = '\0';
+    printf("`%s`", text);
+  } else {
+    fprintf(stderr, "%s\n", vrntValuesErrorMessage(error));
+  }
+  vrntDestroyString(text);
+  vrntValuesErrorDestroy(error);
+}
+
+/* The value of an annotation, if there is one. */
+static int printAnnotation(const vrntType_t* type, const char* key, const char* before) {
+  vrntValue_t* value;
+  if (!vrntMetadataExists(type, key) || vrntMetadataType(type, key) != VRNT_METADATA_VALUE) {
+    return 0;
+  }
+  fputs(before, stdout);
+  value = vrntMetadataValue(type, key);
+  printValue(value);
+  vrntValueDestroy(value);
+  return 1;
+}
+
+static void printText(const vrntType_t* type, const char* key) {
+  if (vrntMetadataExists(type, key) && vrntMetadataType(type, key) == VRNT_METADATA_TEXT) {
+    printCell(vrntMetadataString(type, key));
+  }
+}
+
+static void printRange(const vrntType_t* type, const char* name, const char* low,
+                       const char* high) {
+  if (!vrntMetadataExists(type, low) && !vrntMetadataExists(type, high)) return;
+  fputs(name, stdout);
+  printAnnotation(type, low, "from ");
+  if (vrntMetadataExists(type, low) && vrntMetadataExists(type, high)) putchar(' ');
+  printAnnotation(type, high, "to ");
+}
+
+/* What is left of the annotations when label, description, default and limits have been told. */
+static void printFurther(const vrntType_t* type) {
+  static const char* const told[] = {"default", "desc",     "max",     "min",
+                                     "name",    "soft_max", "soft_min"};
+  uint32_t i;
+  for (i = 0; i < vrntMetadataSize(type); ++i) {
+    const char* key = vrntMetadataName(type, i);
+    size_t t = 0;
+    while (t < sizeof told / sizeof told[0] && strcmp(key, told[t]) != 0) ++t;
+    if (t < sizeof told / sizeof told[0]) continue;
+    printf(" `@%s`", key);
+    if (vrntMetadataType(type, key) == VRNT_METADATA_TEXT) {
+      putchar(' ');
+      printText(type, key);
+    } else {
+      printAnnotation(type, key, " ");
+    }
+  }
+}
+
+/* The constructors. What is known of them stands in the type's text alone, before its first brace
+ * that closes outside of quotes. */
+static void printEnum(const vrntType_t* type) {
+  const char* text = vrntTypeString(type);
+  const char* end = text;
+  int quoted = 0;
+  int annotated = 0;
+  uint32_t i;
+  for (; *end && (quoted || *end != '}'); ++end) {
+    if (*end == '"') quoted = !quoted;
+    if (*end == '@') annotated = 1;
+  }
+  if (annotated) {
+    printf("`%.*s}`", (int)(end - text), text);
+    return;
+  }
+  fputs("enum", stdout);
+  for (i = 0; i < vrntTypeConstructorCount(type); ++i) {
+    printf("%s%s", i ? ", " : " ", vrntTypeConstructorName(type, i));
+  }
+}
+
+static void printType(const vrntType_t* type) {
+  uint32_t i;
+  vrntType_t* plain;
+  switch (vrntTypeDescriptor(type)) {
+    case VRNT_DESCRIPTOR_STRUCT:
+      fputs("struct", stdout);
+      break;
+    case VRNT_DESCRIPTOR_ENUM:
+      printEnum(type);
+      break;
+    case VRNT_DESCRIPTOR_ARRAY: {
+      int32_t shape[4] = {0, 0, 0, 0};
+      vrntType_t* element = vrntTypeElementType(type);
+      vrntTypeArrayShape(type, shape);
+      printType(element);
+      vrntTypeDestroy(element);
+      for (i = 0; i < vrntTypeArrayDimension(type); ++i) {
+        printf("%s%d", i ? "," : "[", (int)shape[i]);
+      }
+      putchar(']');
+      break;
+    }
+    default:
+      plain = vrntTypeStripMetadata(type);
+      printCell(vrntTypeString(plain));
+      vrntTypeDestroy(plain);
+  }
+}
+
+static void printFields(const vrntType_t* structType, const char* path, uint64_t base) {
+  uint32_t i;
+  for (i = 0; i < vrntTypeFieldCount(structType); ++i) {
+    char fieldPath[512];
+    vrntValueView_t view;
+    vrntType_t* type = vrntTypeFieldType(structType, i);
+    vrntValueStructField(&view, structType, i);
+    snprintf(fieldPath, sizeof fieldPath, "%s%s", path, vrntTypeFieldLabel(structType, i));
+
+    printf("| `%s` | %llu | ", fieldPath, (unsigned long long)(base + view.offset));
+    printType(type);
+    fputs(" | ", stdout);
+    printAnnotation(type, "default", "");
+    fputs(" | ", stdout);
+    printRange(type, "", "min", "max");
+    if ((vrntMetadataExists(type, "min") || vrntMetadataExists(type, "max")) &&
+        (vrntMetadataExists(type, "soft_min") || vrntMetadataExists(type, "soft_max"))) {
+      fputs("; ", stdout);
+    }
+    printRange(type, "soft ", "soft_min", "soft_max");
+    fputs(" | ", stdout);
+    printText(type, "name");
+    fputs(" | ", stdout);
+    printText(type, "desc");
+    printFurther(type);
+    fputs(" |\n", stdout);
+
+    if (vrntTypeDescriptor(type) == VRNT_DESCRIPTOR_STRUCT) {
+      strncat(fieldPath, ".", sizeof fieldPath - strlen(fieldPath) - 1);
+      printFields(type, fieldPath, base + view.offset);
+    } else if (vrntTypeDescriptor(type) == VRNT_DESCRIPTOR_ARRAY) {
+      vrntType_t* element = vrntTypeElementType(type);
+      if (vrntTypeDescriptor(element) == VRNT_DESCRIPTOR_STRUCT) {
+        strncat(fieldPath, "[0].", sizeof fieldPath - strlen(fieldPath) - 1);
+        printFields(element, fieldPath, base + view.offset);
+      }
+      vrntTypeDestroy(element);
+    }
+    vrntTypeDestroy(type);
+  }
+}
+
+static void printGroups(uint32_t objectClass) {
+  uint32_t i;
+  for (i = 0; i < vrdmFieldCount(objectClass); ++i) {
+    vrntType_t* type = vrdmFieldType(objectClass, i);
+    printf("\n### Group %u: %s\n\n", (unsigned)i, vrdmFieldName(objectClass, i));
+    printText(type, "desc");
+    printFurther(type);
+    printf("\n\n%llu bytes, aligned to %llu.\n\n", (unsigned long long)vrntTypeSize(type),
+           (unsigned long long)vrntTypeAlignment(type));
+    fputs("| Field | Offset | Type | Default | Limits | Label | Description |\n", stdout);
+    fputs("|---|---|---|---|---|---|---|\n", stdout);
+    printFields(type, "", 0);
+    vrntTypeDestroy(type);
+  }
+}
+
+static const char* kindOfReference(uint32_t kind) {
+  switch (kind) {
+    case VRDM_REFERENCE_REQUIRED:
+      return "one, required";
+    case VRDM_REFERENCE_OPTIONAL:
+      return "one, optional";
+    case VRDM_REFERENCE_LIST:
+      return "list";
+    case VRDM_REFERENCE_ORDERED_DECAL:
+      return "list, coded: front and back";
+    case VRDM_REFERENCE_EMITTER:
+      return "list, coded: lights and shapes";
+    default:
+      return "unknown";
+  }
+}
+
+static void printSlots(uint32_t objectClass) {
+  uint32_t i;
+  if (vrdmReferenceCount(objectClass) == 0) return;
+  fputs("\n| Slot | Name | Holds | Target |\n|---|---|---|---|\n", stdout);
+  for (i = 0; i < vrdmReferenceCount(objectClass); ++i) {
+    const vrdmReferenceInfo info = vrdmReferenceType(objectClass, i);
+    const char* target = info.targetClass == VRDM_TARGET_EMITTER ? "Light or Shape"
+                                                                 : vrdmObjectName(info.targetClass);
+    printf("| %u | `%s` | %s | %s |\n", (unsigned)i, info.name, kindOfReference(info.kind), target);
+  }
+}
+
+int main(void) {
+  static const char* const kinds[] = {"program", "asset", "instance"};
+  uint32_t i;
+  fputs("# The catalogue\n\nPrinted by `examples/list_catalogue.c` from the discovery queries.\n",
+        stdout);
+  for (i = 0; i < vrdmObjectTypeCount(); ++i) {
+    printf("\n## %u: %s\n\nKind: %s%s.\n", (unsigned)i, vrdmObjectName(i),
+           kinds[vrdmObjectClass(i)], vrdmHasValue(i) ? ", with a value for its program" : "");
+    printSlots(i);
+    printGroups(i);
+  }
+  fputs("\n## The scene as a whole\n", stdout);
+  printGroups(VRDM_CLASS_SCENE_DATA);
+  return ferror(stdout) ? 1 : 0;
+}

@@ -1,0 +1,38 @@
+/// Compiled material graphs.
+#ifndef VORNATH_DATA_CATALOGUE_MATERIAL_GRAPH_HPP
+#define VORNATH_DATA_CATALOGUE_MATERIAL_GRAPH_HPP
+
+#include <cstddef>
+#include <cstdint>
+#include <tuple>
+#include <type_traits>
+
+#include "vornath_data/catalogue/object_class.hpp"
+
+namespace vrnt::data {
+
+/// Where things lie in a material graph's bytes, which the library itself never reads.
+struct MaterialGraphDesc {
+  std::uint64_t binarySize = 0;       ///< bytes
+  std::uint64_t rootOffset = 0;       ///< bytes
+  std::uint64_t parameterOffset = 0;  ///< bytes
+
+  /// The bytes of the graph.
+  constexpr std::size_t size() const { return static_cast<std::size_t>(binarySize); }
+
+  static constexpr ObjectClass kClass = ObjectClass::MaterialGraph;
+  static constexpr ObjectKind kKind = ObjectKind::Asset;
+  static constexpr const char* kName = "MaterialGraph";
+  static constexpr bool kHasValue = false;
+  static constexpr std::tuple<> kGroups{};
+  static constexpr std::tuple<> kSlots{};
+};
+
+static_assert(sizeof(MaterialGraphDesc) == 24 && std::is_trivially_copyable_v<MaterialGraphDesc> &&
+              offsetof(MaterialGraphDesc, binarySize) == 0 &&
+              offsetof(MaterialGraphDesc, rootOffset) == 8 &&
+              offsetof(MaterialGraphDesc, parameterOffset) == 16);
+
+}  // namespace vrnt::data
+
+#endif

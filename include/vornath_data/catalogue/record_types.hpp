@@ -1,0 +1,52 @@
+/// The fixed-width members of group records. A record is what the group's schema says in bytes: its
+/// members are in the schema's order, and padding is named and zero, since it goes to file.
+#ifndef VORNATH_DATA_CATALOGUE_RECORD_TYPES_HPP
+#define VORNATH_DATA_CATALOGUE_RECORD_TYPES_HPP
+
+#include <cstdint>
+
+namespace vrnt::data {
+
+/// 0 is false, all ones is true.
+using Bool32 = std::int32_t;
+inline constexpr Bool32 kFalse = 0;
+inline constexpr Bool32 kTrue = -1;
+
+/// The position of a constructor in its enum.
+using EnumCode = std::int32_t;
+
+/// A word that only brings the next member, or the record's end, to its alignment.
+using Padding32 = std::uint32_t;
+
+struct alignas(8) Int2 {
+  std::int32_t x = 0, y = 0;
+};
+
+struct alignas(16) Int4 {
+  std::int32_t x = 0, y = 0, z = 0, w = 0;
+};
+
+struct alignas(8) Float2 {
+  float x = 0, y = 0;
+};
+
+struct alignas(16) Float3 {
+  float x = 0, y = 0, z = 0;
+  Padding32 padding = 0;
+};
+
+struct alignas(16) Float4 {
+  float x = 0, y = 0, z = 0, w = 0;
+};
+
+/// A texture named from within a group; -1 for none, which a parsed default (0) doesn't say.
+struct TextureRef {
+  std::int32_t index = -1;
+};
+
+static_assert(sizeof(Int2) == 8 && sizeof(Int4) == 16 && sizeof(Float2) == 8 &&
+              sizeof(Float3) == 16 && sizeof(Float4) == 16 && sizeof(TextureRef) == 4);
+
+}  // namespace vrnt::data
+
+#endif

@@ -1,0 +1,98 @@
+#include "group_type.hpp"
+
+#include <array>
+#include <atomic>
+#include <memory>
+
+#include "vornath_data/errors.h"
+
+namespace vrnt::data {
+
+namespace {
+
+// `annotated` is stored last: whoever sees it sees the other one.
+struct CachedType {
+  std::atomic<vrntType_t*> annotated{nullptr};
+  std::atomic<vrntType_t*> plain{nullptr};
+};
+
+constinit std::array<CachedType, kTotalGroupCount> cachedTypes{};
+
+// Gives the handles back before the library goes. Made after the first parse, so that it ends
+// before the factory of types does.
+struct CacheEnd {
+  ~CacheEnd() {
+    for (CachedType& cached : cachedTypes) {
+      if (vrntType_t* type = cached.annotated.exchange(nullptr)) vrntTypeDestroy(type);
+      if (vrntType_t* type = cached.plain.exchange(nullptr)) vrntTypeDestroy(type);
+    }
+  }
+};
+
+struct DestroyType {
+  void operator()(vrntType_t* type) const { vrntTypeDestroy(type); }
+};
+using OwnedType = std::unique_ptr<vrntType_t, DestroyType>;
+
+struct DestroyError {
+  void operator()(vrntValuesError_t* error) const { vrntValuesErrorDestroy(error); }
+};
+using OwnedError = std::unique_ptr<vrntValuesError_t, DestroyError>;
+
+constexpr std::array<const char*, kTotalGroupCount> collectSchemas() {
+  std::array<const char*, kTotalGroupCount> schemas{};
+  const auto collect = [&schemas](auto tag) {
+    using Desc = typename decltype(tag)::Desc;
+    forEachGroup<Desc>([&schemas](const auto& group, auto position) {
+      schemas[kFirstGroupOrdinal<Desc> + position] = group.schema;
+    });
+  };
+  forEachClass(collect);
+  collect(ClassTag<SceneData>{});
+  return schemas;
+}
+
+constexpr std::array<const char*, kTotalGroupCount> schemas = collectSchemas();
+
+// Moves the handle into the place, or drops it if another thread was faster. Two threads may hold
+// different annotated types of one schema here; the first stays.
+void publish(std::atomic<vrntType_t*>& place, OwnedType type) {
+  vrntType_t* expected = nullptr;
+  if (place.compare_exchange_strong(expected, type.get(), std::memory_order_acq_rel)) {
+    type.release();
+  }
+}
+
+void parseInto(CachedType& cached, const char* schema) {
+  OwnedType annotated(parseSchema(schema).value());
+  static const CacheEnd end;
+  publish(cached.plain, OwnedType(vrntTypeStripMetadata(annotated.get())));
+  publish(cached.annotated, std::move(annotated));
+}
+
+}  // namespace
+
+Result<vrntType_t*> parseSchema(const char* schema) {
+  vrntValuesError_t* reported = nullptr;
+  if (vrntType_t* type = vrntTypeParse(schema, &reported)) return type;
+  const OwnedError error(reported);
+  switch (vrntValuesErrorCode(error.get())) {
+    case VRNT_LIBRARY_ERROR:
+      return Result<vrntType_t*>(ErrorCode::ParseFailed, vrntValuesErrorMessage(error.get()));
+    case VRNT_OUT_OF_MEMORY:
+      return Result<vrntType_t*>(ErrorCode::MemoryAllocationFailure);
+    default:
+      return Result<vrntType_t*>(ErrorCode::InternalError, vrntValuesErrorMessage(error.get()));
+  }
+}
+
+GroupType groupType(std::size_t ordinal) {
+  CachedType& cached = cachedTypes[ordinal];
+  if (cached.annotated.load(std::memory_order_acquire) == nullptr) {
+    parseInto(cached, schemas[ordinal]);
+  }
+  return {cached.annotated.load(std::memory_order_acquire),
+          cached.plain.load(std::memory_order_relaxed)};
+}
+
+}  // namespace vrnt::data

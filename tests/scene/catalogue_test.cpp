@@ -1,0 +1,603 @@
+// The catalogue's queries, and the agreement of each group's schema with its record.
+#include "vornath_data/catalogue.h"
+
+#include <gtest/gtest.h>
+
+#include <cstddef>
+#include <cstdint>
+#include <cstdio>
+#include <cstring>
+#include <fstream>
+#include <string>
+#include <typeindex>
+#include <vector>
+
+#include "field_walk.hpp"
+#include "vornath_data/catalogue/class_list.hpp"
+#include "vornath_data/scene_interface.h"
+
+namespace {
+
+using namespace vornath_test;
+using vrnt::data::ClassInfo;
+using vrnt::data::ClassTag;
+using vrnt::data::SceneData;
+
+constexpr std::uint32_t kProgram = 0;
+constexpr std::uint32_t kAsset = 1;
+constexpr std::uint32_t kInstance = 2;
+constexpr std::uint32_t kRequired = 0;
+constexpr std::uint32_t kOptional = 1;
+constexpr std::uint32_t kList = 2;
+constexpr std::uint32_t kOrderedDecal = 3;
+constexpr std::uint32_t kEmitter = 100;
+constexpr std::uint32_t kAllBits = 0xFFFFFFFF;
+
+struct SlotRow {
+  std::string name;
+  std::uint32_t kind;
+  std::uint32_t target;
+};
+
+struct ClassRow {
+  std::string name;
+  std::uint32_t kind;
+  std::vector<std::string> groups;
+  std::vector<SlotRow> slots;
+  bool hasValue;
+};
+
+const std::vector<std::string> kTaskGroupNames{
+    "General",     "Accumulation",       "Render region", "Global illumination",
+    "Photon maps", "Ambient occlusion",  "Wavefront",     "Realtime gi",
+    "Rasterizer",  "Whitted raytracing", "Diagnostic"};
+
+const std::vector<ClassRow> kClasses{
+    {"CameraProgram", kProgram, {}, {}, false},
+    {"MaterialProgram", kProgram, {}, {}, false},
+    {"LightProgram", kProgram, {}, {}, false},
+    {"Mesh", kAsset, {}, {}, false},
+    {"Texture", kAsset, {}, {}, false},
+    {"MaterialGraph", kAsset, {}, {}, false},
+    {"Keyframe", kInstance, {"Transformation"}, {}, false},
+    {"KeyframeList", kInstance, {}, {{"keyframes", kList, 6}}, false},
+    {"Camera",
+     kInstance,
+     {"Transformation", "General", "Background", "Backplate"},
+     {{"program", kRequired, 0}, {"backplate", kOptional, 4}, {"keyframes", kOptional, 7}},
+     true},
+    {"TransformationGroup", kInstance, {"Transformation"}, {}, false},
+    {"LightGroup", kInstance, {}, {{"emitters", kEmitter, 100}}, false},
+    {"Light",
+     kInstance,
+     {"Transformation", "General", "Target", "Sampling probability", "View space", "Visibility"},
+     {{"program", kRequired, 2}, {"transformationGroup", kOptional, 9}, {"textures", kList, 4}},
+     true},
+    {"Material",
+     kInstance,
+     {},
+     {{"program", kOptional, 1}, {"graph", kOptional, 5}, {"textures", kList, 4}},
+     true},
+    {"Decal",
+     kInstance,
+     {"Transformation", "Projection"},
+     {{"frontMaterial", kRequired, 12},
+      {"backMaterial", kRequired, 12},
+      {"transformationGroup", kOptional, 9}},
+     false},
+    {"DecalList", kInstance, {}, {{"decals", kOrderedDecal, 13}}, false},
+    {"Shape",
+     kInstance,
+     {"Transformation", "General", "Target", "Ambient occlusion", "Cut planes", "Face culling",
+      "Matte objects", "Nested priority", "Procedural UVs", "Rasterizer", "Hemilux",
+      "Sampling probability", "View space", "Visibility"},
+     {{"material", kRequired, 12},
+      {"mesh", kOptional, 3},
+      {"lightGroup", kOptional, 10},
+      {"transformationGroup", kOptional, 9},
+      {"decals", kOptional, 14},
+      {"hemilux", kOptional, 4},
+      {"hemiluxTonemapping", kOptional, 4},
+      {"fillingMaterial", kOptional, 12},
+      {"keyframes", kOptional, 7}},
+     false},
+    {"ImageTask", kInstance, kTaskGroupNames, {{"camera", kRequired, 8}}, false},
+    {"BakeTask", kInstance, kTaskGroupNames, {{"shapes", kList, 15}}, false}};
+
+const std::vector<std::string> kSceneGroupNames{"Cut planes", "Rasterizer", "Raytracer", "General"};
+
+// Numbers that are no class. -1 is one for every query that knows no scene-wide groups.
+const std::vector<std::uint32_t> kNoClasses{18, 19, 100, 0x7FFFFFFF, 0x80000000, 0xFFFFFFFE};
+
+std::uint32_t numberOf(const std::string& name) {
+  for (std::uint32_t i = 0; i < kClasses.size(); ++i) {
+    if (kClasses[i].name == name) return i;
+  }
+  return name == "SceneData" ? kAllBits : 18;
+}
+
+TypeHandle typeOf(std::uint32_t objectClass, std::uint32_t group) {
+  return TypeHandle(vrdmFieldType(objectClass, group));
+}
+
+void expectNoSlot(std::uint32_t objectClass, std::uint32_t slot, std::uint32_t numbers) {
+  const vrdmReferenceInfo info = vrdmReferenceType(objectClass, slot);
+  EXPECT_EQ(info.kind, numbers) << objectClass << " " << slot;
+  EXPECT_EQ(info.targetClass, numbers) << objectClass << " " << slot;
+  EXPECT_EQ(info.name, nullptr) << objectClass << " " << slot;
+}
+
+TEST(vrdmObjectTypeCount, IsEighteen) {
+  EXPECT_EQ(vrdmObjectTypeCount(), 18U);
+  EXPECT_EQ(kClasses.size(), 18U);
+}
+
+TEST(vrdmObjectName, GivesTheNamesInTheOrderOfTheClasses) {
+  for (std::uint32_t i = 0; i < kClasses.size(); ++i) {
+    ASSERT_NE(vrdmObjectName(i), nullptr) << i;
+    EXPECT_EQ(vrdmObjectName(i), kClasses[i].name);
+  }
+}
+
+TEST(vrdmObjectName, IsNullForNumbersThatAreNoClass) {
+  for (const std::uint32_t number : kNoClasses) EXPECT_EQ(vrdmObjectName(number), nullptr);
+  EXPECT_EQ(vrdmObjectName(VRDM_CLASS_SCENE_DATA), nullptr);
+}
+
+TEST(vrdmObjectName, IsTheSameTextAtEachCall) { EXPECT_EQ(vrdmObjectName(8), vrdmObjectName(8)); }
+
+TEST(vrdmObjectClass, GivesTheKindOfEachClass) {
+  for (std::uint32_t i = 0; i < kClasses.size(); ++i) {
+    EXPECT_EQ(vrdmObjectClass(i), kClasses[i].kind) << kClasses[i].name;
+  }
+}
+
+TEST(vrdmObjectClass, IsZeroForNumbersThatAreNoClass) {
+  for (const std::uint32_t number : kNoClasses) EXPECT_EQ(vrdmObjectClass(number), 0U);
+  EXPECT_EQ(vrdmObjectClass(VRDM_CLASS_SCENE_DATA), 0U);
+}
+
+TEST(vrdmFieldCount, GivesTheNumberOfGroupsOfEachClass) {
+  for (std::uint32_t i = 0; i < kClasses.size(); ++i) {
+    EXPECT_EQ(vrdmFieldCount(i), kClasses[i].groups.size()) << kClasses[i].name;
+  }
+}
+
+TEST(vrdmFieldCount, IsFourForTheSceneAndZeroForNumbersThatAreNoClass) {
+  EXPECT_EQ(vrdmFieldCount(VRDM_CLASS_SCENE_DATA), 4U);
+  for (const std::uint32_t number : kNoClasses) EXPECT_EQ(vrdmFieldCount(number), 0U);
+}
+
+TEST(vrdmFieldName, GivesTheGroupsOfEachClassByPosition) {
+  for (std::uint32_t i = 0; i < kClasses.size(); ++i) {
+    const auto& groups = kClasses[i].groups;
+    for (std::uint32_t g = 0; g < groups.size(); ++g) {
+      ASSERT_NE(vrdmFieldName(i, g), nullptr) << kClasses[i].name << " " << g;
+      EXPECT_EQ(vrdmFieldName(i, g), groups[g]) << kClasses[i].name << " " << g;
+    }
+  }
+}
+
+TEST(vrdmFieldName, GivesTheGroupsOfTheScene) {
+  for (std::uint32_t g = 0; g < 4; ++g) {
+    ASSERT_NE(vrdmFieldName(VRDM_CLASS_SCENE_DATA, g), nullptr) << g;
+    EXPECT_EQ(vrdmFieldName(VRDM_CLASS_SCENE_DATA, g), kSceneGroupNames[g]);
+  }
+  EXPECT_STREQ(vrdmFieldName(VRDM_CLASS_SCENE_DATA, 3), "General");
+}
+
+TEST(vrdmFieldName, IsNullPastTheEndAndWhereThereAreNoGroups) {
+  for (std::uint32_t i = 0; i < kClasses.size(); ++i) {
+    const auto count = static_cast<std::uint32_t>(kClasses[i].groups.size());
+    EXPECT_EQ(vrdmFieldName(i, count), nullptr) << kClasses[i].name;
+    EXPECT_EQ(vrdmFieldName(i, kAllBits), nullptr) << kClasses[i].name;
+  }
+  EXPECT_EQ(vrdmFieldName(VRDM_CLASS_SCENE_DATA, 4), nullptr);
+  for (const std::uint32_t number : kNoClasses) EXPECT_EQ(vrdmFieldName(number, 0), nullptr);
+}
+
+TEST(vrdmFieldType, IsNullPastTheEndAndWhereThereAreNoGroups) {
+  for (std::uint32_t i = 0; i < kClasses.size(); ++i) {
+    const auto count = static_cast<std::uint32_t>(kClasses[i].groups.size());
+    EXPECT_EQ(vrdmFieldType(i, count), nullptr) << kClasses[i].name;
+    EXPECT_EQ(vrdmFieldType(i, kAllBits), nullptr) << kClasses[i].name;
+  }
+  EXPECT_EQ(vrdmFieldType(VRDM_CLASS_SCENE_DATA, 4), nullptr);
+  for (const std::uint32_t number : kNoClasses) EXPECT_EQ(vrdmFieldType(number, 0), nullptr);
+}
+
+TEST(vrdmFieldType, GivesAStructWithTheGroupsNameForEveryGroup) {
+  const auto check = [](std::uint32_t objectClass) {
+    for (std::uint32_t g = 0; g < vrdmFieldCount(objectClass); ++g) {
+      const TypeHandle type = typeOf(objectClass, g);
+      ASSERT_NE(type, nullptr) << objectClass << " " << g;
+      EXPECT_EQ(vrntTypeDescriptor(type.get()), std::uint32_t{VRNT_DESCRIPTOR_STRUCT});
+      ASSERT_EQ(vrntMetadataExists(type.get(), "name"), 1U);
+      EXPECT_STREQ(vrntMetadataString(type.get(), "name"), vrdmFieldName(objectClass, g));
+    }
+  };
+  for (std::uint32_t i = 0; i < 18; ++i) check(i);
+  check(VRDM_CLASS_SCENE_DATA);
+}
+
+TEST(vrdmFieldType, GivesAReferenceOfItsOwnAtEachCall) {
+  const TypeHandle kept = typeOf(8, 3);
+  const std::string text = vrntTypeString(kept.get());
+  for (int i = 0; i < 3; ++i) {
+    const TypeHandle dropped = typeOf(8, 3);
+    EXPECT_EQ(vrntTypeIsEqual(kept.get(), dropped.get()), 1);
+  }
+  EXPECT_EQ(text, vrntTypeString(kept.get()));
+  EXPECT_EQ(text, vrntTypeString(typeOf(8, 3).get()));
+}
+
+TEST(vrdmFieldType, IsTheSameForTheGroupsThatBothTasksHave) {
+  for (std::uint32_t g = 0; g < 11; ++g) {
+    const TypeHandle image = typeOf(numberOf("ImageTask"), g);
+    const TypeHandle bake = typeOf(numberOf("BakeTask"), g);
+    EXPECT_EQ(vrntTypeIsEqual(image.get(), bake.get()), 1) << g;
+    EXPECT_STREQ(vrntTypeString(image.get()), vrntTypeString(bake.get())) << g;
+  }
+}
+
+TEST(vrdmFieldType, IsTheSameForTheTargetOfLightAndShape) {
+  const TypeHandle light = typeOf(numberOf("Light"), 2);
+  const TypeHandle shape = typeOf(numberOf("Shape"), 2);
+  EXPECT_EQ(vrntTypeIsEqual(light.get(), shape.get()), 1);
+  EXPECT_STREQ(vrntTypeString(light.get()), vrntTypeString(shape.get()));
+}
+
+TEST(vrdmFieldType, TellsTransformationsApartByDescriptionOnly) {
+  const TypeHandle camera = typeOf(numberOf("Camera"), 0);
+  for (const char* name : {"TransformationGroup", "Light", "Decal", "Shape"}) {
+    const TypeHandle other = typeOf(numberOf(name), 0);
+    EXPECT_EQ(vrntTypeIsEqual(camera.get(), other.get()), 1) << name;
+    EXPECT_STRNE(vrntMetadataString(camera.get(), "desc"), vrntMetadataString(other.get(), "desc"));
+  }
+  const TypeHandle keyframe = typeOf(numberOf("Keyframe"), 0);
+  EXPECT_EQ(vrntTypeIsEqual(camera.get(), keyframe.get()), 0);
+}
+
+TEST(vrdmReferenceCount, GivesTheNumberOfSlotsOfEachClass) {
+  for (std::uint32_t i = 0; i < kClasses.size(); ++i) {
+    EXPECT_EQ(vrdmReferenceCount(i), kClasses[i].slots.size()) << kClasses[i].name;
+  }
+  EXPECT_EQ(vrdmReferenceCount(VRDM_CLASS_SCENE_DATA), 0U);
+  for (const std::uint32_t number : kNoClasses) EXPECT_EQ(vrdmReferenceCount(number), 0U);
+}
+
+TEST(vrdmReferenceType, GivesNameKindAndTargetOfEachSlot) {
+  for (std::uint32_t i = 0; i < kClasses.size(); ++i) {
+    const auto& slots = kClasses[i].slots;
+    for (std::uint32_t s = 0; s < slots.size(); ++s) {
+      const vrdmReferenceInfo info = vrdmReferenceType(i, s);
+      ASSERT_NE(info.name, nullptr) << kClasses[i].name << " " << s;
+      EXPECT_EQ(info.name, slots[s].name) << kClasses[i].name << " " << s;
+      EXPECT_EQ(info.kind, slots[s].kind) << kClasses[i].name << " " << s;
+      EXPECT_EQ(info.targetClass, slots[s].target) << kClasses[i].name << " " << s;
+    }
+  }
+}
+
+TEST(vrdmReferenceType, HasAllBitsSetForAClassWithoutSlots) {
+  for (std::uint32_t i = 0; i < kClasses.size(); ++i) {
+    if (!kClasses[i].slots.empty()) continue;
+    expectNoSlot(i, 0, kAllBits);
+    expectNoSlot(i, 5, kAllBits);
+  }
+  expectNoSlot(numberOf("Keyframe"), 0, kAllBits);
+  expectNoSlot(VRDM_CLASS_SCENE_DATA, 0, kAllBits);
+}
+
+TEST(vrdmReferenceType, IsZeroPastTheLastSlotAndForNumbersThatAreNoClass) {
+  for (std::uint32_t i = 0; i < kClasses.size(); ++i) {
+    if (kClasses[i].slots.empty()) continue;
+    expectNoSlot(i, static_cast<std::uint32_t>(kClasses[i].slots.size()), 0);
+    expectNoSlot(i, kAllBits, 0);
+  }
+  expectNoSlot(numberOf("KeyframeList"), 1, 0);
+  for (const std::uint32_t number : kNoClasses) expectNoSlot(number, 0, 0);
+}
+
+TEST(vrdmHasValue, IsTrueForCameraLightAndMaterial) {
+  for (std::uint32_t i = 0; i < kClasses.size(); ++i) {
+    EXPECT_EQ(vrdmHasValue(i), kClasses[i].hasValue) << kClasses[i].name;
+  }
+  EXPECT_FALSE(vrdmHasValue(VRDM_CLASS_SCENE_DATA));
+  for (const std::uint32_t number : kNoClasses) EXPECT_FALSE(vrdmHasValue(number));
+}
+
+// The classes as the Descs declare them, for hosts in C++.
+
+TEST(ObjectClass, NumbersTheClassesAsTheQueriesDo) {
+  std::uint32_t number = 0;
+  vrnt::data::forEachClass([&number](auto tag) {
+    using Desc = typename decltype(tag)::Desc;
+    EXPECT_EQ(static_cast<std::uint32_t>(ClassInfo<Desc>::kClass), number);
+    EXPECT_EQ(ClassInfo<Desc>::kName, kClasses[number].name);
+    ++number;
+  });
+  EXPECT_EQ(number, 18U);
+}
+
+TEST(Ref, OfANewShapeIsUnsetInAllNineSlots) {
+  const vrnt::data::ShapeDesc shape;
+  int slots = 0;
+  vrnt::data::forEachSlot<vrnt::data::ShapeDesc>([&](const auto& slot, auto) {
+    EXPECT_EQ((shape.*slot.member).index, -1) << slot.name;
+    ++slots;
+  });
+  EXPECT_EQ(slots, 9);
+}
+
+TEST(CodedRefList, TellsTwoTargetsApartBySign) {
+  using Emitters = vrnt::CodedRefList<vrnt::data::Emitter>;
+  EXPECT_EQ(Emitters::negative(0), -1);
+  EXPECT_EQ(Emitters::nonNegative(0), 0);
+  EXPECT_EQ(Emitters::negative(7), -8);
+  EXPECT_EQ(static_cast<std::uint32_t>(Emitters::kNoTarget), 0x80000000U);
+  EXPECT_EQ(vrnt::RefList<void>::kNoTarget, -1);
+}
+
+TEST(MeshDesc, MeasuresItsBytes) {
+  using vrnt::detail::MeshDesc;
+  EXPECT_EQ((MeshDesc{1, 3, 0, 3}.size()), 152U);
+  EXPECT_EQ((MeshDesc{0, 0, 0, 0}.size()), 0U);
+  EXPECT_EQ((MeshDesc{1, 0, 0, 0}.size()), 12U);
+  EXPECT_EQ((MeshDesc{1, 0, 0, 1}.size()), 16U);
+  EXPECT_EQ((MeshDesc{1, 0, 0, 2}.size()), 16U);
+  EXPECT_EQ((MeshDesc{1, 0, 0, 0xFFFFFFFC}.size()), 12U);
+  // Nine words a vertex, and two for each set; no set counts as one.
+  EXPECT_EQ((MeshDesc{0, 1, 0, 0}.size()), 44U);
+  EXPECT_EQ((MeshDesc{0, 1, 1, 0}.size()), 44U);
+  EXPECT_EQ((MeshDesc{0, 1, 3, 0}.size()), 60U);
+  // 4 * 3 * (2^31 - 1) bytes don't fit 32 bits.
+  EXPECT_EQ((MeshDesc{0x7FFFFFFF, 0, 0, 0}.size()), 25769803764U);
+}
+
+TEST(MaterialGraphDesc, MeasuresItsBytesByItsFirstWord) {
+  EXPECT_EQ((vrnt::data::MaterialGraphDesc{1000, 16, 64}.size()), 1000U);
+}
+
+// Schema against record, for every group.
+
+struct Member {
+  std::string path;
+  std::uint64_t offset;
+  std::uint64_t size;
+};
+
+std::vector<Member> membersOf(std::type_index record) {
+  using namespace vrnt::data;
+  struct Row {
+    std::type_index record;
+    Member member;
+  };
+  static const std::vector<Row> rows{
+#define MEMBER(record, path) \
+  {typeid(record), {#path, offsetof(record, path), sizeof(static_cast<record*>(nullptr)->path)}},
+#include "data/record_members.inc"
+#undef MEMBER
+  };
+  std::vector<Member> members;
+  for (const Row& row : rows) {
+    if (row.record == record) members.push_back(row.member);
+  }
+  return members;
+}
+
+// Calls `check(className, group)` for every group of every class and of the scene.
+template <typename Check>
+void forEveryGroup(Check&& check) {
+  vrnt::data::forEachClass([&check](auto tag) {
+    using Desc = typename decltype(tag)::Desc;
+    vrnt::data::forEachGroup<Desc>(
+        [&check](const auto& group, auto) { check(std::string(ClassInfo<Desc>::kName), group); });
+  });
+  vrnt::data::forEachGroup<SceneData>(
+      [&check](const auto& group, auto) { check(std::string("SceneData"), group); });
+}
+
+TEST(Catalogue, DeclaresFiftyFourGroups) {
+  int groups = 0;
+  forEveryGroup([&groups](const std::string&, const auto&) { ++groups; });
+  EXPECT_EQ(groups, 54);
+  EXPECT_EQ(vrnt::data::kTotalGroupCount, 54U);
+}
+
+TEST(Catalogue, WritesEverySchemaInCanonicalText) {
+  forEveryGroup([](const std::string& className, const auto& group) {
+    SCOPED_TRACE(className + " \"" + group.name + "\"");
+    const TypeHandle type = parseType(group.schema);
+    ASSERT_NE(type, nullptr);
+    EXPECT_STREQ(vrntTypeString(type.get()), group.schema);
+  });
+}
+
+TEST(Catalogue, NamesEveryGroupByItsMetadata) {
+  forEveryGroup([](const std::string& className, const auto& group) {
+    SCOPED_TRACE(className + " \"" + group.name + "\"");
+    const TypeHandle type = parseType(group.schema);
+    ASSERT_NE(type, nullptr);
+    ASSERT_EQ(vrntMetadataExists(type.get(), "name"), 1U);
+    EXPECT_STREQ(vrntMetadataString(type.get(), "name"), group.name);
+  });
+}
+
+TEST(Catalogue, LaysEveryRecordOutAsItsType) {
+  forEveryGroup([](const std::string& className, const auto& group) {
+    using Record = typename std::decay_t<decltype(group)>::Record;
+    SCOPED_TRACE(className + " \"" + group.name + "\"");
+    const TypeHandle type = parseType(group.schema);
+    ASSERT_NE(type, nullptr);
+    EXPECT_EQ(vrntTypeSize(type.get()), sizeof(Record));
+    EXPECT_EQ(vrntTypeAlignment(type.get()), alignof(Record));
+    const std::vector<Member> members = membersOf(typeid(Record));
+    const std::vector<WalkedField> fields = walkFields(type.get());
+    ASSERT_EQ(members.size(), fields.size());
+    for (std::size_t i = 0; i < fields.size(); ++i) {
+      EXPECT_EQ(members[i].path, fields[i].path) << "field " << i;
+      EXPECT_EQ(members[i].offset, fields[i].offset) << fields[i].path;
+      EXPECT_EQ(members[i].size, vrntTypeSize(fields[i].type.get())) << fields[i].path;
+    }
+  });
+}
+
+TEST(Catalogue, StartsEveryRecordAtTheDefaultsOfItsType) {
+  forEveryGroup([](const std::string& className, const auto& group) {
+    using Record = typename std::decay_t<decltype(group)>::Record;
+    SCOPED_TRACE(className + " \"" + group.name + "\"");
+    const TypeHandle type = parseType(group.schema);
+    ASSERT_NE(type, nullptr);
+    vrntValuesError_t* error = nullptr;
+    const ValueHandle value(vrntValueCreateDefault(type.get(), &error));
+    ASSERT_NE(value, nullptr);
+    std::vector<unsigned char> expected(sizeof(Record));
+    std::memcpy(expected.data(), vrntValueData(value.get()), sizeof(Record));
+
+    const std::vector<WalkedField> fields = walkFields(type.get());
+    for (const WalkedField& field : fields) {
+      // A texture is the one thing whose new record differs from its type's default: none, not 0.
+      if (vrntMetadataExists(field.type.get(), "alias") == 0 ||
+          std::string(vrntMetadataString(field.type.get(), "alias")) != "texture_ref") {
+        continue;
+      }
+      std::int32_t index = -1;
+      std::memcpy(&index, expected.data() + field.offset, sizeof index);
+      EXPECT_EQ(index, 0) << field.path;
+      index = -1;
+      std::memcpy(expected.data() + field.offset, &index, sizeof index);
+    }
+
+    // Member by member, for the field's name, and then whole, for the padding.
+    const Record record{};
+    std::vector<unsigned char> bytes(sizeof(Record));
+    std::memcpy(bytes.data(), &record, sizeof(Record));
+    for (const WalkedField& field : fields) {
+      EXPECT_EQ(std::memcmp(bytes.data() + field.offset, expected.data() + field.offset,
+                            vrntTypeSize(field.type.get())),
+                0)
+          << field.path;
+    }
+    EXPECT_EQ(bytes, expected);
+  });
+}
+
+TEST(Catalogue, StartsTheBlocksOfEveryClassWithZeroPadding) {
+  // A block is its records with zeros between them.
+  const auto check = [](auto tag) {
+    using Desc = typename decltype(tag)::Desc;
+    if constexpr (vrnt::data::kGroupCount<Desc> != 0) {
+      using Groups = typename Desc::Groups;
+      const Groups groups{};
+      std::vector<unsigned char> bytes(sizeof(Groups));
+      std::memcpy(bytes.data(), &groups, sizeof(Groups));
+      vrnt::data::forEachGroup<Desc>([&](const auto& group, auto) {
+        using Record = typename std::decay_t<decltype(group)>::Record;
+        const auto offset = static_cast<std::size_t>(
+            reinterpret_cast<const unsigned char*>(&(groups.*group.member)) -
+            reinterpret_cast<const unsigned char*>(&groups));
+        const Record record{};
+        EXPECT_EQ(std::memcmp(bytes.data() + offset, &record, sizeof record), 0) << group.name;
+        std::memset(bytes.data() + offset, 0, sizeof record);
+      });
+      EXPECT_EQ(bytes, std::vector<unsigned char>(sizeof(Groups)));
+    }
+  };
+  vrnt::data::forEachClass(check);
+  check(ClassTag<SceneData>{});
+}
+
+TEST(Catalogue, StoresTrueAsAllOnes) {
+  const vrnt::data::CameraBackplateData backplate;
+  EXPECT_EQ(backplate.visible_to_reflection, -1);
+  EXPECT_EQ(backplate.visible_to_refraction, 0);
+}
+
+TEST(Catalogue, StartsTextureIndicesAtNone) {
+  EXPECT_EQ(vrnt::data::CameraBackplateData{}.image.spectrum_texture.index, -1);
+  EXPECT_EQ(vrnt::data::ShapeHemiluxData{}.texture.index, -1);
+  EXPECT_EQ(vrnt::data::ShapeHemiluxData{}.tone_mapping_texture.index, -1);
+}
+
+// The layout of the records is that of the files of one version.
+
+struct LayoutField {
+  std::string path;
+  std::uint64_t offset;
+};
+
+struct Layout {
+  std::string className;
+  std::string group;
+  std::uint64_t size;
+  std::vector<LayoutField> fields;
+};
+
+constexpr std::uint32_t kLayoutVersion =
+#define VERSION(number) number
+#define LAYOUT(className, group, size)
+#define OFFSET(path, offset)
+#include "data/scene_file_layout.inc"
+    ;
+#undef VERSION
+#undef LAYOUT
+#undef OFFSET
+
+std::vector<Layout> recordedLayouts() {
+  std::vector<Layout> layouts;
+#define VERSION(number)
+#define LAYOUT(className, group, size) layouts.push_back({className, group, size, {}});
+#define OFFSET(path, offset) layouts.back().fields.push_back({path, offset});
+#include "data/scene_file_layout.inc"
+#undef VERSION
+#undef LAYOUT
+#undef OFFSET
+  return layouts;
+}
+
+// The version that the library writes, behind the eight bytes of the magic.
+std::uint32_t writtenVersion() {
+  const std::string path = testing::TempDir() + "catalogue_test_version.vrnscene";
+  vrdmScene_t* scene = vrdmCreateScene();
+  vrdmSerialize(scene, path.c_str());
+  vrdmDestroyScene(scene);
+  std::ifstream file(path, std::ios::binary);
+  std::uint32_t version = 0;
+  file.seekg(8);
+  file.read(reinterpret_cast<char*>(&version), sizeof version);
+  file.close();
+  std::remove(path.c_str());
+  return version;
+}
+
+TEST(Catalogue, HasItsLayoutRecordedForTheVersionThatIsWritten) {
+  EXPECT_EQ(writtenVersion(), kLayoutVersion)
+      << "record the layouts of the new version in data/scene_file_layout.inc";
+}
+
+TEST(Catalogue, KeepsTheLayoutThatTheFileVersionStandsFor) {
+  const std::vector<Layout> layouts = recordedLayouts();
+  std::size_t next = 0;
+  forEveryGroup([&](const std::string& className, const auto& group) {
+    SCOPED_TRACE(className + " \"" + group.name + "\": layout of scene files of version " +
+                 std::to_string(kLayoutVersion) +
+                 "; if it changes, so must the version, and this record with it");
+    ASSERT_LT(next, layouts.size());
+    const Layout& layout = layouts[next++];
+    EXPECT_EQ(layout.className, className);
+    EXPECT_EQ(layout.group, group.name);
+    EXPECT_EQ(layout.size, sizeof(typename std::decay_t<decltype(group)>::Record));
+    const TypeHandle type = parseType(group.schema);
+    ASSERT_NE(type, nullptr);
+    const std::vector<WalkedField> fields = walkFields(type.get());
+    ASSERT_EQ(layout.fields.size(), fields.size());
+    for (std::size_t i = 0; i < fields.size(); ++i) {
+      EXPECT_EQ(layout.fields[i].path, fields[i].path);
+      EXPECT_EQ(layout.fields[i].offset, fields[i].offset) << fields[i].path;
+    }
+  });
+  EXPECT_EQ(next, layouts.size());
+}
+
+}  // namespace

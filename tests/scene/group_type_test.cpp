@@ -1,0 +1,137 @@
+// The types of groups, parsed once and shared.
+#include "group_type.hpp"
+
+#include <gtest/gtest.h>
+
+#include <cstdlib>
+#include <new>
+#include <string>
+#include <thread>
+#include <vector>
+
+#include "../support/flat_handles.hpp"
+
+namespace {
+
+// While set, every allocation of this thread fails.
+thread_local bool noMemory = false;
+
+}  // namespace
+
+void* operator new(std::size_t size) {
+  void* memory = noMemory ? nullptr : std::malloc(size);
+  if (memory == nullptr) throw std::bad_alloc();
+  return memory;
+}
+void operator delete(void* memory) noexcept { std::free(memory); }
+void operator delete(void* memory, std::size_t) noexcept { std::free(memory); }
+
+namespace {
+
+using namespace vornath_test;
+using vrnt::ErrorCode;
+using vrnt::data::GroupType;
+using vrnt::data::groupType;
+using vrnt::data::kTotalGroupCount;
+using vrnt::data::parseSchema;
+
+// First, while no type is there yet.
+TEST(groupType, RaisesAFailedAllocationAndTriesAgainAtTheNextCall) {
+  using vrnt::data::kFirstGroupOrdinal;
+  constexpr std::size_t shape = kFirstGroupOrdinal<vrnt::data::ShapeDesc>;
+  ErrorCode code = ErrorCode::NoError;
+  noMemory = true;
+  try {
+    groupType(shape);
+  } catch (const vrnt::Exception& caught) {
+    noMemory = false;
+    code = caught.code();
+  }
+  noMemory = false;
+  EXPECT_EQ(code, ErrorCode::MemoryAllocationFailure);
+  const GroupType type = groupType(shape);
+  ASSERT_NE(type.annotated, nullptr);
+  EXPECT_STREQ(vrntTypeString(type.annotated), vrnt::data::kShapeTransformation.text);
+}
+
+TEST(parseSchema, GivesANewReferenceToTheType) {
+  const auto result = parseSchema("{ int @name=\"A\" a; }");
+  ASSERT_TRUE(result.hasValue());
+  const TypeHandle type(result.value());
+  EXPECT_STREQ(vrntTypeString(type.get()), "{ int @name=\"A\" a; }");
+}
+
+TEST(parseSchema, ReportsAParseFailureWithTheWordsOfTheParser) {
+  const auto result = parseSchema("{ int }");
+  ASSERT_FALSE(result.hasValue());
+  EXPECT_EQ(result.error().code(), ErrorCode::ParseFailed);
+  EXPECT_EQ(std::string(result.error().text()).rfind("Unable to parse type: { int }.\n", 0), 0U)
+      << result.error().text();
+}
+
+TEST(parseSchema, ReportsAViolatedRuleAsAParseFailureToo) {
+  const auto result = parseSchema("{ int a; int a; }");
+  ASSERT_FALSE(result.hasValue());
+  EXPECT_EQ(result.error().code(), ErrorCode::ParseFailed);
+  EXPECT_STREQ(result.error().text(), "Duplicate struct field: a.");
+}
+
+TEST(groupType, GivesTheSameHandlesAtEachCall) {
+  for (std::size_t i = 0; i < kTotalGroupCount; ++i) {
+    const GroupType first = groupType(i);
+    const GroupType second = groupType(i);
+    EXPECT_EQ(first.annotated, second.annotated) << i;
+    EXPECT_EQ(first.plain, second.plain) << i;
+  }
+}
+
+TEST(groupType, GivesTheTypeThatValuesOfTheGroupHave) {
+  for (std::size_t i = 0; i < kTotalGroupCount; ++i) {
+    const GroupType type = groupType(i);
+    const TypeHandle stripped(vrntTypeStripMetadata(type.annotated));
+    EXPECT_EQ(type.plain, stripped.get()) << i;
+    vrntValuesError_t* error = nullptr;
+    const ValueHandle value(vrntValueCreateDefault(type.annotated, &error));
+    ASSERT_NE(value, nullptr) << i;
+    EXPECT_EQ(vrntValueType(value.get()), type.plain) << i;
+  }
+}
+
+TEST(groupType, NumbersTheGroupsThroughInClassOrder) {
+  using namespace vrnt::data;
+  EXPECT_EQ(kFirstGroupOrdinal<KeyframeDesc>, 0U);
+  EXPECT_EQ(kFirstGroupOrdinal<CameraDesc>, 1U);
+  EXPECT_EQ(kFirstGroupOrdinal<TransformationGroupDesc>, 5U);
+  EXPECT_EQ(kFirstGroupOrdinal<LightDesc>, 6U);
+  EXPECT_EQ(kFirstGroupOrdinal<DecalDesc>, 12U);
+  EXPECT_EQ(kFirstGroupOrdinal<ShapeDesc>, 14U);
+  EXPECT_EQ(kFirstGroupOrdinal<ImageTaskDesc>, 28U);
+  EXPECT_EQ(kFirstGroupOrdinal<BakeTaskDesc>, 39U);
+  EXPECT_EQ(kFirstGroupOrdinal<SceneData>, 50U);
+  EXPECT_STREQ(vrntTypeString(groupType<CameraDesc>(3).annotated), kCameraBackplate.text);
+  EXPECT_STREQ(vrntTypeString(groupType<SceneData>(3).annotated), kSceneGeneral);
+}
+
+TEST(groupType, AgreesAcrossThreads) {
+  constexpr std::size_t kThreads = 8;
+  std::vector<std::vector<GroupType>> seen(kThreads, std::vector<GroupType>(kTotalGroupCount));
+  std::vector<std::thread> threads;
+  for (std::size_t t = 0; t < kThreads; ++t) {
+    threads.emplace_back([&seen, t] {
+      // Each begins elsewhere, so that some meet at a group that is new to both.
+      for (std::size_t i = 0; i < kTotalGroupCount; ++i) {
+        const std::size_t ordinal = (i + t / 2) % kTotalGroupCount;
+        seen[t][ordinal] = groupType(ordinal);
+      }
+    });
+  }
+  for (std::thread& thread : threads) thread.join();
+  for (std::size_t t = 1; t < kThreads; ++t) {
+    for (std::size_t i = 0; i < kTotalGroupCount; ++i) {
+      EXPECT_EQ(seen[t][i].annotated, seen[0][i].annotated) << i;
+      EXPECT_EQ(seen[t][i].plain, seen[0][i].plain) << i;
+    }
+  }
+}
+
+}  // namespace
