@@ -1,0 +1,62 @@
+// Reading and writing a group of an object, against a malloc of its size and two copies of it.
+#include <benchmark/benchmark.h>
+
+#include <cstdlib>
+#include <cstring>
+#include <memory>
+#include <string>
+#include <vector>
+
+#include "ratio_reporter.hpp"
+#include "vornath_data/vrdm.h"
+#include "vornath_data/vrnt.h"
+
+namespace {
+
+struct DestroyScene {
+  void operator()(vrdmScene_t* scene) const { vrdmDestroyScene(scene); }
+};
+
+void getAndSet(benchmark::State& state, std::uint32_t objectClass, std::uint32_t group) {
+  const std::unique_ptr<vrdmScene_t, DestroyScene> scene(vrdmCreateScene());
+  const auto index = static_cast<std::int32_t>(vrdmCreateInstance(scene.get(), objectClass));
+  for (auto _ : state) {
+    vrntValue_t* value = vrdmGetDataValue(scene.get(), objectClass, index, group);
+    benchmark::DoNotOptimize(vrdmSetDataValue(scene.get(), objectClass, index, group, value));
+    vrntValueDestroy(value);
+  }
+}
+
+void allocateAndCopyTwice(benchmark::State& state, std::size_t size) {
+  std::vector<char> record(size);
+  for (auto _ : state) {
+    void* block = std::malloc(size);
+    std::memcpy(block, record.data(), size);
+    benchmark::DoNotOptimize(block);
+    benchmark::ClobberMemory();
+    std::memcpy(record.data(), block, size);
+    benchmark::ClobberMemory();
+    std::free(block);
+  }
+}
+
+// The groups of 124 to 400 bytes, whatever the catalogue holds of them.
+const int registered = [] {
+  for (std::uint32_t objectClass = 0; objectClass < vrdmObjectTypeCount(); ++objectClass) {
+    for (std::uint32_t group = 0; group < vrdmFieldCount(objectClass); ++group) {
+      vrntType_t* type = vrdmFieldType(objectClass, group);
+      const std::size_t size = vrntTypeSize(type);
+      vrntTypeDestroy(type);
+      if (size < 124 || size > 400) continue;
+      const std::string name = "get and set " + std::string(vrdmObjectName(objectClass)) + " " +
+                               vrdmFieldName(objectClass, group) + ", " + std::to_string(size) +
+                               " bytes";
+      benchmark::RegisterBenchmark(name.c_str(), getAndSet, objectClass, group);
+      benchmark::RegisterBenchmark((name + "/yardstick").c_str(), allocateAndCopyTwice, size);
+      bench::aim(name, 8);
+    }
+  }
+  return 0;
+}();
+
+}  // namespace

@@ -1,0 +1,184 @@
+// Building, writing and reading large scenes. The yardsticks of the files write and read the same
+// bytes with bare system calls: a new file in pieces of 1 MiB; a file in the page cache into
+// freshly allocated memory.
+#include <benchmark/benchmark.h>
+#include <fcntl.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <cstdlib>
+#include <cstring>
+#include <filesystem>
+#include <memory>
+#include <string>
+#include <vector>
+
+#include "ratio_reporter.hpp"
+#include "vornath_data/catalogue/mesh.hpp"
+#include "vornath_data/vrdm.h"
+#include "vornath_data/vrnt.h"
+
+namespace {
+
+constexpr std::uint32_t kShape = VRDM_CLASS_SHAPE;
+constexpr int kShapes = 100'000;
+
+struct DestroyScene {
+  void operator()(vrdmScene_t* scene) const { vrdmDestroyScene(scene); }
+};
+using ScenePtr = std::unique_ptr<vrdmScene_t, DestroyScene>;
+
+struct DestroyValue {
+  void operator()(vrntValue_t* value) const { vrntValueDestroy(value); }
+};
+using ValuePtr = std::unique_ptr<vrntValue_t, DestroyValue>;
+
+ValuePtr defaultOf(std::uint32_t objectClass, std::uint32_t group) {
+  vrntValuesError_t* error = nullptr;
+  vrntType_t* type = vrdmFieldType(objectClass, group);
+  ValuePtr value(vrntValueCreateDefault(type, &error));
+  vrntTypeDestroy(type);
+  return value;
+}
+
+ScenePtr build(int shapes) {
+  static const ValuePtr transformation = defaultOf(kShape, 0);
+  static const ValuePtr general = defaultOf(kShape, 1);
+  ScenePtr scene(vrdmCreateScene());
+  for (int i = 0; i < shapes; ++i) {
+    const auto shape = static_cast<std::int32_t>(vrdmCreateInstance(scene.get(), kShape));
+    vrdmSetDataValue(scene.get(), kShape, shape, 0, transformation.get());
+    vrdmSetDataValue(scene.get(), kShape, shape, 1, general.get());
+    vrdmSetReference(scene.get(), kShape, shape, 0, 1);
+    vrdmSetReference(scene.get(), kShape, shape, 1, static_cast<std::uint32_t>(i));
+    vrdmSetReference(scene.get(), kShape, shape, 3, 2);
+  }
+  return scene;
+}
+
+ScenePtr largeAsset() {
+  constexpr std::uint64_t size = std::uint64_t{256} << 20;
+  const vrnt::data::MaterialGraphDesc desc{size, 0, 0};
+  ScenePtr scene(vrdmCreateScene());
+  AssetStorage* storage = vrdmAssetStorageWrap(std::malloc(size), size, std::free);
+  std::memset(storage->data, 1, size);
+  vrdmAddAsset(scene.get(), VRDM_CLASS_MATERIAL_GRAPH, &desc, &storage);
+  vrdmAssetStorageRelease(storage);
+  return scene;
+}
+
+std::string filePath(const char* name) {
+  return (std::filesystem::temp_directory_path() / (std::string("vornath_bench_") + name)).string();
+}
+
+struct RemoveFile {
+  explicit RemoveFile(std::string path) : path_(std::move(path)) {}
+  RemoveFile(const RemoveFile&) = delete;
+  RemoveFile& operator=(const RemoveFile&) = delete;
+  ~RemoveFile() { unlink(path_.c_str()); }
+  std::string path_;
+};
+
+void buildScene(benchmark::State& state) {
+  for (auto _ : state) {
+    ScenePtr scene = build(static_cast<int>(state.range(0)));
+    state.PauseTiming();
+    scene.reset();
+    state.ResumeTiming();
+  }
+  state.counters["per object"] = benchmark::Counter(
+      static_cast<double>(state.range(0)),
+      benchmark::Counter::kIsIterationInvariantRate | benchmark::Counter::kInvert);
+}
+
+void serialize(benchmark::State& state, ScenePtr (*make)()) {
+  const ScenePtr scene = make();
+  const RemoveFile file(filePath("written.vrnscene"));
+  for (auto _ : state) {
+    state.PauseTiming();
+    unlink(file.path_.c_str());
+    state.ResumeTiming();
+    vrdmSerialize(scene.get(), file.path_.c_str());
+  }
+}
+
+std::size_t sizeOf(const std::string& path) {
+  struct stat status {};
+  return stat(path.c_str(), &status) == 0 ? static_cast<std::size_t>(status.st_size) : 0;
+}
+
+void writePieces(benchmark::State& state, ScenePtr (*make)()) {
+  const RemoveFile file(filePath("pieces"));
+  vrdmSerialize(make().get(), file.path_.c_str());
+  const std::vector<char> bytes(sizeOf(file.path_), 1);
+  constexpr std::size_t piece = std::size_t{1} << 20;
+  for (auto _ : state) {
+    state.PauseTiming();
+    unlink(file.path_.c_str());
+    state.ResumeTiming();
+    const int descriptor = open(file.path_.c_str(), O_WRONLY | O_CREAT | O_TRUNC, 0666);
+    for (std::size_t done = 0; done < bytes.size(); done += piece) {
+      const std::size_t count = std::min(piece, bytes.size() - done);
+      if (write(descriptor, bytes.data() + done, count) < 0) state.SkipWithError("write failed");
+    }
+    close(descriptor);
+  }
+}
+
+void deserialize(benchmark::State& state, ScenePtr (*make)()) {
+  const RemoveFile file(filePath("read.vrnscene"));
+  vrdmSerialize(make().get(), file.path_.c_str());
+  for (auto _ : state) {
+    ScenePtr scene(vrdmDeserialize(file.path_.c_str()));
+    state.PauseTiming();
+    scene.reset();
+    state.ResumeTiming();
+  }
+}
+
+void readWhole(benchmark::State& state, ScenePtr (*make)()) {
+  const RemoveFile file(filePath("whole.vrnscene"));
+  vrdmSerialize(make().get(), file.path_.c_str());
+  const std::size_t size = sizeOf(file.path_);
+  for (auto _ : state) {
+    char* bytes = static_cast<char*>(std::malloc(size));
+    const int descriptor = open(file.path_.c_str(), O_RDONLY);
+    std::size_t done = 0;
+    while (done < size) {
+      const ssize_t count = read(descriptor, bytes + done, size - done);
+      if (count <= 0) {
+        state.SkipWithError("read failed");
+        break;
+      }
+      done += static_cast<std::size_t>(count);
+    }
+    close(descriptor);
+    benchmark::DoNotOptimize(bytes);
+    state.PauseTiming();
+    std::free(bytes);
+    state.ResumeTiming();
+  }
+}
+
+ScenePtr manyShapes() { return build(kShapes); }
+
+void registerPair(const std::string& name, double ratio, ScenePtr (*make)(),
+                  void (*measured)(benchmark::State&, ScenePtr (*)()),
+                  void (*yardstick)(benchmark::State&, ScenePtr (*)())) {
+  benchmark::RegisterBenchmark(name.c_str(), measured, make)->UseRealTime();
+  benchmark::RegisterBenchmark((name + "/yardstick").c_str(), yardstick, make)->UseRealTime();
+  bench::aim(name, ratio);
+}
+
+const int registered = [] {
+  benchmark::RegisterBenchmark("build shapes", buildScene)
+      ->RangeMultiplier(2)
+      ->Range(kShapes / 4, kShapes * 2);
+  registerPair("vrdmSerialize of 100,000 shapes", 2.5, manyShapes, serialize, writePieces);
+  registerPair("vrdmDeserialize of 100,000 shapes", 2, manyShapes, deserialize, readWhole);
+  registerPair("vrdmSerialize of a 256 MiB asset", 1.3, largeAsset, serialize, writePieces);
+  registerPair("vrdmDeserialize of a 256 MiB asset", 1.3, largeAsset, deserialize, readWhole);
+  return 0;
+}();
+
+}  // namespace

@@ -1,0 +1,9 @@
+# Fails unless what PROGRAM prints is, byte for byte, the file EXPECTED.
+execute_process(COMMAND "${PROGRAM}" OUTPUT_VARIABLE printed RESULT_VARIABLE result)
+if(NOT result EQUAL 0)
+  message(FATAL_ERROR "${PROGRAM} ended with ${result}")
+endif()
+file(READ "${EXPECTED}" expected)
+if(NOT printed STREQUAL expected)
+  message(FATAL_ERROR "${EXPECTED} is out of date: write it anew with ${PROGRAM} > ${EXPECTED}")
+endif()

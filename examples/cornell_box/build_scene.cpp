@@ -1,0 +1,376 @@
+// Makes a scene of the measured box and writes it to a file.
+#include <cstdio>
+#include <exception>
+#include <filesystem>
+#include <fstream>
+#include <iterator>
+#include <map>
+#include <string>
+#include <vector>
+
+#include "box.hpp"
+#include "host.hpp"
+#include "record.hpp"
+
+namespace cornell_box {
+namespace {
+
+// The parameters of each program, in the order in which its source names them. An object that uses
+// the program carries a value of this type.
+constexpr char kSpectrum[] = "{ enum { LUMINANCE; RGB; SPECTRAL; } encoding; float[]* spectrum; }";
+constexpr char kPinhole[] =
+    R"({ float @default=0.035 @desc="Distance of the film from the hole" @min=0.0)"
+    R"( @name="Focal length" @si_unit="m" focal_length;)"
+    R"( float2 @desc="Width and height of the film" @name="Film size" @si_unit="m" film_size; })";
+const std::string kDiffuse =
+    std::string("{ ") + kSpectrum +
+    R"( @desc="Fraction of the light that comes back" @name="Reflectance" reflectance; })";
+const std::string kGlowing =
+    std::string("{ ") + kSpectrum +
+    R"( @desc="Fraction of the light that comes back" @name="Reflectance" reflectance; )" +
+    kSpectrum + R"( @desc="Light given by the surface, relative" @name="Emission" emission; })";
+const std::string kRectangle =
+    std::string("{ ") + kSpectrum +
+    R"( @desc="Light given by the surface, relative" @name="Emission" emission; })";
+
+// The lamp's own surface reflects alike at all wavelengths.
+constexpr float kLampReflectance = 0.78F;
+
+// The ceiling has no hole for the lamp, so the lamp hangs a little below it. In metres.
+constexpr float kLampDrop = 0.0005F;
+
+struct Object {
+  std::uint32_t objectClass;
+  std::int32_t index;
+};
+
+class SceneBuilder {
+ public:
+  SceneBuilder(vrdmScene_t* scene, std::string programFolder)
+      : scene_(scene), programFolder_(std::move(programFolder)) {}
+
+  /// Adds all that the box consists of.
+  void build(const Box& box) {
+    addCamera(box.camera);
+    addMaterials(box);
+    addTransformationGroups();
+    addShapes(box.parts);
+    addLamp(box);
+    addTask();
+    Record raytracer(sceneGroup("Raytracer"));
+    // Small beside the lamp's distance from the ceiling.
+    raytracer.set("ray_epsilon", 0.00001F);
+    setSceneGroup("Raytracer", raytracer);
+  }
+
+ private:
+  Object addProgram(std::uint32_t objectClass, const std::string& file) {
+    const std::string path = programFolder_ + "/" + file;
+    std::ifstream stream(path, std::ios::binary);
+    const std::string source{std::istreambuf_iterator<char>(stream), {}};
+    if (source.empty()) throw std::runtime_error(path + ": there is no program");
+    return {objectClass,
+            static_cast<std::int32_t>(vrdmAddProgram(scene_, objectClass, source.c_str()))};
+  }
+
+  Object create(std::uint32_t objectClass) {
+    return {objectClass, static_cast<std::int32_t>(vrdmCreateInstance(scene_, objectClass))};
+  }
+
+  static std::uint32_t groupNamed(std::uint32_t objectClass, const std::string& name) {
+    for (std::uint32_t group = 0; group < vrdmFieldCount(objectClass); ++group) {
+      if (name == vrdmFieldName(objectClass, group)) return group;
+    }
+    throw std::runtime_error("there is no group '" + name + "'");
+  }
+
+  // A group is read whole, changed, and written whole.
+  Record group(Object object, const std::string& name) const {
+    return Record(Value(vrdmGetDataValue(scene_, object.objectClass, object.index,
+                                         groupNamed(object.objectClass, name))));
+  }
+
+  void setGroup(Object object, const std::string& name, const Record& record) {
+    if (!vrdmSetDataValue(scene_, object.objectClass, object.index,
+                          groupNamed(object.objectClass, name), record.value())) {
+      throw std::runtime_error("the group '" + name + "' doesn't take its value");
+    }
+  }
+
+  Record sceneGroup(const std::string& name) const {
+    return Record(Value(vrdmGetSceneDataValue(scene_, groupNamed(VRDM_CLASS_SCENE_DATA, name))));
+  }
+
+  void setSceneGroup(const std::string& name, const Record& record) {
+    if (!vrdmSetSceneDataValue(scene_, groupNamed(VRDM_CLASS_SCENE_DATA, name), record.value())) {
+      throw std::runtime_error("the group '" + name + "' doesn't take its value");
+    }
+  }
+
+  static std::uint32_t slotNamed(std::uint32_t objectClass, const std::string& name) {
+    for (std::uint32_t slot = 0; slot < vrdmReferenceCount(objectClass); ++slot) {
+      if (name == vrdmReferenceType(objectClass, slot).name) return slot;
+    }
+    throw std::runtime_error("there is no slot '" + name + "'");
+  }
+
+  void refer(Object object, const std::string& slot, Object target) {
+    const std::uint32_t at = slotNamed(object.objectClass, slot);
+    if (vrdmReferenceType(object.objectClass, at).targetClass != target.objectClass) {
+      throw std::runtime_error("the slot '" + slot + "' doesn't lead to that class");
+    }
+    vrdmSetReference(scene_, object.objectClass, object.index, at,
+                     static_cast<std::uint32_t>(target.index));
+  }
+
+  void setValue(Object object, const Record& record) {
+    vrdmSetInstanceValue(scene_, object.objectClass, object.index, record.value());
+  }
+
+  // The camera's x is its right, y its up, and it looks along -z.
+  void addCamera(const BoxCamera& measured) {
+    camera_ = create(VRDM_CLASS_CAMERA);
+    refer(camera_, "program", addProgram(VRDM_CLASS_CAMERA_PROGRAM, "pinhole.camera"));
+
+    const Vector z = normalised(measured.direction) * -1.0;
+    const Vector x = normalised(cross(measured.up, z));
+    setGroup(camera_, "Transformation",
+             group(camera_, "Transformation")
+                 .set("matrix.x", row(x, 0.0F))
+                 .set("matrix.y", row(cross(z, x), 0.0F))
+                 .set("matrix.z", row(z, 0.0F))
+                 .set("matrix.w", row(measured.position, 1.0F)));
+    // Nothing stands between the camera and the open side of the box.
+    setGroup(camera_, "General", group(camera_, "General").set("near_distance", 0.5F));
+    // Black, where a ray leaves the box.
+    setGroup(camera_, "Background", group(camera_, "Background").set("active", true));
+
+    setValue(camera_, Record(kPinhole)
+                          .set("focal_length", static_cast<float>(measured.focalLength))
+                          .set("film_size", Float2{static_cast<float>(measured.filmWidth),
+                                                   static_cast<float>(measured.filmHeight)}));
+  }
+
+  // One material for each name in the geometry; all painted ones share a program.
+  void addMaterials(const Box& box) {
+    const Object diffuse = addProgram(VRDM_CLASS_MATERIAL_PROGRAM, "diffuse.material");
+    const Object glowing = addProgram(VRDM_CLASS_MATERIAL_PROGRAM, "glowing.material");
+    for (const Part& part : box.parts) {
+      if (materials_.count(part.material)) continue;
+      const Object material = create(VRDM_CLASS_MATERIAL);
+      const auto measured = box.reflectances.find(part.material);
+      if (measured != box.reflectances.end()) {
+        refer(material, "program", diffuse);
+        setValue(material, Record(kDiffuse).setSpectrum("reflectance", measured->second));
+      } else if (part.material == "light") {
+        refer(material, "program", glowing);
+        setValue(material, Record(kGlowing)
+                               .setFlat("reflectance", kLampReflectance)
+                               .setSpectrum("emission", box.emission));
+      } else {
+        throw std::runtime_error("there is no reflectance for the material '" + part.material +
+                                 "'");
+      }
+      materials_[part.material] = material;
+    }
+  }
+
+  // The lamp and each block can be moved without the rest.
+  void addTransformationGroups() {
+    room_ = create(VRDM_CLASS_TRANSFORMATION_GROUP);
+    for (const char* part : {"light", "short_block", "tall_block"}) {
+      moved_[part] = create(VRDM_CLASS_TRANSFORMATION_GROUP);
+    }
+    const Object lamp = moved_["light"];
+    setGroup(lamp, "Transformation",
+             group(lamp, "Transformation").set("matrix.w", Float4{0.0F, -kLampDrop, 0.0F, 1.0F}));
+  }
+
+  Object transformationGroupOf(const std::string& part) const {
+    const auto found = moved_.find(part);
+    return found == moved_.end() ? room_ : found->second;
+  }
+
+  void addShapes(const std::vector<Part>& parts) {
+    lightGroup_ = create(VRDM_CLASS_LIGHT_GROUP);
+    for (const Part& part : parts) {
+      const Mesh mesh = buildMesh(part.faces);
+      const Storage bytes(
+          vrdmAssetStorageCopy(mesh.words.data(), mesh.words.size() * sizeof(std::uint32_t)));
+      if (!bytes) throw std::bad_alloc();
+      AssetStorage* const handle = bytes.get();
+      const Object asset{VRDM_CLASS_MESH, static_cast<std::int32_t>(vrdmAddAsset(
+                                              scene_, VRDM_CLASS_MESH, &mesh.descriptor, &handle))};
+
+      const Object shape = create(VRDM_CLASS_SHAPE);
+      refer(shape, "material", materials_.at(part.material));
+      refer(shape, "mesh", asset);
+      refer(shape, "lightGroup", lightGroup_);
+      refer(shape, "transformationGroup", transformationGroupOf(part.name));
+      setGroup(shape, "Target", group(shape, "Target").setText("tag", part.name));
+      shapes_[part.name] = shape;
+    }
+  }
+
+  // The lamp is there twice: as a shape, which the camera sees, and as a light, which lights the
+  // box. Each is told what the other does, so that nothing is lit by both.
+  void addLamp(const Box& box) {
+    const Part* part = nullptr;
+    for (const Part& each : box.parts) {
+      if (each.name == "light") part = &each;
+    }
+    if (!part) throw std::runtime_error("there is no 'light' in the geometry");
+    const Quad& face = part->faces.front();
+
+    const Object light = create(VRDM_CLASS_LIGHT);
+    refer(light, "program", addProgram(VRDM_CLASS_LIGHT_PROGRAM, "rectangle.light"));
+    refer(light, "transformationGroup", transformationGroupOf("light"));
+    setValue(light, Record(kRectangle).setSpectrum("emission", box.emission));
+    // The program's unit square is stretched over the lamp, its front side down.
+    const Vector centre = (face[0] + face[1] + face[2] + face[3]) * 0.25;
+    const Vector x = face[1] - face[0];
+    const Vector y = face[2] - face[1];
+    setGroup(light, "Transformation",
+             group(light, "Transformation")
+                 .set("matrix.x", row(x, 0.0F))
+                 .set("matrix.y", row(y, 0.0F))
+                 .set("matrix.z", row(normalised(cross(x, y)), 0.0F))
+                 .set("matrix.w", row(centre, 1.0F)));
+    setGroup(light, "Target", group(light, "Target").setText("tag", "lamp"));
+    setGroup(light, "Visibility", group(light, "Visibility").set("visible_to.camera", false));
+
+    const Object shape = shapes_.at("light");
+    setGroup(shape, "Sampling probability",
+             group(shape, "Sampling probability").set("multiplier", 0.0F));
+    setGroup(shape, "Visibility",
+             group(shape, "Visibility")
+                 .set("visible_to.indirect_illumination", false)
+                 .set("cast.indirect_illumination", false));
+
+    // In a list of emitters a shape stands as its number, a light as the complement of its number.
+    const std::uint32_t slot = slotNamed(VRDM_CLASS_LIGHT_GROUP, "emitters");
+    vrdmSetReferenceCount(scene_, VRDM_CLASS_LIGHT_GROUP, lightGroup_.index, slot, 2);
+    std::int32_t* const emitters =
+        vrdmModifyReferenceList(scene_, VRDM_CLASS_LIGHT_GROUP, lightGroup_.index, slot);
+    emitters[0] = ~light.index;
+    emitters[1] = shape.index;
+  }
+
+  void addTask() {
+    const Object task = create(VRDM_CLASS_IMAGE_TASK);
+    refer(task, "camera", camera_);
+    // White walls hand light on many times, but after 16 times little is left. A wavelength outside
+    // 400 to 700 nm asks for all wavelengths instead of three colours.
+    setGroup(task, "Wavefront",
+             group(task, "Wavefront").set("max_bounces", 16).set("spectral_wavelength", 1.0F));
+  }
+
+  // Adding zero makes a plain zero of a negative one.
+  static Float4 row(const Vector& vector, float last) {
+    return {static_cast<float>(vector[0] + 0.0), static_cast<float>(vector[1] + 0.0),
+            static_cast<float>(vector[2] + 0.0), last};
+  }
+
+  vrdmScene_t* const scene_;
+  const std::string programFolder_;
+  Object camera_{}, room_{}, lightGroup_{};
+  std::map<std::string, Object> materials_, moved_, shapes_;
+};
+
+// Writing reports nothing, so the file is read again and held against the scene.
+void writeScene(const vrdmScene_t* scene, const std::string& path) {
+  std::error_code ignored;
+  std::filesystem::remove(path, ignored);
+  vrdmSerialize(scene, path.c_str());
+  if (!std::filesystem::is_regular_file(path, ignored)) {
+    throw std::runtime_error(path + ": cannot write the file");
+  }
+  const Scene written = readScene(path);
+  for (std::uint32_t objectClass = 0; objectClass < vrdmObjectTypeCount(); ++objectClass) {
+    if (vrdmContainerSize(written.get(), objectClass) != vrdmContainerSize(scene, objectClass)) {
+      throw std::runtime_error(path + ": the file was not written to its end");
+    }
+  }
+}
+
+void printSummary(const vrdmScene_t* scene, const std::string& path) {
+  std::uint32_t total = 0;
+  std::string counts;
+  for (std::uint32_t objectClass = 0; objectClass < vrdmObjectTypeCount(); ++objectClass) {
+    const std::uint32_t count = vrdmContainerSize(scene, objectClass);
+    if (count == 0) continue;
+    total += count;
+    counts += "  " + std::to_string(count) + " " + vrdmObjectName(objectClass) + "\n";
+  }
+  std::printf("%s: %ju bytes, %u objects\n%s", path.c_str(),
+              static_cast<std::uintmax_t>(std::filesystem::file_size(path)), total, counts.c_str());
+}
+
+constexpr char kUsage[] =
+    "usage: build_scene [option value]... [output]\n"
+    "\n"
+    "Makes a scene of the measured box and writes it to a file, cornell_box.vrnscene if none is\n"
+    "named.\n"
+    "\n"
+    "  --data FOLDER        where the four tables are\n"
+    "  --geometry FILE      each names one table apart from the folder\n"
+    "  --reflectance FILE\n"
+    "  --light FILE\n"
+    "  --camera FILE\n"
+    "  --programs FOLDER    where the programs' sources are\n";
+
+int run(const std::vector<std::string>& arguments) {
+  std::string data = CORNELL_BOX_FOLDER "/data";
+  std::string programs = CORNELL_BOX_FOLDER "/programs";
+  std::string output = "cornell_box.vrnscene";
+  BoxFiles files;
+  const std::map<std::string, std::string*> options = {{"--data", &data},
+                                                       {"--programs", &programs},
+                                                       {"--geometry", &files.geometry},
+                                                       {"--reflectance", &files.reflectance},
+                                                       {"--light", &files.light},
+                                                       {"--camera", &files.camera}};
+  bool outputIsNamed = false;
+  for (std::size_t i = 0; i < arguments.size(); ++i) {
+    if (arguments[i] == "--help") {
+      std::fputs(kUsage, stdout);
+      return 0;
+    }
+    const auto option = options.find(arguments[i]);
+    if (option != options.end() && i + 1 < arguments.size()) {
+      *option->second = arguments[++i];
+    } else if (arguments[i].rfind("--", 0) == 0 || outputIsNamed) {
+      std::fputs(kUsage, stderr);
+      return 2;
+    } else {
+      output = arguments[i];
+      outputIsNamed = true;
+    }
+  }
+  if (files.geometry.empty()) files.geometry = data + "/cornell_box_geometry.csv";
+  if (files.reflectance.empty()) files.reflectance = data + "/cornell_box_reflectance.csv";
+  if (files.light.empty()) files.light = data + "/cornell_box_light.csv";
+  if (files.camera.empty()) files.camera = data + "/cornell_box_camera.csv";
+
+  const Box box = readBox(files);
+  const Scene scene(vrdmCreateScene());
+  if (!scene) throw std::bad_alloc();
+  SceneBuilder(scene.get(), programs).build(box);
+  writeScene(scene.get(), output);
+  printSummary(scene.get(), output);
+  return 0;
+}
+
+}  // namespace
+}  // namespace cornell_box
+
+int main(int count, char** arguments) {
+  int status = 1;
+  try {
+    status = cornell_box::run({arguments + 1, arguments + count});
+  } catch (const std::exception& error) {
+    std::fprintf(stderr, "build_scene: %s\n", error.what());
+  }
+  vrntValuesShutdown();
+  return status;
+}

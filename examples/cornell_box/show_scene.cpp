@@ -1,0 +1,241 @@
+// Prints a scene file. Nothing here knows a class of objects: what there is to print is asked for.
+#include <algorithm>
+#include <cstdint>
+#include <cstring>
+#include <exception>
+#include <iomanip>
+#include <iostream>
+#include <sstream>
+#include <string>
+#include <vector>
+
+#include "host.hpp"
+#include "value_printer.hpp"
+
+namespace cornell_box {
+namespace {
+
+class ScenePrinter {
+ public:
+  ScenePrinter(const vrdmScene_t* scene, std::ostream& out, bool changedOnly)
+      : scene_(scene), out_(out), changedOnly_(changedOnly) {}
+
+  void print() {
+    out_ << "Scene " << *vrdmSceneId(scene_) << "\n\nObjects\n";
+    for (std::uint32_t objectClass = 0; objectClass < vrdmObjectTypeCount(); ++objectClass) {
+      out_ << "  " << std::left << std::setw(22) << vrdmObjectName(objectClass) << std::right
+           << std::setw(6) << countLive(objectClass) << '\n';
+    }
+    printTitle("Scene-wide settings");
+    printGroups(VRDM_CLASS_SCENE_DATA, 0);
+    for (std::uint32_t objectClass = 0; objectClass < vrdmObjectTypeCount(); ++objectClass) {
+      for (std::int32_t index = 0; index < size(objectClass); ++index) {
+        printObject(objectClass, index);
+      }
+    }
+  }
+
+ private:
+  std::int32_t size(std::uint32_t objectClass) const {
+    return static_cast<std::int32_t>(vrdmContainerSize(scene_, objectClass));
+  }
+
+  std::int32_t countLive(std::uint32_t objectClass) const {
+    std::int32_t live = 0;
+    for (std::int32_t index = 0; index < size(objectClass); ++index) {
+      if (vrdmValid(scene_, objectClass, index)) ++live;
+    }
+    return live;
+  }
+
+  static std::string nameOf(std::uint32_t objectClass, std::int32_t index) {
+    const char* const name = vrdmObjectName(objectClass);
+    return std::string(name ? name : "?") + " " + std::to_string(index);
+  }
+
+  void printTitle(const std::string& title) {
+    out_ << '\n' << title << '\n' << std::string(title.size(), '-') << '\n';
+  }
+
+  void printObject(std::uint32_t objectClass, std::int32_t index) {
+    printTitle(nameOf(objectClass, index));
+    if (!vrdmValid(scene_, objectClass, index)) {
+      out_ << "  (free slot)\n";
+      return;
+    }
+    switch (vrdmObjectClass(objectClass)) {
+      case VRDM_KIND_PROGRAM:
+        printProgram(objectClass, index);
+        break;
+      case VRDM_KIND_ASSET:
+        printAsset(objectClass, index);
+        break;
+      default:
+        printReferences(objectClass, index);
+        printGroups(objectClass, index);
+        printValue(objectClass, index);
+    }
+  }
+
+  void printProgram(std::uint32_t objectClass, std::int32_t index) {
+    out_ << "  id  " << *vrdmGetUniqueId(scene_, objectClass, index) << '\n';
+    std::istringstream source(vrdmGetProgramSource(scene_, objectClass, index));
+    for (std::string line; std::getline(source, line);) out_ << "  | " << line << '\n';
+  }
+
+  void printAsset(std::uint32_t objectClass, std::int32_t index) {
+    std::vector<std::uint32_t> descriptor;
+    const AssetStorage* const storage = readAsset(objectClass, index, descriptor);
+    out_ << "  id          " << *vrdmGetUniqueId(scene_, objectClass, index) << '\n'
+         << "  descriptor  " << descriptor.size() * sizeof(std::uint32_t)
+         << " bytes, in 32-bit words:";
+    for (const std::uint32_t word : descriptor) out_ << ' ' << word;
+    out_ << "\n  data        " << storage->size << " bytes\n";
+  }
+
+  // No query tells how long a class's descriptor is. It is as long as what is written over, and
+  // that shows when it is read over two different backgrounds.
+  const AssetStorage* readAsset(std::uint32_t objectClass, std::int32_t index,
+                                std::vector<std::uint32_t>& descriptor) const {
+    unsigned char onZeros[64];
+    unsigned char onOnes[64];
+    std::memset(onZeros, 0x00, sizeof onZeros);
+    std::memset(onOnes, 0xFF, sizeof onOnes);
+    vrdmGetAssetStorage(scene_, objectClass, index, onZeros);
+    const AssetStorage* const storage = *vrdmGetAssetStorage(scene_, objectClass, index, onOnes);
+    std::size_t length = 0;
+    while (length < sizeof onZeros && onZeros[length] == onOnes[length]) ++length;
+    descriptor.resize(length / sizeof(std::uint32_t));
+    std::memcpy(descriptor.data(), onZeros, descriptor.size() * sizeof(std::uint32_t));
+    return storage;
+  }
+
+  void printReferences(std::uint32_t objectClass, std::int32_t index) {
+    const std::uint32_t count = vrdmReferenceCount(objectClass);
+    std::size_t width = 0;
+    for (std::uint32_t slot = 0; slot < count; ++slot) {
+      width = std::max(width, std::strlen(vrdmReferenceType(objectClass, slot).name));
+    }
+    if (count != 0) out_ << "  References\n";
+    for (std::uint32_t slot = 0; slot < count; ++slot) {
+      const vrdmReferenceInfo info = vrdmReferenceType(objectClass, slot);
+      const std::string targets =
+          info.kind == VRDM_REFERENCE_REQUIRED || info.kind == VRDM_REFERENCE_OPTIONAL
+              ? single(objectClass, index, slot, info)
+              : list(objectClass, index, slot, info);
+      out_ << "    " << std::left << std::setw(static_cast<int>(width)) << info.name << "  "
+           << targets << '\n';
+    }
+  }
+
+  std::string single(std::uint32_t objectClass, std::int32_t index, std::uint32_t slot,
+                     const vrdmReferenceInfo& info) const {
+    const std::int32_t word = vrdmGetReference(scene_, objectClass, index, slot);
+    if (word != -1) return target(info.targetClass, word);
+    return info.kind == VRDM_REFERENCE_REQUIRED ? "none, but one is needed" : "none";
+  }
+
+  std::string list(std::uint32_t objectClass, std::int32_t index, std::uint32_t slot,
+                   const vrdmReferenceInfo& info) const {
+    const std::int32_t count = vrdmGetReferenceCount(scene_, objectClass, index, slot);
+    const std::int32_t* const words = vrdmGetReferenceList(scene_, objectClass, index, slot);
+    std::string text;
+    for (std::int32_t i = 0; i < count; ++i) {
+      text += (i == 0 ? "" : ", ") + element(info, words[i]);
+    }
+    return count == 0 ? "empty list" : text;
+  }
+
+  // What a word of a list stands for follows from the kind of the list. Its coding is the same
+  // whatever the class that has such a list.
+  std::string element(const vrdmReferenceInfo& info, std::int32_t word) const {
+    constexpr std::int32_t kNoTarget = INT32_MIN;
+    if (info.kind == VRDM_REFERENCE_LIST) {
+      return word == -1 ? "none" : target(info.targetClass, word);
+    }
+    if (word == kNoTarget) return "none";
+    if (info.kind == VRDM_REFERENCE_EMITTER) {
+      return word < 0 ? target(VRDM_CLASS_LIGHT, ~word) : target(VRDM_CLASS_SHAPE, word);
+    }
+    return word < 0 ? target(info.targetClass, ~word) + " in front"
+                    : target(info.targetClass, word) + " behind";
+  }
+
+  std::string target(std::uint32_t objectClass, std::int32_t index) const {
+    return nameOf(objectClass, index) +
+           (vrdmValid(scene_, objectClass, index) ? "" : " (a free slot)");
+  }
+
+  void printGroups(std::uint32_t objectClass, std::int32_t index) {
+    for (std::uint32_t group = 0; group < vrdmFieldCount(objectClass); ++group) {
+      const Type type(vrdmFieldType(objectClass, group));
+      const Value value(objectClass == VRDM_CLASS_SCENE_DATA
+                            ? vrdmGetSceneDataValue(scene_, group)
+                            : vrdmGetDataValue(scene_, objectClass, index, group));
+      ValuePrinter printer("    ");
+      printer.add(value.get(), type.get(), changedOnly_);
+      if (printer.empty()) continue;
+      out_ << "  " << vrdmFieldName(objectClass, group) << '\n';
+      printer.print(out_);
+    }
+  }
+
+  void printValue(std::uint32_t objectClass, std::int32_t index) {
+    if (!vrdmHasValue(objectClass)) return;
+    const Value value(vrdmGetInstanceValue(scene_, objectClass, index));
+    out_ << "  Value\n";
+    ValuePrinter printer("    ");
+    printer.add(value.get());
+    printer.print(out_);
+  }
+
+  const vrdmScene_t* const scene_;
+  std::ostream& out_;
+  const bool changedOnly_;
+};
+
+constexpr char kUsage[] =
+    "usage: show_scene [--changed] FILE\n"
+    "\n"
+    "Prints all that a scene file holds, and beside each field that was changed its default.\n"
+    "\n"
+    "  --changed  leave out the fields that have their default\n";
+
+int run(const std::vector<std::string>& arguments) {
+  bool changedOnly = false;
+  std::vector<std::string> files;
+  for (const std::string& argument : arguments) {
+    if (argument == "--help") {
+      std::cout << kUsage;
+      return 0;
+    }
+    if (argument == "--changed") {
+      changedOnly = true;
+    } else {
+      files.push_back(argument);
+    }
+  }
+  if (files.size() != 1 || files[0].rfind("--", 0) == 0) {
+    std::cerr << kUsage;
+    return 2;
+  }
+  const Scene scene = readScene(files[0]);
+  ScenePrinter(scene.get(), std::cout, changedOnly).print();
+  std::cout.flush();
+  if (!std::cout) throw std::runtime_error("cannot write the output");
+  return 0;
+}
+
+}  // namespace
+}  // namespace cornell_box
+
+int main(int count, char** arguments) {
+  int status = 1;
+  try {
+    status = cornell_box::run({arguments + 1, arguments + count});
+  } catch (const std::exception& error) {
+    std::cerr << "show_scene: " << error.what() << '\n';
+  }
+  vrntValuesShutdown();
+  return status;
+}

@@ -1,0 +1,62 @@
+// Prints any value by its type: a line for each field, named by the path of labels that leads to
+// it.
+#ifndef CORNELL_BOX_VALUE_PRINTER_HPP
+#define CORNELL_BOX_VALUE_PRINTER_HPP
+
+#include <cstdint>
+#include <ostream>
+#include <string>
+#include <vector>
+
+#include "host.hpp"
+
+namespace cornell_box {
+
+class ValuePrinter {
+ public:
+  explicit ValuePrinter(std::string indent) : indent_(std::move(indent)) {}
+
+  /// Adds a value that nothing is known of but itself.
+  void add(const vrntValue_t* value);
+
+  /// Adds a value with the annotated type that it was made for; the value's own type carries no
+  /// annotations. A field with a unit is printed with it, and a field that differs from its default
+  /// with that default beside it.
+  void add(const vrntValue_t* value, const vrntType_t* annotated, bool changedOnly);
+
+  bool empty() const { return lines_.empty(); }
+
+  /// Prints what was added, the values in one column.
+  void print(std::ostream& out) const;
+
+ private:
+  struct Line {
+    std::string path, text, note;
+    std::vector<std::string> block;  ///< stands below the line
+  };
+
+  /// A part of a value, and the same part of the default value (null if there is none).
+  struct Place {
+    const vrntValue_t* value;
+    const vrntValue_t* standard;
+    vrntValueView_t view;
+    std::string path;
+  };
+
+  void walk(const Place& place);
+  void walkStruct(const Place& place);
+  void walkArray(const Place& place);
+  void walkReference(const Place& place);
+  void addLine(const Place& place, const std::string& text, const std::string& standardText);
+  std::vector<std::string> elements(const Place& place, std::int32_t count) const;
+  std::vector<std::string> columns(const std::vector<std::string>& texts) const;
+
+  const std::string indent_;
+  bool changedOnly_ = false;
+  int depth_ = 0;
+  std::vector<Line> lines_;
+};
+
+}  // namespace cornell_box
+
+#endif

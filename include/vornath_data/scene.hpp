@@ -1,0 +1,91 @@
+/// Scenes.
+#ifndef VORNATH_DATA_SCENE_HPP
+#define VORNATH_DATA_SCENE_HPP
+
+#include <array>
+#include <cstddef>
+#include <cstdint>
+#include <iosfwd>
+#include <utility>
+
+#include "vornath_data/api.h"
+#include "vornath_data/catalogue/class_list.hpp"
+#include "vornath_data/container.hpp"
+#include "vornath_data/elements.hpp"
+#include "vornath_data/result.hpp"
+#include "vornath_data/tuple_of_class.hpp"
+#include "vornath_data/unique_id.hpp"
+
+namespace vrnt::data {
+
+/// Change counters: a client that took a snapshot of a part tells by inequality that the part has
+/// changed since. They only ever rise, and wrap.
+struct SceneVersions {
+  std::uint32_t version = 0;  ///< rises together with every counter below
+  std::array<std::uint32_t, kGroupCount<SceneData>> groups{};
+  std::array<std::uint32_t, kClassCount> classes{};
+};
+
+/// A scene: its identity, its scene-wide settings, and one container for each class. Objects refer
+/// to each other by slot number only, and nothing checks a reference. A scene can be moved, which
+/// leaves the source empty, but not copied.
+///
+/// A Camera, Light or Material must have been given its value before the scene is written.
+/// Threads: a scene has no lock and is used by one thread at a time. Scenes that share asset bytes
+/// or values may be used on different threads.
+class Scene {
+ public:
+  /// An empty scene with the default settings. The id is random unless one is given.
+  /// Errors: throws boost::uuids::entropy_error if the system has no randomness to give.
+  explicit Scene(const UniqueId& sceneId = UniqueId::generate()) : id(sceneId) {}
+
+  Scene(Scene&& other) noexcept
+      : id(other.id),
+        data(other.data),
+        versions(other.versions),
+        containers(std::exchange(other.containers, detail::TupleOfClass<Container>())) {}
+  Scene& operator=(Scene&& other) noexcept {
+    id = other.id;
+    data = other.data;
+    versions = other.versions;
+    containers = std::exchange(other.containers, detail::TupleOfClass<Container>());
+    return *this;
+  }
+  Scene(const Scene&) = delete;
+  Scene& operator=(const Scene&) = delete;
+  ~Scene() = default;
+
+  /// Writes a scene to a binary stream. Afterwards the stream stands behind the last byte. It isn't
+  /// tested: a stream that fails midway is left failed, for the caller to see.
+  /// Errors: throws vrnt::Exception if a value can't be written; std::bad_alloc.
+  VRNT_API static void serialize(const Scene& scene, std::ostream& stream);
+
+  /// Reads a scene from a binary stream. `id` becomes the scene's id; with the null id it takes the
+  /// one that was written. Afterwards the stream stands behind the last byte. A stream that ends
+  /// within the classes gives a scene in which the rest is empty.
+  /// Errors: IoError with no text of its own if the stream can't give eight bytes; InvalidArguments
+  /// with "Bad header: this is not a Vornath scene binary.", the stream then standing where it
+  /// stood; VersionMismatch with "Vornath data model binary version mismatch: source has version ",
+  /// its number, ", current version is " and 173. Throws vrnt::Exception if a stored value can't be
+  /// read, and std::bad_alloc, also for a damaged stream that asks for too much.
+  VRNT_API static Result<Scene> deserialize(std::istream& stream, const UniqueId& id);
+
+  /// The container of a class, named by its Desc.
+  template <typename Desc>
+  Container<Stored<Desc>>& container() noexcept {
+    return containers.template get<Desc>();
+  }
+  template <typename Desc>
+  const Container<Stored<Desc>>& container() const noexcept {
+    return containers.template get<Desc>();
+  }
+
+  UniqueId id;  ///< the flat interface reads it through the scene's address
+  SceneData data;
+  SceneVersions versions;
+  detail::TupleOfClass<Container> containers;
+};
+
+}  // namespace vrnt::data
+
+#endif

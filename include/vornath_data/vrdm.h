@@ -1,0 +1,9 @@
+/* The whole vrdm family of flat functions: the catalogue of classes, scenes and their files. */
+#ifndef VORNATH_DATA_VRDM_H
+#define VORNATH_DATA_VRDM_H
+
+#include "vornath_data/asset_storage.h"
+#include "vornath_data/catalogue.h"
+#include "vornath_data/scene_interface.h"
+
+#endif
