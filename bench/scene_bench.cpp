@@ -14,7 +14,7 @@
 #include <vector>
 
 #include "ratio_reporter.hpp"
-#include "vornath_data/catalogue/mesh.hpp"
+#include "vornath_data/catalogue/material_graph.hpp"
 #include "vornath_data/vrdm.h"
 #include "vornath_data/vrnt.h"
 

@@ -25,8 +25,6 @@ if [ -n "$folder" ]; then
 fi
 cmake --build --preset "$preset" -j "$jobs" --target "$target"
 
-# A failed malloc returns null here too, as it does without a sanitizer.
-export ASAN_OPTIONS="${ASAN_OPTIONS:-detect_leaks=1:allocator_may_return_null=1}"
 export UBSAN_OPTIONS="${UBSAN_OPTIONS:-print_stacktrace=1}"
 if [ "$preset" = tsan ] && setarch -R true 2>/dev/null; then
   # The thread sanitizer wants its memory where the kernel may have put something else.

@@ -2,6 +2,7 @@
 // the file but the reading of tables and the handles: positions, spectra and groups are worked out
 // again from the tables' own text, and groups are made from value texts, not written field by
 // field.
+#include <charconv>
 #include <cmath>
 #include <cstdint>
 #include <cstdio>
@@ -23,11 +24,11 @@ namespace {
 
 [[noreturn]] void fail(const std::string& message) { throw std::runtime_error(message); }
 
+// The shortest text that reads back to the same number.
 template <typename Number>
 std::string show(Number number) {
   char text[32];
-  std::snprintf(text, sizeof text, "%.9g", static_cast<double>(number));
-  return text;
+  return {text, std::to_chars(text, text + sizeof text, number).ptr};
 }
 
 // Millimetres in a table, as the text of metres.
@@ -403,7 +404,7 @@ class Checker {
         const Type type(vrdmFieldType(objectClass, group));
         const auto text = changed.find(name);
         const Value expected =
-            text == changed.end() ? defaultValue(type.get()) : parseValue(text->second);
+            text == changed.end() ? untouched(name, type.get()) : parseValue(text->second);
         if (text != changed.end()) changed.erase(text);
         const Value found(objectClass == VRDM_CLASS_SCENE_DATA
                               ? vrdmGetSceneDataValue(scene_, group)
@@ -423,6 +424,29 @@ class Checker {
     if (!changed.empty()) fail("there is no group '" + changed.begin()->first + "'");
     note(std::to_string(groups) + " groups, " + std::to_string(bytes) + " bytes, " +
          std::to_string(changes) + " of them other than the defaults");
+  }
+
+  // The defaults of the group's type. An object refers to no texture, which its type can't tell:
+  // the three indices of textures begin at -1.
+  static Value untouched(const std::string& name, const vrntType_t* type) {
+    Value value = defaultValue(type);
+    const auto endsWith = [&name](const std::string& end) {
+      return name.size() > end.size() && name.substr(name.size() - end.size()) == end;
+    };
+    std::vector<std::vector<const char*>> paths;
+    if (endsWith(" Backplate")) paths = {{"image", "spectrum_texture", "index"}};
+    if (endsWith(" Hemilux")) paths = {{"texture", "index"}, {"tone_mapping_texture", "index"}};
+    for (const std::vector<const char*>& path : paths) {
+      vrntValueView_t view{vrntValueType(value.get()), 0};
+      for (const char* const label : path) view = fieldOf(value.get(), view, label);
+      const std::int32_t none = -1;
+      vrntValuesError_t* error = nullptr;
+      vrntValue_t* handle = value.release();
+      vrntValueWrite(&handle, view.offset, &none, sizeof none, &error);
+      value.reset(handle);
+      raiseIf(error);
+    }
+    return value;
   }
 
   static Value parseValue(const std::string& text) {

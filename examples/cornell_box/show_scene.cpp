@@ -5,8 +5,10 @@
 #include <exception>
 #include <iomanip>
 #include <iostream>
+#include <map>
 #include <sstream>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include "host.hpp"
@@ -21,13 +23,14 @@ class ScenePrinter {
       : scene_(scene), out_(out), changedOnly_(changedOnly) {}
 
   void print() {
+    if (!fresh_) throw std::bad_alloc();
     out_ << "Scene " << *vrdmSceneId(scene_) << "\n\nObjects\n";
     for (std::uint32_t objectClass = 0; objectClass < vrdmObjectTypeCount(); ++objectClass) {
       out_ << "  " << std::left << std::setw(22) << vrdmObjectName(objectClass) << std::right
            << std::setw(6) << countLive(objectClass) << '\n';
     }
     printTitle("Scene-wide settings");
-    printGroups(VRDM_CLASS_SCENE_DATA, 0);
+    if (!printGroups(VRDM_CLASS_SCENE_DATA, 0)) out_ << "  (nothing is changed)\n";
     for (std::uint32_t objectClass = 0; objectClass < vrdmObjectTypeCount(); ++objectClass) {
       for (std::int32_t index = 0; index < size(objectClass); ++index) {
         printObject(objectClass, index);
@@ -72,7 +75,7 @@ class ScenePrinter {
         break;
       default:
         printReferences(objectClass, index);
-        printGroups(objectClass, index);
+        if (!printGroups(objectClass, index)) out_ << "  (nothing is changed)\n";
         printValue(objectClass, index);
     }
   }
@@ -166,18 +169,41 @@ class ScenePrinter {
            (vrdmValid(scene_, objectClass, index) ? "" : " (a free slot)");
   }
 
-  void printGroups(std::uint32_t objectClass, std::int32_t index) {
+  // Whether there was nothing to leave out, or something to print.
+  bool printGroups(std::uint32_t objectClass, std::int32_t index) {
+    bool isPrinted = vrdmFieldCount(objectClass) == 0;
     for (std::uint32_t group = 0; group < vrdmFieldCount(objectClass); ++group) {
       const Type type(vrdmFieldType(objectClass, group));
-      const Value value(objectClass == VRDM_CLASS_SCENE_DATA
-                            ? vrdmGetSceneDataValue(scene_, group)
-                            : vrdmGetDataValue(scene_, objectClass, index, group));
+      const Value value = readGroup(scene_, objectClass, index, group);
       ValuePrinter printer("    ");
-      printer.add(value.get(), type.get(), changedOnly_);
+      printer.add(value.get(), type.get(), standardGroup(objectClass, group), changedOnly_);
       if (printer.empty()) continue;
       out_ << "  " << vrdmFieldName(objectClass, group) << '\n';
       printer.print(out_);
+      isPrinted = true;
     }
+    return isPrinted;
+  }
+
+  static Value readGroup(const vrdmScene_t* scene, std::uint32_t objectClass, std::int32_t index,
+                         std::uint32_t group) {
+    return Value(objectClass == VRDM_CLASS_SCENE_DATA
+                     ? vrdmGetSceneDataValue(scene, group)
+                     : vrdmGetDataValue(scene, objectClass, index, group));
+  }
+
+  // What an untouched group holds is read from an untouched object, the first of its class in a
+  // scene of its own.
+  const vrntValue_t* standardGroup(std::uint32_t objectClass, std::uint32_t group) {
+    Value& standard = standards_[{objectClass, group}];
+    if (!standard) {
+      if (objectClass != VRDM_CLASS_SCENE_DATA &&
+          vrdmContainerSize(fresh_.get(), objectClass) == 0) {
+        vrdmCreateInstance(fresh_.get(), objectClass);
+      }
+      standard = readGroup(fresh_.get(), objectClass, 0, group);
+    }
+    return standard.get();
   }
 
   void printValue(std::uint32_t objectClass, std::int32_t index) {
@@ -192,6 +218,8 @@ class ScenePrinter {
   const vrdmScene_t* const scene_;
   std::ostream& out_;
   const bool changedOnly_;
+  const Scene fresh_{vrdmCreateScene()};
+  std::map<std::pair<std::uint32_t, std::uint32_t>, Value> standards_;  // by class and group
 };
 
 constexpr char kUsage[] =

@@ -2,14 +2,12 @@
 
 #include <algorithm>
 #include <cstring>
-#include <iomanip>
 
 namespace cornell_box {
 namespace {
 
 constexpr std::size_t kLineWidth = 100;
-constexpr std::size_t kLongestPath = 44;  // a longer one pushes its value to the right
-constexpr int kDeepestReference = 8;      // a value may lead to itself
+constexpr int kDeepestReference = 8;  // a value may lead to itself
 
 // The type of a spectrum counts among the base types, though it is a struct.
 bool isStruct(const vrntType_t* type) {
@@ -28,9 +26,12 @@ bool hasEntry(const vrntType_t* type, const char* key, std::uint32_t kind) {
   return vrntMetadataExists(type, key) && vrntMetadataType(type, key) == kind;
 }
 
+// The text of a vector begins with its type, annotations included, so these are taken off.
 std::string textOf(const vrntValue_t* value, const vrntValueView_t& view) {
+  const Type plain(vrntTypeStripMetadata(view.type));
+  const vrntValueView_t plainView{plain.get(), view.offset};
   vrntValuesError_t* error = nullptr;
-  const String string(vrntValueString(value, &view, 0, &error));
+  const String string(vrntValueString(value, &plainView, 0, &error));
   if (error) {
     const std::string message = vrntValuesErrorMessage(error);
     vrntValuesErrorDestroy(error);
@@ -66,14 +67,14 @@ void ValuePrinter::add(const vrntValue_t* value) {
   walk({value, nullptr, {vrntValueType(value), 0}, {}});
 }
 
-void ValuePrinter::add(const vrntValue_t* value, const vrntType_t* annotated, bool changedOnly) {
+void ValuePrinter::add(const vrntValue_t* value, const vrntType_t* annotated,
+                       const vrntValue_t* standard, bool changedOnly) {
   changedOnly_ = changedOnly;
-  const Value standard = defaultValue(annotated);
-  walk({value, standard.get(), {const_cast<vrntType_t*>(annotated), 0}, {}});
+  walk({value, standard, {const_cast<vrntType_t*>(annotated), 0}, {}});
 }
 
 void ValuePrinter::walk(const Place& place) {
-  if (isStruct(place.view.type)) {
+  if (isStruct(place.view.type) && vrntTypeFieldCount(place.view.type) != 0) {
     walkStruct(place);
   } else if (vrntTypeDescriptor(place.view.type) == VRNT_DESCRIPTOR_ARRAY) {
     walkArray(place);
@@ -86,6 +87,8 @@ void ValuePrinter::walk(const Place& place) {
 }
 
 void ValuePrinter::walkStruct(const Place& place) {
+  const std::size_t heading = lines_.size();
+  addHeading(place);
   for (std::uint32_t field = 0; field < vrntTypeFieldCount(place.view.type); ++field) {
     // A view borrows the type that it stands on, so this reference holds it.
     const Type type(vrntTypeFieldType(place.view.type, field));
@@ -94,9 +97,22 @@ void ValuePrinter::walkStruct(const Place& place) {
     walk({place.value,
           place.standard,
           {type.get(), place.view.offset + child.offset},
-          (place.path.empty() ? "" : place.path + ".") +
-              vrntTypeFieldLabel(place.view.type, field)});
+          vrntTypeFieldLabel(place.view.type, field)});
   }
+  dropEmptyHeading(place, heading);
+}
+
+// The value as a whole has no label, and so neither a line nor a depth of its own.
+void ValuePrinter::addHeading(const Place& place) {
+  if (place.label.empty()) return;
+  lines_.push_back({std::string(2 * depth_, ' ') + place.label, {}, {}, {}});
+  ++depth_;
+}
+
+void ValuePrinter::dropEmptyHeading(const Place& place, std::size_t heading) {
+  if (place.label.empty()) return;
+  --depth_;
+  if (lines_.size() == heading + 1) lines_.pop_back();
 }
 
 void ValuePrinter::walkArray(const Place& place) {
@@ -109,15 +125,8 @@ void ValuePrinter::walkArray(const Place& place) {
       std::strcmp(vrntTypeString(element.get()), "char") == 0) {
     addLine(place, quoted(place.value, place.view),
             place.standard ? quoted(place.standard, place.view) : "");
-  } else if (isList && !isScalarOrEnum(element.get())) {
-    for (std::int32_t i = 0; i < extents[0]; ++i) {
-      vrntValueView_t child;
-      vrntValueArrayElement(&child, place.view.type, &i);
-      walk({place.value,
-            place.standard,
-            {element.get(), place.view.offset + child.offset},
-            place.path + "[" + std::to_string(i) + "]"});
-    }
+  } else if (isList && extents[0] != 0 && !isScalarOrEnum(element.get())) {
+    walkList(place, element.get(), extents[0]);
   } else {
     const std::string text = textOf(place.value, place.view);
     if (!isList || text.size() <= kLineWidth / 2) {
@@ -130,6 +139,21 @@ void ValuePrinter::walkArray(const Place& place) {
   }
 }
 
+// Elements that have parts of their own.
+void ValuePrinter::walkList(const Place& place, const vrntType_t* element, std::int32_t count) {
+  const std::size_t heading = lines_.size();
+  addHeading(place);
+  for (std::int32_t i = 0; i < count; ++i) {
+    vrntValueView_t child;
+    vrntValueArrayElement(&child, place.view.type, &i);
+    walk({place.value,
+          place.standard,
+          {const_cast<vrntType_t*>(element), place.view.offset + child.offset},
+          "[" + std::to_string(i) + "]"});
+  }
+  dropEmptyHeading(place, heading);
+}
+
 void ValuePrinter::walkReference(const Place& place) {
   // Null, or an odd word, which is an address of the embedder's own and not this program's to read.
   const std::uint64_t word = wordAt(place.value, place.view);
@@ -137,16 +161,19 @@ void ValuePrinter::walkReference(const Place& place) {
     addLine(place, word == 0 ? "null" : textOf(place.value, place.view), "");
     return;
   }
-  if (depth_ == kDeepestReference) {
+  if (references_ == kDeepestReference) {
     addLine(place, "-> ...", "");
     return;
   }
   const Value target(vrntValueDereference(place.value, &place.view));
-  ++depth_;
+  ++references_;
   const std::size_t first = lines_.size();
-  walk({target.get(), nullptr, {vrntValueType(target.get()), 0}, place.path});
-  --depth_;
-  if (first < lines_.size()) lines_[first].text.insert(0, "-> ");
+  walk({target.get(), nullptr, {vrntValueType(target.get()), 0}, place.label});
+  --references_;
+  if (first < lines_.size()) {
+    std::string& text = lines_[first].text;
+    text.insert(0, text.empty() ? "->" : "-> ");
+  }
 }
 
 void ValuePrinter::addLine(const Place& place, const std::string& text,
@@ -155,7 +182,7 @@ void ValuePrinter::addLine(const Place& place, const std::string& text,
       !place.standard ||
       !vrntValueEqual(place.value, &place.view, place.standard, &place.view, 0.0F, nullptr);
   if (changedOnly_ && !isChanged) return;
-  Line line{place.path.empty() ? "(value)" : place.path, text, {}, {}};
+  Line line{std::string(2 * depth_, ' ') + place.label, text, {}, {}};
   if (hasEntry(place.view.type, "si_unit", VRNT_METADATA_TEXT)) {
     line.text += std::string(" ") + vrntMetadataString(place.view.type, "si_unit");
   }
@@ -192,20 +219,23 @@ std::vector<std::string> ValuePrinter::columns(const std::vector<std::string>& t
 }
 
 void ValuePrinter::print(std::ostream& out) const {
-  std::size_t pathWidth = 0;
+  std::size_t labelWidth = 0;
   std::size_t textWidth = 0;
   for (const Line& line : lines_) {
-    pathWidth = std::max(pathWidth, std::min(line.path.size(), kLongestPath));
+    if (!line.text.empty()) labelWidth = std::max(labelWidth, line.label.size());
     if (!line.note.empty()) textWidth = std::max(textWidth, line.text.size());
   }
   for (const Line& line : lines_) {
-    const auto width = static_cast<int>(std::max(pathWidth, line.path.size()));
-    out << indent_ << std::left << std::setw(width) << line.path << "  ";
-    if (line.note.empty()) {
-      out << line.text << '\n';
-    } else {
-      out << std::setw(static_cast<int>(textWidth)) << line.text << "  " << line.note << '\n';
+    std::string printed = line.label;
+    if (!line.text.empty()) {
+      printed.resize(std::max(labelWidth, printed.size()), ' ');
+      printed += (printed.empty() ? "" : "  ") + line.text;
     }
+    if (!line.note.empty()) {
+      printed.resize(std::max(printed.size(), labelWidth + 2 + textWidth), ' ');
+      printed += "  " + line.note;
+    }
+    out << indent_ << printed << '\n';
     for (const std::string& text : line.block) out << indent_ << text << '\n';
   }
 }

@@ -19,10 +19,11 @@ class ValuePrinter {
   /// Adds a value that nothing is known of but itself.
   void add(const vrntValue_t* value);
 
-  /// Adds a value with the annotated type that it was made for; the value's own type carries no
-  /// annotations. A field with a unit is printed with it, and a field that differs from its default
-  /// with that default beside it.
-  void add(const vrntValue_t* value, const vrntType_t* annotated, bool changedOnly);
+  /// Adds a value with the annotated type that it was made for (the value's own type carries no
+  /// annotations) and the value that it had before anyone changed it. A field with a unit is
+  /// printed with it, and a field that was changed with what it was before.
+  void add(const vrntValue_t* value, const vrntType_t* annotated, const vrntValue_t* standard,
+           bool changedOnly);
 
   bool empty() const { return lines_.empty(); }
 
@@ -31,29 +32,33 @@ class ValuePrinter {
 
  private:
   struct Line {
-    std::string path, text, note;
+    std::string label, text, note;   ///< the label is indented by its depth
     std::vector<std::string> block;  ///< stands below the line
   };
 
-  /// A part of a value, and the same part of the default value (null if there is none).
+  /// A part of a value, and the same part of the unchanged value (null if there is none).
   struct Place {
     const vrntValue_t* value;
     const vrntValue_t* standard;
     vrntValueView_t view;
-    std::string path;
+    std::string label;
   };
 
   void walk(const Place& place);
   void walkStruct(const Place& place);
   void walkArray(const Place& place);
+  void walkList(const Place& place, const vrntType_t* element, std::int32_t count);
   void walkReference(const Place& place);
+  void addHeading(const Place& place);
+  void dropEmptyHeading(const Place& place, std::size_t heading);
   void addLine(const Place& place, const std::string& text, const std::string& standardText);
   std::vector<std::string> elements(const Place& place, std::int32_t count) const;
   std::vector<std::string> columns(const std::vector<std::string>& texts) const;
 
   const std::string indent_;
   bool changedOnly_ = false;
-  int depth_ = 0;
+  std::size_t depth_ = 0;
+  int references_ = 0;
   std::vector<Line> lines_;
 };
 

@@ -4,8 +4,8 @@
 
 #include <cstddef>
 #include <cstdint>
-#include <type_traits>
-#include <vector>
+
+#include "vornath_data/slot_vector.hpp"
 
 namespace vrnt::data {
 
@@ -14,10 +14,7 @@ namespace vrnt::data {
 /// by `live()`. No index is checked except by valid().
 template <typename Element>
 struct Container {
-  static_assert(std::is_nothrow_move_constructible_v<Element>,
-                "growth moves the elements and keeps them all if there is no memory");
-
-  std::vector<Element> slots;
+  SlotVector<Element> slots;
 
   /// Every slot below is in use, and the one here, if there is one, is free.
   std::uint32_t firstFree = 0;
@@ -38,7 +35,7 @@ struct Container {
   std::uint32_t allocate() {
     const std::uint32_t chosen = firstFree;
     if (chosen >= size()) {
-      slots.emplace_back();
+      slots.append();
       firstFree = chosen + 1;
     } else {
       findNextFree();
@@ -59,9 +56,7 @@ struct Container {
   }
 
   /// Adds free slots up to a count; never takes any away.
-  void grow(std::uint32_t count) {
-    if (count > size()) slots.resize(count);
-  }
+  void grow(std::uint32_t count) { slots.grow(count); }
 
  private:
   void findNextFree() {

@@ -1,6 +1,10 @@
 /// The type library's own C++ names: the type model, its factory, and the bridges from a `Type` or
 /// a `DynamicValue` to the flat handles. Hosts use the flat functions; this header is for code that
 /// lives beside the library and holds a `Type` (a vrntType_t* is its address).
+///
+/// What carries VRNT_API can be called on the shared library, as can all inline reads of a `Type`.
+/// The rest, counting through a TypePtr included, is for code that is linked with the library's
+/// inside; on the shared library a handle is counted by vrntTypeCopy() and vrntTypeDestroy().
 #ifndef VORNATH_DATA_TYPE_LIBRARY_HPP
 #define VORNATH_DATA_TYPE_LIBRARY_HPP
 
@@ -79,7 +83,9 @@ struct index4 {
 /// the places of its references.
 ///
 /// Identity: made by the Factory only, one object for each description and metadata, so that equal
-/// types have equal addresses (types with values in their metadata excepted). Lifetime: until its
+/// types have equal addresses. Values in metadata count by where they lie, so that each parse makes
+/// a type with such of its own; the payloads of an enum's constructors don't count at all, so that
+/// of two enums that differ in them alone the first made stands for both. Lifetime: until its
 /// count falls to zero, or, if it is permanent, until vrntValuesShutdown(). Threads: everything but
 /// the count and `permanent` is constant after construction and read without a lock.
 class Type {
@@ -163,8 +169,11 @@ class Type {
   Type& operator=(const Type&) = delete;
 
   /// The process's factory. With `create` it is made if there is none yet; without, an empty pointer
-  /// is returned then. The reference stays valid until the library is unloaded.
+  /// is returned then (an object of its own: ask again to see a factory made later). The reference stays valid until the library is unloaded.
   VRNT_API static const std::shared_ptr<Factory>& get_factory(bool create);
+
+  /// The type of a text. Throws what the parse throws.
+  static TypePtr parse(std::string_view text);
 
   const TypeDesc& desc() const noexcept { return desc_; }
   template <typename Alternative>
@@ -183,6 +192,16 @@ class Type {
   const std::vector<std::uint64_t>& refSlots() const noexcept { return refSlots_; }
   /// The same type without metadata at any depth; this very type if there is none to take off.
   const Type& stripped() const noexcept { return stripped_ ? *stripped_ : *this; }
+
+  /// The default value that was worked out for this type, or null if none was kept yet. It lives as
+  /// long as the type.
+  const DynamicValue* keptDefault() const noexcept {
+    const auto* kept = keptDefault_.load(std::memory_order_acquire);
+    return kept ? kept->get() : nullptr;
+  }
+  /// Keeps a default value; the first one that is kept stays. Its type must not be this very type,
+  /// which would then never end. Throws std::bad_alloc.
+  const DynamicValue& keepDefault(DynamicValue&& value) const;
 
  private:
   friend class Factory;
@@ -204,6 +223,7 @@ class Type {
   mutable std::atomic<std::uint32_t> references_{0};
   std::weak_ptr<Factory> factory_;
   TypePtr stripped_;
+  mutable std::atomic<const HeapValue<DynamicValue>*> keptDefault_{nullptr};
   mutable const Type* nextEnded_ = nullptr;  // the factory's chain of types that are to be destroyed
 };
 

@@ -3,8 +3,10 @@
  * stand where another is expected.
  *
  * A vrntType_t* is a counted handle on an immutable, interned type. Two handles on one type compare
- * equal as pointers, and two types whose description and metadata agree are one type (a type with a
- * value among its metadata excepted: each text parsed makes a type of its own).
+ * equal as pointers, and two types whose description and metadata agree are one type. Two things are
+ * apart from this: a type with a value among its metadata is one of its own for each parse that the
+ * table of living types' texts doesn't answer; and the payloads of an enum's constructors don't
+ * count, so that of two enums that differ in them alone the first made stands for both.
  *
  * Shared by all functions here: a type argument is not null; a "new reference" is ended by the
  * caller with vrntTypeDestroy(); a text that "belongs to the type" lives as long as the type. An
@@ -52,7 +54,8 @@ enum {
  * table, without a parse and without an allocation.
  * Errors: kind 0 with "Unable to parse type: {}.\n{}", the text and the parser's message ("syntax
  * error, unexpected END, expecting ..." or "Illegal character: ..."); kind 0 with the words of a
- * violated rule alone, such as "Duplicate struct field: x."; the out-of-memory object.
+ * violated rule alone, such as "Duplicate struct field: x."; the out-of-memory object; kind 2 with
+ * "Unknown error." for anything else.
  * Threads: parses are serial in the whole process, answers from the table are not.
  */
 VRNT_API vrntType_t* vrntTypeParse(const char* text, vrntValuesError_t** error);
@@ -69,7 +72,11 @@ VRNT_API uint64_t vrntTypeSize(const vrntType_t* type);
 /** The alignment of a value in bytes. Errors: none. */
 VRNT_API uint64_t vrntTypeAlignment(const vrntType_t* type);
 
-/** The canonical text, which parses back to the same type. It belongs to the type. Errors: none. */
+/**
+ * The canonical text. It belongs to the type. It parses back to the same type; if there is a value
+ * among the metadata, while no other living type has taken over the same text.
+ * Errors: none.
+ */
 VRNT_API const char* vrntTypeString(const vrntType_t* type);
 
 /**
@@ -88,7 +95,7 @@ VRNT_API vrntType_t* vrtnTypeFloatArray(uint64_t count);
 /** The scalar family, VRNT_BASETYPE_*. Accepts base types and structs. */
 VRNT_API uint32_t vrntTypeBasetype(const vrntType_t* type);
 
-/** The kind of type, VRNT_DESCRIPTOR_*. Accepts every type. Errors: none. */
+/** The kind of type, VRNT_DESCRIPTOR_*. Accepts every type. Errors: as vrntTypeIsSubType(). */
 VRNT_API uint32_t vrntTypeDescriptor(const vrntType_t* type);
 
 /** The lanes of a base type, 1 to 4; 1 for every other kind of type. Errors: none. */
@@ -136,11 +143,13 @@ VRNT_API vrntType_t* vrntTypeFieldType(const vrntType_t* type, uint32_t index);
 /**
  * Whether a value of `a` may stand where `b` is expected: 1 or 0. Metadata plays no part.
  * `float[3]` may stand for `float[]`, any reference for `void*`, an enum for `int`; an `int` never
- * for a `float`. Errors: none.
+ * for a `float`.
+ * Errors: throws std::bad_alloc where more than 32 pairs of parts are open at once and there is no
+ * memory for them.
  */
 VRNT_API int32_t vrntTypeIsSubType(const vrntType_t* a, const vrntType_t* b);
 
-/** Whether each may stand for the other: 1 or 0. Errors: none. */
+/** Whether each may stand for the other: 1 or 0. Errors: as vrntTypeIsSubType(). */
 VRNT_API int32_t vrntTypeIsEqual(const vrntType_t* a, const vrntType_t* b);
 
 /**

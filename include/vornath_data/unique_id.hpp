@@ -12,6 +12,11 @@
 
 namespace vrnt {
 
+class UniqueId;
+
+/// True when all 16 bytes are equal.
+VRNT_API bool operator==(const UniqueId& a, const UniqueId& b) noexcept;
+
 /// An identifier of 16 bytes. All zero is the null identifier: there is no such object.
 /// Threads: every operation may be called from any thread and takes no lock.
 class UniqueId {
@@ -60,11 +65,10 @@ class UniqueId {
   VRNT_API const std::uint8_t* end() const noexcept;
 
  private:
+  friend bool operator==(const UniqueId& a, const UniqueId& b) noexcept;
+
   std::uint8_t bytes_[16] = {};
 };
-
-/// True when all 16 bytes are equal.
-VRNT_API bool operator==(const UniqueId& a, const UniqueId& b) noexcept;
 
 inline bool operator!=(const UniqueId& a, const UniqueId& b) noexcept { return !(a == b); }
 

@@ -61,8 +61,9 @@ class TypeHandle {
   vrntType_t* type_ = nullptr;
 };
 
-/// Owns one reference on a value's block; an empty one owns nothing. A copy shares the block; a write
-/// to a shared block moves the handle to a copy of it. One handle belongs to one thread at a time.
+/// Owns one reference on a value's block; an empty one owns nothing. A copy shares the block; a
+/// write to a shared block moves the handle to a copy of it. One handle belongs to one thread at a
+/// time.
 class Value {
  public:
   Value() noexcept = default;
@@ -115,9 +116,10 @@ class Value {
   vrntValue_t* value_ = nullptr;
 };
 
-/// A place in a value, for reading: the whole of it, a field of a struct, or an element of an array.
-/// `Owner` is `Value*` or `const Value*`. A view holds no reference on the value, and lives no longer
-/// than the Value that it names. Field indices and labels are checked, array indices are not.
+/// A place in a value, for reading: the whole of it, a field of a struct, or an element of an
+/// array. `Owner` is `Value*` or `const Value*`. A view holds no reference on the value, and lives
+/// no longer than the Value that it names. Field indices and labels are checked, array indices are
+/// not.
 template <typename Owner>
 class ConstBasicView {
   static_assert(std::is_same_v<Owner, Value*> || std::is_same_v<Owner, const Value*>,
@@ -127,8 +129,8 @@ class ConstBasicView {
   /// The whole value.
   explicit ConstBasicView(Owner owner) : ConstBasicView(owner, owner->type(), 0) {}
 
-  /// The place of `type` at `offset`. The type isn't counted: it must outlive the view, as the types
-  /// within the value's own type do.
+  /// The place of `type` at `offset`. The type isn't counted: it must outlive the view, as the
+  /// types within the value's own type do.
   ConstBasicView(Owner owner, const vrntType_t* type, std::uint64_t offset)
       : ConstBasicView(owner, const_cast<vrntType_t*>(type), offset, wholePosition(type), false) {}
 
@@ -172,23 +174,23 @@ class ConstBasicView {
   /// The number of fields of a struct.
   std::uint32_t fieldCount() const { return vrntTypeFieldCount(type()); }
 
-  /// Throws Exception "Struct field index {} out of range.", and VornathValuesAssertionFailure for a
-  /// place that isn't a struct.
-  ConstBasicView field(std::uint32_t index) const { return ConstBasicView(*this, FieldIndex{index}); }
+  /// Throws Exception "Struct field index {} out of range.", and VornathValuesAssertionFailure for
+  /// a place that isn't a struct.
+  ConstBasicView field(std::uint32_t index) const {
+    return ConstBasicView(*this, FieldIndex{index});
+  }
   /// Throws Exception "Field not found in struct: {}." as well.
   ConstBasicView field(std::string_view label) const { return field(fieldIndex(label)); }
 
-  /// The index has as many numbers as the array has dimensions, the fastest running one first. Throws
-  /// VornathValuesAssertionFailure for a place that isn't an array.
+  /// The index has as many numbers as the array has dimensions, the fastest running one first.
+  /// Throws VornathValuesAssertionFailure for a place that isn't an array.
   template <typename... Index>
   ConstBasicView element(Index... index) const {
     return ConstBasicView(*this, elementPlace({static_cast<std::int32_t>(index)...}));
   }
 
   /// The bytes at the place, borrowed.
-  const void* data() const {
-    return static_cast<const char*>(owner_->data()) + place().offset;
-  }
+  const void* data() const { return static_cast<const char*>(owner_->data()) + place().offset; }
 
   /// The bytes at the place as a T, whose form the caller knows.
   template <typename T>
@@ -286,8 +288,8 @@ class ConstBasicView {
 template <typename Owner>
 class BasicView;
 
-/// A place in a value, for reading and writing. A write moves the Value to a copy if others share its
-/// block. What the flat functions report comes as std::bad_alloc or as an Exception of code
+/// A place in a value, for reading and writing. A write moves the Value to a copy if others share
+/// its block. What the flat functions report comes as std::bad_alloc or as an Exception of code
 /// UnknownError; nothing is written then.
 template <>
 class BasicView<Value*> : public ConstBasicView<Value*> {

@@ -120,8 +120,8 @@ VRNT_API const void* vrntValueData(const vrntValue_t* value);
  * Follows the reference at a view. Null for a null reference; for a block that very block with a
  * new reference; for an address of the embedder's own a new value of the referred type, copied from
  * that address.
- * Errors: throws std::bad_variant_access if the word is an embedder's address and the view's type is
- * not a reference; std::bad_alloc.
+ * Errors: throws, for an embedder's address, std::bad_variant_access if the view's type is not a
+ * reference, VornathValuesAssertionFailure if it is `void*`, and std::bad_alloc.
  */
 VRNT_API vrntValue_t* vrntValueDereference(const vrntValue_t* value, const vrntValueView_t* view);
 
@@ -138,7 +138,8 @@ VRNT_API vrntValueView_t* vrntValueStructField(vrntValueView_t* out, const vrntT
  * Fills `out` with the type (borrowed) and offset of an element within its array. `index` points to
  * as many 32-bit integers as the array has dimensions, the fastest running one first; they are not
  * checked against the extents. Result: `out`.
- * Errors: throws VornathValuesAssertionFailure on a type that is not an array.
+ * Errors: throws VornathValuesAssertionFailure on a type that is not an array, and
+ * std::bad_optional_access on one of more than one dimension whose extents are open.
  */
 VRNT_API vrntValueView_t* vrntValueArrayElement(vrntValueView_t* out, const vrntType_t* arrayType,
                                                 const int32_t* index);
@@ -158,14 +159,18 @@ VRNT_API void* vrntValueMap(vrntValue_t** value, const vrntValueView_t* view,
 /** Ends what vrntValueMap() began, on the handle as the map left it. Errors: none. */
 VRNT_API void vrntValueUnmap(vrntValue_t* value, const vrntValueView_t* view);
 
-/** Copies `size` bytes from `source` to the value's bytes at `offset`, as a map of the whole value.
- * A failure of the map is not handled: see vrntValueMap(). */
+/**
+ * Copies `size` bytes from `source` to the value's bytes at `offset`, as a map of the whole value.
+ * Errors: as vrntValueMap(); nothing is written then.
+ */
 VRNT_API void vrntValueWrite(vrntValue_t** value, uint64_t offset, const void* source,
                              uint64_t size, vrntValuesError_t** error);
 
 /**
  * Makes the reference word at a view refer to `target`, which stays the caller's. The type of the
- * target isn't checked. A failure of the map is not handled: see vrntValueMap().
+ * target isn't checked. A value that is made to refer to itself becomes a copy that refers to the
+ * original.
+ * Errors: as vrntValueMap(); nothing is written then.
  */
 VRNT_API void vrntValueSetReference(vrntValue_t** value, const vrntValueView_t* view,
                                     vrntValue_t* target, vrntValuesError_t** error);
@@ -177,7 +182,9 @@ VRNT_API void vrntValueSetReference(vrntValue_t** value, const vrntValueView_t* 
  * unequal to everything; references are equal when they are the same word or lead to equal values.
  * `reason` may be null; else, if a reason is known, it receives a new string for
  * vrntDestroyString(), such as `.a[2].b: 1 != 2`.
- * Errors: none are caught. Comparing a cycle of references doesn't end.
+ * Errors: none are caught: throws std::bad_alloc for deeply nested values or a reason, and
+ * vrnt::Exception "Enum code out of range: {}" where the reason would print such a code. Comparing a
+ * cycle of references doesn't end.
  */
 VRNT_API int32_t vrntValueEqual(const vrntValue_t* a, const vrntValueView_t* viewA,
                                 const vrntValue_t* b, const vrntValueView_t* viewB,
@@ -186,7 +193,7 @@ VRNT_API int32_t vrntValueEqual(const vrntValue_t* a, const vrntValueView_t* vie
 /**
  * Prints the value at a view in the language that vrntValueParse() reads.
  * Result: a new string for vrntDestroyString(), or null on failure.
- * Errors: kind 2 with the words of any exception, "Enum code out of range: {}" among them; the
+ * Errors: kind 2 with the words of any std::exception, "Enum code out of range: {}" among them; the
  * out-of-memory object.
  */
 VRNT_API char* vrntValueString(const vrntValue_t* value, const vrntValueView_t* view,
@@ -194,8 +201,9 @@ VRNT_API char* vrntValueString(const vrntValue_t* value, const vrntValueView_t* 
 
 /**
  * Writes a value and all that it refers to, each block once, in four calls of the callback a block.
- * Errors: the out-of-memory object, or kind 2 with the words of any exception, the callback's
- * included; what was delivered until then stays delivered.
+ * Errors: the out-of-memory object, or kind 2 with the words of any std::exception, the callback's
+ * included; what else a callback throws passes through. What was delivered until then stays
+ * delivered.
  */
 VRNT_API void vrntValueSerialize(const vrntValue_t* value, vrntWriteFn write, void* user,
                                  vrntValuesError_t** error);

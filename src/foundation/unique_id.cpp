@@ -115,7 +115,7 @@ std::uint8_t* UniqueId::end() noexcept { return bytes_ + kSize; }
 const std::uint8_t* UniqueId::end() const noexcept { return bytes_ + kSize; }
 
 bool operator==(const UniqueId& a, const UniqueId& b) noexcept {
-  return std::memcmp(a.begin(), b.begin(), kSize) == 0;
+  return std::memcmp(a.bytes_, b.bytes_, kSize) == 0;
 }
 
 std::ostream& operator<<(std::ostream& stream, const UniqueId& id) {

@@ -49,13 +49,13 @@ TypePtr parseUncachedType(const std::string& text) {
   return type;
 }
 
-DynamicValue parseValueText(const std::string& text) {
+DynamicValue parseValue(const std::string& text) {
   ParseContext context;
   std::optional<DynamicValue> value;
   if (parseValueText(context, text, value) != 0) {
     fail("Unable to parse value: {}.\n{}", text, context.error);
   }
-  return *std::move(value);
+  return std::move(value).value();
 }
 
 }  // namespace qex::vornath

@@ -5,8 +5,6 @@
 
 #include <string>
 
-struct yy_buffer_state;
-
 namespace qex::vornath {
 
 class Scan {
@@ -22,7 +20,6 @@ class Scan {
 
  private:
   std::string buffer_;
-  yy_buffer_state* state_ = nullptr;
 };
 
 }  // namespace qex::vornath

@@ -160,12 +160,13 @@ Scan::Scan(const std::string& text, Language language) : buffer_(text) {
   // flex wants two zero bytes behind the text, which it scans in place.
   buffer_.append(2, '\0');
   yyensure_buffer_stack();
-  state_ = yy_scan_buffer(buffer_.data(), buffer_.size());
+  yy_scan_buffer(buffer_.data(), buffer_.size());
   pendingStart = language;
 }
 
 Scan::~Scan() {
-  yy_delete_buffer(state_);
+  // The stack of buffers goes as well, so that a host that unloads the library gets all back.
+  yylex_destroy();
   pendingStart = Language::None;
 }
 

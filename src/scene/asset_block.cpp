@@ -5,32 +5,26 @@
 #include <limits>
 #include <new>
 
-#if defined(__linux__)
-#include <sys/mman.h>
-#endif
-
 namespace vrnt::data {
 
 namespace {
 
-#if defined(__linux__)
-// A fresh block of this size or more is worth asking for huge pages: its first write then faults
-// once for 2 MiB instead of once for 4 KiB.
+// A large block begins on a huge page's boundary, so that a system that gives huge pages unasked
+// can back it with whole ones. They aren't asked for: where memory is fragmented the system then
+// stops to compact it, which was seen to cost several times the read that fills the block.
 constexpr std::size_t kHugePage = std::size_t{2} << 20;
 constexpr std::size_t kLargeBlock = 2 * kHugePage;
 
 void* allocateBytes(std::size_t size) {
-  if (size < kLargeBlock) return std::malloc(size);
-  void* bytes = nullptr;
-  // Like memory from malloc, this is given back by `free`, as the block's release promises.
-  if (posix_memalign(&bytes, kHugePage, size) != 0) return nullptr;
-  // Only advice: without huge pages the block is as good, so the answer doesn't matter.
-  (void)madvise(bytes, size / kHugePage * kHugePage, MADV_HUGEPAGE);
-  return bytes;
-}
-#else
-void* allocateBytes(std::size_t size) { return std::malloc(size); }
+#if defined(__unix__) || defined(__APPLE__)
+  if (size >= kLargeBlock) {
+    void* bytes = nullptr;
+    // Like memory from malloc, this is given back by `free`, as the block's release promises.
+    return posix_memalign(&bytes, kHugePage, size) == 0 ? bytes : nullptr;
+  }
 #endif
+  return std::malloc(size);
+}
 
 }  // namespace
 

@@ -178,10 +178,11 @@ void DeserializeObjects::section() {
   // Trusted as it stands, and so are all counts and sizes below: nothing tells how much a stream
   // still holds.
   const std::uint32_t count = readCount();
-  container.grow(count);
-  for (std::uint32_t i = 0; i < count; ++i) {
-    // A failed stream would give no more than flags of 0.
-    if (stream_.fail()) return;
+  // Each slot is made just before it is read, while its memory is at hand.
+  container.slots.reserve(count);
+  // A failed stream would give no more than flags of 0.
+  for (std::uint32_t i = 0; i < count && !stream_.fail(); ++i) {
+    container.grow(i + 1);
     char flag = kFree;
     read(&flag, sizeof(flag));
     if (flag != kLive) continue;
@@ -208,6 +209,7 @@ void DeserializeObjects::section() {
       countClassChange<Desc>(scene_);
     }
   }
+  container.grow(count);
 }
 
 template <typename Source>

@@ -1,4 +1,5 @@
 #include <cstring>
+#include <new>
 #include <string_view>
 
 #include "base_types.hpp"
@@ -57,7 +58,7 @@ const TypePtr& elementOrTarget(const vrntType_t* type) {
 
 vrntType_t* vrntTypeParse(const char* text, vrntValuesError_t** error) {
   return qex::vornath::reportLibraryErrorsOrUnknown(error, nullptr, [text]() -> vrntType_t* {
-    return release(Type::get_factory(true)->parseType(text));
+    return release(Type::parse(text));
   });
 }
 
@@ -182,9 +183,11 @@ int32_t vrntTypeIsEqual(const vrntType_t* a, const vrntType_t* b) {
 }
 
 char* vrntTypeCheckSubType(const vrntType_t* a, const vrntType_t* b, vrntValuesError_t** error) {
-  const auto reason = checkSubType(typeOf(a), typeOf(b));
-  if (!reason) return nullptr;
-  char* const copy = strdup(reason->c_str());
-  if (!copy) *error = &qex::vornath::outOfMemoryError;
-  return copy;
+  return qex::vornath::reportOutOfMemoryOrOther(error, nullptr, [a, b]() -> char* {
+    const auto reason = checkSubType(typeOf(a), typeOf(b));
+    if (!reason) return nullptr;
+    char* const copy = strdup(reason->c_str());
+    if (!copy) throw std::bad_alloc();
+    return copy;
+  });
 }

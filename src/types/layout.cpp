@@ -12,8 +12,29 @@ namespace {
 constexpr std::uint64_t kWord = 8;
 constexpr std::uint64_t kStructMinimum = 4;  // bytes, of size and of alignment
 
+// Sizes and offsets stop here instead of running over: no memory holds such a value, and a size that
+// had run over would pass for a small one.
+constexpr std::uint64_t kHuge = std::uint64_t{1} << 63;
+
+std::uint64_t sum(std::uint64_t a, std::uint64_t b) {
+  return a >= kHuge || b >= kHuge - a ? kHuge : a + b;
+}
+
+std::uint64_t product(std::uint64_t a, std::uint64_t b) {
+  return b != 0 && a > kHuge / b ? kHuge : a * b;
+}
+
 std::uint64_t alignUp(std::uint64_t position, std::uint64_t alignment) {
-  return (position + alignment - 1) / alignment * alignment;
+  return sum(position, alignment - 1) / alignment * alignment;
+}
+
+// A count that ran over to below 0 gives a negative size, which as an unsigned one is beyond all
+// memory.
+std::uint64_t arraySize(std::int32_t count, std::uint64_t elementSize) {
+  if (count >= 0) return product(static_cast<std::uint64_t>(count), elementSize);
+  const std::uint64_t magnitude =
+      product(static_cast<std::uint64_t>(-std::int64_t{count}), elementSize);
+  return magnitude >= kHuge ? kHuge : 0 - magnitude;
 }
 
 std::int32_t product32(std::initializer_list<std::int32_t> extents) {
@@ -38,7 +59,7 @@ Layout layoutOf(const Type::TStruct& structure) {
   for (std::size_t i = 0; i < structure.fields.size(); ++i) {
     const Type& type = *structure.fields[i].type;
     layout.alignment = std::max(layout.alignment, type.alignment());
-    layout.size = structure.offsets[i] + type.size();
+    layout.size = sum(structure.offsets[i], type.size());
     layout.deepConcrete = layout.deepConcrete && type.deepConcrete();
     appendSlots(layout.refSlots, type, structure.offsets[i]);
   }
@@ -52,7 +73,7 @@ Layout layoutOf(const Type::TArrayND<D>& array) {
   Layout layout{0, element.alignment(), false, false, {}};
   if (!array.shape) return layout;
   const std::int32_t count = elementCount(*array.shape);
-  layout.size = static_cast<std::uint64_t>(std::int64_t{count}) * element.size();
+  layout.size = arraySize(count, element.size());
   layout.concrete = element.concrete();
   layout.deepConcrete = element.deepConcrete();
   if (count > 0 && !element.refSlots().empty()) {
@@ -81,7 +102,7 @@ std::vector<std::uint64_t> structOffsets(const std::vector<Type::Field>& fields)
   for (const Type::Field& field : fields) {
     position = alignUp(position, field.type->alignment());
     offsets.push_back(position);
-    position += field.type->size();
+    position = sum(position, field.type->size());
   }
   return offsets;
 }

@@ -1,6 +1,8 @@
 #include "relations.hpp"
 
 #include <algorithm>
+#include <boost/container/small_vector.hpp>
+#include <utility>
 
 #include "base_types.hpp"
 #include "type_text.hpp"
@@ -30,7 +32,8 @@ class OpenPairs {
   }
 
  private:
-  std::vector<std::pair<const Type*, const Type*>> pairs_;
+  // On the stack as long as they are few: the common question allocates nothing.
+  boost::container::small_vector<std::pair<const Type*, const Type*>, 32> pairs_;
 };
 
 bool sameNames(const TEnum& a, const TEnum& b) {

@@ -115,7 +115,16 @@ Type::Type(TypeDesc desc, const Metadata& metadata, TypePtr stripped,
   text_ = descText(desc_) + metadataText(metadata_);
 }
 
-Type::~Type() = default;
+Type::~Type() { delete keptDefault_.load(std::memory_order_acquire); }
+
+const DynamicValue& Type::keepDefault(DynamicValue&& value) const {
+  auto kept = std::make_unique<const HeapValue<DynamicValue>>(std::move(value));
+  const HeapValue<DynamicValue>* first = nullptr;
+  if (keptDefault_.compare_exchange_strong(first, kept.get(), std::memory_order_acq_rel)) {
+    first = kept.release();
+  }
+  return **first;
+}
 
 vrntType_t* allocateType(const Type& type) {
   intrusive_ptr_add_ref(&type);

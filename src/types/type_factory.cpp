@@ -109,12 +109,15 @@ const std::shared_ptr<Type::Factory>& Type::get_factory(bool create) {
   return factory;
 }
 
+TypePtr Type::parse(std::string_view text) { return get_factory(true)->parseType(text); }
+
 void intrusive_ptr_add_ref(const Type* type) noexcept {
   // Once the factory is gone the library is being unloaded and nothing counts any more.
   if (!type->factory_.expired()) type->references_.fetch_add(1, std::memory_order_relaxed);
 }
 
 void intrusive_ptr_release(const Type* type) noexcept {
+  if (type->factory_.expired()) return;
   std::uint32_t count = type->references_.load(std::memory_order_relaxed);
   while (count > 1) {
     if (type->references_.compare_exchange_weak(count, count - 1, std::memory_order_release,

@@ -54,7 +54,7 @@ class Type::Factory {
   };
   struct KeyOrder {
     bool operator()(const Key& a, const Key& b) const {
-      return compareTypes(*a.desc, *a.metadata, *b.desc, *b.metadata) < 0;
+      return compareInterned(*a.desc, *a.metadata, *b.desc, *b.metadata) < 0;
     }
   };
 

@@ -106,26 +106,33 @@ Difference compare(const Type::TFun& a, const Type::TFun& b) {
   return compareLists(a.domain, b.domain, difference);
 }
 
+Difference compareDescs(const TypeDesc& a, const TypeDesc& b) {
+  if (a.index() != b.index()) return {threeWay(a.index(), b.index())};
+  return std::visit(
+      [&b](const auto& left) { return compare(left, std::get<std::decay_t<decltype(left)>>(b)); },
+      a);
+}
+
 }  // namespace
 
 int compareTypes(const TypeDesc& descA, const Metadata& metadataA, const TypeDesc& descB,
                  const Metadata& metadataB) {
-  const TypeDesc* a = &descA;
-  const TypeDesc* b = &descB;
   const Metadata* annotationsA = &metadataA;
   const Metadata* annotationsB = &metadataB;
-  for (;;) {
-    if (a->index() != b->index()) return threeWay(a->index(), b->index());
-    const Difference d = std::visit(
-        [b](const auto& left) { return compare(left, std::get<std::decay_t<decltype(left)>>(*b)); },
-        *a);
-    if (d.sign != 0) return d.sign;
-    if (d.a == nullptr) return compareMetadata(*annotationsA, *annotationsB);
-    a = &d.a->desc();
-    b = &d.b->desc();
+  Difference d = compareDescs(descA, descB);
+  while (d.a != nullptr) {
     annotationsA = &d.a->metadata();
     annotationsB = &d.b->metadata();
+    d = compareDescs(d.a->desc(), d.b->desc());
   }
+  return d.sign != 0 ? d.sign : compareMetadata(*annotationsA, *annotationsB);
+}
+
+int compareInterned(const TypeDesc& descA, const Metadata& metadataA, const TypeDesc& descB,
+                    const Metadata& metadataB) {
+  const Difference d = compareDescs(descA, descB);
+  if (d.a != nullptr) return std::less<const Type*>()(d.a, d.b) ? -1 : 1;
+  return d.sign != 0 ? d.sign : compareMetadata(metadataA, metadataB);
 }
 
 }  // namespace qex::vornath

@@ -11,6 +11,12 @@ namespace qex::vornath {
 int compareTypes(const TypeDesc& descA, const Metadata& metadataA, const TypeDesc& descB,
                  const Metadata& metadataB);
 
+/// The same question for the descriptions of interned types, whose parts are one object exactly when
+/// they are equal: parts are told apart by address, so that the depth of a type costs nothing. Which
+/// of two unequal ones comes first is arbitrary, but stays while both live.
+int compareInterned(const TypeDesc& descA, const Metadata& metadataA, const TypeDesc& descB,
+                    const Metadata& metadataB);
+
 struct TypeOrder {
   bool operator()(const TypePtr& a, const TypePtr& b) const {
     return a != b && compareTypes(a->desc(), a->metadata(), b->desc(), b->metadata()) < 0;

@@ -13,6 +13,9 @@
 namespace qex::vornath {
 namespace {
 
+// Bytes. A larger default is worked out each time rather than held beside each use of it.
+constexpr std::uint64_t kLargestKeptDefault = std::uint64_t{1} << 16;
+
 using Words = std::array<std::uint32_t, kBoundCount>;
 
 // The bits of one lane of each bound, by family.
@@ -166,16 +169,20 @@ void applyBoundsMetadata(const Type& type, std::span<DynamicValue> bounds, std::
 }
 
 ValueBounds makeValueBounds(const TypePtr& type) {
-  ValueBounds bounds{DynamicValue(type), DynamicValue(type), DynamicValue(type),
-                     DynamicValue(type), DynamicValue(type)};
+  ValueBounds bounds{DynamicValue(type), DynamicValue(type), DynamicValue(type), DynamicValue(type),
+                     DynamicValue(type)};
   BoundsFiller(bounds).fill(*type);
   return bounds;
 }
 
 DynamicValue makeDefaultValue(const TypePtr& type) {
+  // Without annotations at any depth every default is zero.
+  if (&type->stripped() == type.get()) return DynamicValue(type);
+  if (const DynamicValue* const kept = type->keptDefault()) return DynamicValue(kept->view());
   DynamicValue value(type);
   BoundsFiller({&value, 1}).fill(*type);
-  return value;
+  if (type->size() > kLargestKeptDefault) return value;
+  return DynamicValue(type->keepDefault(std::move(value)).view());
 }
 
 }  // namespace qex::vornath

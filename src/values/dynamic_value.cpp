@@ -53,8 +53,7 @@ DynamicValue DynamicValue::filled(const TypePtr& type, const Filler& filler) {
 DynamicValue::DynamicValue(vrntValue_t* block)
     : DynamicValue(TypePtr(&blockType(block)), BlockPtr(block)) {}
 
-DynamicValue::DynamicValue(const ConstView& view)
-    : DynamicValue(TypePtr(view.type), view.data()) {}
+DynamicValue::DynamicValue(const ConstView& view) : DynamicValue(TypePtr(view.type), view.data()) {}
 
 DynamicValue DynamicValue::base(Type::TBasetype kind, const void* lanes, std::size_t size) {
   DynamicValue value{TypePtr(&baseType(kind))};
@@ -167,8 +166,8 @@ DynamicValue DynamicValue::structure(const std::vector<Field>& fields) {
 
 void DynamicValue::setLength(int length) {
   if (length < 0 || length > length_) {
-    throw Exception(ErrorCode::InvalidArguments,
-                    "Length was {}, expected number in range [0, {}).", length, length_);
+    throw Exception(ErrorCode::InvalidArguments, "Length was {}, expected number in range [0, {}).",
+                    length, length_);
   }
   makeExclusive(blockHandle());
   block()->length = static_cast<std::uint32_t>(length);

@@ -20,12 +20,12 @@
 namespace qex::vornath {
 
 /// A handle on a block. A copy shares the block and costs two atomic increments; whoever writes to
-/// a shared block moves to a copy of it first. One handle belongs to one thread at a time; the block
-/// may be read from any number of them.
+/// a shared block moves to a copy of it first. One handle belongs to one thread at a time; the
+/// block may be read from any number of them.
 ///
 /// A value's type never carries metadata: whatever type a value is made from, it keeps the stripped
-/// form. Failures are vrnt::Exception with InvalidArguments unless told otherwise, and std::bad_alloc;
-/// nothing half-made escapes.
+/// form. Failures are vrnt::Exception with InvalidArguments unless told otherwise, and
+/// std::bad_alloc; nothing half-made escapes.
 class DynamicValue {
  public:
   struct Field;
@@ -84,8 +84,8 @@ class DynamicValue {
     return base(kind, &lane, sizeof(lane));
   }
 
-  // Arrays. The values are copied in order to the running index; D is int, index2, index3 or index4.
-  // Making the array type comes first ("concrete type required", "negative array length").
+  // Arrays. The values are copied in order to the running index; D is int, index2, index3 or
+  // index4. Making the array type comes first ("concrete type required", "negative array length").
 
   /// An array of the element type. Fewer values than the extents hold leave zeros; more are refused
   /// with "Empty array without type is not allowed.". Each value must relate to the element type:
@@ -114,8 +114,8 @@ class DynamicValue {
   /// Two machine words of the embedder's own, each stored as w * 2 + 1, or 0.
   static DynamicValue function(const TypePtr& functionType, std::uint64_t first,
                                std::uint64_t second);
-  /// A reference to the referee's block. Without a target, the type takes any referee; otherwise the
-  /// referee must relate to the target: "Incompatible type for value -> {}.".
+  /// A reference to the referee's block. Without a target, the type takes any referee; otherwise
+  /// the referee must relate to the target: "Incompatible type for value -> {}.".
   static DynamicValue reference(const DynamicValue& referee, const TypePtr& referenceType);
   /// A reference of the type `T*`, T being the referee's type.
   static DynamicValue reference(const DynamicValue& referee);
@@ -124,8 +124,8 @@ class DynamicValue {
   /// A struct with the labels and types of the fields. Throws what the struct type throws.
   static DynamicValue structure(const std::vector<Field>& fields);
 
-  /// Reads a value and all that it refers to, leaving the reader behind its last byte. The reader is
-  /// called with an address and a number of bytes, and fills them. Defined in stream.hpp.
+  /// Reads a value and all that it refers to, leaving the reader behind its last byte. The reader
+  /// is called with an address and a number of bytes, and fills them. Defined in stream.hpp.
   template <typename Reader>
   static DynamicValue deserialize(Reader&& reader, StreamMap& map);
 
@@ -156,8 +156,8 @@ class DynamicValue {
   ConstView view() const { return {type_.get(), 0, this}; }
   View view() { return {{type_.get(), 0, this}, this}; }
 
-  /// Sets the number of used elements, from 0 to length(). Throws "Length was {}, expected number in
-  /// range [0, {}).", which is loose about the upper end on purpose.
+  /// Sets the number of used elements, from 0 to length(). Throws "Length was {}, expected number
+  /// in range [0, {}).", which is loose about the upper end on purpose.
   void setLength(int length);
 
   /// Exchanges the blocks. Both types must relate: "Incompatible type for value -> {}.".
@@ -167,8 +167,8 @@ class DynamicValue {
   void assign(const DynamicValue& other);
   void assign(DynamicValue&& other) noexcept;
 
-  /// Shares the block of a value that relates to this handle's type, which stays: "Incompatible type
-  /// for value -> {}.".
+  /// Shares the block of a value that relates to this handle's type, which stays: "Incompatible
+  /// type for value -> {}.".
   void assignChecked(const DynamicValue& other);
   void assignChecked(DynamicValue&& other);
 

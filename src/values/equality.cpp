@@ -1,10 +1,11 @@
 #include "equality.hpp"
 
+#include <boost/container/small_vector.hpp>
 #include <cmath>
-#include <vector>
 
 #include "base_types.hpp"
 #include "half.hpp"
+#include "layout.hpp"
 #include "relations.hpp"
 #include "value_text.hpp"
 
@@ -38,8 +39,8 @@ Side partOf(const Side& whole, const Place& place) {
   return {place.type, whole.data + place.offset};
 }
 
-// The types of both sides relate both ways, so that they have the same form; each side keeps its own
-// for the words of a reason.
+// The types of both sides relate both ways, so that they have the same form; each side keeps its
+// own for the words of a reason.
 class Comparison {
  public:
   Comparison(float tolerance, std::string* reason) : tolerance_(tolerance), reason_(reason) {}
@@ -111,12 +112,7 @@ class Comparison {
   static Outcome outcome(bool equal) { return equal ? Outcome::Equal : Outcome::Unequal; }
 
   Outcome begin(Type::TBasetype base, const Side& a, const Side& b) const {
-    const BaseTypeInfo& info = baseTypeInfo(base);
-    for (std::uint32_t lane = 0; lane < info.lanes; ++lane) {
-      const std::uint64_t offset = lane * info.laneSize;
-      if (!lanesEqual(info.family, a.data + offset, b.data + offset)) return Outcome::Unequal;
-    }
-    return Outcome::Equal;
+    return outcome(basesEqual(baseTypeInfo(base), a.data, b.data));
   }
 
   Outcome begin(const Type::TEnum&, const Side& a, const Side& b) const {
@@ -131,8 +127,17 @@ class Comparison {
   template <typename D>
   Outcome begin(const Type::TArrayND<D>& array, const Side& a, const Side& b) {
     if (!array.shape) return Outcome::Equal;
-    const std::int32_t count = arrayElements(*a.type).count;
-    frames_.push_back({a, b, count < 0 ? 0 : static_cast<std::size_t>(count), 0});
+    const std::int32_t extent = elementCount(*array.shape);
+    const std::size_t count = extent < 0 ? 0 : static_cast<std::size_t>(extent);
+    std::size_t first = 0;
+    // Numbers are the most of what is compared: the equal ones among them are passed over here.
+    if (const auto* base = array.element->template getIf<Type::TBasetype>()) {
+      const std::uint64_t size = array.element->size();
+      const BaseTypeInfo& info = baseTypeInfo(*base);
+      while (first < count && basesEqual(info, a.data + first * size, b.data + first * size))
+        ++first;
+    }
+    frames_.push_back({a, b, count, first});
     return Outcome::Parts;
   }
 
@@ -145,6 +150,14 @@ class Comparison {
 
   Outcome begin(const Type::TFun&, const Side& a, const Side& b) const {
     return outcome(std::memcmp(a.data, b.data, 2 * kWordSize) == 0);
+  }
+
+  bool basesEqual(const BaseTypeInfo& info, const char* a, const char* b) const {
+    for (std::uint32_t lane = 0; lane < info.lanes; ++lane) {
+      const std::uint64_t offset = lane * info.laneSize;
+      if (!lanesEqual(info.family, a + offset, b + offset)) return false;
+    }
+    return true;
   }
 
   bool lanesEqual(BaseFamily family, const char* a, const char* b) const {
@@ -197,7 +210,7 @@ class Comparison {
 
   float tolerance_;
   std::string* reason_;
-  std::vector<Frame> frames_;
+  boost::container::small_vector<Frame, 16> frames_;  // on the stack as long as they are few
 };
 
 }  // namespace

@@ -8,14 +8,14 @@
 
 namespace qex::vornath {
 
-/// Compares the values at two views; the first mismatch ends it. Floats and halfs are equal when they
-/// differ by no more than the tolerance, infinities only to themselves, and a NaN to nothing.
+/// Compares the values at two views; the first mismatch ends it. Floats and halfs are equal when
+/// they differ by no more than the tolerance, infinities only to themselves, and a NaN to nothing.
 /// References are equal when they are the same word or lead to equal values.
 ///
-/// `reason` may be null; otherwise it receives the mismatch, as ".a[2].b: 1 != 2", or stays as it is
-/// where there is nothing to say, as with a null reference against a block. Throws what printing the
-/// two sides throws if a reason is wanted. Neither references nor nesting make it recurse; a cycle of
-/// references that isn't shared doesn't end.
+/// `reason` may be null; otherwise it receives the mismatch, as ".a[2].b: 1 != 2", or stays as it
+/// is where there is nothing to say, as with a null reference against a block. Throws what printing
+/// the two sides throws if a reason is wanted. Neither references nor nesting make it recurse; a
+/// cycle of references that isn't shared doesn't end.
 bool valuesEqual(const ConstView& a, const ConstView& b, float tolerance,
                  std::string* reason = nullptr);
 

@@ -34,8 +34,9 @@ struct ReferenceWord {
   std::uint64_t word;
 };
 
-/// The type under which a `T` is read and written: Bool32, std::int32_t, float, std::uint8_t, Float16,
-/// std::array of two to four of one of them, and ReferenceWord. An enum reads as a std::int32_t.
+/// The type under which a `T` is read and written: Bool32, std::int32_t, float, std::uint8_t,
+/// Float16, std::array of two to four of one of them, and ReferenceWord. An enum reads as a
+/// std::int32_t.
 template <typename T>
 struct FixedType;
 

@@ -47,8 +47,8 @@ using namespace qex::vornath;  // NOLINT(google-build-using-namespace): the file
 extern "C" {
 
 vrntValue_t* vrntValueCreate(const vrntType_t* type, vrntValuesError_t** error) {
-  return reportEveryError(error, nullptr,
-                          [&] { return BlockPtr(allocateBlock(typeOf(type), Fill::Zero)).detach(); });
+  return reportEveryError(
+      error, nullptr, [&] { return BlockPtr(allocateBlock(typeOf(type), Fill::Zero)).detach(); });
 }
 
 vrntValue_t* vrntValueCreateDefault(const vrntType_t* type, vrntValuesError_t** error) {
@@ -59,7 +59,7 @@ vrntValue_t* vrntValueCreateDefault(const vrntType_t* type, vrntValuesError_t** 
 vrntValue_t* vrntValueParse(const void* textOrBlock, vrntValuesError_t** error) {
   return reportEveryError(error, nullptr, [&] {
     if (isBlock(textOrBlock)) return vrntValueCopy(static_cast<const vrntValue_t*>(textOrBlock));
-    return allocateValue(parseValueText(static_cast<const char*>(textOrBlock)));
+    return allocateValue(parseValue(static_cast<const char*>(textOrBlock)));
   });
 }
 

@@ -1,4 +1,4 @@
-/// Float16-precision numbers. All the library knows of where they come from stands here.
+/// Half-precision numbers. All the library knows of where they come from stands here.
 #ifndef VORNATH_VALUES_HALF_HPP
 #define VORNATH_VALUES_HALF_HPP
 

@@ -1,5 +1,5 @@
-/// A copy of many bytes by several threads, for those who copy large plain containers. Nothing in the
-/// value layer calls it: a value is copied by the thread that asks for it.
+/// A copy of many bytes by several threads, for those who copy large plain containers. Nothing in
+/// the value layer calls it: a value is copied by the thread that asks for it.
 #ifndef VORNATH_VALUES_PARALLEL_COPY_HPP
 #define VORNATH_VALUES_PARALLEL_COPY_HPP
 

@@ -1,5 +1,6 @@
 #include "stream.hpp"
 
+#include <new>
 #include <string>
 #include <unordered_set>
 #include <utility>
@@ -37,7 +38,10 @@ struct Unfinished {
 NewBlock readRecord(vrntReadFn read, void* user) {
   std::uint64_t textLength = 0;
   read(&textLength, sizeof(textLength), user);
-  std::string text(textLength, '\0');
+  std::string text;
+  // A length that no text has comes from a damaged stream; it is more memory than there is.
+  if (textLength > text.max_size()) throw std::bad_alloc();
+  text.resize(textLength);
   read(text.data(), textLength, user);
   const TypePtr type = Type::get_factory(true)->parseType(text);
   std::uint64_t id = 0;

@@ -19,9 +19,9 @@ namespace qex::vornath {
 /// references need no recursion. What `write` throws passes through.
 void serializeValue(const DynamicValue& value, vrntWriteFn write, void* user);
 
-/// Reads what serializeValue() wrote. The reader trusts the lengths that it is given. `map` receives
-/// all values but the outermost one and keeps them alive as long as it lives. Throws "Unable to parse
-/// type: {}.\n{}", and what `read` throws; what was read is then in the map alone.
+/// Reads what serializeValue() wrote. The reader trusts the lengths that it is given. `map`
+/// receives all values but the outermost one and keeps them alive as long as it lives. Throws
+/// "Unable to parse type: {}.\n{}", and what `read` throws; what was read is then in the map alone.
 DynamicValue deserializeValue(vrntReadFn read, void* user, DynamicValue::StreamMap& map);
 
 template <typename Reader>

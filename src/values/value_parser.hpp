@@ -9,9 +9,9 @@
 
 namespace qex::vornath {
 
-/// Parses a value text. Throws vrnt::Exception with ParseFailed and "Unable to parse value: {}.\n{}",
-/// or what the construction of a value throws. The factory's lock must not be held.
-DynamicValue parseValueText(const std::string& text);
+/// Parses a value text. Throws vrnt::Exception with ParseFailed and "Unable to parse value:
+/// {}.\n{}", or what the construction of a value throws. The factory's lock must not be held.
+DynamicValue parseValue(const std::string& text);
 
 }  // namespace qex::vornath
 

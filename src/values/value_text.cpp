@@ -68,8 +68,8 @@ class Printer {
   }
 
  private:
-  // Prints a value without parts; one with parts becomes the topmost frame. Nothing follows the text
-  // of what a reference leads to, so that a chain of references needs no frames.
+  // Prints a value without parts; one with parts becomes the topmost frame. Nothing follows the
+  // text of what a reference leads to, so that a chain of references needs no frames.
   void open(const Type* type, const char* data, Options options) {
     while (const vrntValue_t* const target = std::visit(
                [&](const auto& desc) { return begin(desc, *type, data, options); }, type->desc())) {

@@ -10,8 +10,8 @@
 
 namespace qex::vornath {
 
-/// Prints the value at a view. `exact` prints a scalar float or half as its bits, never the lanes of
-/// a vector; `multiline` gives each struct field a line of its own. What a reference leads to is
+/// Prints the value at a view. `exact` prints a scalar float or half as its bits, never the lanes
+/// of a vector; `multiline` gives each struct field a line of its own. What a reference leads to is
 /// printed with both off. Neither references nor nesting make it recurse.
 /// Throws "Enum code out of range: {}", and std::bad_optional_access for an array of open extents.
 std::string valueToString(const ConstView& view, bool exact = false, bool multiline = false);

@@ -58,18 +58,17 @@ Place elementPlace(const Type& arrayType, const index2& index) {
 Place elementPlace(const Type& arrayType, const index3& index) {
   const auto& array = arrayOfRank<index3>(arrayType);
   const index3& extents = array.shape.value();
-  return elementAt(array, (bits(index.z) * bits(extents.y) + bits(index.y)) * bits(extents.x) +
-                              bits(index.x));
+  return elementAt(
+      array, (bits(index.z) * bits(extents.y) + bits(index.y)) * bits(extents.x) + bits(index.x));
 }
 
 Place elementPlace(const Type& arrayType, const index4& index) {
   const auto& array = arrayOfRank<index4>(arrayType);
   const index4& extents = array.shape.value();
-  return elementAt(array,
-                   ((bits(index.w) * bits(extents.z) + bits(index.z)) * bits(extents.y) +
-                    bits(index.y)) *
-                           bits(extents.x) +
-                       bits(index.x));
+  return elementAt(
+      array, ((bits(index.w) * bits(extents.z) + bits(index.z)) * bits(extents.y) + bits(index.y)) *
+                     bits(extents.x) +
+                 bits(index.x));
 }
 
 ArrayElements arrayElements(const Type& arrayType) {

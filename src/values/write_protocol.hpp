@@ -18,15 +18,15 @@ namespace qex::vornath {
 /// Throws std::bad_alloc.
 vrntValue_t* cloneBlock(const vrntValue_t* block);
 
-/// Moves the handle, which owns a reference, to a clone unless it alone holds the block. Throws std::bad_alloc; the handle is
-/// then as it was.
+/// Moves the handle, which owns a reference, to a clone unless it alone holds the block. Throws
+/// std::bad_alloc; the handle is then as it was.
 void makeExclusive(vrntValue_t*& handle);
 
 // A write of the bytes of `type` at `offset` stands between prepareWrite() and commitWrite(). In
-// between, the references that were in these bytes belong to the block's shadow array, and the words
-// in the bytes count for nothing. The commit raises what the words lead to now before it releases
-// what they led to: a word left alone never lets its target die. One write may be open on a block at
-// a time.
+// between, the references that were in these bytes belong to the block's shadow array, and the
+// words in the bytes count for nothing. The commit raises what the words lead to now before it
+// releases what they led to: a word left alone never lets its target die. One write may be open on
+// a block at a time.
 
 /// Throws as makeExclusive() does. Returns the address of the bytes.
 char* prepareWrite(vrntValue_t*& handle, const Type& type, std::uint64_t offset);
@@ -37,10 +37,7 @@ void commitWrite(vrntValue_t* block, const Type& type, std::uint64_t offset) noe
 class WriteScope {
  public:
   WriteScope(vrntValue_t*& handle, const Type& type, std::uint64_t offset)
-      : data_(prepareWrite(handle, type, offset)),
-        block_(handle),
-        type_(type),
-        offset_(offset) {}
+      : data_(prepareWrite(handle, type, offset)), block_(handle), type_(type), offset_(offset) {}
   WriteScope(const WriteScope&) = delete;
   WriteScope& operator=(const WriteScope&) = delete;
   ~WriteScope() { commitWrite(block_, type_, offset_); }
@@ -60,8 +57,8 @@ class WriteScope {
 void writeSpan(DynamicValue& owner, const Type& type, std::uint64_t offset, const void* source,
                std::optional<std::uint64_t> count = std::nullopt, std::uint64_t sourceOffset = 0);
 
-/// Writes the bytes of `source`, whose type must relate to the destination's: "Incompatible type for
-/// accessor -> {}.".
+/// Writes the bytes of `source`, whose type must relate to the destination's: "Incompatible type
+/// for accessor -> {}.".
 void assignView(const View& destination, const ConstView& source);
 
 /// Writes an address of the embedder's own, or null for 0, in a reference word; with two of them in
@@ -73,7 +70,8 @@ void writeForeign(const View& destination, std::uint64_t first, std::uint64_t se
 template <typename T>
 void writeAs(const View& destination, const T& value) {
   requireAccessible(*destination.type, FixedType<T>::type());
-  writeSpan(*destination.mutableOwner, *destination.type, destination.offset, &value, sizeof(value));
+  writeSpan(*destination.mutableOwner, *destination.type, destination.offset, &value,
+            sizeof(value));
 }
 
 /// Writes a whole record of `type` at once, without the shadow array: only references that change

@@ -2,30 +2,11 @@
 
 #include <gtest/gtest.h>
 
-#include <cstdlib>
 #include <new>
 #include <stdexcept>
 #include <string>
 
-namespace {
-
-// Makes the allocations of this thread fail while it is above zero.
-thread_local int allocationsFailing = 0;
-
-struct FailingAllocations {
-  FailingAllocations() { ++allocationsFailing; }
-  ~FailingAllocations() { --allocationsFailing; }
-};
-
-}  // namespace
-
-void* operator new(std::size_t size) {
-  void* memory = allocationsFailing > 0 ? nullptr : std::malloc(size == 0 ? 1 : size);
-  if (memory == nullptr) throw std::bad_alloc();
-  return memory;
-}
-void operator delete(void* memory) noexcept { std::free(memory); }
-void operator delete(void* memory, std::size_t) noexcept { std::free(memory); }
+#include "support/allocations.hpp"
 
 namespace {
 
@@ -33,6 +14,7 @@ using qex::vornath::outOfMemoryError;
 using qex::vornath::reportEveryError;
 using qex::vornath::reportLibraryErrorsOrUnknown;
 using qex::vornath::reportOutOfMemoryOrOther;
+using vornath_test::FailingAllocations;
 
 // What a template made of one thrown object.
 struct Outcome {

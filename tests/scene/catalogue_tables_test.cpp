@@ -43,19 +43,42 @@ struct GroupRow {
   std::vector<ValueRow> values;
 };
 
-const std::vector<GroupRow>& groupRows() {
-  static const std::vector<GroupRow> rows = [] {
-    std::vector<GroupRow> groups;
+enum class LineKind { Group, Field, Values };
+
+struct Line {
+  LineKind kind;
+  const char* cells[7];
+};
+
+const Line kLines[] = {
 #define GROUP(classes, name, description, further) \
-  groups.push_back({classes, name, description, further, {}, {}});
+  {LineKind::Group, {classes, name, description, further}},
 #define FIELD(path, type, defaultText, limits, label, description, further) \
-  groups.back().fields.push_back({path, type, defaultText, limits, label, description, further});
-#define VALUES(path, name, description, label) \
-  groups.back().values.push_back({path, name, description, label});
+  {LineKind::Field, {path, type, defaultText, limits, label, description, further}},
+#define VALUES(path, name, description, label) {LineKind::Values, {path, name, description, label}},
 #include "data/catalogue_tables.inc"
 #undef GROUP
 #undef FIELD
 #undef VALUES
+};
+
+const std::vector<GroupRow>& groupRows() {
+  static const std::vector<GroupRow> rows = [] {
+    std::vector<GroupRow> groups;
+    for (const auto& [kind, cells] : kLines) {
+      switch (kind) {
+        case LineKind::Group:
+          groups.push_back({cells[0], cells[1], cells[2], cells[3], {}, {}});
+          break;
+        case LineKind::Field:
+          groups.back().fields.push_back(
+              {cells[0], cells[1], cells[2], cells[3], cells[4], cells[5], cells[6]});
+          break;
+        case LineKind::Values:
+          groups.back().values.push_back({cells[0], cells[1], cells[2], cells[3]});
+          break;
+      }
+    }
     return groups;
   }();
   return rows;

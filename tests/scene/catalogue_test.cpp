@@ -9,7 +9,7 @@
 #include <cstring>
 #include <fstream>
 #include <string>
-#include <typeindex>
+#include <typeinfo>
 #include <vector>
 
 #include "field_walk.hpp"
@@ -362,26 +362,27 @@ TEST(MaterialGraphDesc, MeasuresItsBytesByItsFirstWord) {
 // Schema against record, for every group.
 
 struct Member {
-  std::string path;
+  const char* path;
   std::uint64_t offset;
   std::uint64_t size;
 };
 
-std::vector<Member> membersOf(std::type_index record) {
+struct MemberLine {
+  const std::type_info& record;
+  Member member;
+};
+
+std::vector<Member> membersOf(const std::type_info& record) {
   using namespace vrnt::data;
-  struct Row {
-    std::type_index record;
-    Member member;
-  };
-  static const std::vector<Row> rows{
+  static const MemberLine lines[] = {
 #define MEMBER(record, path) \
   {typeid(record), {#path, offsetof(record, path), sizeof(static_cast<record*>(nullptr)->path)}},
 #include "data/record_members.inc"
 #undef MEMBER
   };
   std::vector<Member> members;
-  for (const Row& row : rows) {
-    if (row.record == record) members.push_back(row.member);
+  for (const MemberLine& line : lines) {
+    if (line.record == record) members.push_back(line.member);
   }
   return members;
 }
@@ -544,15 +545,32 @@ constexpr std::uint32_t kLayoutVersion =
 #undef LAYOUT
 #undef OFFSET
 
-std::vector<Layout> recordedLayouts() {
-  std::vector<Layout> layouts;
+// A line of a class's group, or of a field if there is no class.
+struct LayoutLine {
+  const char* className;
+  const char* name;
+  std::uint64_t number;
+};
+
+const LayoutLine kLayoutLines[] = {
 #define VERSION(number)
-#define LAYOUT(className, group, size) layouts.push_back({className, group, size, {}});
-#define OFFSET(path, offset) layouts.back().fields.push_back({path, offset});
+#define LAYOUT(className, group, size) {className, group, size},
+#define OFFSET(path, offset) {nullptr, path, offset},
 #include "data/scene_file_layout.inc"
 #undef VERSION
 #undef LAYOUT
 #undef OFFSET
+};
+
+std::vector<Layout> recordedLayouts() {
+  std::vector<Layout> layouts;
+  for (const LayoutLine& line : kLayoutLines) {
+    if (line.className != nullptr) {
+      layouts.push_back({line.className, line.name, line.number, {}});
+    } else {
+      layouts.back().fields.push_back({line.name, line.number});
+    }
+  }
   return layouts;
 }
 

@@ -1,5 +1,9 @@
 // The container's rules: which slot an addition takes, what stays in a freed one, what counts as a
 // reference, and which counters rise.
+#include <memory>
+#include <new>
+#include <type_traits>
+
 #include "scenes.hpp"
 
 namespace {
@@ -9,6 +13,83 @@ using vrnt::data::CameraDesc;
 using vrnt::data::Container;
 using vrnt::data::Scene;
 using vrnt::data::ShapeDesc;
+using vrnt::data::SlotVector;
+
+// Counts the objects of its kind that are alive, and isn't plain bytes.
+struct Counted {
+  static inline int alive = 0;
+
+  std::unique_ptr<int> number;
+
+  Counted() noexcept { ++alive; }
+  Counted(Counted&& other) noexcept : number(std::move(other.number)) { ++alive; }
+  Counted& operator=(Counted&&) noexcept = default;
+  ~Counted() { --alive; }
+};
+
+TEST(SlotVector, KeepsElementsThatOwnWhenItGrows) {
+  {
+    SlotVector<Counted> vector;
+    EXPECT_TRUE(vector.empty());
+    for (int i = 0; i < 1000; ++i) vector.append().number = std::make_unique<int>(i);
+    EXPECT_EQ(vector.size(), 1000U);
+    EXPECT_EQ(Counted::alive, 1000);
+    for (std::size_t i = 0; i < 1000; ++i) EXPECT_EQ(*vector[i].number, static_cast<int>(i));
+    vector.grow(1500);
+    EXPECT_EQ(vector.size(), 1500U);
+    EXPECT_EQ(Counted::alive, 1500);
+    EXPECT_EQ(vector[1499].number, nullptr);
+    vector.grow(10);
+    EXPECT_EQ(vector.size(), 1500U);
+  }
+  EXPECT_EQ(Counted::alive, 0);
+}
+
+TEST(SlotVector, KeepsElementsOfPlainBytesWhenItGrows) {
+  struct Plain {
+    std::uint32_t words[100] = {7};
+  };
+  static_assert(std::is_trivially_copyable_v<Plain>);
+  SlotVector<Plain> vector;
+  // Past the size from which memory comes in pages of its own.
+  for (std::uint32_t i = 0; i < 20000; ++i) {
+    Plain& added = vector.append();
+    ASSERT_EQ(added.words[0], 7U);
+    added.words[99] = i;
+  }
+  for (std::uint32_t i = 0; i < 20000; ++i) ASSERT_EQ(vector[i].words[99], i);
+}
+
+TEST(SlotVector, GivesItsElementsAwayWhenItIsMoved) {
+  SlotVector<Counted> source;
+  source.append().number = std::make_unique<int>(1);
+  SlotVector<Counted> moved(std::move(source));
+  EXPECT_EQ(source.size(), 0U);
+  EXPECT_EQ(moved.size(), 1U);
+  SlotVector<Counted> assigned;
+  assigned.append();
+  assigned.append();
+  assigned = std::move(moved);
+  EXPECT_EQ(assigned.size(), 1U);
+  EXPECT_EQ(*assigned[0].number, 1);
+  EXPECT_EQ(Counted::alive, 1);
+}
+
+TEST(SlotVector, KeepsWhatItHasIfThereIsNoMemory) {
+  // A compiler that saw these numbers would warn of what is tested here.
+  const volatile std::size_t most = SIZE_MAX;
+  SlotVector<Counted> vector;
+  vector.append().number = std::make_unique<int>(1);
+  EXPECT_THROW(vector.reserve(most), std::bad_alloc);
+  EXPECT_THROW(vector.reserve(most / 4 / sizeof(Counted)), std::bad_alloc);
+  EXPECT_THROW(vector.grow(most), std::bad_alloc);
+  EXPECT_EQ(vector.size(), 1U);
+  EXPECT_EQ(*vector[0].number, 1);
+  SlotVector<int> plain;
+  plain.append() = 5;
+  EXPECT_THROW(plain.reserve(most / 4 / sizeof(int)), std::bad_alloc);
+  EXPECT_EQ(plain[0], 5);
+}
 
 struct Element {
   bool used = false;
@@ -256,6 +337,13 @@ TEST(Instances, StartWithUnsetSlotsAndEmptyLists) {
   }
 }
 
+// The texture references within groups: class, group, and offset in bytes.
+struct TextureReference {
+  std::uint32_t owner, group, offset;
+};
+const TextureReference kTextureReferences[] = {
+    {VRDM_CLASS_CAMERA, 3, 16}, {VRDM_CLASS_SHAPE, 10, 4}, {VRDM_CLASS_SHAPE, 10, 12}};
+
 TEST(Instances, StartWithDefaultGroups) {
   const SceneHandle scene = newScene();
   for (const std::uint32_t c : kInstances) {
@@ -264,20 +352,25 @@ TEST(Instances, StartWithDefaultGroups) {
       const TypeHandle type(vrdmFieldType(c, group));
       vrntValuesError_t* error = nullptr;
       const ValueHandle parsed(vrntValueCreateDefault(type.get(), &error));
-      const ValueHandle value(vrdmGetDataValue(scene.get(), c, index, group));
+      ValueHandle value(vrdmGetDataValue(scene.get(), c, index, group));
       ASSERT_NE(parsed, nullptr);
       ASSERT_NE(value, nullptr);
       // A texture reference starts at none, which its schema doesn't say.
-      if (c == VRDM_CLASS_CAMERA && group == 3) {
-        EXPECT_EQ(readAt<std::int32_t>(value, 16), -1);
-        continue;
+      vrntValue_t* compared = value.release();
+      for (const auto& [owner, place, offset] : kTextureReferences) {
+        if (c != owner || group != place) continue;
+        std::int32_t word = 0;
+        std::memcpy(&word, static_cast<const char*>(vrntValueData(compared)) + offset, 4);
+        EXPECT_EQ(word, -1);
+        word = 0;
+        vrntValueWrite(&compared, offset, &word, 4, &error);
       }
+      value.reset(compared);
       const vrntValueView_t a{vrntValueType(value.get()), 0};
       const vrntValueView_t b{vrntValueType(parsed.get()), 0};
       char* reason = nullptr;
       EXPECT_EQ(vrntValueEqual(value.get(), &a, parsed.get(), &b, 0.0F, &reason), 1)
-          << vrdmObjectName(c) << " " << vrdmFieldName(c, group) << ": "
-          << (reason ? reason : "");
+          << vrdmObjectName(c) << " " << vrdmFieldName(c, group) << ": " << (reason ? reason : "");
       if (reason) vrntDestroyString(reason);
     }
   }
@@ -349,6 +442,24 @@ TEST(Instances, ShareTheValueThatTheyAreGiven) {
     // Also over itself.
     vrdmSetInstanceValue(scene.get(), c, index, other.get());
     EXPECT_EQ(other->refCount, 2U);
+  }
+}
+
+TEST(Instances, KeepWhatTheyHoldWhenTheirClassGrows) {
+  const SceneHandle scene = newScene();
+  const ValueHandle value = parseValue("{ a = 1; }");
+  for (std::int32_t i = 0; i < 300; ++i) {
+    addInstance(scene.get(), VRDM_CLASS_LIGHT);
+    setList(scene.get(), VRDM_CLASS_LIGHT, i, 2, {i, i + 1});
+    vrdmSetReference(scene.get(), VRDM_CLASS_LIGHT, i, 1, static_cast<std::uint32_t>(i));
+    vrdmSetInstanceValue(scene.get(), VRDM_CLASS_LIGHT, i, value.get());
+  }
+  EXPECT_EQ(value->refCount, 301U);
+  for (std::int32_t i = 0; i < 300; ++i) {
+    EXPECT_EQ(listOf(scene.get(), VRDM_CLASS_LIGHT, i, 2), (std::vector<std::int32_t>{i, i + 1}));
+    EXPECT_EQ(vrdmGetReference(scene.get(), VRDM_CLASS_LIGHT, i, 1), i);
+    const ValueHandle kept(vrdmGetInstanceValue(scene.get(), VRDM_CLASS_LIGHT, i));
+    EXPECT_EQ(kept, value);
   }
 }
 

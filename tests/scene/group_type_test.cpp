@@ -3,28 +3,12 @@
 
 #include <gtest/gtest.h>
 
-#include <cstdlib>
-#include <new>
 #include <string>
 #include <thread>
 #include <vector>
 
+#include "../support/allocations.hpp"
 #include "../support/flat_handles.hpp"
-
-namespace {
-
-// While set, every allocation of this thread fails.
-thread_local bool noMemory = false;
-
-}  // namespace
-
-void* operator new(std::size_t size) {
-  void* memory = noMemory ? nullptr : std::malloc(size);
-  if (memory == nullptr) throw std::bad_alloc();
-  return memory;
-}
-void operator delete(void* memory) noexcept { std::free(memory); }
-void operator delete(void* memory, std::size_t) noexcept { std::free(memory); }
 
 namespace {
 
@@ -40,14 +24,14 @@ TEST(groupType, RaisesAFailedAllocationAndTriesAgainAtTheNextCall) {
   using vrnt::data::kFirstGroupOrdinal;
   constexpr std::size_t shape = kFirstGroupOrdinal<vrnt::data::ShapeDesc>;
   ErrorCode code = ErrorCode::NoError;
-  noMemory = true;
-  try {
-    groupType(shape);
-  } catch (const vrnt::Exception& caught) {
-    noMemory = false;
-    code = caught.code();
+  {
+    const FailingAllocations failing;
+    try {
+      groupType(shape);
+    } catch (const vrnt::Exception& caught) {
+      code = caught.code();
+    }
   }
-  noMemory = false;
   EXPECT_EQ(code, ErrorCode::MemoryAllocationFailure);
   const GroupType type = groupType(shape);
   ASSERT_NE(type.annotated, nullptr);

@@ -36,10 +36,12 @@ inline constexpr std::array<std::uint32_t, 3> kPrograms = {
 inline constexpr std::array<std::uint32_t, 3> kAssets = {VRDM_CLASS_MESH, VRDM_CLASS_TEXTURE,
                                                          VRDM_CLASS_MATERIAL_GRAPH};
 inline constexpr std::array<std::uint32_t, 12> kInstances = {
-    VRDM_CLASS_KEYFRAME,    VRDM_CLASS_KEYFRAME_LIST, VRDM_CLASS_CAMERA,
-    VRDM_CLASS_TRANSFORMATION_GROUP, VRDM_CLASS_LIGHT_GROUP, VRDM_CLASS_LIGHT,
-    VRDM_CLASS_MATERIAL,    VRDM_CLASS_DECAL,         VRDM_CLASS_DECAL_LIST,
-    VRDM_CLASS_SHAPE,       VRDM_CLASS_IMAGE_TASK,    VRDM_CLASS_BAKE_TASK};
+    VRDM_CLASS_KEYFRAME,    VRDM_CLASS_KEYFRAME_LIST,
+    VRDM_CLASS_CAMERA,      VRDM_CLASS_TRANSFORMATION_GROUP,
+    VRDM_CLASS_LIGHT_GROUP, VRDM_CLASS_LIGHT,
+    VRDM_CLASS_MATERIAL,    VRDM_CLASS_DECAL,
+    VRDM_CLASS_DECAL_LIST,  VRDM_CLASS_SHAPE,
+    VRDM_CLASS_IMAGE_TASK,  VRDM_CLASS_BAKE_TASK};
 
 inline constexpr std::array<std::uint32_t, 3> kWithValue = {VRDM_CLASS_CAMERA, VRDM_CLASS_LIGHT,
                                                             VRDM_CLASS_MATERIAL};

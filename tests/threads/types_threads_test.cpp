@@ -3,13 +3,16 @@
 
 #include <array>
 #include <atomic>
+#include <boost/thread/lock_types.hpp>
+#include <boost/thread/mutex.hpp>
+#include <chrono>
 #include <functional>
-#include <set>
 #include <string>
 #include <thread>
 #include <vector>
 
 #include "support/flat_handles.hpp"
+#include "vornath_data/type_library.hpp"
 
 namespace {
 
@@ -105,6 +108,27 @@ TEST_F(TypesOnThreads, ComeFromOneTextThatSomebodyHolds) {
       check(type.get() == held.get());
     }
   });
+}
+
+TEST_F(TypesOnThreads, ComeFromTheTableWhileTheParserIsTaken) {
+  const std::string text = "{ int taken; float @default=1.0 x; }";
+  const TypeHandle held = parseType(text);
+  std::atomic<int> answers{0};
+  std::vector<std::thread> threads;
+  {
+    const boost::unique_lock<boost::mutex> parser(qex::vornath::parser_mutex);
+    for (int i = 0; i < kThreads; ++i) {
+      threads.emplace_back([&] {
+        check(quietParse(text).get() == held.get());
+        ++answers;
+      });
+    }
+    // Long enough for any machine; a look-up that waits for the parser never answers.
+    const auto end = std::chrono::steady_clock::now() + std::chrono::seconds(60);
+    while (answers < kThreads && std::chrono::steady_clock::now() < end) std::this_thread::yield();
+    EXPECT_EQ(answers.load(), kThreads);
+  }
+  for (std::thread& thread : threads) thread.join();
 }
 
 TEST_F(TypesOnThreads, ComeFromDifferentTextsWithPartsInCommon) {

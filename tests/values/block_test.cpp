@@ -42,7 +42,7 @@ TEST(Block, HoldsItsTypeAndTheMetadataFreeOne) {
 }
 
 TEST(Block, ValueOfAHugeTypeIsABadAllocation) {
-  const TypePtr huge = type("{ char[2147483647][2147483647] a; char[2147483647][2147483647] b; }");
+  const TypePtr huge = type("char[2147483647][2147483647][3]");
   EXPECT_THROW(DynamicValue{huge}, std::bad_alloc);
 }
 
@@ -60,8 +60,8 @@ TEST(Block, EndsWhatOnlyItReferredTo) {
 TEST(Block, EndsATreeInWhichBlocksAreShared) {
   const DynamicValue leaf = value("1");
   {
-    const DynamicValue a = DynamicValue::structure({{"x", DynamicValue::reference(leaf)},
-                                                    {"y", DynamicValue::reference(leaf)}});
+    const DynamicValue a = DynamicValue::structure(
+        {{"x", DynamicValue::reference(leaf)}, {"y", DynamicValue::reference(leaf)}});
     const DynamicValue b = DynamicValue::structure({{"l", DynamicValue::reference(a)},
                                                     {"m", value("$0x000000000000000f")},
                                                     {"r", DynamicValue::reference(a)}});
@@ -96,9 +96,7 @@ TEST(Block, ReleasesChildrenInSlotOrderThenItsShadowArrayThenItself) {
     second = s.block();
     // The handles of the inner ones end first, so that all are released through the outer one.
     const DynamicValue last(std::move(o));
-    {
-      const DynamicValue endF(std::move(f)), endS(std::move(s)), endL(std::move(l));
-    }
+    { const DynamicValue endF(std::move(f)), endS(std::move(s)), endL(std::move(l)); }
     EXPECT_TRUE(freed.empty());
   }
   EXPECT_EQ(freed, (std::vector<void*>{leaf, firstShadow, first, second, outerShadow, outer}));

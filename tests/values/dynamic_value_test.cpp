@@ -84,8 +84,8 @@ TEST(DynamicValue, OfABlockSharesIt) {
 
 TEST(DynamicValue, OfAViewCopiesItsBytes) {
   const DynamicValue target = value("5");
-  const DynamicValue whole = DynamicValue::structure(
-      {{"a", value("1")}, {"b", DynamicValue::reference(target)}});
+  const DynamicValue whole =
+      DynamicValue::structure({{"a", value("1")}, {"b", DynamicValue::reference(target)}});
   const DynamicValue part(whole.view().field("b"));
   EXPECT_EQ(part.typeOf().text(), "int*");
   EXPECT_NE(part.block(), whole.block());
@@ -112,14 +112,12 @@ TEST(DynamicValueArray, WithACountOtherThanTheNumberOfValuesIsRefused) {
                  "Empty array without type is not allowed.");
   EXPECT_REFUSED(DynamicValue::array({value("1"), value("2")}, 1),
                  "Empty array without type is not allowed.");
-  EXPECT_REFUSED(DynamicValue::array({value("1")}, -1),
-                 "Empty array without type is not allowed.");
+  EXPECT_REFUSED(DynamicValue::array({value("1")}, -1), "Empty array without type is not allowed.");
 }
 
 TEST(DynamicValueArray, WithoutValuesAndTypeIsRefused) {
   EXPECT_REFUSED(DynamicValue::array({}, 0), "Empty array without type is not allowed.");
-  EXPECT_REFUSED(DynamicValue::array({}, index2{0, 0}),
-                 "Empty array without type is not allowed.");
+  EXPECT_REFUSED(DynamicValue::array({}, index2{0, 0}), "Empty array without type is not allowed.");
   EXPECT_REFUSED(DynamicValue::array({}, index3{1, 1, 1}),
                  "Empty array without type is not allowed.");
   EXPECT_REFUSED(DynamicValue::array({}, index4{1, 1, 1, 1}),
@@ -185,8 +183,7 @@ TEST(DynamicValueEnumerator, StoresTheCode) {
 }
 
 TEST(DynamicValueEnumerator, RefusesAnUnknownLabel) {
-  EXPECT_REFUSED(DynamicValue::enumerator(type("enum { A; }"), "X"),
-                 "Invalid enum constructor: X");
+  EXPECT_REFUSED(DynamicValue::enumerator(type("enum { A; }"), "X"), "Invalid enum constructor: X");
 }
 
 TEST(DynamicValueFunction, StoresTwoWordsInTheForeignForm) {

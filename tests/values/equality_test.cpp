@@ -9,16 +9,16 @@ namespace {
 
 constexpr float kInf = std::numeric_limits<float>::infinity();
 
-bool equal(const DynamicValue& a, const DynamicValue& b, float tolerance = 0,
-           std::string* reason = nullptr) {
+bool areEqual(const DynamicValue& a, const DynamicValue& b, float tolerance = 0,
+              std::string* reason = nullptr) {
   return valuesEqual(a.view(), b.view(), tolerance, reason);
 }
-bool equal(const std::string& a, const std::string& b, float tolerance = 0) {
-  return equal(value(a), value(b), tolerance);
+bool areEqual(const std::string& a, const std::string& b, float tolerance = 0) {
+  return areEqual(value(a), value(b), tolerance);
 }
 std::string reason(const DynamicValue& a, const DynamicValue& b, float tolerance = 0) {
   std::string words;
-  EXPECT_FALSE(equal(a, b, tolerance, &words));
+  EXPECT_FALSE(areEqual(a, b, tolerance, &words));
   return words;
 }
 std::string reason(const std::string& a, const std::string& b) {
@@ -33,7 +33,7 @@ TEST(ValuesEqual, TakesTheSameAsEqual) {
   for (const char* v : {"1", "true", "2.5", "3c", "0.5h", "float3(1.0, 2.0, 3.0)", "[ 1, 2 ]",
                         "{ a = 1; b = { c = 2.0; }; }", "B : enum { A; B; }", "&[ 1.0 ]",
                         "[ : int ]", "{ }", "$0x000000000000000f"}) {
-    EXPECT_TRUE(equal(v, v)) << v;
+    EXPECT_TRUE(areEqual(v, v)) << v;
   }
 }
 
@@ -44,8 +44,7 @@ TEST(ValuesEqual, SaysWhereTheFirstMismatchIs) {
             ".a[2].b: 1 != 2");
   EXPECT_EQ(reason("{ a = 1; b = 2; c = 3; }", "{ a = 1; b = 5; c = 6; }"), ".b: 2 != 5");
   EXPECT_EQ(reason("[ 1, 2, 3, 4 | 2, 2 ]", "[ 1, 2, 9, 4 | 2, 2 ]"), "[2]: 3 != 9");
-  EXPECT_EQ(reason("float2(1.0, 2.0)", "float2(1.0, 3.0)"),
-            "float2(1.0, 2.0) != float2(1.0, 3.0)");
+  EXPECT_EQ(reason("float2(1.0, 2.0)", "float2(1.0, 3.0)"), "float2(1.0, 2.0) != float2(1.0, 3.0)");
   EXPECT_EQ(reason("A : enum { A; B; }", "B : enum { A; B; }"),
             "A : enum { A; B; } != B : enum { A; B; }");
   EXPECT_EQ(reason("{ r = &{ x = true; }; }", "{ r = &{ x = false; }; }"), ".r.x: true != false");
@@ -53,7 +52,7 @@ TEST(ValuesEqual, SaysWhereTheFirstMismatchIs) {
 
 TEST(ValuesEqual, LeavesTheReasonAloneOnSuccess) {
   std::string words = "as it was";
-  EXPECT_TRUE(equal(value("1"), value("1"), 0, &words));
+  EXPECT_TRUE(areEqual(value("1"), value("1"), 0, &words));
   EXPECT_EQ(words, "as it was");
 }
 
@@ -65,49 +64,49 @@ TEST(ValuesEqual, RefusesDifferentTypes) {
 }
 
 TEST(ValuesEqual, ComparesTruthNotBits) {
-  EXPECT_TRUE(equal(bits(Type::TBasetype::Bool, 1), bits(Type::TBasetype::Bool, 0xFFFFFFFF)));
-  EXPECT_FALSE(equal(bits(Type::TBasetype::Bool, 1), bits(Type::TBasetype::Bool, 0)));
+  EXPECT_TRUE(areEqual(bits(Type::TBasetype::Bool, 1), bits(Type::TBasetype::Bool, 0xFFFFFFFF)));
+  EXPECT_FALSE(areEqual(bits(Type::TBasetype::Bool, 1), bits(Type::TBasetype::Bool, 0)));
 }
 
 TEST(ValuesEqual, ComparesIntegersExactlyWhateverTheTolerance) {
-  EXPECT_FALSE(equal("1", "2", 100));
-  EXPECT_FALSE(equal("1c", "2c", 100));
+  EXPECT_FALSE(areEqual("1", "2", 100));
+  EXPECT_FALSE(areEqual("1c", "2c", 100));
 }
 
 TEST(ValuesEqual, ComparesFloatsWithinTheTolerance) {
-  EXPECT_TRUE(equal("1.0", "1.5", 0.5f));
-  EXPECT_FALSE(equal("1.0", "1.5", 0.25f));
-  EXPECT_TRUE(equal("0.0", "-0.0"));
-  EXPECT_FALSE(equal("float4(0.0, 0.0, 0.0, 1.0)", "float4(0.0, 0.0, 0.0, 2.0)", 0.5f));
+  EXPECT_TRUE(areEqual("1.0", "1.5", 0.5f));
+  EXPECT_FALSE(areEqual("1.0", "1.5", 0.25f));
+  EXPECT_TRUE(areEqual("0.0", "-0.0"));
+  EXPECT_FALSE(areEqual("float4(0.0, 0.0, 0.0, 1.0)", "float4(0.0, 0.0, 0.0, 2.0)", 0.5f));
 }
 
 TEST(ValuesEqual, TakesNoNanAsEqual) {
   const DynamicValue nan = bits(Type::TBasetype::Float, 0x7FC00000);
-  EXPECT_FALSE(equal(nan, nan, 0));
-  EXPECT_FALSE(equal(nan, nan, kInf));
+  EXPECT_FALSE(areEqual(nan, nan, 0));
+  EXPECT_FALSE(areEqual(nan, nan, kInf));
   const DynamicValue halfNan = DynamicValue::base(Type::TBasetype::Half, std::uint16_t{0x7E00});
-  EXPECT_FALSE(equal(halfNan, halfNan, kInf));
+  EXPECT_FALSE(areEqual(halfNan, halfNan, kInf));
 }
 
 TEST(ValuesEqual, TakesInfinitiesAsEqualToThemselvesOnly) {
   for (const float tolerance : {0.0f, 1.0f, kInf}) {
-    EXPECT_TRUE(equal("inf", "inf", tolerance));
-    EXPECT_FALSE(equal("inf", "-inf", tolerance));
-    EXPECT_FALSE(equal("-inf", "inf", tolerance));
+    EXPECT_TRUE(areEqual("inf", "inf", tolerance));
+    EXPECT_FALSE(areEqual("inf", "-inf", tolerance));
+    EXPECT_FALSE(areEqual("-inf", "inf", tolerance));
     const DynamicValue plus = DynamicValue::base(Type::TBasetype::Half, std::uint16_t{0x7C00});
     const DynamicValue minus = DynamicValue::base(Type::TBasetype::Half, std::uint16_t{0xFC00});
-    EXPECT_TRUE(equal(plus, plus, tolerance));
-    EXPECT_FALSE(equal(plus, minus, tolerance));
+    EXPECT_TRUE(areEqual(plus, plus, tolerance));
+    EXPECT_FALSE(areEqual(plus, minus, tolerance));
   }
-  EXPECT_FALSE(equal("inf", "1.0", 1e30f));
+  EXPECT_FALSE(areEqual("inf", "1.0", 1e30f));
 }
 
 TEST(ValuesEqual, TakesTheDifferenceOfHalfsAsAHalf) {
   // 2049 isn't a half: the difference of 2048 and -1 is the nearest even one, 2048.
-  EXPECT_TRUE(equal("2048.0h", "-1.0h", 2048));
-  EXPECT_FALSE(equal("2048.0h", "-1.0h", 2047.5f));
+  EXPECT_TRUE(areEqual("2048.0h", "-1.0h", 2048));
+  EXPECT_FALSE(areEqual("2048.0h", "-1.0h", 2047.5f));
   // It runs over to infinity.
-  EXPECT_FALSE(equal("65504.0h", "-65504.0h", 200000));
+  EXPECT_FALSE(areEqual("65504.0h", "-65504.0h", 200000));
 }
 
 TEST(ValuesEqual, IgnoresPadding) {
@@ -115,14 +114,14 @@ TEST(ValuesEqual, IgnoresPadding) {
   const DynamicValue a(type("float3"), lanes);
   lanes[3] = 5;
   const DynamicValue b(type("float3"), lanes);
-  EXPECT_TRUE(equal(a, b));
+  EXPECT_TRUE(areEqual(a, b));
 }
 
 TEST(ValuesEqual, ComparesReferencesByWordFirst) {
   // A NaN is unequal to itself, but the same block is the same word.
   const DynamicValue nan = bits(Type::TBasetype::Float, 0x7FC00000);
-  EXPECT_TRUE(equal(DynamicValue::reference(nan), DynamicValue::reference(nan)));
-  EXPECT_TRUE(equal("$(0x000000000000000f:int)", "$(0x000000000000000f:int)"));
+  EXPECT_TRUE(areEqual(DynamicValue::reference(nan), DynamicValue::reference(nan)));
+  EXPECT_TRUE(areEqual("$(0x000000000000000f:int)", "$(0x000000000000000f:int)"));
 }
 
 TEST(ValuesEqual, GivesNoReasonForANullOrForeignReference) {
@@ -131,7 +130,7 @@ TEST(ValuesEqual, GivesNoReasonForANullOrForeignReference) {
 }
 
 TEST(ValuesEqual, ComparesWhatReferencesLeadTo) {
-  EXPECT_TRUE(equal("&{ a = &1; }", "&{ a = &1; }"));
+  EXPECT_TRUE(areEqual("&{ a = &1; }", "&{ a = &1; }"));
   EXPECT_EQ(reason("&{ a = &1; }", "&{ a = &2; }"), ".a: 1 != 2");
 }
 
@@ -146,18 +145,18 @@ TEST(ValuesEqual, RefusesReferredValuesOfUnrelatedTypes) {
 
 TEST(ValuesEqual, ComparesFunctionsAsWords) {
   const TypePtr f = type("(() => int)");
-  EXPECT_TRUE(equal(DynamicValue::function(f, 1, 2), DynamicValue::function(f, 1, 2)));
-  EXPECT_FALSE(equal(DynamicValue::function(f, 1, 2), DynamicValue::function(f, 1, 3)));
-  EXPECT_FALSE(equal(DynamicValue::function(f, 1, 2), DynamicValue::function(f, 3, 2)));
+  EXPECT_TRUE(areEqual(DynamicValue::function(f, 1, 2), DynamicValue::function(f, 1, 2)));
+  EXPECT_FALSE(areEqual(DynamicValue::function(f, 1, 2), DynamicValue::function(f, 1, 3)));
+  EXPECT_FALSE(areEqual(DynamicValue::function(f, 1, 2), DynamicValue::function(f, 3, 2)));
 }
 
 TEST(ValuesEqual, PassesOnABadEnumCodeOnlyIfAReasonIsWanted) {
   const std::int32_t code = 5;
   const DynamicValue bad(type("enum { A; }"), &code);
   const DynamicValue good = value("A : enum { A; }");
-  EXPECT_FALSE(equal(bad, good));
+  EXPECT_FALSE(areEqual(bad, good));
   std::string words;
-  EXPECT_REFUSED(equal(bad, good, 0, &words), "Enum code out of range: 5");
+  EXPECT_REFUSED(areEqual(bad, good, 0, &words), "Enum code out of range: 5");
 }
 
 }  // namespace

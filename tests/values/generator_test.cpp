@@ -1,4 +1,6 @@
-// Random types and values, from fixed seeds: what is printed parses back, what is written reads back.
+// Random types and values, from fixed seeds: what is printed parses back, what is written reads
+// back.
+#include <algorithm>
 #include <random>
 
 #include "equality.hpp"
@@ -12,8 +14,8 @@ class Generator {
  public:
   explicit Generator(std::uint32_t seed) : random_(seed) {}
 
-  int below(int limit) { return static_cast<int>(random_() % static_cast<std::uint32_t>(limit)); }
-  std::uint32_t bits() { return random_(); }
+  int below(int limit) { return static_cast<int>(bits() % static_cast<std::uint32_t>(limit)); }
+  std::uint32_t bits() { return static_cast<std::uint32_t>(random_()); }
 
   // A concrete type's text, not canonical.
   std::string concreteType(int depth) {
@@ -214,20 +216,22 @@ TEST(Generator, RandomTypesPrintParseBackAndInternToTheSameHandle) {
 
 TEST(Generator, RandomValuesPrintAndParseBackEqual) {
   Generator generator(4711);
+  int compared = 0;
   for (int i = 0; i < 3000; ++i) {
     const DynamicValue v = generator.randomValue(4);
     const std::string printed = text(v);
     const DynamicValue back = value(printed);
     EXPECT_EQ(text(back), printed);
-    // A reference reads back with the type of what it leads to, so types may differ.
-    if (back.type() == v.type()) {
+    // Where the type says void*, a reference reads back with the type of what it leads to.
+    if (v.typeOf().text().find("void*") == std::string::npos) {
+      ++compared;
+      EXPECT_EQ(back.type(), v.type()) << printed;
       std::string reason;
       EXPECT_TRUE(valuesEqual(v.view(), back.view(), 0, &reason)) << printed << "\n" << reason;
-    } else {
-      EXPECT_NE(v.typeOf().text().find("void*"), std::string::npos) << printed;
     }
     EXPECT_EQ(text(value(valueToString(v.view(), false, true))), printed);
   }
+  EXPECT_GT(compared, 2000);
 }
 
 TEST(Generator, RandomValuesStreamBackEqualWithTheirSharing) {

@@ -98,11 +98,11 @@ TEST(SerializeValue, EndsOnACycle) {
 }
 
 TEST(SerializeValue, PassesOnWhatTheWriterThrows) {
-  EXPECT_THROW(serializeValue(
-                   value("1"),
-                   [](const void*, std::uint64_t, void*) { throw std::runtime_error("full"); },
-                   nullptr),
-               std::runtime_error);
+  EXPECT_THROW(
+      serializeValue(
+          value("1"), [](const void*, std::uint64_t, void*) { throw std::runtime_error("full"); },
+          nullptr),
+      std::runtime_error);
 }
 
 TEST(DeserializeValue, GivesWhatWasWritten) {
@@ -179,8 +179,8 @@ TEST(DeserializeValue, ReleasesEverythingWhereverTheStreamEnds) {
   const DynamicValue shared = value("{ x = &1; y = 2; }");
   const DynamicValue v = DynamicValue::structure(
       {{"a", DynamicValue::reference(shared)},
-       {"b", DynamicValue::array({DynamicValue::reference(shared), DynamicValue::reference(shared)},
-                                 2)},
+       {"b",
+        DynamicValue::array({DynamicValue::reference(shared), DynamicValue::reference(shared)}, 2)},
        {"c", value("&&[ 1.0, 2.0 ]")}});
   const std::string bytes = write(v).bytes();
   const std::size_t types = Type::get_factory(true)->liveTypes();

@@ -28,9 +28,9 @@ TEST(ValueText, OfBool) {
 
 TEST(ValueText, OfInt) {
   EXPECT_EQ(text(value("-3")), "-3");
-  EXPECT_EQ(text(DynamicValue::base(Type::TBasetype::Int,
-                                    std::numeric_limits<std::int32_t>::min())),
-            "-2147483648");
+  EXPECT_EQ(
+      text(DynamicValue::base(Type::TBasetype::Int, std::numeric_limits<std::int32_t>::min())),
+      "-2147483648");
 }
 
 TEST(ValueText, OfCharIsAPositiveNumber) {
@@ -150,8 +150,7 @@ TEST(ValueText, OfReferences) {
   EXPECT_EQ(text(value("&{ a = &&2.0; }")), "&{ a = &&2.0; }");
   EXPECT_EQ(text(DynamicValue(type("int*"))), "$(0x0000000000000000:int)");
   EXPECT_EQ(text(DynamicValue(type("void*"))), "$0x0000000000000000");
-  EXPECT_EQ(text(DynamicValue::foreign(type("float[]*"), 0xABC)),
-            "$(0x0000000000000abc:float[])");
+  EXPECT_EQ(text(DynamicValue::foreign(type("float[]*"), 0xABC)), "$(0x0000000000000abc:float[])");
   EXPECT_EQ(text(DynamicValue::foreign(type("void*"), 0xABC)), "$0x0000000000000abc");
 }
 

@@ -17,7 +17,7 @@ namespace qex::vornath::test {
 
 inline TypePtr type(const std::string& text) { return Type::get_factory(true)->parseType(text); }
 
-inline DynamicValue value(const std::string& text) { return parseValueText(text); }
+inline DynamicValue value(const std::string& text) { return parseValue(text); }
 
 inline std::string text(const DynamicValue& v) { return valueToString(v.view()); }
 
@@ -32,13 +32,13 @@ T at(const DynamicValue& v, std::uint64_t offset = 0) {
 inline std::uint32_t count(const DynamicValue& v) { return v.block()->refCount; }
 
 // Expects a vrnt::Exception of code InvalidArguments with these words.
-#define EXPECT_REFUSED(statement, words)                            \
-  try {                                                             \
-    statement;                                                      \
-    ADD_FAILURE() << "nothing was thrown";                          \
-  } catch (const vrnt::Exception& refusal) {                        \
-    EXPECT_STREQ(refusal.what(), words);                            \
-    EXPECT_EQ(refusal.code(), vrnt::ErrorCode::InvalidArguments);   \
+#define EXPECT_REFUSED(statement, words)                          \
+  try {                                                           \
+    statement;                                                    \
+    ADD_FAILURE() << "nothing was thrown";                        \
+  } catch (const vrnt::Exception& refusal) {                      \
+    EXPECT_STREQ(refusal.what(), words);                          \
+    EXPECT_EQ(refusal.code(), vrnt::ErrorCode::InvalidArguments); \
   }
 
 }  // namespace qex::vornath::test

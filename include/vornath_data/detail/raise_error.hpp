@@ -16,8 +16,8 @@ struct ErrorDestroyer {
 };
 using OwnedError = std::unique_ptr<vrntValuesError_t, ErrorDestroyer>;
 
-/// What reading and writing a value makes of an error: throws std::bad_alloc if an allocation failed,
-/// else an Exception of code UnknownError with the object's message.
+/// What reading and writing a value makes of an error: throws std::bad_alloc if an allocation
+/// failed, else an Exception of code UnknownError with the object's message.
 [[noreturn]] inline void raiseError(vrntValuesError_t* error) {
   const OwnedError owned(error);
   if (vrntValuesErrorCode(error) == VRNT_OUT_OF_MEMORY) throw std::bad_alloc();

@@ -1,0 +1,108 @@
+/// The memory of a container.
+#ifndef VORNATH_DATA_SLOT_VECTOR_HPP
+#define VORNATH_DATA_SLOT_VECTOR_HPP
+
+#include <cstddef>
+#include <cstdlib>
+#include <limits>
+#include <new>
+#include <type_traits>
+#include <utility>
+
+namespace vrnt::data {
+
+/// A vector of elements that only grows. It differs from std::vector in how: elements that are
+/// plain bytes grow by realloc, which for large containers moves pages from one address to another
+/// instead of copying what is on them and touching fresh ones, the larger part of the cost of
+/// adding an object. It has no copy.
+template <typename Element>
+class SlotVector {
+  static_assert(std::is_nothrow_move_constructible_v<Element> &&
+                    std::is_nothrow_default_constructible_v<Element>,
+                "growth keeps all elements if there is no memory");
+  static_assert(alignof(Element) <= alignof(std::max_align_t), "elements come from malloc");
+
+ public:
+  SlotVector() noexcept = default;
+  SlotVector(SlotVector&& other) noexcept
+      : elements_(std::exchange(other.elements_, nullptr)),
+        size_(std::exchange(other.size_, 0)),
+        capacity_(std::exchange(other.capacity_, 0)) {}
+  SlotVector& operator=(SlotVector&& other) noexcept {
+    SlotVector moved(std::move(other));
+    std::swap(elements_, moved.elements_);
+    std::swap(size_, moved.size_);
+    std::swap(capacity_, moved.capacity_);
+    return *this;
+  }
+  ~SlotVector() {
+    for (Element& element : *this) element.~Element();
+    std::free(static_cast<void*>(elements_));
+  }
+
+  std::size_t size() const noexcept { return size_; }
+  bool empty() const noexcept { return size_ == 0; }
+
+  Element* begin() noexcept { return elements_; }
+  Element* end() noexcept { return elements_ + size_; }
+  const Element* begin() const noexcept { return elements_; }
+  const Element* end() const noexcept { return elements_ + size_; }
+
+  /// The index isn't checked.
+  Element& operator[](std::size_t index) noexcept { return elements_[index]; }
+  const Element& operator[](std::size_t index) const noexcept { return elements_[index]; }
+
+  /// Makes room for that many elements. Errors: std::bad_alloc, with nothing changed.
+  void reserve(std::size_t count) {
+    if (count > capacity_) changeCapacity(count);
+  }
+
+  /// Adds elements up to that many; never takes any away.
+  /// Errors: std::bad_alloc, with nothing changed.
+  void grow(std::size_t count) {
+    reserve(count);
+    for (; size_ < count; ++size_) new (static_cast<void*>(elements_ + size_)) Element;
+  }
+
+  /// Adds an element, in amortised constant time.
+  /// Errors: std::bad_alloc, with nothing changed.
+  Element& append() {
+    if (size_ == capacity_) changeCapacity(capacity_ == 0 ? 1 : 2 * capacity_);
+    Element* added = new (static_cast<void*>(elements_ + size_)) Element;
+    ++size_;
+    return *added;
+  }
+
+ private:
+  void changeCapacity(std::size_t count) {
+    // No object is larger than the distance between two pointers.
+    constexpr auto kMostBytes =
+        static_cast<std::size_t>(std::numeric_limits<std::ptrdiff_t>::max());
+    if (count > kMostBytes / sizeof(Element)) throw std::bad_alloc();
+    const std::size_t bytes = count * sizeof(Element);
+    if constexpr (std::is_trivially_copyable_v<Element>) {
+      void* place = std::realloc(static_cast<void*>(elements_), bytes);
+      if (!place) throw std::bad_alloc();
+      elements_ = static_cast<Element*>(place);
+    } else {
+      void* place = std::malloc(bytes);
+      if (!place) throw std::bad_alloc();
+      auto* moved = static_cast<Element*>(place);
+      for (std::size_t i = 0; i < size_; ++i) {
+        new (static_cast<void*>(moved + i)) Element(std::move(elements_[i]));
+        elements_[i].~Element();
+      }
+      std::free(static_cast<void*>(elements_));
+      elements_ = moved;
+    }
+    capacity_ = count;
+  }
+
+  Element* elements_ = nullptr;
+  std::size_t size_ = 0;
+  std::size_t capacity_ = 0;
+};
+
+}  // namespace vrnt::data
+
+#endif

@@ -1,0 +1,97 @@
+// Other programs, run with a shell, and folders to run them in.
+#ifndef VORNATH_TESTS_EXAMPLES_PROCESS_HPP
+#define VORNATH_TESTS_EXAMPLES_PROCESS_HPP
+
+#include <gtest/gtest.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include <cstdio>
+#include <filesystem>
+#include <fstream>
+#include <iterator>
+#include <stdexcept>
+#include <string>
+#include <vector>
+
+namespace vornath_test {
+
+struct Outcome {
+  int status;  // -1 for a program that didn't end by itself
+  std::string output, errors;
+};
+
+inline std::string quoted(const std::string& argument) {
+  std::string text = "'";
+  for (const char c : argument) text += c == '\'' ? std::string("'\\''") : std::string(1, c);
+  return text + "'";
+}
+
+inline std::string readFile(const std::filesystem::path& path) {
+  std::ifstream file(path, std::ios::binary);
+  if (!file) throw std::runtime_error("cannot open " + path.string());
+  return {std::istreambuf_iterator<char>(file), {}};
+}
+
+inline void writeFile(const std::filesystem::path& path, const std::string& text) {
+  std::ofstream file(path, std::ios::binary);
+  file << text;
+  if (!file.flush()) throw std::runtime_error("cannot write " + path.string());
+}
+
+// What stands between two marks, one after the other, on one line each.
+inline std::vector<std::string> between(const std::string& text, const std::string& open,
+                                        const std::string& close) {
+  std::vector<std::string> found;
+  for (std::size_t at = text.find(open); at != std::string::npos; at = text.find(open, at)) {
+    const std::size_t begin = at + open.size();
+    const std::size_t end = text.find(close, begin);
+    if (end == std::string::npos) break;
+    at = end + close.size();
+    const std::string part = text.substr(begin, end - begin);
+    if (part.find('\n') == std::string::npos) found.push_back(part);
+  }
+  return found;
+}
+
+// The relative files that a Markdown text links to.
+inline std::vector<std::string> linksOf(const std::string& markdown) {
+  std::vector<std::string> files;
+  for (const std::string& link : between(markdown, "](", ")")) {
+    const std::string file = link.substr(0, link.find('#'));
+    if (!file.empty() && file.find(':') == std::string::npos) files.push_back(file);
+  }
+  return files;
+}
+
+// A test whose files lie in a folder of its own, which goes when the test ends.
+class ProcessTest : public testing::Test {
+ protected:
+  ProcessTest() {
+    std::string pattern = (std::filesystem::temp_directory_path() / "vornath_XXXXXX").string();
+    if (!mkdtemp(pattern.data())) throw std::runtime_error("cannot make a folder");
+    folder_ = pattern;
+  }
+  ~ProcessTest() override {
+    std::error_code ignored;
+    std::filesystem::remove_all(folder_, ignored);
+  }
+
+  std::string path(const std::string& file) const { return (folder_ / file).string(); }
+
+  Outcome run(const std::string& program, const std::vector<std::string>& arguments) const {
+    std::string command = "cd " + quoted(folder_.string()) + " && " + quoted(program);
+    for (const std::string& argument : arguments) command += " " + quoted(argument);
+    command += " > " + quoted(path("stdout")) + " 2> " + quoted(path("stderr"));
+    const int status = std::system(command.c_str());
+    return {WIFEXITED(status) ? WEXITSTATUS(status) : -1, readFile(path("stdout")),
+            readFile(path("stderr"))};
+  }
+
+ private:
+  std::filesystem::path folder_;
+};
+
+}  // namespace vornath_test
+
+#endif
