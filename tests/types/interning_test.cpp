@@ -93,6 +93,8 @@ TEST(Interning, TellsValuesApartByTheirBoxes) {
   EXPECT_NE(first, second);
   EXPECT_EQ(first->text(), second->text());
   EXPECT_EQ(&first->stripped(), &second->stripped());
+  // The later one has taken the place of the other in the table of texts.
+  EXPECT_EQ(parsed("float @min=0.0"), second);
 }
 
 TEST(Interning, MakesANewTypeOfMetadataCopiedWithItsValues) {
