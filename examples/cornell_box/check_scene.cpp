@@ -196,6 +196,12 @@ class Checker {
         }
       }
       checkFrame(name, vertex, position, number, first + 9 * vertex + 3);
+      const std::size_t coordinates = first + 9 * vertices + 2 * vertex;
+      const std::size_t corner = vertex % 4;
+      if (!(number(coordinates) == (corner == 1 || corner == 2 ? 1.0F : 0.0F)) ||
+          !(number(coordinates + 1) == (corner < 2 ? 0.0F : 1.0F))) {
+        fail(name + ": vertex " + std::to_string(vertex) + " has wrong texture coordinates");
+      }
     }
     return vertices;
   }
@@ -574,11 +580,10 @@ class Checker {
     note(std::to_string(steps) + " steps of the lamp's emission");
   }
 
-  // The step function must pass through the middle of the table's lines, and give as much between
-  // two rows as the lines do.
+  // Between two rows of the table a line is cut into equal steps of at most 5 nm, each as high as
+  // the line is at its middle.
   std::size_t checkEmission(const std::string& name, std::uint32_t objectClass,
                             std::int32_t index) {
-    constexpr double kTolerance = 1e-6;  // relative, singles
     const Spectrum found = readSpectrum(objectClass, index, "emission");
     checkSteps(name, found, single(light_.text(light_.rows() - 1, "wavelength")));
     const std::vector<float>& numbers = found.numbers;
@@ -588,23 +593,17 @@ class Checker {
       const double end = light_.number(row + 1, "wavelength");
       const double low = light_.number(row, "emission");
       const double high = light_.number(row + 1, "emission");
-      if (static_cast<double>(numbers[at]) != begin) {
-        fail(name + " has no step at " + show(begin) + " nm");
-      }
-      double sum = 0;
-      for (; static_cast<double>(numbers[at]) < end && at + 2 < numbers.size(); at += 2) {
-        const double left = numbers[at];
-        const double right = numbers[at + 2];
-        const double line = low + (high - low) * ((left + right) / 2 - begin) / (end - begin);
-        if (!(std::abs(numbers[at + 1] - line) <= kTolerance * high) || right - left > 5.001) {
-          fail(name + ": " + show(numbers[at + 1]) + " at " + show(left) + " nm instead of " +
-               show(line));
+      const int steps = static_cast<int>(std::ceil((end - begin) / 5.0));
+      const double width = (end - begin) / steps;
+      for (int step = 0; step < steps; ++step, at += 2) {
+        if (at + 2 >= numbers.size()) fail(name + " ends at " + show(numbers[at - 2]) + " nm");
+        const auto left = static_cast<float>(begin + step * width);
+        const double middle = begin + step * width + width / 2;
+        const double line = (low * (end - middle) + high * (middle - begin)) / (end - begin);
+        if (!(numbers[at] == left && numbers[at + 1] == static_cast<float>(line))) {
+          fail(name + ": (" + show(numbers[at]) + " nm, " + show(numbers[at + 1]) +
+               ") instead of (" + show(left) + " nm, " + show(static_cast<float>(line)) + ")");
         }
-        sum += numbers[at + 1] * (right - left);
-      }
-      if (!(std::abs(sum - (low + high) / 2 * (end - begin)) <=
-            kTolerance * high * (end - begin))) {
-        fail(name + " is " + show(sum) + " from " + show(begin) + " to " + show(end) + " nm");
       }
     }
     if (at + 2 != numbers.size()) fail(name + " goes on past the table");

@@ -218,6 +218,17 @@ TEST_F(CornellBox, IsRefusedByTheCheckWhenAByteOfAGroupDiffers) {
       << check.errors;
 }
 
+// The floor's last texture coordinates, (0, 1), stand before the next mesh's flag.
+TEST_F(CornellBox, IsRefusedByTheCheckWhenAMeshDiffersBehindItsPositions) {
+  ASSERT_EQ(run(BUILD_SCENE, {scene_}).status, 0);
+  const std::string one("\0\0\x80\x3f", 4);
+  const std::string zero(4, '\0');
+  changeFile(one + zero + one + one + zero + one, one + zero + one + one + zero + zero);
+  const Outcome check = run(CHECK_SCENE, {scene_});
+  EXPECT_EQ(check.status, 1);
+  EXPECT_EQ(check.errors, "check_scene: Mesh 0: vertex 3 has wrong texture coordinates\n");
+}
+
 TEST_F(CornellBox, IsRefusedByTheCheckWhenItsFileEndsEarly) {
   ASSERT_EQ(run(BUILD_SCENE, {scene_}).status, 0);
   fs::resize_file(scene_, fs::file_size(scene_) - 700);

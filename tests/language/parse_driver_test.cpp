@@ -130,8 +130,7 @@ TEST(Parsing, RaisesParseFailedForATextThatIsNotOfTheLanguage) {
         << text;
   }
   for (const char* text : {"", "[ ]", "1 ?", "300c", "1 2"}) {
-    EXPECT_EQ(raised([&] { qex::vornath::parseValue(text); }).first,
-              vrnt::ErrorCode::ParseFailed)
+    EXPECT_EQ(raised([&] { qex::vornath::parseValue(text); }).first, vrnt::ErrorCode::ParseFailed)
         << text;
   }
 }

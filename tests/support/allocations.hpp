@@ -19,6 +19,16 @@ class FailingAllocations {
   ~FailingAllocations();
 };
 
+// While one lives, the allocation of this thread with that number from now on (0 is the next one)
+// fails, and those after it succeed again.
+class FailNthAllocation {
+ public:
+  explicit FailNthAllocation(std::uint64_t number);
+  FailNthAllocation(const FailNthAllocation&) = delete;
+  FailNthAllocation& operator=(const FailNthAllocation&) = delete;
+  ~FailNthAllocation();
+};
+
 }  // namespace vornath_test
 
 #endif

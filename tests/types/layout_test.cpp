@@ -120,6 +120,22 @@ TEST(ArrayLayout, MultipliesExtentsInThirtyTwoBitsAndTheSizeInSixtyFour) {
   expectLayout("char[65537,65537,1,1]", 131073, 1);
 }
 
+// 2^63: no memory holds such a value, and a size that ran over would pass for a small one.
+TEST(ArrayLayout, StopsAtASizeBeyondAllMemory) {
+  constexpr std::uint64_t beyond = std::uint64_t{1} << 63;
+  expectLayout("int[65536][65536][65536][65536]", beyond, 4);
+  expectLayout("int[1073741824][1073741824][16]", beyond, 4);
+}
+
+TEST(StructLayout, StopsAtASizeBeyondAllMemory) {
+  constexpr std::uint64_t beyond = std::uint64_t{1} << 63;
+  expectLayout("{ char[64,67108863] a; int[32] b; }", beyond, 4);
+  expectLayout(
+      "{ char[2147483647][2147483647] a; char[2147483647][2147483647] b; "
+      "char[2147483647][2147483647] c; }",
+      beyond, 4);
+}
+
 TEST(ReferenceLayout, IsOneWord) {
   expectLayout("void*", 8, 8);
   expectLayout("char*", 8, 8);
