@@ -36,6 +36,7 @@ class AssetHandle {
   }
   ~AssetHandle() { vrdmAssetStorageRelease(storage_); }
 
+  /// The block, which stays this handle's; null if it is empty.
   AssetStorage* get() const noexcept { return storage_; }
 
   /// Whether there are bytes: the handle is set, and so is the block's data pointer.

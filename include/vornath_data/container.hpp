@@ -16,11 +16,14 @@ template <typename Element>
 struct Container {
   SlotVector<Element> slots;
 
-  /// Every slot below is in use, and the one here, if there is one, is free.
+  /// Every slot below was in use when this was set, and the one here, if there is one, free. A slot
+  /// that a host brings to life or empties in place isn't noticed.
   std::uint32_t firstFree = 0;
 
+  /// The number of slots, free ones included.
   std::uint32_t size() const noexcept { return static_cast<std::uint32_t>(slots.size()); }
 
+  /// The slot at an index below size(), which isn't checked.
   Element& at(std::int32_t index) { return slots[static_cast<std::size_t>(index)]; }
   const Element& at(std::int32_t index) const { return slots[static_cast<std::size_t>(index)]; }
 

@@ -12,13 +12,13 @@
  * slot number but is none, so a host doesn't pass such a class. An index is not checked by any
  * function but vrdmValid(); it is the caller's to give one below vrdmContainerSize(). Every
  * vrntValue_t that a function returns is the caller's, ended with vrntValueDestroy(); one that is
- * given to a function stays the caller's. Pointers into a scene die at the next addition to the
+ * given to a function is not null and stays the caller's. Pointers into a scene die at the next addition to the
  * class, and with the scene.
  *
  * Errors: nothing is caught. C++ exceptions from underneath pass to the host: std::bad_alloc and
  * what a function names. vrdmCreateScene() alone answers a failed allocation with null.
  *
- * Threads: a scene has no lock and is used by one thread at a time, reads beside reads excepted.
+ * Threads: a scene has no lock and is used by one thread at a time.
  * Scenes that share asset bytes or values may be used on different threads.
  *
  * Counters: a scene counts its changes, as a whole, for each scene-wide group and for each class,
@@ -135,9 +135,8 @@ VRNT_API const vrntUniqueId_t* vrdmGetUniqueId(const vrdmScene_t* scene, uint32_
                                                int32_t index);
 
 /**
- * Frees a slot; on a free one it does nothing but count. The class rises. References to the object
- * stay as they are, and so does what the slot holds, the bytes of an asset excepted, whose
- * reference is dropped.
+ * Frees a slot; freeing a free one is harmless. The class rises. A program loses its id, an asset its
+ * reference to the bytes; all else that the slot holds stays, and so do references to the object.
  * Result: true; false past the last class. Errors: none.
  */
 VRNT_API bool vrdmRemove(vrdmScene_t* scene, uint32_t objectClass, int32_t index);
@@ -145,7 +144,8 @@ VRNT_API bool vrdmRemove(vrdmScene_t* scene, uint32_t objectClass, int32_t index
 /**
  * Counts the slots and list elements of live objects that refer to an object. Coded lists (the
  * emitters of light groups, the decals of decal lists) are not counted, so a Light or a Decal
- * always has 0 and a Shape only its uses in bake tasks. Errors: none.
+ * always has 0 and a Shape only its uses in bake tasks. For an index of -1 the required slots that
+ * are unset count, the optional ones don't. Errors: none.
  */
 VRNT_API uint32_t vrdmCountReferences(const vrdmScene_t* scene, uint32_t objectClass,
                                       int32_t index);
@@ -184,7 +184,8 @@ VRNT_API uint32_t vrdmAddAsset(vrdmScene_t* scene, uint32_t objectClass, const v
 
 /**
  * Reads an asset: copies its record to `desc` (16, 20 or 24 bytes; left alone for other classes and
- * if null) and returns the place of its handle, which holds null in a free slot.
+ * if null) and returns the place of its handle, which holds null in a removed slot. A block without
+ * data makes a slot free as well.
  * Result: null for other classes.
  * Ownership: the handle belongs to the scene and is valid until the next addition to the class; a
  * host that keeps the bytes longer adds a reference of its own with vrdmAssetStorageRetain().
@@ -196,7 +197,7 @@ VRNT_API AssetStorage** vrdmGetAssetStorage(const vrdmScene_t* scene, uint32_t o
 /**
  * Replaces an asset's record and bytes in place; its id and the references to it stay. As many
  * bytes as `desc` says are copied from `bytes` into a new block. The class rises. The slot is not
- * checked for being live.
+ * checked for being live: a free one comes to life, and the next addition may take it all the same.
  * Result: true for a class of assets, else false.
  * Errors: std::bad_alloc, with nothing changed.
  */
@@ -222,8 +223,8 @@ VRNT_API vrntValue_t* vrdmGetDataValue(const vrdmScene_t* scene, uint32_t object
                                        int32_t index, uint32_t group);
 
 /**
- * Writes an object's group whole. The class rises in any case, the group's and the object's
- * counters only if the value is stored.
+ * Writes an object's group whole. For instances the class rises in any case, the group's and the
+ * object's counters only if the value is stored.
  * Result: true if it was stored; false if the value's type is not the group's, or the class has no
  * such group.
  * Errors: throws vrnt::Exception if there is no memory for the group's type, at its first use.

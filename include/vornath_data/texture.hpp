@@ -104,7 +104,9 @@ VRNT_API std::int32_t parseTextureType(const char* name);
 
 /// The name, or "Unknown" for a number without one. The text is static.
 VRNT_API const char* toString(TextureFormat format);
+/// The same for a layout.
 VRNT_API const char* toString(TextureLayout layout);
+/// The same for a type of texture.
 VRNT_API const char* toString(TextureType type);
 
 namespace detail {
@@ -113,7 +115,8 @@ namespace detail {
 struct TextureDesc {
   std::int32_t width = 0;   ///< pixels
   std::int32_t height = 0;  ///< pixels
-  std::int32_t depth = 0;   ///< third extent; the same at every level of a mip chain
+  std::int32_t depth = 0;   ///< third extent; the same at every level of a mip chain. The
+                            ///< faces of a cube and the layers of an array count here
   TextureFormat format = TextureFormat::SL8;
   TextureLayout layout = TextureLayout::Flat;
 

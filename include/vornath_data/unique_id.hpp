@@ -27,6 +27,7 @@ class UniqueId {
   UniqueId() noexcept = default;
   UniqueId(const UniqueId& other) noexcept = default;
   UniqueId(UniqueId&& other) noexcept = default;
+  /// Copies the 16 bytes; a move is a copy.
   VRNT_API UniqueId& operator=(const UniqueId& other) noexcept;
   VRNT_API UniqueId& operator=(UniqueId&& other) noexcept;
   ~UniqueId() = default;
@@ -59,6 +60,7 @@ class UniqueId {
   /// Always 16.
   VRNT_API static int size() noexcept;
 
+  /// The 16 bytes as a range, byte 0 first.
   VRNT_API std::uint8_t* begin() noexcept;
   VRNT_API const std::uint8_t* begin() const noexcept;
   VRNT_API std::uint8_t* end() noexcept;
@@ -70,6 +72,7 @@ class UniqueId {
   std::uint8_t bytes_[16] = {};
 };
 
+/// True when any of the 16 bytes differ.
 inline bool operator!=(const UniqueId& a, const UniqueId& b) noexcept { return !(a == b); }
 
 /// The printed form: 32 hexadecimal digits, byte 0 first, in upper case if the stream is set so.

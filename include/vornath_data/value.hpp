@@ -50,11 +50,13 @@ class TypeHandle {
     return adopt(type);
   }
 
+  /// The handle, which stays this object's; null if it is empty.
   vrntType_t* get() const noexcept { return type_; }
 
   /// Gives the reference to the caller; the handle is empty then.
   vrntType_t* release() noexcept { return std::exchange(type_, nullptr); }
 
+  /// Whether there is a handle.
   explicit operator bool() const noexcept { return type_ != nullptr; }
 
  private:
@@ -98,7 +100,9 @@ class Value {
     return adopt(value);
   }
 
+  /// The handle, which stays this object's; null if it is empty.
   vrntValue_t* get() const noexcept { return value_; }
+  /// Whether there is a handle.
   explicit operator bool() const noexcept { return value_ != nullptr; }
 
   /// Gives the reference to the caller; the handle is empty then.

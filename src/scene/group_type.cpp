@@ -2,9 +2,9 @@
 
 #include <array>
 #include <atomic>
-#include <memory>
+#include <utility>
 
-#include "vornath_data/errors.h"
+#include "vornath_data/value.hpp"
 
 namespace vrnt::data {
 
@@ -29,16 +29,6 @@ struct CacheEnd {
   }
 };
 
-struct DestroyType {
-  void operator()(vrntType_t* type) const { vrntTypeDestroy(type); }
-};
-using OwnedType = std::unique_ptr<vrntType_t, DestroyType>;
-
-struct DestroyError {
-  void operator()(vrntValuesError_t* error) const { vrntValuesErrorDestroy(error); }
-};
-using OwnedError = std::unique_ptr<vrntValuesError_t, DestroyError>;
-
 constexpr std::array<const char*, kTotalGroupCount> collectSchemas() {
   std::array<const char*, kTotalGroupCount> schemas{};
   const auto collect = [&schemas](auto tag) {
@@ -56,7 +46,7 @@ constexpr std::array<const char*, kTotalGroupCount> schemas = collectSchemas();
 
 // Moves the handle into the place, or drops it if another thread was faster. Two threads may hold
 // different annotated types of one schema here; the first stays.
-void publish(std::atomic<vrntType_t*>& place, OwnedType type) {
+void publish(std::atomic<vrntType_t*>& place, TypeHandle type) {
   vrntType_t* expected = nullptr;
   if (place.compare_exchange_strong(expected, type.get(), std::memory_order_acq_rel)) {
     type.release();
@@ -64,27 +54,13 @@ void publish(std::atomic<vrntType_t*>& place, OwnedType type) {
 }
 
 void parseInto(CachedType& cached, const char* schema) {
-  OwnedType annotated(parseSchema(schema).value());
+  TypeHandle annotated = TypeHandle::parse(schema).value();
   static const CacheEnd end;
-  publish(cached.plain, OwnedType(vrntTypeStripMetadata(annotated.get())));
+  publish(cached.plain, TypeHandle::adopt(vrntTypeStripMetadata(annotated.get())));
   publish(cached.annotated, std::move(annotated));
 }
 
 }  // namespace
-
-Result<vrntType_t*> parseSchema(const char* schema) {
-  vrntValuesError_t* reported = nullptr;
-  if (vrntType_t* type = vrntTypeParse(schema, &reported)) return type;
-  const OwnedError error(reported);
-  switch (vrntValuesErrorCode(error.get())) {
-    case VRNT_LIBRARY_ERROR:
-      return Result<vrntType_t*>(ErrorCode::ParseFailed, vrntValuesErrorMessage(error.get()));
-    case VRNT_OUT_OF_MEMORY:
-      return Result<vrntType_t*>(ErrorCode::MemoryAllocationFailure);
-    default:
-      return Result<vrntType_t*>(ErrorCode::InternalError, vrntValuesErrorMessage(error.get()));
-  }
-}
 
 GroupType groupType(std::size_t ordinal) {
   CachedType& cached = cachedTypes[ordinal];

@@ -5,7 +5,6 @@
 #include <cstddef>
 
 #include "vornath_data/catalogue/class_list.hpp"
-#include "vornath_data/result.hpp"
 #include "vornath_data/types.h"
 
 namespace vrnt::data {
@@ -19,7 +18,7 @@ struct GroupType {
 
 /// The type of the group with that ordinal (kFirstGroupOrdinal, plus its position in the class),
 /// below kTotalGroupCount. The first call for a group parses its schema, later ones read two words.
-/// Errors: throws the vrnt::Exception of parseSchema(); the next call then tries again.
+/// Errors: throws the vrnt::Exception of TypeHandle::parse(); the next call then tries again.
 /// Threads: any.
 GroupType groupType(std::size_t ordinal);
 
@@ -28,11 +27,6 @@ template <typename Desc>
 GroupType groupType(std::size_t position) {
   return groupType(kFirstGroupOrdinal<Desc> + position);
 }
-
-/// Parses a schema. A failure holds ParseFailed with the parser's words for a text that is no type,
-/// MemoryAllocationFailure without words, or InternalError with the words of anything else.
-/// Ownership: the handle is a new reference.
-Result<vrntType_t*> parseSchema(const char* schema);
 
 }  // namespace vrnt::data
 

@@ -9,6 +9,7 @@
 
 #include "../support/allocations.hpp"
 #include "../support/flat_handles.hpp"
+#include "vornath_data/result.hpp"
 
 namespace {
 
@@ -17,7 +18,6 @@ using vrnt::ErrorCode;
 using vrnt::data::GroupType;
 using vrnt::data::groupType;
 using vrnt::data::kTotalGroupCount;
-using vrnt::data::parseSchema;
 
 // First, while no type is there yet.
 TEST(groupType, RaisesAFailedAllocationAndTriesAgainAtTheNextCall) {
@@ -36,28 +36,6 @@ TEST(groupType, RaisesAFailedAllocationAndTriesAgainAtTheNextCall) {
   const GroupType type = groupType(shape);
   ASSERT_NE(type.annotated, nullptr);
   EXPECT_STREQ(vrntTypeString(type.annotated), vrnt::data::kShapeTransformation.text);
-}
-
-TEST(parseSchema, GivesANewReferenceToTheType) {
-  const auto result = parseSchema("{ int @name=\"A\" a; }");
-  ASSERT_TRUE(result.hasValue());
-  const TypeHandle type(result.value());
-  EXPECT_STREQ(vrntTypeString(type.get()), "{ int @name=\"A\" a; }");
-}
-
-TEST(parseSchema, ReportsAParseFailureWithTheWordsOfTheParser) {
-  const auto result = parseSchema("{ int }");
-  ASSERT_FALSE(result.hasValue());
-  EXPECT_EQ(result.error().code(), ErrorCode::ParseFailed);
-  EXPECT_EQ(std::string(result.error().text()).rfind("Unable to parse type: { int }.\n", 0), 0U)
-      << result.error().text();
-}
-
-TEST(parseSchema, ReportsAViolatedRuleAsAParseFailureToo) {
-  const auto result = parseSchema("{ int a; int a; }");
-  ASSERT_FALSE(result.hasValue());
-  EXPECT_EQ(result.error().code(), ErrorCode::ParseFailed);
-  EXPECT_STREQ(result.error().text(), "Duplicate struct field: a.");
 }
 
 TEST(groupType, GivesTheSameHandlesAtEachCall) {
