@@ -112,6 +112,41 @@ TEST(vrntValueCreateDefault, LetsTheOuterDefaultWin) {
             "{ x = 2.0; }");
 }
 
+TEST(vrntValueCreateDefault, GivesEachCallABlockOfItsOwn) {
+  const TypeHandle type = parseType("{ float @default=1.5 a; float[]* @default=&[ 1.0, 2.0 ] b; }");
+  vrntValuesError_t* error = nullptr;
+  vrntValue_t* first = vrntValueCreateDefault(type.get(), &error);
+  const ValueHandle second(vrntValueCreateDefault(type.get(), &error));
+  EXPECT_NE(first, second.get());
+  EXPECT_EQ(first->refCount, 1u);
+  EXPECT_EQ(second->refCount, 1u);
+  vrntValue_t* const before = first;
+  const vrntValueView_t view = whole(first);
+  write(first, view, [](void* bytes) {
+    const float a = 2.5F;
+    std::memcpy(bytes, &a, sizeof(a));
+    std::memset(static_cast<char*>(bytes) + 8, 0, 8);
+  });
+  EXPECT_EQ(first, before);
+  vrntValueDestroy(first);
+  const ValueHandle third(vrntValueCreateDefault(type.get(), &error));
+  for (const ValueHandle* value : {&second, &third}) {
+    EXPECT_EQ(text(value->get()), "{ a = 1.5; b = &[ 1.0, 2.0 ]; }");
+  }
+}
+
+// The default that a type keeps ends with the type, and what it refers to with it.
+TEST(vrntValueCreateDefault, LeavesNothingBehindWhenTheTypeEnds) {
+  TypeHandle type = parseType("int[]* @default=&[ 1, 2 ] @desc=\"short-lived\"");
+  vrntValuesError_t* error = nullptr;
+  const ValueHandle value(vrntValueCreateDefault(type.get(), &error));
+  const vrntValueView_t view = whole(value.get());
+  const ValueHandle target(vrntValueDereference(value.get(), &view));
+  EXPECT_GT(target->refCount, 2u);
+  type.reset();
+  EXPECT_EQ(target->refCount, 2u);
+}
+
 TEST(vrntValueParse, ReadsAText) { EXPECT_EQ(text(parseValue("[ 1, 2 ]").get()), "[ 1, 2 ]"); }
 
 TEST(vrntValueParse, SharesABlock) {
