@@ -126,23 +126,25 @@ std::uint32_t countReferences(const Scene& scene, std::int32_t index) {
   std::uint32_t count = 0;
   forEachClass([&](auto tag) {
     using Desc = typename decltype(tag)::Desc;
-    forEachSlot<Desc>([&](const auto& slot, auto) {
-      using Link = typename std::decay_t<decltype(slot)>::Member;
-      if constexpr (std::is_same_v<Link, Ref<Target>>) {
-        // An unset optional slot refers to nothing; a required one is compared as it stands.
-        if (slot.kind == ReferenceKind::Optional && index == -1) return;
-        for (const Instance<Desc>& object : scene.container<Desc>().slots) {
-          if (object.live() && (object.desc.*slot.member).index == index) ++count;
-        }
-      } else if constexpr (std::is_same_v<Link, RefList<Target>>) {
-        for (const Instance<Desc>& object : scene.container<Desc>().slots) {
-          if (!object.live()) continue;
-          for (const std::int32_t word : (object.desc.*slot.member).words) {
-            if (word == index) ++count;
+    if constexpr (kSlotCount<Desc> != 0) {
+      forEachSlot<Desc>([&](const auto& slot, auto) {
+        using Link = typename std::decay_t<decltype(slot)>::Member;
+        if constexpr (std::is_same_v<Link, Ref<Target>>) {
+          // An unset optional slot refers to nothing; a required one is compared as it stands.
+          if (slot.kind == ReferenceKind::Optional && index == -1) return;
+          for (const auto& object : scene.container<Desc>().slots) {
+            if (object.live() && (object.desc.*slot.member).index == index) ++count;
+          }
+        } else if constexpr (std::is_same_v<Link, RefList<Target>>) {
+          for (const auto& object : scene.container<Desc>().slots) {
+            if (!object.live()) continue;
+            for (const std::int32_t word : (object.desc.*slot.member).words) {
+              if (word == index) ++count;
+            }
           }
         }
-      }
-    });
+      });
+    }
   });
   return count;
 }

@@ -28,6 +28,8 @@ template <typename... Functions>
 struct Overloaded : Functions... {
   using Functions::operator()...;
 };
+template <typename... Functions>
+Overloaded(Functions...) -> Overloaded<Functions...>;
 
 template <typename... Functions>
 auto visitType(const vrntType_t* type, Functions... functions) {
@@ -57,9 +59,8 @@ const TypePtr& elementOrTarget(const vrntType_t* type) {
 }  // namespace
 
 vrntType_t* vrntTypeParse(const char* text, vrntValuesError_t** error) {
-  return qex::vornath::reportLibraryErrorsOrUnknown(error, nullptr, [text]() -> vrntType_t* {
-    return release(Type::parse(text));
-  });
+  return qex::vornath::reportLibraryErrorsOrUnknown(
+      error, nullptr, [text]() -> vrntType_t* { return release(Type::parse(text)); });
 }
 
 vrntType_t* vrntTypeCopy(const vrntType_t* type) {
