@@ -660,12 +660,5 @@ int run(const std::vector<std::string>& arguments) {
 }  // namespace cornell_box
 
 int main(int count, char** arguments) {
-  int status = 1;
-  try {
-    status = cornell_box::run({arguments + 1, arguments + count});
-  } catch (const std::exception& error) {
-    std::fprintf(stderr, "check_scene: %s\n", error.what());
-  }
-  vrntValuesShutdown();
-  return status;
+  return cornell_box::runHost("check_scene", count, arguments, cornell_box::run);
 }

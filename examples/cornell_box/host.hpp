@@ -3,9 +3,12 @@
 #ifndef CORNELL_BOX_HOST_HPP
 #define CORNELL_BOX_HOST_HPP
 
+#include <cstdio>
+#include <exception>
 #include <memory>
 #include <stdexcept>
 #include <string>
+#include <vector>
 
 #include "vornath_data/vrdm.h"
 #include "vornath_data/vrnt.h"
@@ -59,6 +62,20 @@ inline Scene readScene(const std::string& path) {
   if (!scene)
     throw std::runtime_error(path + ": there is no scene file that this program can read");
   return scene;
+}
+
+/// A host's whole life: runs it with its arguments, tells what it raises as "name: words" and exit
+/// code 1, and lets the library end its permanent types, which is a host's last call.
+inline int runHost(const char* name, int count, char** arguments,
+                   int (*run)(const std::vector<std::string>& arguments)) {
+  int status = 1;
+  try {
+    status = run({arguments + 1, arguments + count});
+  } catch (const std::exception& error) {
+    std::fprintf(stderr, "%s: %s\n", name, error.what());
+  }
+  vrntValuesShutdown();
+  return status;
 }
 
 }  // namespace cornell_box

@@ -258,12 +258,5 @@ int run(const std::vector<std::string>& arguments) {
 }  // namespace cornell_box
 
 int main(int count, char** arguments) {
-  int status = 1;
-  try {
-    status = cornell_box::run({arguments + 1, arguments + count});
-  } catch (const std::exception& error) {
-    std::cerr << "show_scene: " << error.what() << '\n';
-  }
-  vrntValuesShutdown();
-  return status;
+  return cornell_box::runHost("show_scene", count, arguments, cornell_box::run);
 }

@@ -310,6 +310,22 @@ TEST(vrntTypeDescriptor, GroupsTheKindsOfType) {
   }
 }
 
+TEST(vrntTypeDescriptor, TakesASpectrumAndItsSubtypesForBaseTypes) {
+  for (const char* text :
+       {"{ enum { LUMINANCE; RGB; SPECTRAL; } encoding; float[]* spectrum; }",
+        "{ enum { LUMINANCE; RGB; SPECTRAL; } encoding; float[]* spectrum; } @name=\"Other\"",
+        "{ enum { LUMINANCE; RGB; SPECTRAL; } encoding; float[3]* spectrum; }"}) {
+    EXPECT_EQ(vrntTypeDescriptor(parseType(text).get()), 0u) << text;
+    EXPECT_EQ(vrntTypeBasetype(parseType(text).get()), 5u) << text;
+  }
+  for (const char* text : {"{ enum { LUMINANCE; RGB; } encoding; float[]* spectrum; }",
+                           "{ int encoding; float[]* spectrum; }",
+                           "{ enum { LUMINANCE; RGB; SPECTRAL; } encoding; void* spectrum; }",
+                           "{ enum { LUMINANCE; RGB; SPECTRAL; } encoding; float[]* samples; }"}) {
+    EXPECT_EQ(vrntTypeDescriptor(parseType(text).get()), 1u) << text;
+  }
+}
+
 TEST(vrntTypeVectorDimension, IsTheNumberOfLanes) {
   for (std::size_t i = 0; i < kBaseSpellings.size(); ++i) {
     EXPECT_EQ(vrntTypeVectorDimension(parseType(kBaseSpellings[i]).get()), i % 4 + 1)
