@@ -1,7 +1,7 @@
 // The catch clauses of the flat vrnt functions. A flat function writes no `try` of its own: it runs
 // its work inside the template whose name says what the function's callers get to see. Each takes
-// the error location, the value to return on failure and the work; a work without a result goes
-// without a failure value. On success the location isn't touched.
+// the error location if the function has one, the value to return on failure and the work; a work
+// without a result goes without a failure value. On success the location isn't touched.
 //
 // The templates differ on purpose: which function reports one failure as which kind is part of the
 // interface that hosts rely on.
@@ -81,6 +81,18 @@ void reportOutOfMemoryOrOther(vrntValuesError_t** error, Work&& work) {
     std::forward<Work>(work)();
     return true;
   });
+}
+
+/// Answers `failure` for everything that is thrown: for a function that reports no more than that
+/// it failed.
+template <typename Work>
+std::invoke_result_t<Work> reportFailureAs(std::invoke_result_t<Work> failure,
+                                           Work&& work) noexcept {
+  try {
+    return std::forward<Work>(work)();
+  } catch (...) {
+    return failure;
+  }
 }
 
 }  // namespace qex::vornath

@@ -5,9 +5,11 @@
 #include <limits>
 
 #include "base_types.hpp"
+#include "fixed_struct_types.hpp"
 #include "layout.hpp"
 #include "metadata.hpp"
 #include "relations.hpp"
+#include "spectrum_value.hpp"
 #include "write_protocol.hpp"
 
 namespace qex::vornath {
@@ -42,6 +44,13 @@ const Words& laneBounds(BaseFamily family) {
 
 char* bytesOf(DynamicValue& value, std::uint64_t offset) {
   return blockData(value.block()) + offset;
+}
+
+// The flat spectrum of one bound: from 0 up, without a limit.
+DynamicValue spectrumBound(std::size_t bound) {
+  const float amplitude =
+      bound == kMax || bound == kSoftMax ? std::numeric_limits<float>::infinity() : 0.0F;
+  return makeSpectrumValue(SpectrumEncoding::Luminance, {&amplitude, 1});
 }
 
 // Fills bounds that nobody else holds and that are zero so far.
@@ -80,10 +89,22 @@ class BoundsFiller {
   };
 
   void open(const Type& type, std::uint64_t offset) {
-    if (std::visit([&](const auto& desc) { return fillLeaf(desc, offset); }, type.desc())) {
+    // A struct that promises more of its array than the spectrum does is filled like any other: an
+    // array of one float might break the promise.
+    if (type.getIf<Type::TStruct>() != nullptr && isSameType(type, spectrumType())) {
+      fillSpectrum(type, offset);
+      applyBoundsMetadata(type, bounds_, offset);
+    } else if (std::visit([&](const auto& desc) { return fillLeaf(desc, offset); }, type.desc())) {
       applyBoundsMetadata(type, bounds_, offset);
     } else {
       frames_.push_back({&type, offset, 0});
+    }
+  }
+
+  void fillSpectrum(const Type& type, std::uint64_t offset) {
+    while (spectra_.size() < bounds_.size()) spectra_.push_back(spectrumBound(spectra_.size()));
+    for (std::size_t bound = 0; bound < bounds_.size(); ++bound) {
+      writeData(bounds_[bound], spectra_[bound].data(), type, offset);
     }
   }
 
@@ -138,6 +159,7 @@ class BoundsFiller {
   }
 
   std::span<DynamicValue> bounds_;
+  std::vector<DynamicValue> spectra_;  // one for each bound, from the first spectrum on
   std::vector<Frame> frames_;
 };
 
@@ -176,12 +198,14 @@ ValueBounds makeValueBounds(const TypePtr& type) {
 }
 
 DynamicValue makeDefaultValue(const TypePtr& type) {
-  // Without annotations at any depth every default is zero.
-  if (&type->stripped() == type.get()) return DynamicValue(type);
+  // Without annotations at any depth every default is zero, but for a spectrum's array.
+  const bool plain = &type->stripped() == type.get();
+  if (plain && type->refSlots().empty()) return DynamicValue(type);
   if (const DynamicValue* const kept = type->keptDefault()) return DynamicValue(kept->view());
   DynamicValue value(type);
   BoundsFiller({&value, 1}).fill(*type);
-  if (type->size() > kLargestKeptDefault) return value;
+  // A type without annotations is its own default's type, and would keep itself alive.
+  if (plain || type->size() > kLargestKeptDefault) return value;
   return DynamicValue(type->keepDefault(std::move(value)).view());
 }
 

@@ -139,5 +139,77 @@ TEST(MakeDefaultValue, IsTheFirstOfTheBounds) {
   EXPECT_EQ(at<std::uint32_t>(makeDefaultValue(type("bool @default=true"))), 0xFFFFFFFFu);
 }
 
+// Spectra: flat ones from 0 to infinity.
+
+constexpr const char* kSpectrum =
+    "{ enum { LUMINANCE; RGB; SPECTRAL; } encoding; float[]* spectrum; }";
+
+std::string spectrumText(const std::string& encoding, const std::string& floats) {
+  return "{ encoding = " + encoding + " : enum { LUMINANCE; RGB; SPECTRAL; }; spectrum = &" +
+         floats + "; }";
+}
+
+TEST(MakeValueBounds, OfASpectrumAreFlatSpectra) {
+  const std::string zero = spectrumText("LUMINANCE", "[ 0.0 ]");
+  const std::string infinity = spectrumText("LUMINANCE", "[ inf ]");
+  const Texts expected{zero, zero, infinity, zero, infinity};
+  EXPECT_EQ(bounds(kSpectrum), expected);
+  EXPECT_EQ(bounds(std::string(kSpectrum) + " @name=\"Spectrum\""), expected);
+  // Relating both ways is enough: metadata of parts and payloads of constructors don't matter.
+  EXPECT_EQ(bounds("{ enum { LUMINANCE @name=\"L\"; RGB; SPECTRAL; } @desc=\"d\" encoding; "
+                   "float[]* @hide spectrum; }"),
+            expected);
+}
+
+TEST(MakeDefaultValue, OfASpectrumHasAnArrayOfOneFloat) {
+  const DynamicValue value = makeDefaultValue(type(kSpectrum));
+  const std::uint64_t word = at<std::uint64_t>(value, 8);
+  ASSERT_TRUE(isBlockWord(word));
+  EXPECT_EQ(blockType(blockOfWord(word)).text(), "float[1]");
+  EXPECT_EQ(text(value), spectrumText("LUMINANCE", "[ 0.0 ]"));
+}
+
+TEST(MakeDefaultValue, OfPartsThatAreSpectra) {
+  const std::string zero = spectrumText("LUMINANCE", "[ 0.0 ]");
+  EXPECT_EQ(text(makeDefaultValue(type(std::string("{ int a; ") + kSpectrum + " b; }"))),
+            "{ a = 0; b = " + zero + "; }");
+  EXPECT_EQ(
+      text(makeDefaultValue(type(std::string("{ int @default=7 a; ") + kSpectrum + "[2] b; }"))),
+      "{ a = 7; b = [ " + zero + ", " + zero + " ]; }");
+  // Nothing is made behind a reference.
+  EXPECT_EQ(text(makeDefaultValue(type(std::string(kSpectrum) + "*"))), "null");
+}
+
+TEST(MakeDefaultValue, OfASpectrumWithADefaultIsThat) {
+  const std::string red = spectrumText("RGB", "[ 1.0, 0.0, 0.0 ]");
+  EXPECT_EQ(text(makeDefaultValue(type(std::string(kSpectrum) + " @default=" + red))), red);
+  const Texts limits = bounds(std::string(kSpectrum) + " @max=" + red);
+  EXPECT_EQ(limits[kMax], red);
+  EXPECT_EQ(limits[kSoftMax], red);
+  EXPECT_EQ(limits[kDefault], spectrumText("LUMINANCE", "[ 0.0 ]"));
+}
+
+// An array of one float behind a reference that promises more would be read beyond its end.
+TEST(MakeDefaultValue, OfAStructThatPromisesMoreThanASpectrumIsThatOfAnyStruct) {
+  for (const char* const promise : {"float[3]", "float[1]"}) {
+    const DynamicValue value =
+        makeDefaultValue(type(std::string("{ enum { LUMINANCE; RGB; SPECTRAL; } encoding; ") +
+                              promise + "* spectrum; }"));
+    EXPECT_EQ(at<std::int32_t>(value), 0);
+    EXPECT_EQ(at<std::uint64_t>(value, 8), 0u) << promise;
+  }
+}
+
+TEST(MakeDefaultValue, OfASpectrumDoesNotKeepItsTypeAlive) {
+  makeDefaultValue(type(kSpectrum));  // the permanent types are there
+  const std::size_t before = Type::get_factory(true)->liveTypes();
+  {
+    const TypePtr holder = type(std::string("{ ") + kSpectrum + " only_here; }");
+    const DynamicValue value = makeDefaultValue(holder);
+    EXPECT_GT(Type::get_factory(true)->liveTypes(), before);
+  }
+  EXPECT_EQ(Type::get_factory(true)->liveTypes(), before);
+}
+
 }  // namespace
 }  // namespace qex::vornath::test

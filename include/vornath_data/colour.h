@@ -1,0 +1,109 @@
+/*
+ * Colour: spectra to RGB and back, and the light of black bodies.
+ *
+ * A spectrum is one luminance, a linear RGB triple or a sampled distribution. RGB is linear with
+ * the primaries and the D65 white of sRGB (IEC 61966-2-1) and has no transfer curve. Wavelengths
+ * are in nanometres; all arithmetic is in 32-bit floats, with the same result on every compiler.
+ * What runs over stays as the arithmetic leaves it, infinity or NaN: nothing is clamped unless
+ * told.
+ *
+ * A sampled distribution is an array of pairs of a wavelength and an amplitude. Pair 0 is (0, 0),
+ * the wavelengths increase strictly, the last amplitude is 0. An amplitude holds from its
+ * wavelength up to the next pair's. The functions here don't check an array that they only read.
+ *
+ * Conversions use the CIE 1931 standard observer (2 degrees) at 61 wavelengths, 400, 405, ...,
+ * 700 nm. A distribution for an RGB triple is put together after B. Smits, "An RGB-to-spectrum
+ * conversion for reflectances", Journal of Graphics Tools 4(4), 1999, for the equal-energy white.
+ *
+ * Threads: every function may be called from any number of threads at once.
+ */
+#ifndef VORNATH_DATA_COLOUR_H
+#define VORNATH_DATA_COLOUR_H
+
+#include <stdint.h>
+
+#include "vornath_data/api.h"
+#include "vornath_data/types.h"
+#include "vornath_data/values.h"
+
+VRNT_BEGIN_DECLS
+
+/** The encodings of a spectrum, numbered like the constructors of the spectrum type's enum. */
+enum {
+  VRNT_SPECTRUM_LUMINANCE = 0, /**< one float */
+  VRNT_SPECTRUM_RGB = 1,       /**< three floats */
+  VRNT_SPECTRUM_SPECTRAL = 2   /**< pairs of a wavelength and an amplitude */
+};
+
+/** The light under which a conversion sees a distribution: any other code than 1 stands for E. */
+enum {
+  VRNT_COLOUR_SPACE_E = 0,  /**< equal energy */
+  VRNT_COLOUR_SPACE_D65 = 1 /**< CIE standard illuminant D65 */
+};
+
+/** A colour as a plain record. */
+typedef struct vrntSpectrumRec {
+  uint32_t encoding; /**< VRNT_SPECTRUM_...; any other number means RGB */
+  int32_t count;     /**< for SPECTRAL the number of floats; else not read */
+  float* data;       /**< 1 float, 3 floats, or `count` floats of pairs; the caller's */
+} vrntSpectrumRec;
+
+/**
+ * The colour of a black body's light, scaled to a luminance of 1 and clamped at 0 below.
+ * `rgb`: three floats, written. `temperature`: in kelvin; at 0 all three are NaN.
+ * Errors: none.
+ */
+VRNT_API void vrntBlackbodyToRGB(float* rgb, float temperature);
+
+/**
+ * Spectral radiance of a black body by Planck's law, in watts per steradian, square metre and
+ * nanometre. `wavelength`: in nm. `temperature`: in kelvin. 0 if one of them is 0. With 2h =
+ * 1.325214e-33, hc = 1.9864458e-25, k = 1.3806486e-23 and the speed of light as the nearest float.
+ * Errors: none.
+ */
+VRNT_API float vrntPlancksLaw(float wavelength, float temperature);
+
+/**
+ * Converts a colour to the encoding of `out`, whose data is filled.
+ *
+ * From SPECTRAL, the first and the last pair of `in` are taken for the closing ones and dropped;
+ * the last amplitude that remains holds for the average width of the others. To LUMINANCE is the Y
+ * of CIE XYZ, to RGB the colour under the illuminant of `colourSpace`. To SPECTRAL, `out` brings
+ * its wavelengths: the amplitude of each pair but the first and the last becomes the mean up to the
+ * next wavelength, for the last of them up to 5 nm on. These means are under D65 whatever the code;
+ * the two closing pairs are left as they are, for the caller to set. In both directions an odd
+ * float at the end is no pair. `in` and `out` may share their data.
+ *
+ * Errors: the wavelengths of a SPECTRAL side are checked, `in` first, then `out`. A fault leaves
+ * this function as a vrnt::Exception with InvalidArguments and nothing written: "Wavelength lambda
+ * array must contain at least 2 elements.", "Wavelength lambda[0] must be greater than 0." or
+ * "Wavelength lambdas must increase strictly monotonic.". So does std::bad_alloc.
+ */
+VRNT_API void vrntSpectrumConvert(const vrntSpectrumRec* in, vrntSpectrumRec* out,
+                                  int32_t colourSpace);
+
+/**
+ * The RGB of the spectrum at a view of a value, under the illuminant of `colourSpace` if it is a
+ * sampled one. `rgb`: three floats, written on success. An empty spectrum is black. Every pair of a
+ * sampled one counts once, whatever its width, the closing ones with their amplitude of 0; without
+ * a pair from 400 to 700 nm the result is NaN. It neither allocates nor takes a reference. Result:
+ * 0, or -1 with nothing written if the view's type may not stand for the spectrum type or its array
+ * has fewer floats than the encoding reads.
+ */
+VRNT_API int32_t vrntValueToRGB(const vrntValue_t* value, const vrntValueView_t* view,
+                                int32_t colourSpace, float* rgb);
+
+/**
+ * Samples the spectrum at a view of a value. `pairs` holds `count` floats, pairs of a wavelength
+ * and an amplitude; an odd float at the end is left alone. The wavelengths must be positive and
+ * increase strictly; each amplitude becomes the mean from its wavelength up to the next, the last
+ * one over the average width of a pair. Unlike in vrntSpectrumConvert(), every pair counts. The
+ * illuminant is D65. Result: 0, or -1 with nothing written on any failure: also if there are fewer
+ * than two pairs.
+ */
+VRNT_API int32_t vrntValueToSPD(const vrntValue_t* value, const vrntValueView_t* view,
+                                int32_t count, float* pairs);
+
+VRNT_END_DECLS
+
+#endif

@@ -1,0 +1,135 @@
+#include <cstdint>
+#include <span>
+#include <vector>
+
+#include "black_body.hpp"
+#include "block.hpp"
+#include "boundary.hpp"
+#include "spectrum.hpp"
+#include "step_function.hpp"
+#include "type_handle.hpp"
+#include "vornath_data/colour.h"
+
+namespace qex::vornath {
+namespace {
+
+Illuminant illuminantOf(std::int32_t colourSpace) {
+  return colourSpace == VRNT_COLOUR_SPACE_D65 ? Illuminant::D65 : Illuminant::E;
+}
+
+std::span<float> recordFloats(const vrntSpectrumRec& record) {
+  return {record.data, record.count < 0 ? 0 : static_cast<std::size_t>(record.count)};
+}
+
+// The wavelengths of a record's pairs without its two closing ones; none if it has no others. There
+// is room for one more.
+std::vector<float> innerWavelengths(SpectralPairs pairs) {
+  std::vector<float> lambdas;
+  if (pairs.size() < 3) return lambdas;
+  lambdas.reserve(pairs.size() - 1);
+  for (std::size_t pair = 1; pair + 1 < pairs.size(); ++pair) {
+    lambdas.push_back(pairs.wavelength(pair));
+  }
+  return lambdas;
+}
+
+// Ends the last band where one of the average width would.
+void closeByAverage(std::vector<float>& lambdas) {
+  if (lambdas.empty()) return;
+  const auto count = static_cast<float>(lambdas.size());
+  lambdas.push_back(lambdas.back() + (lambdas.back() - lambdas.front()) / count);
+}
+
+std::vector<float> pairsOfRecord(const vrntSpectrumRec& record) {
+  const SpectralPairs pairs(recordFloats(record));
+  std::vector<float> lambdas = innerWavelengths(pairs);
+  std::vector<float> amplitudes;
+  amplitudes.reserve(lambdas.size());
+  for (std::size_t i = 0; i < lambdas.size(); ++i) amplitudes.push_back(pairs.amplitude(i + 1));
+  closeByAverage(lambdas);
+  return pairsFromSamples(lambdas, amplitudes);
+}
+
+// Puts amplitudes beside the wavelengths, from pair `first` on.
+void putAmplitudes(const std::vector<float>& amplitudes, float* pairs, std::size_t first) {
+  for (std::size_t i = 0; i < amplitudes.size(); ++i) pairs[2 * (first + i) + 1] = amplitudes[i];
+}
+
+void convertTo(const SpectrumView& spectrum, Illuminant illuminant, vrntSpectrumRec& out) {
+  switch (out.encoding) {
+    case VRNT_SPECTRUM_LUMINANCE:
+      out.data[0] = spectrum.toLuminance(illuminant);
+      break;
+    case VRNT_SPECTRUM_SPECTRAL: {
+      std::vector<float> lambdas = innerWavelengths(SpectralPairs(recordFloats(out)));
+      if (!lambdas.empty()) lambdas.push_back(lambdas.back() + 5.0F);
+      putAmplitudes(spectrum.sampleAt(lambdas), out.data, 1);
+      break;
+    }
+    default: {
+      const Rgb colour = spectrum.toRgb(illuminant);
+      out.data[0] = colour.r;
+      out.data[1] = colour.g;
+      out.data[2] = colour.b;
+    }
+  }
+}
+
+SpectrumView spectrumAt(const vrntValue_t* value, const vrntValueView_t* view) {
+  return readSpectrum(typeOf(view->type), blockData(value) + view->offset);
+}
+
+}  // namespace
+}  // namespace qex::vornath
+
+using namespace qex::vornath;  // NOLINT(google-build-using-namespace): the file is its flat face
+
+extern "C" {
+
+void vrntBlackbodyToRGB(float* rgb, float temperature) {
+  const Rgb colour = blackBodyColour(temperature);
+  rgb[0] = colour.r;
+  rgb[1] = colour.g;
+  rgb[2] = colour.b;
+}
+
+float vrntPlancksLaw(float wavelength, float temperature) {
+  return spectralRadiance(wavelength, temperature);
+}
+
+void vrntSpectrumConvert(const vrntSpectrumRec* in, vrntSpectrumRec* out, int32_t colourSpace) {
+  const Illuminant illuminant = illuminantOf(colourSpace);
+  switch (in->encoding) {
+    case VRNT_SPECTRUM_LUMINANCE:
+      return convertTo({SpectrumEncoding::Luminance, {in->data, 1}}, illuminant, *out);
+    case VRNT_SPECTRUM_SPECTRAL:
+      return convertTo({SpectrumEncoding::Spectral, pairsOfRecord(*in)}, illuminant, *out);
+    default:
+      return convertTo({SpectrumEncoding::Rgb, {in->data, 3}}, illuminant, *out);
+  }
+}
+
+int32_t vrntValueToRGB(const vrntValue_t* value, const vrntValueView_t* view, int32_t colourSpace,
+                       float* rgb) {
+  return reportFailureAs(-1, [&] {
+    const Rgb colour = spectrumAt(value, view).toRgb(illuminantOf(colourSpace));
+    rgb[0] = colour.r;
+    rgb[1] = colour.g;
+    rgb[2] = colour.b;
+    return 0;
+  });
+}
+
+int32_t vrntValueToSPD(const vrntValue_t* value, const vrntValueView_t* view, int32_t count,
+                       float* pairs) {
+  return reportFailureAs(-1, [&] {
+    const SpectrumView spectrum = spectrumAt(value, view);
+    std::vector<float> lambdas;
+    for (std::int32_t pair = 0; pair < count / 2; ++pair) lambdas.push_back(pairs[2 * pair]);
+    closeByAverage(lambdas);
+    putAmplitudes(spectrum.sampleAt(lambdas), pairs, 0);
+    return 0;
+  });
+}
+
+}  // extern "C"

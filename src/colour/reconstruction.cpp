@@ -1,0 +1,92 @@
+#include "reconstruction.hpp"
+
+#include <cmath>
+#include <cstddef>
+
+#include "tables/reconstruction_curves.hpp"
+
+namespace qex::vornath {
+namespace {
+
+// A place on the grid, in samples: the integer part and the fraction, both toward zero.
+struct GridPlace {
+  int index;
+  float fraction;
+
+  bool belowGrid() const noexcept { return index < 0 || (index == 0 && fraction < 0.0F); }
+};
+
+GridPlace split(float samples) noexcept {
+  // Beyond the grid only the side matters; an int holds no more than so much.
+  constexpr float kFarOutside = 1000.0F;
+  if (samples > kFarOutside) samples = kFarOutside;
+  if (samples < -kFarOutside) samples = -kFarOutside;
+  const int index = static_cast<int>(samples);
+  return {index, samples - static_cast<float>(index)};
+}
+
+constexpr int kSamples = static_cast<int>(kGridSize);
+
+}  // namespace
+
+Reconstruction::Reconstruction(const Rgb& colour, Illuminant illuminant) noexcept {
+  const auto [r, g, b] = illuminant == Illuminant::D65 ? adaptFromD65ToE(colour) : colour;
+  // The least channel is white; the next one, over it, the secondary of the two larger channels;
+  // the largest, over that, its own primary. A NaN is not above anything.
+  const auto mix = [&](float least, const GridRow& secondaryCurve, float first,
+                       const GridRow& firstCurve, float second, const GridRow& secondCurve) {
+    const bool secondIsLarger = !(first > second);
+    const float middle = secondIsLarger ? first : second;
+    white_ = least;
+    secondary_ = middle - least;
+    primary_ = (secondIsLarger ? second : first) - middle;
+    secondaryCurve_ = &secondaryCurve;
+    primaryCurve_ = secondIsLarger ? &secondCurve : &firstCurve;
+  };
+  if (!(r > g) && !(r > b)) {
+    mix(r, kCyanCurve, g, kGreenCurve, b, kBlueCurve);
+  } else if (!(g > r) && !(g > b)) {
+    mix(g, kMagentaCurve, r, kRedCurve, b, kBlueCurve);
+  } else {
+    mix(b, kYellowCurve, r, kRedCurve, g, kGreenCurve);
+  }
+}
+
+float Reconstruction::sample(std::size_t index) const noexcept {
+  float sum = white_ * kWhiteCurve[index];
+  sum += secondary_ * (*secondaryCurve_)[index];
+  sum += primary_ * (*primaryCurve_)[index];
+  return sum;
+}
+
+float Reconstruction::average(float lambda, float deltaLambda) const noexcept {
+  if (std::isnan(lambda) || std::isnan(deltaLambda)) return lambda + deltaLambda;
+
+  // So far before its end a band that ends on a sample's edge doesn't reach into the sample.
+  constexpr float kEndMargin = 1.1920929e-7F;
+  // The last sample's weight where a band runs beyond it.
+  constexpr float kAlmostWhole = 0.9999999F;
+
+  GridPlace first = split((lambda - kGridFirst) / kGridStep);
+  GridPlace last = split((lambda + deltaLambda - kGridFirst) / kGridStep - kEndMargin);
+  if (first.belowGrid()) first = {0, 0.0F};
+  if (last.belowGrid()) return 0.0F;
+  if (last.index >= kSamples) last = {kSamples - 1, kAlmostWhole};
+  if (last.index < first.index) return 0.0F;
+
+  float sum = 0.0F;
+  for (int i = first.index; i <= last.index; ++i) {
+    float weight = 1.0F;
+    if (first.index == last.index) {
+      weight = last.fraction - first.fraction;
+    } else if (i == first.index) {
+      weight = 1.0F - first.fraction;
+    } else if (i == last.index) {
+      weight = last.fraction;
+    }
+    sum += weight * sample(static_cast<std::size_t>(i)) * kGridStep;
+  }
+  return sum / deltaLambda;
+}
+
+}  // namespace qex::vornath

@@ -1,0 +1,130 @@
+#include "spectrum.hpp"
+
+#include <cstring>
+#include <utility>
+
+#include "fixed_struct_types.hpp"
+#include "spectrum_value.hpp"
+#include "step_function.hpp"
+
+namespace qex::vornath {
+namespace {
+
+Spectrum spectral(const std::vector<float>& pairs) {
+  return Spectrum(makeSpectrumValue(SpectrumEncoding::Spectral, pairs));
+}
+
+// Where the two parts of a spectrum stand. The type is a subtype of the spectrum type.
+struct Parts {
+  std::int32_t encoding;
+  std::uint64_t word;
+  const Type* target;
+};
+
+Parts partsAt(const Type& type, const char* data) {
+  const auto& structure = std::get<Type::TStruct>(type.desc());
+  Parts parts{};
+  std::memcpy(&parts.encoding, data + structure.offsets[0], sizeof(parts.encoding));
+  parts.word = loadWord(data + structure.offsets[1]);
+  parts.target = std::get<Type::TRef>(structure.fields[1].type->desc()).target.get();
+  return parts;
+}
+
+// An unknown code reads as a triple.
+SpectrumEncoding encodingOf(std::int32_t code) {
+  switch (code) {
+    case static_cast<std::int32_t>(SpectrumEncoding::Luminance):
+      return SpectrumEncoding::Luminance;
+    case static_cast<std::int32_t>(SpectrumEncoding::Spectral):
+      return SpectrumEncoding::Spectral;
+    default:
+      return SpectrumEncoding::Rgb;
+  }
+}
+
+// The type of the array that is referred to, and its first byte.
+struct Referred {
+  const Type* type;
+  const void* data;
+};
+
+Referred follow(const Parts& parts) {
+  if (isBlockWord(parts.word)) {
+    vrntValue_t* const block = blockOfWord(parts.word);
+    // A host may store any block: nothing checked the type of this one yet.
+    requireAccessible(
+        blockType(block),
+        *std::get<Type::TRef>(std::get<Type::TStruct>(spectrumType().desc()).fields[1].type->desc())
+             .target);
+    return {&blockType(block), blockData(block)};
+  }
+  return {parts.target,
+          reinterpret_cast<const void*>(static_cast<std::uintptr_t>(parts.word >> 1))};
+}
+
+std::span<const float> floatsAt(const Referred& referred) {
+  return {static_cast<const float*>(referred.data), referred.type->size() / sizeof(float)};
+}
+
+}  // namespace
+
+Spectrum::Spectrum(DynamicValue value) : value_(std::move(value)) {
+  requireAccessible(value_.typeOf(), spectrumType());
+}
+
+Spectrum Spectrum::fromLuminance(float value) {
+  return Spectrum(makeSpectrumValue(SpectrumEncoding::Luminance, {&value, 1}));
+}
+
+Spectrum Spectrum::fromRgb(float red, float green, float blue) {
+  return Spectrum(makeSpectrumValue(SpectrumEncoding::Rgb, std::array<float, 3>{red, green, blue}));
+}
+
+Spectrum Spectrum::fromSamples(std::span<const float> lambdas, std::span<const float> amplitudes) {
+  return spectral(pairsFromSamples(lambdas, amplitudes));
+}
+
+Spectrum Spectrum::fromUniformSamples(float lambda0, float deltaLambda,
+                                      std::span<const float> amplitudes) {
+  return spectral(pairsFromUniformSamples(lambda0, deltaLambda, amplitudes));
+}
+
+Spectrum Spectrum::fromBand(float lambda, float deltaLambda, float amplitude) {
+  return spectral(pairsFromBand(lambda, deltaLambda, amplitude));
+}
+
+SpectrumView Spectrum::view() const { return readSpectrum(value_.typeOf(), value_.data()); }
+
+void Spectrum::validate() const {
+  const Parts parts = partsAt(value_.typeOf(), value_.data());
+  if (parts.word == 0) return;
+  const Referred array = follow(parts);
+  const std::span<const float> floats = floatsAt(array);
+  if (floats.empty()) return;
+  switch (encodingOf(parts.encoding)) {
+    case SpectrumEncoding::Luminance:
+      requireFitting(*array.type, *floatArrayType(1));
+      break;
+    case SpectrumEncoding::Rgb:
+      requireFitting(*array.type, *floatArrayType(3));
+      break;
+    case SpectrumEncoding::Spectral:
+      validatePairs(floats);
+      break;
+  }
+}
+
+SpectrumView readSpectrum(const Type& type, const char* data) {
+  requireAccessible(type, spectrumType());
+  const Parts parts = partsAt(type, data);
+  const SpectrumEncoding encoding = encodingOf(parts.encoding);
+  if (parts.word == 0) return {encoding, {}};
+  const Referred array = follow(parts);
+  const std::span<const float> floats = floatsAt(array);
+  if (encoding == SpectrumEncoding::Rgb && !floats.empty() && floats.size() < 3) {
+    requireFitting(*array.type, *floatArrayType(3));
+  }
+  return {encoding, floats};
+}
+
+}  // namespace qex::vornath

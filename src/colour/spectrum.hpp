@@ -1,0 +1,55 @@
+/// The spectrum record as it lies in values: how one is made, checked and read.
+#ifndef VORNATH_COLOUR_SPECTRUM_HPP
+#define VORNATH_COLOUR_SPECTRUM_HPP
+
+#include <span>
+
+#include "dynamic_value.hpp"
+#include "spectrum_view.hpp"
+
+namespace qex::vornath {
+
+/// A value of the universal spectrum type. A copy shares the array; nobody writes to it.
+///
+/// All wavelengths are in nm. Failures are vrnt::Exception with InvalidArguments: those of
+/// wavelengths.hpp and of the operation.
+class Spectrum {
+ public:
+  static Spectrum fromLuminance(float value);
+  static Spectrum fromRgb(float red, float green, float blue);
+  /// An amplitude for each interval between adjacent wavelengths.
+  static Spectrum fromSamples(std::span<const float> lambdas, std::span<const float> amplitudes);
+  /// An amplitude for each step of a grid from lambda0.
+  static Spectrum fromUniformSamples(float lambda0, float deltaLambda,
+                                     std::span<const float> amplitudes);
+  /// One amplitude on one band. Nothing is checked.
+  static Spectrum fromBand(float lambda, float deltaLambda, float amplitude);
+
+  /// Shares the value. Throws "Incompatible type for accessor -> {}." for one of an unrelated type.
+  explicit Spectrum(DynamicValue value);
+
+  const DynamicValue& value() const noexcept { return value_; }
+
+  /// For all readings. Borrowed: it lives no longer than this. Throws what readSpectrum() does.
+  SpectrumView view() const;
+
+  /// Throws what is wrong: for Luminance and Rgb an array type other than `float[1]` and
+  /// `float[3]` ("Incompatible type for value -> {}."), for Spectral what validatePairs() says. An
+  /// empty spectrum is valid.
+  void validate() const;
+
+ private:
+  DynamicValue value_;
+};
+
+/// The spectrum at `data`, which is laid out as `type` says; borrowed from there. A null reference
+/// is a spectrum without floats, and so is an address of the embedder's own unless the type tells
+/// how many floats stand there.
+/// Throws "Incompatible type for accessor -> {}." if the type may not stand for the spectrum type
+/// or the reference leads to something else than floats, and "Incompatible type for value -> {}."
+/// for fewer floats than the encoding reads.
+SpectrumView readSpectrum(const Type& type, const char* data);
+
+}  // namespace qex::vornath
+
+#endif

@@ -1,0 +1,18 @@
+/// Values of the universal spectrum type.
+#ifndef VORNATH_VALUES_SPECTRUM_VALUE_HPP
+#define VORNATH_VALUES_SPECTRUM_VALUE_HPP
+
+#include <span>
+
+#include "dynamic_value.hpp"
+#include "spectrum_encoding.hpp"
+
+namespace qex::vornath {
+
+/// A spectrum with a new array of the floats behind its reference. The number of floats is not
+/// compared with the encoding.
+DynamicValue makeSpectrumValue(SpectrumEncoding encoding, std::span<const float> floats);
+
+}  // namespace qex::vornath
+
+#endif
