@@ -7,6 +7,9 @@ if(VORNATH_DATA_WERROR)
   target_compile_options(vornath_flags INTERFACE -Werror)
 endif()
 
+# Floating-point arithmetic as it is written: neither contracted nor rearranged.
+set(VORNATH_EXACT_FLOATS -fno-fast-math -ffp-contract=off)
+
 # A layer: one object library for each folder of src/, an include root of its own.
 #   vornath_layer(NAME values SOURCES a.cpp b.cpp LINK vornath_types fmt::fmt)
 function(vornath_layer)

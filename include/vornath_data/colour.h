@@ -1,5 +1,5 @@
 /*
- * Colour: spectra to RGB and back, and the light of black bodies.
+ * Colour: the types that hold it, spectra to RGB and back, and the light of black bodies.
  *
  * A spectrum is one luminance, a linear RGB triple or a sampled distribution. RGB is linear with
  * the primaries and the D65 white of sRGB (IEC 61966-2-1) and has no transfer curve. Wavelengths
@@ -15,7 +15,14 @@
  * 700 nm. A distribution for an RGB triple is put together after B. Smits, "An RGB-to-spectrum
  * conversion for reflectances", Journal of Graphics Tools 4(4), 1999, for the equal-energy white.
  *
- * Threads: every function may be called from any number of threads at once.
+ * The fixed types are made on their first use and live until vrntValuesShutdown(). A type that a
+ * function returns is a new reference, which the caller ends with vrntTypeDestroy(); that of a
+ * fixed type is the same handle on each call. The functions that return a type have no error
+ * location and fail only for want of memory: what is thrown then, as a std::bad_alloc, goes through
+ * to the host, and the next call tries again.
+ *
+ * Threads: every function may be called from any number of threads at once; after the first use a
+ * fixed type takes no lock.
  */
 #ifndef VORNATH_DATA_COLOUR_H
 #define VORNATH_DATA_COLOUR_H
@@ -30,9 +37,9 @@ VRNT_BEGIN_DECLS
 
 /** The encodings of a spectrum, numbered like the constructors of the spectrum type's enum. */
 enum {
-  VRNT_SPECTRUM_LUMINANCE = 0, /**< one float */
-  VRNT_SPECTRUM_RGB = 1,       /**< three floats */
-  VRNT_SPECTRUM_SPECTRAL = 2   /**< pairs of a wavelength and an amplitude */
+  VRNT_ENCODING_LUMINANCE = 0, /**< one float */
+  VRNT_ENCODING_RGB = 1,       /**< three floats */
+  VRNT_ENCODING_SPECTRAL = 2   /**< pairs of a wavelength and an amplitude */
 };
 
 /** The light under which a conversion sees a distribution: any other code than 1 stands for E. */
@@ -43,10 +50,47 @@ enum {
 
 /** A colour as a plain record. */
 typedef struct vrntSpectrumRec {
-  uint32_t encoding; /**< VRNT_SPECTRUM_...; any other number means RGB */
+  uint32_t encoding; /**< VRNT_ENCODING_...; any other number means RGB */
   int32_t count;     /**< for SPECTRAL the number of floats; else not read */
   float* data;       /**< 1 float, 3 floats, or `count` floats of pairs; the caller's */
 } vrntSpectrumRec;
+
+/** The codes of the enum of vrntTypeLightUnit(). */
+enum {
+  VRNT_LIGHT_UNIT_LUMEN = 0,   /**< luminous flux */
+  VRNT_LIGHT_UNIT_CANDELA = 1, /**< luminous intensity */
+  VRNT_LIGHT_UNIT_LUX = 2,     /**< illuminance */
+  VRNT_LIGHT_UNIT_NIT = 3      /**< luminance */
+};
+
+/**
+ * The universal spectrum, `{ enum { LUMINANCE; RGB; SPECTRAL; } encoding; float[]* spectrum; }`
+ * with the name "Spectrum".
+ */
+VRNT_API vrntType_t* vrntTypeSpectrum(void);
+
+/** The photometric units, `enum { LUMEN; CANDELA; LUX; NIT; }`; codes are VRNT_LIGHT_UNIT_*. */
+VRNT_API vrntType_t* vrntTypeLightUnit(void);
+
+/**
+ * The strength of a light: a struct of `color` (the universal spectrum), `value` (a float, in the
+ * unit) and `unit` (that of vrntTypeLightUnit()).
+ */
+VRNT_API vrntType_t* vrntTypeEmission(void);
+
+/**
+ * The type with the universal spectrum in the place of each compact one. A compact spectrum is a
+ * struct that is `{ float3 spectrum; }` but for metadata.
+ * Looked through are the fields of structs and the elements of one-dimensional arrays, at any
+ * depth; not so references, arrays of more dimensions, and the arguments and results of functions,
+ * which stay as they are. Each part keeps its metadata, and what took the place of a compact
+ * spectrum has that one's metadata besides its own; where both have a key, the compact spectrum's
+ * entry counts.
+ * Result: a new reference; the handle that was given if there is no compact spectrum in the type,
+ * and that of vrntTypeSpectrum() for a compact spectrum without metadata of its own. As with a
+ * parse, a part that changed and has a value among its metadata is another type each time.
+ */
+VRNT_API vrntType_t* vrntTypeToUniversalSpectrum(const vrntType_t* type);
 
 /**
  * The colour of a black body's light, scaled to a luminance of 1 and clamped at 0 below.

@@ -1,10 +1,11 @@
-/* The whole vrnt family of flat functions: types, their annotations, values and colour. */
+/* The whole vrnt family of flat functions: types, their annotations, values, and colour. */
 #ifndef VORNATH_DATA_VRNT_H
 #define VORNATH_DATA_VRNT_H
 
 #include "vornath_data/colour.h"
 #include "vornath_data/errors.h"
 #include "vornath_data/metadata.h"
+#include "vornath_data/parameters.h"
 #include "vornath_data/types.h"
 #include "vornath_data/values.h"
 

@@ -57,10 +57,10 @@ void putAmplitudes(const std::vector<float>& amplitudes, float* pairs, std::size
 
 void convertTo(const SpectrumView& spectrum, Illuminant illuminant, vrntSpectrumRec& out) {
   switch (out.encoding) {
-    case VRNT_SPECTRUM_LUMINANCE:
+    case VRNT_ENCODING_LUMINANCE:
       out.data[0] = spectrum.toLuminance(illuminant);
       break;
-    case VRNT_SPECTRUM_SPECTRAL: {
+    case VRNT_ENCODING_SPECTRAL: {
       std::vector<float> lambdas = innerWavelengths(SpectralPairs(recordFloats(out)));
       if (!lambdas.empty()) lambdas.push_back(lambdas.back() + 5.0F);
       putAmplitudes(spectrum.sampleAt(lambdas), out.data, 1);
@@ -100,9 +100,9 @@ float vrntPlancksLaw(float wavelength, float temperature) {
 void vrntSpectrumConvert(const vrntSpectrumRec* in, vrntSpectrumRec* out, int32_t colourSpace) {
   const Illuminant illuminant = illuminantOf(colourSpace);
   switch (in->encoding) {
-    case VRNT_SPECTRUM_LUMINANCE:
+    case VRNT_ENCODING_LUMINANCE:
       return convertTo({SpectrumEncoding::Luminance, {in->data, 1}}, illuminant, *out);
-    case VRNT_SPECTRUM_SPECTRAL:
+    case VRNT_ENCODING_SPECTRAL:
       return convertTo({SpectrumEncoding::Spectral, pairsOfRecord(*in)}, illuminant, *out);
     default:
       return convertTo({SpectrumEncoding::Rgb, {in->data, 3}}, illuminant, *out);

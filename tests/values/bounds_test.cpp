@@ -175,9 +175,9 @@ TEST(MakeDefaultValue, OfPartsThatAreSpectra) {
             "{ a = 0; b = " + zero + "; }");
   EXPECT_EQ(
       text(makeDefaultValue(type(std::string("{ int @default=7 a; ") + kSpectrum + "[2] b; }"))),
-      "{ a = 7; b = [ " + zero + ", " + zero + " ]; }");
+      "{ a = 7; b = [ " + zero + ", " + zero + " : " + kSpectrum + " ]; }");
   // Nothing is made behind a reference.
-  EXPECT_EQ(text(makeDefaultValue(type(std::string(kSpectrum) + "*"))), "null");
+  EXPECT_EQ(at<std::uint64_t>(makeDefaultValue(type(std::string(kSpectrum) + "*"))), 0u);
 }
 
 TEST(MakeDefaultValue, OfASpectrumWithADefaultIsThat) {

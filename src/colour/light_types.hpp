@@ -1,0 +1,19 @@
+/// The types in which a light declares its strength. The library stores and passes such values; it
+/// does no photometric arithmetic.
+#ifndef VORNATH_COLOUR_LIGHT_TYPES_HPP
+#define VORNATH_COLOUR_LIGHT_TYPES_HPP
+
+#include "vornath_data/type_library.hpp"
+
+namespace qex::vornath {
+
+/// The photometric units: `enum { LUMEN; CANDELA; LUX; NIT; }`. Borrowed.
+const Type& lightUnitType();
+
+/// A coloured strength: the fields `color` (the universal spectrum), `value` (a float) and `unit`.
+/// Borrowed.
+const Type& emissionType();
+
+}  // namespace qex::vornath
+
+#endif

@@ -1,0 +1,65 @@
+#include "material_parameter_types.hpp"
+
+#include "type_making.hpp"
+#include "vornath_data/catalogue/schema_text.hpp"
+
+namespace qex::vornath {
+namespace {
+
+using vrnt::detail::joinText;
+
+constexpr char kSpectrum[] = "{ enum { LUMINANCE; RGB; SPECTRAL; } encoding; float[]* spectrum; }";
+constexpr char kWrapMode[] = "enum { CLAMP; BORDER; REPEAT; MIRROR; }";
+constexpr char kTextureReference[] = "{ int texture_ref; }";
+constexpr char kTransformation[] = "{ float2 x; float2 y; float2 z; }";
+// Columns of three, unlike the transformation above.
+constexpr char kUvTransformation[] = "{ float3 x; float3 y; float3 z; }";
+constexpr auto kWrapModes = joinText("{ ", kWrapMode, " u; ", kWrapMode, " v; }");
+
+constexpr auto kSpectrumSampler =
+    joinText("{ { int spectrum_texture; } spectrum_texture; ", kWrapModes.text, " wrapmode; ",
+             kSpectrum, " border_spectrum; float border_alpha; }");
+constexpr auto kFloatSampler = joinText("{ { int float_texture; } float_texture; ", kWrapModes.text,
+                                        " wrapmode; float4 border; }");
+constexpr auto kNormalSampler =
+    joinText("{ { int normal_texture; } normal_texture; ", kWrapModes.text,
+             " wrapmode; float3 border_normal; float border_float; }");
+
+// `mode` says whether the value or the texture is in force.
+constexpr auto kColour =
+    joinText("{ enum { VALUE; TEXTURE; } mode; ", kSpectrum, " color; { ", kSpectrumSampler.text,
+             " sampler; ", kUvTransformation, " uvTransformation; ", kSpectrum, " colorOffset; ",
+             kSpectrum, " colorScale; } texture; }");
+constexpr auto kFloat = joinText("{ enum { VALUE; TEXTURE; } mode; float value; { ",
+                                 kFloatSampler.text, " sampler; ", kUvTransformation,
+                                 " uvTransformation; float valueOffset; float valueScale; } "
+                                 "texture; }");
+constexpr auto kNormal =
+    joinText("{ bool enabled; ", kNormalSampler.text, " sampler; ", kUvTransformation,
+             " uvTransformation; float3 normalOffset; float3 normalScale; }");
+
+// The flat forms have the texture's settings side by side with the value.
+constexpr auto kTexturePlacement =
+    joinText(kTextureReference, " texture; ", kTransformation, " transformation; ", kWrapMode,
+             " wrap_u; ", kWrapMode, " wrap_v; ");
+constexpr auto kSimpleColour = joinText("{ ", kSpectrum, " value; ", kTexturePlacement.text,
+                                        kSpectrum, " scale; ", kSpectrum, " offset; }");
+constexpr auto kSimpleFloat =
+    joinText("{ float value; ", kTexturePlacement.text, "float scale; float offset; }");
+constexpr auto kSimpleNormal =
+    joinText("{ ", kTexturePlacement.text, "float3 scale; float3 offset; }");
+
+// In the order of their numbers.
+constexpr std::array<const char*, kMaterialParameterCount> kTexts{
+    kColour.text,       kFloat.text,       kNormal.text,
+    kSimpleColour.text, kSimpleFloat.text, kSimpleNormal.text};
+
+}  // namespace
+
+const Type& materialParameterType(std::uint32_t number) { return TypesOfTexts<kTexts>::at(number); }
+
+std::int32_t materialParameterNumber(const Type& type) {
+  return numberOfSameType(type, kMaterialParameterCount, materialParameterType);
+}
+
+}  // namespace qex::vornath

@@ -1,0 +1,70 @@
+/// How the fixed types of this layer are made: each once, on its first use, and kept from then on.
+///
+/// A static in a function that throws while it is made stays unmade, and the next call tries again.
+#ifndef VORNATH_COLOUR_TYPE_MAKING_HPP
+#define VORNATH_COLOUR_TYPE_MAKING_HPP
+
+#include <array>
+#include <cstddef>
+#include <cstdint>
+#include <utility>
+#include <vector>
+
+#include "relations.hpp"
+#include "type_factory.hpp"
+#include "vornath_data/type_library.hpp"
+
+namespace qex::vornath {
+
+/// Keeps the type until shutdown, for a static that refers to it.
+inline const Type& permanentType(const TypePtr& type) {
+  return *Type::get_factory(true)->makePermanent(type.get());
+}
+
+inline TypePtr makeStruct(std::vector<Type::Field> fields, const Metadata& metadata = {}) {
+  return Type::get_factory(true)->makeType(Type::TStruct(std::move(fields)), metadata);
+}
+
+inline Type::Field makeField(const Type& type, const char* label) {
+  return {TypePtr(&type), label};
+}
+
+/// The types of a table of texts. The use of one doesn't make the others.
+template <const auto& kTexts>
+class TypesOfTexts {
+ public:
+  static constexpr std::size_t kCount = std::size(kTexts);
+
+  /// The index is below kCount.
+  static const Type& at(std::size_t index) { return kGetters[index](); }
+
+ private:
+  using Getter = const Type& (*)();
+
+  template <std::size_t Index>
+  static const Type& get() {
+    static const Type& type = permanentType(Type::parse(kTexts[Index]));
+    return type;
+  }
+
+  template <std::size_t... Indices>
+  static constexpr std::array<Getter, kCount> getters(std::index_sequence<Indices...>) {
+    return {&get<Indices>...};
+  }
+
+  static constexpr std::array<Getter, kCount> kGetters =
+      getters(std::make_index_sequence<kCount>());
+};
+
+/// The lowest number whose type is the same as this one but for metadata, or -1.
+template <typename TypeOfNumber>
+std::int32_t numberOfSameType(const Type& type, std::uint32_t count, TypeOfNumber typeOfNumber) {
+  for (std::uint32_t number = 0; number < count; ++number) {
+    if (isSameType(type, typeOfNumber(number))) return static_cast<std::int32_t>(number);
+  }
+  return -1;
+}
+
+}  // namespace qex::vornath
+
+#endif

@@ -1,0 +1,51 @@
+#include "wrap_mode.hpp"
+
+#include <string>
+
+#include "type_making.hpp"
+
+namespace qex::vornath {
+namespace {
+
+std::string wrapModeText(WrapMode defaultMode) {
+  return std::string("enum { CLAMP; BORDER; REPEAT; MIRROR; } @default = ") +
+         toString(defaultMode) + " : enum { CLAMP; BORDER; REPEAT; MIRROR; }";
+}
+
+std::string labelledText(WrapMode defaultMode) {
+  return wrapModeText(defaultMode) + " @name=\"Wrap mode\"";
+}
+
+}  // namespace
+
+const char* toString(WrapMode mode) {
+  switch (mode) {
+    case WrapMode::Clamp:
+      return "CLAMP";
+    case WrapMode::Border:
+      return "BORDER";
+    case WrapMode::Repeat:
+      return "REPEAT";
+    case WrapMode::Mirror:
+      return "MIRROR";
+  }
+  return "INVALID_WRAPMODE";
+}
+
+TypePtr makeWrapModeType(WrapMode defaultMode) { return Type::parse(wrapModeText(defaultMode)); }
+
+TypePtr makeWrapMode2Type(WrapMode defaultU, WrapMode defaultV) {
+  return Type::parse("{ " + labelledText(defaultU) + " u; " + labelledText(defaultV) + " v; }");
+}
+
+const Type& wrapModeType() {
+  static const Type& type = permanentType(makeWrapModeType(WrapMode::Repeat));
+  return type;
+}
+
+const Type& wrapMode2Type() {
+  static const Type& type = permanentType(makeWrapMode2Type(WrapMode::Repeat, WrapMode::Repeat));
+  return type;
+}
+
+}  // namespace qex::vornath
