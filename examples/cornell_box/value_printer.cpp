@@ -1,6 +1,8 @@
 #include "value_printer.hpp"
 
 #include <algorithm>
+#include <array>
+#include <cstdio>
 #include <cstring>
 
 namespace cornell_box {
@@ -60,6 +62,22 @@ std::uint64_t wordAt(const vrntValue_t* value, const vrntValueView_t& view) {
   return word;
 }
 
+bool isSpectrum(const vrntType_t* type) {
+  const Type spectrum(vrntTypeSpectrum());
+  return vrntTypeIsSubType(type, spectrum.get()) != 0;
+}
+
+// The colour of a spectrum, or nothing if it has none.
+std::string rgbText(const vrntValue_t* value, const vrntValueView_t& view,
+                    std::int32_t colourSpace) {
+  std::array<float, 3> rgb{};
+  if (vrntValueToRGB(value, &view, colourSpace, rgb.data()) != 0) return "";
+  std::array<char, 128> text{};
+  std::snprintf(text.data(), text.size(), "%.5f %.5f %.5f", static_cast<double>(rgb[0]),
+                static_cast<double>(rgb[1]), static_cast<double>(rgb[2]));
+  return text.data();
+}
+
 }  // namespace
 
 void ValuePrinter::add(const vrntValue_t* value) {
@@ -99,7 +117,22 @@ void ValuePrinter::walkStruct(const Place& place) {
           {type.get(), place.view.offset + child.offset},
           vrntTypeFieldLabel(place.view.type, field)});
   }
+  if (lines_.size() > heading + 1 && isSpectrum(place.view.type)) addColour(place);
   dropEmptyHeading(place, heading);
+}
+
+// Below what a spectrum holds, what it looks like.
+void ValuePrinter::addColour(const Place& place) {
+  const std::string indent(2 * depth_, ' ');
+  const std::string underE = rgbText(place.value, place.view, VRNT_COLOUR_SPACE_E);
+  const std::string underD65 = rgbText(place.value, place.view, VRNT_COLOUR_SPACE_D65);
+  if (underE.empty()) return;
+  if (underE == underD65) {
+    lines_.push_back({indent + "RGB", underE, {}, {}});
+  } else {
+    lines_.push_back({indent + "RGB under E", underE, {}, {}});
+    lines_.push_back({indent + "RGB under D65", underD65, {}, {}});
+  }
 }
 
 // The value as a whole has no label, and so neither a line nor a depth of its own.

@@ -49,6 +49,7 @@ class ValuePrinter {
   void walkArray(const Place& place);
   void walkList(const Place& place, const vrntType_t* element, std::int32_t count);
   void walkReference(const Place& place);
+  void addColour(const Place& place);
   void addHeading(const Place& place);
   void dropEmptyHeading(const Place& place, std::size_t heading);
   void addLine(const Place& place, const std::string& text, const std::string& standardText);
