@@ -94,6 +94,34 @@ VRNT_API vrntValue_t* vrntValueFromView(const vrntValue_t* value, const vrntValu
  */
 VRNT_API vrntValue_t* vrntValueDeserialize(vrntReadFn read, void* user, vrntValuesError_t** error);
 
+/**
+ * Carries a value over to another type: a new value that starts as vrntValueCreateDefault() of the
+ * type gives it and takes from `value` what fits. Struct fields go by label and array elements by
+ * index, on each dimension up to the smaller extent; enums keep the label of their constructor, not
+ * the code. A part whose type may stand for that of its counterpart goes over as it is, references
+ * included. Numbers aren't converted and references aren't followed: a part of another kind keeps
+ * the default, as does a label that the target's enum doesn't have. A target that is an array
+ * without extents takes no elements. `value` stays as it is, and the caller's.
+ * Errors: kind 0 with "Enum code out of range: {}" for a code that the enum in `value` doesn't
+ * have, unless its type goes over as it is; kind 2 for two arrays of one rank that don't fit and
+ * one of which has no extents; the out-of-memory object.
+ */
+VRNT_API vrntValue_t* vrntCoerce(const vrntType_t* type, const vrntValue_t* value,
+                                 vrntValuesError_t** error);
+
+/**
+ * Reduces a value to what a consumer bakes in: a new value without the struct fields that `type`
+ * marks with `@no_specialize`, also those in nested structs and in array elements. The mark counts
+ * on the type of a field only, not on that of the whole value or of an element; what is referred to
+ * stays whole. A value's own type carries no marks, so `type` is the annotated type that describes
+ * it. `value` stays as it is, and the caller's.
+ * Errors: kind 0 with "Incompatible type for value -> {}." and the reason if the value may not
+ * stand for `type`; kind 2 if the value is an array without extents; the out-of-memory object.
+ */
+VRNT_API vrntValue_t* vrntBuildSpecializationParameters(const vrntType_t* type,
+                                                        const vrntValue_t* value,
+                                                        vrntValuesError_t** error);
+
 /* Lifetime. */
 
 /** Adds a reference and returns the pointer that it was given: one atomic increment. Errors: none. */

@@ -1,6 +1,7 @@
 #include "spectral_integral.hpp"
 
-#include <algorithm>
+#include <array>
+#include <cstdint>
 
 #include "tables/illuminants.hpp"
 #include "tables/observer.hpp"
@@ -8,48 +9,62 @@
 namespace qex::vornath {
 namespace {
 
-// A place between two samples of the grid.
-struct GridPlace {
-  std::size_t low, high;
-  float fraction;
+// Four floats that are treated alike, each as a single one would be.
+using Lanes [[gnu::vector_size(16)]] = float;
 
-  float between(float a, float b) const noexcept { return (1.0F - fraction) * a + fraction * b; }
+// The norm needs y; X, Y and Z need x, y and z. All need the illuminant's power.
+struct Sample {
+  Lanes match, power;
 };
 
-// A NaN goes to the grid's beginning.
-GridPlace gridPlace(float wavelength) noexcept {
-  const float inside =
-      wavelength >= kGridFirst ? (wavelength <= kGridLast ? wavelength : kGridLast) : kGridFirst;
-  const float position = (inside - kGridFirst) / kGridStep;
-  const auto low = static_cast<std::size_t>(position);
-  return {low, std::min(low + 1, kGridSize - 1), position - static_cast<float>(low)};
+// The last sample stands twice, as the one after it, so that it needs no case of its own.
+using Tables = std::array<Sample, kGridSize + 1>;
+
+Tables makeTables(const GridRow& power) {
+  Tables tables{};
+  for (std::size_t i = 0; i <= kGridSize; ++i) {
+    const std::size_t at = i < kGridSize ? i : kGridSize - 1;
+    const ColourMatch& match = kObserver[at];
+    tables[i].match = Lanes{match.y, match.x, match.y, match.z};
+    tables[i].power = Lanes{power[at], power[at], power[at], power[at]};
+  }
+  return tables;
+}
+
+const Tables& tablesOf(Illuminant illuminant) {
+  static const Tables underE = makeTables(kIlluminantE);
+  static const Tables underD65 = makeTables(kIlluminantD65);
+  return illuminant == Illuminant::D65 ? underD65 : underE;
 }
 
 }  // namespace
 
 Xyz xyzFromPairs(SpectralPairs pairs, Illuminant illuminant) noexcept {
-  const GridRow& power = illuminant == Illuminant::D65 ? kIlluminantD65 : kIlluminantE;
-  Xyz sum{0.0F, 0.0F, 0.0F};
-  float norm = 0.0F;
+  const Tables& tables = tablesOf(illuminant);
+  Lanes sum{};  // the norm, X, Y and Z
   for (std::size_t pair = 0; pair < pairs.size(); ++pair) {
     const float wavelength = pairs.wavelength(pair);
     const float amplitude = pairs.amplitude(pair);
-    const GridPlace place = gridPlace(wavelength);
-    const float light = place.between(power[place.low], power[place.high]);
-    ColourMatch match{0.0F, 0.0F, 0.0F};
-    if (wavelength >= kGridFirst && wavelength <= kGridLast) {
-      const ColourMatch& low = kObserver[place.low];
-      const ColourMatch& high = kObserver[place.high];
-      match = {place.between(low.x, high.x), place.between(low.y, high.y),
-               place.between(low.z, high.z)};
+    Lanes match{};
+    Lanes light;
+    if (wavelength >= kGridFirst && wavelength <= kGridLast) [[likely]] {
+      const float position = (wavelength - kGridFirst) / kGridStep;
+      const auto low = static_cast<std::int32_t>(position);
+      const float fraction = position - static_cast<float>(low);
+      const float rest = 1.0F - fraction;
+      const Sample* const samples = &tables[static_cast<std::size_t>(low)];
+      match = rest * samples[0].match + fraction * samples[1].match;
+      light = rest * samples[0].power + fraction * samples[1].power;
+    } else {
+      // The light of the nearer end, with 0 of the other sample. A NaN is at the beginning.
+      light = tables[wavelength > kGridLast ? kGridSize - 1 : 0].power;
     }
     // What lies outside adds 0 times its amplitude, which is NaN if that is infinite.
-    sum.x += match.x * amplitude * light;
-    sum.y += match.y * amplitude * light;
-    sum.z += match.z * amplitude * light;
-    norm += match.y * light;
+    Lanes weight{amplitude, amplitude, amplitude, amplitude};
+    weight[0] = 1.0F;
+    sum += match * weight * light;
   }
-  return {sum.x / norm, sum.y / norm, sum.z / norm};
+  return {sum[1] / sum[0], sum[2] / sum[0], sum[3] / sum[0]};
 }
 
 }  // namespace qex::vornath

@@ -48,18 +48,29 @@ struct Referred {
   const void* data;
 };
 
+bool isFloatArray(const Type& type) {
+  const auto* const array = type.getIf<Type::TArrayND<int>>();
+  if (array == nullptr) return false;
+  const auto* const element = array->element->getIf<Type::TBasetype>();
+  return element != nullptr && *element == Type::TBasetype::Float;
+}
+
+// The type of the array that a spectrum refers to.
+const Type& floatsType() {
+  const auto& structure = std::get<Type::TStruct>(spectrumType().desc());
+  return *std::get<Type::TRef>(structure.fields[1].type->desc()).target;
+}
+
 Referred follow(const Parts& parts) {
-  if (isBlockWord(parts.word)) {
-    vrntValue_t* const block = blockOfWord(parts.word);
-    // A host may store any block: nothing checked the type of this one yet.
-    requireAccessible(
-        blockType(block),
-        *std::get<Type::TRef>(std::get<Type::TStruct>(spectrumType().desc()).fields[1].type->desc())
-             .target);
-    return {&blockType(block), blockData(block)};
+  if (!isBlockWord(parts.word)) {
+    return {parts.target,
+            reinterpret_cast<const void*>(static_cast<std::uintptr_t>(parts.word >> 1))};
   }
-  return {parts.target,
-          reinterpret_cast<const void*>(static_cast<std::uintptr_t>(parts.word >> 1))};
+  const vrntValue_t* const block = blockOfWord(parts.word);
+  const Type& type = blockType(block);
+  // A host may have stored any block: nothing has looked at its type yet.
+  if (!isFloatArray(type)) requireAccessible(type, floatsType());
+  return {&type, blockData(block)};
 }
 
 std::span<const float> floatsAt(const Referred& referred) {

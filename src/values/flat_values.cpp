@@ -5,9 +5,11 @@
 
 #include "boundary.hpp"
 #include "bounds.hpp"
+#include "coercion.hpp"
 #include "dynamic_value.hpp"
 #include "equality.hpp"
 #include "layout.hpp"
+#include "specialization.hpp"
 #include "stream.hpp"
 #include "type_handle.hpp"
 #include "value_parser.hpp"
@@ -74,6 +76,23 @@ vrntValue_t* vrntValueDeserialize(vrntReadFn read, void* user, vrntValuesError_t
   return reportEveryError(error, nullptr, [&] {
     DynamicValue::StreamMap map;
     return allocateValue(deserializeValue(read, user, map));
+  });
+}
+
+vrntValue_t* vrntCoerce(const vrntType_t* type, const vrntValue_t* value,
+                        vrntValuesError_t** error) {
+  return reportEveryError(error, nullptr, [&] {
+    const DynamicValue held(blockOf(value));
+    return allocateValue(coerceValue(held, typePtr(type), true));
+  });
+}
+
+vrntValue_t* vrntBuildSpecializationParameters(const vrntType_t* type, const vrntValue_t* value,
+                                               vrntValuesError_t** error) {
+  return reportEveryError(error, nullptr, [&] {
+    const DynamicValue held(blockOf(value));
+    requireFitting(held.typeOf(), typeOf(type));
+    return allocateValue(buildSpecialization(held.view(), typeOf(type)));
   });
 }
 

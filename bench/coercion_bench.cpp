@@ -1,0 +1,109 @@
+// Coercing and specializing large arrays, against what no way of doing it can be spared: the memory
+// of the result and one pass over the bytes.
+#include <benchmark/benchmark.h>
+
+#include <cstdint>
+#include <cstdlib>
+#include <cstring>
+#include <string>
+
+#include "ratio_reporter.hpp"
+#include "vornath_data/vrnt.h"
+
+namespace {
+
+constexpr std::uint64_t kElements = 1000000;
+
+class Case {
+ public:
+  Case(const std::string& valueType, const std::string& type)
+      : valueType_(vrntTypeParse(valueType.c_str(), &error_)),
+        type_(vrntTypeParse(type.c_str(), &error_)),
+        value_(vrntValueCreate(valueType_, &error_)) {}
+  Case(const Case&) = delete;
+  Case& operator=(const Case&) = delete;
+  ~Case() {
+    vrntValueDestroy(value_);
+    vrntTypeDestroy(type_);
+    vrntTypeDestroy(valueType_);
+  }
+
+  template <typename Operation>
+  void run(benchmark::State& state, Operation operation) {
+    for (auto _ : state) {
+      vrntValue_t* result = operation(type_, value_, &error_);
+      benchmark::DoNotOptimize(result);
+      vrntValueDestroy(result);
+    }
+  }
+
+ private:
+  vrntValuesError_t* error_ = nullptr;
+  vrntType_t* valueType_;
+  vrntType_t* type_;
+  vrntValue_t* value_;
+};
+
+void coerceToAnotherExtent(benchmark::State& state) {
+  Case("float[1000000]", "float[1000001]").run(state, vrntCoerce);
+}
+
+void copyFloats(benchmark::State& state) {
+  void* const source = std::calloc(kElements, 4);
+  for (auto _ : state) {
+    void* const result = std::calloc(kElements + 1, 4);
+    std::memcpy(result, source, kElements * 4);
+    benchmark::DoNotOptimize(result);
+    std::free(result);
+  }
+  std::free(source);
+}
+
+void coerceStructs(benchmark::State& state) {
+  Case("{ float3 a; int b; enum { A; B; } e; }[1000000]",
+       "{ float3 a; enum { B; A; } e; float c; }[1000000]")
+      .run(state, vrntCoerce);
+}
+
+void specializeStructs(benchmark::State& state) {
+  Case("{ float3 a; int b; float c; }[1000000]",
+       "{ float3 a; int @no_specialize b; float c; }[1000000]")
+      .run(state, vrntBuildSpecializationParameters);
+}
+
+// The same bytes with places known beforehand: 16 and 4 of each 32.
+void moveStructs(benchmark::State& state) {
+  char* const source = static_cast<char*>(std::calloc(kElements, 32));
+  for (auto _ : state) {
+    char* const result = static_cast<char*>(std::calloc(kElements, 32));
+    for (std::uint64_t i = 0; i < kElements; ++i) {
+      std::memcpy(result + 32 * i, source + 32 * i, 16);
+      std::memcpy(result + 32 * i + 16, source + 32 * i + 20, 4);
+    }
+    benchmark::DoNotOptimize(result);
+    std::free(result);
+  }
+  std::free(source);
+}
+
+void coerceSmall(benchmark::State& state) {
+  Case("{ int a; float b; }", "{ float b; int @default=7 c; }").run(state, vrntCoerce);
+}
+
+const int registered = [] {
+  benchmark::RegisterBenchmark("vrntCoerce of a million floats", coerceToAnotherExtent);
+  benchmark::RegisterBenchmark("vrntCoerce of a million floats/yardstick", copyFloats);
+  bench::aim("vrntCoerce of a million floats", 2);
+  benchmark::RegisterBenchmark("vrntCoerce of a million structs", coerceStructs);
+  benchmark::RegisterBenchmark("vrntCoerce of a million structs/yardstick", moveStructs);
+  bench::aim("vrntCoerce of a million structs", 4);
+  benchmark::RegisterBenchmark("vrntBuildSpecializationParameters of a million structs",
+                               specializeStructs);
+  benchmark::RegisterBenchmark("vrntBuildSpecializationParameters of a million structs/yardstick",
+                               moveStructs);
+  bench::aim("vrntBuildSpecializationParameters of a million structs", 4);
+  benchmark::RegisterBenchmark("vrntCoerce of a small struct", coerceSmall);
+  return 0;
+}();
+
+}  // namespace

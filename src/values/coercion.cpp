@@ -1,0 +1,251 @@
+#include "coercion.hpp"
+
+#include <algorithm>
+#include <array>
+#include <limits>
+#include <optional>
+#include <string_view>
+#include <unordered_map>
+#include <vector>
+
+#include "bounds.hpp"
+#include "relations.hpp"
+#include "transfer.hpp"
+#include "type_pair.hpp"
+#include "vornath_data/result.hpp"
+#include "write_protocol.hpp"
+
+namespace qex::vornath {
+namespace {
+
+using vrnt::ErrorCode;
+using vrnt::Exception;
+using Part = Transfer::Part;
+
+std::array<std::int32_t, 1> extentsOf(int shape) { return {shape}; }
+std::array<std::int32_t, 2> extentsOf(const index2& s) { return {s.x, s.y}; }
+std::array<std::int32_t, 3> extentsOf(const index3& s) { return {s.x, s.y, s.z}; }
+std::array<std::int32_t, 4> extentsOf(const index4& s) { return {s.x, s.y, s.z, s.w}; }
+
+// Finds the names of one list in another, each in constant time: a list that is in the same order
+// is followed, and only at the first name out of order is a table made.
+class NameTable {
+ public:
+  template <typename Items, typename NameOf>
+  std::optional<std::size_t> find(std::string_view name, std::size_t guess, const Items& items,
+                                  NameOf nameOf) {
+    if (guess < items.size() && nameOf(items[guess]) == name) return guess;
+    if (positions_.empty()) {
+      positions_.reserve(items.size());
+      for (std::size_t i = 0; i < items.size(); ++i) positions_.emplace(nameOf(items[i]), i);
+    }
+    const auto found = positions_.find(name);
+    return found == positions_.end() ? std::nullopt : std::optional(found->second);
+  }
+
+ private:
+  std::unordered_map<std::string_view, std::size_t> positions_;
+};
+
+// Works out how values of one type become values of another. Whether two types relate is decided
+// from the pairs of their parts, which are needed anyway: a question for each pair of types that
+// meets, however often it meets.
+class Planner {
+ public:
+  Planner(Transfer& transfer, bool lenient) : transfer_(transfer), lenient_(lenient) {}
+
+  struct Outcome {
+    bool related;
+    Part part;
+  };
+
+  // Both without metadata.
+  Outcome plan(const Type& source, const Type& target) {
+    open(source, target);
+    while (!frames_.empty()) {
+      Frame& frame = frames_.back();
+      if (frame.next < frame.inner.size()) {
+        const TypePair pair = frame.inner[frame.next];
+        if (outcomes_.count(pair) != 0) {
+          ++frame.next;
+        } else {
+          open(*pair.first, *pair.second);
+        }
+        continue;
+      }
+      const Outcome outcome =
+          std::visit([&](const auto& s, const auto& t) { return close(frame, s, t); },
+                     frame.source->desc(), frame.target->desc());
+      outcomes_.emplace(TypePair(frame.source, frame.target), outcome);
+      frames_.pop_back();
+    }
+    return outcomes_.at({&source, &target});
+  }
+
+ private:
+  using Match = std::pair<std::size_t, std::size_t>;  // indices of fields
+
+  struct Frame {
+    const Type* source;
+    const Type* target;
+    std::vector<TypePair> inner;  // what must be known first
+    std::vector<Match> fields;    // of structs, one for each inner pair
+    std::size_t next = 0;
+  };
+
+  // Decides the pair, or puts it on the stack if it has inner pairs to decide first.
+  void open(const Type& source, const Type& target) {
+    if (&source == &target) {
+      outcomes_.emplace(TypePair(&source, &target), Outcome{true, transfer_.copy(target)});
+      return;
+    }
+    std::visit([&](const auto& s, const auto& t) { open(source, target, s, t); }, source.desc(),
+               target.desc());
+  }
+
+  void open(const Type& source, const Type& target, const Type::TStruct& s,
+            const Type::TStruct& t) {
+    Frame frame{&source, &target, {}, {}, 0};
+    NameTable labels;
+    for (std::size_t i = 0; i < s.fields.size(); ++i) {
+      const auto found =
+          labels.find(s.fields[i].label, i, t.fields,
+                      [](const Type::Field& field) -> std::string_view { return field.label; });
+      if (!found) continue;
+      frame.inner.emplace_back(s.fields[i].type.get(), t.fields[*found].type.get());
+      frame.fields.emplace_back(i, *found);
+    }
+    frames_.push_back(std::move(frame));
+  }
+
+  template <typename D>
+  void open(const Type& source, const Type& target, const Type::TArrayND<D>& s,
+            const Type::TArrayND<D>& t) {
+    frames_.push_back({&source, &target, {{s.element.get(), t.element.get()}}, {}, 0});
+  }
+
+  template <typename S, typename T>
+  void open(const Type& source, const Type& target, const S& s, const T& t) {
+    const bool related = isSubType(source, target);
+    const Part part = related ? transfer_.copy(target) : convert(source, target, s, t);
+    outcomes_.emplace(TypePair(&source, &target), Outcome{related, part});
+  }
+
+  // The label says which constructor is meant, so a code is looked up in a table of the other's.
+  Part convert(const Type&, const Type& target, const Type::TEnum& s, const Type::TEnum& t) {
+    constexpr std::int32_t kMissing = -1;
+    std::vector<std::int32_t> codes;
+    codes.reserve(s.constructors.size());
+    NameTable names;
+    for (std::size_t i = 0; i < s.constructors.size(); ++i) {
+      const auto found = names.find(s.constructors[i].name, i, t.constructors,
+                                    [](const Type::Constructor& constructor) -> std::string_view {
+                                      return constructor.name;
+                                    });
+      codes.push_back(found ? static_cast<std::int32_t>(*found) : kMissing);
+    }
+    return transfer_.act(
+        [&s, &target, lenient = lenient_, codes = std::move(codes)](const char* from, char* to) {
+          std::int32_t code;
+          std::memcpy(&code, from, sizeof(code));
+          const std::string& label = s.constructorName(code);
+          const std::int32_t carried = codes[static_cast<std::size_t>(code)];
+          if (carried != kMissing) {
+            std::memcpy(to, &carried, sizeof(carried));
+          } else if (!lenient) {
+            throw Exception(ErrorCode::InvalidArguments,
+                            "Enum constructor {} not found in type {}.", label, target.text());
+          }
+        });
+  }
+
+  template <typename S, typename T>
+  Part convert(const Type& source, const Type& target, const S&, const T&) {
+    if (lenient_) return {};
+    return transfer_.act([&source, &target](const char*, char*) {
+      throw Exception(ErrorCode::InvalidArguments, "Cannot convert {} to {}: Types are unrelated.",
+                      source.text(), target.text());
+    });
+  }
+
+  const Outcome& inner(const Frame& frame, std::size_t i) const {
+    return outcomes_.find(frame.inner[i])->second;
+  }
+
+  Outcome close(const Frame& frame, const Type::TStruct& s, const Type::TStruct& t) {
+    bool related = s.fields.size() == t.fields.size() && frame.fields.size() == s.fields.size();
+    std::vector<Part> parts;
+    parts.reserve(frame.fields.size());
+    for (std::size_t i = 0; i < frame.fields.size(); ++i) {
+      const auto [from, to] = frame.fields[i];
+      const Outcome& field = inner(frame, i);
+      related = related && from == to && field.related;
+      parts.push_back(field.part.at(s.offsets[from], t.offsets[to]));
+    }
+    if (related) return {true, transfer_.copy(*frame.target)};
+    return {false, transfer_.sequence(parts)};
+  }
+
+  template <typename D>
+  Outcome close(const Frame& frame, const Type::TArrayND<D>& s, const Type::TArrayND<D>& t) {
+    const Outcome& element = inner(frame, 0);
+    if (element.related && (!t.shape || (s.shape && *s.shape == *t.shape))) {
+      return {true, transfer_.copy(*frame.target)};
+    }
+    if (!s.shape || !t.shape) {
+      return {false, transfer_.act([](const char*, char*) { throw std::bad_optional_access(); })};
+    }
+    return {false, common(element.part, extentsOf(*s.shape), s.element->size(), extentsOf(*t.shape),
+                          t.element->size())};
+  }
+
+  template <typename S, typename T>
+  Outcome close(const Frame&, const S&, const T&) {
+    return {};  // never on the stack
+  }
+
+  // The elements that both arrays have, x fastest.
+  template <std::size_t Rank>
+  Part common(Part part, const std::array<std::int32_t, Rank>& from, std::uint64_t fromStride,
+              const std::array<std::int32_t, Rank>& to, std::uint64_t toStride) {
+    if (!hasElements(from) || !hasElements(to)) return {};
+    for (std::size_t i = 0; i < Rank; ++i) {
+      part = transfer_.repeat(part, static_cast<std::uint64_t>(std::min(from[i], to[i])),
+                              fromStride, toStride);
+      fromStride *= static_cast<std::uint64_t>(from[i]);
+      toStride *= static_cast<std::uint64_t>(to[i]);
+    }
+    return part;
+  }
+
+  // Extents whose product ran over don't say where elements lie: such an array counts as empty.
+  template <std::size_t Rank>
+  static bool hasElements(const std::array<std::int32_t, Rank>& extents) {
+    std::int64_t count = 1;
+    for (const std::int32_t extent : extents) {
+      count *= extent;
+      if (count < 1 || count > std::numeric_limits<std::int32_t>::max()) return false;
+    }
+    return true;
+  }
+
+  Transfer& transfer_;
+  bool lenient_;
+  std::vector<Frame> frames_;
+  TypePairMap<Outcome> outcomes_;
+};
+
+}  // namespace
+
+DynamicValue coerceValue(const ConstView& source, const TypePtr& targetType, bool lenient) {
+  Transfer transfer;
+  const auto [related, part] =
+      Planner(transfer, lenient).plan(source.type->stripped(), targetType->stripped());
+  if (related) return {targetType, source.data()};
+  DynamicValue result = makeDefaultValue(targetType);
+  makeExclusive(result.blockHandle());
+  transfer.run(part, source.data(), blockData(result.block()));
+  return result;
+}
+
+}  // namespace qex::vornath
