@@ -1,12 +1,13 @@
 #!/bin/bash
-# Installs what is missing, builds the library and the hosts of examples/cornell_box in Release, and
-# lets one program write a scene of a measured box, another one read and print it, and a third one
-# hold it against the measurements.
+# Installs what is missing, builds the library and the hosts of examples/ in Release, and lets one
+# program write a scene of a measured box, another one read and print it, a third one hold it against
+# the measurements, and a fourth one draw black bodies and the measured reflectances.
 set -euo pipefail
 cd "$(dirname "${BASH_SOURCE[0]}")/.."
 build=build/demo
 hosts=$build/examples/cornell_box
 scene=$build/cornell_box.vrnscene
+picture=$build/blackbody.svg
 heading() { printf '\n== %s\n\n' "$1"; }
 
 heading "Dependencies"
@@ -15,7 +16,7 @@ scripts/install_dependencies.sh
 heading "Build"
 cmake -S . -B "$build" -G Ninja -DCMAKE_BUILD_TYPE=Release \
   -DVORNATH_DATA_BUILD_TESTS=OFF -DVORNATH_DATA_BUILD_BENCH=OFF
-cmake --build "$build" -j "$(nproc)" --target build_scene show_scene check_scene
+cmake --build "$build" -j "$(nproc)" --target build_scene show_scene check_scene blackbody
 
 heading "build_scene: from the measurements to a scene file"
 "$hosts/build_scene" "$scene"
@@ -25,5 +26,8 @@ heading "show_scene: what another program reads in it"
 
 heading "check_scene: the file against the measurements"
 "$hosts/check_scene" "$scene"
+
+heading "blackbody: colours drawn from what the library answers"
+"$build/examples/blackbody/blackbody" "$picture"
 
 printf '\nThe demo succeeded: what was read is what was written.\n'

@@ -21,6 +21,7 @@ packages="
   libtbb-dev
   ninja-build
   pkg-config
+  python3
 "
 
 missing=""

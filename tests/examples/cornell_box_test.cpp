@@ -122,6 +122,25 @@ TEST_F(CornellBox, IsPrintedWithMeasuredFiguresAndTargetsByName) {
   }
 }
 
+// The numbers are those of the arithmetic in tests/colour/oracle.
+TEST_F(CornellBox, IsPrintedWithTheColoursOfItsSpectra) {
+  ASSERT_EQ(run(BUILD_SCENE, {scene_}).status, 0);
+  const std::string output = run(SHOW_SCENE, {scene_}).output;
+  const std::pair<const char*, const char*> colours[]{
+      {"0.88631 0.69924 0.66681", "0.73692 0.73645 0.73810"},     // white
+      {"0.10507 0.37850 0.07629", "0.06833 0.39846 0.08642"},     // green
+      {"0.57044 0.04285 0.04441", "0.49247 0.04913 0.05108"},     // red
+      {"20.81674 11.04717 2.95602", "17.81445 11.56761 3.51213"}  // the lamp
+  };
+  for (const auto& [underE, underD65] : colours) {
+    EXPECT_NE(output.find(std::string("RGB under E    ") + underE), std::string::npos) << underE;
+    EXPECT_NE(output.find(std::string("RGB under D65  ") + underD65), std::string::npos)
+        << underD65;
+  }
+  // The lamp's own flat reflectance is the same under any light.
+  EXPECT_NE(output.find("RGB            0.78000 0.78000 0.78000"), std::string::npos);
+}
+
 TEST_F(CornellBox, CanBePrintedWithoutWhatIsUnchanged) {
   ASSERT_EQ(run(BUILD_SCENE, {scene_}).status, 0);
   const Outcome shown = run(SHOW_SCENE, {"--changed", scene_});
