@@ -93,9 +93,9 @@ VRNT_API vrntType_t* vrntTypeEmission(void);
 VRNT_API vrntType_t* vrntTypeToUniversalSpectrum(const vrntType_t* type);
 
 /**
- * The colour of a black body's light, scaled to a luminance of 1 and clamped at 0 below.
- * `rgb`: three floats, written. `temperature`: in kelvin; at 0 all three are NaN.
- * Errors: none.
+ * The colour of a black body's light, clamped at 0 below and scaled to a luminance of 1.
+ * `rgb`: three floats, written. `temperature`: in kelvin. At 0, and where the light is too faint
+ * for floats (below some 230 K), all three are NaN. Errors: none.
  */
 VRNT_API void vrntBlackbodyToRGB(float* rgb, float temperature);
 
@@ -110,13 +110,13 @@ VRNT_API float vrntPlancksLaw(float wavelength, float temperature);
 /**
  * Converts a colour to the encoding of `out`, whose data is filled.
  *
- * From SPECTRAL, the first and the last pair of `in` are taken for the closing ones and dropped;
- * the last amplitude that remains holds for the average width of the others. To LUMINANCE is the Y
- * of CIE XYZ, to RGB the colour under the illuminant of `colourSpace`. To SPECTRAL, `out` brings
- * its wavelengths: the amplitude of each pair but the first and the last becomes the mean up to the
- * next wavelength, for the last of them up to 5 nm on. These means are under D65 whatever the code;
- * the two closing pairs are left as they are, for the caller to set. In both directions an odd
- * float at the end is no pair. `in` and `out` may share their data.
+ * From SPECTRAL, the first and the last pair of `in` are taken for the closing ones and dropped; of
+ * the m wavelengths that remain, the last one's amplitude holds for (last - first) / m. To
+ * LUMINANCE is the Y of CIE XYZ, to RGB the colour under the illuminant of `colourSpace`. To
+ * SPECTRAL, `out` brings its wavelengths: the amplitude of each pair but the first and the last
+ * becomes the mean up to the next wavelength, for the last of them up to 5 nm on. These means are
+ * under D65 whatever the code; the two closing pairs are left as they are, for the caller to set.
+ * In both directions an odd float at the end is no pair. `in` and `out` may share their data.
  *
  * Errors: the wavelengths of a SPECTRAL side are checked, `in` first, then `out`. A fault leaves
  * this function as a vrnt::Exception with InvalidArguments and nothing written: "Wavelength lambda
@@ -130,9 +130,12 @@ VRNT_API void vrntSpectrumConvert(const vrntSpectrumRec* in, vrntSpectrumRec* ou
  * The RGB of the spectrum at a view of a value, under the illuminant of `colourSpace` if it is a
  * sampled one. `rgb`: three floats, written on success. An empty spectrum is black. Every pair of a
  * sampled one counts once, whatever its width, the closing ones with their amplitude of 0; without
- * a pair from 400 to 700 nm the result is NaN. It neither allocates nor takes a reference. Result:
- * 0, or -1 with nothing written if the view's type may not stand for the spectrum type or its array
- * has fewer floats than the encoding reads.
+ * a pair from 400 to 700 nm the result is NaN. An encoding code without a name reads as RGB. It
+ * neither allocates nor takes a reference.
+ *
+ * Result: 0, or -1 with nothing written if the view's type may not stand for the spectrum type, or
+ * its reference leads to something else than a one-dimensional array of floats, to fewer of them
+ * than the encoding reads, or to an address of the embedder's own.
  */
 VRNT_API int32_t vrntValueToRGB(const vrntValue_t* value, const vrntValueView_t* view,
                                 int32_t colourSpace, float* rgb);
@@ -140,10 +143,12 @@ VRNT_API int32_t vrntValueToRGB(const vrntValue_t* value, const vrntValueView_t*
 /**
  * Samples the spectrum at a view of a value. `pairs` holds `count` floats, pairs of a wavelength
  * and an amplitude; an odd float at the end is left alone. The wavelengths must be positive and
- * increase strictly; each amplitude becomes the mean from its wavelength up to the next, the last
- * one over the average width of a pair. Unlike in vrntSpectrumConvert(), every pair counts. The
- * illuminant is D65. Result: 0, or -1 with nothing written on any failure: also if there are fewer
- * than two pairs.
+ * increase strictly; each amplitude becomes the mean from its wavelength up to the next, that of
+ * the last of n pairs the mean over (last - first) / n. Unlike in vrntSpectrumConvert(), every pair
+ * counts. The illuminant is D65.
+ *
+ * Result: 0, or -1 with nothing written on any failure: those of vrntValueToRGB(), bad wavelengths,
+ * fewer than two pairs, want of memory.
  */
 VRNT_API int32_t vrntValueToSPD(const vrntValue_t* value, const vrntValueView_t* view,
                                 int32_t count, float* pairs);

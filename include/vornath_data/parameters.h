@@ -67,7 +67,9 @@ VRNT_API vrntType_t* vrntTypeUVTransformation(void);
 
 /**
  * A parameter of a material or light program. Argument: VRNT_MATERIAL_PARAM_*.
- * Result: null for any other number. The types carry no metadata.
+ * Result: null for any other number. The types carry no metadata, so that their default values hold
+ * texture 0 and CLAMP, unlike those of vrntTypeTexture() and vrntTypeSampler(): a host that starts
+ * from a default sets them.
  */
 VRNT_API vrntType_t* vrntTypeMaterialParam(uint32_t number);
 

@@ -69,8 +69,9 @@ VRNT_API vrntValue_t* vrntValueCreate(const vrntType_t* type, vrntValuesError_t*
 
 /**
  * The default value of the type: what `@default` says, of the type and of its parts, an outer one
- * over the inner ones; zero where nothing is said. A `@default` whose type may not stand for the
- * annotated one is ignored. The type is concrete.
+ * over the inner ones; zero where nothing is said, but for a spectrum (the struct of
+ * vrntTypeSpectrum()), which refers to a `float[1]` of 0. A `@default` whose type may not stand for
+ * the annotated one is ignored. The type is concrete.
  */
 VRNT_API vrntValue_t* vrntValueCreateDefault(const vrntType_t* type, vrntValuesError_t** error);
 

@@ -33,8 +33,8 @@ std::vector<float> innerWavelengths(SpectralPairs pairs) {
   return lambdas;
 }
 
-// Ends the last band where one of the average width would.
-void closeByAverage(std::vector<float>& lambdas) {
+// Gives the last wavelength a band of its own: the whole range by the number of wavelengths.
+void closeLastBand(std::vector<float>& lambdas) {
   if (lambdas.empty()) return;
   const auto count = static_cast<float>(lambdas.size());
   lambdas.push_back(lambdas.back() + (lambdas.back() - lambdas.front()) / count);
@@ -46,7 +46,7 @@ std::vector<float> pairsOfRecord(const vrntSpectrumRec& record) {
   std::vector<float> amplitudes;
   amplitudes.reserve(lambdas.size());
   for (std::size_t i = 0; i < lambdas.size(); ++i) amplitudes.push_back(pairs.amplitude(i + 1));
-  closeByAverage(lambdas);
+  closeLastBand(lambdas);
   return pairsFromSamples(lambdas, amplitudes);
 }
 
@@ -126,7 +126,7 @@ int32_t vrntValueToSPD(const vrntValue_t* value, const vrntValueView_t* view, in
     const SpectrumView spectrum = spectrumAt(value, view);
     std::vector<float> lambdas;
     for (std::int32_t pair = 0; pair < count / 2; ++pair) lambdas.push_back(pairs[2 * pair]);
-    closeByAverage(lambdas);
+    closeLastBand(lambdas);
     putAmplitudes(spectrum.sampleAt(lambdas), pairs, 0);
     return 0;
   });

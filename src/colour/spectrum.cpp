@@ -6,6 +6,7 @@
 #include "fixed_struct_types.hpp"
 #include "spectrum_value.hpp"
 #include "step_function.hpp"
+#include "vornath_data/result.hpp"
 
 namespace qex::vornath {
 namespace {
@@ -18,7 +19,6 @@ Spectrum spectral(const std::vector<float>& pairs) {
 struct Parts {
   std::int32_t encoding;
   std::uint64_t word;
-  const Type* target;
 };
 
 Parts partsAt(const Type& type, const char* data) {
@@ -26,7 +26,6 @@ Parts partsAt(const Type& type, const char* data) {
   Parts parts{};
   std::memcpy(&parts.encoding, data + structure.offsets[0], sizeof(parts.encoding));
   parts.word = loadWord(data + structure.offsets[1]);
-  parts.target = std::get<Type::TRef>(structure.fields[1].type->desc()).target.get();
   return parts;
 }
 
@@ -42,12 +41,6 @@ SpectrumEncoding encodingOf(std::int32_t code) {
   }
 }
 
-// The type of the array that is referred to, and its first byte.
-struct Referred {
-  const Type* type;
-  const void* data;
-};
-
 bool isFloatArray(const Type& type) {
   const auto* const array = type.getIf<Type::TArrayND<int>>();
   if (array == nullptr) return false;
@@ -61,20 +54,18 @@ const Type& floatsType() {
   return *std::get<Type::TRef>(structure.fields[1].type->desc()).target;
 }
 
-Referred follow(const Parts& parts) {
-  if (!isBlockWord(parts.word)) {
-    return {parts.target,
-            reinterpret_cast<const void*>(static_cast<std::uintptr_t>(parts.word >> 1))};
-  }
+// The word is not null. What a host stored may be any block, of whose type nobody knows yet, or an
+// address of its own, which is not this layer's to read.
+const vrntValue_t* follow(const Parts& parts) {
+  if (!isBlockWord(parts.word)) throw vrnt::Exception(vrnt::ErrorCode::InvalidArguments);
   const vrntValue_t* const block = blockOfWord(parts.word);
-  const Type& type = blockType(block);
-  // A host may have stored any block: nothing has looked at its type yet.
-  if (!isFloatArray(type)) requireAccessible(type, floatsType());
-  return {&type, blockData(block)};
+  if (!isFloatArray(blockType(block))) requireAccessible(blockType(block), floatsType());
+  return block;
 }
 
-std::span<const float> floatsAt(const Referred& referred) {
-  return {static_cast<const float*>(referred.data), referred.type->size() / sizeof(float)};
+std::span<const float> floatsOf(const vrntValue_t* block) {
+  return {reinterpret_cast<const float*>(blockData(block)),
+          blockType(block).size() / sizeof(float)};
 }
 
 }  // namespace
@@ -109,15 +100,15 @@ SpectrumView Spectrum::view() const { return readSpectrum(value_.typeOf(), value
 void Spectrum::validate() const {
   const Parts parts = partsAt(value_.typeOf(), value_.data());
   if (parts.word == 0) return;
-  const Referred array = follow(parts);
-  const std::span<const float> floats = floatsAt(array);
+  const vrntValue_t* const array = follow(parts);
+  const std::span<const float> floats = floatsOf(array);
   if (floats.empty()) return;
   switch (encodingOf(parts.encoding)) {
     case SpectrumEncoding::Luminance:
-      requireFitting(*array.type, *floatArrayType(1));
+      requireFitting(blockType(array), *floatArrayType(1));
       break;
     case SpectrumEncoding::Rgb:
-      requireFitting(*array.type, *floatArrayType(3));
+      requireFitting(blockType(array), *floatArrayType(3));
       break;
     case SpectrumEncoding::Spectral:
       validatePairs(floats);
@@ -130,10 +121,10 @@ SpectrumView readSpectrum(const Type& type, const char* data) {
   const Parts parts = partsAt(type, data);
   const SpectrumEncoding encoding = encodingOf(parts.encoding);
   if (parts.word == 0) return {encoding, {}};
-  const Referred array = follow(parts);
-  const std::span<const float> floats = floatsAt(array);
+  const vrntValue_t* const array = follow(parts);
+  const std::span<const float> floats = floatsOf(array);
   if (encoding == SpectrumEncoding::Rgb && !floats.empty() && floats.size() < 3) {
-    requireFitting(*array.type, *floatArrayType(3));
+    requireFitting(blockType(array), *floatArrayType(3));
   }
   return {encoding, floats};
 }

@@ -43,11 +43,11 @@ class Spectrum {
 };
 
 /// The spectrum at `data`, which is laid out as `type` says; borrowed from there. A null reference
-/// is a spectrum without floats, and so is an address of the embedder's own unless the type tells
-/// how many floats stand there.
+/// is a spectrum without floats, an encoding without a name a triple.
 /// Throws "Incompatible type for accessor -> {}." if the type may not stand for the spectrum type
-/// or the reference leads to something else than floats, and "Incompatible type for value -> {}."
-/// for fewer floats than the encoding reads.
+/// or the reference leads to something else than floats, "Incompatible type for value -> {}." for
+/// fewer floats than the encoding reads, and with the words of the code for an address of the
+/// embedder's own, through which nothing is read.
 SpectrumView readSpectrum(const Type& type, const char* data);
 
 }  // namespace qex::vornath

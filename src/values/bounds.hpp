@@ -26,7 +26,8 @@ DynamicValue makeDefaultValue(const TypePtr& type);
 
 /// Puts what the type's own annotations say over the bytes at `offset` of the given bounds, which
 /// are the first ones of a ValueBounds. An annotation counts only if its value's type may stand for
-/// the annotated one. A limit stands for the soft limit as well if that has no annotation.
+/// the annotated one. A limit stands for the soft limit as well if no annotation that counts gives
+/// that.
 void applyBoundsMetadata(const Type& type, std::span<DynamicValue> bounds, std::uint64_t offset);
 
 }  // namespace qex::vornath

@@ -9,9 +9,9 @@
 #include <vector>
 
 #include "bounds.hpp"
+#include "pair_planner.hpp"
 #include "relations.hpp"
 #include "transfer.hpp"
-#include "type_pair.hpp"
 #include "vornath_data/result.hpp"
 #include "write_protocol.hpp"
 
@@ -50,48 +50,22 @@ class NameTable {
 // Works out how values of one type become values of another. Whether two types relate is decided
 // from the pairs of their parts, which are needed anyway: a question for each pair of types that
 // meets, however often it meets.
-class Planner {
+struct Outcome {
+  bool related;
+  Part part;
+};
+
+using Match = std::pair<std::size_t, std::size_t>;  // indices of fields
+
+class Planner : private PairPlanner<Planner, Outcome, Match> {
  public:
   Planner(Transfer& transfer, bool lenient) : transfer_(transfer), lenient_(lenient) {}
 
-  struct Outcome {
-    bool related;
-    Part part;
-  };
-
   // Both without metadata.
-  Outcome plan(const Type& source, const Type& target) {
-    open(source, target);
-    while (!frames_.empty()) {
-      Frame& frame = frames_.back();
-      if (frame.next < frame.inner.size()) {
-        const TypePair pair = frame.inner[frame.next];
-        if (outcomes_.count(pair) != 0) {
-          ++frame.next;
-        } else {
-          open(*pair.first, *pair.second);
-        }
-        continue;
-      }
-      const Outcome outcome =
-          std::visit([&](const auto& s, const auto& t) { return close(frame, s, t); },
-                     frame.source->desc(), frame.target->desc());
-      outcomes_.emplace(TypePair(frame.source, frame.target), outcome);
-      frames_.pop_back();
-    }
-    return outcomes_.at({&source, &target});
-  }
+  Outcome plan(const Type& source, const Type& target) { return decide(source, target); }
 
  private:
-  using Match = std::pair<std::size_t, std::size_t>;  // indices of fields
-
-  struct Frame {
-    const Type* source;
-    const Type* target;
-    std::vector<TypePair> inner;  // what must be known first
-    std::vector<Match> fields;    // of structs, one for each inner pair
-    std::size_t next = 0;
-  };
+  friend PairPlanner;
 
   // Decides the pair, or puts it on the stack if it has inner pairs to decide first.
   void open(const Type& source, const Type& target) {
@@ -168,8 +142,9 @@ class Planner {
     });
   }
 
-  const Outcome& inner(const Frame& frame, std::size_t i) const {
-    return outcomes_.find(frame.inner[i])->second;
+  Outcome close(const Frame& frame) {
+    return std::visit([&](const auto& s, const auto& t) { return close(frame, s, t); },
+                      frame.first->desc(), frame.second->desc());
   }
 
   Outcome close(const Frame& frame, const Type::TStruct& s, const Type::TStruct& t) {
@@ -182,7 +157,7 @@ class Planner {
       related = related && from == to && field.related;
       parts.push_back(field.part.at(s.offsets[from], t.offsets[to]));
     }
-    if (related) return {true, transfer_.copy(*frame.target)};
+    if (related) return {true, transfer_.copy(*frame.second)};
     return {false, transfer_.sequence(parts)};
   }
 
@@ -190,7 +165,7 @@ class Planner {
   Outcome close(const Frame& frame, const Type::TArrayND<D>& s, const Type::TArrayND<D>& t) {
     const Outcome& element = inner(frame, 0);
     if (element.related && (!t.shape || (s.shape && *s.shape == *t.shape))) {
-      return {true, transfer_.copy(*frame.target)};
+      return {true, transfer_.copy(*frame.second)};
     }
     if (!s.shape || !t.shape) {
       return {false, transfer_.act([](const char*, char*) { throw std::bad_optional_access(); })};
@@ -231,8 +206,6 @@ class Planner {
 
   Transfer& transfer_;
   bool lenient_;
-  std::vector<Frame> frames_;
-  TypePairMap<Outcome> outcomes_;
 };
 
 }  // namespace

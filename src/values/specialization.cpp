@@ -9,10 +9,10 @@
 
 #include "equality.hpp"
 #include "layout.hpp"
+#include "pair_planner.hpp"
 #include "relations.hpp"
 #include "transfer.hpp"
 #include "type_factory.hpp"
-#include "type_pair.hpp"
 #include "vornath_data/result.hpp"
 
 namespace qex::vornath {
@@ -28,45 +28,20 @@ bool isMarked(const Type& type) { return type.metadata().count("no_specialize") 
 
 // Works out what becomes of a value's type under the marks of an annotated one, and how the bytes
 // get there. Elements all have one type, so that this is done once for all of them.
-class Planner {
+struct Outcome {
+  TypePtr type;
+  Part part;
+};
+
+class Planner : private PairPlanner<Planner, Outcome, std::size_t> {
  public:
   explicit Planner(Transfer& transfer) : transfer_(transfer) {}
 
-  struct Outcome {
-    TypePtr type;
-    Part part;
-  };
-
   // The value's type is without metadata.
-  Outcome plan(const Type& value, const Type& annotated) {
-    open(value, annotated);
-    while (!frames_.empty()) {
-      Frame& frame = frames_.back();
-      if (frame.next < frame.inner.size()) {
-        const TypePair pair = frame.inner[frame.next];
-        if (outcomes_.count(pair) != 0) {
-          ++frame.next;
-        } else {
-          open(*pair.first, *pair.second);
-        }
-        continue;
-      }
-      Outcome outcome =
-          std::visit([&](const auto& desc) { return close(frame, desc); }, frame.annotated->desc());
-      outcomes_.emplace(TypePair(frame.value, frame.annotated), std::move(outcome));
-      frames_.pop_back();
-    }
-    return outcomes_.at({&value, &annotated});
-  }
+  Outcome plan(const Type& value, const Type& annotated) { return decide(value, annotated); }
 
  private:
-  struct Frame {
-    const Type* value;
-    const Type* annotated;
-    std::vector<TypePair> inner;      // what must be known first
-    std::vector<std::size_t> fields;  // of a struct, one for each inner pair
-    std::size_t next = 0;
-  };
+  friend PairPlanner;
 
   // Decides the pair, or puts it on the stack if it has inner pairs to decide first.
   void open(const Type& value, const Type& annotated) {
@@ -97,8 +72,8 @@ class Planner {
                       Outcome{TypePtr(&value), transfer_.copy(value)});
   }
 
-  const Outcome& inner(const Frame& frame, std::size_t i) const {
-    return outcomes_.find(frame.inner[i])->second;
+  Outcome close(const Frame& frame) {
+    return std::visit([&](const auto& desc) { return close(frame, desc); }, frame.second->desc());
   }
 
   Outcome close(const Frame& frame, const Type::TStruct& structure) {
@@ -112,7 +87,7 @@ class Planner {
     std::vector<Part> parts;
     parts.reserve(frame.fields.size());
     for (std::size_t i = 0; i < frame.fields.size(); ++i) {
-      const std::uint64_t from = fieldPlace(*frame.value, frame.fields[i]).offset;
+      const std::uint64_t from = fieldPlace(*frame.first, frame.fields[i]).offset;
       parts.push_back(inner(frame, i).part.at(from, offsets[i]));
     }
     return {std::move(type), transfer_.sequence(parts)};
@@ -120,7 +95,7 @@ class Planner {
 
   template <typename D>
   Outcome close(const Frame& frame, const Type::TArrayND<D>&) {
-    const auto& own = *frame.value->getIf<Type::TArrayND<D>>();
+    const auto& own = *frame.first->getIf<Type::TArrayND<D>>();
     const Outcome& element = inner(frame, 0);
     TypePtr type = makeType(Type::TArrayND<D>(element.type, own.shape));
     const std::int32_t count = elementCount(*own.shape);
@@ -136,8 +111,6 @@ class Planner {
   }
 
   Transfer& transfer_;
-  std::vector<Frame> frames_;
-  TypePairMap<Outcome> outcomes_;
 };
 
 // The walk over two values at once.

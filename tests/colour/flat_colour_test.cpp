@@ -225,7 +225,7 @@ TEST(vrntSpectrumConvert, LetsTheRefusalOfItsWavelengthsThrough) {
   EXPECT_EQ(to({0, 0, -1, 1, 500, 2, 0, 0}), kBadFirstLambda);
   EXPECT_EQ(from({0, 0, 500, 1, 500, 2, 0, 0}), kBadOrder);
   EXPECT_EQ(to({0, 0, 500, 1, 400, 2, 0, 0}), kBadOrder);
-  // The average width of a single sample is 0.
+  // A single sample has no range to hold for.
   EXPECT_EQ(from({0, 0, 500, 1, 600, 0}), kBadOrder);
   // Counts below zero are none.
   vrntSpectrumRec negative = rgb;
@@ -348,28 +348,30 @@ TEST(vrntValueToRGB, RefusesAForeignBlockBehindTheReference) {
   EXPECT_EQ(rgb, (Triple{7, 8, 9}));
 }
 
-// An address of the embedder's own has as many floats as the type tells.
-TEST(vrntValueToRGB, ReadsFloatsAtAnEmbeddersAddress) {
-  const Floats own{0.25F, 0.5F, 0.75F};
-  for (const bool sized : {true, false}) {
-    const TypeHandle type =
-        parseType(std::string("{ enum { LUMINANCE; RGB; SPECTRAL; } encoding; ") +
-                  (sized ? "float[3]" : "float[]") + "* spectrum; }");
-    vrntValuesError_t* error = nullptr;
-    vrntValue_t* raw = vrntValueCreate(type.get(), &error);
-    ASSERT_EQ(error, nullptr);
-    const vrntValueView_t all{vrntValueType(raw), 0};
-    auto* const bytes = static_cast<char*>(vrntValueMap(&raw, &all, &error));
-    ASSERT_NE(bytes, nullptr);
-    const std::int32_t encoding = VRNT_ENCODING_RGB;
-    const std::uint64_t word = reinterpret_cast<std::uintptr_t>(own.data()) * 2 + 1;
-    std::memcpy(bytes, &encoding, sizeof(encoding));
-    std::memcpy(bytes + 8, &word, sizeof(word));
-    vrntValueUnmap(raw, &all);
-    const ValueHandle value(raw);
-    Triple rgb{9, 9, 9};
-    EXPECT_EQ(toRgb(value, 0, rgb), 0);
-    EXPECT_EQ(rgb, sized ? (Triple{0.25F, 0.5F, 0.75F}) : (Triple{0, 0, 0}));
+// An address of the embedder's own is not read through, whatever the type says of it.
+TEST(vrntValueToRGB, RefusesAnEmbeddersAddress) {
+  for (const char* const target : {"float[]", "float[1]", "float[3]", "float[8]"}) {
+    const TypeHandle type = parseType(
+        std::string("{ enum { LUMINANCE; RGB; SPECTRAL; } encoding; ") + target + "* spectrum; }");
+    for (const std::int32_t encoding : {0, 1, 2}) {
+      vrntValuesError_t* error = nullptr;
+      vrntValue_t* raw = vrntValueCreate(type.get(), &error);
+      ASSERT_EQ(error, nullptr);
+      const vrntValueView_t all{vrntValueType(raw), 0};
+      auto* const bytes = static_cast<char*>(vrntValueMap(&raw, &all, &error));
+      ASSERT_NE(bytes, nullptr);
+      const std::uint64_t word = 7 * 2 + 1;
+      std::memcpy(bytes, &encoding, sizeof(encoding));
+      std::memcpy(bytes + 8, &word, sizeof(word));
+      vrntValueUnmap(raw, &all);
+      const ValueHandle value(raw);
+      Triple rgb{7, 8, 9};
+      EXPECT_EQ(toRgb(value, 0, rgb), -1);
+      EXPECT_EQ(rgb, (Triple{7, 8, 9}));
+      Floats pairs{400, 9, 500, 9};
+      EXPECT_EQ(toSpd(value, 4, pairs), -1);
+      EXPECT_EQ(pairs, (Floats{400, 9, 500, 9}));
+    }
   }
 }
 
@@ -425,7 +427,7 @@ TEST(vrntValueToSPD, RefusesBadWavelengthsAndTypesAndWritesNothing) {
   refuse(value, 0, {1, 1});
   refuse(value, 1, {1, 1});
   refuse(value, -4, {400, 1, 500, 1});
-  refuse(value, 2, {500, 9});  // a single pair has no average width
+  refuse(value, 2, {500, 9});  // a single pair has no range to hold for
   refuse(value, 4, {0, 9, 500, 9});
   refuse(value, 4, {500, 9, 500, 9});
   refuse(value, 4, {500, 9, 400, 9});

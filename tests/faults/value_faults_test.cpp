@@ -11,18 +11,11 @@ namespace {
 using vornath_test::failEachAllocation;
 using vornath_test::parseType;
 using vornath_test::parseValue;
+using vornath_test::textOf;
 using vornath_test::TypeHandle;
 using vornath_test::ValueHandle;
 
 std::uint32_t countOf(const ValueHandle& value) { return vrntValueBinary(value.get())->refCount; }
-
-std::string textOf(const vrntValue_t* value) {
-  const vrntValueView_t view{vrntValueType(value), 0};
-  vrntValuesError_t* error = nullptr;
-  const vornath_test::StringHandle text(vrntValueString(value, &view, 0, &error));
-  EXPECT_EQ(error, nullptr);
-  return text ? text.get() : "";
-}
 
 TEST(vrntCoerce, ReportsEachFailedAllocationAndThenSucceeds) {
   const ValueHandle source = parseValue(

@@ -84,6 +84,17 @@ inline std::string typeTextOf(const ValueHandle& value) {
   return value ? vrntTypeString(vrntValueType(value.get())) : "";
 }
 
+// The text of a whole value.
+inline std::string textOf(const vrntValue_t* value) {
+  const vrntValueView_t view{vrntValueType(value), 0};
+  vrntValuesError_t* error = nullptr;
+  const StringHandle text(vrntValueString(value, &view, 0, &error));
+  const ErrorHandle owner(error);
+  EXPECT_NE(text, nullptr) << (error ? vrntValuesErrorMessage(error) : "no error");
+  return text ? text.get() : "";
+}
+inline std::string textOf(const ValueHandle& value) { return value ? textOf(value.get()) : ""; }
+
 // The bytes at an offset of a value, read as a T.
 template <typename T>
 T readAt(const ValueHandle& value, std::uint64_t offset = 0) {

@@ -7,15 +7,6 @@ namespace {
 
 using namespace vornath_test;
 
-std::string text(const ValueHandle& value) {
-  const vrntValueView_t view{vrntValueType(value.get()), 0};
-  vrntValuesError_t* error = nullptr;
-  const StringHandle words(vrntValueString(value.get(), &view, 0, &error));
-  const ErrorHandle owner(error);
-  EXPECT_NE(words, nullptr) << (error ? vrntValuesErrorMessage(error) : "no error");
-  return words ? words.get() : "";
-}
-
 ValueHandle coerce(const std::string& typeText, const ValueHandle& value) {
   const TypeHandle type = parseType(typeText);
   vrntValuesError_t* error = nullptr;
@@ -27,7 +18,7 @@ ValueHandle coerce(const std::string& typeText, const ValueHandle& value) {
 }
 
 std::string coerced(const std::string& typeText, const std::string& valueText) {
-  return text(coerce(typeText, parseValue(valueText)));
+  return textOf(coerce(typeText, parseValue(valueText)));
 }
 
 Failure failureOf(const std::string& typeText, const ValueHandle& value) {
@@ -55,6 +46,20 @@ TEST(vrntCoerce, CarriesElementsByIndex) {
   EXPECT_EQ(coerced("int @default=9[5]", "[ 1, 2, 3 ]"), "[ 1, 2, 3, 9, 9 ]");
   EXPECT_EQ(coerced("int[3]", "[ 1, 2, 3, 4, 5 ]"), "[ 1, 2, 3 ]");
   EXPECT_EQ(coerced("int[3,2]", "[ 1, 2, 3, 4, 5, 6 | 2, 3 ]"), "[ 1, 2, 0, 3, 4, 0 | 3, 2 ]");
+}
+
+TEST(vrntCoerce, FillsASpectrumThatTheSourceLacks) {
+  const std::string spectrum =
+      "{ enum { LUMINANCE; RGB; SPECTRAL; } encoding; float[]* spectrum; }";
+  EXPECT_EQ(
+      coerced("{ " + spectrum + " s; int a; }", "{ a = 1; }"),
+      "{ s = { encoding = LUMINANCE : enum { LUMINANCE; RGB; SPECTRAL; }; spectrum = &[ 0.0 ]; "
+      "}; a = 1; }");
+  // What the source has of it is carried by label, the rest is the flat spectrum's.
+  EXPECT_EQ(
+      coerced("{ " + spectrum + " s; }",
+              "{ s = { encoding = RGB : enum { LUMINANCE; RGB; SPECTRAL; }; }; }"),
+      "{ s = { encoding = RGB : enum { LUMINANCE; RGB; SPECTRAL; }; spectrum = &[ 0.0 ]; }; }");
 }
 
 TEST(vrntCoerce, CarriesEnumsByLabel) {
@@ -92,12 +97,12 @@ TEST(vrntCoerce, GivesANewBlockAndLeavesTheValueAlone) {
     EXPECT_EQ(same->refCount, 1u);
     EXPECT_EQ(value->refCount, 1u);
     const ValueHandle other = coerce("{ void* a; float c; }", value);
-    EXPECT_EQ(text(other), "{ a = &1; c = 0.0; }");
+    EXPECT_EQ(textOf(other), "{ a = &1; c = 0.0; }");
     // Three blocks refer to it, and the handle.
     const ValueHandle target(vrntValueDereference(value.get(), &reference));
     EXPECT_EQ(target->refCount, 4u);
   }
-  EXPECT_EQ(text(value), "{ a = &1; b = 2; }");
+  EXPECT_EQ(textOf(value), "{ a = &1; b = 2; }");
   const ValueHandle target(vrntValueDereference(value.get(), &reference));
   EXPECT_EQ(target->refCount, 2u);
 }

@@ -7,15 +7,6 @@ namespace {
 
 using namespace vornath_test;
 
-std::string text(const ValueHandle& value) {
-  const vrntValueView_t view{vrntValueType(value.get()), 0};
-  vrntValuesError_t* error = nullptr;
-  const StringHandle words(vrntValueString(value.get(), &view, 0, &error));
-  const ErrorHandle owner(error);
-  EXPECT_NE(words, nullptr) << (error ? vrntValuesErrorMessage(error) : "no error");
-  return words ? words.get() : "";
-}
-
 ValueHandle specialize(const std::string& typeText, const ValueHandle& value) {
   const TypeHandle type = parseType(typeText);
   vrntValuesError_t* error = nullptr;
@@ -27,7 +18,7 @@ ValueHandle specialize(const std::string& typeText, const ValueHandle& value) {
 }
 
 std::string specialized(const std::string& typeText, const std::string& valueText) {
-  return text(specialize(typeText, parseValue(valueText)));
+  return textOf(specialize(typeText, parseValue(valueText)));
 }
 
 Failure failureOf(const std::string& typeText, const ValueHandle& value) {
@@ -60,14 +51,36 @@ TEST(vrntBuildSpecializationParameters, TakesTheMarksFromTheGivenTypeOnly) {
   const ValueHandle whole(
       vrntBuildSpecializationParameters(vrntValueType(value.get()), value.get(), &error));
   ASSERT_NE(whole, nullptr);
-  EXPECT_EQ(text(whole), "{ a = 0; b = 0; }");
+  EXPECT_EQ(textOf(whole), "{ a = 0; b = 0; }");
   EXPECT_NE(whole.get(), value.get());
+}
+
+// A sampler survives as data wherever it is a field: its type carries the mark. On its own, what it
+// is made of is looked at, and the texture's struct is marked as well.
+TEST(vrntBuildSpecializationParameters, LeavesSamplersOut) {
+  vrntValuesError_t* error = nullptr;
+  const TypeHandle sampler(vrntTypeSampler(VRNT_SAMPLER_FLOAT));
+  const ValueHandle alone(vrntValueCreateDefault(sampler.get(), &error));
+  ASSERT_EQ(error, nullptr);
+  const ValueHandle kept(vrntBuildSpecializationParameters(sampler.get(), alone.get(), &error));
+  ASSERT_EQ(error, nullptr);
+  EXPECT_EQ(
+      typeTextOf(kept),
+      "{ { enum { CLAMP; BORDER; REPEAT; MIRROR; } u; enum { CLAMP; BORDER; REPEAT; MIRROR; } "
+      "v; } wrapmode; float4 border; }");
+
+  const std::string holder =
+      std::string("{ float gloss; ") + vrntTypeString(sampler.get()) + " image; }";
+  const TypeHandle holderType = parseType(holder);
+  const ValueHandle value(vrntValueCreateDefault(holderType.get(), &error));
+  ASSERT_EQ(error, nullptr);
+  EXPECT_EQ(textOf(specialize(holder, value)), "{ gloss = 0.0; }");
 }
 
 TEST(vrntBuildSpecializationParameters, LeavesTheValueAlone) {
   const ValueHandle value = parseValue("{ a = &1; b = &2; }");
-  EXPECT_EQ(text(specialize("{ int* a; int* @no_specialize b; }", value)), "{ a = &1; }");
-  EXPECT_EQ(text(value), "{ a = &1; b = &2; }");
+  EXPECT_EQ(textOf(specialize("{ int* a; int* @no_specialize b; }", value)), "{ a = &1; }");
+  EXPECT_EQ(textOf(value), "{ a = &1; b = &2; }");
   EXPECT_EQ(value->refCount, 1u);
 }
 
