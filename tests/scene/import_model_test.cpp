@@ -406,7 +406,7 @@ void expectImport(RandomScene& source, RandomScene& target) {
 
 TEST(SceneImportModel, AgreesOnRandomScenes) {
   int objects = 0;
-  for (unsigned seed = 1; seed <= 150; ++seed) {
+  for (unsigned seed = 1; seed <= 600; ++seed) {
     SCOPED_TRACE(seed);
     Maker maker(seed);
     RandomScene source = maker.scene();
@@ -415,11 +415,11 @@ TEST(SceneImportModel, AgreesOnRandomScenes) {
     expectImport(source, target);
     if (testing::Test::HasFailure()) return;
   }
-  EXPECT_GT(objects, 5000);
+  EXPECT_GT(objects, 20'000);
 }
 
 TEST(SceneImportModel, AgreesOnImportsOfASceneIntoItself) {
-  for (unsigned seed = 1001; seed <= 1040; ++seed) {
+  for (unsigned seed = 1001; seed <= 1100; ++seed) {
     SCOPED_TRACE(seed);
     RandomScene scene = Maker(seed).scene();
     expectImport(scene, scene);

@@ -6,6 +6,7 @@
 #include <utility>
 #include <vector>
 
+#include "deep_types.hpp"
 #include "scenes.hpp"
 #include "vornath_data/parameters.h"
 
@@ -696,18 +697,17 @@ TEST(SceneImport, KeepsWhatAChangedValueRefersTo) {
   EXPECT_EQ(textOf(result.original), "{ r = &[ 1.0, 2.0 ]; t = { texture_ref = 2; }; r2 = &3; }");
 }
 
-TEST(SceneImport, GoesAsDeepAsTheValue) {
-  constexpr int kDepth = 20'000;
-  std::string text = "{ int texture_ref; }";
-  for (int i = 0; i < kDepth; ++i) text = "{ " + text + " a; }";
-  const TypeHandle type = parseType(text);
-  vrntValuesError_t* error = nullptr;
-  vrntValue_t* value = vrntValueCreate(type.get(), &error);
-  const std::int32_t two = 2;
-  vrntValueWrite(&value, 0, &two, sizeof(two), &error);
-  const Imported result(VRDM_CLASS_MATERIAL, ValueHandle(value));
-  EXPECT_EQ(readAt<std::int32_t>(result.value), 7);
-  EXPECT_EQ(readAt<std::int32_t>(result.original), 2);
+TEST(SceneImport, GoesAsDeepAsTheValueOnASmallStack) {
+  vrnt::Value value = zerosWithin(kDeep, "{ int texture_ref; }");
+  const SceneHandle source = newScene();
+  add(source, VRDM_CLASS_TEXTURE, 1);
+  setValue(source, VRDM_CLASS_CAMERA, addInstance(source.get(), VRDM_CLASS_CAMERA),
+           ValueHandle(value.release()));
+  const SceneHandle target = newScene();
+  add(target, VRDM_CLASS_TEXTURE, 7);
+  onSmallStack([&] { target->import(*source); });
+  EXPECT_EQ(readAt<std::int32_t>(valueOf(target, VRDM_CLASS_CAMERA, 0)), 7);
+  EXPECT_EQ(readAt<std::int32_t>(valueOf(source, VRDM_CLASS_CAMERA, 0)), 0);
 }
 
 TEST(SceneImport, TakesAnObjectWithoutValueAsOneWithout) {

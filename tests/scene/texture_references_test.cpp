@@ -4,6 +4,7 @@
 #include <string>
 #include <vector>
 
+#include "deep_types.hpp"
 #include "scenes.hpp"
 #include "vornath_data/parameters.h"
 
@@ -102,18 +103,14 @@ TEST(ExtractTextureReferences, FindsThoseOfAMaterialParameter) {
   }
 }
 
-// A value of zeros of the type, within as many structs.
-Value nest(int depth, const std::string& innermost) {
-  std::string text = innermost;
-  for (int i = 0; i < depth; ++i) text = "{ " + text + " a; }";
-  const TypeHandle type = parseType(text);
-  vrntValuesError_t* error = nullptr;
-  return Value::adopt(vrntValueCreate(type.get(), &error));
-}
-
-TEST(ExtractTextureReferences, GoesAsDeepAsTheValue) {
-  EXPECT_EQ(texturesIn(nest(20'000, "{ int texture_ref; }")), Numbers{0});
-  EXPECT_EQ(texturesIn(nest(20'000, "{ int texture; }")), Numbers{});
+TEST(ExtractTextureReferences, GoesAsDeepAsTheValueOnASmallStack) {
+  for (const auto& [innermost, expected] :
+       {std::pair{"{ int texture_ref; }", Numbers{0}}, std::pair{"{ int texture; }", Numbers{}}}) {
+    const Value value = zerosWithin(kDeep, innermost);
+    Numbers found = {-1};
+    onSmallStack([&] { found = texturesIn(value); });
+    EXPECT_EQ(found, expected) << innermost;
+  }
 }
 
 // An object of a class with a value that says `text`.
