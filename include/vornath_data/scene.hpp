@@ -12,6 +12,7 @@
 #include "vornath_data/catalogue/class_list.hpp"
 #include "vornath_data/container.hpp"
 #include "vornath_data/elements.hpp"
+#include "vornath_data/ref_map.hpp"
 #include "vornath_data/result.hpp"
 #include "vornath_data/tuple_of_class.hpp"
 #include "vornath_data/unique_id.hpp"
@@ -30,7 +31,8 @@ struct SceneVersions {
 /// to each other by slot number only, and nothing checks a reference. A scene can be moved, which
 /// leaves the source empty, but not copied.
 ///
-/// A Camera, Light or Material must have been given its value before the scene is written.
+/// A Camera, Light or Material must have been given its value before the scene is written or
+/// imported.
 /// Threads: a scene has no lock and is used by one thread at a time. Scenes that share asset bytes
 /// or values may be used on different threads.
 class Scene {
@@ -69,6 +71,24 @@ class Scene {
   /// its number, ", current version is " and 173. Throws vrnt::Exception if a stored value can't be
   /// read, and std::bad_alloc, also for a damaged stream that asks for too much.
   VRNT_API static Result<Scene> deserialize(std::istream& stream, const UniqueId& id);
+
+  /// Adds what another scene holds to this one. Result: for each class, where its objects went.
+  ///
+  /// A program of which this scene has the id already becomes its first one; others are added, and
+  /// so are all assets, each to the lowest free slot, with its id and sharing its bytes. Instances
+  /// go behind the last slot of their class, in order: the class grows by as many slots as the
+  /// source has, of which those that the source has free stay free at the end. A value is shared,
+  /// unless it names textures by vrntTypeTexture() or a sampler of vrntTypeSampler(): then it
+  /// becomes a copy with their new numbers.
+  ///
+  /// References are translated; one to anything but a live object becomes -1, and a complement in a
+  /// coded list that of -1, which is 0. So a coded word for no target, 0x80000000, comes out as 0.
+  /// This scene's id and settings stay. The source isn't changed; it may be this scene, which then
+  /// gets a copy of what it held.
+  ///
+  /// Errors: throws std::bad_alloc, and vrnt::Exception if a value can't be written; this scene
+  /// then holds a part of the source. Threads: reads the source and writes this scene.
+  VRNT_API detail::TupleOfClass<RefMap> import(const Scene& source);
 
   /// The container of a class, named by its Desc.
   template <typename Desc>

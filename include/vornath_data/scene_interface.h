@@ -12,8 +12,8 @@
  * slot number but is none, so a host doesn't pass such a class. An index is not checked by any
  * function but vrdmValid(); it is the caller's to give one below vrdmContainerSize(). Every
  * vrntValue_t that a function returns is the caller's, ended with vrntValueDestroy(); one that is
- * given to a function is not null and stays the caller's. Pointers into a scene die at the next addition to the
- * class, and with the scene.
+ * given to a function is not null and stays the caller's. Pointers into a scene die at the next
+ * addition to the class, and with the scene.
  *
  * Errors: nothing is caught. C++ exceptions from underneath pass to the host: std::bad_alloc and
  * what a function names. vrdmCreateScene() alone answers a failed allocation with null.
@@ -135,8 +135,9 @@ VRNT_API const vrntUniqueId_t* vrdmGetUniqueId(const vrdmScene_t* scene, uint32_
                                                int32_t index);
 
 /**
- * Frees a slot; freeing a free one is harmless. The class rises. A program loses its id, an asset its
- * reference to the bytes; all else that the slot holds stays, and so do references to the object.
+ * Frees a slot; freeing a free one is harmless. The class rises. A program loses its id, an asset
+ * its reference to the bytes; all else that the slot holds stays, and so do references to the
+ * object.
  * Result: true; false past the last class. Errors: none.
  */
 VRNT_API bool vrdmRemove(vrdmScene_t* scene, uint32_t objectClass, int32_t index);
@@ -296,6 +297,20 @@ VRNT_API const int32_t* vrdmGetReferenceList(const vrdmScene_t* scene, uint32_t 
  */
 VRNT_API int32_t* vrdmModifyReferenceList(vrdmScene_t* scene, uint32_t objectClass, int32_t index,
                                           uint32_t slot);
+
+/**
+ * To be called when texture references inside an object's value have changed: replaces the list
+ * "textures" of a Light or Material by the textures that its value names, in the order of the
+ * value's fields, each as often as it is named. A texture is named by a struct of one int field
+ * that is called `texture_ref`, `spectrum_texture`, `spectrum_sphere_texture`, `normal_texture`,
+ * `float_texture` or `float_sphere_texture`, at any depth of structs in structs; a negative number
+ * names none. Arrays aren't looked into, nor is the value of a Camera. An object that was never
+ * given a value names none.
+ * For every instance the class rises, and if the class has slots the object's two counters.
+ * Programs and assets are left alone, and nothing happens past the last class.
+ * Errors: std::bad_alloc.
+ */
+VRNT_API void vrdmUpdateTextureReferences(vrdmScene_t* scene, uint32_t objectClass, int32_t index);
 
 VRNT_END_DECLS
 

@@ -4,11 +4,15 @@
 
 #include <cstring>
 #include <new>
+#include <type_traits>
+#include <utility>
+#include <vector>
 
 #include "group_access.hpp"
 #include "links.hpp"
 #include "object_operations.hpp"
 #include "vornath_data/scene.hpp"
+#include "vornath_data/texture_references.hpp"
 
 using vrnt::Value;
 using vrnt::data::AssetHandle;
@@ -42,6 +46,24 @@ Desc readDesc(const void* bytes) {
   Desc desc;
   std::memcpy(&desc, bytes, sizeof(Desc));
   return desc;
+}
+
+// What a value names becomes the whole of the object's textures.
+template <typename Desc>
+void replaceTextures(vrnt::data::Instance<Desc>& object) {
+  using Texture = vrnt::data::Asset<vrnt::detail::TextureDesc>;
+  vrnt::data::forEachSlot<Desc>([&object](const auto& slot, auto) {
+    using Link = typename std::decay_t<decltype(slot)>::Member;
+    if constexpr (std::is_same_v<Link, vrnt::RefList<Texture>>) {
+      std::vector<std::int32_t> words;
+      if (object.value) {
+        for (const auto texture : vrnt::data::extractTextureReferences(object.value)) {
+          words.push_back(texture.index);
+        }
+      }
+      (object.desc.*slot.member).words = std::move(words);
+    }
+  });
 }
 
 }  // namespace
@@ -391,4 +413,19 @@ std::int32_t* vrdmModifyReferenceList(Scene* scene, std::uint32_t objectClass, s
         }
       },
       null<std::int32_t>);
+}
+
+void vrdmUpdateTextureReferences(Scene* scene, std::uint32_t objectClass, std::int32_t index) {
+  visitClass(
+      objectClass,
+      [=](auto tag) {
+        using Desc = typename decltype(tag)::Desc;
+        if constexpr (kIsInstance<Desc>) vrnt::data::countClassChange<Desc>(*scene);
+        if constexpr (kSlotCount<Desc> != 0) {
+          auto& object = scene->container<Desc>().at(index);
+          if constexpr (ClassInfo<Desc>::kHasValue) replaceTextures(object);
+          vrnt::data::countReferenceChange(object);
+        }
+      },
+      [] {});
 }

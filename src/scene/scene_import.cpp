@@ -1,0 +1,254 @@
+// Importing one scene into another. Objects are their slot numbers, so that an import is a copy of
+// containers in which every number is translated.
+#include <cstddef>
+#include <cstdint>
+#include <cstring>
+#include <type_traits>
+#include <unordered_map>
+#include <utility>
+#include <vector>
+
+#include "object_operations.hpp"
+#include "texture_references.hpp"
+#include "vornath_data/scene.hpp"
+
+namespace vrnt::data {
+
+namespace {
+
+using RefMaps = detail::TupleOfClass<RefMap>;
+
+// The class whose container stores a T.
+template <typename T>
+struct DescOfStored;
+template <template <typename> class Kind, typename D>
+struct DescOfStored<Kind<D>> {
+  using Desc = D;
+};
+
+// Lists of lights and shapes are filled when all classes are done: their class comes before both.
+template <typename Link>
+inline constexpr bool kIsLate = std::is_same_v<Link, CodedRefList<Emitter>>;
+
+template <typename Desc>
+constexpr bool hasLateSlot() {
+  bool late = false;
+  forEachSlot<Desc>([&late](const auto& slot, auto) {
+    if (kIsLate<typename std::decay_t<decltype(slot)>::Member>) late = true;
+  });
+  return late;
+}
+
+template <typename Element>
+std::vector<std::int32_t> liveSlots(const Container<Element>& container) {
+  std::vector<std::int32_t> live;
+  for (std::uint32_t i = 0; i < container.size(); ++i) {
+    if (container.slots[i].live()) live.push_back(static_cast<std::int32_t>(i));
+  }
+  return live;
+}
+
+// Ids of programs are digests, of which any part is as good as another.
+struct IdHash {
+  std::size_t operator()(const UniqueId& id) const noexcept {
+    std::size_t part = 0;
+    std::memcpy(&part, id.begin(), sizeof(part));
+    return part;
+  }
+};
+
+/// One import. The classes go in file order, in which all that objects refer to comes before them.
+/// Source and target may be one scene, which then gets a second copy of what it held: nothing here
+/// holds on to a place in the source while the target grows, nor looks at slots that came later.
+class ImportObjects {
+ public:
+  ImportObjects(const Scene& source, Scene& target)
+      : source_(source), target_(target), textureWords_(importedTextureWords()) {}
+
+  /// Takes over the objects of a class, but for their late slots.
+  template <typename Desc>
+  void objects() {
+    if constexpr (kIsProgram<Desc>) {
+      programs<Desc>();
+    } else if constexpr (kIsAsset<Desc>) {
+      assets<Desc>();
+    } else {
+      instances<Desc>();
+    }
+  }
+
+  /// Fills the late slots of the objects of a class.
+  template <typename Desc>
+  void lateSlots();
+
+  RefMaps takeMaps() { return std::move(maps_); }
+
+ private:
+  template <typename Source>
+  void programs();
+  template <typename Desc>
+  void assets();
+  template <typename Desc>
+  void instances();
+  template <typename Desc>
+  void copy(const Instance<Desc>& from, Instance<Desc>& to);
+
+  template <typename T>
+  void translate(Ref<T> from, Ref<T>& to) const;
+  template <typename T>
+  void translate(const RefList<T>& from, RefList<T>& to) const;
+  template <typename T>
+  void translate(const CodedRefList<T>& from, CodedRefList<T>& to) const;
+  void translate(const CodedRefList<Emitter>& from, CodedRefList<Emitter>& to) const;
+
+  /// The pairs of the class whose container stores a T.
+  template <typename T>
+  const RefMap<T>& map() const {
+    return maps_.template get<typename DescOfStored<T>::Desc>();
+  }
+
+  const Scene& source_;
+  Scene& target_;
+  RefMaps maps_;
+  TextureWords textureWords_;
+};
+
+// A program that both scenes have is the target's first one of that id.
+template <typename Source>
+void ImportObjects::programs() {
+  const std::vector<std::int32_t> live = liveSlots(source_.container<Source>());
+  if (live.empty()) return;
+  std::unordered_map<UniqueId, std::int32_t, IdHash> first;
+  for (const std::int32_t slot : liveSlots(target_.container<Source>())) {
+    first.emplace(target_.container<Source>().at(slot).id, slot);
+  }
+  for (const std::int32_t slot : live) {
+    const Program<Source>& program = source_.container<Source>().at(slot);
+    const auto known = first.find(program.id);
+    if (known != first.end()) {
+      maps_.template get<Source>().add(slot, known->second);
+      continue;
+    }
+    // A text from a file can hold a NUL: it ends there, and the id becomes another.
+    const char* text = program.source();
+    const auto added =
+        static_cast<std::int32_t>(addProgram<Source>(target_, text, std::strlen(text)));
+    maps_.template get<Source>().add(slot, added);
+    const auto entry = first.emplace(target_.container<Source>().at(added).id, added).first;
+    // It may have filled a gap in front of one of its id.
+    if (added < entry->second) entry->second = added;
+  }
+}
+
+template <typename Desc>
+void ImportObjects::assets() {
+  for (const std::int32_t slot : liveSlots(source_.container<Desc>())) {
+    auto& container = target_.container<Desc>();
+    const std::uint32_t added = container.allocate();
+    const Asset<Desc>& asset = source_.container<Desc>().at(slot);
+    container.slots[added] = Asset<Desc>{asset.id, asset.desc, asset.storage};
+    countClassChange<Desc>(target_);
+    maps_.template get<Desc>().add(slot, static_cast<std::int32_t>(added));
+  }
+}
+
+// The container grows by all of the source's slots. The live ones come first, so that the free ones
+// gather at the end.
+template <typename Desc>
+void ImportObjects::instances() {
+  const auto& from = source_.container<Desc>();
+  auto& to = target_.container<Desc>();
+  const std::uint32_t count = from.size();
+  const std::uint32_t size = to.size() + count;
+  // Exactly for a large import; many small ones leave it to the container to grow ahead.
+  if (count >= to.size()) to.slots.reserve(size);
+  for (std::uint32_t i = 0; i < count; ++i) {
+    if (!from.slots[i].live()) continue;
+    const std::uint32_t added = to.size();
+    to.slots.append();
+    Instance<Desc>& object = to.slots[added];
+    copy(from.slots[i], object);
+    object.deleted = false;
+    to.occupied(added);
+    countWholeChange(object);
+    countClassChange<Desc>(target_);
+    maps_.template get<Desc>().add(static_cast<std::int32_t>(i), static_cast<std::int32_t>(added));
+  }
+  while (to.size() < size) to.slots.append();
+}
+
+template <typename Desc>
+void ImportObjects::copy(const Instance<Desc>& from, Instance<Desc>& to) {
+  if constexpr (kGroupCount<Desc> != 0) to.desc.groups = from.desc.groups;
+  if constexpr (ClassInfo<Desc>::kHasValue) {
+    Value value = from.value;
+    if (value) remapValueTextures(value, map<Asset<vrnt::detail::TextureDesc>>(), textureWords_);
+    to.value = std::move(value);
+  }
+  forEachSlot<Desc>([&](const auto& slot, auto) {
+    using Link = typename std::decay_t<decltype(slot)>::Member;
+    if constexpr (!kIsLate<Link>) translate(from.desc.*slot.member, to.desc.*slot.member);
+  });
+}
+
+template <typename Desc>
+void ImportObjects::lateSlots() {
+  for (const auto& [source, target] : maps_.template get<Desc>().pairs()) {
+    const Instance<Desc>& from = source_.container<Desc>().at(source);
+    Instance<Desc>& to = target_.container<Desc>().at(target);
+    countReferenceChange(to);
+    countClassChange<Desc>(target_);
+    forEachSlot<Desc>([&](const auto& slot, auto) {
+      using Link = typename std::decay_t<decltype(slot)>::Member;
+      if constexpr (kIsLate<Link>) translate(from.desc.*slot.member, to.desc.*slot.member);
+    });
+  }
+}
+
+// An unset slot has no pair and stays at -1, be it required or optional.
+template <typename T>
+void ImportObjects::translate(Ref<T> from, Ref<T>& to) const {
+  to.index = map<T>().lookup(from.index);
+}
+
+template <typename T>
+void ImportObjects::translate(const RefList<T>& from, RefList<T>& to) const {
+  to.words.reserve(from.words.size());
+  for (const std::int32_t word : from.words) to.words.push_back(map<T>().lookup(word));
+}
+
+// The sign is kept, as it says which of two things the word means. A complement without a pair thus
+// becomes that of -1, so that the word for no target comes out as number 0 of the other sign, which
+// hosts know.
+template <typename List, typename NonNegative, typename Negative>
+void translateCoded(const List& from, List& to, const NonNegative& nonNegative,
+                    const Negative& negative) {
+  to.words.reserve(from.words.size());
+  for (const std::int32_t word : from.words) {
+    to.words.push_back(word >= 0 ? List::nonNegative(nonNegative.lookup(word))
+                                 : List::negative(negative.lookup(~word)));
+  }
+}
+
+template <typename T>
+void ImportObjects::translate(const CodedRefList<T>& from, CodedRefList<T>& to) const {
+  translateCoded(from, to, map<T>(), map<T>());
+}
+
+void ImportObjects::translate(const CodedRefList<Emitter>& from, CodedRefList<Emitter>& to) const {
+  translateCoded(from, to, map<Instance<ShapeDesc>>(), map<Instance<LightDesc>>());
+}
+
+}  // namespace
+
+RefMaps Scene::import(const Scene& source) {
+  ImportObjects imported(source, *this);
+  forEachClass([&](auto tag) { imported.objects<typename decltype(tag)::Desc>(); });
+  forEachClass([&](auto tag) {
+    using Desc = typename decltype(tag)::Desc;
+    if constexpr (hasLateSlot<Desc>()) imported.lateSlots<Desc>();
+  });
+  return imported.takeMaps();
+}
+
+}  // namespace vrnt::data
