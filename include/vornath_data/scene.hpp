@@ -71,9 +71,9 @@ class Scene {
   /// read, and std::bad_alloc, also for a damaged stream that asks for too much.
   VRNT_API static Result<Scene> deserialize(std::istream& stream, const UniqueId& id);
 
-  /// Whether two scenes have the same content at the same slots: the scene-wide groups, and for each
-  /// class the number of slots, which of them are live, and what the live ones hold. Identity and
-  /// history don't count: the ids of scenes, programs and assets, the counters, what free slots
+  /// Whether two scenes have the same content at the same slots: the scene-wide groups, and for
+  /// each class the number of slots, which of them are live, and what the live ones hold. Identity
+  /// and history don't count: the ids of scenes, programs and assets, the counters, what free slots
   /// still hold.
   /// Groups are compared field by field: floats as numbers, so that an object with a NaN isn't even
   /// equivalent to itself, bools by truth, all else exactly. Programs are equal by their text up to
@@ -101,9 +101,9 @@ class Scene {
 
 /// Prints a whole scene, for people and for comparing two runs: all counters, slots, references,
 /// groups and values, and a SHA-256 digest of each asset's bytes. Addresses stand for the versions
-/// of assets and values, so that these differ from run to run. An asset of no bytes prints as a free
-/// slot. Numbers follow the stream's settings, but for those within the text of groups and values.
-/// Every line is flushed. The stream isn't tested: one that fails midway is left failed.
+/// of assets and values, so that these differ from run to run. An asset of no bytes prints as a
+/// free slot. Numbers follow the stream's settings, but for those within the text of groups and
+/// values. Every line is flushed. The stream isn't tested: one that fails midway is left failed.
 /// Errors: throws vrnt::Exception if a group or value can't be printed (an enum's code that it
 /// doesn't have), with all that stands before it printed; std::bad_alloc. Threads: the scene is
 /// read.

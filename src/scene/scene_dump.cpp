@@ -12,7 +12,8 @@ namespace vrnt::data {
 
 namespace {
 
-// The name under which a slot's line stands: that of the target's class, or what a coded list is of.
+// The name under which a slot's line stands: that of the target's class, or what a coded list is
+// of.
 template <typename Element>
 struct TargetName;
 template <template <typename> class Element, typename Desc>
@@ -105,7 +106,8 @@ class Dump {
         stream_ << std::endl;
       });
     }
-    if constexpr (kGroupCount<Desc> != 0) groups<Desc>(instance.desc.groups, instance.groupVersions);
+    if constexpr (kGroupCount<Desc> != 0)
+      groups<Desc>(instance.desc.groups, instance.groupVersions);
     if constexpr (ClassInfo<Desc>::kHasValue) {
       const void* const address = instance.value.get();
       stream_ << "\tvalue: [v" << address << "] ";

@@ -150,7 +150,8 @@ class Comparison {
 
   const Scene& a_;
   const Scene& b_;
-  std::unordered_map<const vrntType_t*, bool> byBytes_;  // by types of values, which the scenes hold
+  std::unordered_map<const vrntType_t*, bool>
+      byBytes_;  // by types of values, which the scenes hold
 };
 
 }  // namespace

@@ -313,7 +313,8 @@ TEST_F(Equivalence, LooksAtNoPaddingBetweenGroups) {
   vrnt::data::forEachClass([&](auto tag) {
     using Desc = typename decltype(tag)::Desc;
     if constexpr (vrnt::data::kGroupCount<Desc> != 0) {
-      walk(tag, a.container<Desc>().at(kLive).desc.groups, b.container<Desc>().at(kLive).desc.groups);
+      walk(tag, a.container<Desc>().at(kLive).desc.groups,
+           b.container<Desc>().at(kLive).desc.groups);
     }
   });
   walk(vrnt::data::ClassTag<SceneData>{}, a.data, b.data);
@@ -335,9 +336,16 @@ TEST_F(Equivalence, LooksAtEachSlotAndEachElementOfAList) {
         }
         vrdmSetReference(&b, instance, kLive, slot, 10 + slot);
       } else {
-        for (const std::vector<std::int32_t>& words :
-             {std::vector<std::int32_t>{}, {4}, {4, -1}, {4, -1, 2, -1}, {4, -1, 2, kNoTarget},
-              {3, -1, 2}, {4, 1, 2}, {4, -1, -2}, {4, 2, -1}, {2, -1, 4}}) {
+        for (const std::vector<std::int32_t>& words : {std::vector<std::int32_t>{},
+                                                       {4},
+                                                       {4, -1},
+                                                       {4, -1, 2, -1},
+                                                       {4, -1, 2, kNoTarget},
+                                                       {3, -1, 2},
+                                                       {4, 1, 2},
+                                                       {4, -1, -2},
+                                                       {4, 2, -1},
+                                                       {2, -1, 4}}) {
           setList(&b, instance, kLive, slot, words);
           EXPECT_FALSE(equivalent(a, b)) << testing::PrintToString(words);
         }
@@ -579,8 +587,7 @@ TEST_F(Equivalence, LooksAtEachByteOfAnAssetAndEachWordOfItsDescriptor) {
 
 TEST(EquivalenceOfAssets, DoesNotReadBytesThatAreShared) {
   constexpr std::size_t size = 4096;
-  void* const unreadable =
-      mmap(nullptr, size, PROT_NONE, MAP_PRIVATE | MAP_ANONYMOUS, -1, 0);
+  void* const unreadable = mmap(nullptr, size, PROT_NONE, MAP_PRIVATE | MAP_ANONYMOUS, -1, 0);
   ASSERT_NE(unreadable, MAP_FAILED);
   {
     const StorageHandle storage(vrdmAssetStorageWrap(unreadable, size, nullptr));
