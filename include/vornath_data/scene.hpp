@@ -31,8 +31,8 @@ struct SceneVersions {
 /// to each other by slot number only, and nothing checks a reference. A scene can be moved, which
 /// leaves the source empty, but not copied.
 ///
-/// A Camera, Light or Material must have been given its value before the scene is written or
-/// imported.
+/// A Camera, Light or Material must have been given its value before the scene is written, imported,
+/// compared or printed.
 /// Threads: a scene has no lock and is used by one thread at a time. Scenes that share asset bytes
 /// or values may be used on different threads.
 class Scene {
@@ -90,6 +90,18 @@ class Scene {
   /// then holds a part of the source. Threads: reads the source and writes this scene.
   VRNT_API detail::TupleOfClass<RefMap> import(const Scene& source);
 
+  /// Whether two scenes have the same content at the same slots: the scene-wide groups, and for
+  /// each class the number of slots, which of them are live, and what the live ones hold. Identity
+  /// and history don't count: the ids of scenes, programs and assets, the counters, what free slots
+  /// still hold.
+  /// Groups are compared field by field: floats as numbers, so that an object with a NaN isn't even
+  /// equivalent to itself, bools by truth, all else exactly. Programs are equal by their text up to
+  /// the first NUL, assets by descriptor and bytes, references word by word, values by what they
+  /// print as. Bytes that both scenes share aren't read.
+  /// Errors: throws vrnt::Exception if a value that is come to can't be printed, also where both
+  /// scenes share it; std::bad_alloc. Threads: both scenes are read.
+  VRNT_API static bool equivalent(const Scene& a, const Scene& b);
+
   /// The container of a class, named by its Desc.
   template <typename Desc>
   Container<Stored<Desc>>& container() noexcept {
@@ -105,6 +117,16 @@ class Scene {
   SceneVersions versions;
   detail::TupleOfClass<Container> containers;
 };
+
+/// Prints a whole scene, for people and for comparing two runs: all counters, slots, references,
+/// groups and values, and a SHA-256 digest of each asset's bytes. Addresses stand for the versions
+/// of assets and values, so that these differ from run to run. An asset of no bytes prints as a
+/// free slot. Numbers follow the stream's settings, but for those within the text of groups and
+/// values. Every line is flushed. The stream isn't tested: one that fails midway is left failed.
+/// Errors: throws vrnt::Exception if a group or value can't be printed (an enum's code that it
+/// doesn't have), with all that stands before it printed; std::bad_alloc. Threads: the scene is
+/// read.
+VRNT_API std::ostream& operator<<(std::ostream& stream, const Scene& scene);
 
 }  // namespace vrnt::data
 

@@ -1,0 +1,16 @@
+// The digest by which people compare contents with those of files.
+#ifndef VORNATH_FOUNDATION_DIGEST_HPP
+#define VORNATH_FOUNDATION_DIGEST_HPP
+
+#include <cstddef>
+#include <string>
+
+namespace vrnt {
+
+/// The SHA-256 digest of `size` bytes, in 64 lowercase hexadecimal digits.
+/// Errors: throws std::bad_alloc. Threads: any.
+std::string sha256Text(const void* bytes, std::size_t size);
+
+}  // namespace vrnt
+
+#endif

@@ -1,0 +1,161 @@
+// Whether two scenes have the same content: a walk over both side by side.
+#include <cstring>
+#include <type_traits>
+#include <unordered_map>
+#include <unordered_set>
+#include <vector>
+
+#include "group_type.hpp"
+#include "object_operations.hpp"
+#include "record_comparison.hpp"
+#include "vornath_data/scene.hpp"
+
+namespace vrnt::data {
+
+namespace {
+
+// How all groups of a class are compared, as the one block in which they lie.
+template <typename Desc>
+const RecordComparison& groupComparison() {
+  static const RecordComparison comparison = [] {
+    using Groups = typename Desc::Groups;
+    const Groups groups{};
+    RecordComparison made(sizeof(Groups));
+    forEachGroup<Desc>([&](const auto& group, auto position) {
+      const auto* const record = reinterpret_cast<const char*>(&(groups.*group.member));
+      const auto offset = static_cast<std::size_t>(record - reinterpret_cast<const char*>(&groups));
+      made.add(groupType<Desc>(position).plain, offset);
+    });
+    return made;
+  }();
+  return comparison;
+}
+
+// Whether equal bytes of the type print as the same text, and nothing can fail in printing them. An
+// enum's code can be one that it doesn't have, and a reference leads to more bytes.
+bool printsByBytes(const vrntType_t* type) {
+  std::vector<const vrntType_t*> open{type};
+  std::unordered_set<const vrntType_t*> seen{type};
+  // What a type is made of lives as long as the type.
+  const auto enter = [&](const vrntType_t* part) {
+    if (seen.insert(part).second) open.push_back(part);
+  };
+  while (!open.empty()) {
+    const vrntType_t* const next = open.back();
+    open.pop_back();
+    switch (vrntTypeDescriptor(next)) {
+      case VRNT_DESCRIPTOR_BASE:
+        if (vrntTypeBasetype(next) != VRNT_BASETYPE_STRUCT) break;
+        [[fallthrough]];
+      case VRNT_DESCRIPTOR_STRUCT:
+        for (std::uint32_t i = 0; i < vrntTypeFieldCount(next); ++i) {
+          vrntValueView_t field{};
+          enter(vrntValueStructField(&field, next, i)->type);
+        }
+        break;
+      case VRNT_DESCRIPTOR_ARRAY: {
+        std::int32_t extents[4] = {};
+        vrntTypeArrayShape(next, extents);
+        if (extents[0] < 0) return false;
+        enter(TypeHandle::adopt(vrntTypeElementType(next)).get());
+        break;
+      }
+      default:
+        return false;
+    }
+  }
+  return true;
+}
+
+class Comparison {
+ public:
+  Comparison(const Scene& a, const Scene& b) : a_(a), b_(b) {}
+
+  bool equivalent() {
+    bool equal = groupComparison<SceneData>().equal(&a_.data, &b_.data);
+    forEachClass([&](auto tag) { equal = equal && sameObjects<typename decltype(tag)::Desc>(); });
+    return equal;
+  }
+
+ private:
+  template <typename Desc>
+  bool sameObjects() {
+    const auto& a = a_.container<Desc>();
+    const auto& b = b_.container<Desc>();
+    if (a.size() != b.size()) return false;
+    for (std::uint32_t i = 0; i < a.size(); ++i) {
+      if (a.slots[i].live() != b.slots[i].live()) return false;
+      if (a.slots[i].live() && !same(a.slots[i], b.slots[i])) return false;
+    }
+    return true;
+  }
+
+  // Nothing that is identity or history is compared: no ids, no counters.
+
+  template <typename Source>
+  bool same(const Program<Source>& a, const Program<Source>& b) {
+    return std::strcmp(a.source(), b.source()) == 0;
+  }
+
+  template <typename Desc>
+  bool same(const Asset<Desc>& a, const Asset<Desc>& b) {
+    static_assert(std::has_unique_object_representations_v<Desc>);
+    if (std::memcmp(&a.desc, &b.desc, sizeof(Desc)) != 0) return false;
+    const AssetStorage* const first = a.storage.get();
+    const AssetStorage* const second = b.storage.get();
+    return first == second || (first->size == second->size &&
+                               std::memcmp(first->data, second->data, first->size) == 0);
+  }
+
+  template <typename Desc>
+  bool same(const Instance<Desc>& a, const Instance<Desc>& b) {
+    if constexpr (kGroupCount<Desc> != 0) {
+      if (!groupComparison<Desc>().equal(&a.desc.groups, &b.desc.groups)) return false;
+    }
+    bool equal = true;
+    forEachSlot<Desc>([&](const auto& slot, auto) {
+      equal = equal && sameLink(a.desc.*slot.member, b.desc.*slot.member);
+    });
+    if constexpr (ClassInfo<Desc>::kHasValue) equal = equal && sameText(a.value, b.value);
+    return equal;
+  }
+
+  template <typename Target>
+  static bool sameLink(const Ref<Target>& a, const Ref<Target>& b) {
+    return a == b;
+  }
+  template <typename List>
+  static bool sameLink(const List& a, const List& b) {
+    return a.words == b.words;
+  }
+
+  // Values are equal when they print alike. That says more than their bytes, since values of two
+  // types can print alike, and less, since a printed float doesn't tell all NaNs apart.
+  bool sameText(const Value& a, const Value& b) {
+    const vrntType_t* const type = a.type();
+    if (type == b.type() && byBytes(type) &&
+        (a.get() == b.get() || std::memcmp(a.data(), b.data(), vrntTypeSize(type)) == 0)) {
+      return true;
+    }
+    const std::string text = ConstBasicView<const Value*>(&a).text();
+    // One block has one text; it was printed all the same, for what can't be printed is an error.
+    return a.get() == b.get() || text == ConstBasicView<const Value*>(&b).text();
+  }
+
+  bool byBytes(const vrntType_t* type) {
+    const auto known = byBytes_.find(type);
+    if (known != byBytes_.end()) return known->second;
+    return byBytes_.emplace(type, printsByBytes(type)).first->second;
+  }
+
+  const Scene& a_;
+  const Scene& b_;
+  std::unordered_map<const vrntType_t*, bool>
+      byBytes_;  // by types of values, which the scenes hold
+};
+
+}  // namespace
+
+bool Scene::equivalent(const Scene& a, const Scene& b) { return Comparison(a, b).equivalent(); }
+
+}  // namespace vrnt::data
