@@ -175,14 +175,6 @@ Annotations expectedOf(const FieldRow& row) {
   return annotations;
 }
 
-std::string textOf(const ValueHandle& value) {
-  const vrntValueView_t whole{vrntValueType(value.get()), 0};
-  vrntValuesError_t* error = nullptr;
-  const StringHandle text(vrntValueString(value.get(), &whole, 0, &error));
-  const ErrorHandle owner(error);
-  return text ? text.get() : "not printable";
-}
-
 // What the library says, and that a default or limit of a field is of the field's own type.
 Annotations actualOf(const vrntType_t* type) {
   Annotations annotations;

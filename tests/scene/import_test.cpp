@@ -72,14 +72,6 @@ ValueHandle valueOf(const SceneHandle& scene, std::uint32_t objectClass, std::in
   return ValueHandle(vrdmGetInstanceValue(scene.get(), objectClass, index));
 }
 
-std::string textOf(const ValueHandle& value) {
-  vrntValuesError_t* error = nullptr;
-  const vrntValueView_t whole{vrntValueType(value.get()), 0};
-  const StringHandle text(vrntValueString(value.get(), &whole, 0, &error));
-  EXPECT_NE(text, nullptr);
-  return text ? text.get() : "";
-}
-
 // --- The maps ---
 
 TEST(RefMapLookup, GivesTheTargetOfTheFirstPairOrMinusOne) {
