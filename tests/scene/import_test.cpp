@@ -727,10 +727,10 @@ TEST(SceneImport, GrowsLinearly) {
     vrdmAddProgram(source.get(), VRDM_CLASS_LIGHT_PROGRAM, std::to_string(i).c_str());
     vrdmAddAsset(source.get(), VRDM_CLASS_MESH, desc.data(), &handle);
     addInstance(source.get(), VRDM_CLASS_SHAPE);
-    // A gap in front keeps a pair from standing at its own number.
     vrdmSetReference(source.get(), VRDM_CLASS_SHAPE, i, 1,
                      static_cast<std::uint32_t>(kCount - 1 - i));
   }
+  // A gap in front keeps each pair from standing at its own number.
   vrdmRemove(source.get(), VRDM_CLASS_MESH, 0);
   const SceneHandle target = newScene();
   import(source, target);
