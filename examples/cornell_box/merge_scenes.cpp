@@ -18,7 +18,9 @@ DataScene readDataScene(const std::string& path) {
   std::ifstream file(path, std::ios::binary);
   if (!file) throw std::runtime_error(path + ": the file can't be opened");
   vrnt::Result<DataScene> scene = DataScene::deserialize(file, vrnt::UniqueId());
-  if (!scene) throw std::runtime_error(path + ": " + vrnt::Exception(vrnt::ErrorRecord(scene.error())).what());
+  if (!scene)
+    throw std::runtime_error(path + ": " +
+                             vrnt::Exception(vrnt::ErrorRecord(scene.error())).what());
   return std::move(scene).value();
 }
 
@@ -30,14 +32,16 @@ void writeDataScene(const DataScene& scene, const std::string& path) {
 }
 
 // Tells for each class how many objects came, and where the first of them stands now.
-void report(const std::string& path, const vrnt::data::detail::TupleOfClass<vrnt::data::RefMap>& maps) {
+void report(const std::string& path,
+            const vrnt::data::detail::TupleOfClass<vrnt::data::RefMap>& maps) {
   std::cout << path << '\n';
   std::uint32_t objectClass = 0;
-  maps.forEach([&](const auto& map) {
+  vrnt::data::forEachClass([&](auto tag) {
+    const auto& pairs = maps.template get<typename decltype(tag)::Desc>().pairs();
     const char* const name = vrdmObjectName(objectClass++);
-    if (map.pairs().empty()) return;
-    std::cout << "  " << map.pairs().size() << ' ' << name << ", from " << map.pairs().front().second
-              << " on\n";
+    if (pairs.empty()) return;
+    std::cout << "  " << pairs.size() << ' ' << name << ", the first at " << pairs.front().second
+              << '\n';
   });
 }
 
