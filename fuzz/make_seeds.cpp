@@ -63,8 +63,13 @@ class Corpus {
     if (bytes.size() > kLongestSeed || !known_.insert(target + '/' + bytes).second) return;
     std::string number = std::to_string(++counts_[target]);
     number.insert(0, number.size() < 2 ? 1 : 0, '0');
+    addNamed(target, "seed-" + number, bytes);
+  }
+
+  // An input that once failed keeps a name that tells why.
+  void addNamed(const std::string& target, const std::string& name, const std::string& bytes) {
     fs::create_directories(folder_ / target);
-    std::ofstream(folder_ / target / ("seed-" + number), std::ios::binary) << bytes;
+    std::ofstream(folder_ / target / name, std::ios::binary) << bytes;
   }
 
  private:
@@ -120,6 +125,23 @@ void addPrograms(Corpus& corpus) {
   program({0, 0, 0, 2, 0, 1, 1, 5, 1, 0, 1, 0, 0, 1, 0, 7, 2, 0, 0, 0, 0, 0});  // follow
 }
 
+// Both references of each level lead to the next one.
+void addSharedOnEachLevel(Corpus& corpus) {
+  ErrorLocation error;
+  const TypeHandle type = parseType("{ void* a; void* b; }", error);
+  ValueHandle value = parseValue("1", error);
+  for (int level = 0; level < 40; ++level) {
+    vrntValue_t* pair = vrntValueCreate(type.get(), error);
+    for (const std::uint32_t i : {0U, 1U}) {
+      vrntValueView_t field;
+      vrntValueSetReference(&pair, vrntValueStructField(&field, type.get(), i), value.get(), error);
+    }
+    value.reset(pair);
+  }
+  corpus.addNamed("value_stream", "regress-shared-on-each-level",
+                  renamed(writeStream(value.get())));
+}
+
 void addIds(Corpus& corpus) {
   const std::string target = "unique_id_and_texture";
   corpus.add(target, "00112233445566778899aabbccddeeff");
@@ -173,6 +195,8 @@ int main(int argc, char** argv) {
     corpus.add("value_text", text);
     addValue(corpus, value.get());
   }
+  addSharedOnEachLevel(corpus);
+  corpus.addNamed("value_text", "regress-elements-without-bytes", "[ : int[0] | 2000000000 ]");
   addPairs(corpus, types);
   addPrograms(corpus);
   addIds(corpus);
