@@ -211,9 +211,9 @@ VRNT_API void vrntValueSetReference(vrntValue_t** value, const vrntValueView_t* 
  * unequal to everything; references are equal when they are the same word or lead to equal values.
  * `reason` may be null; else, if a reason is known, it receives a new string for
  * vrntDestroyString(), such as `.a[2].b: 1 != 2`.
- * Errors: none are caught: throws std::bad_alloc for deeply nested values or a reason, and
- * vrnt::Exception "Enum code out of range: {}" where the reason would print such a code. Comparing a
- * cycle of references doesn't end.
+ * Errors: none are caught: throws std::bad_alloc for deeply nested values, for shared ones that
+ * refer to others, or for a reason, and vrnt::Exception "Enum code out of range: {}" where the
+ * reason would print such a code. Don't compare cycles of references.
  */
 VRNT_API int32_t vrntValueEqual(const vrntValue_t* a, const vrntValueView_t* viewA,
                                 const vrntValue_t* b, const vrntValueView_t* viewB,

@@ -2,6 +2,8 @@
 
 #include <boost/container/small_vector.hpp>
 #include <cmath>
+#include <set>
+#include <utility>
 
 #include "base_types.hpp"
 #include "half.hpp"
@@ -97,8 +99,9 @@ class Comparison {
         case Outcome::Referred:
           break;
       }
-      const vrntValue_t* const blockA = blockOfWord(loadWord(a.data));
-      const vrntValue_t* const blockB = blockOfWord(loadWord(b.data));
+      vrntValue_t* const blockA = blockOfWord(loadWord(a.data));
+      vrntValue_t* const blockB = blockOfWord(loadWord(b.data));
+      if (wasMet(blockA, blockB)) return true;
       a = {&blockType(blockA), blockData(blockA)};
       b = {&blockType(blockB), blockData(blockB)};
       if (!isSubType(*a.type, *b.type)) {
@@ -107,6 +110,16 @@ class Comparison {
       }
       if (!sameType(*a.type, *b.type)) return false;
     }
+  }
+
+  // Whether the pair was met before. It is then equal or the whole comparison fails on its account,
+  // so it needs no second look: there are twice as many ways to a pair with each level that refers
+  // to it twice. A pair of which nothing is shared can't be met again, and one that leads nowhere
+  // is compared in no time.
+  bool wasMet(vrntValue_t* a, vrntValue_t* b) {
+    if (isExclusive(a) && isExclusive(b)) return false;
+    if (blockType(a).refSlots().empty()) return false;
+    return !met_.emplace(a, b).second;
   }
 
   static Outcome outcome(bool equal) { return equal ? Outcome::Equal : Outcome::Unequal; }
@@ -128,7 +141,9 @@ class Comparison {
   Outcome begin(const Type::TArrayND<D>& array, const Side& a, const Side& b) {
     if (!array.shape) return Outcome::Equal;
     const std::int32_t extent = elementCount(*array.shape);
-    const std::size_t count = extent < 0 ? 0 : static_cast<std::size_t>(extent);
+    // Any number of elements without bytes may stand in a value, and they are all equal.
+    const bool empty = extent < 0 || array.element->size() == 0;
+    const std::size_t count = empty ? 0 : static_cast<std::size_t>(extent);
     std::size_t first = 0;
     // Numbers are the most of what is compared: the equal ones among them are passed over here.
     if (const auto* base = array.element->template getIf<Type::TBasetype>()) {
@@ -211,6 +226,7 @@ class Comparison {
   float tolerance_;
   std::string* reason_;
   boost::container::small_vector<Frame, 16> frames_;  // on the stack as long as they are few
+  std::set<std::pair<const vrntValue_t*, const vrntValue_t*>> met_;
 };
 
 }  // namespace

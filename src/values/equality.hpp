@@ -14,8 +14,8 @@ namespace qex::vornath {
 ///
 /// `reason` may be null; otherwise it receives the mismatch, as ".a[2].b: 1 != 2", or stays as it
 /// is where there is nothing to say, as with a null reference against a block. Throws what printing
-/// the two sides throws if a reason is wanted. Neither references nor nesting make it recurse; a
-/// cycle of references that isn't shared doesn't end.
+/// the two sides throws if a reason is wanted. Neither references nor nesting make it recurse,
+/// and what is shared is looked at once. It isn't made for cycles of references.
 bool valuesEqual(const ConstView& a, const ConstView& b, float tolerance,
                  std::string* reason = nullptr);
 

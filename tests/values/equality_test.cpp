@@ -134,6 +134,38 @@ TEST(ValuesEqual, ComparesWhatReferencesLeadTo) {
   EXPECT_EQ(reason("&{ a = &1; }", "&{ a = &2; }"), ".a: 1 != 2");
 }
 
+// As many ways lead to the innermost value as a number of 64 bits can't tell.
+DynamicValue sharedTwiceOnEachLevel(const std::string& innermost) {
+  DynamicValue v = value(innermost);
+  for (int level = 0; level < 70; ++level) {
+    const DynamicValue both = DynamicValue::reference(v, type("void*"));
+    v = DynamicValue::structure({{"a", both}, {"b", both}});
+  }
+  return v;
+}
+
+TEST(ValuesEqual, LooksOnceAtWhatIsSharedOnEachLevel) {
+  const DynamicValue v = sharedTwiceOnEachLevel("[ 1, 2 ]");
+  EXPECT_TRUE(areEqual(v, sharedTwiceOnEachLevel("[ 1, 2 ]")));
+  EXPECT_FALSE(areEqual(v, sharedTwiceOnEachLevel("[ 1, 3 ]")));
+}
+
+TEST(ValuesEqual, ComparesASharedValueWithEachThatStandsAgainstIt) {
+  const DynamicValue inner = DynamicValue::reference(value("1"));
+  const auto pair = [](const DynamicValue& a, const DynamicValue& b) {
+    return DynamicValue::structure(
+        {{"a", DynamicValue::reference(a)}, {"b", DynamicValue::reference(b)}});
+  };
+  EXPECT_TRUE(areEqual(pair(inner, inner), pair(value("&1"), value("&1"))));
+  EXPECT_FALSE(areEqual(pair(inner, inner), pair(value("&1"), value("&2"))));
+  EXPECT_FALSE(areEqual(pair(value("&1"), value("&2")), pair(inner, inner)));
+}
+
+TEST(ValuesEqual, PassesOverElementsWithoutBytes) {
+  EXPECT_TRUE(areEqual("[ : int[0] | 2000000000 ]", "[ : int[0] | 2000000000 ]"));
+  EXPECT_FALSE(areEqual("[ : int[0] | 2000000000 ]", "[ : int[0] | 2000000001 ]"));
+}
+
 TEST(ValuesEqual, RefusesReferredValuesOfUnrelatedTypes) {
   const TypePtr any = type("void*");
   const auto refer = [&](const char* v) { return DynamicValue::reference(value(v), any); };

@@ -1,0 +1,111 @@
+// What every fuzz target uses: checks that end the program, handles that end themselves, and a
+// reader of the input's bytes. A target defines runInput(); support/entry.cpp calls it.
+#ifndef VORNATH_FUZZ_TARGET_HPP
+#define VORNATH_FUZZ_TARGET_HPP
+
+#include <cstddef>
+#include <cstdint>
+#include <cstring>
+#include <memory>
+#include <string>
+#include <string_view>
+
+#include "vornath_data/vrnt.h"
+
+namespace vornath_fuzz {
+
+// Runs the target on one input. It must leave nothing behind: no type may be alive afterwards that
+// wasn't before, but for the library's permanent ones. std::bad_alloc may pass.
+void runInput(std::string_view bytes);
+
+[[noreturn]] void failCheck(const char* condition, const char* file, int line,
+                            const std::string& note);
+
+#define FUZZ_CHECK_NOTE(condition, note) \
+  ((condition) ? void() : ::vornath_fuzz::failCheck(#condition, __FILE__, __LINE__, note))
+#define FUZZ_CHECK(condition) FUZZ_CHECK_NOTE(condition, std::string())
+
+struct EndType {
+  void operator()(vrntType_t* type) const { vrntTypeDestroy(type); }
+};
+struct EndValue {
+  void operator()(vrntValue_t* value) const { vrntValueDestroy(value); }
+};
+struct EndString {
+  void operator()(char* string) const { vrntDestroyString(string); }
+};
+using TypeHandle = std::unique_ptr<vrntType_t, EndType>;
+using ValueHandle = std::unique_ptr<vrntValue_t, EndValue>;
+using StringHandle = std::unique_ptr<char, EndString>;
+
+// An error location for one call.
+class ErrorLocation {
+ public:
+  ErrorLocation() = default;
+  ErrorLocation(const ErrorLocation&) = delete;
+  ErrorLocation& operator=(const ErrorLocation&) = delete;
+  ~ErrorLocation() { vrntValuesErrorDestroy(error_); }
+
+  operator vrntValuesError_t**() { return &error_; }  // NOLINT(google-explicit-constructor)
+
+  // The call failed if and only if it reported an error, and that is one of the three kinds.
+  void check(bool succeeded) const;
+
+  std::uint32_t kind() const { return vrntValuesErrorCode(error_); }
+  std::string message() const { return vrntValuesErrorMessage(error_); }
+  bool outOfMemory() const { return error_ != nullptr && kind() == VRNT_OUT_OF_MEMORY; }
+
+ private:
+  vrntValuesError_t* error_ = nullptr;
+};
+
+inline vrntValueView_t wholeOf(const vrntValue_t* value) { return {vrntValueType(value), 0}; }
+inline std::string textOf(const vrntType_t* type) { return vrntTypeString(type); }
+
+// The type of a text, or null.
+TypeHandle parseType(const std::string& text, ErrorLocation& error);
+ValueHandle parseValue(const std::string& text, ErrorLocation& error);
+
+// The text of a value; null where the library reports that it has none or that memory ran out.
+StringHandle print(const vrntValue_t* value, std::uint32_t flags, ErrorLocation& error);
+
+bool equal(const vrntValue_t* a, const vrntValue_t* b);
+
+// The bytes of a value.
+std::string_view bytesOf(const vrntValue_t* value);
+
+// How many parts a walk over values of the type meets, arrays' elements one by one, up to a limit.
+// What references lead to isn't in it.
+inline constexpr std::uint64_t kManyParts = 1U << 14;
+std::uint64_t partsOf(const vrntType_t* type);
+
+// The same over a value, with what it refers to, each block as often as a reference leads to it.
+std::uint64_t partsOf(const vrntValue_t* value);
+
+// Reads the input as a program: zeros behind its end.
+class Program {
+ public:
+  explicit Program(std::string_view bytes) : bytes_(bytes) {}
+
+  bool atEnd() const { return bytes_.empty(); }
+  std::uint8_t byte() { return number<std::uint8_t>(); }
+  std::uint32_t word() { return number<std::uint32_t>(); }
+  // Below the limit, which isn't 0.
+  std::size_t below(std::size_t limit) { return byte() % limit; }
+
+ private:
+  template <typename T>
+  T number() {
+    T result = 0;
+    const std::size_t size = bytes_.size() < sizeof(T) ? bytes_.size() : sizeof(T);
+    std::memcpy(&result, bytes_.data(), size);
+    bytes_.remove_prefix(size);
+    return result;
+  }
+
+  std::string_view bytes_;
+};
+
+}  // namespace vornath_fuzz
+
+#endif

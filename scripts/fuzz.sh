@@ -1,0 +1,63 @@
+#!/bin/bash
+# Builds the fuzz targets with libFuzzer and runs one of them or all, one after the other. A target
+# begins with its corpus; what it finds anew is kept in build/fuzz/corpus/, an input that fails in
+# build/fuzz/failures/. The last line tells how many targets ran and how many failed.
+# usage: scripts/fuzz.sh TARGET|all SECONDS|-runs=N [libFuzzer's options]
+#   SECONDS   for each target
+#   -runs=N   so many executions from the corpus of the repository alone, always the same ones, and
+#             at most 15 seconds for each target
+set -euo pipefail
+cd "$(dirname "$0")/.."
+if [ $# -lt 2 ]; then
+  sed -n 's/^# \{0,1\}//; 2,9p' "$0" >&2
+  exit 2
+fi
+what=$1
+bound=$2
+shift 2
+
+scripts/install_dependencies.sh
+scripts/install_packages.sh clang libclang-rt-14-dev
+configure=(cmake --preset fuzz)
+if command -v ccache >/dev/null; then
+  configure+=(-DCMAKE_C_COMPILER_LAUNCHER=ccache -DCMAKE_CXX_COMPILER_LAUNCHER=ccache)
+fi
+"${configure[@]}"
+build=fuzzers
+[ "$what" = all ] || build=fuzz_$what
+cmake --build --preset fuzz -j "$(nproc)" --target "$build"
+
+targets=("$what")
+if [ "$what" = all ]; then
+  targets=()
+  for corpus in fuzz/corpus/*/; do targets+=("$(basename "$corpus")"); done
+fi
+
+# A request for more memory than that fails, which is a correct outcome; libFuzzer's own limits lie
+# above, and end the program.
+export ASAN_OPTIONS="allocator_may_return_null=1:max_allocation_size_mb=24:${ASAN_OPTIONS:-}"
+export UBSAN_OPTIONS="print_stacktrace=1:${UBSAN_OPTIONS:-}"
+
+failed=0
+for target in "${targets[@]}"; do
+  echo "== $target"
+  mkdir -p "build/fuzz/corpus/$target" build/fuzz/failures
+  # The entropic schedule takes longer here than the inputs do.
+  run=("build/fuzz/fuzz/fuzz_$target" -rss_limit_mb=4096 -malloc_limit_mb=256 -timeout=20 -entropic=0
+       -print_final_stats=1 "-artifact_prefix=build/fuzz/failures/$target-")
+  [ ! -f "fuzz/$target.dict" ] || run+=("-dict=fuzz/$target.dict")
+  case $bound in
+    -runs=*)
+      work=$(mktemp -d)
+      run+=("$bound" -max_total_time=15 -seed=1 "$work")
+      ;;
+    *)
+      work=""
+      run+=("-max_total_time=$bound" "build/fuzz/corpus/$target")
+      ;;
+  esac
+  "${run[@]}" "fuzz/corpus/$target" "$@" || failed=$((failed + 1))
+  [ -z "$work" ] || rm -rf "$work"
+done
+echo "${#targets[@]} fuzz targets ran, $failed failed"
+[ "$failed" -eq 0 ]

@@ -1,0 +1,28 @@
+#!/bin/sh
+# Installs the Debian packages that are named as arguments, and only what of them is missing. Runs as
+# root or through sudo.
+set -eu
+
+missing=""
+for package in "$@"; do
+  state=$(dpkg-query -W -f='${db:Status-Status}' "$package" 2>/dev/null || true)
+  [ "$state" = installed ] || missing="$missing $package"
+done
+if [ -z "$missing" ]; then
+  echo "All dependencies are installed."
+  exit 0
+fi
+
+echo "Installing:$missing"
+as_root=""
+if [ "$(id -u)" -ne 0 ]; then
+  if ! command -v sudo >/dev/null; then
+    echo "Not root, and there is no sudo: install these as root:$missing" >&2
+    exit 1
+  fi
+  as_root="sudo"
+fi
+$as_root apt-get update
+# Word splitting is meant: one argument a package.
+# shellcheck disable=SC2086
+$as_root env DEBIAN_FRONTEND=noninteractive apt-get install -y --no-install-recommends $missing
