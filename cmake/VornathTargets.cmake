@@ -7,6 +7,13 @@ if(VORNATH_DATA_WERROR)
   target_compile_options(vornath_flags INTERFACE -Werror)
 endif()
 
+# Against what a defect could be used for: the library lives in its hosts' processes.
+if(VORNATH_DATA_HARDEN AND NOT VORNATH_DATA_SANITIZE)
+  target_compile_options(vornath_flags INTERFACE -fstack-protector-strong
+    "$<$<NOT:$<CONFIG:Debug>>:-U_FORTIFY_SOURCE;-D_FORTIFY_SOURCE=2>")
+  target_link_options(vornath_flags INTERFACE -Wl,-z,relro,-z,now)
+endif()
+
 # Floating-point arithmetic as it is written: neither contracted nor rearranged.
 set(VORNATH_EXACT_FLOATS -fno-fast-math -ffp-contract=off)
 

@@ -12,39 +12,21 @@
 #include <vector>
 
 #include "support/flat_handles.hpp"
+#include "together.hpp"
 #include "vornath_data/type_library.hpp"
 
 namespace {
 
+using vornath_test::check;
 using vornath_test::ErrorHandle;
+using vornath_test::kRounds;
+using vornath_test::kThreads;
 using vornath_test::parseType;
 using vornath_test::parseValue;
 using vornath_test::readAt;
+using vornath_test::together;
 using vornath_test::TypeHandle;
 using vornath_test::ValueHandle;
-
-constexpr int kThreads = 8;
-constexpr int kRounds = 200;
-
-// Runs the work on all threads, each told its number, and lets them begin together.
-void together(const std::function<void(int)>& work) {
-  std::atomic<int> waiting{kThreads};
-  std::vector<std::thread> threads;
-  for (int i = 0; i < kThreads; ++i) {
-    threads.emplace_back([&, i] {
-      --waiting;
-      while (waiting.load() > 0) std::this_thread::yield();
-      work(i);
-    });
-  }
-  for (std::thread& thread : threads) thread.join();
-}
-
-// The assertions of the test library would lock; threads count what went wrong instead.
-std::atomic<int> wrong{0};
-void check(bool right) {
-  if (!right) ++wrong;
-}
 
 TypeHandle quietParse(const std::string& text) {
   vrntValuesError_t* error = nullptr;
@@ -58,11 +40,7 @@ bool prints(const TypeHandle& type, const std::string& text) {
   return type && vrntTypeString(type.get()) == text;
 }
 
-class TypesOnThreads : public testing::Test {
- protected:
-  void SetUp() override { wrong = 0; }
-  void TearDown() override { EXPECT_EQ(wrong.load(), 0); }
-};
+class TypesOnThreads : public vornath_test::ThreadsTest {};
 
 }  // namespace
 
