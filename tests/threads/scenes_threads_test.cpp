@@ -36,7 +36,7 @@ class IdsOnThreads : public ThreadsTest {};
 class ColoursOnThreads : public ThreadsTest {};
 
 struct MaterialGraph {
-  std::uint32_t size, parameters, root;
+  std::uint64_t size, parameters, root;
 };
 
 }  // namespace
