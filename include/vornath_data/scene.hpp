@@ -74,8 +74,8 @@ class Scene {
 
   /// Adds what another scene holds to this one. Result: for each class, where its objects went.
   ///
-  /// A program of which this scene has the id already becomes its first one; others are added, and
-  /// so are all assets, each to the lowest free slot, with its id and sharing its bytes. Instances
+  /// A program of which this scene has the id already becomes its first one; others are added by
+  /// their text up to the first NUL, with its id, and so are all assets, each to the lowest free slot, with its id and sharing its bytes. Instances
   /// go behind the last slot of their class, in order: the class grows by as many slots as the
   /// source has, of which those that the source has free stay free at the end. A value is shared,
   /// unless it names textures by vrntTypeTexture() or a sampler of vrntTypeSampler(): then it
@@ -84,7 +84,10 @@ class Scene {
   /// References are translated; one to anything but a live object becomes -1, and a complement in a
   /// coded list that of -1, which is 0. So a coded word for no target, 0x80000000, comes out as 0.
   /// This scene's id and settings stay. The source isn't changed; it may be this scene, which then
-  /// gets a copy of what it held.
+  /// gets a copy of what it held but programs.
+  ///
+  /// Counters: each object that is added raises its class and the scene, an instance all of its own
+  /// counters too, and a LightGroup once more when its list is filled.
   ///
   /// Errors: throws std::bad_alloc, and vrnt::Exception if a value can't be written; this scene
   /// then holds a part of the source. Threads: reads the source and writes this scene.

@@ -8,6 +8,7 @@
 #include <utility>
 
 #include "group_type.hpp"
+#include "made.hpp"
 #include "vornath_data/value.hpp"
 
 namespace vrnt::data {
@@ -26,10 +27,10 @@ auto visitRecord(Groups& groups, std::uint32_t group, OnRecord&& onRecord, Other
 }
 
 /// A new value of the group's type with a copy of the record.
-/// Errors: throws vrnt::Exception, of code MemoryAllocationFailure if there is no memory for it.
+/// Errors: std::bad_alloc.
 template <typename Desc, typename Record>
 Value groupValue(std::size_t position, const Record& record) {
-  Value value = Value::create(groupType<Desc>(position).plain, false).value();
+  Value value = made(Value::create(groupType<Desc>(position).plain, false));
   // A new value's block isn't shared, so that the write has nothing to fail at.
   vrntValuesError_t* error = nullptr;
   vrntValueWrite(value.address(), 0, &record, sizeof(Record), &error);

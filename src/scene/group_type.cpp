@@ -4,6 +4,7 @@
 #include <atomic>
 #include <utility>
 
+#include "made.hpp"
 #include "vornath_data/value.hpp"
 
 namespace vrnt::data {
@@ -54,7 +55,7 @@ void publish(std::atomic<vrntType_t*>& place, TypeHandle type) {
 }
 
 void parseInto(CachedType& cached, const char* schema) {
-  TypeHandle annotated = TypeHandle::parse(schema).value();
+  TypeHandle annotated = made(TypeHandle::parse(schema));
   static const CacheEnd end;
   publish(cached.plain, TypeHandle::adopt(vrntTypeStripMetadata(annotated.get())));
   publish(cached.annotated, std::move(annotated));

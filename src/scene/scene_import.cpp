@@ -48,6 +48,20 @@ std::vector<std::int32_t> liveSlots(const Container<Element>& container) {
   return live;
 }
 
+// So few programs are looked for one by one: a table of all that the target holds costs more.
+constexpr std::size_t kFewPrograms = 8;
+
+// The first live slot with the id, or -1.
+template <typename Container>
+std::int32_t firstOfId(const Container& container, const UniqueId& id) {
+  for (std::uint32_t i = 0; i < container.size(); ++i) {
+    if (container.slots[i].live() && container.slots[i].id == id) {
+      return static_cast<std::int32_t>(i);
+    }
+  }
+  return -1;
+}
+
 // Ids of programs are digests, of which any part is as good as another.
 struct IdHash {
   std::size_t operator()(const UniqueId& id) const noexcept {
@@ -119,8 +133,17 @@ void ImportObjects::programs() {
   const std::vector<std::int32_t> live = liveSlots(source_.container<Source>());
   if (live.empty()) return;
   std::unordered_map<UniqueId, std::int32_t, IdHash> first;
-  for (const std::int32_t slot : liveSlots(target_.container<Source>())) {
-    first.emplace(target_.container<Source>().at(slot).id, slot);
+  if (live.size() <= kFewPrograms) {
+    for (const std::int32_t slot : live) {
+      const UniqueId& id = source_.container<Source>().at(slot).id;
+      const std::int32_t found = firstOfId(target_.container<Source>(), id);
+      if (found >= 0) first.emplace(id, found);
+    }
+  } else {
+    first.reserve(target_.container<Source>().size());
+    for (const std::int32_t slot : liveSlots(target_.container<Source>())) {
+      first.emplace(target_.container<Source>().at(slot).id, slot);
+    }
   }
   for (const std::int32_t slot : live) {
     const Program<Source>& program = source_.container<Source>().at(slot);

@@ -476,6 +476,24 @@ TEST(SceneDump, ShowsDecalsInOrderWithTheirSides) {
                                "\t\tOrderedDecals: [ 2147483647 (Front), 5 (Back), 5 (Front), ]\n");
 }
 
+TEST(SceneDump, ShowsUnsetSlots) {
+  Scene scene = sceneWithId();
+  addInstance(&scene, VRDM_CLASS_SHAPE);
+  EXPECT_NE(dumped(scene).find("\treferences [vv1]\n"
+                               "\t\tMaterial: -1\n"
+                               "\t\tMesh: null\n"
+                               "\t\tLightGroup: null\n"
+                               "\t\tTransformationGroup: null\n"
+                               "\t\tDecalList: null\n"
+                               "\t\tTexture: null\n"
+                               "\t\tTexture: null\n"
+                               "\t\tMaterial: null\n"
+                               "\t\tKeyframeList: null\n"
+                               "\tdata\n"),
+            std::string::npos)
+      << dumped(scene);
+}
+
 TEST(SceneDump, ShowsShapes) {
   Scene scene = sceneWithId();
   addInstance(&scene, VRDM_CLASS_SHAPE);

@@ -603,6 +603,20 @@ TEST(EquivalenceOfAssets, DoesNotReadBytesThatAreShared) {
   munmap(unreadable, size);
 }
 
+TEST(EquivalenceOfAssets, ComparesTheDescriptorsOfSharedBytes) {
+  const std::array<char, 64> bytes{};
+  const StorageHandle storage(vrdmAssetStorageCopy(bytes.data(), bytes.size()));
+  AssetStorage* handle = storage.get();
+  Scene a;
+  Scene b;
+  for (const auto& [scene, root] : {std::pair(&a, 0), std::pair(&b, 16)}) {
+    const std::array<std::uint64_t, 3> desc = {64, 0, static_cast<std::uint64_t>(root)};
+    vrdmAddAsset(scene, VRDM_CLASS_MATERIAL_GRAPH, desc.data(), &handle);
+  }
+  EXPECT_FALSE(equivalent(a, b));
+  EXPECT_TRUE(equivalent(b, b));
+}
+
 TEST(EquivalenceOfAssets, HoldsForAssetsOfNoBytes) {
   Scene a;
   Scene b;
