@@ -9,7 +9,7 @@
 set -euo pipefail
 cd "$(dirname "$0")/.."
 if [ $# -lt 2 ]; then
-  sed -n 's/^# \{0,1\}//; 2,9p' "$0" >&2
+  sed -n 's/^# \{0,1\}//; 2,8p' "$0" >&2
   exit 2
 fi
 what=$1
