@@ -33,7 +33,8 @@ VRNT_BEGIN_DECLS
  */
 typedef struct vrntValue_t {
   char magic[8];         /**< "vrntval" and a zero byte: tells a block from a text */
-  const char* typeText;  /**< the canonical text of the type, inside the type */
+  const char* typeText;  /**< the canonical text of the type, inside the type; null only in a block
+                            that no function has handed out yet, if the text is very long */
   vrntType_t* type;      /**< holds one reference */
   uint64_t* shadowRefs;  /**< a word for each reference in the type, zero between writes, or null */
   void (*freeFn)(void*); /**< releases this block and shadowRefs */
@@ -55,8 +56,8 @@ typedef void (*vrntReadFn)(void* bytes, uint64_t size, void* user);
 
 /** Flags of vrntValueString(); all other bits have no meaning. */
 enum {
-  VRNT_STRING_EXACT = 1,     /**< a scalar float or half prints as its bits */
-  VRNT_STRING_MULTILINE = 4  /**< struct fields stand on lines of their own */
+  VRNT_STRING_EXACT = 1,    /**< a scalar float or half prints as its bits */
+  VRNT_STRING_MULTILINE = 4 /**< struct fields stand on lines of their own */
 };
 
 /*
@@ -90,7 +91,8 @@ VRNT_API vrntValue_t* vrntValueFromView(const vrntValue_t* value, const vrntValu
 /**
  * Reads a value, with all that it refers to, from what vrntValueSerialize() wrote. Afterwards the
  * reader stands right behind the value's last byte.
- * Errors: also those of vrntTypeParse() for a type text in the stream, and what the callback throws.
+ * Errors: also those of vrntTypeParse() for a type text in the stream, and what the callback
+ * throws.
  */
 VRNT_API vrntValue_t* vrntValueDeserialize(vrntReadFn read, void* user, vrntValuesError_t** error);
 
@@ -124,7 +126,8 @@ VRNT_API vrntValue_t* vrntBuildSpecializationParameters(const vrntType_t* type,
 
 /* Lifetime. */
 
-/** Adds a reference and returns the pointer that it was given: one atomic increment. Errors: none. */
+/** Adds a reference and returns the pointer that it was given: one atomic increment. Errors: none.
+ */
 VRNT_API vrntValue_t* vrntValueCopy(const vrntValue_t* value);
 
 /**
@@ -141,7 +144,8 @@ VRNT_API vrntType_t* vrntValueType(const vrntValue_t* value);
 /** The block: borrowed. Errors: none. */
 VRNT_API vrntValue_t* vrntValueBinary(const vrntValue_t* value);
 
-/** The value's bytes, vrntTypeSize() of them, at 48 bytes behind the block: borrowed. Errors: none. */
+/** The value's bytes, vrntTypeSize() of them, at 48 bytes behind the block: borrowed. Errors: none.
+ */
 VRNT_API const void* vrntValueData(const vrntValue_t* value);
 
 /**
@@ -154,10 +158,9 @@ VRNT_API const void* vrntValueData(const vrntValue_t* value);
 VRNT_API vrntValue_t* vrntValueDereference(const vrntValue_t* value, const vrntValueView_t* view);
 
 /**
- * Fills `out` with the type (borrowed from the struct type) and offset of a field within its struct;
- * a caller whose struct lies deeper adds its own offset. Result: `out`.
- * Errors: throws VornathValuesAssertionFailure on a type that is not a struct. The index isn't
- * checked.
+ * Fills `out` with the type (borrowed from the struct type) and offset of a field within its
+ * struct; a caller whose struct lies deeper adds its own offset. Result: `out`. Errors: throws
+ * VornathValuesAssertionFailure on a type that is not a struct. The index isn't checked.
  */
 VRNT_API vrntValueView_t* vrntValueStructField(vrntValueView_t* out, const vrntType_t* structType,
                                                uint32_t field);
@@ -211,12 +214,12 @@ VRNT_API void vrntValueSetReference(vrntValue_t** value, const vrntValueView_t* 
  * `reason` may be null; else, if a reason is known, it receives a new string for
  * vrntDestroyString(), such as `.a[2].b: 1 != 2`.
  * Errors: none are caught: throws std::bad_alloc for deeply nested values or a reason, and
- * vrnt::Exception "Enum code out of range: {}" where the reason would print such a code. Comparing a
- * cycle of references doesn't end.
+ * vrnt::Exception "Enum code out of range: {}" where the reason would print such a code. Comparing
+ * a cycle of references doesn't end.
  */
 VRNT_API int32_t vrntValueEqual(const vrntValue_t* a, const vrntValueView_t* viewA,
-                                const vrntValue_t* b, const vrntValueView_t* viewB,
-                                float tolerance, char** reason);
+                                const vrntValue_t* b, const vrntValueView_t* viewB, float tolerance,
+                                char** reason);
 
 /**
  * Prints the value at a view in the language that vrntValueParse() reads.
