@@ -62,6 +62,17 @@ using MetadataEntry = std::variant<std::monostate, std::string, HeapValue<Dynami
 /// The annotations of one type or constructor, in ascending byte order of their keys.
 using Metadata = std::map<std::string, MetadataEntry, std::less<>>;
 
+/// The length of a text and a digest of it, which for a text in parts follow from those of the
+/// parts.
+struct TextSum {
+  void add(std::string_view words) noexcept;
+  void add(const TextSum& text) noexcept;
+
+  std::uint64_t length = 0;
+  std::uint64_t digest = 0;
+  std::uint64_t shift = 1;  ///< what a text's digest is multiplied with to put this one behind it
+};
+
 struct index2 {
   std::int32_t x, y;
   friend bool operator==(const index2& a, const index2& b) { return a.x == b.x && a.y == b.y; }
@@ -88,6 +99,10 @@ struct index4 {
 /// of two enums that differ in them alone the first made stands for both. Lifetime: until its
 /// count falls to zero, or, if it is permanent, until vrntValuesShutdown(). Threads: everything but
 /// the count and `permanent` is constant after construction and read without a lock.
+///
+/// A long text and a long list of references are put together when they are first asked for, since
+/// each type of a deep nest has nearly the whole of them: so a nest costs what its text costs, not
+/// the square of it.
 class Type {
  public:
   class Factory;
@@ -168,8 +183,9 @@ class Type {
   Type(const Type&) = delete;
   Type& operator=(const Type&) = delete;
 
-  /// The process's factory. With `create` it is made if there is none yet; without, an empty pointer
-  /// is returned then (an object of its own: ask again to see a factory made later). The reference stays valid until the library is unloaded.
+  /// The process's factory. With `create` it is made if there is none yet; without, an empty
+  /// pointer is returned then (an object of its own: ask again to see a factory made later). The
+  /// reference stays valid until the library is unloaded.
   VRNT_API static const std::shared_ptr<Factory>& get_factory(bool create);
 
   /// The type of a text. Throws what the parse throws.
@@ -187,9 +203,31 @@ class Type {
   bool concrete() const noexcept { return concrete_; }
   /// concrete(), and every reference leads to a known type that is deepConcrete() too.
   bool deepConcrete() const noexcept { return deepConcrete_; }
-  const std::string& text() const noexcept { return text_; }
-  /// The places of the references in a value, in 8-byte words from its start, ascending.
-  const std::vector<std::uint64_t>& refSlots() const noexcept { return refSlots_; }
+  /// The canonical text; it lives as long as the type. Throws std::bad_alloc if there is no memory
+  /// for a long text that nobody has asked for yet.
+  const std::string& text() const {
+    const std::string* const known = knownText();
+    return known ? *known : made_->text(*this);
+  }
+  /// The canonical text, or null if it is a long one that nobody has asked for yet.
+  const std::string* knownText() const noexcept { return text_.load(std::memory_order_acquire); }
+  /// Whether the type started without its text: of a part with a long text, textSum() tells enough.
+  bool hasLongText() const noexcept { return textSum_.length != 0; }
+  /// The length and digest of a long text; zero for a short one.
+  const TextSum& textSum() const noexcept { return textSum_; }
+  /// The places of the references in a value, in 8-byte words from its start, ascending. Throws
+  /// std::bad_alloc if there is no memory for a long list that nobody has asked for yet; after one
+  /// call that returned, no other one throws.
+  const std::vector<std::uint64_t>& refSlots() const {
+    const auto* const known = knownRefSlots();
+    return known ? *known : made_->refSlots(*this);
+  }
+  /// The same list, or null if it is a long one that nobody has asked for yet.
+  const std::vector<std::uint64_t>* knownRefSlots() const noexcept {
+    return refSlots_.load(std::memory_order_acquire);
+  }
+  /// The length of refSlots(), without making the list.
+  std::uint64_t refSlotCount() const noexcept { return refSlotCount_; }
   /// The same type without metadata at any depth; this very type if there is none to take off.
   const Type& stripped() const noexcept { return stripped_ ? *stripped_ : *this; }
 
@@ -211,14 +249,31 @@ class Type {
   Type(TypeDesc desc, const Metadata& metadata, TypePtr stripped, std::weak_ptr<Factory> factory);
   ~Type();
 
+  // What makes a long text and list. A host reads types inline, and gets there through the type
+  // itself: the library exports no function for it.
+  struct Made {
+    const std::string& (*text)(const Type& type);
+    const std::vector<std::uint64_t>& (*refSlots)(const Type& type);
+  };
+  static const Made kMade;
+  static const std::string& makeText(const Type& type);
+  static const std::vector<std::uint64_t>& makeRefSlots(const Type& type);
+
   TypeDesc desc_;
   Metadata metadata_;
   std::uint64_t alignment_ = 0;
   std::uint64_t size_ = 0;
   bool concrete_ = false;
   bool deepConcrete_ = false;
-  std::string text_;
-  std::vector<std::uint64_t> refSlots_;
+  std::uint64_t refSlotCount_ = 0;
+  const Made* made_ = &kMade;
+  TextSum textSum_;  // of a long text only
+  std::string shortText_;
+  std::vector<std::uint64_t> fewRefSlots_;
+  // These lead to the members above or to objects on the heap that are the type's own.
+  mutable std::atomic<const std::string*> text_{nullptr};
+  mutable std::atomic<const std::vector<std::uint64_t>*> refSlots_{nullptr};
+  mutable bool indexed_ = false;  // the factory's: whether a long text is in its table of samples
   mutable std::atomic<bool> permanent_{false};
   mutable std::atomic<std::uint32_t> references_{0};
   std::weak_ptr<Factory> factory_;

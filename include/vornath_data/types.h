@@ -75,7 +75,8 @@ VRNT_API uint64_t vrntTypeAlignment(const vrntType_t* type);
 /**
  * The canonical text. It belongs to the type. It parses back to the same type; if there is a value
  * among the metadata, while no other living type has taken over the same text.
- * Errors: none.
+ * Errors: none; null if there is no memory to put together the text of several thousand characters
+ * that a part of a type has.
  */
 VRNT_API const char* vrntTypeString(const vrntType_t* type);
 

@@ -78,7 +78,10 @@ uint64_t vrntTypeSize(const vrntType_t* type) { return typeOf(type).size(); }
 
 uint64_t vrntTypeAlignment(const vrntType_t* type) { return typeOf(type).alignment(); }
 
-const char* vrntTypeString(const vrntType_t* type) { return typeOf(type).text().c_str(); }
+const char* vrntTypeString(const vrntType_t* type) {
+  return qex::vornath::reportFailureAs(
+      nullptr, [type]() -> const char* { return typeOf(type).text().c_str(); });
+}
 
 vrntType_t* vrntTypeStripMetadata(const vrntType_t* type) {
   return newReference(TypePtr(&typeOf(type).stripped()));

@@ -1,7 +1,9 @@
 #include "layout.hpp"
 
 #include <algorithm>
+#include <boost/container/small_vector.hpp>
 #include <new>
+#include <utility>
 
 #include "base_types.hpp"
 #include "vornath_data/result.hpp"
@@ -12,8 +14,8 @@ namespace {
 constexpr std::uint64_t kWord = 8;
 constexpr std::uint64_t kStructMinimum = 4;  // bytes, of size and of alignment
 
-// Sizes and offsets stop here instead of running over: no memory holds such a value, and a size that
-// had run over would pass for a small one.
+// Sizes and offsets stop here instead of running over: no memory holds such a value, and a size
+// that had run over would pass for a small one.
 constexpr std::uint64_t kHuge = std::uint64_t{1} << 63;
 
 std::uint64_t sum(std::uint64_t a, std::uint64_t b) {
@@ -43,25 +45,24 @@ std::int32_t product32(std::initializer_list<std::int32_t> extents) {
   return static_cast<std::int32_t>(product);
 }
 
-void appendSlots(std::vector<std::uint64_t>& slots, const Type& part, std::uint64_t offset) {
-  for (const std::uint64_t slot : part.refSlots()) slots.push_back(offset / kWord + slot);
-}
+constexpr std::uint64_t kMostSlots = std::uint64_t{1} << 60;  // more than any memory holds
 
 Layout layoutOf(Type::TBasetype base) {
   const std::uint64_t size = baseTypeInfo(base).size;
-  return {size, size, true, true, {}};
+  return {size, size, true, true, 0};
 }
 
-Layout layoutOf(const Type::TEnum&) { return {4, 4, true, true, {}}; }
+Layout layoutOf(const Type::TEnum&) { return {4, 4, true, true, 0}; }
 
 Layout layoutOf(const Type::TStruct& structure) {
-  Layout layout{0, kStructMinimum, true, true, {}};
+  Layout layout{0, kStructMinimum, true, true, 0};
   for (std::size_t i = 0; i < structure.fields.size(); ++i) {
     const Type& type = *structure.fields[i].type;
     layout.alignment = std::max(layout.alignment, type.alignment());
     layout.size = sum(structure.offsets[i], type.size());
     layout.deepConcrete = layout.deepConcrete && type.deepConcrete();
-    appendSlots(layout.refSlots, type, structure.offsets[i]);
+    layout.refSlotCount += type.refSlotCount();
+    if (layout.refSlotCount > kMostSlots) throw std::bad_alloc();
   }
   layout.size = alignUp(std::max(layout.size, kStructMinimum), layout.alignment);
   return layout;
@@ -70,28 +71,109 @@ Layout layoutOf(const Type::TStruct& structure) {
 template <typename D>
 Layout layoutOf(const Type::TArrayND<D>& array) {
   const Type& element = *array.element;
-  Layout layout{0, element.alignment(), false, false, {}};
+  Layout layout{0, element.alignment(), false, false, 0};
   if (!array.shape) return layout;
   const std::int32_t count = elementCount(*array.shape);
   layout.size = arraySize(count, element.size());
   layout.concrete = element.concrete();
   layout.deepConcrete = element.deepConcrete();
-  if (count > 0 && !element.refSlots().empty()) {
+  if (count > 0) {
     const auto elements = static_cast<std::uint64_t>(count);
-    if (elements > layout.refSlots.max_size() / element.refSlots().size()) throw std::bad_alloc();
-    layout.refSlots.reserve(elements * element.refSlots().size());
-    for (std::uint64_t i = 0; i < elements; ++i) {
-      appendSlots(layout.refSlots, element, i * element.size());
-    }
+    if (element.refSlotCount() > kMostSlots / elements) throw std::bad_alloc();
+    layout.refSlotCount = elements * element.refSlotCount();
   }
   return layout;
 }
 
 Layout layoutOf(const Type::TRef& reference) {
-  return {kWord, kWord, true, reference.target && reference.target->deepConcrete(), {0}};
+  return {kWord, kWord, true, reference.target && reference.target->deepConcrete(), 1};
 }
 
-Layout layoutOf(const Type::TFun&) { return {2 * kWord, kWord, true, true, {0, 1}}; }
+Layout layoutOf(const Type::TFun&) { return {2 * kWord, kWord, true, true, 2}; }
+
+// Lists the references of nested parts, the innermost ones first.
+class SlotLister {
+ public:
+  explicit SlotLister(std::uint64_t count) {
+    if (count > slots_.max_size()) throw std::bad_alloc();
+    slots_.reserve(count);
+  }
+
+  std::vector<std::uint64_t> list(const TypeDesc& desc) {
+    open(desc, 0);
+    while (!frames_.empty()) {
+      Frame& frame = frames_.back();
+      if (frame.structure != nullptr) {
+        continueStruct(frame);
+      } else {
+        // All elements are alike.
+        const std::size_t length = slots_.size() - frame.first;
+        for (std::uint64_t i = 1; i < frame.count; ++i) {
+          const std::uint64_t shift = i * frame.elementSize / kWord;
+          for (std::size_t slot = 0; slot < length; ++slot) {
+            slots_.push_back(slots_[frame.first + slot] + shift);
+          }
+        }
+        frames_.pop_back();
+      }
+    }
+    return std::move(slots_);
+  }
+
+ private:
+  struct Frame {
+    const Type::TStruct* structure;  // null for an array, whose first element is done
+    std::uint64_t word;              // where the part starts
+    std::size_t next;                // the next field
+    std::size_t first;               // the first slot of an array
+    std::uint64_t count;
+    std::uint64_t elementSize;
+  };
+
+  void open(const TypeDesc& desc, std::uint64_t word) {
+    std::visit([&](const auto& alternative) { begin(alternative, word); }, desc);
+  }
+
+  void part(const Type& type, std::uint64_t word) {
+    if (const auto* const known = type.knownRefSlots()) {
+      for (const std::uint64_t slot : *known) slots_.push_back(word + slot);
+    } else {
+      open(type.desc(), word);
+    }
+  }
+
+  void begin(Type::TBasetype, std::uint64_t) {}
+  void begin(const Type::TEnum&, std::uint64_t) {}
+  void begin(const Type::TRef&, std::uint64_t word) { slots_.push_back(word); }
+  void begin(const Type::TFun&, std::uint64_t word) {
+    slots_.push_back(word);
+    slots_.push_back(word + 1);
+  }
+  void begin(const Type::TStruct& structure, std::uint64_t word) {
+    frames_.push_back({&structure, word, 0, 0, 0, 0});
+  }
+  template <typename D>
+  void begin(const Type::TArrayND<D>& array, std::uint64_t word) {
+    const std::int32_t count = array.shape ? elementCount(*array.shape) : 0;
+    if (count <= 0 || array.element->refSlotCount() == 0) return;
+    frames_.push_back({nullptr, word, 0, slots_.size(), static_cast<std::uint64_t>(count),
+                       array.element->size()});
+    part(*array.element, word);
+  }
+
+  void continueStruct(Frame& frame) {
+    const Type::TStruct& structure = *frame.structure;
+    if (frame.next == structure.fields.size()) {
+      frames_.pop_back();
+      return;
+    }
+    const std::size_t field = frame.next++;
+    part(*structure.fields[field].type, frame.word + structure.offsets[field] / kWord);
+  }
+
+  std::vector<std::uint64_t> slots_;
+  boost::container::small_vector<Frame, 8> frames_;  // on the stack as long as they are few
+};
 
 }  // namespace
 
@@ -116,6 +198,10 @@ std::int32_t elementCount(const index4& shape) {
 
 Layout computeLayout(const TypeDesc& desc) {
   return std::visit([](const auto& alternative) { return layoutOf(alternative); }, desc);
+}
+
+std::vector<std::uint64_t> computeRefSlots(const TypeDesc& desc, std::uint64_t count) {
+  return SlotLister(count).list(desc);
 }
 
 }  // namespace qex::vornath

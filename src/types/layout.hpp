@@ -24,11 +24,15 @@ struct Layout {
   std::uint64_t alignment;
   bool concrete;
   bool deepConcrete;
-  std::vector<std::uint64_t> refSlots;
+  std::uint64_t refSlotCount;
 };
 
 /// Throws vrnt::Exception "Illegal base type." for a base type out of range, and std::bad_alloc.
 Layout computeLayout(const TypeDesc& desc);
+
+/// The places of the references in a value of the description, of which the layout tells the count.
+/// The depth of the types doesn't matter. Throws std::bad_alloc.
+std::vector<std::uint64_t> computeRefSlots(const TypeDesc& desc, std::uint64_t count);
 
 }  // namespace qex::vornath
 

@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <boost/container/small_vector.hpp>
 #include <utility>
+#include <vector>
 
 #include "base_types.hpp"
 #include "type_text.hpp"
@@ -108,17 +109,8 @@ struct Label {
   std::string operator()(const TFun&) const { return "func"; }
 };
 
-// One step of the search for the first reason: either the reason's last words, or the inner pair of
-// twins in which it lies, with the words that lead there. A pair that relates gives neither.
-struct Reason {
-  std::string words;
-  const Type* a = nullptr;
-  const Type* b = nullptr;
-};
-
-Reason unrelated(const Type& a, const Type& b) {
-  return {"type " + std::visit(Label{}, a.desc()) + " does not match type " +
-          std::visit(Label{}, b.desc())};
+std::string unrelated(const TypeDesc& a, const TypeDesc& b) {
+  return "type " + std::visit(Label{}, a) + " does not match type " + std::visit(Label{}, b);
 }
 
 template <typename D>
@@ -132,58 +124,142 @@ std::string shapeText(const std::optional<D>& shape) {
   return text;
 }
 
-struct NextReason {
-  const Type& typeA;
-  const Type& typeB;
-
-  Reason operator()(const TStruct& a, const TStruct& b) const {
-    if (!sameLabels(a, b)) return unrelated(typeA, typeB);
-    for (std::size_t i = 0; i < a.fields.size(); ++i) {
-      const Type& fieldA = *a.fields[i].type;
-      const Type& fieldB = *b.fields[i].type;
-      if (!isSubType(fieldA, fieldB)) {
-        return {"Type mismatch for field " + a.fields[i].label + ": ", &fieldA, &fieldB};
+// The walk to the first pair of parts that doesn't relate, in the order of the parts. The pairs
+// that lead to it are those that are open then.
+class FirstReason {
+ public:
+  // The reason, or nothing.
+  std::optional<std::string> of(const Type& a, const Type& b) {
+    bool related = open(a, b);
+    while (related && !frames_.empty()) {
+      Frame& frame = frames_.back();
+      if (frame.next == frame.count) {
+        frames_.pop_back();
+      } else {
+        const auto [partA, partB] = part(frame, frame.next++);
+        related = partA == partB || open(*partA, *partB);
       }
     }
+    if (related) return std::nullopt;
+    std::string text;
+    for (const Frame& frame : frames_) {
+      const std::size_t at = frame.next - 1;
+      std::visit([&](const auto& desc) { lead(desc, at, text); }, frame.a->desc());
+    }
+    return text.append(reason_);
+  }
+
+ private:
+  using Pair = std::pair<const Type*, const Type*>;
+
+  // Two types of the same alternative, all of whose parts must relate.
+  struct Frame {
+    const Type* a;
+    const Type* b;
+    std::size_t count;
+    std::size_t next;
+  };
+
+  // False with the last words of the reason, if that lies in the pair itself.
+  bool open(const Type& a, const Type& b) {
+    reason_ = std::visit([&](const auto& x, const auto& y) { return begin(a, b, x, y); }, a.desc(),
+                         b.desc());
+    return reason_.empty();
+  }
+
+  // Each begin() returns the last words of a reason, or none, with the pair's parts to follow.
+
+  std::string begin(const Type& a, const Type& b, const TStruct& x, const TStruct& y) {
+    if (!sameLabels(x, y)) return unrelated(a.desc(), b.desc());
+    frames_.push_back({&a, &b, x.fields.size(), 0});
     return {};
   }
 
   template <typename D>
-  Reason operator()(const Type::TArrayND<D>& a, const Type::TArrayND<D>& b) const {
-    if (!extentsFit(a, b)) {
-      return {"Expected array of size: " + shapeText(b.shape) +
-              " - provided array of size: " + shapeText(a.shape)};
+  std::string begin(const Type& a, const Type& b, const Type::TArrayND<D>& x,
+                    const Type::TArrayND<D>& y) {
+    if (!extentsFit(x, y)) {
+      return "Expected array of size: " + shapeText(y.shape) +
+             " - provided array of size: " + shapeText(x.shape);
     }
-    return {"Array type mismatch: ", a.element.get(), b.element.get()};
+    frames_.push_back({&a, &b, 1, 0});
+    return {};
   }
 
-  Reason operator()(const TRef& a, const TRef& b) const {
-    if (!b.target) return {};
-    if (!a.target) {
-      return {"Provided reference is missing a reference type - expected: " + b.target->text()};
+  std::string begin(const Type& a, const Type& b, const TRef& x, const TRef& y) {
+    if (!y.target) return {};
+    if (!x.target) {
+      return "Provided reference is missing a reference type - expected: " + y.target->text();
     }
-    return {"Referenced type mismatch: ", a.target.get(), b.target.get()};
+    frames_.push_back({&a, &b, 1, 0});
+    return {};
   }
 
-  Reason operator()(const TFun& a, const TFun& b) const {
-    if (a.domain.size() != b.domain.size()) {
-      return {"Expected function with domain size: " + std::to_string(b.domain.size()) +
-              "  - function with domain size: " + std::to_string(a.domain.size())};
+  std::string begin(const Type& a, const Type& b, const TFun& x, const TFun& y) {
+    if (x.domain.size() != y.domain.size()) {
+      return "Expected function with domain size: " + std::to_string(y.domain.size()) +
+             "  - function with domain size: " + std::to_string(x.domain.size());
     }
-    for (std::size_t i = 0; i < a.domain.size(); ++i) {
-      if (!isSubType(*b.domain[i], *a.domain[i])) {
-        return {"Mismatch in function domain[" + std::to_string(i) + "]: ", b.domain[i].get(),
-                a.domain[i].get()};
-      }
-    }
-    return {"Function codomain mismatch: ", a.codomain.get(), b.codomain.get()};
+    frames_.push_back({&a, &b, x.domain.size() + 1, 0});
+    return {};
   }
 
   template <typename A, typename B>
-  Reason operator()(const A& a, const B& b) const {
+  std::string begin(const Type& a, const Type& b, const A& x, const B& y) {
     OpenPairs none;
-    return relate(a, b, none) ? Reason{} : unrelated(typeA, typeB);
+    return relate(x, y, none) ? std::string() : unrelated(a.desc(), b.desc());
   }
+
+  static Pair part(const Frame& frame, std::size_t i) {
+    return std::visit(
+        [&](const auto& x) {
+          return partOf(x, std::get<std::decay_t<decltype(x)>>(frame.b->desc()), i);
+        },
+        frame.a->desc());
+  }
+
+  static Pair partOf(const TStruct& x, const TStruct& y, std::size_t i) {
+    return {x.fields[i].type.get(), y.fields[i].type.get()};
+  }
+  template <typename D>
+  static Pair partOf(const Type::TArrayND<D>& x, const Type::TArrayND<D>& y, std::size_t) {
+    return {x.element.get(), y.element.get()};
+  }
+  static Pair partOf(const TRef& x, const TRef& y, std::size_t) {
+    return {x.target.get(), y.target.get()};
+  }
+  static Pair partOf(const TFun& x, const TFun& y, std::size_t i) {
+    if (i == x.domain.size()) return {x.codomain.get(), y.codomain.get()};
+    return {y.domain[i].get(), x.domain[i].get()};
+  }
+  template <typename Leaf>
+  static Pair partOf(const Leaf&, const Leaf&, std::size_t) {
+    return {};  // never open
+  }
+
+  // The words that lead to a part.
+  static void lead(const TStruct& x, std::size_t i, std::string& text) {
+    text.append("Type mismatch for field ").append(x.fields[i].label).append(": ");
+  }
+  template <typename D>
+  static void lead(const Type::TArrayND<D>&, std::size_t, std::string& text) {
+    text.append("Array type mismatch: ");
+  }
+  static void lead(const TRef&, std::size_t, std::string& text) {
+    text.append("Referenced type mismatch: ");
+  }
+  static void lead(const TFun& x, std::size_t i, std::string& text) {
+    if (i == x.domain.size()) {
+      text.append("Function codomain mismatch: ");
+    } else {
+      text.append("Mismatch in function domain[").append(std::to_string(i)).append("]: ");
+    }
+  }
+  template <typename Leaf>
+  static void lead(const Leaf&, std::size_t, std::string&) {}
+
+  std::string reason_;
+  std::vector<Frame> frames_;
 };
 
 }  // namespace
@@ -203,18 +279,9 @@ bool isSubType(const Type& a, const Type& b) {
 }
 
 std::optional<std::string> checkSubType(const Type& a, const Type& b) {
-  const Type* left = &a.stripped();
-  const Type* right = &b.stripped();
-  std::string text;
-  while (left != right) {
-    Reason reason = std::visit(NextReason{*left, *right}, left->desc(), right->desc());
-    if (reason.words.empty()) return std::nullopt;
-    text.append(reason.words);
-    if (!reason.a) return text;
-    left = reason.a;
-    right = reason.b;
-  }
-  return std::nullopt;
+  const Type& left = a.stripped();
+  const Type& right = b.stripped();
+  return &left == &right ? std::nullopt : FirstReason().of(left, right);
 }
 
 void requireRelated(const Type& a, const Type& b, const char* format) {

@@ -25,6 +25,20 @@ const std::string* firstWithTwin(const Items& items, NameOf nameOf) {
   return first;
 }
 
+// A type of a nest of which each level adds references has nearly all of them.
+constexpr std::uint64_t kFewRefSlots = 64;
+
+// Of several threads that have made the same, one keeps its own for all.
+template <typename T>
+const T& keepFirst(std::atomic<const T*>& kept, T&& made) {
+  auto own = std::make_unique<const T>(std::move(made));
+  const T* first = nullptr;
+  if (kept.compare_exchange_strong(first, own.get(), std::memory_order_acq_rel)) {
+    first = own.release();
+  }
+  return *first;
+}
+
 bool negative(int shape) { return shape < 0; }
 bool negative(const index2& s) { return s.x < 0 || s.y < 0; }
 bool negative(const index3& s) { return s.x < 0 || s.y < 0 || s.z < 0; }
@@ -111,11 +125,39 @@ Type::Type(TypeDesc desc, const Metadata& metadata, TypePtr stripped,
   alignment_ = layout.alignment;
   concrete_ = layout.concrete;
   deepConcrete_ = layout.deepConcrete;
-  refSlots_ = std::move(layout.refSlots);
-  text_ = descText(desc_) + metadataText(metadata_);
+  refSlotCount_ = layout.refSlotCount;
+  if (refSlotCount_ <= kFewRefSlots) {
+    fewRefSlots_ = computeRefSlots(desc_, refSlotCount_);
+    refSlots_.store(&fewRefSlots_, std::memory_order_relaxed);
+  }
+  const std::string metadataWords = metadataText(metadata_);
+  if (auto text = qex::vornath::shortText(desc_, metadataWords)) {
+    shortText_ = *std::move(text);
+    text_.store(&shortText_, std::memory_order_relaxed);
+  } else {
+    textSum_ = qex::vornath::textSum(desc_, metadataWords);
+  }
 }
 
-Type::~Type() { delete keptDefault_.load(std::memory_order_acquire); }
+Type::~Type() {
+  delete keptDefault_.load(std::memory_order_acquire);
+  const std::string* const text = text_.load(std::memory_order_acquire);
+  if (text != &shortText_) delete text;
+  const auto* const slots = refSlots_.load(std::memory_order_acquire);
+  if (slots != &fewRefSlots_) delete slots;
+}
+
+const Type::Made Type::kMade{&Type::makeText, &Type::makeRefSlots};
+
+const std::string& Type::makeText(const Type& type) {
+  std::string text;
+  appendText(text, type);
+  return keepFirst(type.text_, std::move(text));
+}
+
+const std::vector<std::uint64_t>& Type::makeRefSlots(const Type& type) {
+  return keepFirst(type.refSlots_, computeRefSlots(type.desc_, type.refSlotCount_));
+}
 
 const DynamicValue& Type::keepDefault(DynamicValue&& value) const {
   auto kept = std::make_unique<const HeapValue<DynamicValue>>(std::move(value));

@@ -5,6 +5,7 @@
 #include <utility>
 
 #include "type_parser.hpp"
+#include "type_text.hpp"
 
 namespace qex::vornath {
 namespace {
@@ -131,9 +132,64 @@ void intrusive_ptr_release(const Type* type) noexcept {
 Type::Factory::TextKey::TextKey(std::string_view typeText)
     : digest(textDigest(typeText)), text(typeText) {}
 
-TypePtr Type::Factory::findByTextLocked(std::string_view text) const {
+TypePtr Type::Factory::findByTextLocked(std::string_view text) {
   const auto found = typesByText_.find(TextKey(text));
-  return found == typesByText_.end() ? TypePtr() : TypePtr(found->second);
+  if (found != typesByText_.end()) return TypePtr(found->second);
+  return text.size() > kLongestShortText ? findLongTextLocked(text) : TypePtr();
+}
+
+TypePtr Type::Factory::findLongTextLocked(std::string_view text) {
+  TextSum sum;
+  sum.add(text);
+  const auto found = typesByLongText_.find(LongTextKey(sum));
+  if (found == typesByLongText_.end() || found->second->text() != text) return TypePtr();
+  TypePtr type(found->second);
+  indexLongTextLocked(type.get());
+  return type;
+}
+
+// What was looked up once will be looked up again, and then costs no sum.
+void Type::Factory::indexLongTextLocked(const Type* type) {
+  if (!type->hasLongText() || type->indexed_) return;
+  const auto found = typesByLongText_.find(LongTextKey(type->textSum_));
+  if (found == typesByLongText_.end() || found->second != type) return;
+  typesByText_.emplace(TextKey(type->text()), type);
+  type->indexed_ = true;
+}
+
+void Type::Factory::enterTextLocked(Type* type) {
+  if (type->hasLongText()) {
+    enterLongTextLocked(type);
+    return;
+  }
+  // The older entry's key points into the older type's text and goes with it.
+  auto node = typesByText_.extract(TextKey(type->shortText_));
+  if (node.empty()) {
+    typesByText_.emplace(TextKey(type->shortText_), type);
+  } else {
+    node.key() = TextKey(type->shortText_);
+    node.mapped() = type;
+    typesByText_.insert(std::move(node));
+  }
+}
+
+void Type::Factory::enterLongTextLocked(Type* type) {
+  const auto [entry, isNew] = typesByLongText_.try_emplace(LongTextKey(type->textSum_), type);
+  if (isNew) return;
+  const Type* const older = std::exchange(entry->second, type);
+  if (std::exchange(older->indexed_, false)) typesByText_.erase(TextKey(*older->knownText()));
+}
+
+void Type::Factory::removeTextLocked(const Type* type) noexcept {
+  if (!type->hasLongText()) {
+    typesByText_.erase(TextKey(type->shortText_));
+    return;
+  }
+  const auto entry = typesByLongText_.find(LongTextKey(type->textSum_));
+  if (entry == typesByLongText_.end()) return;
+  const Type* const entered = entry->second;
+  if (std::exchange(entered->indexed_, false)) typesByText_.erase(TextKey(*entered->knownText()));
+  typesByLongText_.erase(entry);
 }
 
 TypePtr Type::Factory::makeStrippedLocked(const TypeDesc& desc, const Metadata& metadata) {
@@ -157,15 +213,7 @@ TypePtr Type::Factory::makeType(TypeDesc desc, const Metadata& metadata) {
   Type* const type = made.get();
   const auto key = typesByKey_.emplace(Key{&type->metadata_, &type->desc_}, type).first;
   try {
-    // The older entry's key points into the older type's text and goes with it.
-    auto node = typesByText_.extract(TextKey(type->text_));
-    if (node.empty()) {
-      typesByText_.emplace(TextKey(type->text_), type);
-    } else {
-      node.key() = TextKey(type->text_);
-      node.mapped() = type;
-      typesByText_.insert(std::move(node));
-    }
+    enterTextLocked(type);
   } catch (...) {
     typesByKey_.erase(key);
     throw;
@@ -178,7 +226,12 @@ TypePtr Type::Factory::parseType(std::string_view text) {
     const boost::recursive_mutex::scoped_lock guard(lock_);
     if (TypePtr found = findByTextLocked(text)) return found;
   }
-  return parseUncachedType(std::string(text));
+  TypePtr type = parseUncachedType(std::string(text));
+  if (type->hasLongText()) {
+    const boost::recursive_mutex::scoped_lock guard(lock_);
+    indexLongTextLocked(type.get());
+  }
+  return type;
 }
 
 const Type* Type::Factory::makePermanent(const Type* type) {
@@ -197,7 +250,7 @@ void Type::Factory::releaseType(const Type* type) noexcept {
 
 void Type::Factory::endLocked(const Type* type) noexcept {
   typesByKey_.erase({&type->metadata_, &type->desc_});
-  typesByText_.erase(TextKey(type->text_));
+  removeTextLocked(type);
   type->nextEnded_ = ended_;
   ended_ = type;
   if (ending_) return;

@@ -8,6 +8,7 @@
 #define VORNATH_TYPES_TYPE_FACTORY_HPP
 
 #include <boost/thread/recursive_mutex.hpp>
+#include <compare>
 #include <cstdint>
 #include <map>
 #include <set>
@@ -71,12 +72,31 @@ class Type::Factory {
     }
   };
 
-  TypePtr findByTextLocked(std::string_view text) const;
+  // A long text that its type may not have put together. Texts of one key are nearly always equal,
+  // which a look-up makes sure of; elsewhere two that aren't may drive each other out of the table,
+  // which costs a parse.
+  struct LongTextKey {
+    explicit LongTextKey(const TextSum& text) : length(text.length), digest(text.digest) {}
+
+    std::uint64_t length;
+    std::uint64_t digest;
+
+    friend auto operator<=>(const LongTextKey&, const LongTextKey&) = default;
+  };
+
+  TypePtr findByTextLocked(std::string_view text);
+  TypePtr findLongTextLocked(std::string_view text);
+  void indexLongTextLocked(const Type* type);
+  void enterTextLocked(Type* type);
+  void enterLongTextLocked(Type* type);
+  void removeTextLocked(const Type* type) noexcept;
   TypePtr makeStrippedLocked(const TypeDesc& desc, const Metadata& metadata);
   void endLocked(const Type* type) noexcept;
 
   std::map<Key, Type*, KeyOrder> typesByKey_;
-  std::map<TextKey, Type*> typesByText_;
+  // All short texts, and of the long ones those that were looked up or parsed.
+  std::map<TextKey, const Type*> typesByText_;
+  std::map<LongTextKey, const Type*> typesByLongText_;
   std::set<TypePtr, TypeOrder> permanentTypes_;
   bool shuttingDown_ = false;
   mutable boost::recursive_mutex lock_;

@@ -1,45 +1,187 @@
 #include "type_text.hpp"
 
+#include <algorithm>
+#include <new>
+#include <utility>
+#include <vector>
+
 #include "base_types.hpp"
 #include "metadata.hpp"
 
 namespace qex::vornath {
 namespace {
 
-std::string textOf(Type::TBasetype base) { return baseTypeInfo(base).spelling; }
+// The digest of a text is its characters as the digits of a number, modulo a prime.
+constexpr std::uint64_t kPrime = (std::uint64_t{1} << 61) - 1;
+constexpr std::uint64_t kBase = 0x0B4F0E7C5A3D9B21U;
 
-std::string textOf(const Type::TEnum& enumeration) { return enumText(enumeration); }
+__extension__ using Wide = unsigned __int128;
 
-std::string textOf(const Type::TStruct& structure) {
-  std::string text = "{ ";
-  for (const Type::Field& field : structure.fields) {
-    text.append(field.type->text()).append(" ").append(field.label).append("; ");
+std::uint64_t product(std::uint64_t a, std::uint64_t b) {
+  const Wide wide = Wide{a} * b;
+  const std::uint64_t folded =
+      static_cast<std::uint64_t>(wide & kPrime) + static_cast<std::uint64_t>(wide >> 61);
+  return folded >= kPrime ? folded - kPrime : folded;
+}
+
+std::uint64_t sum(std::uint64_t a, std::uint64_t b) {
+  const std::uint64_t added = a + b;
+  return added >= kPrime ? added - kPrime : added;
+}
+
+// The text of a description goes to a sink: words in pieces, types as a whole.
+
+template <typename Sink>
+void write(Type::TBasetype base, Sink& sink) {
+  sink.words(baseTypeInfo(base).spelling);
+}
+
+template <typename Sink>
+void write(const Type::TEnum& enumeration, Sink& sink) {
+  sink.words("enum { ");
+  for (const Type::Constructor& constructor : enumeration.constructors) {
+    sink.words(constructor.name);
+    const char* separator = "( ";
+    for (const Type::Field& field : constructor.payload.fields) {
+      sink.words(separator);
+      sink.type(*field.type);
+      sink.words(" ");
+      sink.words(field.label);
+      separator = ", ";
+    }
+    if (!constructor.payload.fields.empty()) sink.words(" )");
+    if (!constructor.metadata.empty()) sink.words(metadataText(constructor.metadata));
+    sink.words("; ");
   }
-  return text.append("}");
+  sink.words("}");
 }
 
-template <typename D>
-std::string textOf(const Type::TArrayND<D>& array) {
+template <typename Sink>
+void write(const Type::TStruct& structure, Sink& sink) {
+  sink.words("{ ");
+  for (const Type::Field& field : structure.fields) {
+    sink.type(*field.type);
+    sink.words(" ");
+    sink.words(field.label);
+    sink.words("; ");
+  }
+  sink.words("}");
+}
+
+template <typename D, typename Sink>
+void write(const Type::TArrayND<D>& array, Sink& sink) {
   constexpr std::size_t rank = sizeof(D) / sizeof(std::int32_t);
-  std::string text = array.element->text();
-  text.append("[");
-  text.append(array.shape ? extentsText(*array.shape) : std::string(rank - 1, ','));
-  return text.append("]");
+  sink.type(*array.element);
+  sink.words("[");
+  sink.words(array.shape ? extentsText(*array.shape) : std::string(rank - 1, ','));
+  sink.words("]");
 }
 
-std::string textOf(const Type::TRef& reference) {
-  return (reference.target ? reference.target->text() : "void") + "*";
+template <typename Sink>
+void write(const Type::TRef& reference, Sink& sink) {
+  if (reference.target) {
+    sink.type(*reference.target);
+  } else {
+    sink.words("void");
+  }
+  sink.words("*");
 }
 
-std::string textOf(const Type::TFun& function) {
-  std::string text = "((";
+template <typename Sink>
+void write(const Type::TFun& function, Sink& sink) {
+  sink.words("((");
   const char* separator = "";
   for (const TypePtr& domain : function.domain) {
-    text.append(separator).append(domain->text());
+    sink.words(separator);
+    sink.type(*domain);
     separator = ", ";
   }
-  return text.append(") => ").append(function.codomain->text()).append(")");
+  sink.words(") => ");
+  sink.type(*function.codomain);
+  sink.words(")");
 }
+
+template <typename Sink>
+void writeDesc(const TypeDesc& desc, Sink& sink) {
+  std::visit([&sink](const auto& alternative) { write(alternative, sink); }, desc);
+}
+
+// Puts a text together as long as it is short. A type with a long text makes it a long one.
+class ShortSink {
+ public:
+  void words(std::string_view piece) {
+    if (fits_ && piece.size() <= kLongestShortText - text_.size()) {
+      text_.append(piece);
+    } else {
+      fits_ = false;
+    }
+  }
+  void type(const Type& part) {
+    const std::string* const known = part.knownText();
+    if (known != nullptr) {
+      words(*known);
+    } else {
+      fits_ = false;
+    }
+  }
+
+  std::optional<std::string> result() && {
+    return fits_ ? std::optional(std::move(text_)) : std::nullopt;
+  }
+
+ private:
+  std::string text_;
+  bool fits_ = true;
+};
+
+struct SumSink {
+  void words(std::string_view piece) { sum.add(piece); }
+  void type(const Type& part) {
+    if (part.hasLongText()) {
+      sum.add(part.textSum());
+    } else {
+      sum.add(part.text());
+    }
+  }
+
+  TextSum sum;
+};
+
+struct WholeSink {
+  void words(std::string_view piece) { text.append(piece); }
+  void type(const Type& part) { appendText(text, part); }
+
+  std::string& text;
+};
+
+// What is still to be appended: a type's text, or words.
+struct Piece {
+  const Type* type;
+  std::string words;
+};
+
+// Appends what is there, and keeps the rest from the first type on whose text nobody has asked for.
+struct PieceSink {
+  void words(std::string_view piece) {
+    if (later.empty()) {
+      text.append(piece);
+    } else if (later.back().type == nullptr) {
+      later.back().words.append(piece);
+    } else {
+      later.push_back({nullptr, std::string(piece)});
+    }
+  }
+  void type(const Type& part) {
+    if (const std::string* const known = part.knownText()) {
+      words(*known);
+    } else {
+      later.push_back({&part, {}});
+    }
+  }
+
+  std::string& text;
+  std::vector<Piece>& later;
+};
 
 std::string joined(std::initializer_list<std::int32_t> extents) {
   std::string text;
@@ -52,19 +194,65 @@ std::string joined(std::initializer_list<std::int32_t> extents) {
 
 }  // namespace
 
-std::string enumText(const Type::TEnum& enumeration) {
-  std::string text = "enum { ";
-  for (const Type::Constructor& constructor : enumeration.constructors) {
-    text.append(constructor.name);
-    const char* separator = "( ";
-    for (const Type::Field& field : constructor.payload.fields) {
-      text.append(separator).append(field.type->text()).append(" ").append(field.label);
-      separator = ", ";
-    }
-    if (!constructor.payload.fields.empty()) text.append(" )");
-    text.append(metadataText(constructor.metadata)).append("; ");
+void TextSum::add(std::string_view words) noexcept {
+  for (const char character : words) {
+    digest = sum(product(digest, kBase), static_cast<unsigned char>(character) + 1U);
+    shift = product(shift, kBase);
   }
-  return text.append("}");
+  length += words.size();
+}
+
+void TextSum::add(const TextSum& text) noexcept {
+  digest = sum(product(digest, text.shift), text.digest);
+  shift = product(shift, text.shift);
+  length += text.length;
+}
+
+std::optional<std::string> shortText(const TypeDesc& desc, std::string_view metadataWords) {
+  ShortSink sink;
+  writeDesc(desc, sink);
+  sink.words(metadataWords);
+  return std::move(sink).result();
+}
+
+TextSum textSum(const TypeDesc& desc, std::string_view metadataWords) {
+  SumSink sink;
+  writeDesc(desc, sink);
+  sink.words(metadataWords);
+  return sink.sum;
+}
+
+void appendText(std::string& out, const Type& type) {
+  if (const std::string* const known = type.knownText()) {
+    out.append(*known);
+    return;
+  }
+  if (type.textSum().length > out.max_size() - out.size()) throw std::bad_alloc();
+  if (out.empty()) out.reserve(type.textSum().length);
+
+  std::vector<Piece> open;  // the next one last
+  open.push_back({&type, {}});
+  std::vector<Piece> later;
+  while (!open.empty()) {
+    const Piece piece = std::move(open.back());
+    open.pop_back();
+    if (piece.type == nullptr) {
+      out.append(piece.words);
+      continue;
+    }
+    PieceSink sink{out, later};
+    writeDesc(piece.type->desc(), sink);
+    sink.words(metadataText(piece.type->metadata()));
+    std::move(later.rbegin(), later.rend(), std::back_inserter(open));
+    later.clear();
+  }
+}
+
+std::string enumText(const Type::TEnum& enumeration) {
+  std::string text;
+  WholeSink sink{text};
+  write(enumeration, sink);
+  return text;
 }
 
 std::string extentsText(int shape) { return joined({shape}); }
@@ -72,10 +260,6 @@ std::string extentsText(const index2& shape) { return joined({shape.x, shape.y})
 std::string extentsText(const index3& shape) { return joined({shape.x, shape.y, shape.z}); }
 std::string extentsText(const index4& shape) {
   return joined({shape.x, shape.y, shape.z, shape.w});
-}
-
-std::string descText(const TypeDesc& desc) {
-  return std::visit([](const auto& alternative) { return textOf(alternative); }, desc);
 }
 
 }  // namespace qex::vornath

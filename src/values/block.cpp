@@ -100,13 +100,20 @@ vrntValue_t* allocateBlock(const Type& type, Fill fill) {
 
   auto* const block = new (memory) vrntValue_t;
   std::memcpy(block->magic, kBlockMagic, sizeof(kBlockMagic));
-  block->typeText = stripped.text().c_str();
+  const std::string* const text = stripped.knownText();
+  block->typeText = text != nullptr ? text->c_str() : nullptr;
   block->type = allocateType(stripped);
   block->shadowRefs = shadowRefs;
   block->freeFn = &std::free;
   block->refCount = 0;
   block->length = static_cast<std::uint32_t>(declaredLength(stripped));
   return block;
+}
+
+void showTypeText(vrntValue_t* block) {
+  const std::atomic_ref<const char*> shown(block->typeText);
+  if (shown.load(std::memory_order_relaxed) != nullptr) return;
+  shown.store(blockType(block).text().c_str(), std::memory_order_relaxed);
 }
 
 void discardBlock(vrntValue_t* block) noexcept { freeBlock(block); }

@@ -103,8 +103,13 @@ inline void retainReferences(const Type& type, const char* data) {
 enum class Fill { Zero, Undefined };
 
 /// A new block of the type's `stripped` form with a count of 0. `length` is the extent of a
-/// one-dimensional array type, else 0. Throws std::bad_alloc.
+/// one-dimensional array type, else 0. Of a type that hasn't put its text together yet the block
+/// doesn't know the text. Throws std::bad_alloc.
 vrntValue_t* allocateBlock(const Type& type, Fill fill);
+
+/// Makes sure that the block knows the text of its type: for one that a host gets to see. Throws
+/// std::bad_alloc.
+void showTypeText(vrntValue_t* block);
 
 /// Frees a block of allocateBlock() without a look at its bytes: for one whose words don't hold
 /// references yet.

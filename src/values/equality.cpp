@@ -105,7 +105,7 @@ class Comparison {
       a = {&blockType(blockA), blockData(blockA)};
       b = {&blockType(blockB), blockData(blockB)};
       if (!isSubType(*a.type, *b.type)) {
-        setReason("Referenced type mismatch: ", a.type->text(), b.type->text());
+        explainTypes("Referenced type mismatch: ", *a.type, *b.type);
         return false;
       }
       if (!sameType(*a.type, *b.type)) return false;
@@ -194,8 +194,12 @@ class Comparison {
 
   bool sameType(const Type& a, const Type& b) const {
     if (isSameType(a, b)) return true;
-    setReason("Type mismatch: ", a.text(), b.text());
+    explainTypes("Type mismatch: ", a, b);
     return false;
+  }
+
+  void explainTypes(const char* start, const Type& a, const Type& b) const {
+    if (reason_ != nullptr) setReason(start, a.text(), b.text());
   }
 
   void explain(const Side& a, const Side& b) const {
@@ -206,7 +210,7 @@ class Comparison {
   }
 
   void setReason(const std::string& start, const std::string& a, const std::string& b) const {
-    if (reason_ != nullptr) *reason_ = start + a + " != " + b;
+    *reason_ = start + a + " != " + b;
   }
 
   // The parts that are open, outermost first.

@@ -49,8 +49,11 @@ using namespace qex::vornath;  // NOLINT(google-build-using-namespace): the file
 extern "C" {
 
 vrntValue_t* vrntValueCreate(const vrntType_t* type, vrntValuesError_t** error) {
-  return reportEveryError(
-      error, nullptr, [&] { return BlockPtr(allocateBlock(typeOf(type), Fill::Zero)).detach(); });
+  return reportEveryError(error, nullptr, [&] {
+    BlockPtr block(allocateBlock(typeOf(type), Fill::Zero));
+    showTypeText(block.get());
+    return block.detach();
+  });
 }
 
 vrntValue_t* vrntValueCreateDefault(const vrntType_t* type, vrntValuesError_t** error) {
@@ -112,7 +115,12 @@ const void* vrntValueData(const vrntValue_t* value) { return blockData(value); }
 vrntValue_t* vrntValueDereference(const vrntValue_t* value, const vrntValueView_t* view) {
   const std::uint64_t word = loadWord(dataAt(value, view));
   if (word == 0) return nullptr;
-  if (isBlockWord(word)) return vrntValueCopy(blockOfWord(word));
+  if (isBlockWord(word)) {
+    vrntValue_t* const target = blockOfWord(word);
+    // Without memory for a text the host gets the value all the same.
+    reportFailureAs(false, [target] { return showTypeText(target), true; });
+    return vrntValueCopy(target);
+  }
   const TypePtr& target = std::get<Type::TRef>(typeOf(view->type).desc()).target;
   if (!target) throw VornathValuesAssertionFailure();
   const auto* const foreign = reinterpret_cast<const void*>(static_cast<std::uintptr_t>(word >> 1));

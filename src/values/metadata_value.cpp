@@ -31,6 +31,7 @@ template class HeapValue<DynamicValue>;
 std::string metadataValueText(const DynamicValue& value) { return valueToString(value.view()); }
 
 vrntValue_t* allocateValue(const DynamicValue& value) {
+  showTypeText(value.block());
   retainBlock(value.block());
   return value.block();
 }

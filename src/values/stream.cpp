@@ -7,16 +7,22 @@
 #include <vector>
 
 #include "type_factory.hpp"
+#include "type_text.hpp"
 
 namespace qex::vornath {
 namespace {
 
 void writeRecord(const vrntValue_t* block, vrntWriteFn write, void* user) {
   const Type& type = blockType(block);
-  const std::uint64_t textLength = type.text().size();
+  // Each type of a nest has nearly the whole text, so the types aren't made to keep them.
+  const std::string* const known = type.knownText();
+  std::string made;
+  if (known == nullptr) appendText(made, type);
+  const std::string& text = known != nullptr ? *known : made;
+  const std::uint64_t textLength = text.size();
   const std::uint64_t id = wordOfBlock(block);
   write(&textLength, sizeof(textLength), user);
-  write(type.text().data(), textLength, user);
+  write(text.data(), textLength, user);
   write(&id, sizeof(id), user);
   write(blockData(block), type.size(), user);
 }

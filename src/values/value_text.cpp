@@ -9,6 +9,7 @@
 
 #include "base_types.hpp"
 #include "half.hpp"
+#include "type_text.hpp"
 
 namespace qex::vornath {
 namespace {
@@ -88,7 +89,7 @@ class Printer {
       printLane(info.family, data, options.exact);
       return nullptr;
     }
-    text_ += type.text();
+    appendText(text_, type);
     text_ += '(';
     for (std::uint32_t lane = 0; lane < info.lanes; ++lane) {
       if (lane != 0) text_ += ", ";
@@ -102,7 +103,7 @@ class Printer {
                            const Options&) {
     text_ += enumeration.constructorName(load<std::int32_t>(data));
     text_ += " : ";
-    text_ += type.text();
+    appendText(text_, type);
     return nullptr;
   }
 
@@ -132,7 +133,9 @@ class Printer {
     }
     const std::uint64_t address = word >> 1;
     if (reference.target) {
-      print("$(0x{:016x}:{})", address, reference.target->text());
+      print("$(0x{:016x}:", address);
+      appendText(text_, *reference.target);
+      text_ += ')';
     } else {
       print("$0x{:016x}", address);
     }
@@ -174,7 +177,7 @@ class Printer {
     if (index == count) {
       if (count == 0 || !element->deepConcrete()) {
         text_ += count == 0 ? ": " : " : ";
-        text_ += element->text();
+        appendText(text_, *element);
       }
       text_ += extentsSuffix(*frame.type);
       text_ += " ]";

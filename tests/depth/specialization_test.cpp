@@ -1,0 +1,100 @@
+// Specialization of deep types beside what the flat functions show.
+
+#include "specialization.hpp"
+
+#include <cstring>
+
+#include "bounds.hpp"
+#include "dynamic_value.hpp"
+#include "nests.hpp"
+#include "peak_bytes.hpp"
+#include "vornath_data/result.hpp"
+
+namespace {
+
+using namespace vornath_test;
+using qex::vornath::DynamicValue;
+using qex::vornath::Type;
+using qex::vornath::TypePtr;
+
+TEST(DeepSpecialization, LeavesWhatIsNotCovered) {
+  onMainStack([] {
+    // In each level an "n" that is covered, and in the innermost one something that isn't.
+    const TypePtr full = Type::parse(kLastFields.text("{ int m; float f; }"));
+    const TypePtr covered = Type::parse(kLastFields.text("{ int m; }"));
+    const PeakBytes peak;
+    const TypePtr left = qex::vornath::specializationRemainder(*full, *covered);
+    EXPECT_TRUE(left->text() == kStructs.text("{ float f; }"));
+    EXPECT_LT(peak.value(), kMostMemory);
+  });
+}
+
+TEST(DeepSpecialization, RefusesWhatTheFullTypeLacks) {
+  onMainStack([] {
+    const TypePtr full = Type::parse(kLastFields.text("{ int m; }"));
+    const TypePtr covered = Type::parse(kLastFields.text("{ float m; }"));
+    try {
+      qex::vornath::specializationRemainder(*full, *covered);
+      ADD_FAILURE() << "no exception";
+    } catch (const vrnt::Exception& caught) {
+      const std::string words = caught.what();
+      const std::string end = "Type mismatch for field m: type float does not match type int";
+      ASSERT_GT(words.size(), end.size());
+      EXPECT_EQ(words.substr(words.size() - end.size()), end);
+    }
+  });
+}
+
+TEST(DeepSpecialization, SeesADifferenceInside) {
+  onMainStack([] {
+    const TypePtr type = Type::parse(kLastFields.text());
+    const DynamicValue a(type);
+    DynamicValue b(type);
+    EXPECT_FALSE(qex::vornath::specializationDiffers(a.view(), b.view(), *type));
+    std::memset(qex::vornath::blockData(b.block()) + type->size() - 4, 1, 4);
+    EXPECT_TRUE(qex::vornath::specializationDiffers(a.view(), b.view(), *type));
+  });
+}
+
+TEST(DeepBounds, ReachTheInnermostPart) {
+  onMainStack([] {
+    const TypePtr type = Type::parse(kLastFields.text("int @min=-3 @default=5"));
+    const auto bounds = qex::vornath::makeValueBounds(type);
+    const auto last = [&type](const DynamicValue& value) {
+      std::int32_t number = 0;
+      std::memcpy(&number, value.data() + type->size() - sizeof(number), sizeof(number));
+      return number;
+    };
+    EXPECT_EQ(last(bounds[qex::vornath::kDefault]), 5);
+    EXPECT_EQ(last(bounds[qex::vornath::kMin]), -3);
+    EXPECT_EQ(last(bounds[qex::vornath::kMax]), 0x7FFFFFFF);
+  });
+}
+
+TEST(DeepReferenceSlots, AreListedWhenAskedFor) {
+  onMainStack([] {
+    const PeakBytes peak;
+    const TypePtr type = Type::parse(kReferencesAtEachLevel.text("((int) => int)[3]"));
+    EXPECT_EQ(type->refSlotCount(), std::uint64_t{kDepth} + 6);
+    // A reference and the next level behind it: no gaps.
+    const auto& slots = type->refSlots();
+    ASSERT_EQ(slots.size(), type->refSlotCount());
+    for (std::size_t i = 0; i < slots.size(); ++i) ASSERT_EQ(slots[i], i);
+    EXPECT_EQ(&type->refSlots(), &slots);
+    EXPECT_LT(peak.value(), kMostMemory);
+  });
+}
+
+TEST(DeepReferenceSlots, OfArraysOfStructsAreListedInOrder) {
+  // More than a type lists from the start: of each element the first word and the third.
+  const TypePtr type = Type::parse("{ int n; { void* a; int n; void* b; }[50,2] s; void* z; }");
+  const auto& slots = type->refSlots();
+  ASSERT_EQ(slots.size(), 201u);
+  for (std::size_t i = 0; i < 100; ++i) {
+    EXPECT_EQ(slots[2 * i], 1 + 3 * i);
+    EXPECT_EQ(slots[2 * i + 1], 1 + 3 * i + 2);
+  }
+  EXPECT_EQ(slots.back(), 301u);
+}
+
+}  // namespace
