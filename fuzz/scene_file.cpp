@@ -51,6 +51,17 @@ std::optional<Scene> read(std::string_view bytes) {
   }
 }
 
+// Whether the programs' texts have no NUL.
+bool idsAreOfTexts(const ModelScene& model) {
+  for (std::uint32_t c = 0; c < kClasses; ++c) {
+    if (vrdmObjectClass(c) != VRDM_KIND_PROGRAM) continue;
+    for (const ModelObject& object : model.classes[c]) {
+      if (object.live && object.id != vrnt::UniqueId::hash(object.text.c_str())) return false;
+    }
+  }
+  return true;
+}
+
 // What shares the blocks of a scene, besides the scene itself.
 void checkShares(const ModelScene& model, std::uint32_t handles) {
   for (const auto& objects : model.classes) {
@@ -93,8 +104,8 @@ void useLargeScene(Scene& scene) {
 void runInput(std::string_view bytes) {
   std::optional<Scene> scene = read(bytes);
   if (!scene) return;
-  if (!isSmall(*scene)) {
-    useLargeScene(*scene);
+  if (const std::uint64_t weight = weightOf(*scene); weight > kLightScene) {
+    if (weight < kHeavyScene) useLargeScene(*scene);
     return;
   }
   const ModelScene model = modelOf(*scene);
@@ -117,24 +128,18 @@ void runInput(std::string_view bytes) {
   FUZZ_CHECK(same.has_value());
   checkSameContent(model, modelOf(*same));
   checkEquivalence(*same);
-  const std::optional<std::string> sameText = dump(*same);
-  FUZZ_CHECK(sameText.has_value() == text.has_value());
-  if (text) FUZZ_CHECK(withoutAddresses(*text) == withoutAddresses(*sameText));
 
   // What the library writes itself is read to its last byte, and stays as it is.
-  const std::string first = write(*scene);
-  const Scene back = readBack(first);
+  const std::string written = write(*scene);
+  const Scene back = readBack(written);
   checkSameContent(model, modelOf(back));
   checkEquivalence(back);
-  const std::string second = write(back);
-  FUZZ_CHECK(first.size() == second.size());
-  const Scene again = readBack(second);
-  checkSameContent(model, modelOf(again));
-  if (text) {
-    const std::optional<std::string> backText = dump(back);
-    const std::optional<std::string> againText = dump(again);
-    FUZZ_CHECK(backText && againText);
-    FUZZ_CHECK(withoutAddresses(*backText) == withoutAddresses(*againText));
+  FUZZ_CHECK(write(back).size() == written.size());
+  const std::optional<std::string> backText = dump(back);
+  FUZZ_CHECK(backText.has_value() == text.has_value());
+  // A text ends at its first NUL in the new file, which makes the id another one.
+  if (text && idsAreOfTexts(model)) {
+    FUZZ_CHECK(withoutAddresses(*text) == withoutAddresses(*backText));
   }
 
   checkImports(*scene, model);

@@ -486,14 +486,13 @@ bool isComplete(const ModelScene& scene) {
   return true;
 }
 
-bool isSmall(const Scene& scene) {
-  constexpr std::uint64_t kMostBytes = 1U << 18;
+std::uint64_t weightOf(const Scene& scene) {
   std::uint64_t bytes = 0;
   forEachClass([&](auto tag) {
     using Desc = typename decltype(tag)::Desc;
     const auto& container = scene.container<Desc>();
-    bytes += container.size() * std::uint64_t{64};
-    if (bytes > kMostBytes) return;
+    bytes += container.size() * sizeof(*container.slots.begin());
+    if (bytes > kHeavyScene) return;
     for (const auto& element : container.slots) {
       if (!element.live()) continue;
       if constexpr (ClassInfo<Desc>::kKind == ObjectKind::Asset) {
@@ -506,13 +505,15 @@ bool isSmall(const Scene& scene) {
           }
         });
         if constexpr (ClassInfo<Desc>::kHasValue) {
-          const std::uint64_t parts = element.value ? partsOf(element.value.get()) : 0;
-          bytes += parts == kManyParts ? kMostBytes + 1 : parts * 16;
+          if (!element.value) continue;
+          const std::uint64_t parts = partsOf(element.value.get());
+          bytes += parts == kManyParts ? kLightScene + 1 : parts * 16;
+          bytes += vrntTypeSize(element.value.type());
         }
       }
     }
   });
-  return bytes <= kMostBytes;
+  return bytes;
 }
 
 std::optional<bool> naiveEquivalence(const ModelScene& a, const ModelScene& b) {

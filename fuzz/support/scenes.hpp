@@ -80,9 +80,12 @@ void importInto(ModelScene& target, const ModelScene& source,
 // Whether every live Camera, Light and Material has its value.
 bool isComplete(const ModelScene& scene);
 
-// Whether to print, compare and copy the scene takes a bounded time: few slots and words, short
-// assets, values of few parts.
-bool isSmall(const Scene& scene);
+// How much there is to walk in a scene, in bytes or as if it were: slots, words, assets and what
+// values print as. Above the first limit it takes too long to look at everything, above the second
+// to do anything.
+inline constexpr std::uint64_t kLightScene = std::uint64_t{1} << 17;
+inline constexpr std::uint64_t kHeavyScene = std::uint64_t{1} << 20;
+std::uint64_t weightOf(const Scene& scene);
 
 // Whether two scenes are equivalent, found out from their records, words and printed values; empty
 // where a value can't be printed.
