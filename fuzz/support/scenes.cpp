@@ -227,9 +227,13 @@ void put(std::vector<ModelObject>& objects, std::size_t index, ModelObject objec
 std::int32_t translated(std::uint32_t targetClass, bool coded, std::int32_t word,
                         const std::array<Pairs, kClasses>& maps) {
   if (!coded) return lookup(maps[targetClass], word);
-  const bool emitter = targetClass == VRDM_TARGET_EMITTER;
-  if (word >= 0) return lookup(maps[emitter ? VRDM_CLASS_SHAPE : targetClass], word);
-  return ~lookup(maps[emitter ? VRDM_CLASS_LIGHT : targetClass], ~word);
+  std::uint32_t nonNegative = targetClass;
+  std::uint32_t negative = targetClass;
+  if (targetClass == VRDM_TARGET_EMITTER) {
+    nonNegative = VRDM_CLASS_SHAPE;
+    negative = VRDM_CLASS_LIGHT;
+  }
+  return word >= 0 ? lookup(maps[nonNegative], word) : ~lookup(maps[negative], ~word);
 }
 
 // Where a value has numbers of textures that an import changes. Types may nest as deep as a text.
