@@ -191,7 +191,7 @@ std::int32_t addObject(Scene& scene, std::uint32_t objectClass) {
     vrdmSetReference(&scene, objectClass, number, slot, list ? 4 : 0);
     if (!list) continue;
     std::int32_t* const words = vrdmModifyReferenceList(&scene, objectClass, number, slot);
-    for (const std::int32_t i : {0, 1, 2}) words[i] = i == 2 ? ~1 : i;
+    for (const std::int32_t i : {0, 1, 2}) words[i] = i == 2 ? ~0 : i;
   }
   if (vrdmHasValue(objectClass)) {
     ErrorLocation error;
