@@ -7,7 +7,7 @@
 #include <set>
 #include <vector>
 
-#include "support/streams.hpp"
+#include "support/scenes.hpp"
 #include "vornath_data/texture.hpp"
 #include "vornath_data/unique_id.hpp"
 #include "vornath_data/vrdm.h"
@@ -19,6 +19,7 @@ using namespace vornath_fuzz;  // NOLINT(google-build-using-namespace): its own 
 namespace fs = std::filesystem;
 
 constexpr std::size_t kLongestSeed = 3072;
+constexpr std::size_t kLongestScene = 8192;
 
 // Types that no catalogue holds.
 constexpr const char* kTypes[] = {
@@ -59,8 +60,9 @@ class Corpus {
  public:
   explicit Corpus(fs::path folder) : folder_(std::move(folder)) {}
 
-  void add(const std::string& target, const std::string& bytes) {
-    if (bytes.size() > kLongestSeed || !known_.insert(target + '/' + bytes).second) return;
+  void add(const std::string& target, const std::string& bytes,
+           std::size_t longest = kLongestSeed) {
+    if (bytes.size() > longest || !known_.insert(target + '/' + bytes).second) return;
     std::string number = std::to_string(++counts_[target]);
     number.insert(0, number.size() < 2 ? 1 : 0, '0');
     addNamed(target, "seed-" + number, bytes);
@@ -123,6 +125,126 @@ void addPrograms(Corpus& corpus) {
   program({0, 0, 0, 6, 0, 1, 1, 5, 6, 0, 1, 2, 1, 6, 0, 1, 3, 129});         // words by hand
   program({0, 0, 0, 4, 1, 0, 0, 0, 1, 0, 0, 1, 5, 1, 0, 7, 2, 0, 0, 1, 0});  // a copy by stream
   program({0, 0, 0, 2, 0, 1, 1, 5, 1, 0, 1, 0, 0, 1, 0, 7, 2, 0, 0, 0, 0, 0});  // follow
+}
+
+// The file of a scene, in which the blocks of values stand under the same names on each run, and
+// the scene and its assets under the same ids.
+void addScene(Corpus& corpus, Scene scene) {
+  scene.id = vrnt::UniqueId::hash("scene");
+  for (auto& mesh : scene.container<vrnt::detail::MeshDesc>().slots) {
+    mesh.id = vrnt::UniqueId::hash("mesh");
+  }
+  for (auto& texture : scene.container<vrnt::detail::TextureDesc>().slots) {
+    texture.id = vrnt::UniqueId::hash("texture");
+  }
+  for (auto& graph : scene.container<vrnt::data::MaterialGraphDesc>().slots) {
+    graph.id = vrnt::UniqueId::hash("graph");
+  }
+  std::string bytes = write(scene);
+  const auto rename = [&](const auto& container) {
+    for (const auto& object : container.slots) {
+      if (!object.live()) continue;
+      const std::string stream = writeStream(object.value.get());
+      const std::size_t place = bytes.find(stream);
+      FUZZ_CHECK(place != std::string::npos);
+      bytes.replace(place, stream.size(), renamed(stream));
+    }
+  };
+  rename(scene.container<vrnt::data::CameraDesc>());
+  rename(scene.container<vrnt::data::LightDesc>());
+  rename(scene.container<vrnt::data::MaterialDesc>());
+  corpus.add("scene_file", bytes, kLongestScene);
+}
+
+std::int32_t addObject(Scene& scene, std::uint32_t objectClass) {
+  const std::string bytes(3 * 4 + 11 * 4, 'b');
+  const auto asset = [&](const auto& desc) {
+    FUZZ_CHECK(desc.size() <= bytes.size());
+    AssetStorage* storage = vrdmAssetStorageCopy(bytes.data(), desc.size());
+    const std::uint32_t index = vrdmAddAsset(&scene, objectClass, &desc, &storage);
+    vrdmAssetStorageRelease(storage);
+    return index;
+  };
+  std::uint32_t index = 0;
+  switch (objectClass) {
+    case VRDM_CLASS_CAMERA_PROGRAM:
+    case VRDM_CLASS_MATERIAL_PROGRAM:
+    case VRDM_CLASS_LIGHT_PROGRAM:
+      index = vrdmAddProgram(&scene, objectClass, "a program");
+      break;
+    case VRDM_CLASS_MESH:
+      index = asset(vrnt::detail::MeshDesc{1, 1, 0, 0});
+      break;
+    case VRDM_CLASS_TEXTURE:
+      index = asset(vrnt::detail::TextureDesc{3, 2, 1, vrnt::TextureFormat::SL8,
+                                              vrnt::TextureLayout::FlatMipmap});
+      break;
+    case VRDM_CLASS_MATERIAL_GRAPH:
+      index = asset(vrnt::data::MaterialGraphDesc{5, 0, 2});
+      break;
+    default:
+      index = vrdmCreateInstance(&scene, objectClass);
+  }
+  const auto number = static_cast<std::int32_t>(index);
+  for (std::uint32_t slot = 0; slot < vrdmReferenceCount(objectClass); ++slot) {
+    const bool list = isList(objectClass, slot);
+    vrdmSetReference(&scene, objectClass, number, slot, list ? 4 : 0);
+    if (!list) continue;
+    std::int32_t* const words = vrdmModifyReferenceList(&scene, objectClass, number, slot);
+    for (const std::int32_t i : {0, 1, 2}) words[i] = i == 2 ? ~0 : i;
+  }
+  if (vrdmHasValue(objectClass)) {
+    ErrorLocation error;
+    const char* const text = objectClass == VRDM_CLASS_LIGHT
+                                 ? "{ t = { texture_ref = 0; }; r = &[ 1, 2 : int | 2 ]; }"
+                                 : "{ a = 1; b = { texture_ref = 1; }; c = float2(1.0, -0.0); }";
+    const ValueHandle value = parseValue(text, error);
+    FUZZ_CHECK(value != nullptr);
+    vrdmSetInstanceValue(&scene, objectClass, number, value.get());
+  }
+  return number;
+}
+
+// Scenes of each class alone, with a gap in it, and of all classes.
+void addScenes(Corpus& corpus) {
+  addScene(corpus, Scene());
+  Scene all;
+  for (std::uint32_t objectClass = 0; objectClass < kClasses; ++objectClass) {
+    Scene one;
+    addObject(one, objectClass);
+    vrdmRemove(&one, objectClass, addObject(one, objectClass));
+    addObject(all, objectClass);
+    addScene(corpus, std::move(one));
+  }
+  addScene(corpus, std::move(all));
+}
+
+// Programs of calls on scenes: each step is an operation, a scene, a class, then mostly a slot, and
+// what the operation takes.
+void addSceneCalls(Corpus& corpus) {
+  const auto add = [&](std::initializer_list<int> bytes, std::string program = {}) {
+    for (const int byte : bytes) program += static_cast<char>(byte);
+    corpus.add("scene_calls", program);
+    return program;
+  };
+  std::string all;  // an object of each class, with values and words
+  for (int c = 0; c < 18; ++c) {
+    all += {0, 0, static_cast<char>(c)};
+    if (c < 6) all += {static_cast<char>(37 * c + 30)};
+    if (c >= 3 && c < 6) all += 'b';
+    if (c == 8 || c == 11 || c == 12)
+      all += {7, 0, static_cast<char>(c), 0, static_cast<char>(c % 5)};
+  }
+  add({15, 0, 8, 0}, all);                                            // queries
+  add({11, 1, 0, 11, 1, 0, 13, 1, 0}, all);                           // import twice, compare
+  add({139, 0, 0, 12, 0, 0, 140, 1, 0, 13, 0, 0}, all);               // itself, files, compare
+  add({9, 0, 12, 0, 9, 0, 11, 0, 9, 0, 8, 0, 11, 1, 0}, all);         // textures of values
+  add({3, 0, 8, 0, 3, 0, 4, 0, 0, 0, 8, 0, 0, 4, 30, 'c'}, all);      // remove, add again
+  add({8, 0, 3, 0, 40, 'd', 8, 0, 8, 0, 14, 0, 4, 0, 20, 'e'}, all);  // update assets
+  add({4, 0, 15, 0, 3, 0, 5, 9, 4, 0, 16, 0, 20, 1, 3, 0, 10, 0, 0, 2, 0, 3, 1}, all);  // groups
+  add({5, 0, 10, 0, 0, 0, 44, 6, 0, 10, 0, 0, 40, 41, 42, 43, 11, 1, 0}, all);          // lists
+  add({5, 0, 15, 0, 0, 1, 40, 5, 0, 15, 0, 0, 4, 30, 15, 0, 15, 0, 2, 0, 3, 2, 0, 9}, all);
+  add({0, 0, 250, 2, 1, 251, 15, 0, 252});  // no classes
 }
 
 // Both references of each level lead to the next one.
@@ -200,5 +322,7 @@ int main(int argc, char** argv) {
   addPairs(corpus, types);
   addPrograms(corpus);
   addIds(corpus);
+  addScenes(corpus);
+  addSceneCalls(corpus);
   return 0;
 }

@@ -45,6 +45,8 @@ for target in "${targets[@]}"; do
   # The entropic schedule takes longer here than the inputs do.
   run=("build/fuzz/fuzz/fuzz_$target" -rss_limit_mb=4096 -malloc_limit_mb=256 -timeout=20 -entropic=0
        -print_final_stats=1 "-artifact_prefix=build/fuzz/failures/$target-")
+  # A scene of all classes is longer than what libFuzzer tries by itself.
+  [ "$target" != scene_file ] || run+=(-max_len=16384)
   [ ! -f "fuzz/$target.dict" ] || run+=("-dict=fuzz/$target.dict")
   case $bound in
     -runs=*)

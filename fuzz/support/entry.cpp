@@ -70,7 +70,7 @@ void operator delete(void* memory, const std::nothrow_t&) noexcept { release(mem
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
   // Each level of a nested type holds the text of all those inside.
-  constexpr std::size_t kLongestInput = 4096;
+  constexpr std::size_t kLongestInput = VORNATH_FUZZ_LONGEST_INPUT;
   if (size > kLongestInput) return 0;
   const std::string_view bytes(reinterpret_cast<const char*>(data), size);
 
