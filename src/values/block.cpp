@@ -86,11 +86,13 @@ vrntValue_t* allocateBlock(const Type& type, Fill fill) {
   const Type& stripped = type.stripped();
   if (stripped.size() > kLargestAllocation - kBlockHeaderSize) throw std::bad_alloc();
   const std::size_t size = kBlockHeaderSize + stripped.size();
+  // A long list may be made only now, and there may be no memory for it.
+  const std::size_t slots = stripped.refSlots().size();
   void* const memory = fill == Fill::Zero ? std::calloc(1, size) : std::malloc(size);
   if (memory == nullptr) throw std::bad_alloc();
 
   std::uint64_t* shadowRefs = nullptr;
-  if (const std::size_t slots = stripped.refSlots().size(); slots != 0) {
+  if (slots != 0) {
     shadowRefs = static_cast<std::uint64_t*>(std::calloc(slots, sizeof(std::uint64_t)));
     if (shadowRefs == nullptr) {
       std::free(memory);
