@@ -26,7 +26,6 @@ vrntValue_t* cloneBlock(const vrntValue_t* block) {
   const Type& type = blockType(block);
   vrntValue_t* const clone = allocateBlock(type, Fill::Undefined);
   clone->length = block->length;
-  clone->typeText = block->typeText;
   std::memcpy(blockData(clone), blockData(block), type.size());
   retainReferences(type, blockData(clone));
   return clone;

@@ -2,9 +2,9 @@
 #include "universal_spectrum.hpp"
 
 #include <gtest/gtest.h>
-#include <pthread.h>
 
 #include "fixed_struct_types.hpp"
+#include "support/small_stack.hpp"
 #include "types/type_support.hpp"
 
 namespace {
@@ -23,22 +23,6 @@ TypePtr nested(const Type& core, int depth) {
   return type;
 }
 
-// Runs the call on a thread whose stack has room for `bytes`.
-template <typename Call>
-void onSmallStack(std::size_t bytes, Call call) {
-  pthread_attr_t attributes;
-  ASSERT_EQ(pthread_attr_init(&attributes), 0);
-  ASSERT_EQ(pthread_attr_setstacksize(&attributes, bytes), 0);
-  pthread_t thread;
-  const auto run = [](void* argument) -> void* {
-    (*static_cast<Call*>(argument))();
-    return nullptr;
-  };
-  ASSERT_EQ(pthread_create(&thread, &attributes, run, &call), 0);
-  ASSERT_EQ(pthread_join(thread, nullptr), 0);
-  pthread_attr_destroy(&attributes);
-}
-
 }  // namespace
 
 TEST(CompactSpectrum, IsAStructOfThreeChannels) {
@@ -53,7 +37,7 @@ TEST(UniversalSpectrum, IsReachedAtAnyDepth) {
   const TypePtr other = nested(*make(Base::Float3), kDepth);
   TypePtr fromCompact;
   TypePtr fromOther;
-  onSmallStack(256 * 1024, [&] {
+  onStack(256 * 1024, [&] {
     fromCompact = toUniversalSpectrum(*compact);
     fromOther = toUniversalSpectrum(*other);
   });

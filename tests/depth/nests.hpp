@@ -3,34 +3,17 @@
 #define VORNATH_TESTS_DEPTH_NESTS_HPP
 
 #include <gtest/gtest.h>
-#include <pthread.h>
 
 #include <functional>
 #include <string>
+
+#include "support/small_stack.hpp"
 
 namespace vornath_test {
 
 inline constexpr int kDepth = 100'000;
 // Bytes. One level costs a type, its entries in the tables and its place on the parser's stack.
 inline constexpr std::uint64_t kMostMemory = 200'000'000;
-
-inline constexpr std::size_t kMainStack = 8 * 1024 * 1024;
-inline constexpr std::size_t kWorkerStack = 512 * 1024;
-
-inline void onStack(std::size_t size, const std::function<void()>& work) {
-  pthread_attr_t attributes;
-  ASSERT_EQ(pthread_attr_init(&attributes), 0);
-  ASSERT_EQ(pthread_attr_setstacksize(&attributes, size), 0);
-  pthread_t thread;
-  const auto run = [](void* user) -> void* {
-    (*static_cast<const std::function<void()>*>(user))();
-    return nullptr;
-  };
-  ASSERT_EQ(pthread_create(&thread, &attributes, run, const_cast<std::function<void()>*>(&work)),
-            0);
-  pthread_join(thread, nullptr);
-  pthread_attr_destroy(&attributes);
-}
 
 inline void onMainStack(const std::function<void()>& work) { onStack(kMainStack, work); }
 inline void onWorkerStack(const std::function<void()>& work) { onStack(kWorkerStack, work); }

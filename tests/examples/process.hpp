@@ -68,7 +68,8 @@ inline std::vector<std::string> linksOf(const std::string& markdown) {
 class ProcessTest : public testing::Test {
  protected:
   ProcessTest() {
-    std::string pattern = (std::filesystem::temp_directory_path() / "vornath_XXXXXX").string();
+    std::string pattern = (std::filesystem::temp_directory_path() / "vornath_").string();
+    pattern.append(6, 'X');  // mkdtemp() puts a name of its own in their place
     if (!mkdtemp(pattern.data())) throw std::runtime_error("cannot make a folder");
     folder_ = pattern;
   }

@@ -6,6 +6,7 @@
 #include <utility>
 #include <vector>
 
+#include "../support/small_stack.hpp"
 #include "deep_types.hpp"
 #include "scenes.hpp"
 #include "vornath_data/parameters.h"
@@ -697,7 +698,7 @@ TEST(SceneImport, GoesAsDeepAsTheValueOnASmallStack) {
            ValueHandle(value.release()));
   const SceneHandle target = newScene();
   add(target, VRDM_CLASS_TEXTURE, 7);
-  onSmallStack([&] { target->import(*source); });
+  onStack(kLittleStack, [&] { target->import(*source); });
   EXPECT_EQ(readAt<std::int32_t>(valueOf(target, VRDM_CLASS_CAMERA, 0)), 7);
   EXPECT_EQ(readAt<std::int32_t>(valueOf(source, VRDM_CLASS_CAMERA, 0)), 0);
 }

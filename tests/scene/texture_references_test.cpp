@@ -4,6 +4,7 @@
 #include <string>
 #include <vector>
 
+#include "../support/small_stack.hpp"
 #include "deep_types.hpp"
 #include "scenes.hpp"
 #include "vornath_data/parameters.h"
@@ -108,7 +109,7 @@ TEST(ExtractTextureReferences, GoesAsDeepAsTheValueOnASmallStack) {
        {std::pair{"{ int texture_ref; }", Numbers{0}}, std::pair{"{ int texture; }", Numbers{}}}) {
     const Value value = zerosWithin(kDeep, innermost);
     Numbers found = {-1};
-    onSmallStack([&] { found = texturesIn(value); });
+    onStack(kLittleStack, [&] { found = texturesIn(value); });
     EXPECT_EQ(found, expected) << innermost;
   }
 }

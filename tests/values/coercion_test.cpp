@@ -1,11 +1,13 @@
 #include "coercion.hpp"
 
 #include <array>
+#include <functional>
 #include <optional>
 
 #include "bounds.hpp"
 #include "random_values.hpp"
 #include "relations.hpp"
+#include "support/small_stack.hpp"
 #include "write_protocol.hpp"
 
 namespace qex::vornath::test {
@@ -434,7 +436,7 @@ TEST(CoerceValue, OfAMillionStructs) {
 }
 
 TEST(CoerceValue, OfDeepNestingNeedsNoStack) {
-  onSmallStack([] {
+  vornath_test::onStack(vornath_test::kLittleStack, [] {
     const DynamicValue source =
         coerceValue(codes("enum { A; B; }", {1}), type("enum { A; B; }"), kStrict);
     const DynamicValue deep(nested(source.type()), source.data());
@@ -458,7 +460,7 @@ TEST(CoerceValue, OfDeepNestingCarriesWhatLiesOnTheWay) {
     }
     return t;
   };
-  onSmallStack([&] {
+  vornath_test::onStack(vornath_test::kLittleStack, [&] {
     const DynamicValue source =
         DynamicValue::filled(levels("int", false), [](const Type&, char* data) {
           for (std::int32_t i = 0; i <= 1000; ++i) std::memcpy(data + 4 * i, &i, sizeof(i));

@@ -1,31 +1,14 @@
 // Long chains of references, on a thread with as little stack as a host may have.
-#include <pthread.h>
-
 #include <cstring>
-#include <functional>
 
 #include "support/flat_handles.hpp"
+#include "support/small_stack.hpp"
 
 namespace {
 
 using namespace vornath_test;
 
 constexpr int kLinks = 1000000;
-
-void onSmallStack(const std::function<void()>& work) {
-  pthread_attr_t attributes;
-  pthread_attr_init(&attributes);
-  pthread_attr_setstacksize(&attributes, 512 * 1024);
-  pthread_t thread;
-  const auto run = [](void* user) -> void* {
-    (*static_cast<const std::function<void()>*>(user))();
-    return nullptr;
-  };
-  ASSERT_EQ(pthread_create(&thread, &attributes, run, const_cast<std::function<void()>*>(&work)),
-            0);
-  pthread_join(thread, nullptr);
-  pthread_attr_destroy(&attributes);
-}
 
 // A chain in which each value refers to the next through the field or word at `offset`.
 ValueHandle chain(const char* typeText, std::uint64_t offset, int links) {
@@ -49,11 +32,11 @@ class LongChain : public testing::TestWithParam<std::pair<const char*, std::uint
 };
 
 TEST_P(LongChain, IsReleased) {
-  onSmallStack([this] { make().reset(); });
+  onStack(kWorkerStack, [this] { make().reset(); });
 }
 
 TEST_P(LongChain, IsPrinted) {
-  onSmallStack([this] {
+  onStack(kWorkerStack, [this] {
     const ValueHandle value = make();
     const vrntValueView_t view{vrntValueType(value.get()), 0};
     vrntValuesError_t* error = nullptr;
@@ -66,7 +49,7 @@ TEST_P(LongChain, IsPrinted) {
 }
 
 TEST_P(LongChain, IsCompared) {
-  onSmallStack([this] {
+  onStack(kWorkerStack, [this] {
     const ValueHandle a = make();
     const ValueHandle b = make();
     const vrntValueView_t view{vrntValueType(a.get()), 0};
@@ -75,7 +58,7 @@ TEST_P(LongChain, IsCompared) {
 }
 
 TEST_P(LongChain, IsWrittenAndRead) {
-  onSmallStack([this] {
+  onStack(kWorkerStack, [this] {
     struct Stream {
       std::string bytes;
       std::size_t position = 0;

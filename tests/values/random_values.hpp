@@ -1,12 +1,9 @@
 // Random pairs of types that have something to do with each other, and random values of them, for
-// tests that hold a fast walk against a slow one. And a thread with little stack.
+// tests that hold a fast walk against a slow one.
 #ifndef VORNATH_TESTS_RANDOM_VALUES_HPP
 #define VORNATH_TESTS_RANDOM_VALUES_HPP
 
-#include <pthread.h>
-
 #include <algorithm>
-#include <functional>
 #include <random>
 
 #include "values_support.hpp"
@@ -99,24 +96,8 @@ inline bool sameBytes(const DynamicValue& a, const DynamicValue& b) {
   return a.type() == b.type() && std::memcmp(a.data(), b.data(), a.typeOf().size()) == 0;
 }
 
-// Runs the work with far less stack than one call a level would take in kDepth levels. Nesting is
-// bounded by memory: a type's text holds those of all its parts.
+// Levels: one call for each would take far more than kLittleStack.
 inline constexpr int kDepth = 4000;
-
-inline void onSmallStack(const std::function<void()>& work) {
-  pthread_attr_t attributes;
-  pthread_attr_init(&attributes);
-  pthread_attr_setstacksize(&attributes, 160 * 1024);
-  pthread_t thread;
-  const auto run = [](void* user) -> void* {
-    (*static_cast<const std::function<void()>*>(user))();
-    return nullptr;
-  };
-  ASSERT_EQ(pthread_create(&thread, &attributes, run, const_cast<std::function<void()>*>(&work)),
-            0);
-  pthread_join(thread, nullptr);
-  pthread_attr_destroy(&attributes);
-}
 
 inline TypePtr makeType(TypeDesc desc, const Metadata& metadata = {}) {
   return Type::get_factory(true)->makeType(std::move(desc), metadata);

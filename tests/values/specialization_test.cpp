@@ -5,6 +5,7 @@
 #include "equality.hpp"
 #include "random_values.hpp"
 #include "relations.hpp"
+#include "support/small_stack.hpp"
 
 namespace qex::vornath::test {
 namespace {
@@ -177,7 +178,7 @@ TEST(BuildSpecialization, OfAMillionElements) {
 }
 
 TEST(BuildSpecialization, OfDeepNestingNeedsNoStack) {
-  onSmallStack([] {
+  vornath_test::onStack(vornath_test::kLittleStack, [] {
     const TypePtr annotated = nested(type("{ int a; int @no_specialize b; }"));
     const std::int32_t words[] = {3, 4};
     const DynamicValue v(annotated, words);
@@ -470,7 +471,7 @@ TEST(SpecializationRemainder, RefusesWhatTheFullTypeDoesNotHave) {
 }
 
 TEST(SpecializationRemainder, OfDeepNestingNeedsNoStack) {
-  onSmallStack([] {
+  vornath_test::onStack(vornath_test::kLittleStack, [] {
     const auto structs = [](TypePtr t) {
       for (int i = 0; i < kDepth; ++i) t = makeType(Type::TStruct({Type::Field(t, "a")}));
       return t;
