@@ -162,6 +162,8 @@ class Type {
   struct TArrayND {
     TArrayND(TypePtr elementType, std::optional<D> extents);
 
+    static constexpr int kRank = sizeof(D) / sizeof(int);
+
     TypePtr element;
     std::optional<D> shape;
   };
@@ -192,6 +194,11 @@ class Type {
   static TypePtr parse(std::string_view text);
 
   const TypeDesc& desc() const noexcept { return desc_; }
+  /// The alternative that the type is known to be.
+  template <typename Alternative>
+  const Alternative& get() const {
+    return std::get<Alternative>(desc_);
+  }
   template <typename Alternative>
   const Alternative* getIf() const noexcept {
     return std::get_if<Alternative>(&desc_);

@@ -55,7 +55,7 @@ enum {
  * Errors: kind 0 with "Unable to parse type: {}.\n{}", the text and the parser's message ("syntax
  * error, unexpected END, expecting ..." or "Illegal character: ..."); kind 0 with the words of a
  * violated rule alone, such as "Duplicate struct field: x."; the out-of-memory object; kind 2 with
- * "Unknown error." for anything else.
+ * "Unknown error." for anything else, such as no text at all.
  * Threads: parses are serial in the whole process, answers from the table are not.
  */
 VRNT_API vrntType_t* vrntTypeParse(const char* text, vrntValuesError_t** error);

@@ -325,7 +325,7 @@ class BasicView<Value*> : public ConstBasicView<Value*> {
     write(&value, sizeof(value));
   }
 
-  /// Makes a reference lead to `target`, whose type isn't checked.
+  /// Makes a reference lead to `target`, whose type isn't checked, or nowhere if that is empty.
   void setReference(const Value& target) const {
     const vrntValueView_t at = place();
     vrntValuesError_t* error = nullptr;

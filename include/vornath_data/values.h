@@ -71,8 +71,9 @@ VRNT_API vrntValue_t* vrntValueCreate(const vrntType_t* type, vrntValuesError_t*
 /**
  * The default value of the type: what `@default` says, of the type and of its parts, an outer one
  * over the inner ones; zero where nothing is said, but for a spectrum (the struct of
- * vrntTypeSpectrum()), which refers to a `float[1]` of 0. A `@default` whose type may not stand for
- * the annotated one is ignored. The type is concrete.
+ * vrntTypeSpectrum(), or one of its subtypes whose array may be a `float[1]`), which refers to a
+ * `float[1]` of 0. A `@default` whose type may not stand for the annotated one is ignored. The type
+ * is concrete.
  */
 VRNT_API vrntValue_t* vrntValueCreateDefault(const vrntType_t* type, vrntValuesError_t** error);
 
@@ -143,8 +144,11 @@ VRNT_API vrntType_t* vrntValueType(const vrntValue_t* value);
 /** The block: borrowed. Errors: none. */
 VRNT_API vrntValue_t* vrntValueBinary(const vrntValue_t* value);
 
-/** The value's bytes, vrntTypeSize() of them, at 48 bytes behind the block: borrowed. Errors: none. */
-VRNT_API const void* vrntValueData(const vrntValue_t* value);
+/**
+ * The value's bytes, vrntTypeSize() of them, at 48 bytes behind the block: borrowed, and only for
+ * reading, since others may hold the block; vrntValueMap() is the way to write. Errors: none.
+ */
+VRNT_API void* vrntValueData(const vrntValue_t* value);
 
 /**
  * Follows the reference at a view. Null for a null reference; for a block that very block with a
@@ -197,8 +201,8 @@ VRNT_API void vrntValueWrite(vrntValue_t** value, uint64_t offset, const void* s
                              uint64_t size, vrntValuesError_t** error);
 
 /**
- * Makes the reference word at a view refer to `target`, which stays the caller's. The type of the
- * target isn't checked. A value that is made to refer to itself becomes a copy that refers to the
+ * Makes the reference word at a view refer to `target`, which stays the caller's; null makes it a
+ * null reference. The type of the target isn't checked. A value that is made to refer to itself becomes a copy that refers to the
  * original.
  * Errors: as vrntValueMap(); nothing is written then.
  */

@@ -125,6 +125,7 @@ int32_t vrntValueToSPD(const vrntValue_t* value, const vrntValueView_t* view, in
   return reportFailureAs(-1, [&] {
     const SpectrumView spectrum = spectrumAt(value, view);
     std::vector<float> lambdas;
+    lambdas.reserve(count > 0 ? static_cast<std::size_t>(count / 2) : 0);
     for (std::int32_t pair = 0; pair < count / 2; ++pair) lambdas.push_back(pairs[2 * pair]);
     closeLastBand(lambdas);
     putAmplitudes(spectrum.sampleAt(lambdas), pairs, 0);

@@ -54,7 +54,7 @@ class FormatGuard {
 }  // namespace
 
 UniqueId& UniqueId::operator=(const UniqueId& other) noexcept {
-  std::memmove(bytes_, other.bytes_, kSize);
+  if (this != &other) std::memcpy(bytes_, other.bytes_, kSize);
   return *this;
 }
 

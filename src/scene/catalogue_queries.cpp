@@ -96,7 +96,7 @@ vrntType_t* vrdmFieldType(std::uint32_t objectClass, std::uint32_t field) {
       [field](auto tag) -> vrntType_t* {
         using Desc = typename decltype(tag)::Desc;
         if (field >= kGroupCount<Desc>) return nullptr;
-        return vrntTypeCopy(vrnt::data::groupType<Desc>(field).annotated);
+        return vrnt::data::newGroupType(vrnt::data::kFirstGroupOrdinal<Desc> + field).release();
       },
       []() -> vrntType_t* { return nullptr; });
 }

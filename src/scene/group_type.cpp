@@ -5,7 +5,6 @@
 #include <utility>
 
 #include "made.hpp"
-#include "vornath_data/value.hpp"
 
 namespace vrnt::data {
 
@@ -70,6 +69,11 @@ GroupType groupType(std::size_t ordinal) {
   }
   return {cached.annotated.load(std::memory_order_acquire),
           cached.plain.load(std::memory_order_relaxed)};
+}
+
+TypeHandle newGroupType(std::size_t ordinal) {
+  groupType(ordinal);  // held from now on, so that the parse finds it
+  return made(TypeHandle::parse(schemas[ordinal]));
 }
 
 }  // namespace vrnt::data

@@ -6,6 +6,7 @@
 
 #include "vornath_data/catalogue/class_list.hpp"
 #include "vornath_data/types.h"
+#include "vornath_data/value.hpp"
 
 namespace vrnt::data {
 
@@ -21,6 +22,11 @@ struct GroupType {
 /// Errors: throws the vrnt::Exception of TypeHandle::parse(); the next call then tries again.
 /// Threads: any.
 GroupType groupType(std::size_t ordinal);
+
+/// The annotated type as a parse of the schema gives it at this moment, for a host of its own. That
+/// is the held one, unless a parse of another spelling took its text's place in the table of types.
+/// Errors: as groupType(). Threads: any.
+TypeHandle newGroupType(std::size_t ordinal);
 
 /// The type of a group of a Desc, or of SceneData.
 template <typename Desc>

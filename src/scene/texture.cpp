@@ -115,7 +115,7 @@ std::size_t TextureDesc::size() const {
   }
   const std::int32_t blockEdge = image.kind < kFirstBlockKind ? 1 : 4;
   const std::int32_t largest = std::max({width, height, 1});
-  const int levels = std::bit_width(static_cast<std::uint32_t>(largest));
+  const auto levels = static_cast<int>(std::bit_width(static_cast<std::uint32_t>(largest)));
   std::size_t sum = 0;
   for (int level = 0; level < levels; ++level) {
     const std::size_t bytes = qex::vornath::imageSize(

@@ -1,5 +1,6 @@
 #include <cstring>
 #include <new>
+#include <stdexcept>
 #include <string_view>
 
 #include "base_types.hpp"
@@ -59,8 +60,10 @@ const TypePtr& elementOrTarget(const vrntType_t* type) {
 }  // namespace
 
 vrntType_t* vrntTypeParse(const char* text, vrntValuesError_t** error) {
-  return qex::vornath::reportLibraryErrorsOrUnknown(
-      error, nullptr, [text]() -> vrntType_t* { return release(Type::parse(text)); });
+  return qex::vornath::reportLibraryErrorsOrUnknown(error, nullptr, [text]() -> vrntType_t* {
+    if (text == nullptr) throw std::invalid_argument("No text.");
+    return release(Type::parse(text));
+  });
 }
 
 vrntType_t* vrntTypeCopy(const vrntType_t* type) {

@@ -30,7 +30,7 @@ constexpr std::uint64_t kFewRefSlots = 64;
 
 // Of several threads that have made the same, one keeps its own for all.
 template <typename T>
-const T& keepFirst(std::atomic<const T*>& kept, T&& made) {
+const T& keepFirst(std::atomic<const T*>& kept, T made) {
   auto own = std::make_unique<const T>(std::move(made));
   const T* first = nullptr;
   if (kept.compare_exchange_strong(first, own.get(), std::memory_order_acq_rel)) {

@@ -70,10 +70,10 @@ void write(const Type::TStruct& structure, Sink& sink) {
 
 template <typename D, typename Sink>
 void write(const Type::TArrayND<D>& array, Sink& sink) {
-  constexpr std::size_t rank = sizeof(D) / sizeof(std::int32_t);
+  constexpr auto commas = static_cast<std::size_t>(Type::TArrayND<D>::kRank - 1);
   sink.type(*array.element);
   sink.words("[");
-  sink.words(array.shape ? extentsText(*array.shape) : std::string(rank - 1, ','));
+  sink.words(array.shape ? extentsText(*array.shape) : std::string(commas, ','));
   sink.words("]");
 }
 

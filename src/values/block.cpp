@@ -40,11 +40,11 @@ void freeBlock(vrntValue_t* block) noexcept {
 // one is returned, and `next` stands behind its word.
 vrntValue_t* releaseWords(vrntValue_t* block, std::size_t& next) noexcept {
   const auto& slots = blockType(block).refSlots();
-  const std::size_t words = block->shadowRefs != nullptr ? 2 * slots.size() : slots.size();
+  const std::size_t own = slots.size();
+  const std::size_t words = block->shadowRefs != nullptr ? 2 * own : own;
   while (next < words) {
-    const std::uint64_t word = next < slots.size()
-                                   ? loadWord(blockData(block) + slots[next] * kWordSize)
-                                   : block->shadowRefs[next - slots.size()];
+    const std::uint64_t word = next < own ? loadWord(blockData(block) + slots[next] * kWordSize)
+                                          : block->shadowRefs[next - own];
     ++next;
     if (!isBlockWord(word)) continue;
     vrntValue_t* const target = blockOfWord(word);

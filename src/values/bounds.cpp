@@ -53,6 +53,17 @@ DynamicValue spectrumBound(std::size_t bound) {
   return makeSpectrumValue(SpectrumEncoding::Luminance, {&amplitude, 1});
 }
 
+// Whether a spectrum of one float may stand where the type is expected. That needs more than the
+// type standing where a spectrum is expected: its array may promise more than one float.
+bool takesFlatSpectrum(const Type& type) {
+  const auto* structure = type.stripped().getIf<Type::TStruct>();
+  if (structure == nullptr || !isSubType(type, spectrumType())) return false;
+  const Type& reference = structure->fields[1].type->stripped();
+  const Type& target = reference.get<Type::TRef>().target->stripped();
+  const auto& shape = target.get<Type::TArrayND<int>>().shape;
+  return !shape || *shape == 1;
+}
+
 // Fills bounds that nobody else holds and that are zero so far.
 class BoundsFiller {
  public:
@@ -89,9 +100,7 @@ class BoundsFiller {
   };
 
   void open(const Type& type, std::uint64_t offset) {
-    // A struct that promises more of its array than the spectrum does is filled like any other: an
-    // array of one float might break the promise.
-    if (type.getIf<Type::TStruct>() != nullptr && isSameType(type, spectrumType())) {
+    if (takesFlatSpectrum(type)) {
       fillSpectrum(type, offset);
       applyBoundsMetadata(type, bounds_, offset);
     } else if (std::visit([&](const auto& desc) { return fillLeaf(desc, offset); }, type.desc())) {

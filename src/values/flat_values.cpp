@@ -1,6 +1,7 @@
 #include <cstdlib>
 #include <cstring>
 #include <new>
+#include <stdexcept>
 #include <string>
 
 #include "boundary.hpp"
@@ -63,6 +64,7 @@ vrntValue_t* vrntValueCreateDefault(const vrntType_t* type, vrntValuesError_t** 
 
 vrntValue_t* vrntValueParse(const void* textOrBlock, vrntValuesError_t** error) {
   return reportEveryError(error, nullptr, [&] {
+    if (textOrBlock == nullptr) throw std::invalid_argument("No text.");
     if (isBlock(textOrBlock)) return vrntValueCopy(static_cast<const vrntValue_t*>(textOrBlock));
     return allocateValue(parseValue(static_cast<const char*>(textOrBlock)));
   });
@@ -110,7 +112,7 @@ vrntType_t* vrntValueType(const vrntValue_t* value) { return value->type; }
 
 vrntValue_t* vrntValueBinary(const vrntValue_t* value) { return blockOf(value); }
 
-const void* vrntValueData(const vrntValue_t* value) { return blockData(value); }
+void* vrntValueData(const vrntValue_t* value) { return blockData(const_cast<vrntValue_t*>(value)); }
 
 vrntValue_t* vrntValueDereference(const vrntValue_t* value, const vrntValueView_t* view) {
   const std::uint64_t word = loadWord(dataAt(value, view));
@@ -176,7 +178,7 @@ void vrntValueSetReference(vrntValue_t** value, const vrntValueView_t* view, vrn
   const BlockPtr held(target);
   void* const word = vrntValueMap(value, view, error);
   if (word == nullptr) return;
-  storeWord(word, wordOfBlock(target));
+  storeWord(word, target != nullptr ? wordOfBlock(target) : 0);
   vrntValueUnmap(*value, view);
 }
 
@@ -188,7 +190,7 @@ int32_t vrntValueEqual(const vrntValue_t* a, const vrntValueView_t* viewA, const
   const bool equal = valuesEqual({&typeOf(viewA->type), viewA->offset, &valueA},
                                  {&typeOf(viewB->type), viewB->offset, &valueB}, tolerance,
                                  reason != nullptr ? &words : nullptr);
-  if (!words.empty()) *reason = ::strdup(words.c_str());
+  if (reason != nullptr && !words.empty()) *reason = ::strdup(words.c_str());
   return equal ? 1 : 0;
 }
 

@@ -18,7 +18,9 @@ HeapValue<T>::HeapValue(const HeapValue& other) : value_(new T(*other)) {}
 
 template <typename T>
 HeapValue<T>& HeapValue<T>::operator=(const HeapValue& other) {
-  return *this = HeapValue(other);
+  HeapValue copy(other);
+  std::swap(value_, copy.value_);
+  return *this;
 }
 
 template <typename T>

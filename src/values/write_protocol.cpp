@@ -25,6 +25,7 @@ class WordBuffer {
 vrntValue_t* cloneBlock(const vrntValue_t* block) {
   const Type& type = blockType(block);
   vrntValue_t* const clone = allocateBlock(type, Fill::Undefined);
+  clone->freeFn = block->freeFn;
   clone->length = block->length;
   std::memcpy(blockData(clone), blockData(block), type.size());
   retainReferences(type, blockData(clone));

@@ -33,6 +33,15 @@ ValueHandle annotation(const TypeHandle& type, const char* key) {
 
 }  // namespace
 
+TEST(vrntTypeParse, ReportsThatThereIsNoText) {
+  vrntValuesError_t* error = nullptr;
+  EXPECT_EQ(vrntTypeParse(nullptr, &error), nullptr);
+  ASSERT_NE(error, nullptr);
+  EXPECT_EQ(vrntValuesErrorCode(error), std::uint32_t{VRNT_OTHER_ERROR});
+  EXPECT_STREQ(vrntValuesErrorMessage(error), "Unknown error.");
+  vrntValuesErrorDestroy(error);
+}
+
 TEST(vrntTypeParse, LeavesErrorLocationUntouchedOnSuccess) {
   auto* const untouched = reinterpret_cast<vrntValuesError_t*>(0x10);
   vrntValuesError_t* error = untouched;

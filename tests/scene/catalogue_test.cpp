@@ -247,6 +247,23 @@ TEST(vrdmFieldType, IsTheSameForTheTargetOfLightAndShape) {
   EXPECT_STREQ(vrntTypeString(light.get()), vrntTypeString(shape.get()));
 }
 
+// A parse of another spelling makes a type of its own, which takes the text over and, at its end,
+// out of the table; the group's type is then what the next parse of the text gives.
+TEST(vrdmFieldType, IsWhatAParseOfItsTextGives) {
+  for (std::uint32_t c = 0; c <= vrdmObjectTypeCount(); ++c) {
+    const std::uint32_t number = c < vrdmObjectTypeCount() ? c : VRDM_CLASS_SCENE_DATA;
+    for (std::uint32_t g = 0; g < vrdmFieldCount(number); ++g) {
+      const std::string text = vrntTypeString(typeOf(number, g).get());
+      EXPECT_NE(parseType(" " + text), nullptr);
+      const TypeHandle type = typeOf(number, g);
+      EXPECT_EQ(type, parseType(text)) << text;
+      EXPECT_EQ(type, typeOf(number, g)) << text;
+    }
+  }
+  const TypeHandle image = typeOf(numberOf("ImageTask"), 0);
+  EXPECT_EQ(image, typeOf(numberOf("BakeTask"), 0));
+}
+
 TEST(vrdmFieldType, TellsTransformationsApartByDescriptionOnly) {
   const TypeHandle camera = typeOf(numberOf("Camera"), 0);
   for (const char* name : {"TransformationGroup", "Light", "Decal", "Shape"}) {

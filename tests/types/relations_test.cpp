@@ -130,6 +130,9 @@ TEST(SubTypes, CompareStructsFieldByField) {
   expectReason({"{ int a; int b; }", "{ int b; int a; }"},
                "type { a; b; } does not match type { b; a; }");
   expectReason({"{ }", "{ int a; }"}, "type { } does not match type { a; }");
+  // All labels come before the first type of a field.
+  expectReason({"{ int a; int b; }", "{ float a; int c; }"},
+               "type { a; b; } does not match type { a; c; }");
   expectReason({"{ int a; float b; }", "{ int a; int b; }"},
                "Type mismatch for field b: type float does not match type int");
   expectReason({"{ { { float c; } b; } a; }", "{ { { int c; } b; } a; }"},
@@ -146,6 +149,10 @@ TEST(SubTypes, CompareArraysByExtentsThenElements) {
   expectRelated({"enum { A; }[3]", "int[3]"});
   expectRelated({"float*[3]", "void*[]"});
   expectReason({"float[3]", "float[4]"}, "Expected array of size: 4 - provided array of size: 3");
+  // Unknown extents show as they do in vrntTypeArrayShape().
+  expectReason({"float[]", "float[3]"}, "Expected array of size: 3 - provided array of size: -1");
+  expectReason({"float[,]", "float[2,3]"},
+               "Expected array of size: 2,3 - provided array of size: -1,-1");
   expectReason({"float[2,3]", "float[3,2]"},
                "Expected array of size: 3,2 - provided array of size: 2,3");
   expectReason({"float[2,3,4]", "float[2,3,5]"},

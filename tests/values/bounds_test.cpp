@@ -191,13 +191,23 @@ TEST(MakeDefaultValue, OfASpectrumWithADefaultIsThat) {
 
 // An array of one float behind a reference that promises more would be read beyond its end.
 TEST(MakeDefaultValue, OfAStructThatPromisesMoreThanASpectrumIsThatOfAnyStruct) {
-  for (const char* const promise : {"float[3]", "float[1]"}) {
+  for (const char* const promise : {"float[3]", "float[0]", "float[2]"}) {
     const DynamicValue value =
         makeDefaultValue(type(std::string("{ enum { LUMINANCE; RGB; SPECTRAL; } encoding; ") +
                               promise + "* spectrum; }"));
     EXPECT_EQ(at<std::int32_t>(value), 0);
     EXPECT_EQ(at<std::uint64_t>(value, 8), 0u) << promise;
   }
+}
+
+TEST(MakeDefaultValue, OfAStructThatPromisesOneFloatIsASpectrum) {
+  const std::string narrow = "{ enum { LUMINANCE; RGB; SPECTRAL; } encoding; float[1]* spectrum; }";
+  const Texts limits = bounds(narrow);
+  EXPECT_EQ(limits[kDefault], spectrumText("LUMINANCE", "[ 0.0 ]"));
+  EXPECT_EQ(limits[kMin], spectrumText("LUMINANCE", "[ 0.0 ]"));
+  EXPECT_EQ(limits[kMax], spectrumText("LUMINANCE", "[ inf ]"));
+  EXPECT_EQ(limits[kSoftMin], limits[kMin]);
+  EXPECT_EQ(limits[kSoftMax], limits[kMax]);
 }
 
 TEST(MakeDefaultValue, OfASpectrumDoesNotKeepItsTypeAlive) {

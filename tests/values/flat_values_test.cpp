@@ -363,6 +363,23 @@ TEST(vrntValueMap, LeavesTheHandleWhenThereIsNoMemory) {
   value->type = type;
 }
 
+int releases = 0;
+
+TEST(vrntValueMap, CopiesTheReleaseFunctionOfASharedBlock) {
+  vrntValue_t* handle = create("{ int* a; int b; }").release();
+  handle->freeFn = [](void* memory) {
+    ++releases;
+    std::free(memory);
+  };
+  const ValueHandle other(vrntValueCopy(handle));
+  write(handle, whole(handle), [](void*) {});
+  EXPECT_NE(handle, other.get());
+  EXPECT_EQ(handle->freeFn, other->freeFn);
+  releases = 0;
+  vrntValueDestroy(handle);
+  EXPECT_EQ(releases, 2);  // the block and its shadow array
+}
+
 TEST(vrntValueUnmap, CountsTheReferencesThatTheWriterLeft) {
   const ValueHandle before = parseValue("1");
   const ValueHandle after = parseValue("2");
@@ -437,6 +454,19 @@ TEST(vrntValueSetReference, HoldsTheTargetAndDropsTheOldOne) {
   vrntValueDestroy(handle);
 }
 
+TEST(vrntValueSetReference, ToNothingMakesANullReference) {
+  const ValueHandle target = parseValue("1");
+  vrntValue_t* handle = create("int*").release();
+  const vrntValueView_t view = whole(handle);
+  vrntValuesError_t* error = nullptr;
+  vrntValueSetReference(&handle, &view, target.get(), &error);
+  vrntValueSetReference(&handle, &view, nullptr, &error);
+  EXPECT_EQ(error, nullptr);
+  EXPECT_EQ(target->refCount, 1u);
+  EXPECT_EQ(text(handle), "$(0x0000000000000000:int)");
+  vrntValueDestroy(handle);
+}
+
 TEST(vrntValueSetReference, ToItselfMakesACopyThatRefersToTheOriginal) {
   vrntValue_t* handle = create("void*").release();
   vrntValue_t* const original = handle;
@@ -446,6 +476,14 @@ TEST(vrntValueSetReference, ToItselfMakesACopyThatRefersToTheOriginal) {
   EXPECT_NE(handle, original);
   EXPECT_EQ(text(handle), "&$0x0000000000000000");
   vrntValueDestroy(handle);
+}
+
+TEST(vrntValueParse, ReportsThatThereIsNoText) {
+  vrntValuesError_t* error = nullptr;
+  EXPECT_EQ(vrntValueParse(nullptr, &error), nullptr);
+  ASSERT_NE(error, nullptr);
+  EXPECT_EQ(vrntValuesErrorCode(error), std::uint32_t{VRNT_OTHER_ERROR});
+  vrntValuesErrorDestroy(error);
 }
 
 TEST(vrntValueEqual, ComparesTheValuesAtTheViews) {

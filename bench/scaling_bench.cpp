@@ -1,0 +1,143 @@
+// What two threads get done against what one does: each benchmark runs on one thread and on two, on
+// things that the threads share and on things of their own. A table behind the usual one tells how
+// many times as much two threads do; a counter that is shared sets the bound for what shares a
+// count.
+#include <benchmark/benchmark.h>
+
+#include <atomic>
+#include <cstdio>
+#include <map>
+#include <memory>
+#include <string>
+#include <vector>
+
+#include "vornath_data/vrdm.h"
+#include "vornath_data/vrnt.h"
+
+namespace {
+
+struct EndType {
+  void operator()(vrntType_t* type) const { vrntTypeDestroy(type); }
+};
+struct EndValue {
+  void operator()(vrntValue_t* value) const { vrntValueDestroy(value); }
+};
+struct EndScene {
+  void operator()(vrdmScene_t* scene) const { vrdmDestroyScene(scene); }
+};
+using TypeHandle = std::unique_ptr<vrntType_t, EndType>;
+using ValueHandle = std::unique_ptr<vrntValue_t, EndValue>;
+using SceneHandle = std::unique_ptr<vrdmScene_t, EndScene>;
+
+const char* const kTypeTexts[] = {"{ float3 @default=float3(0.0,0.0,0.0) origin; int count; }",
+                                  "{ float2[]* points; bool closed; }"};
+
+constexpr std::uint32_t kClass = VRDM_CLASS_SHAPE;
+
+void parseCached(benchmark::State& state, bool shared) {
+  const char* const text = kTypeTexts[shared ? 0 : state.thread_index()];
+  const TypeHandle held(vrntTypeParse(text, nullptr));
+  for (auto _ : state) {
+    vrntType_t* type = vrntTypeParse(text, nullptr);
+    benchmark::DoNotOptimize(type);
+    vrntTypeDestroy(type);
+  }
+  state.SetItemsProcessed(state.iterations());
+}
+
+vrntValue_t* sharedValue() {
+  static const ValueHandle value(vrntValueParse("{ a = 1; b = 2.0; }", nullptr));
+  return value.get();
+}
+
+void copyValue(benchmark::State& state, bool shared) {
+  const char* const texts[] = {"{ a = 1; b = 2.0; }", "{ c = 1; d = 2.0; }"};
+  const ValueHandle own(vrntValueParse(texts[state.thread_index()], nullptr));
+  const vrntValue_t* const value = shared ? sharedValue() : own.get();
+  for (auto _ : state) {
+    vrntValue_t* copy = vrntValueCopy(value);
+    benchmark::DoNotOptimize(copy);
+    vrntValueDestroy(copy);
+  }
+  state.SetItemsProcessed(state.iterations());
+}
+
+SceneHandle makeScene() {
+  SceneHandle scene(vrdmCreateScene());
+  vrdmCreateInstance(scene.get(), kClass);
+  return scene;
+}
+
+// Every read makes a value of the group's fixed type, whose count all threads share.
+void readGroup(benchmark::State& state, bool shared) {
+  static const SceneHandle common = makeScene();
+  const SceneHandle own = makeScene();
+  const vrdmScene_t* const scene = shared ? common.get() : own.get();
+  for (auto _ : state) {
+    vrntValue_t* value = vrdmGetDataValue(scene, kClass, 0, 0);
+    benchmark::DoNotOptimize(value);
+    vrntValueDestroy(value);
+  }
+  state.SetItemsProcessed(state.iterations());
+}
+
+void countUpAndDown(benchmark::State& state) {
+  static std::atomic<std::uint32_t> count{1};
+  for (auto _ : state) {
+    count.fetch_add(1, std::memory_order_relaxed);
+    benchmark::DoNotOptimize(count.fetch_sub(1, std::memory_order_acq_rel));
+  }
+  state.SetItemsProcessed(state.iterations());
+}
+
+class ScalingReporter : public benchmark::ConsoleReporter {
+ public:
+  void ReportRuns(const std::vector<Run>& runs) override {
+    ConsoleReporter::ReportRuns(runs);
+    for (const Run& run : runs) {
+      if (run.run_type != Run::RT_Aggregate || run.aggregate_name != "median") continue;
+      const auto rate = run.counters.find("items_per_second");
+      if (rate == run.counters.end()) continue;
+      (run.threads == 1 ? alone_ : together_)[run.run_name.function_name] = rate->second.value;
+    }
+  }
+
+  void Finalize() override {
+    std::printf("\n%-36s %14s %14s %8s\n", "median, a second", "one thread", "two threads",
+                "ratio");
+    for (const auto& [name, rate] : alone_) {
+      const auto two = together_.find(name);
+      if (two == together_.end()) continue;
+      std::printf("%-36s %14.3g %14.3g %8.2f\n", name.c_str(), rate, two->second,
+                  two->second / rate);
+    }
+    std::fflush(stdout);
+  }
+
+ private:
+  std::map<std::string, double> alone_;
+  std::map<std::string, double> together_;
+};
+
+template <typename Function, typename... Arguments>
+void onOneThreadAndTwo(const char* name, Function function, Arguments... arguments) {
+  benchmark::RegisterBenchmark(name, function, arguments...)->Threads(1)->Threads(2)->UseRealTime();
+}
+
+}  // namespace
+
+int main(int argc, char** argv) {
+  benchmark::Initialize(&argc, argv);
+  if (benchmark::ReportUnrecognizedArguments(argc, argv)) return 1;
+  onOneThreadAndTwo("a shared counter, up and down", countUpAndDown);
+  onOneThreadAndTwo("a cached parse of one text", parseCached, true);
+  onOneThreadAndTwo("a cached parse of different texts", parseCached, false);
+  onOneThreadAndTwo("a copy of one block", copyValue, true);
+  onOneThreadAndTwo("a copy of different blocks", copyValue, false);
+  onOneThreadAndTwo("a group of one scene", readGroup, true);
+  onOneThreadAndTwo("a group of different scenes", readGroup, false);
+  ScalingReporter reporter;
+  benchmark::RunSpecifiedBenchmarks(&reporter);
+  benchmark::Shutdown();
+  return 0;
+}

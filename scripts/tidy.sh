@@ -1,0 +1,19 @@
+#!/bin/bash
+# Runs clang-tidy with the checks of .clang-tidy over the library's sources. The last line tells how
+# many files were looked at and how many have findings.
+set -euo pipefail
+cd "$(dirname "$0")/.."
+scripts/install_dependencies.sh
+scripts/install_packages.sh clang-tidy
+cmake --preset dev -DCMAKE_EXPORT_COMPILE_COMMANDS=ON >/dev/null
+cmake --build --preset dev -j "$(nproc)" --target vornath_grammar >/dev/null
+
+files=(common/*.cpp src/*/*.cpp src/*/tables/*.cpp)
+log=$(mktemp)
+trap 'rm -f "$log"' EXIT
+printf '%s\0' "${files[@]}" |
+  xargs -0 -P "$(nproc)" -I{} sh -c \
+    'clang-tidy -p build/dev --quiet --header-filter="^$PWD/(common|include|src)/" "$1" 2>/dev/null || echo "FINDINGS in $1"' sh {} | tee "$log"
+findings=$(grep -c '^FINDINGS in ' "$log" || true)
+echo "clang-tidy looked at ${#files[@]} files, $findings with findings"
+[ "$findings" -eq 0 ]
