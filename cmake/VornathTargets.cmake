@@ -14,8 +14,22 @@ if(VORNATH_DATA_HARDEN AND NOT VORNATH_DATA_SANITIZE)
   target_link_options(vornath_flags INTERFACE -Wl,-z,relro,-z,now)
 endif()
 
+# What tests are compiled with behind that: there are many, and each runs once.
+add_library(vornath_test_flags INTERFACE)
+target_compile_options(vornath_test_flags INTERFACE -O0 -U_FORTIFY_SOURCE)
+
 # Floating-point arithmetic as it is written: neither contracted nor rearranged.
 set(VORNATH_EXACT_FLOATS -fno-fast-math -ffp-contract=off)
+
+# Several threads count at once, and several processes add up in one file.
+function(vornath_count_lines target)
+  if(VORNATH_DATA_COVERAGE)
+    target_compile_options(${target} PRIVATE --coverage -fprofile-update=atomic)
+  endif()
+endfunction()
+if(VORNATH_DATA_COVERAGE)
+  add_link_options(--coverage)
+endif()
 
 # A layer: one object library for each folder of src/, an include root of its own.
 #   vornath_layer(NAME values SOURCES a.cpp b.cpp LINK vornath_types fmt::fmt)
@@ -27,6 +41,7 @@ function(vornath_layer)
     "${PROJECT_SOURCE_DIR}/include" "${CMAKE_CURRENT_SOURCE_DIR}")
   target_compile_definitions(${target} PRIVATE VORNATH_DATA_BUILD)
   target_link_libraries(${target} PUBLIC ${LAYER_LINK} PRIVATE vornath_flags)
+  vornath_count_lines(${target})
 endfunction()
 
 if(VORNATH_DATA_SANITIZE)

@@ -9,7 +9,7 @@
 #include <thread>
 #include <vector>
 
-#include "fixed_types_list.hpp"
+#include "colour/fixed_types_list.hpp"
 #include "vornath_data/type_library.hpp"
 
 namespace {
