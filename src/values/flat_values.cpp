@@ -188,7 +188,7 @@ int32_t vrntValueEqual(const vrntValue_t* a, const vrntValueView_t* viewA, const
   const bool equal = valuesEqual({&typeOf(viewA->type), viewA->offset, &valueA},
                                  {&typeOf(viewB->type), viewB->offset, &valueB}, tolerance,
                                  reason != nullptr ? &words : nullptr);
-  if (!words.empty()) *reason = ::strdup(words.c_str());
+  if (!words.empty()) *reason = duplicate(words);
   return equal ? 1 : 0;
 }
 
