@@ -117,8 +117,7 @@ vrntValue_t* vrntValueDereference(const vrntValue_t* value, const vrntValueView_
   if (word == 0) return nullptr;
   if (isBlockWord(word)) {
     vrntValue_t* const target = blockOfWord(word);
-    // Without memory for a text the host gets the value all the same.
-    reportFailureAs(false, [target] { return showTypeText(target), true; });
+    tryShowTypeText(target);
     return vrntValueCopy(target);
   }
   const TypePtr& target = std::get<Type::TRef>(typeOf(view->type).desc()).target;
