@@ -106,7 +106,7 @@ VRNT_API const char* vrdmFieldName(uint32_t objectClass, uint32_t field);
  * The type of the group at a position from 0, of a class or of VRDM_CLASS_SCENE_DATA: a struct whose
  * metadata gives labels, descriptions, defaults and limits (metadata.h).
  * Result: a new reference, ended with vrntTypeDestroy(); null past the last group.
- * Errors: throws vrnt::Exception, in the first call for a group only, if there is no memory for its
+ * Errors: throws std::bad_alloc, in the first call for a group only, if there is no memory for its
  * type.
  * Threads: the first call for a group parses, and so waits for other parses.
  */
