@@ -465,6 +465,22 @@ void addCopying(FaultCases& cases) {
       return *to == *from;
     };
   }));
+  // Where the task scheduler has no memory to start with, the caller copies alone.
+  cases.push_back({kCopy, "large", Promise::NeverFails,
+                   [] {
+                     constexpr std::size_t kLarge = std::size_t{8} << 20;
+                     const auto from = std::make_shared<std::vector<char>>(kLarge, 'a');
+                     const auto to = std::make_shared<std::vector<char>>();
+                     Call call;
+                     call.before = [=] { to->assign(kLarge, 'b'); };
+                     call.make = [=](vrntValuesError_t**) {
+                       vrnt::data::detail::trivialContainerCopy(to->data(), from->data(), kLarge);
+                       return true;
+                     };
+                     call.right = [=] { EXPECT_TRUE(*to == *from); };
+                     return call;
+                   },
+                   Allocations::FirstCall});
 }
 
 }  // namespace

@@ -17,6 +17,7 @@ namespace vornath_test {
 
 enum class Promise {
   NeverAllocates,
+  NeverFails,     // it does without what memory it lacks
   ErrorObject,    // the out-of-memory object in the error location
   BadAlloc,       // std::bad_alloc leaves the call
   Failure,        // null, or -1: the answer that stands for every failure

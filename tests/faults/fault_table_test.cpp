@@ -59,7 +59,8 @@ Attempt attempt(const FaultCase& faultCase, const Call& call, std::uint64_t numb
   const ErrorHandle owner(error);
   if (made.ending == Ending::Success) {
     EXPECT_EQ(error, nullptr);
-    EXPECT_TRUE(!made.struck || faultCase.allocations == Allocations::Dispensable)
+    EXPECT_TRUE(!made.struck || faultCase.allocations == Allocations::Dispensable ||
+                faultCase.promise == Promise::NeverFails)
         << "allocation " << number << " isn't missed";
     return made;
   }
@@ -83,6 +84,7 @@ Attempt attempt(const FaultCase& faultCase, const Call& call, std::uint64_t numb
       EXPECT_EQ(error, nullptr);
       break;
     case Promise::NeverAllocates:
+    case Promise::NeverFails:
       ADD_FAILURE();
       break;
   }

@@ -229,6 +229,24 @@ void addMetadata(FaultCases& cases) {
     vrntValueDestroy(value);
     return number == 0.25F;
   }));
+  // The value is handed out all the same where there is no memory for its type's text.
+  cases.push_back(
+      {"vrntMetadataValue", "long", Promise::NeverFails, [] {
+         const std::string label(5000, 'x');
+         const auto type = std::make_shared<SharedType>();
+         Call call = making<EndValue, vrntValue_t>(
+             [type](vrntValuesError_t**) { return vrntMetadataValue(type->get(), "default"); },
+             [type, label](vrntValue_t* value) {
+               EXPECT_EQ(value->refCount, 2u);
+               const ValueHandle again(vrntMetadataValue(type->get(), "default"));
+               EXPECT_EQ(again->typeText, "{ int " + label + "; }");
+             });
+         call.before = [type, label] {
+           type->reset();
+           *type = sharedType("void* @default={ " + label + " = 1; }");
+         };
+         return call;
+       }});
 }
 
 void addErrors(FaultCases& cases) {
