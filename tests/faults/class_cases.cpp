@@ -186,7 +186,6 @@ void addErrors(FaultCases& cases) {
 
 void addIds(FaultCases& cases) {
   const UniqueId abc = UniqueId::hash("abc");
-  // A thread for each call: none has called anything before.
   const auto hashing = [abc](const char* function, std::function<UniqueId()> hash) {
     return FaultCase{function, "", Promise::BadAlloc, [=] {
                        const auto id = std::make_shared<UniqueId>();

@@ -103,12 +103,10 @@ void addMaking(FaultCases& cases) {
                textOf(parseValue(text)));
          }});
   }
-  // Numbers that go through a stream.
-  for (const auto& [text, printed] :
-       {std::pair("[ 1e-99, -1e-999 ]", "[ 0.0, -0.0 ]"), std::pair("{ a = 1e99; b = 2e; }", "")}) {
+  // Numbers that are read by a stream, which keeps a lack of memory to itself.
+  for (const char* text : {"[ 1e99, -1e99 ]", "{ a = 1e-99; b = 2e; }"}) {
     cases.push_back(
-        {"vrntValueParse", "number", Promise::ErrorObject, [text = text, printed = printed] {
-           static_cast<void>(printed);
+        {"vrntValueParse", "number", Promise::ErrorObject, [text] {
            return makingValue(
                [text](vrntValuesError_t** error) { return vrntValueParse(text, error); },
                textOf(parseValue(text)));
@@ -427,7 +425,6 @@ void addComparing(FaultCases& cases) {
                    }});
   cases.push_back({"vrntValueEqual", "shared", Promise::BadAlloc, [equal] {
                      // Blocks that are shared and refer to others are noted down.
-                     std::string text = "&[ 1 ]";
                      const auto answer = std::make_shared<std::int32_t>();
                      const SharedValue a = sharedValue("{ p = &&[ 1 ]; q = &&[ 2 ]; }");
                      const SharedValue b = sharedValue("{ p = &&[ 1 ]; q = &&[ 2 ]; }");

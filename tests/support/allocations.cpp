@@ -112,26 +112,59 @@ void giveBack(void* memory) {
 
 #endif
 
-// The forms for arrays and those that don't throw end in these.
+namespace {
 
-void* operator new(std::size_t size) {
-  void* const memory = fails() ? nullptr : take(std::max(size, std::size_t{1}));
+void* orRaise(void* memory) {
   if (memory == nullptr) throw std::bad_alloc();
   return memory;
 }
 
+void* takeForNew(std::size_t size) {
+  return fails() ? nullptr : take(std::max(size, std::size_t{1}));
+}
+
+void* takeForNew(std::size_t size, std::align_val_t alignment) {
+  if (fails()) return nullptr;
+  return takeAligned(static_cast<std::size_t>(alignment), std::max(size, std::size_t{1}));
+}
+
+}  // namespace
+
+// All forms: a sanitizer brings its own of each, which don't lead to these.
+
+void* operator new(std::size_t size) { return orRaise(takeForNew(size)); }
+void* operator new[](std::size_t size) { return orRaise(takeForNew(size)); }
+void* operator new(std::size_t size, const std::nothrow_t&) noexcept { return takeForNew(size); }
+void* operator new[](std::size_t size, const std::nothrow_t&) noexcept { return takeForNew(size); }
 void* operator new(std::size_t size, std::align_val_t alignment) {
-  void* const memory =
-      fails() ? nullptr
-              : takeAligned(static_cast<std::size_t>(alignment), std::max(size, std::size_t{1}));
-  if (memory == nullptr) throw std::bad_alloc();
-  return memory;
+  return orRaise(takeForNew(size, alignment));
+}
+void* operator new[](std::size_t size, std::align_val_t alignment) {
+  return orRaise(takeForNew(size, alignment));
+}
+void* operator new(std::size_t size, std::align_val_t alignment, const std::nothrow_t&) noexcept {
+  return takeForNew(size, alignment);
+}
+void* operator new[](std::size_t size, std::align_val_t alignment, const std::nothrow_t&) noexcept {
+  return takeForNew(size, alignment);
 }
 
 void operator delete(void* memory) noexcept { giveBack(memory); }
+void operator delete[](void* memory) noexcept { giveBack(memory); }
 void operator delete(void* memory, std::size_t) noexcept { giveBack(memory); }
+void operator delete[](void* memory, std::size_t) noexcept { giveBack(memory); }
+void operator delete(void* memory, const std::nothrow_t&) noexcept { giveBack(memory); }
+void operator delete[](void* memory, const std::nothrow_t&) noexcept { giveBack(memory); }
 void operator delete(void* memory, std::align_val_t) noexcept { giveBack(memory); }
+void operator delete[](void* memory, std::align_val_t) noexcept { giveBack(memory); }
 void operator delete(void* memory, std::size_t, std::align_val_t) noexcept { giveBack(memory); }
+void operator delete[](void* memory, std::size_t, std::align_val_t) noexcept { giveBack(memory); }
+void operator delete(void* memory, std::align_val_t, const std::nothrow_t&) noexcept {
+  giveBack(memory);
+}
+void operator delete[](void* memory, std::align_val_t, const std::nothrow_t&) noexcept {
+  giveBack(memory);
+}
 
 namespace vornath_test {
 
