@@ -10,8 +10,8 @@ namespace vrnt::data::detail {
 
 /// Copies `size` bytes of a trivially copyable container's storage. From 1 MiB on several threads
 /// share the work, and the caller returns when all is copied; below it is a plain copy, which with
-/// a size of 0 does nothing. Source and destination don't overlap. Errors: none of its own; the
-/// task scheduler's exceptions pass through.
+/// a size of 0 does nothing. Where the task scheduler lacks memory or threads the caller copies
+/// alone. Source and destination don't overlap. Errors: none.
 VRNT_API void trivialContainerCopy(void* destination, const void* source, std::uint64_t size);
 
 }  // namespace vrnt::data::detail

@@ -106,7 +106,7 @@ VRNT_API vrdmScene_t* vrdmDeserialize(const char* path);
 /**
  * A copy of a scene-wide group as a value of the type vrdmFieldType(~0, group).
  * Result: a new value; null for a group past 3.
- * Errors: throws vrnt::Exception if the value can't be made, for want of memory too.
+ * Errors: std::bad_alloc.
  */
 VRNT_API vrntValue_t* vrdmGetSceneDataValue(const vrdmScene_t* scene, uint32_t group);
 
@@ -114,7 +114,7 @@ VRNT_API vrntValue_t* vrdmGetSceneDataValue(const vrdmScene_t* scene, uint32_t g
  * Writes a scene-wide group whole. The group's counter and the scene's rise.
  * Result: true if it was stored; false, with nothing changed and nothing counted, if the value's
  * type is not the group's or for a group past 3.
- * Errors: throws vrnt::Exception if there is no memory for the group's type, at its first use.
+ * Errors: std::bad_alloc, where there is no memory for the group's type at its first use.
  */
 VRNT_API bool vrdmSetSceneDataValue(vrdmScene_t* scene, uint32_t group, const vrntValue_t* value);
 
@@ -218,7 +218,7 @@ VRNT_API uint32_t vrdmCreateInstance(vrdmScene_t* scene, uint32_t objectClass);
 /**
  * A copy of an object's group as a value of the type vrdmFieldType(objectClass, group).
  * Result: a new value; null if the class has no such group.
- * Errors: throws vrnt::Exception if the value can't be made, for want of memory too.
+ * Errors: std::bad_alloc.
  */
 VRNT_API vrntValue_t* vrdmGetDataValue(const vrdmScene_t* scene, uint32_t objectClass,
                                        int32_t index, uint32_t group);
@@ -228,7 +228,7 @@ VRNT_API vrntValue_t* vrdmGetDataValue(const vrdmScene_t* scene, uint32_t object
  * object's counters only if the value is stored.
  * Result: true if it was stored; false if the value's type is not the group's, or the class has no
  * such group.
- * Errors: throws vrnt::Exception if there is no memory for the group's type, at its first use.
+ * Errors: std::bad_alloc, where there is no memory for the group's type at its first use.
  */
 VRNT_API bool vrdmSetDataValue(vrdmScene_t* scene, uint32_t objectClass, int32_t index,
                                uint32_t group, const vrntValue_t* value);

@@ -33,8 +33,9 @@ VRNT_BEGIN_DECLS
  */
 typedef struct vrntValue_t {
   char magic[8];         /**< "vrntval" and a zero byte: tells a block from a text */
-  const char* typeText;  /**< the canonical text of the type, inside the type; null only in a block
-                              that no function has handed out yet, if the text is very long */
+  const char* typeText;  /**< the canonical text of the type, inside the type; null only if it
+                              is very long and no function has handed the block out yet, or there
+                              was no memory for it when one did */
   vrntType_t* type;      /**< holds one reference */
   uint64_t* shadowRefs;  /**< a word for each reference in the type, zero between writes, or null */
   void (*freeFn)(void*); /**< releases this block and shadowRefs */

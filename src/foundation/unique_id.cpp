@@ -15,7 +15,13 @@ namespace {
 constexpr std::size_t kSize = 16;
 
 // Tree mode sets the last-node flag in the last block, which is in every identifier that was ever
-// stored: a plain BLAKE2b of this length gives others.
+// stored: a plain BLAKE2b of this length gives others. Its constructor allocates and a copy
+// doesn't, so that each digest begins as a copy of this one.
+const CryptoPP::BLAKE2b& freshDigest() {
+  static const CryptoPP::BLAKE2b fresh{true, kSize};
+  return fresh;
+}
+
 class Digest {
  public:
   void update(const void* data, std::size_t size) {
@@ -29,7 +35,7 @@ class Digest {
   }
 
  private:
-  CryptoPP::BLAKE2b blake_{true, kSize};
+  CryptoPP::BLAKE2b blake_{freshDigest()};
 };
 
 class FormatGuard {
@@ -64,9 +70,8 @@ UniqueId& UniqueId::operator=(UniqueId&& other) noexcept {
 }
 
 UniqueId UniqueId::generate() {
-  // Its own for each thread: the provider isn't for two at once.
-  thread_local boost::uuids::random_generator_pure generator;
-  const boost::uuids::uuid uuid = generator();
+  // Its own for each call: the provider isn't for two threads at once.
+  const boost::uuids::uuid uuid = boost::uuids::random_generator_pure()();
   UniqueId id;
   std::copy(uuid.begin(), uuid.end(), id.begin());
   return id;
@@ -82,7 +87,9 @@ bool UniqueId::isNull() const noexcept {
 UniqueId UniqueId::hash(const char* text) { return hash(text, std::strlen(text)); }
 
 UniqueId UniqueId::hash(const char* data, std::size_t size) {
-  thread_local Digest digest;
+  // Not one for each thread: where there is no memory to note down that a thread's object is to end
+  // with the thread, the C library ends the process.
+  Digest digest;
   digest.update(data, size);
   return digest.finalize();
 }

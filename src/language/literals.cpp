@@ -3,6 +3,7 @@
 #include <charconv>
 #include <limits>
 #include <locale>
+#include <new>
 #include <sstream>
 #include <string>
 
@@ -22,6 +23,9 @@ float extractedFloat(std::string_view text) {
   stream.imbue(std::locale::classic());
   float value = 0;
   stream >> value;
+  // The stream keeps what is thrown in it to itself, and that can only be for want of memory: a
+  // text that isn't a number, or is too large for one, leaves it failed and not bad.
+  if (stream.bad()) throw std::bad_alloc();
   return value;
 }
 

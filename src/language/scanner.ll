@@ -1,10 +1,11 @@
 /* The tokens of the type and value texts. Ties between rules of equal length go to the earlier one. */
 
-%option noyywrap nounput noinput never-interactive nodefault 8bit warn
+%option noyywrap nounput noinput never-interactive nodefault 8bit warn noyyrealloc
 %option prefix="vornath_scanner_"
 
 %{
 #include <cstdint>
+#include <cstdlib>
 #include <limits>
 #include <new>
 #include <string>
@@ -154,13 +155,28 @@ NaN            { return parser::make_FLOAT(floatOfBits(0x7FC00000)); }
 
 %%
 
+// flex forgets the former block when it is given null for a larger one.
+void* yyrealloc(void* memory, yy_size_t size) {
+  void* const larger = std::realloc(memory, size);
+  if (larger == nullptr) throw std::bad_alloc();
+  return larger;
+}
+
 namespace qex::vornath {
 
 Scan::Scan(const std::string& text, Language language) : buffer_(text) {
   // flex wants two zero bytes behind the text, which it scans in place.
   buffer_.append(2, '\0');
-  yyensure_buffer_stack();
-  yy_scan_buffer(buffer_.data(), buffer_.size());
+  try {
+    // First the stack of buffers, which the second call makes large enough: a buffer for which there
+    // is no place would be lost.
+    yyensure_buffer_stack();
+    yyensure_buffer_stack();
+    yy_scan_buffer(buffer_.data(), buffer_.size());
+  } catch (...) {
+    yylex_destroy();
+    throw;
+  }
   pendingStart = language;
 }
 

@@ -1,5 +1,6 @@
 #include <iterator>
 
+#include "metadata_value.hpp"
 #include "type_handle.hpp"
 #include "vornath_data/metadata.h"
 #include "vornath_data/result.hpp"
@@ -46,5 +47,5 @@ const char* vrntMetadataString(const vrntType_t* type, const char* key) {
 vrntValue_t* vrntMetadataValue(const vrntType_t* type, const char* key) {
   const auto* value = std::get_if<HeapValue<DynamicValue>>(&entryOf(type, key));
   if (!value) throw VornathValuesAssertionFailure();
-  return qex::vornath::allocateValue(**value);
+  return qex::vornath::shareMetadataValue(**value);
 }

@@ -4,6 +4,7 @@
 #include <limits>
 #include <new>
 
+#include "boundary.hpp"
 #include "type_handle.hpp"
 
 namespace qex::vornath {
@@ -116,6 +117,10 @@ void showTypeText(vrntValue_t* block) {
   const std::atomic_ref<const char*> shown(block->typeText);
   if (shown.load(std::memory_order_relaxed) != nullptr) return;
   shown.store(blockType(block).text().c_str(), std::memory_order_relaxed);
+}
+
+void tryShowTypeText(vrntValue_t* block) noexcept {
+  reportFailureAs(false, [block] { return showTypeText(block), true; });
 }
 
 void discardBlock(vrntValue_t* block) noexcept { freeBlock(block); }

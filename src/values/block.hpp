@@ -111,6 +111,10 @@ vrntValue_t* allocateBlock(const Type& type, Fill fill);
 /// std::bad_alloc.
 void showTypeText(vrntValue_t* block);
 
+/// The same for a function that hands out a block that is there already: where there is no memory
+/// for the text, the host gets the block all the same.
+void tryShowTypeText(vrntValue_t* block) noexcept;
+
 /// Frees a block of allocateBlock() without a look at its bytes: for one whose words don't hold
 /// references yet.
 void discardBlock(vrntValue_t* block) noexcept;

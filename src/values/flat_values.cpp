@@ -119,8 +119,7 @@ vrntValue_t* vrntValueDereference(const vrntValue_t* value, const vrntValueView_
   if (word == 0) return nullptr;
   if (isBlockWord(word)) {
     vrntValue_t* const target = blockOfWord(word);
-    // Without memory for a text the host gets the value all the same.
-    reportFailureAs(false, [target] { return showTypeText(target), true; });
+    tryShowTypeText(target);
     return vrntValueCopy(target);
   }
   const TypePtr& target = std::get<Type::TRef>(typeOf(view->type).desc()).target;
@@ -190,7 +189,7 @@ int32_t vrntValueEqual(const vrntValue_t* a, const vrntValueView_t* viewA, const
   const bool equal = valuesEqual({&typeOf(viewA->type), viewA->offset, &valueA},
                                  {&typeOf(viewB->type), viewB->offset, &valueB}, tolerance,
                                  reason != nullptr ? &words : nullptr);
-  if (reason != nullptr && !words.empty()) *reason = ::strdup(words.c_str());
+  if (reason != nullptr && !words.empty()) *reason = duplicate(words);
   return equal ? 1 : 0;
 }
 

@@ -5,6 +5,7 @@
 #include <tbb/partitioner.h>
 #include <tbb/task_arena.h>
 
+#include <atomic>
 #include <cstring>
 
 #include "vornath_data/container_copy.hpp"
@@ -15,14 +16,11 @@ namespace {
 constexpr std::size_t kParallelFrom = 0x100000;  // bytes
 constexpr std::size_t kPieces = 16;
 
-}  // namespace
+// A scheduler that had no memory to start with lets every later call of it wait for ever, so that
+// it isn't called again.
+std::atomic<bool> schedulerFailed{false};
 
-void parallelMemcpy(void* destination, const void* source, std::size_t size) {
-  if (size < kParallelFrom) {
-    // With a size of 0 the places may be null, which memcpy doesn't take.
-    if (size != 0) std::memcpy(destination, source, size);
-    return;
-  }
+void copyInPieces(void* destination, const void* source, std::size_t size) {
   tbb::this_task_arena::isolate([=] {
     tbb::parallel_for(
         tbb::blocked_range<std::size_t>(0, size, (kPieces - 1 + size) / kPieces),
@@ -32,6 +30,22 @@ void parallelMemcpy(void* destination, const void* source, std::size_t size) {
         },
         tbb::auto_partitioner());
   });
+}
+
+}  // namespace
+
+void parallelMemcpy(void* destination, const void* source, std::size_t size) {
+  if (size >= kParallelFrom && !schedulerFailed.load(std::memory_order_relaxed)) {
+    try {
+      copyInPieces(destination, source, size);
+      return;
+    } catch (...) {
+      // No task of the copy is left when the scheduler gives up.
+      schedulerFailed.store(true, std::memory_order_relaxed);
+    }
+  }
+  // With a size of 0 the places may be null, which memcpy doesn't take.
+  if (size != 0) std::memcpy(destination, source, size);
 }
 
 }  // namespace qex::vornath

@@ -39,10 +39,12 @@ void makeExclusive(vrntValue_t*& handle) {
 }
 
 char* prepareWrite(vrntValue_t*& handle, const Type& type, std::uint64_t offset) {
+  // A part's long list may be made only now: there must be memory for it before the handle moves.
+  const auto& slots = type.refSlots();
   makeExclusive(handle);
   char* const data = blockData(handle) + offset;
   std::uint64_t* shadow = handle->shadowRefs;
-  for (const std::uint64_t slot : type.refSlots()) *shadow++ = loadWord(data + slot * kWordSize);
+  for (const std::uint64_t slot : slots) *shadow++ = loadWord(data + slot * kWordSize);
   return data;
 }
 
