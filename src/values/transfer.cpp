@@ -36,7 +36,7 @@ Transfer::Part Transfer::add(Node node) {
 
 Transfer::Part Transfer::copy(const Type& type) {
   if (type.size() == 0) return {};
-  return add(Copy{type.size(), type.refSlots().empty() ? nullptr : &type});
+  return add(Copy{type.size(), type.refSlotCount() == 0 ? nullptr : &type});
 }
 
 Transfer::Part Transfer::act(Action action) { return add(std::move(action)); }

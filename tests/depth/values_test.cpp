@@ -155,6 +155,7 @@ struct ValueNest {
   const char* name;
   std::string before;
   std::string behind;
+  int levels = kDepth;
 };
 
 const ValueNest kLists{"lists", "[ ", " ]"};
@@ -163,13 +164,20 @@ const ValueNest kGrids{"grids", "[ ", " | 1, 1 ]"};
 const ValueNest kReferenceTexts{"references", "&", ""};
 const ValueNest kReferredStructs{"referred structs", "&{ a = ", "; }"};
 const ValueNest kReferredLists{"referred lists", "[ &", " ]"};
+// A reference at each level: what a level copies of the next, or lists of it, adds up.
+const ValueNest kWordsInStructs{"words in structs", "{ b = $0x0000000000000000; a = ", "; }"};
+const ValueNest kReferencesInStructs{"references in structs", "{ b = &1; a = ", "; }"};
+const ValueNest kReferencesBehind{"references behind", "{ a = ", "; b = &1; }"};
+const ValueNest kReferencesInReferred{"references in referred structs", "{ b = &1; a = &", "; }"};
+const ValueNest kMixedTexts{"mixed", "{ b = &[ &1 ]; a = [ { c = 1; d = ", "; } | 1, 1 ]; }",
+                            kDepth / 3};
 
 void PrintTo(const ValueNest& nest, std::ostream* stream) { *stream << nest.name; }
 
 class DeepValueText : public testing::TestWithParam<ValueNest> {
  protected:
   std::string text(const char* innermost = "1") const {
-    return nested(GetParam().before, innermost, GetParam().behind, kDepth);
+    return nested(GetParam().before, innermost, GetParam().behind, GetParam().levels);
   }
 };
 
@@ -250,7 +258,9 @@ TEST_P(DeepValueText, TellsItsTypeWhereverItIsHandedOut) {
 
 INSTANTIATE_TEST_SUITE_P(Nests, DeepValueText,
                          testing::Values(kLists, kStructTexts, kGrids, kReferenceTexts,
-                                         kReferredStructs, kReferredLists));
+                                         kReferredStructs, kReferredLists, kWordsInStructs,
+                                         kReferencesInStructs, kReferencesBehind,
+                                         kReferencesInReferred, kMixedTexts));
 
 TEST(DeepReferences, TellTheTypeOfEachTarget) {
   onMainStack([] {
