@@ -1,5 +1,6 @@
 #include "block.hpp"
 
+#include <algorithm>
 #include <cstdlib>
 #include <limits>
 #include <new>
@@ -39,17 +40,19 @@ void freeBlock(vrntValue_t* block) noexcept {
 // Releases the words from `next` on until a block comes to its end that has words of its own; that
 // one is returned, and `next` stands behind its word.
 vrntValue_t* releaseWords(vrntValue_t* block, std::size_t& next) noexcept {
-  const auto& slots = blockType(block).refSlots();
+  const RefSlots slots(blockType(block));
+  auto slot = slots.from(std::min<std::uint64_t>(next, slots.size()));
   const std::size_t words = block->shadowRefs != nullptr ? 2 * slots.size() : slots.size();
   while (next < words) {
-    const std::uint64_t word = next < slots.size()
-                                   ? loadWord(blockData(block) + slots[next] * kWordSize)
-                                   : block->shadowRefs[next - slots.size()];
+    const bool inData = next < slots.size();
+    const std::uint64_t word = inData ? loadWord(blockData(block) + *slot * kWordSize)
+                                      : block->shadowRefs[next - slots.size()];
+    if (inData) ++slot;
     ++next;
     if (!isBlockWord(word)) continue;
     vrntValue_t* const target = blockOfWord(word);
     if (blockCount(target).fetch_sub(1, std::memory_order_acq_rel) != 1) continue;
-    if (!blockType(target).refSlots().empty()) return target;
+    if (blockType(target).refSlotCount() != 0) return target;
     freeBlock(target);
   }
   return nullptr;
@@ -87,7 +90,7 @@ vrntValue_t* allocateBlock(const Type& type, Fill fill) {
   if (stripped.size() > kLargestAllocation - kBlockHeaderSize) throw std::bad_alloc();
   const std::size_t size = kBlockHeaderSize + stripped.size();
   // A long list may be made only now, and there may be no memory for it.
-  const std::size_t slots = stripped.refSlots().size();
+  const std::size_t slots = RefSlots(stripped).size();
   void* const memory = fill == Fill::Zero ? std::calloc(1, size) : std::malloc(size);
   if (memory == nullptr) throw std::bad_alloc();
 

@@ -41,14 +41,14 @@ char* prepareWrite(vrntValue_t*& handle, const Type& type, std::uint64_t offset)
   makeExclusive(handle);
   char* const data = blockData(handle) + offset;
   std::uint64_t* shadow = handle->shadowRefs;
-  for (const std::uint64_t slot : type.refSlots()) *shadow++ = loadWord(data + slot * kWordSize);
+  for (const std::uint64_t slot : RefSlots(type)) *shadow++ = loadWord(data + slot * kWordSize);
   return data;
 }
 
 void commitWrite(vrntValue_t* block, const Type& type, std::uint64_t offset) noexcept {
-  if (type.refSlots().empty()) return;
+  if (type.refSlotCount() == 0) return;
   retainReferences(type, blockData(block) + offset);
-  for (std::size_t i = 0; i < type.refSlots().size(); ++i) {
+  for (std::size_t i = 0; i < type.refSlotCount(); ++i) {
     releaseWord(std::exchange(block->shadowRefs[i], 0));
   }
 }
@@ -84,7 +84,7 @@ void writeForeign(const View& destination, std::uint64_t first, std::uint64_t se
 }
 
 void writeData(DynamicValue& owner, const void* source, const Type& type, std::uint64_t offset) {
-  const auto& slots = type.refSlots();
+  const RefSlots slots(type);
   const BlockPtr before = isExclusive(owner.block()) ? BlockPtr() : BlockPtr(owner.block());
   WordBuffer buffer(slots.size());
   makeExclusive(owner.blockHandle());
@@ -93,10 +93,11 @@ void writeData(DynamicValue& owner, const void* source, const Type& type, std::u
 
   // What is released may be all that keeps the source alive, so that comes last.
   std::uint64_t* const released = buffer.data();
-  for (std::size_t i = 0; i < slots.size(); ++i) {
-    const std::uint64_t now = loadWord(data + slots[i] * kWordSize);
-    const std::uint64_t next = loadWord(bytes + slots[i] * kWordSize);
-    released[i] = now == next ? 0 : now;
+  std::uint64_t* old = released;
+  for (const std::uint64_t slot : slots) {
+    const std::uint64_t now = loadWord(data + slot * kWordSize);
+    const std::uint64_t next = loadWord(bytes + slot * kWordSize);
+    *old++ = now == next ? 0 : now;
     if (now != next) retainWord(next);
   }
   std::memmove(data, bytes, type.size());
