@@ -156,9 +156,15 @@ NaN            { return parser::make_FLOAT(floatOfBits(0x7FC00000)); }
 
 namespace qex::vornath {
 
-Scan::Scan(const std::string& text, Language language) : buffer_(text) {
+void Scan::requireScannable(std::size_t length) {
+  if (length > kLongestText) throw std::bad_alloc();
+}
+
+Scan::Scan(const std::string& text, Language language) {
+  requireScannable(text.size());
   // flex wants two zero bytes behind the text, which it scans in place.
-  buffer_.append(2, '\0');
+  buffer_.reserve(text.size() + 2);
+  buffer_.append(text).append(2, '\0');
   yyensure_buffer_stack();
   yy_scan_buffer(buffer_.data(), buffer_.size());
   pendingStart = language;

@@ -29,6 +29,23 @@ class RefSlots {
     return i < length ? list_[i] : list_[i % length] + i / length * stride_;
   }
 
+  /// Calls with each place. Where nothing has to be resumed this is faster than the iterator.
+  template <typename Call>
+  void forEach(Call&& call) const {
+    if (size_ == list_.size()) {
+      for (const std::uint64_t slot : list_) call(slot);
+    } else if (list_.size() == 1) {
+      std::uint64_t slot = list_.front();
+      for (std::uint64_t i = 0; i < size_; ++i, slot += stride_) call(slot);
+    } else {
+      const std::uint64_t repetitions = size_ / list_.size();
+      std::uint64_t origin = 0;
+      for (std::uint64_t i = 0; i < repetitions; ++i, origin += stride_) {
+        for (const std::uint64_t slot : list_) call(origin + slot);
+      }
+    }
+  }
+
   struct End {};
 
   class Iterator {

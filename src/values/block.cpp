@@ -1,6 +1,5 @@
 #include "block.hpp"
 
-#include <algorithm>
 #include <cstdlib>
 #include <limits>
 #include <new>
@@ -37,23 +36,32 @@ void freeBlock(vrntValue_t* block) noexcept {
   free(block);
 }
 
+// Takes a word's reference. The block that it was the last one on is freed, or returned if it has
+// words of its own.
+vrntValue_t* dropWord(std::uint64_t word) noexcept {
+  if (!isBlockWord(word)) return nullptr;
+  vrntValue_t* const target = blockOfWord(word);
+  if (blockCount(target).fetch_sub(1, std::memory_order_acq_rel) != 1) return nullptr;
+  if (blockType(target).refSlotCount() != 0) return target;
+  freeBlock(target);
+  return nullptr;
+}
+
 // Releases the words from `next` on until a block comes to its end that has words of its own; that
 // one is returned, and `next` stands behind its word.
 vrntValue_t* releaseWords(vrntValue_t* block, std::size_t& next) noexcept {
   const RefSlots slots(blockType(block));
-  auto slot = slots.from(std::min<std::uint64_t>(next, slots.size()));
-  const std::size_t words = block->shadowRefs != nullptr ? 2 * slots.size() : slots.size();
-  while (next < words) {
-    const bool inData = next < slots.size();
-    const std::uint64_t word = inData ? loadWord(blockData(block) + *slot * kWordSize)
-                                      : block->shadowRefs[next - slots.size()];
-    if (inData) ++slot;
-    ++next;
-    if (!isBlockWord(word)) continue;
-    vrntValue_t* const target = blockOfWord(word);
-    if (blockCount(target).fetch_sub(1, std::memory_order_acq_rel) != 1) continue;
-    if (blockType(target).refSlotCount() != 0) return target;
-    freeBlock(target);
+  if (next < slots.size()) {
+    for (auto slot = slots.from(next); slot != slots.end(); ++slot) {
+      ++next;
+      if (auto* const ended = dropWord(loadWord(blockData(block) + *slot * kWordSize)))
+        return ended;
+    }
+  }
+  if (block->shadowRefs == nullptr) return nullptr;
+  while (next < 2 * slots.size()) {
+    const std::uint64_t word = block->shadowRefs[next++ - slots.size()];
+    if (auto* const ended = dropWord(word)) return ended;
   }
   return nullptr;
 }

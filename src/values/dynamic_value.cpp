@@ -28,7 +28,8 @@ BlockPtr copyOf(const Type& type, const void* bytes) {
   if (bytes != nullptr) {
     std::memcpy(made.data(), bytes, type.size());
   } else {
-    for (const std::uint64_t slot : RefSlots(type)) storeWord(made.data() + slot * kWordSize, 0);
+    RefSlots(type).forEach(
+        [&made](std::uint64_t slot) { storeWord(made.data() + slot * kWordSize, 0); });
   }
   return std::move(made).finish();
 }

@@ -17,20 +17,26 @@ constexpr std::size_t kPieces = 16;
 
 }  // namespace
 
-void parallelMemcpy(void* destination, const void* source, std::size_t size) {
+void forEachCopyPiece(std::size_t size,
+                      const std::function<void(std::size_t start, std::size_t length)>& copy) {
   if (size < kParallelFrom) {
-    // With a size of 0 the places may be null, which memcpy doesn't take.
-    if (size != 0) std::memcpy(destination, source, size);
+    copy(0, size);
     return;
   }
-  tbb::this_task_arena::isolate([=] {
+  tbb::this_task_arena::isolate([&] {
     tbb::parallel_for(
         tbb::blocked_range<std::size_t>(0, size, (kPieces - 1 + size) / kPieces),
-        [=](const tbb::blocked_range<std::size_t>& piece) {
-          std::memcpy(static_cast<char*>(destination) + piece.begin(),
-                      static_cast<const char*>(source) + piece.begin(), piece.size());
-        },
+        [&](const tbb::blocked_range<std::size_t>& piece) { copy(piece.begin(), piece.size()); },
         tbb::auto_partitioner());
+  });
+}
+
+void parallelMemcpy(void* destination, const void* source, std::size_t size) {
+  // With a size of 0 the places may be null, which memcpy doesn't take.
+  if (size == 0) return;
+  forEachCopyPiece(size, [=](std::size_t start, std::size_t length) {
+    std::memcpy(static_cast<char*>(destination) + start, static_cast<const char*>(source) + start,
+                length);
   });
 }
 

@@ -92,13 +92,13 @@ void Transfer::recount(const Copy& copy, const char* from, const char* to) {
   const std::uint64_t size = copy.counted->size();
   const RefSlots slots(*copy.counted);
   for (std::uint64_t offset = 0; offset < copy.bytes; offset += size) {
-    for (const std::uint64_t slot : slots) {
+    slots.forEach([&](std::uint64_t slot) {
       const std::uint64_t now = loadWord(to + offset + slot * kWordSize);
       const std::uint64_t next = loadWord(from + offset + slot * kWordSize);
-      if (now == next) continue;
+      if (now == next) return;
       retainWord(next);
       releaseWord(now);
-    }
+    });
   }
 }
 

@@ -41,7 +41,8 @@ char* prepareWrite(vrntValue_t*& handle, const Type& type, std::uint64_t offset)
   makeExclusive(handle);
   char* const data = blockData(handle) + offset;
   std::uint64_t* shadow = handle->shadowRefs;
-  for (const std::uint64_t slot : RefSlots(type)) *shadow++ = loadWord(data + slot * kWordSize);
+  RefSlots(type).forEach(
+      [&](std::uint64_t slot) { *shadow++ = loadWord(data + slot * kWordSize); });
   return data;
 }
 
@@ -94,12 +95,12 @@ void writeData(DynamicValue& owner, const void* source, const Type& type, std::u
   // What is released may be all that keeps the source alive, so that comes last.
   std::uint64_t* const released = buffer.data();
   std::uint64_t* old = released;
-  for (const std::uint64_t slot : slots) {
+  slots.forEach([&](std::uint64_t slot) {
     const std::uint64_t now = loadWord(data + slot * kWordSize);
     const std::uint64_t next = loadWord(bytes + slot * kWordSize);
     *old++ = now == next ? 0 : now;
     if (now != next) retainWord(next);
-  }
+  });
   std::memmove(data, bytes, type.size());
   for (std::size_t i = 0; i < slots.size(); ++i) releaseWord(released[i]);
   owner.notify(&type, offset);

@@ -112,6 +112,9 @@ TEST(ReferenceSlots, AreWalkedAsTheyAreListed) {
     for (const std::uint64_t place : walked) places.push_back(place);
     const auto& listed = type->refSlots();
     ASSERT_EQ(places, listed) << text;
+    places.clear();
+    walked.forEach([&places](std::uint64_t place) { places.push_back(place); });
+    ASSERT_EQ(places, listed) << text;
     EXPECT_EQ(walked.size(), listed.size()) << text;
     EXPECT_EQ(walked.empty(), listed.empty()) << text;
     for (std::size_t i = 0; i < listed.size(); ++i) {
