@@ -38,7 +38,7 @@ void freeBlock(vrntValue_t* block) noexcept {
 
 // Takes a word's reference. The block that it was the last one on is freed, or returned if it has
 // words of its own.
-vrntValue_t* dropWord(std::uint64_t word) noexcept {
+inline vrntValue_t* dropWord(std::uint64_t word) noexcept {
   if (!isBlockWord(word)) return nullptr;
   vrntValue_t* const target = blockOfWord(word);
   if (blockCount(target).fetch_sub(1, std::memory_order_acq_rel) != 1) return nullptr;
@@ -51,19 +51,21 @@ vrntValue_t* dropWord(std::uint64_t word) noexcept {
 // one is returned, and `next` stands behind its word.
 vrntValue_t* releaseWords(vrntValue_t* block, std::size_t& next) noexcept {
   const RefSlots slots(blockType(block));
-  if (next < slots.size()) {
-    for (auto slot = slots.from(next); slot != slots.end(); ++slot) {
-      ++next;
-      if (auto* const ended = dropWord(loadWord(blockData(block) + *slot * kWordSize)))
-        return ended;
+  const std::size_t count = slots.size();
+  const char* const data = blockData(block);
+  const std::uint64_t* const shadowRefs = block->shadowRefs;
+  std::size_t at = next;
+  vrntValue_t* ended = nullptr;
+  if (at < count) {
+    for (auto slot = slots.from(at); ended == nullptr && slot != slots.end(); ++slot, ++at) {
+      ended = dropWord(loadWord(data + *slot * kWordSize));
     }
   }
-  if (block->shadowRefs == nullptr) return nullptr;
-  while (next < 2 * slots.size()) {
-    const std::uint64_t word = block->shadowRefs[next++ - slots.size()];
-    if (auto* const ended = dropWord(word)) return ended;
+  if (shadowRefs != nullptr) {
+    for (; ended == nullptr && at < 2 * count; ++at) ended = dropWord(shadowRefs[at - count]);
   }
-  return nullptr;
+  next = at;
+  return ended;
 }
 
 }  // namespace
