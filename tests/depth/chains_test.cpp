@@ -89,12 +89,12 @@ class SharedOnEachLevel : public testing::Test {
  protected:
   static constexpr int kLevels = 100'000;
 
-  static ValueHandle make(std::int32_t number) {
+  static ValueHandle make(std::int32_t number, int levels = kLevels) {
     const TypeHandle type = parseType("{ void* a; int n; void* b; }");
     const TypeHandle reference = parseType("void*");
     vrntValuesError_t* error = nullptr;
     ValueHandle value = parseValue(std::to_string(number));
-    for (int i = 0; i < kLevels; ++i) {
+    for (int i = 0; i < levels; ++i) {
       vrntValue_t* both = vrntValueCreate(type.get(), &error);
       for (const std::uint64_t offset : {0, 16}) {
         const vrntValueView_t view{reference.get(), offset};
@@ -176,6 +176,14 @@ TEST_F(SharedOnEachLevel, IsCopiedCoercedAndSpecializedAtItsFirstLevelAlone) {
     EXPECT_EQ(readAt<std::uint64_t>(special, 8), next);
     EXPECT_EQ(error, nullptr);
   });
+}
+
+// Unlike all else, a text repeats what is shared.
+TEST_F(SharedOnEachLevel, IsPrintedOncePerWay) {
+  const std::string text = textOf(make(12345, 10));
+  std::size_t ways = 0;
+  for (std::size_t at = 0; (at = text.find("&12345", at)) != std::string::npos; ++at) ++ways;
+  EXPECT_EQ(ways, std::size_t{1} << 10);
 }
 
 }  // namespace

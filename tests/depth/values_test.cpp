@@ -150,6 +150,25 @@ INSTANTIATE_TEST_SUITE_P(Nests, DeepValue,
                                          kLastFields, kReferencesAtEachLevel, kDomains, kCodomains,
                                          kMixed));
 
+// Each level has another type on the other side and relates to it, or doesn't: what is worked out
+// for a level must not hold all that lies in it.
+TEST(DeepCoercion, OfRelatedAndUnrelatedLevelsTakesNoListsOfReferences) {
+  onMainStack([] {
+    const TypeNest before{"", "{ int* r; ", " a; }"};
+    const TypeNest more{"", "{ int k; ", " a; void* r; }"};
+    const PeakBytes peak;
+    const ValueHandle value = create(parseType(before.text()));
+    for (const TypeNest& after : {kReferencesAtEachLevel, more}) {
+      const TypeHandle type = parseType(after.text());
+      vrntValuesError_t* error = nullptr;
+      const ValueHandle result(vrntCoerce(type.get(), value.get(), &error));
+      ASSERT_NE(result, nullptr);
+      EXPECT_EQ(vrntValueType(result.get()), type.get());
+    }
+    EXPECT_LT(peak.value(), 2 * kMostMemory);
+  });
+}
+
 // Texts of values: each is canonical, so that it prints as it was read.
 struct ValueNest {
   const char* name;
