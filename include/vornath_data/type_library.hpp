@@ -235,6 +235,9 @@ class Type {
   }
   /// The length of refSlots(), without making the list.
   std::uint64_t refSlotCount() const noexcept { return refSlotCount_; }
+  /// The type of which refSlots() are those of one value after the other: what a long array consists
+  /// of, or this very type.
+  const Type& slotPattern() const noexcept { return slotPattern_ ? *slotPattern_ : *this; }
   /// The same type without metadata at any depth; this very type if there is none to take off.
   const Type& stripped() const noexcept { return stripped_ ? *stripped_ : *this; }
 
@@ -273,6 +276,7 @@ class Type {
   bool concrete_ = false;
   bool deepConcrete_ = false;
   std::uint64_t refSlotCount_ = 0;
+  const Type* slotPattern_ = nullptr;  // of a long array: a type that desc_ keeps alive
   const Made* made_ = &kMade;
   TextSum textSum_;  // of a long text only
   std::string shortText_;

@@ -164,9 +164,15 @@ void* yyrealloc(void* memory, yy_size_t size) {
 
 namespace qex::vornath {
 
-Scan::Scan(const std::string& text, Language language) : buffer_(text) {
+void Scan::requireScannable(std::size_t length) {
+  if (length > kLongestText) throw std::bad_alloc();
+}
+
+Scan::Scan(const std::string& text, Language language) {
+  requireScannable(text.size());
   // flex wants two zero bytes behind the text, which it scans in place.
-  buffer_.append(2, '\0');
+  buffer_.reserve(text.size() + 2);
+  buffer_.append(text).append(2, '\0');
   try {
     // First the stack of buffers, which the second call makes large enough: a buffer for which there
     // is no place would be lost.

@@ -39,6 +39,18 @@ const T& keepFirst(std::atomic<const T*>& kept, T made) {
   return *first;
 }
 
+const Type* arrayElement(const TypeDesc& desc) {
+  return std::visit(
+      [](const auto& alternative) -> const Type* {
+        if constexpr (requires { alternative.shape; }) {
+          return alternative.element.get();
+        } else {
+          return nullptr;
+        }
+      },
+      desc);
+}
+
 bool negative(int shape) { return shape < 0; }
 bool negative(const index2& s) { return s.x < 0 || s.y < 0; }
 bool negative(const index3& s) { return s.x < 0 || s.y < 0 || s.z < 0; }
@@ -129,6 +141,8 @@ Type::Type(TypeDesc desc, const Metadata& metadata, TypePtr stripped,
   if (refSlotCount_ <= kFewRefSlots) {
     fewRefSlots_ = computeRefSlots(desc_, refSlotCount_);
     refSlots_.store(&fewRefSlots_, std::memory_order_relaxed);
+  } else if (const Type* const element = arrayElement(desc_)) {
+    slotPattern_ = &element->slotPattern();
   }
   const std::string metadataWords = metadataText(metadata_);
   if (auto text = qex::vornath::shortText(desc_, metadataWords)) {

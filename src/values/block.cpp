@@ -37,23 +37,36 @@ void freeBlock(vrntValue_t* block) noexcept {
   free(block);
 }
 
+// Takes a word's reference. The block that it was the last one on is freed, or returned if it has
+// words of its own.
+inline vrntValue_t* dropWord(std::uint64_t word) noexcept {
+  if (!isBlockWord(word)) return nullptr;
+  vrntValue_t* const target = blockOfWord(word);
+  if (blockCount(target).fetch_sub(1, std::memory_order_acq_rel) != 1) return nullptr;
+  if (blockType(target).refSlotCount() != 0) return target;
+  freeBlock(target);
+  return nullptr;
+}
+
 // Releases the words from `next` on until a block comes to its end that has words of its own; that
 // one is returned, and `next` stands behind its word.
 vrntValue_t* releaseWords(vrntValue_t* block, std::size_t& next) noexcept {
-  const auto& slots = blockType(block).refSlots();
-  const std::size_t own = slots.size();
-  const std::size_t words = block->shadowRefs != nullptr ? 2 * own : own;
-  while (next < words) {
-    const std::uint64_t word = next < own ? loadWord(blockData(block) + slots[next] * kWordSize)
-                                          : block->shadowRefs[next - own];
-    ++next;
-    if (!isBlockWord(word)) continue;
-    vrntValue_t* const target = blockOfWord(word);
-    if (blockCount(target).fetch_sub(1, std::memory_order_acq_rel) != 1) continue;
-    if (!blockType(target).refSlots().empty()) return target;
-    freeBlock(target);
+  const RefSlots slots(blockType(block));
+  const std::size_t count = slots.size();
+  const char* const data = blockData(block);
+  const std::uint64_t* const shadowRefs = block->shadowRefs;
+  std::size_t at = next;
+  vrntValue_t* ended = nullptr;
+  if (at < count) {
+    for (auto slot = slots.from(at); ended == nullptr && slot != slots.end(); ++slot, ++at) {
+      ended = dropWord(loadWord(data + *slot * kWordSize));
+    }
   }
-  return nullptr;
+  if (shadowRefs != nullptr) {
+    for (; ended == nullptr && at < 2 * count; ++at) ended = dropWord(shadowRefs[at - count]);
+  }
+  next = at;
+  return ended;
 }
 
 }  // namespace
@@ -88,7 +101,7 @@ vrntValue_t* allocateBlock(const Type& type, Fill fill) {
   if (stripped.size() > kLargestAllocation - kBlockHeaderSize) throw std::bad_alloc();
   const std::size_t size = kBlockHeaderSize + stripped.size();
   // A long list may be made only now, and there may be no memory for it.
-  const std::size_t slots = stripped.refSlots().size();
+  const std::size_t slots = RefSlots(stripped).size();
   void* const memory = fill == Fill::Zero ? std::calloc(1, size) : std::malloc(size);
   if (memory == nullptr) throw std::bad_alloc();
 

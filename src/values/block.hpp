@@ -9,6 +9,7 @@
 #include <cstring>
 #include <utility>
 
+#include "ref_slots.hpp"
 #include "vornath_data/type_library.hpp"
 
 namespace qex::vornath {
@@ -95,7 +96,8 @@ inline void releaseWord(std::uint64_t word) noexcept {
 
 /// Takes a reference for each block word in the bytes of a value of the type.
 inline void retainReferences(const Type& type, const char* data) {
-  for (const std::uint64_t slot : type.refSlots()) retainWord(loadWord(data + slot * kWordSize));
+  RefSlots(type).forEach(
+      [data](std::uint64_t slot) { retainWord(loadWord(data + slot * kWordSize)); });
 }
 
 // Making.

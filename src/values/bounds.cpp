@@ -209,7 +209,7 @@ ValueBounds makeValueBounds(const TypePtr& type) {
 DynamicValue makeDefaultValue(const TypePtr& type) {
   // Without annotations at any depth every default is zero, but for a spectrum's array.
   const bool plain = &type->stripped() == type.get();
-  if (plain && type->refSlots().empty()) return DynamicValue(type);
+  if (plain && type->refSlotCount() == 0) return DynamicValue(type);
   if (const DynamicValue* const kept = type->keptDefault()) return DynamicValue(kept->view());
   DynamicValue value(type);
   BoundsFiller({&value, 1}).fill(*type);

@@ -15,8 +15,12 @@ using vrnt::Exception;
 
 TypePtr makeType(TypeDesc desc) { return Type::get_factory(true)->makeType(std::move(desc)); }
 
-[[noreturn]] void refuseUntypedArray() {
-  throw Exception(ErrorCode::InvalidArguments, "Empty array without type is not allowed.");
+template <typename Extents>
+TypePtr arrayTypeOf(const TypePtr& element, const Extents& extents, std::size_t values) {
+  TypePtr type = makeType(Type::TArrayND<Extents>(element, extents));
+  const std::int32_t count = elementCount(extents);
+  if (values > (count < 0 ? 0 : static_cast<std::size_t>(count))) refuseUntypedArray();
+  return type;
 }
 
 BlockPtr copyOf(const Type& type, const void* bytes) {
@@ -24,7 +28,8 @@ BlockPtr copyOf(const Type& type, const void* bytes) {
   if (bytes != nullptr) {
     std::memcpy(made.data(), bytes, type.size());
   } else {
-    for (const std::uint64_t slot : type.refSlots()) storeWord(made.data() + slot * kWordSize, 0);
+    RefSlots(type).forEach(
+        [&made](std::uint64_t slot) { storeWord(made.data() + slot * kWordSize, 0); });
   }
   return std::move(made).finish();
 }
@@ -33,6 +38,23 @@ BlockPtr copyOf(const Type& type, const void* bytes) {
 
 void requireFitting(const Type& given, const Type& required) {
   requireRelated(given, required, "Incompatible type for value -> {}.");
+}
+
+TypePtr arrayType(const TypePtr& element, int extent, std::size_t values) {
+  return arrayTypeOf(element, extent, values);
+}
+TypePtr arrayType(const TypePtr& element, const index2& extents, std::size_t values) {
+  return arrayTypeOf(element, extents, values);
+}
+TypePtr arrayType(const TypePtr& element, const index3& extents, std::size_t values) {
+  return arrayTypeOf(element, extents, values);
+}
+TypePtr arrayType(const TypePtr& element, const index4& extents, std::size_t values) {
+  return arrayTypeOf(element, extents, values);
+}
+
+void refuseUntypedArray() {
+  throw Exception(ErrorCode::InvalidArguments, "Empty array without type is not allowed.");
 }
 
 DynamicValue::DynamicValue(TypePtr type, BlockPtr block) noexcept
@@ -64,10 +86,7 @@ DynamicValue DynamicValue::base(Type::TBasetype kind, const void* lanes, std::si
 template <typename Extents>
 DynamicValue DynamicValue::arrayOf(const std::vector<DynamicValue>& values, const Extents& extents,
                                    const TypePtr& element) {
-  const TypePtr type = makeType(Type::TArrayND<Extents>(element, extents));
-  const std::int32_t count = elementCount(extents);
-  if (values.size() > (count < 0 ? 0 : static_cast<std::size_t>(count))) refuseUntypedArray();
-
+  const TypePtr type = arrayTypeOf(element, extents, values.size());
   NewBlock made(*type, Fill::Zero);
   char* destination = made.data();
   for (const DynamicValue& value : values) {

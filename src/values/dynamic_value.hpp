@@ -206,6 +206,16 @@ struct DynamicValue::Field {
 /// `required` is expected.
 void requireFitting(const Type& given, const Type& required);
 
+/// The type of an array that is to take so many values. Throws what DynamicValue::array() throws
+/// before it looks at the values.
+TypePtr arrayType(const TypePtr& element, int extent, std::size_t values);
+TypePtr arrayType(const TypePtr& element, const index2& extents, std::size_t values);
+TypePtr arrayType(const TypePtr& element, const index3& extents, std::size_t values);
+TypePtr arrayType(const TypePtr& element, const index4& extents, std::size_t values);
+
+/// Throws "Empty array without type is not allowed.".
+[[noreturn]] void refuseUntypedArray();
+
 }  // namespace qex::vornath
 
 #endif

@@ -118,7 +118,7 @@ class Comparison {
   // is compared in no time.
   bool wasMet(vrntValue_t* a, vrntValue_t* b) {
     if (isExclusive(a) && isExclusive(b)) return false;
-    if (blockType(a).refSlots().empty()) return false;
+    if (blockType(a).refSlotCount() == 0) return false;
     return !met_.emplace(a, b).second;
   }
 

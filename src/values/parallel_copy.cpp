@@ -20,32 +20,39 @@ constexpr std::size_t kPieces = 16;
 // it isn't called again.
 std::atomic<bool> schedulerFailed{false};
 
-void copyInPieces(void* destination, const void* source, std::size_t size) {
-  tbb::this_task_arena::isolate([=] {
+void shareOut(std::size_t size,
+              const std::function<void(std::size_t start, std::size_t length)>& copy) {
+  tbb::this_task_arena::isolate([&] {
     tbb::parallel_for(
         tbb::blocked_range<std::size_t>(0, size, (kPieces - 1 + size) / kPieces),
-        [=](const tbb::blocked_range<std::size_t>& piece) {
-          std::memcpy(static_cast<char*>(destination) + piece.begin(),
-                      static_cast<const char*>(source) + piece.begin(), piece.size());
-        },
+        [&](const tbb::blocked_range<std::size_t>& piece) { copy(piece.begin(), piece.size()); },
         tbb::auto_partitioner());
   });
 }
 
 }  // namespace
 
-void parallelMemcpy(void* destination, const void* source, std::size_t size) {
+void forEachCopyPiece(std::size_t size,
+                      const std::function<void(std::size_t start, std::size_t length)>& copy) {
   if (size >= kParallelFrom && !schedulerFailed.load(std::memory_order_relaxed)) {
     try {
-      copyInPieces(destination, source, size);
+      shareOut(size, copy);
       return;
     } catch (...) {
       // No task of the copy is left when the scheduler gives up.
       schedulerFailed.store(true, std::memory_order_relaxed);
     }
   }
+  copy(0, size);
+}
+
+void parallelMemcpy(void* destination, const void* source, std::size_t size) {
   // With a size of 0 the places may be null, which memcpy doesn't take.
-  if (size != 0) std::memcpy(destination, source, size);
+  if (size == 0) return;
+  forEachCopyPiece(size, [=](std::size_t start, std::size_t length) {
+    std::memcpy(static_cast<char*>(destination) + start, static_cast<const char*>(source) + start,
+                length);
+  });
 }
 
 }  // namespace qex::vornath

@@ -60,9 +60,9 @@ NewBlock readRecord(vrntReadFn read, void* user) {
 // Puts addresses of values read in place of the stream's words, up to the first word that isn't in
 // the map: that one is returned. 0 if there is none.
 std::uint64_t resolveWords(Unfinished& value, const DynamicValue::StreamMap& map) {
-  const auto& slots = value.block.type().refSlots();
-  for (; value.next < slots.size(); ++value.next) {
-    char* const at = value.block.data() + slots[value.next] * kWordSize;
+  const RefSlots slots(value.block.type());
+  for (auto slot = slots.from(value.next); slot != slots.end(); ++slot, ++value.next) {
+    char* const at = value.block.data() + *slot * kWordSize;
     const std::uint64_t word = loadWord(at);
     if (!isBlockWord(word)) continue;
     const auto known = map.find(word);
@@ -76,20 +76,20 @@ std::uint64_t resolveWords(Unfinished& value, const DynamicValue::StreamMap& map
 
 void serializeValue(const DynamicValue& value, vrntWriteFn write, void* user) {
   writeRecord(value.block(), write, user);
-  if (blockType(value.block()).refSlots().empty()) return;
+  if (blockType(value.block()).refSlotCount() == 0) return;
 
   std::unordered_set<std::uint64_t> seen{wordOfBlock(value.block())};
   std::vector<Written> open{{value.block(), 0}};
   while (!open.empty()) {
     const vrntValue_t* const block = open.back().block;
-    const auto& slots = blockType(block).refSlots();
+    const RefSlots slots(blockType(block));
     const std::uint64_t word = loadWord(blockData(block) + slots[open.back().next] * kWordSize);
     // A block is done with its last word, before what that leads to: a chain needs no room here.
     if (++open.back().next == slots.size()) open.pop_back();
     if (!isBlockWord(word) || !seen.insert(word).second) continue;
     const vrntValue_t* const target = blockOfWord(word);
     writeRecord(target, write, user);
-    if (!blockType(target).refSlots().empty()) open.push_back({target, 0});
+    if (blockType(target).refSlotCount() != 0) open.push_back({target, 0});
   }
 }
 

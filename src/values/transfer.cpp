@@ -6,6 +6,7 @@
 #include <utility>
 
 #include "block.hpp"
+#include "ref_slots.hpp"
 
 namespace qex::vornath {
 namespace {
@@ -36,7 +37,7 @@ Transfer::Part Transfer::add(Node node) {
 
 Transfer::Part Transfer::copy(const Type& type) {
   if (type.size() == 0) return {};
-  return add(Copy{type.size(), type.refSlots().empty() ? nullptr : &type});
+  return add(Copy{type.size(), type.refSlotCount() == 0 ? nullptr : &type});
 }
 
 Transfer::Part Transfer::act(Action action) { return add(std::move(action)); }
@@ -89,14 +90,15 @@ Transfer::Part Transfer::repeat(const Part& part, std::uint64_t count, std::uint
 // Gives back what the target's words lead to, and counts what they are about to lead to.
 void Transfer::recount(const Copy& copy, const char* from, const char* to) {
   const std::uint64_t size = copy.counted->size();
+  const RefSlots slots(*copy.counted);
   for (std::uint64_t offset = 0; offset < copy.bytes; offset += size) {
-    for (const std::uint64_t slot : copy.counted->refSlots()) {
+    slots.forEach([&](std::uint64_t slot) {
       const std::uint64_t now = loadWord(to + offset + slot * kWordSize);
       const std::uint64_t next = loadWord(from + offset + slot * kWordSize);
-      if (now == next) continue;
+      if (now == next) return;
       retainWord(next);
       releaseWord(now);
-    }
+    });
   }
 }
 

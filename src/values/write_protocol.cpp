@@ -40,18 +40,18 @@ void makeExclusive(vrntValue_t*& handle) {
 
 char* prepareWrite(vrntValue_t*& handle, const Type& type, std::uint64_t offset) {
   // A part's long list may be made only now: there must be memory for it before the handle moves.
-  const auto& slots = type.refSlots();
+  const RefSlots slots(type);
   makeExclusive(handle);
   char* const data = blockData(handle) + offset;
   std::uint64_t* shadow = handle->shadowRefs;
-  for (const std::uint64_t slot : slots) *shadow++ = loadWord(data + slot * kWordSize);
+  slots.forEach([&](std::uint64_t slot) { *shadow++ = loadWord(data + slot * kWordSize); });
   return data;
 }
 
 void commitWrite(vrntValue_t* block, const Type& type, std::uint64_t offset) noexcept {
-  if (type.refSlots().empty()) return;
+  if (type.refSlotCount() == 0) return;
   retainReferences(type, blockData(block) + offset);
-  for (std::size_t i = 0; i < type.refSlots().size(); ++i) {
+  for (std::size_t i = 0; i < type.refSlotCount(); ++i) {
     releaseWord(std::exchange(block->shadowRefs[i], 0));
   }
 }
@@ -87,7 +87,7 @@ void writeForeign(const View& destination, std::uint64_t first, std::uint64_t se
 }
 
 void writeData(DynamicValue& owner, const void* source, const Type& type, std::uint64_t offset) {
-  const auto& slots = type.refSlots();
+  const RefSlots slots(type);
   const BlockPtr before = isExclusive(owner.block()) ? BlockPtr() : BlockPtr(owner.block());
   WordBuffer buffer(slots.size());
   makeExclusive(owner.blockHandle());
@@ -96,12 +96,13 @@ void writeData(DynamicValue& owner, const void* source, const Type& type, std::u
 
   // What is released may be all that keeps the source alive, so that comes last.
   std::uint64_t* const released = buffer.data();
-  for (std::size_t i = 0; i < slots.size(); ++i) {
-    const std::uint64_t now = loadWord(data + slots[i] * kWordSize);
-    const std::uint64_t next = loadWord(bytes + slots[i] * kWordSize);
-    released[i] = now == next ? 0 : now;
+  std::uint64_t* old = released;
+  slots.forEach([&](std::uint64_t slot) {
+    const std::uint64_t now = loadWord(data + slot * kWordSize);
+    const std::uint64_t next = loadWord(bytes + slot * kWordSize);
+    *old++ = now == next ? 0 : now;
     if (now != next) retainWord(next);
-  }
+  });
   std::memmove(data, bytes, type.size());
   for (std::size_t i = 0; i < slots.size(); ++i) releaseWord(released[i]);
   owner.notify(&type, offset);

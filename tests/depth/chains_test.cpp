@@ -84,4 +84,106 @@ TEST_F(MillionLinks, AreCoercedAndSpecialized) {
   });
 }
 
+// A value that refers to the next one twice, and so on: what went all ways would never end.
+class SharedOnEachLevel : public testing::Test {
+ protected:
+  static constexpr int kLevels = 100'000;
+
+  static ValueHandle make(std::int32_t number, int levels = kLevels) {
+    const TypeHandle type = parseType("{ void* a; int n; void* b; }");
+    const TypeHandle reference = parseType("void*");
+    vrntValuesError_t* error = nullptr;
+    ValueHandle value = parseValue(std::to_string(number));
+    for (int i = 0; i < levels; ++i) {
+      vrntValue_t* both = vrntValueCreate(type.get(), &error);
+      for (const std::uint64_t offset : {0, 16}) {
+        const vrntValueView_t view{reference.get(), offset};
+        vrntValueSetReference(&both, &view, value.get(), &error);
+      }
+      value.reset(both);
+    }
+    EXPECT_EQ(error, nullptr);
+    return value;
+  }
+
+  static bool equal(const ValueHandle& a, const ValueHandle& b) {
+    const vrntValueView_t viewA{vrntValueType(a.get()), 0};
+    const vrntValueView_t viewB{vrntValueType(b.get()), 0};
+    return vrntValueEqual(a.get(), &viewA, b.get(), &viewB, 0, nullptr) == 1;
+  }
+};
+
+TEST_F(SharedOnEachLevel, IsComparedOncePerValue) {
+  onWorkerStack([] {
+    const ValueHandle value = make(1);
+    EXPECT_TRUE(equal(value, make(1)));
+    EXPECT_FALSE(equal(value, make(2)));
+  });
+}
+
+TEST_F(SharedOnEachLevel, IsStreamedOncePerValueAndStaysShared) {
+  onWorkerStack([] {
+    struct Stream {
+      std::string bytes;
+      std::size_t position = 0;
+    } stream;
+    const ValueHandle value = make(1);
+    vrntValuesError_t* error = nullptr;
+    vrntValueSerialize(
+        value.get(),
+        [](const void* bytes, std::uint64_t size, void* user) {
+          static_cast<Stream*>(user)->bytes.append(static_cast<const char*>(bytes), size);
+        },
+        &stream, &error);
+    // A length, a text, an id and three words for each level; and the number.
+    EXPECT_EQ(stream.bytes.size(), std::size_t{kLevels} * (8 + 28 + 8 + 24) + 8 + 3 + 8 + 4);
+    const ValueHandle back(vrntValueDeserialize(
+        [](void* bytes, std::uint64_t size, void* user) {
+          auto& from = *static_cast<Stream*>(user);
+          std::memcpy(bytes, from.bytes.data() + from.position, size);
+          from.position += size;
+        },
+        &stream, &error));
+    ASSERT_NE(back, nullptr);
+    EXPECT_EQ(stream.position, stream.bytes.size());
+    EXPECT_EQ(readAt<std::uint64_t>(back, 0), readAt<std::uint64_t>(back, 16));
+    EXPECT_TRUE(equal(back, value));
+  });
+}
+
+TEST_F(SharedOnEachLevel, IsCopiedCoercedAndSpecializedAtItsFirstLevelAlone) {
+  onWorkerStack([] {
+    const ValueHandle value = make(1);
+    const std::uint64_t next = readAt<std::uint64_t>(value);
+    const auto references = [next] {
+      const auto* target = reinterpret_cast<const char*>(next) - sizeof(vrntValue_t);
+      return reinterpret_cast<const vrntValue_t*>(target)->refCount;
+    };
+    vrntValuesError_t* error = nullptr;
+    const TypeHandle other = parseType("{ void* b; float n; void* a; void* c; }");
+    const TypeHandle annotated = parseType("{ void* @no_specialize a; int n; void* b; }");
+    const vrntValueView_t whole{vrntValueType(value.get()), 0};
+    EXPECT_EQ(references(), 2u);
+    const ValueHandle copy(vrntValueFromView(value.get(), &whole, &error));
+    EXPECT_EQ(references(), 4u);
+    const ValueHandle coerced(vrntCoerce(other.get(), value.get(), &error));
+    EXPECT_EQ(references(), 6u);
+    EXPECT_EQ(readAt<std::uint64_t>(coerced, 0), next);
+    EXPECT_EQ(readAt<std::uint64_t>(coerced, 16), next);
+    const ValueHandle special(
+        vrntBuildSpecializationParameters(annotated.get(), value.get(), &error));
+    EXPECT_EQ(references(), 7u);
+    EXPECT_EQ(readAt<std::uint64_t>(special, 8), next);
+    EXPECT_EQ(error, nullptr);
+  });
+}
+
+// Unlike all else, a text repeats what is shared.
+TEST_F(SharedOnEachLevel, IsPrintedOncePerWay) {
+  const std::string text = textOf(make(12345, 10));
+  std::size_t ways = 0;
+  for (std::size_t at = 0; (at = text.find("&12345", at)) != std::string::npos; ++at) ++ways;
+  EXPECT_EQ(ways, std::size_t{1} << 10);
+}
+
 }  // namespace

@@ -55,6 +55,20 @@ TEST(LongTypes, HaveValuesWithEachAllocationFailing) {
             0u);
 }
 
+// Parts that wait to be put together beside some that already are.
+TEST(NestedValues, AreParsedWithEachAllocationFailing) {
+  for (const std::string text :
+       {"{ a = [ { r = &1; z = [ : int | 5000 ]; } ]; b = [ &2, &3 | 2, 300 ]; c = { s = &4; }; }",
+        "&{ a = { b = [ &[ : void* | 900 ] ]; c = [ : void* | 900 ]; }; d = { e = 1; f = &2; }; }",
+        "{ x = [ { y = [ : float4 | 100 ]; }, { y = [ : float4 | 100 ]; } ]; z = 1; }"}) {
+    EXPECT_GT(failEachAllocation(
+                  [&](vrntValuesError_t** error) { return vrntValueParse(text.c_str(), error); },
+                  [](vrntValue_t* value) { vrntValueDestroy(value); }),
+              10u)
+        << text;
+  }
+}
+
 // Without memory for its text a target is handed out all the same.
 TEST(LongTypes, HaveValuesThatAreReferredTo) {
   const ValueHandle value = parseValue("&{ " + std::string(5000, 'x') + " = 1; }");

@@ -8,7 +8,9 @@
 #include "dynamic_value.hpp"
 #include "nests.hpp"
 #include "peak_bytes.hpp"
+#include "ref_slots.hpp"
 #include "vornath_data/result.hpp"
+#include "write_protocol.hpp"
 
 namespace {
 
@@ -95,6 +97,50 @@ TEST(DeepReferenceSlots, OfArraysOfStructsAreListedInOrder) {
     EXPECT_EQ(slots[2 * i + 1], 1 + 3 * i + 2);
   }
   EXPECT_EQ(slots.back(), 301u);
+}
+
+TEST(ReferenceSlots, AreWalkedAsTheyAreListed) {
+  for (const char* text :
+       {"int", "int[100]", "void*", "void*[0]", "void*[64]", "void*[65]", "void*[10][10]",
+        "void*[4][5,6]", "void*[0][100]", "{ void* a; int n; void* b; }[50,2]",
+        "(() => int)[7,8,9]", "{ void*[100] a; int n; void* b; }",
+        "{ void*[100] a; int n; void* b; }[3]", "{ { int*[3] a; }[30] b; }[2][1][2]",
+        "{ int n; void*[70][1] a; }[1]"}) {
+    const TypePtr type = Type::parse(text);
+    const qex::vornath::RefSlots walked(*type);
+    std::vector<std::uint64_t> places;
+    for (const std::uint64_t place : walked) places.push_back(place);
+    const auto& listed = type->refSlots();
+    ASSERT_EQ(places, listed) << text;
+    places.clear();
+    walked.forEach([&places](std::uint64_t place) { places.push_back(place); });
+    ASSERT_EQ(places, listed) << text;
+    EXPECT_EQ(walked.size(), listed.size()) << text;
+    EXPECT_EQ(walked.empty(), listed.empty()) << text;
+    for (std::size_t i = 0; i < listed.size(); ++i) {
+      ASSERT_EQ(walked[i], listed[i]) << text;
+      ASSERT_EQ(*walked.from(i), listed[i]) << text;
+    }
+    EXPECT_TRUE(walked.from(listed.size()) == walked.end()) << text;
+  }
+}
+
+// A list would have two million entries.
+TEST(ReferenceSlots, OfALongArrayTakeNoMemory) {
+  const PeakBytes peak;
+  const TypePtr type = Type::parse("{ void* a; int n; }[1000][2000]");
+  const DynamicValue target(Type::parse("int"));
+  {
+    DynamicValue value(type);
+    const DynamicValue word = DynamicValue::reference(target, Type::parse("void*"));
+    qex::vornath::assignView(value.view().element(1999).element(999).field(0), word.view());
+    EXPECT_EQ(target.block()->refCount, 3u);
+    const DynamicValue copy(value.view());
+    EXPECT_EQ(target.block()->refCount, 4u);
+  }
+  EXPECT_EQ(target.block()->refCount, 1u);
+  EXPECT_EQ(type->knownRefSlots(), nullptr);
+  EXPECT_LT(peak.value(), 1'000'000u);
 }
 
 }  // namespace

@@ -150,11 +150,31 @@ INSTANTIATE_TEST_SUITE_P(Nests, DeepValue,
                                          kLastFields, kReferencesAtEachLevel, kDomains, kCodomains,
                                          kMixed));
 
+// Each level has another type on the other side and relates to it, or doesn't: what is worked out
+// for a level must not hold all that lies in it.
+TEST(DeepCoercion, OfRelatedAndUnrelatedLevelsTakesNoListsOfReferences) {
+  onMainStack([] {
+    const TypeNest before{"", "{ int* r; ", " a; }"};
+    const TypeNest more{"", "{ int k; ", " a; void* r; }"};
+    const PeakBytes peak;
+    const ValueHandle value = create(parseType(before.text()));
+    for (const TypeNest& after : {kReferencesAtEachLevel, more}) {
+      const TypeHandle type = parseType(after.text());
+      vrntValuesError_t* error = nullptr;
+      const ValueHandle result(vrntCoerce(type.get(), value.get(), &error));
+      ASSERT_NE(result, nullptr);
+      EXPECT_EQ(vrntValueType(result.get()), type.get());
+    }
+    EXPECT_LT(peak.value(), 2 * kMostMemory);
+  });
+}
+
 // Texts of values: each is canonical, so that it prints as it was read.
 struct ValueNest {
   const char* name;
   std::string before;
   std::string behind;
+  int levels = kDepth;
 };
 
 const ValueNest kLists{"lists", "[ ", " ]"};
@@ -163,13 +183,20 @@ const ValueNest kGrids{"grids", "[ ", " | 1, 1 ]"};
 const ValueNest kReferenceTexts{"references", "&", ""};
 const ValueNest kReferredStructs{"referred structs", "&{ a = ", "; }"};
 const ValueNest kReferredLists{"referred lists", "[ &", " ]"};
+// A reference at each level: what a level copies of the next, or lists of it, adds up.
+const ValueNest kWordsInStructs{"words in structs", "{ b = $0x0000000000000000; a = ", "; }"};
+const ValueNest kReferencesInStructs{"references in structs", "{ b = &1; a = ", "; }"};
+const ValueNest kReferencesBehind{"references behind", "{ a = ", "; b = &1; }"};
+const ValueNest kReferencesInReferred{"references in referred structs", "{ b = &1; a = &", "; }"};
+const ValueNest kMixedTexts{"mixed", "{ b = &[ &1 ]; a = [ { c = 1; d = ", "; } | 1, 1 ]; }",
+                            kDepth / 3};
 
 void PrintTo(const ValueNest& nest, std::ostream* stream) { *stream << nest.name; }
 
 class DeepValueText : public testing::TestWithParam<ValueNest> {
  protected:
   std::string text(const char* innermost = "1") const {
-    return nested(GetParam().before, innermost, GetParam().behind, kDepth);
+    return nested(GetParam().before, innermost, GetParam().behind, GetParam().levels);
   }
 };
 
@@ -250,7 +277,9 @@ TEST_P(DeepValueText, TellsItsTypeWhereverItIsHandedOut) {
 
 INSTANTIATE_TEST_SUITE_P(Nests, DeepValueText,
                          testing::Values(kLists, kStructTexts, kGrids, kReferenceTexts,
-                                         kReferredStructs, kReferredLists));
+                                         kReferredStructs, kReferredLists, kWordsInStructs,
+                                         kReferencesInStructs, kReferencesBehind,
+                                         kReferencesInReferred, kMixedTexts));
 
 TEST(DeepReferences, TellTheTypeOfEachTarget) {
   onMainStack([] {

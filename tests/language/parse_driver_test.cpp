@@ -3,12 +3,14 @@
 
 #include <gtest/gtest.h>
 
+#include <new>
 #include <optional>
 #include <string>
 #include <utility>
 #include <vector>
 
 #include "parse_context.hpp"
+#include "scanner.hpp"
 #include "type_factory.hpp"
 #include "value_parser.hpp"
 #include "vornath_data/result.hpp"
@@ -39,6 +41,19 @@ std::pair<vrnt::ErrorCode, std::string> raised(Call call) {
 }
 
 }  // namespace
+
+TEST(Scan, TakesTextsThatAnIntCounts) {
+  using qex::vornath::Scan;
+  constexpr std::size_t kMost = 0x7FFFFFFF;  // with the two bytes that the scanner wants behind it
+  for (const std::size_t length : {std::size_t{0}, std::size_t{1}, kMost - 3, kMost - 2}) {
+    EXPECT_NO_THROW(Scan::requireScannable(length)) << length;
+  }
+  // The last ones are small numbers in 32 bits.
+  for (const std::size_t length :
+       {kMost - 1, kMost, kMost + 1, 2 * kMost, 2 * kMost + 2, 2 * kMost + 12, ~std::size_t{0}}) {
+    EXPECT_THROW(Scan::requireScannable(length), std::bad_alloc) << length;
+  }
+}
 
 TEST(ParseTypeText, ReturnsZeroAndTheType) {
   ParseContext context;

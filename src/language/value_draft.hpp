@@ -1,0 +1,57 @@
+/// A value while its text is read: the pieces that it is made of and where they come to lie.
+/// Putting each level of a nest together would copy what is inside it once a level, so that is left
+/// until the bytes are no more than the pieces take anyway, or somebody wants the value.
+#ifndef VORNATH_LANGUAGE_VALUE_DRAFT_HPP
+#define VORNATH_LANGUAGE_VALUE_DRAFT_HPP
+
+#include <cstdint>
+#include <vector>
+
+#include "dynamic_value.hpp"
+#include "vornath_data/type_library.hpp"
+
+namespace qex::vornath::build {
+
+/// Nothing but a place for another one if it is default constructed or was moved from. Ends without
+/// recursion, however deep the nest is.
+class Draft {
+ public:
+  Draft() = default;
+  /// A value that is whole.
+  Draft(const DynamicValue& value) : type_(value.type()), whole_(value.block()) {}
+
+  /// One value made of others, each at its offset: `place(i)` gives that of the part with index i.
+  /// The parts are used up. Throws std::bad_alloc.
+  template <typename Place>
+  static Draft of(const Type& type, std::vector<Draft> parts, Place place) {
+    for (std::size_t i = 0; i < parts.size(); ++i) parts[i].offset_ += place(i);
+    return of(type, std::move(parts));
+  }
+
+  /// Without metadata, as that of any value.
+  const TypePtr& type() const noexcept { return type_; }
+
+  /// The value, put together. Throws std::bad_alloc.
+  DynamicValue value() &&;
+
+ private:
+  struct Piece {
+    std::uint64_t offset;  // without the draft's own
+    BlockPtr block;
+  };
+
+  static Draft of(const Type& type, std::vector<Draft> parts);
+
+  std::size_t pieceCount() const { return whole_.get() != nullptr ? 1 : pieces_.size(); }
+  void copyTo(char* destination) const;
+  void moveTo(std::vector<Piece>& pieces, std::uint64_t origin);
+
+  TypePtr type_;
+  std::uint64_t offset_ = 0;  // of all pieces
+  BlockPtr whole_;            // or, if it is empty:
+  std::vector<Piece> pieces_;
+};
+
+}  // namespace qex::vornath::build
+
+#endif
