@@ -55,7 +55,12 @@ inline std::uint64_t loadWord(const void* at) {
 inline void storeWord(void* at, std::uint64_t word) { std::memcpy(at, &word, sizeof(word)); }
 
 inline bool isBlockWord(std::uint64_t word) { return word != 0 && (word & 1) == 0; }
-inline std::uint64_t foreignWord(std::uint64_t id) { return id == 0 ? 0 : id * 2 + 1; }
+// The highest bit has no place in a word. An address that is 0 without it is null, so that its text
+// is read back as the same word.
+inline std::uint64_t foreignWord(std::uint64_t id) {
+  const std::uint64_t shifted = id * 2;
+  return shifted == 0 ? 0 : shifted + 1;
+}
 
 inline std::uint64_t wordOfBlock(const vrntValue_t* block) {
   return reinterpret_cast<std::uintptr_t>(blockData(block));

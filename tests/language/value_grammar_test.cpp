@@ -191,6 +191,11 @@ TEST(vrntValueParse, WidensANegativeAddressWithItsSign) {
   expectLanes<std::uint64_t>("$(0xffffffff:int)", "int*", {0xffffffffffffffff});
 }
 
+TEST(vrntValueParse, DropsTheHighestBitOfAForeignAddress) {
+  expectLanes<std::uint64_t>("$0xc000000000000001", "void*", {0x8000000000000003});
+  expectLanes<std::uint64_t>("$0x8000000000000000", "void*", {0});
+}
+
 TEST(vrntValueParse, ReadsAForeignAddressWithAType) {
   expectLanes<std::uint64_t>("$(0x0000000000000000:int)", "int*", {0});
   expectLanes<std::uint64_t>("$(7:float[])", "float[]*", {15});
