@@ -1,7 +1,7 @@
 /*
- * The catalogue: the 18 classes of objects that a scene holds, with their groups of fields and their
- * reference slots. With these queries a host discovers everything that an object can be told, so it
- * needs no compiled-in knowledge of any class.
+ * The catalogue: the 18 classes of objects that a scene holds, with their groups of fields and
+ * their reference slots. With these queries a host discovers everything that an object can be told,
+ * so it needs no compiled-in knowledge of any class.
  *
  * A class is given by its number, VRDM_CLASS_*, and where a function says so by
  * VRDM_CLASS_SCENE_DATA, which stands for the settings of the scene as a whole. A field, in the
@@ -97,14 +97,14 @@ VRNT_API const char* vrdmObjectName(uint32_t objectClass);
 VRNT_API uint32_t vrdmFieldCount(uint32_t objectClass);
 
 /**
- * The name of the group at a position from 0, of a class or of VRDM_CLASS_SCENE_DATA: the `@name` of
- * its type. Null past the last one. Errors: none.
+ * The name of the group at a position from 0, of a class or of VRDM_CLASS_SCENE_DATA: the `@name`
+ * of its type. Null past the last one. Errors: none.
  */
 VRNT_API const char* vrdmFieldName(uint32_t objectClass, uint32_t field);
 
 /**
- * The type of the group at a position from 0, of a class or of VRDM_CLASS_SCENE_DATA: a struct whose
- * metadata gives labels, descriptions, defaults and limits (metadata.h).
+ * The type of the group at a position from 0, of a class or of VRDM_CLASS_SCENE_DATA: a struct
+ * whose metadata gives labels, descriptions, defaults and limits (metadata.h).
  * Result: a new reference, ended with vrntTypeDestroy(); null past the last group.
  * It is what vrntTypeParse() gives for the group's schema: while one is held, the same one again.
  * Errors: throws std::bad_alloc if there is no memory for it.

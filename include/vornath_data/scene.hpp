@@ -31,8 +31,8 @@ struct SceneVersions {
 /// to each other by slot number only, and nothing checks a reference. A scene can be moved, which
 /// leaves the source empty, but not copied.
 ///
-/// A Camera, Light or Material must have been given its value before the scene is written, imported,
-/// compared or printed.
+/// A Camera, Light or Material must have been given its value before the scene is written,
+/// imported, compared or printed.
 /// Threads: a scene has no lock and is used by one thread at a time. Scenes that share asset bytes
 /// or values may be used on different threads.
 class Scene {
@@ -75,11 +75,11 @@ class Scene {
   /// Adds what another scene holds to this one. Result: for each class, where its objects went.
   ///
   /// A program of which this scene has the id already becomes its first one; others are added by
-  /// their text up to the first NUL, with its id, and so are all assets, each to the lowest free slot, with its id and sharing its bytes. Instances
-  /// go behind the last slot of their class, in order: the class grows by as many slots as the
-  /// source has, of which those that the source has free stay free at the end. A value is shared,
-  /// unless it names textures by vrntTypeTexture() or a sampler of vrntTypeSampler(): then it
-  /// becomes a copy with their new numbers.
+  /// their text up to the first NUL, with its id, and so are all assets, each to the lowest free
+  /// slot, with its id and sharing its bytes. Instances go behind the last slot of their class, in
+  /// order: the class grows by as many slots as the source has, of which those that the source has
+  /// free stay free at the end. A value is shared, unless it names textures by vrntTypeTexture() or
+  /// a sampler of vrntTypeSampler(): then it becomes a copy with their new numbers.
   ///
   /// References are translated; one to anything but a live object becomes -1, and a complement in a
   /// coded list that of -1, which is 0. So a coded word for no target, 0x80000000, comes out as 0.

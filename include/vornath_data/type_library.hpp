@@ -235,8 +235,8 @@ class Type {
   }
   /// The length of refSlots(), without making the list.
   std::uint64_t refSlotCount() const noexcept { return refSlotCount_; }
-  /// The type of which refSlots() are those of one value after the other: what a long array consists
-  /// of, or this very type.
+  /// The type of which refSlots() are those of one value after the other: what a long array
+  /// consists of, or this very type.
   const Type& slotPattern() const noexcept { return slotPattern_ ? *slotPattern_ : *this; }
   /// The same type without metadata at any depth; this very type if there is none to take off.
   const Type& stripped() const noexcept { return stripped_ ? *stripped_ : *this; }

@@ -3,9 +3,9 @@
  * stand where another is expected.
  *
  * A vrntType_t* is a counted handle on an immutable, interned type. Two handles on one type compare
- * equal as pointers, and two types whose description and metadata agree are one type. Two things are
- * apart from this: a type with a value among its metadata is one of its own for each parse that the
- * table of living types' texts doesn't answer; and the payloads of an enum's constructors don't
+ * equal as pointers, and two types whose description and metadata agree are one type. Two things
+ * are apart from this: a type with a value among its metadata is one of its own for each parse that
+ * the table of living types' texts doesn't answer; and the payloads of an enum's constructors don't
  * count, so that of two enums that differ in them alone the first made stands for both.
  *
  * Shared by all functions here: a type argument is not null; a "new reference" is ended by the

@@ -94,7 +94,8 @@ VRNT_API vrntValue_t* vrntValueFromView(const vrntValue_t* value, const vrntValu
 /**
  * Reads a value, with all that it refers to, from what vrntValueSerialize() wrote. Afterwards the
  * reader stands right behind the value's last byte.
- * Errors: also those of vrntTypeParse() for a type text in the stream, and what the callback throws.
+ * Errors: also those of vrntTypeParse() for a type text in the stream, and what the callback
+ * throws.
  */
 VRNT_API vrntValue_t* vrntValueDeserialize(vrntReadFn read, void* user, vrntValuesError_t** error);
 
@@ -161,8 +162,8 @@ VRNT_API void* vrntValueData(const vrntValue_t* value);
 VRNT_API vrntValue_t* vrntValueDereference(const vrntValue_t* value, const vrntValueView_t* view);
 
 /**
- * Fills `out` with the type (borrowed from the struct type) and offset of a field within its struct;
- * a caller whose struct lies deeper adds its own offset. Result: `out`.
+ * Fills `out` with the type (borrowed from the struct type) and offset of a field within its
+ * struct; a caller whose struct lies deeper adds its own offset. Result: `out`.
  * Errors: throws VornathValuesAssertionFailure on a type that is not a struct. The index isn't
  * checked.
  */
@@ -203,8 +204,8 @@ VRNT_API void vrntValueWrite(vrntValue_t** value, uint64_t offset, const void* s
 
 /**
  * Makes the reference word at a view refer to `target`, which stays the caller's; null makes it a
- * null reference. The type of the target isn't checked. A value that is made to refer to itself becomes a copy that refers to the
- * original.
+ * null reference. The type of the target isn't checked. A value that is made to refer to itself
+ * becomes a copy that refers to the original.
  * Errors: as vrntValueMap(); nothing is written then.
  */
 VRNT_API void vrntValueSetReference(vrntValue_t** value, const vrntValueView_t* view,

@@ -7,6 +7,7 @@
 #include <cstdlib>
 #include <cstring>
 #include <ios>
+#include <new>
 #include <ostream>
 
 namespace vrnt {
@@ -17,9 +18,19 @@ constexpr std::size_t kSize = 16;
 // Tree mode sets the last-node flag in the last block, which is in every identifier that was ever
 // stored: a plain BLAKE2b of this length gives others. Its constructor allocates and a copy
 // doesn't, so that each digest begins as a copy of this one.
+// It holds no memory and never ends, since identifiers may be made while the process does.
+union FreshDigest {
+  FreshDigest() { new (&blake) CryptoPP::BLAKE2b(true, kSize); }
+  FreshDigest(const FreshDigest&) = delete;
+  FreshDigest& operator=(const FreshDigest&) = delete;
+  ~FreshDigest() {}
+
+  CryptoPP::BLAKE2b blake;
+};
+
 const CryptoPP::BLAKE2b& freshDigest() {
-  static const CryptoPP::BLAKE2b fresh{true, kSize};
-  return fresh;
+  static const FreshDigest fresh;
+  return fresh.blake;
 }
 
 class Digest {

@@ -128,8 +128,10 @@ vrntValue_t* allocateBlock(const Type& type, Fill fill) {
 
 void showTypeText(vrntValue_t* block) {
   const std::atomic_ref<const char*> shown(block->typeText);
-  if (shown.load(std::memory_order_relaxed) != nullptr) return;
-  shown.store(blockType(block).text().c_str(), std::memory_order_relaxed);
+  const char* before = shown.load(std::memory_order_acquire);
+  if (before != nullptr) return;
+  // Stored once: a host may read it as soon as it is there.
+  shown.compare_exchange_strong(before, blockType(block).text().c_str(), std::memory_order_acq_rel);
 }
 
 void tryShowTypeText(vrntValue_t* block) noexcept {

@@ -8,6 +8,7 @@
 #include "fixed_struct_types.hpp"
 #include "layout.hpp"
 #include "metadata.hpp"
+#include "ref_slots.hpp"
 #include "relations.hpp"
 #include "spectrum_value.hpp"
 #include "write_protocol.hpp"
@@ -154,13 +155,16 @@ class BoundsFiller {
   void copyFirstElement(const Type& arrayType, std::uint64_t offset) {
     const auto [element, count] = arrayElements(arrayType);
     const std::uint64_t size = element->size() * static_cast<std::uint64_t>(count);
+    // Before the first copy: words that were copied and don't count yet would be released.
+    const RefSlots slots(*element);
     for (DynamicValue& bound : bounds_) {
       char* const first = bytesOf(bound, offset);
       for (std::uint64_t done = element->size(); done < size;) {
         const std::uint64_t piece = std::min(done, size - done);
         std::memcpy(first + done, first, piece);
         for (std::uint64_t at = done; at < done + piece; at += element->size()) {
-          retainReferences(*element, first + at);
+          slots.forEach(
+              [&](std::uint64_t slot) { retainWord(loadWord(first + at + slot * kWordSize)); });
         }
         done += piece;
       }

@@ -164,6 +164,8 @@ void vrntValueUnmap(vrntValue_t* value, const vrntValueView_t* view) {
 void vrntValueWrite(vrntValue_t** value, uint64_t offset, const void* source, uint64_t size,
                     vrntValuesError_t** error) {
   const vrntValueView_t whole{(*value)->type, 0};
+  // Keeps the source alive if it lies in the very block that the handle moves away from.
+  const BlockPtr before = isExclusive(*value) ? BlockPtr() : BlockPtr(*value);
   auto* const data = static_cast<char*>(vrntValueMap(value, &whole, error));
   if (data == nullptr) return;
   if (size != 0) std::memmove(data + offset, source, size);

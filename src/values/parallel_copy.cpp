@@ -4,6 +4,7 @@
 #include <tbb/parallel_for.h>
 #include <tbb/partitioner.h>
 #include <tbb/task_arena.h>
+#include <tbb/task_group.h>
 
 #include <atomic>
 #include <cstring>
@@ -16,17 +17,31 @@ namespace {
 constexpr std::size_t kParallelFrom = 0x100000;  // bytes
 constexpr std::size_t kPieces = 16;
 
-// A scheduler that had no memory to start with lets every later call of it wait for ever, so that
-// it isn't called again.
+// A scheduler that had no memory to start with lets every call of it wait for ever, also one that
+// came while it started: one thread starts it, and after a failure it isn't called again.
 std::atomic<bool> schedulerFailed{false};
+
+bool schedulerRuns() {
+  static const bool started = [] {
+    try {
+      tbb::this_task_arena::isolate([] {});
+      return true;
+    } catch (...) {
+      return false;
+    }
+  }();
+  return started && !schedulerFailed.load(std::memory_order_relaxed);
+}
 
 void shareOut(std::size_t size,
               const std::function<void(std::size_t start, std::size_t length)>& copy) {
   tbb::this_task_arena::isolate([&] {
+    // Of its own, so that a task of the host's that is cancelled still gets the whole copy.
+    tbb::task_group_context context(tbb::task_group_context::isolated);
     tbb::parallel_for(
         tbb::blocked_range<std::size_t>(0, size, (kPieces - 1 + size) / kPieces),
         [&](const tbb::blocked_range<std::size_t>& piece) { copy(piece.begin(), piece.size()); },
-        tbb::auto_partitioner());
+        tbb::auto_partitioner(), context);
   });
 }
 
@@ -34,7 +49,7 @@ void shareOut(std::size_t size,
 
 void forEachCopyPiece(std::size_t size,
                       const std::function<void(std::size_t start, std::size_t length)>& copy) {
-  if (size >= kParallelFrom && !schedulerFailed.load(std::memory_order_relaxed)) {
+  if (size >= kParallelFrom && schedulerRuns()) {
     try {
       shareOut(size, copy);
       return;

@@ -63,6 +63,36 @@ TEST(vrntValueCreateDefault, OfSpectraReportsEachFailedAllocationAndThenSucceeds
       0u);
 }
 
+// The elements refer to more than a short list has room for, by a type that nobody has asked for
+// the list of yet.
+TEST(vrntValueCreateDefault, OfLongStructsInAnArrayKeepsTheCountsOfWhatTheyShare) {
+  const TypeHandle spectrum(vrntTypeSpectrum());
+  int failures = 0;
+  for (bool done = false; !done; ++failures) {
+    ASSERT_LT(failures, 1000);
+    std::string text = "{ ";
+    for (int i = 0; i < 65; ++i) {
+      text += std::string(vrntTypeString(spectrum.get())) + " @label=\"" +
+              std::to_string(failures) + "\" a" + std::to_string(i) + "; ";
+    }
+    const TypeHandle type = parseType(text + "}[2]");
+    vrntValuesError_t* error = nullptr;
+    vrntValue_t* value = nullptr;
+    {
+      const vornath_test::FailNthAllocation failure(static_cast<std::uint64_t>(failures));
+      value = vrntValueCreateDefault(type.get(), &error);
+    }
+    done = value != nullptr;
+    if (done) {
+      vrntValueDestroy(value);
+    } else {
+      ASSERT_NE(error, nullptr);
+      EXPECT_EQ(vrntValuesErrorCode(error), std::uint32_t{VRNT_OUT_OF_MEMORY});
+    }
+  }
+  EXPECT_GT(failures, 10);
+}
+
 // The conversion has no error location: a failed allocation passes as it is, and nothing is
 // written.
 TEST(vrntSpectrumConvert, LetsAFailedAllocationThrough) {

@@ -4,6 +4,7 @@
 
 #include <algorithm>
 #include <array>
+#include <cstdlib>
 #include <cstring>
 #include <iomanip>
 #include <set>
@@ -115,6 +116,24 @@ TEST(UniqueIdHash, IsTheSameOnEveryThread) {
   }
   for (std::thread& thread : threads) thread.join();
   for (const UniqueId& id : ids) EXPECT_EQ(print(id), kAbcDigest);
+}
+
+struct HashAtTheEnd {
+  HashAtTheEnd() = default;
+  HashAtTheEnd(const HashAtTheEnd&) = delete;
+  HashAtTheEnd& operator=(const HashAtTheEnd&) = delete;
+  ~HashAtTheEnd() { std::_Exit(print(UniqueId::hash("abc")) == kAbcDigest ? 7 : 1); }
+};
+
+// The object ends after everything that the first hash made.
+TEST(UniqueIdHashDeathTest, IsTheSameWhileTheProcessEnds) {
+  EXPECT_EXIT(
+      {
+        static const HashAtTheEnd last;
+        static_cast<void>(UniqueId::hash("first"));
+        std::exit(0);
+      },
+      testing::ExitedWithCode(7), "");
 }
 
 TEST(UniqueIdHasher, IsOnePointer) { EXPECT_EQ(sizeof(UniqueId::Hasher), sizeof(void*)); }

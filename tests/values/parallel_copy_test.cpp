@@ -3,7 +3,9 @@
 
 #include <gtest/gtest.h>
 #include <tbb/global_control.h>
+#include <tbb/parallel_for.h>
 #include <tbb/task_arena.h>
+#include <tbb/task_group.h>
 
 #include <algorithm>
 #include <chrono>
@@ -42,6 +44,21 @@ TEST(ParallelCopy, OfLessThanAMebibyteIsOnePiece) {
   for (const std::size_t size : {std::size_t{1}, std::size_t{4096}, kMebibyte - 1}) {
     EXPECT_EQ(piecesOf(size), (Pieces{{0, size}})) << size;
   }
+}
+
+// Whoever copies a container in a task of its own that is cancelled relies on the copy.
+TEST(ParallelCopy, IsWholeInATaskThatIsCancelled) {
+  const std::vector<char> source(8 * kMebibyte, 'x');
+  std::vector<char> copy(source.size());
+  tbb::task_group_context context;
+  tbb::parallel_for(
+      0, 1,
+      [&](int) {
+        context.cancel_group_execution();
+        qex::vornath::parallelMemcpy(copy.data(), source.data(), source.size());
+      },
+      tbb::auto_partitioner(), context);
+  EXPECT_EQ(copy, source);
 }
 
 TEST(ParallelCopy, FromAMebibyteOnIsSplitIntoPiecesSideBySide) {
