@@ -10,7 +10,6 @@ namespace {
 
 using namespace vornath_test;
 
-constexpr int kLinks = 1'000'000;
 constexpr char kLink[] = "{ void* next; int number; }";
 
 class MillionLinks : public testing::Test {
@@ -87,7 +86,7 @@ TEST_F(MillionLinks, AreCoercedAndSpecialized) {
 // A value that refers to the next one twice, and so on: what went all ways would never end.
 class SharedOnEachLevel : public testing::Test {
  protected:
-  static constexpr int kLevels = 100'000;
+  static constexpr int kLevels = kDepth;
 
   static ValueHandle make(std::int32_t number, int levels = kLevels) {
     const TypeHandle type = parseType("{ void* a; int n; void* b; }");

@@ -7,11 +7,11 @@
 #include <functional>
 #include <string>
 
+#include "support/depth.hpp"
 #include "support/small_stack.hpp"
 
 namespace vornath_test {
 
-inline constexpr int kDepth = 100'000;
 // Bytes. One level costs a type, its entries in the tables and its place on the parser's stack.
 inline constexpr std::uint64_t kMostMemory = 200'000'000;
 

@@ -16,8 +16,6 @@ namespace {
 using namespace vornath_test;
 using vrnt::data::Scene;
 
-constexpr int kLinks = 1'000'000;
-
 ValueHandle zerosOf(const std::string& typeText) {
   const TypeHandle type = parseType(typeText);
   vrntValuesError_t* error = nullptr;

@@ -1,14 +1,13 @@
 // Long chains of references, on a thread with as little stack as a host may have.
 #include <cstring>
 
+#include "support/depth.hpp"
 #include "support/flat_handles.hpp"
 #include "support/small_stack.hpp"
 
 namespace {
 
 using namespace vornath_test;
-
-constexpr int kLinks = 1000000;
 
 // A chain in which each value refers to the next through the field or word at `offset`.
 ValueHandle chain(const char* typeText, std::uint64_t offset, int links) {
