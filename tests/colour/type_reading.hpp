@@ -70,6 +70,12 @@ inline ValueHandle defaultOf(const vrntType_t* type) {
   return value;
 }
 
+// Where a handle's type is, or was: the handle is ended.
+inline const vrntType_t* endedAddress(const vrntType_t* handle) {
+  vrntTypeDestroy(handle);
+  return handle;
+}
+
 // The @default of a type, as text; empty if there is none.
 inline std::string defaultEntry(const vrntType_t* type) {
   if (vrntMetadataExists(type, "default") == 0) return "";

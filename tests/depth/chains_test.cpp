@@ -95,7 +95,7 @@ class SharedOnEachLevel : public testing::Test {
     ValueHandle value = parseValue(std::to_string(number));
     for (int i = 0; i < levels; ++i) {
       vrntValue_t* both = vrntValueCreate(type.get(), &error);
-      for (const std::uint64_t offset : {0, 16}) {
+      for (const std::uint64_t offset : {0U, 16U}) {
         const vrntValueView_t view{reference.get(), offset};
         vrntValueSetReference(&both, &view, value.get(), &error);
       }

@@ -167,7 +167,7 @@ TEST(SharedScene, IsWrittenReadAndImportedAsManyTimesAsItHasValues) {
   ValueHandle value = parseValue("5");
   for (int i = 0; i < kLevels; ++i) {
     vrntValue_t* both = vrntValueCreate(type.get(), &error);
-    for (const std::uint64_t offset : {0, 8}) {
+    for (const std::uint64_t offset : {0U, 8U}) {
       const vrntValueView_t view{reference.get(), offset};
       vrntValueSetReference(&both, &view, value.get(), &error);
     }

@@ -47,7 +47,6 @@ TEST(FirstUse, OfTheDigestRaisesEachFailedAllocation) {
 }
 
 TEST(FirstUse, OfParsesReportsEachFailedAllocation) {
-  vrnt::UniqueId id;
   int failures = 0;
   for (vrntType_t* type = nullptr; type == nullptr && failures < 10'000; ++failures) {
     vrntValuesError_t* error = nullptr;
