@@ -216,6 +216,25 @@ TEST(DynamicValueForeign, StoresTheAddressInTheForeignForm) {
   EXPECT_EQ(at<std::uint64_t>(DynamicValue::foreign(type("void*"), 0)), 0u);
 }
 
+TEST(DynamicValueArray, OfThreeExtentsTakesItsElementsInOrder) {
+  const DynamicValue v =
+      DynamicValue::array({value("1"), value("2"), value("3"), value("4")}, index3{2, 1, 2});
+  EXPECT_EQ(v.typeOf().text(), "int[2,1,2]");
+  for (int i = 0; i < 4; ++i) EXPECT_EQ(at<std::int32_t>(v, 4 * i), i + 1);
+  EXPECT_REFUSED(DynamicValue::array({}, index3{0, 0, 0}),
+                 "Empty array without type is not allowed.");
+}
+
+TEST(HeapValue, OfAValueSharesItsBlock) {
+  const DynamicValue v = value("1");
+  {
+    const HeapValue<DynamicValue> boxed(v);
+    EXPECT_EQ((*boxed).block(), v.block());
+    EXPECT_EQ(count(v), 2u);
+  }
+  EXPECT_EQ(count(v), 1u);
+}
+
 TEST(DynamicValueStructure, DerivesItsTypeFromTheFields) {
   const DynamicValue target = value("7");
   const DynamicValue v = DynamicValue::structure({{"a", value("1c")},
