@@ -17,7 +17,8 @@ namespace qex::vornath::build {
 class Draft {
  public:
   Draft() = default;
-  /// A value that is whole.
+  /// A value that is whole: one will do wherever a draft is expected.
+  // NOLINTNEXTLINE(google-explicit-constructor)
   Draft(const DynamicValue& value) : type_(value.type()), whole_(value.block()) {}
 
   /// One value made of others, each at its offset: `place(i)` gives that of the part with index i.
