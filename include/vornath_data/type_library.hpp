@@ -162,7 +162,7 @@ class Type {
   struct TArrayND {
     TArrayND(TypePtr elementType, std::optional<D> extents);
 
-    static constexpr int kRank = sizeof(D) / sizeof(int);
+    static constexpr int kRank = sizeof(D) / 4;
 
     TypePtr element;
     std::optional<D> shape;
