@@ -5,6 +5,7 @@
 #include "nests.hpp"
 #include "peak_bytes.hpp"
 #include "support/flat_handles.hpp"
+#include "support/value_stream.hpp"
 
 namespace {
 
@@ -122,27 +123,13 @@ TEST_F(SharedOnEachLevel, IsComparedOncePerValue) {
 
 TEST_F(SharedOnEachLevel, IsStreamedOncePerValueAndStaysShared) {
   onWorkerStack([] {
-    struct Stream {
-      std::string bytes;
-      std::size_t position = 0;
-    } stream;
+    Stream stream;
     const ValueHandle value = make(1);
     vrntValuesError_t* error = nullptr;
-    vrntValueSerialize(
-        value.get(),
-        [](const void* bytes, std::uint64_t size, void* user) {
-          static_cast<Stream*>(user)->bytes.append(static_cast<const char*>(bytes), size);
-        },
-        &stream, &error);
+    vrntValueSerialize(value.get(), Stream::write, &stream, &error);
     // A length, a text, an id and three words for each level; and the number.
     EXPECT_EQ(stream.bytes.size(), std::size_t{kLevels} * (8 + 28 + 8 + 24) + 8 + 3 + 8 + 4);
-    const ValueHandle back(vrntValueDeserialize(
-        [](void* bytes, std::uint64_t size, void* user) {
-          auto& from = *static_cast<Stream*>(user);
-          std::memcpy(bytes, from.bytes.data() + from.position, size);
-          from.position += size;
-        },
-        &stream, &error));
+    const ValueHandle back(vrntValueDeserialize(Stream::read, &stream, &error));
     ASSERT_NE(back, nullptr);
     EXPECT_EQ(stream.position, stream.bytes.size());
     EXPECT_EQ(readAt<std::uint64_t>(back, 0), readAt<std::uint64_t>(back, 16));

@@ -4,24 +4,11 @@
 #include "nests.hpp"
 #include "peak_bytes.hpp"
 #include "support/flat_handles.hpp"
+#include "support/value_stream.hpp"
 
 namespace {
 
 using namespace vornath_test;
-
-struct Stream {
-  std::string bytes;
-  std::size_t position = 0;
-
-  static void write(const void* bytes, std::uint64_t size, void* user) {
-    static_cast<Stream*>(user)->bytes.append(static_cast<const char*>(bytes), size);
-  }
-  static void read(void* bytes, std::uint64_t size, void* user) {
-    auto& from = *static_cast<Stream*>(user);
-    std::memcpy(bytes, from.bytes.data() + from.position, size);
-    from.position += size;
-  }
-};
 
 vrntValueView_t whole(const ValueHandle& value) { return {vrntValueType(value.get()), 0}; }
 

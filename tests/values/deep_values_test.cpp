@@ -4,6 +4,7 @@
 #include "support/depth.hpp"
 #include "support/flat_handles.hpp"
 #include "support/small_stack.hpp"
+#include "support/value_stream.hpp"
 
 namespace {
 
@@ -58,26 +59,12 @@ TEST_P(LongChain, IsCompared) {
 
 TEST_P(LongChain, IsWrittenAndRead) {
   onStack(kWorkerStack, [this] {
-    struct Stream {
-      std::string bytes;
-      std::size_t position = 0;
-    } stream;
+    Stream stream;
     const ValueHandle value = make();
     vrntValuesError_t* error = nullptr;
-    vrntValueSerialize(
-        value.get(),
-        [](const void* bytes, std::uint64_t size, void* user) {
-          static_cast<Stream*>(user)->bytes.append(static_cast<const char*>(bytes), size);
-        },
-        &stream, &error);
+    vrntValueSerialize(value.get(), Stream::write, &stream, &error);
     ASSERT_EQ(error, nullptr);
-    const ValueHandle back(vrntValueDeserialize(
-        [](void* bytes, std::uint64_t size, void* user) {
-          auto& from = *static_cast<Stream*>(user);
-          std::memcpy(bytes, from.bytes.data() + from.position, size);
-          from.position += size;
-        },
-        &stream, &error));
+    const ValueHandle back(vrntValueDeserialize(Stream::read, &stream, &error));
     ASSERT_EQ(error, nullptr);
     EXPECT_EQ(stream.position, stream.bytes.size());
     const vrntValueView_t view{vrntValueType(value.get()), 0};
