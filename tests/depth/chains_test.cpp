@@ -1,6 +1,5 @@
 // A chain of a million references between values of one short type. What it takes to print, compare
 // and stream one is tested beside the values.
-#include <cstring>
 
 #include "nests.hpp"
 #include "peak_bytes.hpp"
