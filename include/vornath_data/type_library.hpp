@@ -185,9 +185,12 @@ class Type {
   Type(const Type&) = delete;
   Type& operator=(const Type&) = delete;
 
-  /// The process's factory. With `create` it is made if there is none yet; without, an empty
-  /// pointer is returned then (an object of its own: ask again to see a factory made later). The
-  /// reference stays valid until the library is unloaded.
+  /// The one pointer to the process's factory. With `create` the factory is made if there is none;
+  /// without, the pointer is empty until the first use of a type, and again once the library's
+  /// static destructors have run. The reference stays valid until the library is unloaded, and sees
+  /// a factory that is made later.
+  /// Threads: any may call this. Reading the pointer beside the first use of a type is a race, as
+  /// that use writes it: ask with `create` there.
   VRNT_API static const std::shared_ptr<Factory>& get_factory(bool create);
 
   /// The type of a text. Throws what the parse throws.

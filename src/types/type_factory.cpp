@@ -11,9 +11,27 @@ namespace qex::vornath {
 namespace {
 
 std::mutex creationMutex;
-std::atomic<bool> created{false};
-std::shared_ptr<Type::Factory> factory;
-const std::shared_ptr<Type::Factory> none;
+std::atomic<bool> created{false};  // whether `factory` may be read without the mutex
+
+// The one pointer to the factory. Nothing destroys it: a host that comes back after the library's
+// static destructors finds it empty.
+union FactoryPlace {
+  constexpr FactoryPlace() : pointer() {}
+  ~FactoryPlace() {}  // NOLINT(modernize-use-equals-default): that would be a deleted one
+
+  std::shared_ptr<Type::Factory> pointer;
+};
+constinit FactoryPlace factory;
+
+// Ends the factory when the library is unloaded.
+struct FactoryEnd {
+  ~FactoryEnd() {
+    const std::lock_guard guard(creationMutex);
+    created.store(false, std::memory_order_release);
+    factory.pointer.reset();
+  }
+};
+const FactoryEnd factoryEnd;
 
 TypePtr twin(const TypePtr& type) { return type ? TypePtr(&type->stripped()) : TypePtr(); }
 
@@ -100,14 +118,13 @@ std::uint64_t textDigest(std::string_view text) {
 }  // namespace
 
 const std::shared_ptr<Type::Factory>& Type::get_factory(bool create) {
-  if (created.load(std::memory_order_acquire)) return factory;
-  if (!create) return none;
+  if (!create || created.load(std::memory_order_acquire)) return factory.pointer;
   const std::lock_guard guard(creationMutex);
-  if (!factory) {
-    factory = std::make_shared<Factory>();
+  if (!factory.pointer) {
+    factory.pointer = std::make_shared<Factory>();
     created.store(true, std::memory_order_release);
   }
-  return factory;
+  return factory.pointer;
 }
 
 TypePtr Type::parse(std::string_view text) { return get_factory(true)->parseType(text); }
