@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <boost/container/small_vector.hpp>
+#include <limits>
 #include <new>
 #include <utility>
 
@@ -14,29 +15,29 @@ namespace {
 constexpr std::uint64_t kWord = 8;
 constexpr std::uint64_t kStructMinimum = 4;  // bytes, of size and of alignment
 
-// Sizes and offsets stop here instead of running over: no memory holds such a value, and a size
-// that had run over would pass for a small one.
-constexpr std::uint64_t kHuge = std::uint64_t{1} << 63;
+// Where 64 bits don't hold a size or an offset, it stops here instead of running over: what had run
+// over would pass for a small one.
+constexpr std::uint64_t kMost = std::numeric_limits<std::uint64_t>::max();
 
-std::uint64_t sum(std::uint64_t a, std::uint64_t b) {
-  return a >= kHuge || b >= kHuge - a ? kHuge : a + b;
-}
+std::uint64_t sum(std::uint64_t a, std::uint64_t b) { return b > kMost - a ? kMost : a + b; }
 
 std::uint64_t product(std::uint64_t a, std::uint64_t b) {
-  return b != 0 && a > kHuge / b ? kHuge : a * b;
+  return b != 0 && a > kMost / b ? kMost : a * b;
 }
 
 std::uint64_t alignUp(std::uint64_t position, std::uint64_t alignment) {
-  return sum(position, alignment - 1) / alignment * alignment;
+  const std::uint64_t beyond = position & (alignment - 1);  // alignments are powers of two
+  return beyond == 0 ? position : sum(position, alignment - beyond);
 }
 
 // A count that ran over to below 0 gives a negative size, which as an unsigned one is beyond all
 // memory.
 std::uint64_t arraySize(std::int32_t count, std::uint64_t elementSize) {
   if (count >= 0) return product(static_cast<std::uint64_t>(count), elementSize);
+  constexpr std::uint64_t kLeast = std::uint64_t{1} << 63;  // the magnitude of the least number
   const std::uint64_t magnitude =
       product(static_cast<std::uint64_t>(-std::int64_t{count}), elementSize);
-  return magnitude >= kHuge ? kHuge : 0 - magnitude;
+  return magnitude > kLeast ? kMost : 0 - magnitude;
 }
 
 std::int32_t product32(std::initializer_list<std::int32_t> extents) {

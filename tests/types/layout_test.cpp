@@ -120,20 +120,53 @@ TEST(ArrayLayout, MultipliesExtentsInThirtyTwoBitsAndTheSizeInSixtyFour) {
   expectLayout("char[65537,65537,1,1]", 131073, 1);
 }
 
-// 2^63: no memory holds such a value, and a size that ran over would pass for a small one.
-TEST(ArrayLayout, StopsAtASizeBeyondAllMemory) {
-  constexpr std::uint64_t beyond = std::uint64_t{1} << 63;
-  expectLayout("int[65536][65536][65536][65536]", beyond, 4);
-  expectLayout("int[1073741824][1073741824][16]", beyond, 4);
+TEST(ArrayLayout, IsExactAsLongAsSixtyFourBitsHoldIt) {
+  expectLayout("int[2147483647][2147483647]", 18446744056529682436u, 4);
+  expectLayout("char[2147483647][2147483647][3]", 13835058042397261827u, 1);
+  expectLayout("char[2147483647][2147483647][4]", 18446744056529682436u, 1);
+  expectLayout("float4[1073741824][1073741823]", 18446744056529682432u, 16);
+  // 2^64 - 1 is 4294967297 * 4294967295, and the factors are 641 * 6700417 and 65535 * 65537.
+  expectLayout("char[641][6700417][65535][65537]", 18446744073709551615u, 1);
 }
 
-TEST(StructLayout, StopsAtASizeBeyondAllMemory) {
-  constexpr std::uint64_t beyond = std::uint64_t{1} << 63;
-  expectLayout("{ char[64,67108863] a; int[32] b; }", beyond, 4);
+TEST(ArrayLayout, OfANegativeProductIsThatProductInSixtyFourBits) {
+  expectLayout("char[65536,32768]", 18446744071562067968u, 1);  // -2^31
+  expectLayout("int[64,67108863]", 18446744073709551360u, 4);   // -64 * 4
+  expectLayout("char[65536][65536][65536,32768]", 9223372036854775808u, 1);  // -2^63
+}
+
+// A size that ran over would pass for a small one.
+TEST(ArrayLayout, StopsAtTheMostWhereSixtyFourBitsDoNotHoldTheSize) {
+  constexpr std::uint64_t most = 18446744073709551615u;
+  expectLayout("int[65536][65536][65536][65536]", most, 4);
+  expectLayout("int[1073741824][1073741824][16]", most, 4);
+  expectLayout("int[1073741824][1073741824][4]", most, 4);
+  expectLayout("int[2147483647][2147483647][2]", most, 4);
+  // -2^63 is the least; -2^64 would pass for 0.
+  expectLayout("char[65536][65536][2][65536,32768]", most, 1);
+  expectLayout("char[65536][65537][65536,32768]", most, 1);
+}
+
+TEST(StructLayout, IsExactAsLongAsSixtyFourBitsHoldIt) {
+  EXPECT_EQ(offsetsOf("{ char[2147483647][2147483647][3] a; int b; }"),
+            (Words{0, 13835058042397261828u}));
+  expectLayout("{ char[2147483647][2147483647][3] a; int b; }", 13835058042397261832u, 4);
   expectLayout(
       "{ char[2147483647][2147483647] a; char[2147483647][2147483647] b; "
       "char[2147483647][2147483647] c; }",
-      beyond, 4);
+      13835058042397261828u, 4);
+  // 18446744073709551612 is the largest multiple of 4.
+  expectLayout("{ int[2147483647][2147483647] a; char[2147483647][8] b; }", 18446744073709551612u, 4);
+}
+
+TEST(StructLayout, StopsAtTheMostWhereSixtyFourBitsDoNotHoldAnOffsetOrTheSize) {
+  constexpr std::uint64_t most = 18446744073709551615u;
+  expectLayout("{ char[64,67108863] a; int[32] b; }", most, 4);
+  expectLayout("{ char[641][6700417][65535][65537] a; }", most, 4);
+  constexpr char kBehindIt[] = "{ char[641][6700417][65535][65537] a; int b; char c; }";
+  EXPECT_EQ(offsetsOf(kBehindIt), (Words{0, most, most}));
+  expectLayout(kBehindIt, most, 4);
+  expectLayout("{ int[2147483647][2147483647] a; char[2147483647][8] b; char c; }", most, 4);
 }
 
 TEST(ReferenceLayout, IsOneWord) {
