@@ -121,7 +121,8 @@ VRNT_API vrntValue_t* vrntCoerce(const vrntType_t* type, const vrntValue_t* valu
  * stays whole. A value's own type carries no marks, so `type` is the annotated type that describes
  * it. `value` stays as it is, and the caller's.
  * Errors: kind 0 with "Incompatible type for value -> {}." and the reason if the value may not
- * stand for `type`; kind 2 if the value is an array without extents; the out-of-memory object.
+ * stand for `type`; kind 2 if `type` is an array without extents, whatever the value has; the
+ * out-of-memory object.
  */
 VRNT_API vrntValue_t* vrntBuildSpecializationParameters(const vrntType_t* type,
                                                         const vrntValue_t* value,

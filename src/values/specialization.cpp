@@ -62,7 +62,8 @@ class Planner : private PairPlanner<Planner, Outcome, std::size_t> {
   template <typename D>
   void open(const Type& value, const Type& annotated, const Type::TArrayND<D>& array) {
     const auto& own = std::get<Type::TArrayND<D>>(value.desc());
-    if (!own.shape) throw std::bad_optional_access();
+    // The elements to visit are those of the type that is passed.
+    if (!array.shape || !own.shape) throw std::bad_optional_access();
     frames_.push_back({&value, &annotated, {{own.element.get(), array.element.get()}}, {}, 0});
   }
 

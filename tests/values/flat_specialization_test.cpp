@@ -84,11 +84,6 @@ TEST(vrntBuildSpecializationParameters, LeavesTheValueAlone) {
   EXPECT_EQ(value->refCount, 1u);
 }
 
-TEST(vrntBuildSpecializationParameters, TakesTheExtentsOfTheValue) {
-  EXPECT_EQ(specialized("{ int a; int @no_specialize b; }[]", "[ { a = 1; b = 2; } ]"),
-            "[ { a = 1; } ]");
-}
-
 TEST(vrntBuildSpecializationParameters, RefusesAValueThatDoesNotRelate) {
   const std::pair<const char*, const char*> cases[] = {
       {"float", "Incompatible type for value -> type { a; } does not match type float."},
@@ -110,6 +105,15 @@ TEST(vrntBuildSpecializationParameters, RefusesOpenExtents) {
   const Failure failure = failureOf("int[]", value);
   EXPECT_EQ(failure.kind, 2u);
   EXPECT_EQ(failure.message, std::bad_optional_access().what());
+}
+
+TEST(vrntBuildSpecializationParameters, RefusesATypeOfOpenExtentsForAValueThatHasThem) {
+  for (const auto& [typeText, valueText] :
+       {std::pair("float[]", "[ 1.0, 2.0 ]"), std::pair("int[,]", "[ 1, 2 | 2, 1 ]")}) {
+    const Failure failure = failureOf(typeText, parseValue(valueText));
+    EXPECT_EQ(failure.kind, 2u);
+    EXPECT_EQ(failure.message, std::bad_optional_access().what());
+  }
 }
 
 }  // namespace
