@@ -43,7 +43,8 @@ VRNT_API const char* vrntMetadataString(const vrntType_t* type, const char* key)
 /**
  * The value of an entry. The entry must exist; of another kind it throws
  * VornathValuesAssertionFailure. Result: a new reference, ended with vrntValueDestroy(); the value
- * is shared with the type and copied on the first write.
+ * is shared with the type and copied on the first write. Throws std::bad_alloc if there is no
+ * memory for a long text of the value's type that nobody has asked for before.
  */
 VRNT_API vrntValue_t* vrntMetadataValue(const vrntType_t* type, const char* key);
 

@@ -109,11 +109,26 @@ class Type {
 
   /// Scalars and short vectors. The numbers are part of the order of types.
   enum class TBasetype : std::int32_t {
-    Bool, Bool2, Bool3, Bool4,
-    Int, Int2, Int3, Int4,
-    Float, Float2, Float3, Float4,
-    Char, Char2, Char3, Char4,
-    Half, Half2, Half3, Half4
+    Bool,
+    Bool2,
+    Bool3,
+    Bool4,
+    Int,
+    Int2,
+    Int3,
+    Int4,
+    Float,
+    Float2,
+    Float3,
+    Float4,
+    Char,
+    Char2,
+    Char3,
+    Char4,
+    Half,
+    Half2,
+    Half3,
+    Half4
   };
 
   /// A field of a struct. Throws "Not a concrete type: {}." for a type without a definite size.
@@ -238,6 +253,9 @@ class Type {
   }
   /// The length of refSlots(), without making the list.
   std::uint64_t refSlotCount() const noexcept { return refSlotCount_; }
+  /// How many references of a value can lead from one to the next as far as the type tells: 0
+  /// without any, 1 for a `void*`, one more than the target's for any other reference.
+  std::uint32_t referenceDepth() const noexcept { return referenceDepth_; }
   /// The type of which refSlots() are those of one value after the other: what a long array
   /// consists of, or this very type.
   const Type& slotPattern() const noexcept { return slotPattern_ ? *slotPattern_ : *this; }
@@ -279,6 +297,7 @@ class Type {
   bool concrete_ = false;
   bool deepConcrete_ = false;
   std::uint64_t refSlotCount_ = 0;
+  std::uint32_t referenceDepth_ = 0;
   const Type* slotPattern_ = nullptr;  // of a long array: a type that desc_ keeps alive
   const Made* made_ = &kMade;
   TextSum textSum_;  // of a long text only
@@ -293,7 +312,8 @@ class Type {
   std::weak_ptr<Factory> factory_;
   TypePtr stripped_;
   mutable std::atomic<const HeapValue<DynamicValue>*> keptDefault_{nullptr};
-  mutable const Type* nextEnded_ = nullptr;  // the factory's chain of types that are to be destroyed
+  mutable const Type* nextEnded_ =
+      nullptr;  // the factory's chain of types that are to be destroyed
 };
 
 using TypeDesc = Type::TypeDesc;

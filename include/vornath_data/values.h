@@ -33,9 +33,10 @@ VRNT_BEGIN_DECLS
  */
 typedef struct vrntValue_t {
   char magic[8];         /**< "vrntval" and a zero byte: tells a block from a text */
-  const char* typeText;  /**< the canonical text of the type, inside the type; null only if it
-                              is very long and no function has handed the block out yet, or there
-                              was no memory for it when one did */
+  const char* typeText;  /**< the canonical text of the type, inside the type: in each block that a
+                              function handed out and in those that its words lead to. Null only in
+                              the middle of a nest of more than 64 references, which a host walks by
+                              reading words instead of vrntValueDereference() */
   vrntType_t* type;      /**< holds one reference */
   uint64_t* shadowRefs;  /**< a word for each reference in the type, zero between writes, or null */
   void (*freeFn)(void*); /**< releases this block and shadowRefs */
@@ -158,7 +159,7 @@ VRNT_API void* vrntValueData(const vrntValue_t* value);
  * new reference; for an address of the embedder's own a new value of the referred type, copied from
  * that address.
  * Errors: throws, for an embedder's address, std::bad_variant_access if the view's type is not a
- * reference, VornathValuesAssertionFailure if it is `void*`, and std::bad_alloc.
+ * reference, and VornathValuesAssertionFailure if it is `void*`; std::bad_alloc.
  */
 VRNT_API vrntValue_t* vrntValueDereference(const vrntValue_t* value, const vrntValueView_t* view);
 
@@ -224,8 +225,8 @@ VRNT_API void vrntValueSetReference(vrntValue_t** value, const vrntValueView_t* 
  * reason would print such a code. Don't compare cycles of references.
  */
 VRNT_API int32_t vrntValueEqual(const vrntValue_t* a, const vrntValueView_t* viewA,
-                                const vrntValue_t* b, const vrntValueView_t* viewB,
-                                float tolerance, char** reason);
+                                const vrntValue_t* b, const vrntValueView_t* viewB, float tolerance,
+                                char** reason);
 
 /**
  * Prints the value at a view in the language that vrntValueParse() reads.

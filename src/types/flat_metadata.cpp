@@ -47,5 +47,5 @@ const char* vrntMetadataString(const vrntType_t* type, const char* key) {
 vrntValue_t* vrntMetadataValue(const vrntType_t* type, const char* key) {
   const auto* value = std::get_if<HeapValue<DynamicValue>>(&entryOf(type, key));
   if (!value) throw VornathValuesAssertionFailure();
-  return qex::vornath::shareMetadataValue(**value);
+  return qex::vornath::allocateValue(**value);
 }

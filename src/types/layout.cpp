@@ -50,19 +50,20 @@ constexpr std::uint64_t kMostSlots = std::uint64_t{1} << 60;  // more than any m
 
 Layout layoutOf(Type::TBasetype base) {
   const std::uint64_t size = baseTypeInfo(base).size;
-  return {size, size, true, true, 0};
+  return {size, size, true, true, 0, 0};
 }
 
-Layout layoutOf(const Type::TEnum&) { return {4, 4, true, true, 0}; }
+Layout layoutOf(const Type::TEnum&) { return {4, 4, true, true, 0, 0}; }
 
 Layout layoutOf(const Type::TStruct& structure) {
-  Layout layout{0, kStructMinimum, true, true, 0};
+  Layout layout{0, kStructMinimum, true, true, 0, 0};
   for (std::size_t i = 0; i < structure.fields.size(); ++i) {
     const Type& type = *structure.fields[i].type;
     layout.alignment = std::max(layout.alignment, type.alignment());
     layout.size = sum(structure.offsets[i], type.size());
     layout.deepConcrete = layout.deepConcrete && type.deepConcrete();
     layout.refSlotCount += type.refSlotCount();
+    layout.referenceDepth = std::max(layout.referenceDepth, type.referenceDepth());
     if (layout.refSlotCount > kMostSlots) throw std::bad_alloc();
   }
   layout.size = alignUp(std::max(layout.size, kStructMinimum), layout.alignment);
@@ -72,7 +73,7 @@ Layout layoutOf(const Type::TStruct& structure) {
 template <typename D>
 Layout layoutOf(const Type::TArrayND<D>& array) {
   const Type& element = *array.element;
-  Layout layout{0, element.alignment(), false, false, 0};
+  Layout layout{0, element.alignment(), false, false, 0, element.referenceDepth()};
   if (!array.shape) return layout;
   const std::int32_t count = elementCount(*array.shape);
   layout.size = arraySize(count, element.size());
@@ -87,10 +88,15 @@ Layout layoutOf(const Type::TArrayND<D>& array) {
 }
 
 Layout layoutOf(const Type::TRef& reference) {
-  return {kWord, kWord, true, reference.target && reference.target->deepConcrete(), 1};
+  if (!reference.target) return {kWord, kWord, true, false, 1, 1};
+  const std::uint32_t depth = reference.target->referenceDepth();
+  constexpr std::uint32_t kDeepest = std::numeric_limits<std::uint32_t>::max();
+  return {kWord, kWord,
+          true,  reference.target->deepConcrete(),
+          1,     depth < kDeepest ? depth + 1 : depth};
 }
 
-Layout layoutOf(const Type::TFun&) { return {2 * kWord, kWord, true, true, 2}; }
+Layout layoutOf(const Type::TFun&) { return {2 * kWord, kWord, true, true, 2, 0}; }
 
 // Lists the references of nested parts, the innermost ones first.
 class SlotLister {

@@ -25,6 +25,7 @@ struct Layout {
   bool concrete;
   bool deepConcrete;
   std::uint64_t refSlotCount;
+  std::uint32_t referenceDepth;  // see Type::referenceDepth()
 };
 
 /// Throws vrnt::Exception "Illegal base type." for a base type out of range, and std::bad_alloc.

@@ -138,6 +138,7 @@ Type::Type(TypeDesc desc, const Metadata& metadata, TypePtr stripped,
   concrete_ = layout.concrete;
   deepConcrete_ = layout.deepConcrete;
   refSlotCount_ = layout.refSlotCount;
+  referenceDepth_ = layout.referenceDepth;
   if (refSlotCount_ <= kFewRefSlots) {
     fewRefSlots_ = computeRefSlots(desc_, refSlotCount_);
     refSlots_.store(&fewRefSlots_, std::memory_order_relaxed);

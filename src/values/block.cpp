@@ -126,16 +126,40 @@ vrntValue_t* allocateBlock(const Type& type, Fill fill) {
   return block;
 }
 
-void showTypeText(vrntValue_t* block) {
-  const std::atomic_ref<const char*> shown(block->typeText);
-  const char* before = shown.load(std::memory_order_acquire);
-  if (before != nullptr) return;
+void makeTypeText(vrntValue_t* block) {
   // Stored once: a host may read it as soon as it is there.
-  shown.compare_exchange_strong(before, blockType(block).text().c_str(), std::memory_order_acq_rel);
+  const char* none = nullptr;
+  std::atomic_ref(block->typeText)
+      .compare_exchange_strong(none, blockType(block).text().c_str(), std::memory_order_acq_rel);
 }
 
-void tryShowTypeText(vrntValue_t* block) noexcept {
-  reportFailureAs(false, [block] { return showTypeText(block), true; });
+void tryMakeTypeText(vrntValue_t* block) noexcept {
+  reportFailureAs(false, [block] { return makeTypeText(block), true; });
+}
+
+namespace {
+
+template <typename Call>
+void forEachTarget(const vrntValue_t* block, Call&& call) {
+  const char* const data = blockData(block);
+  RefSlots(blockType(block)).forEach([&](std::uint64_t slot) {
+    const std::uint64_t word = loadWord(data + slot * kWordSize);
+    if (isBlockWord(word)) call(blockOfWord(word));
+  });
+}
+
+}  // namespace
+
+void showToHost(vrntValue_t* block) {
+  forEachTarget(block, [](vrntValue_t* target) { showTypeText(target); });
+  showTypeText(block);
+}
+
+void showTargets(const vrntValue_t* block) {
+  const bool deep = isDeep(blockType(block));
+  forEachTarget(block, [deep](vrntValue_t* target) {
+    if (!showsTypeText(target) && !(deep && isDeep(blockType(target)))) makeTypeText(target);
+  });
 }
 
 void discardBlock(vrntValue_t* block) noexcept { freeBlock(block); }

@@ -114,13 +114,54 @@ enum class Fill { Zero, Undefined };
 /// doesn't know the text. Throws std::bad_alloc.
 vrntValue_t* allocateBlock(const Type& type, Fill fill);
 
-/// Makes sure that the block knows the text of its type: for one that a host gets to see. Throws
-/// std::bad_alloc.
-void showTypeText(vrntValue_t* block);
+// The texts of types in blocks. A long text is put together when somebody needs it, since each type
+// of a deep nest has nearly the whole text of the nest. Who needs it are hosts, who read `typeText`
+// in a block that they were given and in all that its words lead to. So a block has its text from
+// when it is handed out, or a word in another block leads to it. The exception keeps the cost of a
+// nest of values to what its text costs: between two types of deep nests a word alone makes none.
+// Of these the host sees the text in the block that it was given and in those behind its words.
 
-/// The same for a function that hands out a block that is there already: where there is no memory
-/// for the text, the host gets the block all the same.
-void tryShowTypeText(vrntValue_t* block) noexcept;
+/// The deepest nest of references in which each level's text is made: so many times the text of the
+/// outermost type is what they take at most.
+inline constexpr std::uint32_t kShownDepth = 64;
+
+inline bool isDeep(const Type& type) { return type.referenceDepth() > kShownDepth; }
+
+inline bool showsTypeText(const vrntValue_t* block) {
+  return std::atomic_ref(const_cast<vrntValue_t*>(block)->typeText)
+             .load(std::memory_order_acquire) != nullptr;
+}
+
+/// Makes sure that the block knows the text of its type. Throws std::bad_alloc.
+void makeTypeText(vrntValue_t* block);
+void tryMakeTypeText(vrntValue_t* block) noexcept;
+
+inline void showTypeText(vrntValue_t* block) {
+  if (!showsTypeText(block)) makeTypeText(block);
+}
+
+/// The same where a failure can't be told: the text is then missing as long as there is no memory.
+inline void tryShowTypeText(vrntValue_t* block) noexcept {
+  if (!showsTypeText(block)) tryMakeTypeText(block);
+}
+
+/// Shows the texts in a block and in those that its words lead to, for a host that is given it.
+/// Throws std::bad_alloc.
+void showToHost(vrntValue_t* block);
+
+/// The same for a block that a host could see before: unless its type is a deep one, the texts
+/// behind its words have been there since these lead to them.
+inline void showAgainToHost(vrntValue_t* block) {
+  if (isDeep(blockType(block))) {
+    showToHost(block);
+  } else {
+    showTypeText(block);
+  }
+}
+
+/// Shows the texts behind the words of a block that is being made, but for those between two types
+/// of deep nests. Throws std::bad_alloc.
+void showTargets(const vrntValue_t* block);
 
 /// Frees a block of allocateBlock() without a look at its bytes: for one whose words don't hold
 /// references yet.
@@ -179,8 +220,12 @@ class NewBlock {
   const Type& type() const noexcept { return blockType(block_); }
   char* data() const noexcept { return blockData(block_); }
 
-  BlockPtr finish() && noexcept {
-    retainReferences(type(), data());
+  /// Throws std::bad_alloc if there is no memory for the text of a type that a word leads to.
+  BlockPtr finish() && {
+    if (type().refSlotCount() != 0) {
+      showTargets(block_);
+      retainReferences(type(), data());
+    }
     return BlockPtr(std::exchange(block_, nullptr));
   }
 

@@ -10,7 +10,7 @@
 #include "metadata.hpp"
 #include "ref_slots.hpp"
 #include "relations.hpp"
-#include "spectrum_value.hpp"
+#include "spectrum_encoding.hpp"
 #include "write_protocol.hpp"
 
 namespace qex::vornath {
@@ -47,11 +47,41 @@ char* bytesOf(DynamicValue& value, std::uint64_t offset) {
   return blockData(value.block()) + offset;
 }
 
-// The flat spectrum of one bound: from 0 up, without a limit.
-DynamicValue spectrumBound(std::size_t bound) {
-  const float amplitude =
-      bound == kMax || bound == kSoftMax ? std::numeric_limits<float>::infinity() : 0.0F;
-  return makeSpectrumValue(SpectrumEncoding::Luminance, {&amplitude, 1});
+// The amplitude of the flat spectrum of one bound: from 0 up, without a limit.
+float flatAmplitude(std::size_t bound) {
+  return bound == kMax || bound == kSoftMax ? std::numeric_limits<float>::infinity() : 0.0F;
+}
+
+// Whether a word leads to the array of a flat spectrum that was made for that very place: then
+// nobody else holds it, while the blocks that annotations lead to are held by these as well.
+bool leadsToOwnArray(std::uint64_t word) {
+  return isBlockWord(word) && isExclusive(blockOfWord(word));
+}
+
+// A word that holds a reference on a new copy of the block.
+std::uint64_t wordOfCopy(std::uint64_t word) {
+  return wordOfBlock(BlockPtr(cloneBlock(blockOfWord(word))).detach());
+}
+
+// A copy of a default that others copy at the same time. Each spectrum in it gets an array of its
+// own, so that nobody ever holds one of the kept default.
+DynamicValue copyOfDefault(const DynamicValue& kept) {
+  const Type& type = kept.typeOf();
+  if (type.refSlotCount() == 0) return DynamicValue(kept.view());
+  const RefSlots slots(type);
+  NewBlock made(type, Fill::Undefined);
+  std::memcpy(made.data(), kept.data(), type.size());
+  slots.forEach([&](std::uint64_t slot) {
+    char* const at = made.data() + slot * kWordSize;
+    if (leadsToOwnArray(loadWord(at))) storeWord(at, 0);
+  });
+  const BlockPtr copy = std::move(made).finish();
+  slots.forEach([&](std::uint64_t slot) {
+    const std::uint64_t word = loadWord(kept.data() + slot * kWordSize);
+    if (!leadsToOwnArray(word)) return;
+    storeWord(blockData(copy.get()) + slot * kWordSize, wordOfCopy(word));
+  });
+  return DynamicValue(copy.get());
 }
 
 // Whether a spectrum of one float may stand where the type is expected. That needs more than the
@@ -112,9 +142,14 @@ class BoundsFiller {
   }
 
   void fillSpectrum(const Type& type, std::uint64_t offset) {
-    while (spectra_.size() < bounds_.size()) spectra_.push_back(spectrumBound(spectra_.size()));
+    const auto& offsets = type.getIf<Type::TStruct>()->offsets;
+    const auto code = static_cast<std::int32_t>(SpectrumEncoding::Luminance);
     for (std::size_t bound = 0; bound < bounds_.size(); ++bound) {
-      writeData(bounds_[bound], spectra_[bound].data(), type, offset);
+      const float amplitude = flatAmplitude(bound);
+      DynamicValue array(floatArrayType(1), &amplitude);
+      std::memcpy(bytesOf(bounds_[bound], offset + offsets[0]), &code, sizeof(code));
+      storeWord(bytesOf(bounds_[bound], offset + offsets[1]), wordOfBlock(array.block()));
+      retainBlock(array.block());
     }
   }
 
@@ -157,22 +192,33 @@ class BoundsFiller {
     const std::uint64_t size = element->size() * static_cast<std::uint64_t>(count);
     // Before the first copy: words that were copied and don't count yet would be released.
     const RefSlots slots(*element);
+    std::vector<std::uint64_t> own;  // where each element has an array of its own
     for (DynamicValue& bound : bounds_) {
       char* const first = bytesOf(bound, offset);
+      own.clear();
+      slots.forEach([&](std::uint64_t slot) {
+        if (leadsToOwnArray(loadWord(first + slot * kWordSize))) own.push_back(slot);
+      });
       for (std::uint64_t done = element->size(); done < size;) {
         const std::uint64_t piece = std::min(done, size - done);
         std::memcpy(first + done, first, piece);
         for (std::uint64_t at = done; at < done + piece; at += element->size()) {
+          for (const std::uint64_t slot : own) storeWord(first + at + slot * kWordSize, 0);
           slots.forEach(
               [&](std::uint64_t slot) { retainWord(loadWord(first + at + slot * kWordSize)); });
         }
         done += piece;
       }
+      if (own.empty()) continue;
+      for (std::uint64_t at = element->size(); at < size; at += element->size()) {
+        for (const std::uint64_t slot : own) {
+          storeWord(first + at + slot * kWordSize, wordOfCopy(loadWord(first + slot * kWordSize)));
+        }
+      }
     }
   }
 
   std::span<DynamicValue> bounds_;
-  std::vector<DynamicValue> spectra_;  // one for each bound, from the first spectrum on
   std::vector<Frame> frames_;
 };
 
@@ -214,12 +260,12 @@ DynamicValue makeDefaultValue(const TypePtr& type) {
   // Without annotations at any depth every default is zero, but for a spectrum's array.
   const bool plain = &type->stripped() == type.get();
   if (plain && type->refSlotCount() == 0) return DynamicValue(type);
-  if (const DynamicValue* const kept = type->keptDefault()) return DynamicValue(kept->view());
+  if (const DynamicValue* const kept = type->keptDefault()) return copyOfDefault(*kept);
   DynamicValue value(type);
   BoundsFiller({&value, 1}).fill(*type);
   // A type without annotations is its own default's type, and would keep itself alive.
   if (plain || type->size() > kLargestKeptDefault) return value;
-  return DynamicValue(type->keepDefault(std::move(value)).view());
+  return copyOfDefault(type->keepDefault(std::move(value)));
 }
 
 }  // namespace qex::vornath

@@ -65,7 +65,11 @@ vrntValue_t* vrntValueCreateDefault(const vrntType_t* type, vrntValuesError_t** 
 vrntValue_t* vrntValueParse(const void* textOrBlock, vrntValuesError_t** error) {
   return reportEveryError(error, nullptr, [&] {
     if (textOrBlock == nullptr) throw std::invalid_argument("No text.");
-    if (isBlock(textOrBlock)) return vrntValueCopy(static_cast<const vrntValue_t*>(textOrBlock));
+    if (isBlock(textOrBlock)) {
+      auto* const block = blockOf(static_cast<const vrntValue_t*>(textOrBlock));
+      showAgainToHost(block);
+      return vrntValueCopy(block);
+    }
     return allocateValue(parseValue(static_cast<const char*>(textOrBlock)));
   });
 }
@@ -102,6 +106,7 @@ vrntValue_t* vrntBuildSpecializationParameters(const vrntType_t* type, const vrn
 }
 
 vrntValue_t* vrntValueCopy(const vrntValue_t* value) {
+  tryShowTypeText(blockOf(value));
   retainBlock(blockOf(value));
   return blockOf(value);
 }
@@ -110,7 +115,10 @@ void vrntValueDestroy(vrntValue_t* value) { releaseBlock(value); }
 
 vrntType_t* vrntValueType(const vrntValue_t* value) { return value->type; }
 
-vrntValue_t* vrntValueBinary(const vrntValue_t* value) { return blockOf(value); }
+vrntValue_t* vrntValueBinary(const vrntValue_t* value) {
+  tryShowTypeText(blockOf(value));
+  return blockOf(value);
+}
 
 void* vrntValueData(const vrntValue_t* value) { return blockData(const_cast<vrntValue_t*>(value)); }
 
@@ -119,7 +127,7 @@ vrntValue_t* vrntValueDereference(const vrntValue_t* value, const vrntValueView_
   if (word == 0) return nullptr;
   if (isBlockWord(word)) {
     vrntValue_t* const target = blockOfWord(word);
-    tryShowTypeText(target);
+    showAgainToHost(target);
     return vrntValueCopy(target);
   }
   const TypePtr& target = std::get<Type::TRef>(typeOf(view->type).desc()).target;
@@ -153,6 +161,7 @@ vrntValueView_t* vrntValueArrayElement(vrntValueView_t* out, const vrntType_t* a
 
 void* vrntValueMap(vrntValue_t** value, const vrntValueView_t* view, vrntValuesError_t** error) {
   return reportOutOfMemoryOrOther(error, nullptr, [&]() -> void* {
+    showTypeText(*value);  // a copy that the handle moves to then knows it from the start
     return prepareWrite(*value, typeOf(view->type), view->offset);
   });
 }

@@ -32,14 +32,8 @@ template class HeapValue<DynamicValue>;
 
 std::string metadataValueText(const DynamicValue& value) { return valueToString(value.view()); }
 
-vrntValue_t* shareMetadataValue(const DynamicValue& value) noexcept {
-  tryShowTypeText(value.block());
-  retainBlock(value.block());
-  return value.block();
-}
-
 vrntValue_t* allocateValue(const DynamicValue& value) {
-  showTypeText(value.block());
+  showToHost(value.block());
   retainBlock(value.block());
   return value.block();
 }

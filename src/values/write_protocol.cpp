@@ -50,7 +50,13 @@ char* prepareWrite(vrntValue_t*& handle, const Type& type, std::uint64_t offset)
 
 void commitWrite(vrntValue_t* block, const Type& type, std::uint64_t offset) noexcept {
   if (type.refSlotCount() == 0) return;
-  retainReferences(type, blockData(block) + offset);
+  const char* const data = blockData(block) + offset;
+  RefSlots(type).forEach([data](std::uint64_t slot) {
+    const std::uint64_t word = loadWord(data + slot * kWordSize);
+    if (!isBlockWord(word)) return;
+    tryShowTypeText(blockOfWord(word));
+    retainBlock(blockOfWord(word));
+  });
   for (std::size_t i = 0; i < type.refSlotCount(); ++i) {
     releaseWord(std::exchange(block->shadowRefs[i], 0));
   }

@@ -1,6 +1,8 @@
 // Long texts and lists, which are put together late, in memory that runs out.
 #include <gtest/gtest.h>
 
+#include <cstring>
+
 #include "faults/fail_each_allocation.hpp"
 #include "support/flat_handles.hpp"
 
@@ -69,18 +71,68 @@ TEST(NestedValues, AreParsedWithEachAllocationFailing) {
   }
 }
 
-// Without memory for its text a target is handed out all the same.
-TEST(LongTypes, HaveValuesThatAreReferredTo) {
-  const ValueHandle value = parseValue("&{ " + std::string(5000, 'x') + " = 1; }");
-  const vrntValueView_t view{vrntValueType(value.get()), 0};
-  const auto target = [&] { return ValueHandle(vrntValueDereference(value.get(), &view)); };
+// More references than all types have their texts for: three words away from what was parsed.
+ValueHandle longChain() {
+  return parseValue(std::string(200, '&') + "{ " + std::string(5000, 'x') + " = 1; }");
+}
+
+std::string textAt(int references) {
+  return "{ int " + std::string(5000, 'x') + "; }" +
+         std::string(static_cast<std::size_t>(references), '*');
+}
+
+vrntValue_t* inner(const ValueHandle& value) {
+  vrntValue_t* const block = behind(behind(behind(value.get())));
+  EXPECT_EQ(block->typeText, nullptr);
+  return block;
+}
+
+TEST(LongTypes, AreToldByACopyAsSoonAsThereIsMemory) {
+  const ValueHandle value = longChain();
+  vrntValue_t* const block = inner(value);
   {
     const FailingAllocations failures;
-    const ValueHandle untold = target();
-    ASSERT_NE(untold, nullptr);
-    EXPECT_EQ(untold->typeText, nullptr);
+    const ValueHandle copy(vrntValueCopy(block));
+    EXPECT_EQ(copy.get(), block);
+    EXPECT_EQ(vrntValueBinary(block), block);
+    EXPECT_EQ(block->typeText, nullptr);
   }
-  EXPECT_EQ(target()->typeText, "{ int " + std::string(5000, 'x') + "; }");
+  EXPECT_EQ(vrntValueBinary(block)->typeText, textAt(197));
+}
+
+TEST(LongTypes, AreToldByAnUnmapAsSoonAsThereIsMemory) {
+  const ValueHandle value = longChain();
+  vrntValue_t* const block = inner(value);
+  vrntValue_t* any = parseValue("$0x0000000000000000").release();
+  const vrntValueView_t view{vrntValueType(any), 0};
+  vrntValuesError_t* error = nullptr;
+  void* const word = vrntValueMap(&any, &view, &error);
+  const auto address = reinterpret_cast<std::uintptr_t>(vrntValueData(block));
+  std::memcpy(word, &address, sizeof address);
+  {
+    const FailingAllocations failures;
+    vrntValueUnmap(any, &view);
+  }
+  EXPECT_EQ(block->refCount, 2u);
+  EXPECT_EQ(block->typeText, nullptr);
+  const ValueHandle target(vrntValueDereference(any, &view));
+  EXPECT_EQ(target->typeText, textAt(197));
+  vrntValueDestroy(any);
+}
+
+TEST(LongTypes, OfAMapThatFailsLeaveTheHandle) {
+  const ValueHandle value = longChain();
+  vrntValue_t* const block = inner(value);
+  vrntValue_t* handle = block;
+  const vrntValueView_t view{vrntValueType(block), 0};
+  vrntValuesError_t* error = nullptr;
+  {
+    const FailingAllocations failures;
+    EXPECT_EQ(vrntValueMap(&handle, &view, &error), nullptr);
+  }
+  EXPECT_EQ(handle, block);
+  ASSERT_NE(error, nullptr);
+  EXPECT_STREQ(vrntValuesErrorMessage(error), "Out of memory.");
 }
 
 }  // namespace

@@ -229,9 +229,9 @@ void addMetadata(FaultCases& cases) {
     vrntValueDestroy(value);
     return number == 0.25F;
   }));
-  // The value is handed out all the same where there is no memory for its type's text.
+  // Nobody has asked for the text of the value's type before.
   cases.push_back(
-      {"vrntMetadataValue", "long", Promise::NeverFails, [] {
+      {"vrntMetadataValue", "long", Promise::BadAlloc, [] {
          const std::string label(5000, 'x');
          const auto type = std::make_shared<SharedType>();
          Call call = making<EndValue, vrntValue_t>(

@@ -225,6 +225,37 @@ void addReading(FaultCases& cases) {
       return right;
     };
   }));
+  // A chain of references that is too long for all its types to have their texts: behind its first
+  // word stands one that has, and behind the next word one that hasn't.
+  const auto longChain = [](auto call) {
+    return [call] {
+      const auto value = std::make_shared<SharedValue>();
+      Call made = making<EndValue, vrntValue_t>(
+          [value, call](vrntValuesError_t** error) { return call(value->get(), error); },
+          [](vrntValue_t* target) {
+            EXPECT_EQ(target->refCount, 2u);
+            EXPECT_EQ(behind(target)->typeText,
+                      "{ int " + std::string(5000, 'x') + "; }" + std::string(198, '*'));
+          });
+      made.intact = [value] { EXPECT_EQ(behind(value->get())->refCount, 1u); };
+      made.before = [value] {
+        value->reset();
+        const std::string text = std::string(200, '&') + "{ " + std::string(5000, 'x') + " = 1; }";
+        *value = sharedValue(text.c_str());
+        EXPECT_EQ(behind(behind(value->get()))->typeText, nullptr);
+      };
+      return made;
+    };
+  };
+  cases.push_back({"vrntValueDereference", "long", Promise::BadAlloc,
+                   longChain([](const vrntValue_t* value, vrntValuesError_t**) {
+                     const vrntValueView_t view = wholeOf(value);
+                     return vrntValueDereference(value, &view);
+                   })});
+  cases.push_back({"vrntValueParse", "block", Promise::ErrorObject,
+                   longChain([](const vrntValue_t* value, vrntValuesError_t** error) {
+                     return vrntValueParse(behind(value), error);
+                   })});
   cases.push_back({"vrntValueDereference", "foreign", Promise::BadAlloc, [] {
                      const auto foreign = std::make_shared<std::array<std::int32_t, 2>>();
                      *foreign = {7, 8};

@@ -1,5 +1,5 @@
-// A reference to the factory's pointer that is taken before there is a factory. One case: it needs a
-// fresh process.
+// A reference to the factory's pointer that is taken before there is a factory. One case: it needs
+// a fresh process.
 #include <gtest/gtest.h>
 
 #include <memory>

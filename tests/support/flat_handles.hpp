@@ -32,6 +32,15 @@ using ValueHandle = std::unique_ptr<vrntValue_t, EndValue>;
 using ErrorHandle = std::unique_ptr<vrntValuesError_t, EndError>;
 using StringHandle = std::unique_ptr<char, EndString>;
 
+// The block behind a reference word, `offset` bytes behind the start of a value, as a host finds it
+// that reads the value's bytes.
+inline vrntValue_t* behind(const vrntValue_t* value, std::size_t offset = 0) {
+  std::uint64_t word = 0;
+  std::memcpy(&word, static_cast<const char*>(vrntValueData(value)) + offset, sizeof word);
+  EXPECT_TRUE(word != 0 && (word & 1) == 0) << word;
+  return reinterpret_cast<vrntValue_t*>(static_cast<std::uintptr_t>(word) - sizeof(vrntValue_t));
+}
+
 // What a failed call reported.
 struct Failure {
   std::uint32_t kind;

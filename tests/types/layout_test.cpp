@@ -130,8 +130,8 @@ TEST(ArrayLayout, IsExactAsLongAsSixtyFourBitsHoldIt) {
 }
 
 TEST(ArrayLayout, OfANegativeProductIsThatProductInSixtyFourBits) {
-  expectLayout("char[65536,32768]", 18446744071562067968u, 1);  // -2^31
-  expectLayout("int[64,67108863]", 18446744073709551360u, 4);   // -64 * 4
+  expectLayout("char[65536,32768]", 18446744071562067968u, 1);               // -2^31
+  expectLayout("int[64,67108863]", 18446744073709551360u, 4);                // -64 * 4
   expectLayout("char[65536][65536][65536,32768]", 9223372036854775808u, 1);  // -2^63
 }
 
@@ -156,7 +156,8 @@ TEST(StructLayout, IsExactAsLongAsSixtyFourBitsHoldIt) {
       "char[2147483647][2147483647] c; }",
       13835058042397261828u, 4);
   // 18446744073709551612 is the largest multiple of 4.
-  expectLayout("{ int[2147483647][2147483647] a; char[2147483647][8] b; }", 18446744073709551612u, 4);
+  expectLayout("{ int[2147483647][2147483647] a; char[2147483647][8] b; }", 18446744073709551612u,
+               4);
 }
 
 TEST(StructLayout, StopsAtTheMostWhereSixtyFourBitsDoNotHoldAnOffsetOrTheSize) {

@@ -1,6 +1,7 @@
 #include "bounds.hpp"
 
 #include <limits>
+#include <set>
 
 #include "half.hpp"
 #include "values_support.hpp"
@@ -178,6 +179,70 @@ TEST(MakeDefaultValue, OfPartsThatAreSpectra) {
       "{ a = 7; b = [ " + zero + ", " + zero + " : " + kSpectrum + " ]; }");
   // Nothing is made behind a reference.
   EXPECT_EQ(at<std::uint64_t>(makeDefaultValue(type(std::string(kSpectrum) + "*"))), 0u);
+}
+
+// The words of a value that lead to blocks.
+std::vector<std::uint64_t> blockWords(const DynamicValue& value) {
+  std::vector<std::uint64_t> words;
+  for (const std::uint64_t slot : value.typeOf().refSlots()) {
+    words.push_back(at<std::uint64_t>(value, slot * kWordSize));
+  }
+  return words;
+}
+
+// All lead to different blocks, which nobody else holds.
+void expectOwnBlocks(const std::vector<std::uint64_t>& words) {
+  EXPECT_EQ(std::set<std::uint64_t>(words.begin(), words.end()).size(), words.size());
+  for (const std::uint64_t word : words) {
+    ASSERT_TRUE(isBlockWord(word));
+    EXPECT_EQ(blockOfWord(word)->refCount, 1u);
+  }
+}
+
+TEST(MakeDefaultValue, GivesEachSpectrumAnArrayOfItsOwn) {
+  const std::string spectrum = kSpectrum;
+  for (const std::string& text :
+       {"{ " + spectrum + " a; int b; " + spectrum + " c; }", spectrum + "[7]",
+        spectrum + "[2,3][2]", "{ { " + spectrum + " a; }[3] b; " + spectrum + " c; }[2]",
+        "{ int @default=3 a; " + spectrum + "[3] b; }", spectrum + "[5] @name=\"kept\""}) {
+    SCOPED_TRACE(text);
+    const TypePtr of = type(text);
+    std::vector<DynamicValue> values;
+    std::vector<std::uint64_t> words;
+    for (int i = 0; i < 3; ++i) {
+      values.push_back(makeDefaultValue(of));
+      const std::vector<std::uint64_t> own = blockWords(values.back());
+      EXPECT_EQ(own.size(), of->refSlots().size());
+      words.insert(words.end(), own.begin(), own.end());
+    }
+    expectOwnBlocks(words);
+  }
+}
+
+TEST(MakeValueBounds, GiveEachSpectrumAnArrayOfItsOwn) {
+  const ValueBounds bounds = makeValueBounds(type(std::string(kSpectrum) + "[3]"));
+  std::vector<std::uint64_t> words;
+  for (const DynamicValue& bound : bounds) {
+    for (const std::uint64_t word : blockWords(bound)) words.push_back(word);
+  }
+  EXPECT_EQ(words.size(), 15u);
+  expectOwnBlocks(words);
+}
+
+// What an annotation refers to is referred to, not copied.
+TEST(MakeDefaultValue, SharesWhatAnAnnotationLeadsTo) {
+  const std::string red = spectrumText("RGB", "[ 1.0, 0.0, 0.0 ]");
+  const TypePtr of =
+      type("{ " + (std::string(kSpectrum) + " @default=" + red) + " a; " + kSpectrum + " b; }[2]");
+  const DynamicValue first = makeDefaultValue(of);
+  const DynamicValue second = makeDefaultValue(of);
+  const std::vector<std::uint64_t> a = blockWords(first);
+  const std::vector<std::uint64_t> b = blockWords(second);
+  ASSERT_EQ(a.size(), 4u);
+  EXPECT_EQ(a[0], a[2]);
+  EXPECT_EQ(a[0], b[0]);
+  EXPECT_EQ(b[0], b[2]);
+  expectOwnBlocks({a[1], a[3], b[1], b[3]});
 }
 
 TEST(MakeDefaultValue, OfASpectrumWithADefaultIsThat) {

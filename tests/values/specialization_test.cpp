@@ -120,11 +120,10 @@ TEST(BuildSpecialization, OfOpenExtentsFails) {
 }
 
 TEST(BuildSpecialization, ByATypeOfOpenExtentsFailsWhateverTheValueHas) {
-  for (const auto& [text, open] : {std::pair("[ 1.0, 2.0 ]", "float[]"),
-                                   std::pair("[ 1, 2 | 1, 2 ]", "int[,]"),
-                                   std::pair("[ 1, 2 | 1, 2, 1 ]", "int[,,]"),
-                                   std::pair("[ 1, 2 | 1, 1, 1, 2 ]", "int[,,,]"),
-                                   std::pair("[ { a = 1; } ]", "{ int a; }[]")}) {
+  for (const auto& [text, open] :
+       {std::pair("[ 1.0, 2.0 ]", "float[]"), std::pair("[ 1, 2 | 1, 2 ]", "int[,]"),
+        std::pair("[ 1, 2 | 1, 2, 1 ]", "int[,,]"), std::pair("[ 1, 2 | 1, 1, 1, 2 ]", "int[,,,]"),
+        std::pair("[ { a = 1; } ]", "{ int a; }[]")}) {
     EXPECT_THROW(specialized(text, open), std::bad_optional_access) << open;
   }
   // Behind a reference nothing is visited.
