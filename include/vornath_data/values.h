@@ -229,7 +229,9 @@ VRNT_API int32_t vrntValueEqual(const vrntValue_t* a, const vrntValueView_t* vie
                                 char** reason);
 
 /**
- * Prints the value at a view in the language that vrntValueParse() reads.
+ * Prints the value at a view in the language that vrntValueParse() reads. The text is read back to
+ * an equal value, but for functions, and for references to `int` that lead to an enum: the text
+ * says the enum's type only, and a list of such and other references may be refused.
  * Result: a new string for vrntDestroyString(), or null on failure.
  * Errors: kind 2 with the words of any std::exception, "Enum code out of range: {}" among them; the
  * out-of-memory object.

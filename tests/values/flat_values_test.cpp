@@ -549,6 +549,37 @@ TEST(vrntValueString, ReportsEveryFailureAsKindTwo) {
   EXPECT_STREQ(vrntValuesErrorMessage(error), std::bad_optional_access().what());
 }
 
+// An enum may stand for an int. What a reference leads to prints with its own type, and a list
+// shows the type of its elements only if their texts leave something of it open.
+TEST(vrntValueString, OfAnEnumBehindAReferenceToIntSaysOnlyTheEnum) {
+  const ValueHandle list = parseValue("[ &A : enum { A; }, &1 : int* ]");
+  EXPECT_EQ(typeTextOf(list), "int*[2]");
+  EXPECT_EQ(textOf(list), "[ &A : enum { A; }, &1 ]");
+  const auto failure = valueFailure(textOf(list));
+  ASSERT_TRUE(failure);
+  EXPECT_EQ(failure->message,
+            "Incompatible type for value -> Referenced type mismatch: type int does not match type "
+            "enum { A; }.");
+
+  // The other way round the first element says the type of both.
+  const ValueHandle reversed = parseValue("[ &1, &A : enum { A; } ]");
+  EXPECT_EQ(typeTextOf(reversed), "int*[2]");
+  EXPECT_EQ(typeTextOf(parseValue(textOf(reversed))), "int*[2]");
+
+  const ValueHandle alone = parseValue("[ &A : enum { A; } : int* ]");
+  EXPECT_EQ(typeTextOf(alone), "int*[1]");
+  EXPECT_EQ(textOf(alone), "[ &A : enum { A; } ]");
+  const ValueHandle read = parseValue(textOf(alone));
+  EXPECT_EQ(typeTextOf(read), "enum { A; }*[1]");
+  // Its type brings the value back.
+  const TypeHandle type = parseType("int*[1]");
+  vrntValuesError_t* error = nullptr;
+  const ValueHandle back(vrntCoerce(type.get(), read.get(), &error));
+  ASSERT_NE(back, nullptr);
+  EXPECT_EQ(typeTextOf(back), "int*[1]");
+  EXPECT_EQ(textOf(back), textOf(alone));
+}
+
 struct Stream {
   std::string bytes;
   std::size_t position = 0;
