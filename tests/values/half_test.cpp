@@ -39,7 +39,8 @@ TEST(Half, IsExactlyTheFloatOfItsBitsAndBack) {
 TEST(Half, IsTheNearestToAFloatAndOnATieTheEvenOne) {
   // Between each finite half and the next one of its sign.
   for (unsigned bits = 0; bits < 0x7bff; ++bits) {
-    const auto low = static_cast<float>(meaning(bits)), high = static_cast<float>(meaning(bits + 1));
+    const auto low = static_cast<float>(meaning(bits)),
+               high = static_cast<float>(meaning(bits + 1));
     const float middle = low + (high - low) / 2.0F;
     ASSERT_EQ(halfBitsFromFloat(middle), bits % 2 == 0 ? bits : bits + 1);
     ASSERT_EQ(halfBitsFromFloat(std::nextafter(middle, low)), bits);
