@@ -5,6 +5,7 @@
 #include <sstream>
 
 #include "process.hpp"
+#include "vornath_data/version.h"
 
 namespace vornath_test {
 namespace {
@@ -92,26 +93,23 @@ TEST_F(Readme, HasATableOfAllOptions) {
   EXPECT_EQ(told, declared);
 }
 
-// Every word in backticks with a slash in it, and every link. The blocks of code go first, since
-// their fences are backticks too.
 TEST_F(Readme, NamesPathsThatExist) {
-  std::string prose = text_;
-  for (std::size_t begin = prose.find("```"); begin != std::string::npos;
-       begin = prose.find("```")) {
-    const std::size_t end = prose.find("```", begin + 3);
-    ASSERT_NE(end, std::string::npos);
-    prose.erase(begin, end + 3 - begin);
-  }
-  std::vector<std::string> names = linksOf(prose);
-  for (const std::string& name : between(prose, "`", "`")) {
-    const bool isPath =
-        name.find('/') != std::string::npos && name.find_first_of(" $(){};:") == std::string::npos;
-    if (isPath) names.push_back(name);
-  }
+  const std::vector<std::string> names = pathsIn(text_);
   EXPECT_GT(names.size(), 15U);
-  for (const std::string& name : names) {
-    EXPECT_TRUE(fs::exists(kSource / name) || fs::exists(kSource / "include" / name)) << name;
-  }
+  for (const std::string& name : names) EXPECT_TRUE(isThere(kSource, name)) << name;
+}
+
+TEST(Changelog, NamesPathsThatExistAndTheVersionOfTheHeaders) {
+  const std::string text = readFile(kSource / "CHANGELOG.md");
+  const std::vector<std::string> names = pathsIn(text);
+  EXPECT_GE(names.size(), 2U);
+  for (const std::string& name : names) EXPECT_TRUE(isThere(kSource, name)) << name;
+  // The first version that it tells of.
+  const std::size_t heading = text.find("\n## ");
+  ASSERT_NE(heading, std::string::npos);
+  EXPECT_EQ(text.compare(heading + 4, std::string(VORNATH_DATA_VERSION_STRING).size() + 1,
+                         VORNATH_DATA_VERSION_STRING " "),
+            0);
 }
 
 }  // namespace
