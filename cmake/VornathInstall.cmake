@@ -1,5 +1,6 @@
 # What `cmake --install` puts in place: headers, library, CMake package, pkg-config file.
 include(CMakePackageConfigHelpers)
+include(GNUInstallDirs)
 
 set(package_dir "${CMAKE_INSTALL_LIBDIR}/cmake/vornath_data")
 
@@ -12,15 +13,24 @@ install(DIRECTORY "${PROJECT_SOURCE_DIR}/include/vornath_data"
   DESTINATION "${CMAKE_INSTALL_INCLUDEDIR}"
   FILES_MATCHING PATTERN "*.h" PATTERN "*.hpp")
 
+# What a C++ compiler links by itself and a C compiler doesn't.
+set(VORNATH_CXX_RUNTIME ${CMAKE_CXX_IMPLICIT_LINK_LIBRARIES})
+list(REMOVE_ITEM VORNATH_CXX_RUNTIME ${CMAKE_C_IMPLICIT_LINK_LIBRARIES})
+list(REMOVE_DUPLICATES VORNATH_CXX_RUNTIME)
+
 install(EXPORT vornath_dataTargets NAMESPACE vornath_data:: DESTINATION "${package_dir}")
 configure_package_config_file("${CMAKE_CURRENT_LIST_DIR}/vornath_dataConfig.cmake.in"
-  "${PROJECT_BINARY_DIR}/vornath_dataConfig.cmake" INSTALL_DESTINATION "${package_dir}")
+  "${PROJECT_BINARY_DIR}/vornath_dataConfig.cmake" INSTALL_DESTINATION "${package_dir}"
+  NO_CHECK_REQUIRED_COMPONENTS_MACRO)
 write_basic_package_version_file("${PROJECT_BINARY_DIR}/vornath_dataConfigVersion.cmake"
   COMPATIBILITY SameMajorVersion)
 install(FILES
   "${PROJECT_BINARY_DIR}/vornath_dataConfig.cmake"
   "${PROJECT_BINARY_DIR}/vornath_dataConfigVersion.cmake"
   DESTINATION "${package_dir}")
+if(VORNATH_DATA_IS_STATIC)
+  install(FILES "${CMAKE_CURRENT_LIST_DIR}/vornath_dataCryptopp.cmake" DESTINATION "${package_dir}")
+endif()
 
 # The prefix is told relative to the file, so that the copy can be moved, and installed to another
 # prefix than the one that was configured.
@@ -34,6 +44,17 @@ else()
 endif()
 cmake_path(APPEND VORNATH_PC_LIBDIR "\${prefix}" "${CMAKE_INSTALL_LIBDIR}")
 cmake_path(APPEND VORNATH_PC_INCLUDEDIR "\${prefix}" "${CMAKE_INSTALL_INCLUDEDIR}")
+set(VORNATH_PC_CFLAGS "-I\${includedir}")
+set(VORNATH_PC_STATIC "")
+if(VORNATH_DATA_IS_STATIC)
+  string(APPEND VORNATH_PC_CFLAGS " -DVORNATH_DATA_STATIC")
+  list(TRANSFORM VORNATH_CXX_RUNTIME PREPEND "-l" OUTPUT_VARIABLE libs_private)
+  list(PREPEND libs_private ${CMAKE_THREAD_LIBS_INIT})
+  list(JOIN libs_private " " libs_private)
+  string(CONCAT VORNATH_PC_STATIC
+    "Requires.private: fmt >= 9.1, tbb, libcrypto++\n"
+    "Libs.private: ${libs_private}\n")
+endif()
 configure_file("${CMAKE_CURRENT_LIST_DIR}/vornath_data.pc.in"
   "${PROJECT_BINARY_DIR}/vornath_data.pc" @ONLY)
 install(FILES "${PROJECT_BINARY_DIR}/vornath_data.pc" DESTINATION "${pkgconfig_dir}")

@@ -9,8 +9,9 @@ endif()
 
 # Against what a defect could be used for: the library lives in its hosts' processes.
 if(VORNATH_DATA_HARDEN AND NOT VORNATH_DATA_SANITIZE)
+  # The C functions are checked by what the optimiser knows, so not without it.
   target_compile_options(vornath_flags INTERFACE -fstack-protector-strong
-    "$<$<NOT:$<CONFIG:Debug>>:-U_FORTIFY_SOURCE;-D_FORTIFY_SOURCE=2>")
+    "$<$<CONFIG:Release,RelWithDebInfo,MinSizeRel>:-U_FORTIFY_SOURCE;-D_FORTIFY_SOURCE=2>")
   target_link_options(vornath_flags INTERFACE -Wl,-z,relro,-z,now)
 endif()
 
@@ -32,6 +33,14 @@ if(VORNATH_DATA_COVERAGE)
   add_link_options(--coverage)
 endif()
 
+# What the headers ask for in the library's own code.
+function(vornath_part_of_library target)
+  target_compile_definitions(${target} PRIVATE VORNATH_DATA_BUILD)
+  if(VORNATH_DATA_IS_STATIC)
+    target_compile_definitions(${target} PRIVATE VORNATH_DATA_STATIC)
+  endif()
+endfunction()
+
 # A layer: one object library for each folder of src/, an include root of its own.
 #   vornath_layer(NAME values SOURCES a.cpp b.cpp LINK vornath_types fmt::fmt)
 function(vornath_layer)
@@ -40,7 +49,7 @@ function(vornath_layer)
   add_library(${target} OBJECT ${LAYER_SOURCES})
   target_include_directories(${target} PUBLIC
     "${PROJECT_SOURCE_DIR}/include" "${CMAKE_CURRENT_SOURCE_DIR}")
-  target_compile_definitions(${target} PRIVATE VORNATH_DATA_BUILD)
+  vornath_part_of_library(${target})
   target_link_libraries(${target} PUBLIC ${LAYER_LINK} PRIVATE vornath_flags)
   vornath_count_lines(${target})
 endfunction()

@@ -7,7 +7,7 @@
 set -euo pipefail
 cd "$(dirname "${BASH_SOURCE[0]}")/.."
 
-scripts/install_dependencies.sh
+scripts/install_dependencies.sh library bench
 cmake --preset release > /dev/null
 program=vornath_bench
 core=()

@@ -8,7 +8,7 @@ cd "$(dirname "$0")/.."
 least=${1:-0}
 build=build/asan
 
-scripts/install_packages.sh gcovr
+scripts/install_dependencies.sh coverage
 [ -n "$(find "$build" -name '*.gcda' -print -quit 2>/dev/null)" ] || scripts/test.sh asan
 
 report=$(mktemp)

@@ -11,7 +11,7 @@ picture=$build/blackbody.svg
 heading() { printf '\n== %s\n\n' "$1"; }
 
 heading "Dependencies"
-scripts/install_dependencies.sh
+scripts/install_dependencies.sh library
 
 heading "Build"
 cmake -S . -B "$build" -G Ninja -DCMAKE_BUILD_TYPE=Release \

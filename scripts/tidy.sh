@@ -3,8 +3,7 @@
 # many files were looked at and how many have findings.
 set -euo pipefail
 cd "$(dirname "$0")/.."
-scripts/install_dependencies.sh
-scripts/install_packages.sh clang-tidy
+scripts/install_dependencies.sh library tests tidy
 cmake --preset dev -DCMAKE_EXPORT_COMPILE_COMMANDS=ON >/dev/null
 cmake --build --preset dev -j "$(nproc)" --target vornath_grammar >/dev/null
 

@@ -2,7 +2,13 @@
 #ifndef VORNATH_DATA_API_H
 #define VORNATH_DATA_API_H
 
-#if defined(_WIN32)
+/* VORNATH_DATA_STATIC is defined for a static library and by its hosts. What the library is linked
+   into doesn't export its functions again. */
+#if defined(VORNATH_DATA_STATIC) && defined(VORNATH_DATA_BUILD) && !defined(_WIN32)
+#define VRNT_API __attribute__((visibility("hidden")))
+#elif defined(VORNATH_DATA_STATIC)
+#define VRNT_API
+#elif defined(_WIN32)
 #if defined(VORNATH_DATA_BUILD)
 #define VRNT_API __declspec(dllexport)
 #else

@@ -5,5 +5,6 @@
 #include "vornath_data/asset_storage.h"
 #include "vornath_data/catalogue.h"
 #include "vornath_data/scene_interface.h"
+#include "vornath_data/version.h"
 
 #endif

@@ -8,5 +8,6 @@
 #include "vornath_data/parameters.h"
 #include "vornath_data/types.h"
 #include "vornath_data/values.h"
+#include "vornath_data/version.h"
 
 #endif

@@ -17,7 +17,7 @@ namespace {
 int run(ParseContext& context, const std::string& text, Scan::Language language) {
   const boost::lock_guard<boost::mutex> lock(parser_mutex);
   const Scan scan(text, language);
-  yy::parser parser(context);
+  grammar::parser parser(context);
   return parser.parse();
 }
 

@@ -16,7 +16,7 @@
 #include "scanner.hpp"
 
 using qex::vornath::Scan;
-using yy::parser;
+using qex::vornath::grammar::parser;
 
 // flex's own answer to a failed allocation is to end the process.
 #define YY_FATAL_ERROR(message) throw std::bad_alloc()

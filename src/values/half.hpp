@@ -2,6 +2,8 @@
 #ifndef VORNATH_VALUES_HALF_HPP
 #define VORNATH_VALUES_HALF_HPP
 
+// Without Imath's table of all halves there is no library of Imath's to link.
+#define IMATH_HALF_NO_LOOKUP_TABLE
 #include <Imath/half.h>
 
 #include <cstdint>

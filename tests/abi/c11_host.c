@@ -6,6 +6,10 @@
 #include "vornath_data/vrdm.h"
 #include "vornath_data/vrnt.h"
 
+#if VORNATH_DATA_VERSION < VORNATH_DATA_VERSION_NUMBER(1, 0, 0)
+#error "a version has a number to compare with"
+#endif
+
 static int failures = 0;
 
 #define CHECK(condition)                                                        \
@@ -158,6 +162,7 @@ int main(int argc, char** argv) {
     fprintf(stderr, "usage: c11_host FILE\n");
     return 2;
   }
+  CHECK(strchr(VORNATH_DATA_VERSION_STRING, '.') != NULL);
   remove(argv[1]);
   CHECK(vrdmDeserialize(argv[1]) == NULL);
 

@@ -1,14 +1,10 @@
-# Installs the built library below the build tree, and builds and runs a consumer of the installed
-# copy: once through the CMake package, once through pkg-config.
-# cmake -DBUILD_DIR= -DWORK_DIR= -DCONSUMER_DIR= -DGENERATOR= -DCXX= -DCXX_FLAGS= -DPKG_CONFIG=
-#       -P install_test.cmake
-function(run)
-  execute_process(COMMAND ${ARGN} RESULT_VARIABLE result)
-  if(NOT result EQUAL 0)
-    list(JOIN ARGN " " command)
-    message(FATAL_ERROR "failed (${result}): ${command}")
-  endif()
-endfunction()
+# Installs a built library below the build tree, and builds and runs consumers of the installed copy:
+# through the CMake package and through pkg-config, in C++ and in C.
+# cmake -DBUILD_DIR= -DWORK_DIR= -DCONSUMER_DIR= -DHOST= -DGENERATOR= -DCC= -DCXX= -DFLAGS=
+#       -DPKG_CONFIG= -DSTATIC= -P install_test.cmake
+#   HOST    the source of a host in C
+#   STATIC  whether the library is a static one
+include("${CMAKE_CURRENT_LIST_DIR}/run.cmake")
 
 file(REMOVE_RECURSE "${WORK_DIR}")
 set(first_prefix "${WORK_DIR}/installed")
@@ -17,7 +13,7 @@ run("${CMAKE_COMMAND}" --install "${BUILD_DIR}" --prefix "${first_prefix}")
 # The installed copy doesn't know where it stands.
 file(RENAME "${first_prefix}" "${prefix}")
 
-foreach(path include/vornath_data/vrnt.h include/vornath_data/vrdm.h)
+foreach(path include/vornath_data/vrnt.h include/vornath_data/vrdm.h include/vornath_data/version.h)
   if(NOT EXISTS "${prefix}/${path}")
     message(FATAL_ERROR "not installed: ${path}")
   endif()
@@ -27,25 +23,70 @@ list(LENGTH package count)
 if(NOT count EQUAL 1)
   message(FATAL_ERROR "no pkg-config file, or several: ${package}")
 endif()
-
-# A copy outside the tree, so that nothing of the tree is found by accident.
-file(COPY "${CONSUMER_DIR}/" DESTINATION "${WORK_DIR}/consumer")
-run("${CMAKE_COMMAND}" -S "${WORK_DIR}/consumer" -B "${WORK_DIR}/build" -G "${GENERATOR}"
-    "-DCMAKE_PREFIX_PATH=${prefix}" "-DCMAKE_CXX_COMPILER=${CXX}" "-DCMAKE_CXX_FLAGS=${CXX_FLAGS}")
-run("${CMAKE_COMMAND}" --build "${WORK_DIR}/build")
-run("${WORK_DIR}/build/consumer")
-
 get_filename_component(package_dir "${package}" DIRECTORY)
 set(ENV{PKG_CONFIG_PATH} "${package_dir}")
-foreach(option --cflags --libs)
-  execute_process(COMMAND "${PKG_CONFIG}" ${option} vornath_data
-    OUTPUT_VARIABLE output OUTPUT_STRIP_TRAILING_WHITESPACE COMMAND_ERROR_IS_FATAL ANY)
-  separate_arguments(arguments UNIX_COMMAND "${output}")
-  list(APPEND flags ${arguments})
+
+# Copies outside the tree, so that nothing of the tree is found by accident.
+foreach(consumer consumer consumer_in_c components)
+  file(COPY "${CONSUMER_DIR}/${consumer}" DESTINATION "${WORK_DIR}")
 endforeach()
-execute_process(COMMAND "${PKG_CONFIG}" --variable=libdir vornath_data
-  OUTPUT_VARIABLE libdir OUTPUT_STRIP_TRAILING_WHITESPACE COMMAND_ERROR_IS_FATAL ANY)
-separate_arguments(cxx_flags UNIX_COMMAND "${CXX_FLAGS}")
-run("${CXX}" -std=c++17 ${cxx_flags} "${WORK_DIR}/consumer/main.cpp"
-    -o "${WORK_DIR}/pkg_config_consumer" ${flags} "-Wl,-rpath,${libdir}")
-run("${WORK_DIR}/pkg_config_consumer")
+file(COPY_FILE "${HOST}" "${WORK_DIR}/consumer_in_c/host.c")
+set(configure "${CMAKE_COMMAND}" -G "${GENERATOR}" "-DCMAKE_PREFIX_PATH=${prefix}"
+  "-DCMAKE_C_COMPILER=${CC}" "-DCMAKE_C_FLAGS=${FLAGS}"
+  "-DCMAKE_CXX_COMPILER=${CXX}" "-DCMAKE_CXX_FLAGS=${FLAGS}")
+foreach(consumer consumer consumer_in_c)
+  set(build "${WORK_DIR}/${consumer}/build")
+  run(${configure} -S "${WORK_DIR}/${consumer}" -B "${build}")
+  run("${CMAKE_COMMAND}" --build "${build}")
+  run("${build}/${consumer}")
+endforeach()
+
+# What isn't there can't be asked for, and the answer tells what there is.
+function(ask_for_components asked expected)
+  execute_process(COMMAND ${configure} -S "${WORK_DIR}/components" -B "${WORK_DIR}/components/build"
+      "-DASKED=${asked}"
+    OUTPUT_VARIABLE output ERROR_VARIABLE errors RESULT_VARIABLE result)
+  string(FIND "${output}" "${expected}" at)
+  if(NOT result EQUAL 0 OR at EQUAL -1)
+    message(FATAL_ERROR "asked for ${asked}, CMake doesn't tell ${expected} but\n${output}${errors}")
+  endif()
+endfunction()
+ask_for_components("" "core: TRUE; ")
+ask_for_components("COMPONENTS;core" "core: TRUE; ")
+ask_for_components("OPTIONAL_COMPONENTS;core;paint" "core: TRUE; paint: FALSE; ")
+ask_for_components("COMPONENTS;core;OPTIONAL_COMPONENTS;paint" "core: TRUE; paint: FALSE; ")
+ask_for_components("COMPONENTS;paint;core;brush"
+  "not found: vornath_data has the component \"core\" and no \"paint\", \"brush\"")
+
+# As README.md says it, and with the version that the package tells.
+set(linking "")
+if(STATIC)
+  set(linking --static)
+endif()
+ask_pkg_config(flags --cflags --libs ${linking})
+ask_pkg_config(libdir --variable=libdir)
+ask_pkg_config(version --modversion)
+separate_arguments(own_flags UNIX_COMMAND "${FLAGS}")
+run("${CXX}" -std=c++17 ${own_flags} "-DPACKAGE_VERSION=\"${version}\""
+    "${WORK_DIR}/consumer/main.cpp" -o "${WORK_DIR}/host_in_cxx" ${flags} "-Wl,-rpath,${libdir}")
+run("${WORK_DIR}/host_in_cxx")
+run("${CC}" -std=c11 ${own_flags} "${WORK_DIR}/consumer_in_c/host.c" -o "${WORK_DIR}/host_in_c"
+    ${flags} "-Wl,-rpath,${libdir}")
+run("${WORK_DIR}/host_in_c")
+
+file(GLOB static_libraries "${libdir}/*.a")
+file(GLOB shared_libraries "${libdir}/*.so*")
+if(STATIC)
+  if(shared_libraries OR NOT static_libraries)
+    message(FATAL_ERROR "not one static library: ${shared_libraries} ${static_libraries}")
+  endif()
+else()
+  if(static_libraries OR NOT shared_libraries)
+    message(FATAL_ERROR "not one shared library: ${static_libraries} ${shared_libraries}")
+  endif()
+  # A host of the shared library needs nothing of what the library uses.
+  ask_pkg_config(static_flags --cflags --libs --static)
+  if(NOT static_flags STREQUAL flags)
+    message(FATAL_ERROR "more than ${flags}: ${static_flags}")
+  endif()
+endif()

@@ -191,6 +191,55 @@ TEST(GuaranteesDocument, NamesATestThatExistsForEachPromise) {
   EXPECT_GT(rowsHeldByTests("guarantees.md"), 15);
 }
 
+// A test of the build's own, as `abi.exports`: its name stands in the lists of the build.
+bool isTestOfTheBuild(const std::string& name) {
+  const auto has = [](const char* list, const std::string& words) {
+    return readFile(kSource / list).find(words) != std::string::npos;
+  };
+  const auto rest = [&name](const char* prefix) { return name.substr(std::string(prefix).size()); };
+  if (name.rfind("abi.header.", 0) == 0)
+    return fs::exists(kSource / "include" / rest("abi.header."));
+  if (name.rfind("abi.", 0) == 0) {
+    return has("tests/abi/CMakeLists.txt", "abi_test(" + rest("abi.") + " ");
+  }
+  if (name.rfind("fuzz.replay.", 0) == 0) {
+    return has("fuzz/CMakeLists.txt", "vornath_fuzz_target(" + rest("fuzz.replay."));
+  }
+  return has("examples/CMakeLists.txt", "add_test(NAME " + name + "\n");
+}
+
+// Each row of the two lists names, in its first cell, a file that exists, and in its last one tests
+// that exist. Returns the rows.
+int rowsOfFiles(const std::string& document, const std::string& heading) {
+  const std::set<std::string> tests = testNames();
+  const std::size_t begin = document.find("\n" + heading + "\n");
+  if (begin == std::string::npos) return 0;
+  const std::size_t table = document.find("| File | What | Asked for by |\n", begin);
+  if (table == std::string::npos) return 0;
+  std::istringstream lines(document.substr(table, document.find("\n\n", table) - table));
+  int rows = 0;
+  for (std::string line; std::getline(lines, line);) {
+    if (line.rfind("| `", 0) != 0) continue;
+    ++rows;
+    const std::string file = between(line, "`", "`").at(0);
+    EXPECT_TRUE(fs::exists(kSource / file)) << file;
+    for (const std::string& name : between(line.substr(line.rfind(" | ")), "`", "`")) {
+      EXPECT_TRUE(tests.count(name) == 1 || isTestOfTheBuild(name)) << name;
+    }
+  }
+  return rows;
+}
+
+TEST(ContributingDocument, ListsFilesThatExistAndTestsThatAskForThem) {
+  const std::string document = readFile(kSource / "CONTRIBUTING.md");
+  EXPECT_GE(rowsOfFiles(document, "## A new field of a group"), 10);
+  EXPECT_GE(rowsOfFiles(document, "## A new flat function"), 5);
+  // Wherever else a file is named, it is there too.
+  const std::vector<std::string> names = pathsIn(document);
+  EXPECT_GT(names.size(), 30U);
+  for (const std::string& name : names) EXPECT_TRUE(isThere(kSource, name)) << name;
+}
+
 TEST(Documents, LinkToFilesThatExist) {
   int count = 0;
   for (const auto& entry : fs::recursive_directory_iterator(kSource / "docs")) {

@@ -64,6 +64,31 @@ inline std::vector<std::string> linksOf(const std::string& markdown) {
   return files;
 }
 
+// What a Markdown text says of files: every word in backticks with a slash in it that is no test of
+// the build, and every link. The blocks of code go first, since their fences are backticks too.
+inline std::vector<std::string> pathsIn(const std::string& markdown) {
+  std::string prose = markdown;
+  for (std::size_t begin = prose.find("```"); begin != std::string::npos;
+       begin = prose.find("```")) {
+    const std::size_t end = prose.find("```", begin + 3);
+    if (end == std::string::npos) throw std::runtime_error("a block of code has no end");
+    prose.erase(begin, end + 3 - begin);
+  }
+  std::vector<std::string> names = linksOf(prose);
+  for (const std::string& name : between(prose, "`", "`")) {
+    const bool isPath = name.find('/') != std::string::npos && name.rfind("abi.", 0) != 0 &&
+                        name.find_first_of(" $(){};:") == std::string::npos;
+    if (isPath) names.push_back(name);
+  }
+  return names;
+}
+
+// Whether a file is there, of the repository or of the public headers.
+inline bool isThere(const std::filesystem::path& repository, const std::string& file) {
+  return std::filesystem::exists(repository / file) ||
+         std::filesystem::exists(repository / "include" / file);
+}
+
 // A test whose files lie in a folder of its own, which goes when the test ends.
 class ProcessTest : public testing::Test {
  protected:

@@ -25,6 +25,20 @@ void check(bool condition, const char* what) {
   ++failures;
 }
 
+// PACKAGE_VERSION is what CMake or pkg-config tells.
+void version() {
+  int major = -1, minor = -1, patch = -1;
+  check(std::sscanf(PACKAGE_VERSION, "%d.%d.%d", &major, &minor, &patch) == 3, "three numbers");
+  check(std::strcmp(VORNATH_DATA_VERSION_STRING, PACKAGE_VERSION) == 0, "the version's text");
+  check(VORNATH_DATA_VERSION_MAJOR == major && VORNATH_DATA_VERSION_MINOR == minor &&
+            VORNATH_DATA_VERSION_PATCH == patch,
+        "the version's numbers");
+#if VORNATH_DATA_VERSION < VORNATH_DATA_VERSION_NUMBER(1, 0, 0) || \
+    VORNATH_DATA_VERSION >= VORNATH_DATA_VERSION_NUMBER(VORNATH_DATA_VERSION_MAJOR + 1, 0, 0)
+  check(false, "the version's number lies among the others");
+#endif
+}
+
 void identifiers() {
   std::ostringstream text;
   text << vrnt::UniqueId::hash("abc");
@@ -108,6 +122,7 @@ void scenes() {
 
 int main() {
   try {
+    version();
     identifiers();
     types();
     values();
