@@ -77,6 +77,7 @@ std::uint32_t addAsset(Scene& scene, const Desc& desc, AssetHandle storage) {
   auto& container = scene.container<Desc>();
   const std::uint32_t index = container.allocate();
   container.slots[index] = Asset<Desc>{id, desc, std::move(storage)};
+  if (!container.slots[index].live()) container.leftFree(index);
   return index;
 }
 
