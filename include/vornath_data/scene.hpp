@@ -11,6 +11,7 @@
 #include "vornath_data/api.h"
 #include "vornath_data/catalogue/class_list.hpp"
 #include "vornath_data/container.hpp"
+#include "vornath_data/detail/scene_containers.hpp"
 #include "vornath_data/elements.hpp"
 #include "vornath_data/ref_map.hpp"
 #include "vornath_data/result.hpp"
@@ -45,12 +46,12 @@ class Scene {
       : id(other.id),
         data(other.data),
         versions(other.versions),
-        containers(std::exchange(other.containers, detail::TupleOfClass<Container>())) {}
+        containers(std::move(other.containers)) {}
   Scene& operator=(Scene&& other) noexcept {
     id = other.id;
     data = other.data;
     versions = other.versions;
-    containers = std::exchange(other.containers, detail::TupleOfClass<Container>());
+    containers = std::move(other.containers);
     return *this;
   }
   Scene(const Scene&) = delete;
@@ -118,7 +119,7 @@ class Scene {
   UniqueId id;  ///< the flat interface reads it through the scene's address
   SceneData data;
   SceneVersions versions;
-  detail::TupleOfClass<Container> containers;
+  detail::SceneContainers containers;
 };
 
 /// Prints a whole scene, for people and for comparing two runs: all counters, slots, references,
