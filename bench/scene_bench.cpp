@@ -91,6 +91,45 @@ void buildScene(benchmark::State& state) {
       benchmark::Counter::kIsIterationInvariantRate | benchmark::Counter::kInvert);
 }
 
+// A slot is freed and taken again beside many others. The yardstick does the same in a small scene.
+void reuse(benchmark::State& state, int shapes) {
+  const ScenePtr scene = build(shapes);
+  for (auto _ : state) {
+    vrdmRemove(scene.get(), kShape, 0);
+    benchmark::DoNotOptimize(vrdmCreateInstance(scene.get(), kShape));
+  }
+}
+
+// What a host does that leaves no stale references: it counts, and removes what has none. The
+// material of a few shapes changes in between.
+void countAndRemove(benchmark::State& state, int shapes) {
+  const ScenePtr scene = build(shapes);
+  for (int i = 0; i < 3; ++i) vrdmCreateInstance(scene.get(), VRDM_CLASS_MATERIAL);
+  vrdmSetReference(scene.get(), kShape, 0, 0, 0);
+  std::uint32_t material = 1;
+  for (auto _ : state) {
+    vrdmSetReference(scene.get(), kShape, 1, 0, material ^= 3);
+    if (vrdmCountReferences(scene.get(), VRDM_CLASS_MATERIAL, 0) != 0) {
+      benchmark::DoNotOptimize(vrdmCountReferences(scene.get(), kShape, 0));
+    }
+    vrdmRemove(scene.get(), kShape, 2);
+    benchmark::DoNotOptimize(vrdmCreateInstance(scene.get(), kShape));
+  }
+}
+
+// The first count on a scene, which reads it.
+void firstCount(benchmark::State& state, int shapes) {
+  for (auto _ : state) {
+    state.PauseTiming();
+    ScenePtr scene = build(shapes);
+    state.ResumeTiming();
+    benchmark::DoNotOptimize(vrdmCountReferences(scene.get(), VRDM_CLASS_MESH, 0));
+    state.PauseTiming();
+    scene.reset();
+    state.ResumeTiming();
+  }
+}
+
 void serialize(benchmark::State& state, ScenePtr (*make)()) {
   const ScenePtr scene = make();
   const RemoveFile file(filePath("written.vrnscene"));
@@ -174,6 +213,18 @@ const int registered = [] {
   benchmark::RegisterBenchmark("build shapes", buildScene)
       ->RangeMultiplier(2)
       ->Range(kShapes / 4, kShapes * 2);
+  const auto besideMany = [](const std::string& name, double ratio,
+                             void (*measured)(benchmark::State&, int)) {
+    benchmark::RegisterBenchmark((name + " beside 100,000 shapes").c_str(), measured, kShapes);
+    benchmark::RegisterBenchmark((name + " beside 100,000 shapes/yardstick").c_str(), measured,
+                                 100);
+    bench::aim(name + " beside 100,000 shapes", ratio);
+  };
+  besideMany("vrdmRemove and vrdmCreateInstance", 1.5, reuse);
+  besideMany("vrdmCountReferences and vrdmRemove", 1.5, countAndRemove);
+  benchmark::RegisterBenchmark("first vrdmCountReferences beside 100,000 shapes", firstCount,
+                               kShapes)
+      ->UseRealTime();
   registerPair("vrdmSerialize of 100,000 shapes", 2.5, manyShapes, serialize, writePieces);
   registerPair("vrdmDeserialize of 100,000 shapes", 2, manyShapes, deserialize, readWhole);
   registerPair("vrdmSerialize of a 256 MiB asset", 1.3, largeAsset, serialize, writePieces);

@@ -53,7 +53,7 @@ constexpr bool singleSlotsComeFirst() {
 
 template <typename Desc>
 constexpr std::size_t countSingleSlots() {
-  static_assert(singleSlotsComeFirst<Desc>());
+  static_assert(singleSlotsComeFirst<Desc>(), "scene files have a class's lists last");
   std::size_t count = 0;
   forEachSlot<Desc>([&count](const auto& slot, auto) {
     if (kIsSingle<typename std::decay_t<decltype(slot)>::Member>) ++count;
