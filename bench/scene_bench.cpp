@@ -15,6 +15,7 @@
 
 #include "ratio_reporter.hpp"
 #include "vornath_data/catalogue/material_graph.hpp"
+#include "vornath_data/catalogue/mesh.hpp"
 #include "vornath_data/vrdm.h"
 #include "vornath_data/vrnt.h"
 
@@ -89,6 +90,49 @@ void buildScene(benchmark::State& state) {
   state.counters["per object"] = benchmark::Counter(
       static_cast<double>(state.range(0)),
       benchmark::Counter::kIsIterationInvariantRate | benchmark::Counter::kInvert);
+}
+
+// A slot is freed and taken again beside many others. The yardstick does the same in a small scene.
+void reuse(benchmark::State& state, int shapes) {
+  const ScenePtr scene = build(shapes);
+  for (auto _ : state) {
+    vrdmRemove(scene.get(), kShape, 0);
+    benchmark::DoNotOptimize(vrdmCreateInstance(scene.get(), kShape));
+  }
+}
+
+// What a host does that leaves no stale references: it counts before it removes. The material of a
+// shape changes in between.
+void countAndRemove(benchmark::State& state, int shapes) {
+  const ScenePtr scene = build(shapes);
+  for (int i = 0; i < 3; ++i) vrdmCreateInstance(scene.get(), VRDM_CLASS_MATERIAL);
+  std::uint32_t material = 1;
+  for (auto _ : state) {
+    vrdmSetReference(scene.get(), kShape, 1, 0, material ^= 3);
+    benchmark::DoNotOptimize(vrdmCountReferences(scene.get(), VRDM_CLASS_MATERIAL, 0));
+    benchmark::DoNotOptimize(vrdmCountReferences(scene.get(), kShape, 2));
+    vrdmRemove(scene.get(), kShape, 2);
+    benchmark::DoNotOptimize(vrdmCreateInstance(scene.get(), kShape));
+  }
+}
+
+// The first count on a scene, which reads it: each shape has a mesh of its own.
+void firstCount(benchmark::State& state, int shapes) {
+  const vrnt::detail::MeshDesc desc{};
+  AssetStorage* const storage = vrdmAssetStorageCopy("", 0);
+  for (auto _ : state) {
+    state.PauseTiming();
+    ScenePtr scene = build(shapes);
+    for (int i = 0; i < shapes; ++i) {
+      vrdmAddAsset(scene.get(), VRDM_CLASS_MESH, &desc, &storage);
+    }
+    state.ResumeTiming();
+    benchmark::DoNotOptimize(vrdmCountReferences(scene.get(), VRDM_CLASS_MESH, 0));
+    state.PauseTiming();
+    scene.reset();
+    state.ResumeTiming();
+  }
+  vrdmAssetStorageRelease(storage);
 }
 
 void serialize(benchmark::State& state, ScenePtr (*make)()) {
@@ -174,6 +218,18 @@ const int registered = [] {
   benchmark::RegisterBenchmark("build shapes", buildScene)
       ->RangeMultiplier(2)
       ->Range(kShapes / 4, kShapes * 2);
+  const auto besideMany = [](const std::string& name, double ratio,
+                             void (*measured)(benchmark::State&, int)) {
+    benchmark::RegisterBenchmark((name + " beside 100,000 shapes").c_str(), measured, kShapes);
+    benchmark::RegisterBenchmark((name + " beside 100,000 shapes/yardstick").c_str(), measured,
+                                 100);
+    bench::aim(name + " beside 100,000 shapes", ratio);
+  };
+  besideMany("vrdmRemove and vrdmCreateInstance", 1.5, reuse);
+  besideMany("vrdmCountReferences and vrdmRemove", 1.5, countAndRemove);
+  benchmark::RegisterBenchmark("first vrdmCountReferences beside 100,000 shapes", firstCount,
+                               kShapes)
+      ->UseRealTime();
   registerPair("vrdmSerialize of 100,000 shapes", 2.5, manyShapes, serialize, writePieces);
   registerPair("vrdmDeserialize of 100,000 shapes", 2, manyShapes, deserialize, readWhole);
   registerPair("vrdmSerialize of a 256 MiB asset", 1.3, largeAsset, serialize, writePieces);

@@ -10,6 +10,8 @@
 #include <string>
 #include <vector>
 
+#include "support/target.hpp"
+
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size);
 
 namespace {
@@ -56,6 +58,12 @@ int main(int argc, char** argv) {
     // What ends the program is in the file that was named last.
     std::fprintf(stderr, "%s\n", file.c_str());
     const std::string bytes{std::istreambuf_iterator<char>(stream), {}};
+    if (vornath_fuzz::outdatedInput != nullptr) {
+      if (const std::string why = vornath_fuzz::outdatedInput(bytes); !why.empty()) {
+        std::fprintf(stderr, "%s\n", why.c_str());
+        return 1;
+      }
+    }
     LLVMFuzzerTestOneInput(reinterpret_cast<const std::uint8_t*>(bytes.data()), bytes.size());
   }
   std::printf("%zu inputs replayed\n", files.size());

@@ -27,6 +27,8 @@ std::uint64_t elementsOf(const vrntType_t* array) {
 
 }  // namespace
 
+OutdatedInput outdatedInput = nullptr;
+
 void failCheck(const char* condition, const char* file, int line, const std::string& note) {
   std::fprintf(stderr, "%s:%d: the check failed: %s\n%s\n", file, line, condition, note.c_str());
   std::abort();

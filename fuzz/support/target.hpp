@@ -18,6 +18,12 @@ namespace vornath_fuzz {
 // wasn't before, but for the library's permanent ones. std::bad_alloc may pass.
 void runInput(std::string_view bytes);
 
+// Set by a target whose inputs begin with a version: why an input of the corpus no longer gets
+// behind the check of it; empty if it does, or isn't meant to. The replay fails on the first such
+// input.
+using OutdatedInput = std::string (*)(std::string_view bytes);
+extern OutdatedInput outdatedInput;
+
 [[noreturn]] void failCheck(const char* condition, const char* file, int line,
                             const std::string& note);
 

@@ -81,6 +81,23 @@ struct InstanceGroupVersions {
 template <>
 struct InstanceGroupVersions<0> {};
 
+// Of a class with a list of plain slot numbers, the only ones that are counted.
+template <bool Present>
+struct InstanceListHandedOut {};
+template <>
+struct InstanceListHandedOut<true> {
+  std::uint32_t listHandedOut = 0;  ///< the library's own: when its elements could last be written
+};
+
+template <typename Desc>
+constexpr bool hasPlainList() {
+  bool has = false;
+  forEachSlot<Desc>([&has](const auto& slot, auto) {
+    if (slot.kind == ReferenceKind::List) has = true;
+  });
+  return has;
+}
+
 template <typename Desc>
 struct InstanceDesc {
   Desc desc;
@@ -99,7 +116,8 @@ struct Instance : detail::InstanceDesc<Desc>,
                   detail::InstanceValue<ClassInfo<Desc>::kHasValue>,
                   detail::InstanceVersion,
                   detail::InstanceReferencesVersion<kSlotCount<Desc> != 0>,
-                  detail::InstanceGroupVersions<kGroupCount<Desc>> {
+                  detail::InstanceGroupVersions<kGroupCount<Desc>>,
+                  detail::InstanceListHandedOut<detail::hasPlainList<Desc>()> {
   bool deleted = true;
 
   // Not defaulted: making an element in a container would then begin by zeroing all of it.

@@ -11,6 +11,7 @@
 #include "vornath_data/api.h"
 #include "vornath_data/catalogue/class_list.hpp"
 #include "vornath_data/container.hpp"
+#include "vornath_data/detail/scene_containers.hpp"
 #include "vornath_data/elements.hpp"
 #include "vornath_data/ref_map.hpp"
 #include "vornath_data/result.hpp"
@@ -33,8 +34,8 @@ struct SceneVersions {
 ///
 /// A Camera, Light or Material must have been given its value before the scene is written,
 /// imported, compared or printed.
-/// Threads: a scene has no lock and is used by one thread at a time. Scenes that share asset bytes
-/// or values may be used on different threads.
+/// Threads: a scene has no lock and is used by one thread at a time, but calls on a const scene may
+/// run side by side. Scenes that share asset bytes or values may be used on different threads.
 class Scene {
  public:
   /// An empty scene with the default settings. The id is random unless one is given.
@@ -45,12 +46,12 @@ class Scene {
       : id(other.id),
         data(other.data),
         versions(other.versions),
-        containers(std::exchange(other.containers, detail::TupleOfClass<Container>())) {}
+        containers(std::move(other.containers)) {}
   Scene& operator=(Scene&& other) noexcept {
     id = other.id;
     data = other.data;
     versions = other.versions;
-    containers = std::exchange(other.containers, detail::TupleOfClass<Container>());
+    containers = std::move(other.containers);
     return *this;
   }
   Scene(const Scene&) = delete;
@@ -106,6 +107,9 @@ class Scene {
   VRNT_API static bool equivalent(const Scene& a, const Scene& b);
 
   /// The container of a class, named by its Desc.
+  /// Whoever is given it by a scene that isn't const may write to it, now and as long as the scene
+  /// lives. So from then on vrdmCountReferences() reads all objects of that class each time, as far
+  /// as their references are asked for; a host that only reads takes it from a const scene.
   template <typename Desc>
   Container<Stored<Desc>>& container() noexcept {
     return containers.template get<Desc>();
@@ -118,7 +122,8 @@ class Scene {
   UniqueId id;  ///< the flat interface reads it through the scene's address
   SceneData data;
   SceneVersions versions;
-  detail::TupleOfClass<Container> containers;
+  /// `containers.get<Desc>()` is container<Desc>().
+  detail::SceneContainers containers;
 };
 
 /// Prints a whole scene, for people and for comparing two runs: all counters, slots, references,

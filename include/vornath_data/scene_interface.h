@@ -18,8 +18,9 @@
  * Errors: nothing is caught. C++ exceptions from underneath pass to the host: std::bad_alloc and
  * what a function names. vrdmCreateScene() alone answers a failed allocation with null.
  *
- * Threads: a scene has no lock and is used by one thread at a time.
- * Scenes that share asset bytes or values may be used on different threads.
+ * Threads: a scene has no lock and is used by one thread at a time, but functions that take a const
+ * scene may run side by side. Scenes that share asset bytes or values may be used on different
+ * threads.
  *
  * Counters: a scene counts its changes, as a whole, for each scene-wide group and for each class,
  * and an object counts its own. "The class rises" below means the counter of the class and that of
@@ -138,7 +139,9 @@ VRNT_API const vrntUniqueId_t* vrdmGetUniqueId(const vrdmScene_t* scene, uint32_
  * Frees a slot; freeing a free one is harmless. The class rises. A program loses its id, an asset
  * its reference to the bytes; all else that the slot holds stays, and so do references to the
  * object.
- * Result: true; false past the last class. Errors: none.
+ * Result: true; false past the last class.
+ * Errors: none. To take note of the slot a few bytes may be allocated; if they can't, the next
+ * addition looks for it.
  */
 VRNT_API bool vrdmRemove(vrdmScene_t* scene, uint32_t objectClass, int32_t index);
 
@@ -146,7 +149,15 @@ VRNT_API bool vrdmRemove(vrdmScene_t* scene, uint32_t objectClass, int32_t index
  * Counts the slots and list elements of live objects that refer to an object. Coded lists (the
  * emitters of light groups, the decals of decal lists) are not counted, so a Light or a Decal
  * always has 0 and a Shape only its uses in bake tasks. For an index of -1 the required slots that
- * are unset count, the optional ones don't. Errors: none.
+ * are unset count, the optional ones don't.
+ * Cost: the first call for a class reads all objects that can refer to it. The scene then keeps the
+ * counts, about four bytes for each object that is referred to and each slot that refers to it, and
+ * every function that changes references keeps them in step, so that later calls take as long in a
+ * large scene as in a small one. What can change without a call is read each time: a list whose
+ * elements vrdmModifyReferenceList() handed out, at least until its class is added to; and all
+ * objects of a class whose container C++ code took for writing (Scene::container()). So are the
+ * objects of a class that has thousands of different words in a slot that are no slot numbers.
+ * Errors: none. Without the memory to keep counts, the objects are read.
  */
 VRNT_API uint32_t vrdmCountReferences(const vrdmScene_t* scene, uint32_t objectClass,
                                       int32_t index);
@@ -186,7 +197,8 @@ VRNT_API uint32_t vrdmAddAsset(vrdmScene_t* scene, uint32_t objectClass, const v
 /**
  * Reads an asset: copies its record to `desc` (16, 20 or 24 bytes; left alone for other classes and
  * if null) and returns the place of its handle, which holds null in a removed slot. A block without
- * data makes a slot free as well.
+ * data makes a slot free as well; of one that loses its data later, by a host that holds it, the
+ * next addition need not know before vrdmRemove() was called for it.
  * Result: null for other classes.
  * Ownership: the handle belongs to the scene and is valid until the next addition to the class; a
  * host that keeps the bytes longer adds a reference of its own with vrdmAssetStorageRetain().
@@ -292,7 +304,8 @@ VRNT_API const int32_t* vrdmGetReferenceList(const vrdmScene_t* scene, uint32_t 
  * The elements of a list, for writing. This counts as a change: for instances the class rises, and
  * if the class has the slot, single or not, the object's two counters; so a host may call it on a
  * single slot just to record one.
- * Result and ownership: as vrdmGetReferenceList().
+ * Result and ownership: as vrdmGetReferenceList(). What is written later is seen by all functions
+ * here, vrdmCountReferences() too, as long as the pointer is valid.
  * Errors: none.
  */
 VRNT_API int32_t* vrdmModifyReferenceList(vrdmScene_t* scene, uint32_t objectClass, int32_t index,

@@ -20,16 +20,6 @@ std::int32_t linkWord(const List& list) {
   return static_cast<std::int32_t>(list.words.size());
 }
 
-/// Stores the word in a single slot, in range or not; makes a list that many elements long.
-template <typename Target>
-void setLinkWord(Ref<Target>& link, std::uint32_t word) {
-  link.index = static_cast<std::int32_t>(word);
-}
-template <typename List>
-void setLinkWord(List& list, std::uint32_t word) {
-  list.words.resize(word, List::kNoTarget);
-}
-
 /// The first element of a list; null for an empty one and for a single slot.
 template <typename Target>
 std::int32_t* linkElements(Ref<Target>&) {

@@ -1,4 +1,4 @@
-// Adding, removing and counting objects, written once for all classes. A class is named by its
+// Adding and removing objects, written once for all classes. A class is named by its
 // Desc.
 #ifndef VORNATH_SCENE_OBJECT_OPERATIONS_HPP
 #define VORNATH_SCENE_OBJECT_OPERATIONS_HPP
@@ -12,6 +12,8 @@
 #include <utility>
 
 #include "asset_block.hpp"
+#include "reference_counts.hpp"
+#include "scene_access.hpp"
 #include "vornath_data/scene.hpp"
 
 namespace vrnt::data {
@@ -63,7 +65,7 @@ std::uint32_t addProgram(Scene& scene, const char* text, std::size_t length) {
   added.length = length;
   added.id = UniqueId::hash(text, length);
   countClassChange<Source>(scene);
-  auto& container = scene.container<Source>();
+  auto& container = writable<Source>(scene);
   const std::uint32_t index = container.allocate();
   container.slots[index] = std::move(added);
   return index;
@@ -74,9 +76,10 @@ template <typename Desc>
 std::uint32_t addAsset(Scene& scene, const Desc& desc, AssetHandle storage) {
   const UniqueId id = UniqueId::generate();
   countClassChange<Desc>(scene);
-  auto& container = scene.container<Desc>();
+  auto& container = writable<Desc>(scene);
   const std::uint32_t index = container.allocate();
   container.slots[index] = Asset<Desc>{id, desc, std::move(storage)};
+  if (!container.slots[index].live()) container.leftFree(index);
   return index;
 }
 
@@ -88,7 +91,7 @@ void updateAsset(Scene& scene, std::int32_t index, const Desc& desc, const void*
   const std::size_t size = desc.size();
   AssetHandle storage = allocateAsset(size);
   if (size != 0) std::memcpy(storage.get()->data, bytes, size);
-  Asset<Desc>& asset = scene.container<Desc>().at(index);
+  Asset<Desc>& asset = writable<Desc>(scene).at(index);
   asset.desc = desc;
   asset.storage = std::move(storage);
   countClassChange<Desc>(scene);
@@ -98,11 +101,12 @@ void updateAsset(Scene& scene, std::int32_t index, const Desc& desc, const void*
 /// so do the counts.
 template <typename Desc>
 std::uint32_t createInstance(Scene& scene) {
-  auto& container = scene.container<Desc>();
+  auto& container = writable<Desc>(scene);
   const std::uint32_t index = container.allocate();
   Instance<Desc>& created = container.slots[index];
   created.deleted = false;
   created.desc = Desc();
+  noteAddition<Desc>(scene, index);
   countWholeChange(created);
   countClassChange<Desc>(scene);
   return index;
@@ -112,41 +116,10 @@ std::uint32_t createInstance(Scene& scene) {
 template <typename Desc>
 void removeObject(Scene& scene, std::int32_t index) {
   countClassChange<Desc>(scene);
-  auto& container = scene.container<Desc>();
+  auto& container = writable<Desc>(scene);
+  noteRemoval<Desc>(scene, index);
   container.at(index).markFree();
   container.freed(index);
-}
-
-/// Counts the single slots and the elements of plain lists of live objects that refer to an object
-/// of the class. Coded lists aren't counted, which hosts know: what is used by them alone (lights,
-/// decals, shapes in light groups) has a count of 0.
-template <typename TargetDesc>
-std::uint32_t countReferences(const Scene& scene, std::int32_t index) {
-  using Target = Stored<TargetDesc>;
-  std::uint32_t count = 0;
-  forEachClass([&](auto tag) {
-    using Desc = typename decltype(tag)::Desc;
-    if constexpr (kSlotCount<Desc> != 0) {
-      forEachSlot<Desc>([&](const auto& slot, auto) {
-        using Link = typename std::decay_t<decltype(slot)>::Member;
-        if constexpr (std::is_same_v<Link, Ref<Target>>) {
-          // An unset optional slot refers to nothing; a required one is compared as it stands.
-          if (slot.kind == ReferenceKind::Optional && index == -1) return;
-          for (const auto& object : scene.container<Desc>().slots) {
-            if (object.live() && (object.desc.*slot.member).index == index) ++count;
-          }
-        } else if constexpr (std::is_same_v<Link, RefList<Target>>) {
-          for (const auto& object : scene.container<Desc>().slots) {
-            if (!object.live()) continue;
-            for (const std::int32_t word : (object.desc.*slot.member).words) {
-              if (word == index) ++count;
-            }
-          }
-        }
-      });
-    }
-  });
-  return count;
 }
 
 }  // namespace vrnt::data

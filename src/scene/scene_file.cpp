@@ -12,6 +12,7 @@
 
 #include "asset_block.hpp"
 #include "object_operations.hpp"
+#include "scene_access.hpp"
 
 namespace vrnt::data {
 
@@ -52,7 +53,7 @@ constexpr bool singleSlotsComeFirst() {
 
 template <typename Desc>
 constexpr std::size_t countSingleSlots() {
-  static_assert(singleSlotsComeFirst<Desc>());
+  static_assert(singleSlotsComeFirst<Desc>(), "scene files have a class's lists last");
   std::size_t count = 0;
   forEachSlot<Desc>([&count](const auto& slot, auto) {
     if (kIsSingle<typename std::decay_t<decltype(slot)>::Member>) ++count;
@@ -174,7 +175,7 @@ void DeserializeObjects::sceneData() { read(&scene_.data, sizeof(scene_.data)); 
 
 template <typename Desc>
 void DeserializeObjects::section() {
-  auto& container = scene_.container<Desc>();
+  auto& container = writable<Desc>(scene_);
   // Trusted as it stands, and so are all counts and sizes below: nothing tells how much a stream
   // still holds.
   const std::uint32_t count = readCount();
@@ -268,7 +269,7 @@ void DeserializeObjects::handle(Ref<Instance<Desc>> ref) {
   vrntValuesError_t* error = nullptr;
   vrntValue_t* value = vrntValueDeserialize(readThrough<decltype(reader)>, &reader, &error);
   if (!value) vrnt::detail::raiseError(error);
-  Instance<Desc>& object = scene_.container<Desc>().at(ref.index);
+  Instance<Desc>& object = writable<Desc>(scene_).at(ref.index);
   object.value = Value::adopt(value);
   ++object.version;
 }

@@ -9,6 +9,8 @@
 #include <vector>
 
 #include "object_operations.hpp"
+#include "reference_counts.hpp"
+#include "scene_access.hpp"
 #include "texture_references.hpp"
 #include "vornath_data/scene.hpp"
 
@@ -17,14 +19,6 @@ namespace vrnt::data {
 namespace {
 
 using RefMaps = detail::TupleOfClass<RefMap>;
-
-// The class whose container stores a T.
-template <typename T>
-struct DescOfStored;
-template <template <typename> class Kind, typename D>
-struct DescOfStored<Kind<D>> {
-  using Desc = D;
-};
 
 // Lists of lights and shapes are filled when all classes are done: their class comes before both.
 template <typename Link>
@@ -136,13 +130,13 @@ void ImportObjects::programs() {
   if (live.size() <= kFewPrograms) {
     for (const std::int32_t slot : live) {
       const UniqueId& id = source_.container<Source>().at(slot).id;
-      const std::int32_t found = firstOfId(target_.container<Source>(), id);
+      const std::int32_t found = firstOfId(writable<Source>(target_), id);
       if (found >= 0) first.emplace(id, found);
     }
   } else {
-    first.reserve(target_.container<Source>().size());
-    for (const std::int32_t slot : liveSlots(target_.container<Source>())) {
-      first.emplace(target_.container<Source>().at(slot).id, slot);
+    first.reserve(writable<Source>(target_).size());
+    for (const std::int32_t slot : liveSlots(writable<Source>(target_))) {
+      first.emplace(writable<Source>(target_).at(slot).id, slot);
     }
   }
   for (const std::int32_t slot : live) {
@@ -157,7 +151,7 @@ void ImportObjects::programs() {
     const auto added =
         static_cast<std::int32_t>(addProgram<Source>(target_, text, std::strlen(text)));
     maps_.template get<Source>().add(slot, added);
-    const auto entry = first.emplace(target_.container<Source>().at(added).id, added).first;
+    const auto entry = first.emplace(writable<Source>(target_).at(added).id, added).first;
     // It may have filled a gap in front of one of its id.
     if (added < entry->second) entry->second = added;
   }
@@ -166,7 +160,7 @@ void ImportObjects::programs() {
 template <typename Desc>
 void ImportObjects::assets() {
   for (const std::int32_t slot : liveSlots(source_.container<Desc>())) {
-    auto& container = target_.container<Desc>();
+    auto& container = writable<Desc>(target_);
     const std::uint32_t added = container.allocate();
     const Asset<Desc>& asset = source_.container<Desc>().at(slot);
     container.slots[added] = Asset<Desc>{asset.id, asset.desc, asset.storage};
@@ -180,7 +174,7 @@ void ImportObjects::assets() {
 template <typename Desc>
 void ImportObjects::instances() {
   const auto& from = source_.container<Desc>();
-  auto& to = target_.container<Desc>();
+  auto& to = writable<Desc>(target_);
   const std::uint32_t count = from.size();
   const std::uint32_t size = to.size() + count;
   // Exactly for a large import; many small ones leave it to the container to grow ahead.
@@ -193,6 +187,7 @@ void ImportObjects::instances() {
     copy(from.slots[i], object);
     object.deleted = false;
     to.occupied(added);
+    noteAddition<Desc>(target_, added);
     countWholeChange(object);
     countClassChange<Desc>(target_);
     maps_.template get<Desc>().add(static_cast<std::int32_t>(i), static_cast<std::int32_t>(added));
@@ -218,7 +213,7 @@ template <typename Desc>
 void ImportObjects::lateSlots() {
   for (const auto& [source, target] : maps_.template get<Desc>().pairs()) {
     const Instance<Desc>& from = source_.container<Desc>().at(source);
-    Instance<Desc>& to = target_.container<Desc>().at(target);
+    Instance<Desc>& to = writable<Desc>(target_).at(target);
     countReferenceChange(to);
     countClassChange<Desc>(target_);
     forEachSlot<Desc>([&](const auto& slot, auto) {

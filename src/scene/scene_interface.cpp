@@ -11,14 +11,18 @@
 #include "group_access.hpp"
 #include "links.hpp"
 #include "object_operations.hpp"
+#include "reference_counts.hpp"
+#include "scene_access.hpp"
 #include "vornath_data/scene.hpp"
 #include "vornath_data/texture_references.hpp"
 
 using vrnt::Value;
 using vrnt::data::AssetHandle;
 using vrnt::data::ClassInfo;
+using vrnt::data::CountedSlot;
 using vrnt::data::kGroupCount;
 using vrnt::data::kIsAsset;
+using vrnt::data::kIsCounted;
 using vrnt::data::kIsInstance;
 using vrnt::data::kIsProgram;
 using vrnt::data::kSlotCount;
@@ -27,6 +31,7 @@ using vrnt::data::SceneData;
 using vrnt::data::visitClass;
 using vrnt::data::visitLink;
 using vrnt::data::visitRecord;
+using vrnt::data::visitSlot;
 
 namespace {
 
@@ -50,18 +55,18 @@ Desc readDesc(const void* bytes) {
 
 // What a value names becomes the whole of the object's textures.
 template <typename Desc>
-void replaceTextures(vrnt::data::Instance<Desc>& object) {
+void replaceTextures(Scene& scene, std::int32_t index) {
   using Texture = vrnt::data::Asset<vrnt::detail::TextureDesc>;
-  vrnt::data::forEachSlot<Desc>([&object](const auto& slot, auto) {
-    using Link = typename std::decay_t<decltype(slot)>::Member;
-    if constexpr (std::is_same_v<Link, vrnt::RefList<Texture>>) {
+  vrnt::data::forEachCountedSlot<Desc>([&scene, index](auto slot) {
+    if constexpr (std::is_same_v<typename decltype(slot)::Link, vrnt::RefList<Texture>>) {
+      const Value& value = vrnt::data::writable<Desc>(scene).at(index).value;
       std::vector<std::int32_t> words;
-      if (object.value) {
-        for (const auto texture : vrnt::data::extractTextureReferences(object.value)) {
+      if (value) {
+        for (const auto texture : vrnt::data::extractTextureReferences(value)) {
           words.push_back(texture.index);
         }
       }
-      (object.desc.*slot.member).words = std::move(words);
+      decltype(slot)::replaceList(scene, index, std::move(words));
     }
   });
 }
@@ -269,7 +274,7 @@ bool vrdmSetDataValue(Scene* scene, std::uint32_t objectClass, std::int32_t inde
         if constexpr (kGroupCount<Desc> == 0) {
           return false;
         } else {
-          auto& object = scene->container<Desc>().at(index);
+          auto& object = vrnt::data::writable<Desc>(*scene).at(index);
           return visitRecord<Desc>(
               object.desc.groups, group,
               [&object, value](auto& record, auto position) {
@@ -307,7 +312,7 @@ bool vrdmSetInstanceValue(Scene* scene, std::uint32_t objectClass, std::int32_t 
       [=](auto tag) {
         using Desc = typename decltype(tag)::Desc;
         if constexpr (ClassInfo<Desc>::kHasValue) {
-          auto& object = scene->container<Desc>().at(index);
+          auto& object = vrnt::data::writable<Desc>(*scene).at(index);
           object.value = Value::share(value);
           ++object.version;
           vrnt::data::countClassChange<Desc>(*scene);
@@ -354,11 +359,16 @@ bool vrdmSetReference(Scene* scene, std::uint32_t objectClass, std::int32_t inde
         if constexpr (kSlotCount<Desc> == 0) {
           return false;
         } else {
-          auto& object = scene->container<Desc>().at(index);
-          return visitLink(
-              object, slot,
-              [&object, word](auto& link) {
-                vrnt::data::setLinkWord(link, word);
+          auto& object = vrnt::data::writable<Desc>(*scene).at(index);
+          return visitSlot<Desc>(
+              slot,
+              [=, &object](const auto& declared, auto position) {
+                using Link = typename std::decay_t<decltype(declared)>::Member;
+                if constexpr (kIsCounted<Link>) {
+                  CountedSlot<Desc, decltype(position)::value>::setWord(*scene, index, word);
+                } else {
+                  (object.desc.*declared.member).words.resize(word, Link::kNoTarget);
+                }
                 vrnt::data::countReferenceChange(object);
                 return true;
               },
@@ -401,13 +411,17 @@ std::int32_t* vrdmModifyReferenceList(Scene* scene, std::uint32_t objectClass, s
         if constexpr (kSlotCount<Desc> == 0) {
           return nullptr;
         } else {
-          auto& object = scene->container<Desc>().at(index);
-          return visitLink(
-              object, slot,
-              [&object](auto& link) {
+          auto& object = vrnt::data::writable<Desc>(*scene).at(index);
+          return visitSlot<Desc>(
+              slot,
+              [=, &object](const auto& declared, auto position) {
+                using Link = typename std::decay_t<decltype(declared)>::Member;
+                if constexpr (kIsCounted<Link>) {
+                  CountedSlot<Desc, decltype(position)::value>::noteHandingOut(*scene, index);
+                }
                 // Also for a single slot: a host may call this just to record a change.
                 vrnt::data::countReferenceChange(object);
-                return vrnt::data::linkElements(link);
+                return vrnt::data::linkElements(object.desc.*declared.member);
               },
               null<std::int32_t>);
         }
@@ -422,8 +436,8 @@ void vrdmUpdateTextureReferences(Scene* scene, std::uint32_t objectClass, std::i
         using Desc = typename decltype(tag)::Desc;
         if constexpr (kIsInstance<Desc>) vrnt::data::countClassChange<Desc>(*scene);
         if constexpr (kSlotCount<Desc> != 0) {
-          auto& object = scene->container<Desc>().at(index);
-          if constexpr (ClassInfo<Desc>::kHasValue) replaceTextures(object);
+          auto& object = vrnt::data::writable<Desc>(*scene).at(index);
+          if constexpr (ClassInfo<Desc>::kHasValue) replaceTextures<Desc>(*scene, index);
           vrnt::data::countReferenceChange(object);
         }
       },

@@ -106,7 +106,8 @@ const char* toString(TextureType type) { return nameOf(kTypes, type); }
 
 namespace detail {
 
-static_assert(sizeof(TextureDesc) == 20);
+static_assert(sizeof(TextureDesc) == 20,
+              "its bytes go to scene files: another size is another file version");
 
 std::size_t TextureDesc::size() const {
   const qex::vornath::ImageFormat image(format, layout);

@@ -289,6 +289,31 @@ TEST(ContainerFaults, AllocateLeavesTheContainerAsItWas) {
   }
 }
 
+TEST(ContainerFaults, FreedDoesWithoutTheMemoryToNoteTheSlot) {
+  vrnt::data::Container<vrnt::data::Instance<vrnt::data::KeyframeDesc>> container;
+  const auto add = [&container] {
+    const std::uint32_t chosen = container.allocate();
+    container.slots[chosen].deleted = false;
+    return chosen;
+  };
+  const auto remove = [&container](std::int32_t index) {
+    container.at(index).deleted = true;
+    container.freed(index);
+  };
+  for (std::uint32_t i = 0; i < 300; ++i) ASSERT_EQ(add(), i);
+  remove(7);
+  {
+    const FailingAllocations failures;
+    for (const std::int32_t index : {290, 5, 100, 200}) remove(index);
+    EXPECT_EQ(add(), 5U);
+    EXPECT_EQ(add(), 7U);
+    remove(6);
+  }
+  for (const std::uint32_t index : {6U, 100U}) EXPECT_EQ(add(), index);
+  remove(3);
+  for (const std::uint32_t index : {3U, 200U, 290U, 300U}) EXPECT_EQ(add(), index);
+}
+
 TEST(AssetStorageFaults, IsNullAndLeavesTheBytesToTheHost) {
   if constexpr (!kMallocIsCounted) return;
   char bytes[] = "bytes";

@@ -156,9 +156,6 @@ void addReading(FaultCases& cases) {
   cases.push_back(quietScene("vrdmGetUniqueId", [](vrdmScene_t* scene) {
     return !vrdmGetUniqueId(scene, VRDM_CLASS_MESH, 0)->isNull();
   }));
-  cases.push_back(quietScene("vrdmCountReferences", [](vrdmScene_t* scene) {
-    return vrdmCountReferences(scene, VRDM_CLASS_TEXTURE, 0) > 0;
-  }));
   cases.push_back(quietScene("vrdmGetProgramSource", [](vrdmScene_t* scene) {
     return std::strcmp(vrdmGetProgramSource(scene, 0, 0), "program a()") == 0;
   }));
@@ -183,13 +180,6 @@ void addReading(FaultCases& cases) {
   }));
   cases.push_back(quietScene("vrdmModifyReferenceList", [](vrdmScene_t* scene) {
     return vrdmModifyReferenceList(scene, VRDM_CLASS_LIGHT_GROUP, 0, 0)[1] == 1;
-  }));
-  cases.push_back(quietScene("vrdmRemove", [](vrdmScene_t* scene) {
-    bool removed = true;
-    for (std::uint32_t objectClass = 0; objectClass < kClasses; ++objectClass) {
-      removed = vrdmRemove(scene, objectClass, 0) && removed;
-    }
-    return removed && !vrdmRemove(scene, kClasses, 0);
   }));
   cases.push_back(quiet("vrdmSetInstanceValue", [] {
     return [scene = filledScene(), value = sharedValue("{ a = &[ 1 ]; }")] {
@@ -232,6 +222,85 @@ Call on(std::function<SharedScene()> make, std::function<bool(vrdmScene_t*)> wor
     scene->reset();
   };
   return call;
+}
+
+// What a scene keeps so that it need not look for it, it looks for where there is no memory.
+void addKeeping(FaultCases& cases) {
+  const auto never = [](vrdmScene_t*) { ADD_FAILURE(); };
+  cases.push_back({"vrdmCountReferences", "first", Promise::NeverFails, [never] {
+                     return on([] { return filledScene(); },
+                               [](vrdmScene_t* scene) {
+                                 return vrdmCountReferences(scene, VRDM_CLASS_TEXTURE, 0) > 0;
+                               },
+                               [](vrdmScene_t*) {}, never);
+                   }});
+  cases.push_back(quiet("vrdmCountReferences", [] {
+    const SharedScene scene = filledScene();
+    const std::uint32_t count = vrdmCountReferences(scene.get(), VRDM_CLASS_TEXTURE, 0);
+    return [=] { return vrdmCountReferences(scene.get(), VRDM_CLASS_TEXTURE, 0) == count; };
+  }));
+  for (const bool counted : {false, true}) {
+    cases.push_back(
+        {"vrdmRemove", counted ? "counted" : "first", Promise::NeverFails, [counted, never] {
+           return on(
+               [counted] {
+                 SharedScene scene = emptyScene();
+                 fillAllClasses(scene.get(), false);
+                 for (std::uint32_t c = 0; counted && c < kClasses; ++c) {
+                   vrdmCountReferences(scene.get(), c, 0);
+                 }
+                 return scene;
+               },
+               [](vrdmScene_t* scene) {
+                 bool removed = true;
+                 for (std::uint32_t c = 0; c < kClasses; ++c) {
+                   removed = vrdmRemove(scene, c, 0) && removed;
+                 }
+                 return removed && !vrdmRemove(scene, kClasses, 0);
+               },
+               [](vrdmScene_t* scene) {
+                 for (std::uint32_t c = 0; c < kClasses; ++c) {
+                   EXPECT_FALSE(vrdmValid(scene, c, 0));
+                 }
+                 EXPECT_EQ(vrdmAddProgram(scene, 0, "program c()"), 0U);
+                 EXPECT_EQ(vrdmAddProgram(scene, 0, "program c()"), 2U);
+                 // The second objects refer on.
+                 EXPECT_EQ(vrdmCountReferences(scene, VRDM_CLASS_CAMERA_PROGRAM, 0), 1U);
+                 EXPECT_EQ(vrdmCountReferences(scene, VRDM_CLASS_DECAL_LIST, 0), 1U);
+               },
+               never);
+         }});
+  }
+  // What it can't keep of a change, it reads at the next count.
+  const auto kept = [&](const char* function, std::function<bool(vrdmScene_t*)> change) {
+    cases.push_back({function, "counted", Promise::NeverFails, [change = std::move(change), never] {
+                       return on(
+                           [] {
+                             SharedScene scene = filledScene();
+                             vrdmSetReferenceCount(scene.get(), VRDM_CLASS_BAKE_TASK, 0, 0, 3);
+                             vrdmCreateInstance(scene.get(), VRDM_CLASS_BAKE_TASK);
+                             vrdmSetReferenceCount(scene.get(), VRDM_CLASS_BAKE_TASK, 0, 0, 2);
+                             vrdmCountReferences(scene.get(), VRDM_CLASS_SHAPE, 0);
+                             vrdmCountReferences(scene.get(), VRDM_CLASS_MATERIAL, 0);
+                             return scene;
+                           },
+                           change,
+                           [](vrdmScene_t* scene) {
+                             EXPECT_EQ(vrdmCountReferences(scene, VRDM_CLASS_SHAPE, 7777), 1U);
+                             EXPECT_EQ(vrdmCountReferences(scene, VRDM_CLASS_MATERIAL, 7777), 1U);
+                           },
+                           never);
+                     }});
+  };
+  kept("vrdmModifyReferenceList", [](vrdmScene_t* scene) {
+    vrdmModifyReferenceList(scene, VRDM_CLASS_BAKE_TASK, 0, 0)[1] = 7777;
+    return vrdmSetReference(scene, VRDM_CLASS_SHAPE, 0, 0, 7777);
+  });
+  kept("vrdmSetReference", [](vrdmScene_t* scene) {
+    const bool set = vrdmSetReference(scene, VRDM_CLASS_SHAPE, 0, 0, 7777);
+    vrdmModifyReferenceList(scene, VRDM_CLASS_BAKE_TASK, 0, 0)[1] = 7777;
+    return set;
+  });
 }
 
 void addAdding(FaultCases& cases) {
@@ -392,6 +461,7 @@ void addSceneCases(FaultCases& cases) {
   addCatalogue(cases);
   addGroups(cases);
   addReading(cases);
+  addKeeping(cases);
   addAdding(cases);
   addWhole(cases);
 }

@@ -283,10 +283,16 @@ TEST(CatalogueTables, GiveTheMetadataOfEveryGroup) {
   });
 }
 
+std::string differenceOf(const std::vector<WalkedField>& fields, const GroupRow& row) {
+  std::vector<std::string> listed;
+  for (const FieldRow& field : row.fields) listed.push_back(field.path);
+  return firstDifference(pathsOf(fields), "the schema", listed, "data/catalogue_tables.inc");
+}
+
 TEST(CatalogueTables, GiveTheFieldsOfEveryGroupInOrder) {
   forEachListedGroup([](const GroupRow& row, const vrntType_t* type) {
     const std::vector<WalkedField> fields = walkFields(type);
-    ASSERT_EQ(fields.size(), row.fields.size());
+    ASSERT_EQ(fields.size(), row.fields.size()) << differenceOf(fields, row);
     for (std::size_t i = 0; i < fields.size(); ++i) {
       EXPECT_EQ(fields[i].path, row.fields[i].path);
       EXPECT_EQ(describe(fields[i].type.get()), row.fields[i].type) << row.fields[i].path;
@@ -297,7 +303,7 @@ TEST(CatalogueTables, GiveTheFieldsOfEveryGroupInOrder) {
 TEST(CatalogueTables, GiveDefaultLimitsAndLabelsOfEveryField) {
   forEachListedGroup([](const GroupRow& row, const vrntType_t* type) {
     const std::vector<WalkedField> fields = walkFields(type);
-    ASSERT_EQ(fields.size(), row.fields.size());
+    ASSERT_EQ(fields.size(), row.fields.size()) << differenceOf(fields, row);
     for (std::size_t i = 0; i < fields.size(); ++i) {
       SCOPED_TRACE(row.fields[i].path);
       EXPECT_EQ(actualOf(fields[i].type.get()), expectedOf(row.fields[i]));
@@ -309,7 +315,7 @@ TEST(CatalogueTables, GiveTheLabelsOfEveryConstructor) {
   std::size_t labelled = 0;
   forEachListedGroup([&labelled](const GroupRow& row, const vrntType_t* type) {
     const std::vector<WalkedField> fields = walkFields(type);
-    ASSERT_EQ(fields.size(), row.fields.size());
+    ASSERT_EQ(fields.size(), row.fields.size()) << differenceOf(fields, row);
     for (std::size_t i = 0; i < fields.size(); ++i) {
       if (!isEnum(row.fields[i])) continue;
       const std::string expected = annotatedEnumText(row.fields[i], row.values);
@@ -328,7 +334,7 @@ TEST(CatalogueTables, GiveEveryFieldItsDefaultInANewValue) {
     const ValueHandle value(vrntValueCreateDefault(type, &error));
     ASSERT_NE(value, nullptr);
     const std::vector<WalkedField> fields = walkFields(type);
-    ASSERT_EQ(fields.size(), row.fields.size());
+    ASSERT_EQ(fields.size(), row.fields.size()) << differenceOf(fields, row);
     for (std::size_t i = 0; i < fields.size(); ++i) {
       const FieldRow& field = row.fields[i];
       if (field.type.rfind("struct", 0) == 0) continue;

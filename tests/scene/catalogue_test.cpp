@@ -3,12 +3,15 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <cstddef>
 #include <cstdint>
 #include <cstdio>
 #include <cstring>
 #include <fstream>
+#include <new>
 #include <string>
+#include <type_traits>
 #include <typeinfo>
 #include <vector>
 
@@ -404,6 +407,15 @@ std::vector<Member> membersOf(const std::type_info& record) {
   return members;
 }
 
+template <typename Desc>
+std::string nameOf() {
+  if constexpr (std::is_same_v<Desc, SceneData>) {
+    return "SceneData";
+  } else {
+    return ClassInfo<Desc>::kName;
+  }
+}
+
 // Calls `check(className, group)` for every group of every class and of the scene.
 template <typename Check>
 void forEveryGroup(Check&& check) {
@@ -442,6 +454,52 @@ TEST(Catalogue, NamesEveryGroupByItsMetadata) {
   });
 }
 
+// A new object in memory that held other bytes before, so that what it leaves alone shows.
+template <typename T>
+std::vector<unsigned char> freshBytes() {
+  alignas(T) static unsigned char memory[sizeof(T)];
+  void* (*const volatile fill)(void*, int, std::size_t) = std::memset;
+  fill(memory, 0xA5, sizeof memory);
+  new (static_cast<void*>(memory)) T{};
+  return std::vector<unsigned char>(memory, memory + sizeof memory);
+}
+
+// The bytes that a part covers, and its name.
+struct Part {
+  std::string name;
+  std::size_t offset;
+  std::size_t size;
+};
+
+// Bytes that no part covers and that aren't zero, each run told by what it stands behind.
+void expectZeroPadding(const std::vector<unsigned char>& bytes, const std::vector<Part>& parts) {
+  for (std::size_t i = 0; i < bytes.size();) {
+    const Part* before = nullptr;
+    std::size_t covered = 0;
+    std::size_t end = bytes.size();
+    for (const Part& part : parts) {
+      if (part.offset <= i) {
+        if (!before || part.offset >= before->offset) before = &part;
+        covered = std::max(covered, part.offset + part.size);
+      } else {
+        end = std::min(end, part.offset);
+      }
+    }
+    if (i < covered) {
+      i = covered;
+      continue;
+    }
+    for (std::size_t at = i; at < end; ++at) {
+      if (bytes[at] == 0) continue;
+      ADD_FAILURE() << "the padding behind " << (before ? before->name : "nothing") << ", bytes "
+                    << i << " to " << end - 1
+                    << ", isn't zero in a new record: name it, as a member of type Padding32";
+      break;
+    }
+    i = end;
+  }
+}
+
 TEST(Catalogue, LaysEveryRecordOutAsItsType) {
   forEveryGroup([](const std::string& className, const auto& group) {
     using Record = typename std::decay_t<decltype(group)>::Record;
@@ -452,7 +510,10 @@ TEST(Catalogue, LaysEveryRecordOutAsItsType) {
     EXPECT_EQ(vrntTypeAlignment(type.get()), alignof(Record));
     const std::vector<Member> members = membersOf(typeid(Record));
     const std::vector<WalkedField> fields = walkFields(type.get());
-    ASSERT_EQ(members.size(), fields.size());
+    std::vector<std::string> named;
+    for (const Member& member : members) named.emplace_back(member.path);
+    ASSERT_EQ(members.size(), fields.size())
+        << firstDifference(pathsOf(fields), "the schema", named, "data/record_members.inc");
     for (std::size_t i = 0; i < fields.size(); ++i) {
       EXPECT_EQ(members[i].path, fields[i].path) << "field " << i;
       EXPECT_EQ(members[i].offset, fields[i].offset) << fields[i].path;
@@ -487,17 +548,18 @@ TEST(Catalogue, StartsEveryRecordAtTheDefaultsOfItsType) {
       std::memcpy(expected.data() + field.offset, &index, sizeof index);
     }
 
-    // Member by member, for the field's name, and then whole, for the padding.
-    const Record record{};
-    std::vector<unsigned char> bytes(sizeof(Record));
-    std::memcpy(bytes.data(), &record, sizeof(Record));
+    const std::vector<unsigned char> bytes = freshBytes<Record>();
+    std::vector<Part> leaves;
     for (const WalkedField& field : fields) {
-      EXPECT_EQ(std::memcmp(bytes.data() + field.offset, expected.data() + field.offset,
-                            vrntTypeSize(field.type.get())),
-                0)
-          << field.path;
+      const std::size_t size = vrntTypeSize(field.type.get());
+      const bool isStruct =
+          vrntTypeDescriptor(field.type.get()) == std::uint32_t{VRNT_DESCRIPTOR_STRUCT};
+      if (isStruct) continue;
+      EXPECT_EQ(std::memcmp(bytes.data() + field.offset, expected.data() + field.offset, size), 0)
+          << "\"" << field.path << "\" starts at another value than its schema says";
+      leaves.push_back({'"' + field.path + '"', field.offset, size});
     }
-    EXPECT_EQ(bytes, expected);
+    expectZeroPadding(bytes, leaves);
   });
 }
 
@@ -507,19 +569,21 @@ TEST(Catalogue, StartsTheBlocksOfEveryClassWithZeroPadding) {
     using Desc = typename decltype(tag)::Desc;
     if constexpr (vrnt::data::kGroupCount<Desc> != 0) {
       using Groups = typename Desc::Groups;
+      SCOPED_TRACE(nameOf<Desc>());
       const Groups groups{};
-      std::vector<unsigned char> bytes(sizeof(Groups));
-      std::memcpy(bytes.data(), &groups, sizeof(Groups));
+      const std::vector<unsigned char> bytes = freshBytes<Groups>();
+      std::vector<Part> records;
       vrnt::data::forEachGroup<Desc>([&](const auto& group, auto) {
         using Record = typename std::decay_t<decltype(group)>::Record;
         const auto offset = static_cast<std::size_t>(
             reinterpret_cast<const unsigned char*>(&(groups.*group.member)) -
             reinterpret_cast<const unsigned char*>(&groups));
-        const Record record{};
-        EXPECT_EQ(std::memcmp(bytes.data() + offset, &record, sizeof record), 0) << group.name;
-        std::memset(bytes.data() + offset, 0, sizeof record);
+        const std::vector<unsigned char> record = freshBytes<Record>();
+        EXPECT_EQ(std::memcmp(bytes.data() + offset, record.data(), record.size()), 0)
+            << '"' << group.name << '"';
+        records.push_back({"the group \"" + std::string(group.name) + '"', offset, record.size()});
       });
-      EXPECT_EQ(bytes, std::vector<unsigned char>(sizeof(Groups)));
+      expectZeroPadding(bytes, records);
     }
   };
   vrnt::data::forEachClass(check);
@@ -626,7 +690,10 @@ TEST(Catalogue, KeepsTheLayoutThatTheFileVersionStandsFor) {
     const TypeHandle type = parseType(group.schema);
     ASSERT_NE(type, nullptr);
     const std::vector<WalkedField> fields = walkFields(type.get());
-    ASSERT_EQ(layout.fields.size(), fields.size());
+    std::vector<std::string> recorded;
+    for (const LayoutField& field : layout.fields) recorded.push_back(field.path);
+    ASSERT_EQ(layout.fields.size(), fields.size())
+        << firstDifference(pathsOf(fields), "the schema", recorded, "data/scene_file_layout.inc");
     for (std::size_t i = 0; i < fields.size(); ++i) {
       EXPECT_EQ(layout.fields[i].path, fields[i].path);
       EXPECT_EQ(layout.fields[i].offset, fields[i].offset) << fields[i].path;

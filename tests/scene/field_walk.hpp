@@ -2,8 +2,10 @@
 #ifndef VORNATH_TESTS_SCENE_FIELD_WALK_HPP
 #define VORNATH_TESTS_SCENE_FIELD_WALK_HPP
 
+#include <algorithm>
 #include <cstdint>
 #include <string>
+#include <tuple>
 #include <utility>
 #include <vector>
 
@@ -51,6 +53,28 @@ inline std::vector<WalkedField> walkFields(const vrntType_t* groupType) {
   std::vector<WalkedField> fields;
   walkFields(groupType, "", 0, fields);
   return fields;
+}
+
+// The first path that one list has and the other lacks, in words.
+inline std::string firstDifference(const std::vector<std::string>& paths,
+                                   const std::string& inPaths,
+                                   const std::vector<std::string>& others,
+                                   const std::string& inOthers) {
+  for (const auto& [a, where, b] :
+       {std::tuple(&paths, inPaths, &others), std::tuple(&others, inOthers, &paths)}) {
+    for (const std::string& path : *a) {
+      if (std::find(b->begin(), b->end(), path) == b->end()) {
+        return "\"" + path + "\" stands in " + where + " only";
+      }
+    }
+  }
+  return "the order differs";
+}
+
+inline std::vector<std::string> pathsOf(const std::vector<WalkedField>& fields) {
+  std::vector<std::string> paths;
+  for (const WalkedField& field : fields) paths.push_back(field.path);
+  return paths;
 }
 
 }  // namespace vornath_test

@@ -54,9 +54,12 @@ class Bytes {
   std::string bytes_;
 };
 
+// The version of the files that are written and read.
+constexpr std::uint32_t kVersion = 173;
+
 // Magic, version, the id of kId, and the default scene-wide groups: 348 bytes.
 void appendHeader(Bytes& bytes) {
-  bytes.text("VRNSCENE").word(173);
+  bytes.text("VRNSCENE").word(kVersion);
   for (char i = 0; i < 16; ++i) bytes.flag(i);
   for (int plane = 0; plane < 6; ++plane) {
     bytes.floats({0, 0, 0}).zeros(4).floats({0, 0, 1}).zeros(4).word(0).zeros(12);
@@ -586,33 +589,27 @@ TEST(SceneDeserialize, ReportsAnotherMagicAndGoesBack) {
 
 TEST(SceneDeserialize, ReportsAnotherVersion) {
   struct Case {
-    std::string version;
-    const char* message;
+    std::string bytes;
+    std::uint32_t version;
   };
-  const Case cases[] = {
-      {std::string("\xAC\0\0\0", 4),
-       "Vornath data model binary version mismatch: source has version 172, current version is "
-       "173"},
-      {std::string("\xAE\0\0\0", 4),
-       "Vornath data model binary version mismatch: source has version 174, current version is "
-       "173"},
-      {std::string("\xFF\xFF\xFF\xFF", 4),
-       "Vornath data model binary version mismatch: source has version 4294967295, current version "
-       "is 173"},
-      {"",
-       "Vornath data model binary version mismatch: source has version 0, current version is 173"},
-      {std::string("\xAE", 1),
-       "Vornath data model binary version mismatch: source has version 174, current version is "
-       "173"},
-      {std::string("\0\1", 2),
-       "Vornath data model binary version mismatch: source has version 256, current version is "
-       "173"}};
+  const auto bytesOf = [](std::uint32_t version) {
+    return std::string(reinterpret_cast<const char*>(&version), sizeof version);
+  };
+  const Case cases[] = {{bytesOf(kVersion - 1), kVersion - 1},
+                        {bytesOf(kVersion + 1), kVersion + 1},
+                        {bytesOf(UINT32_MAX), UINT32_MAX},
+                        {"", 0},
+                        {std::string("\5", 1), 5},
+                        {std::string("\0\1", 2), 256}};
   for (const Case& wrong : cases) {
-    std::istringstream stream("VRNSCENE" + wrong.version);
+    std::istringstream stream("VRNSCENE" + wrong.bytes);
     const Result<Scene> read = Scene::deserialize(stream, UniqueId::null());
     ASSERT_FALSE(read.hasValue());
     EXPECT_EQ(read.error().code(), ErrorCode::VersionMismatch);
-    EXPECT_STREQ(read.error().message(), wrong.message);
+    EXPECT_EQ(read.error().message(),
+              "Vornath data model binary version mismatch: source has version " +
+                  std::to_string(wrong.version) + ", current version is " +
+                  std::to_string(kVersion));
   }
 }
 

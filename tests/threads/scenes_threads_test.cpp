@@ -112,6 +112,36 @@ TEST_F(ScenesOnThreads, AreWrittenReadImportedComparedAndPrintedSideBySide) {
   });
 }
 
+TEST_F(ScenesOnThreads, AreReadSideBySide) {
+  // The first to ask make what the scene keeps.
+  for (int round = 0; round < kRounds / 10; ++round) {
+    const SceneHandle scene(vrdmCreateScene());
+    vrdmScene_t* const handle = scene.get();
+    for (std::uint32_t i = 0; i < 100; ++i) {
+      const auto shape = static_cast<std::int32_t>(vrdmCreateInstance(handle, VRDM_CLASS_SHAPE));
+      vrdmSetReference(handle, VRDM_CLASS_SHAPE, shape, 0, i % 10);
+      vrdmSetReference(handle, VRDM_CLASS_SHAPE, shape, 1, i);
+    }
+    vrdmCreateInstance(handle, VRDM_CLASS_BAKE_TASK);
+    vrdmSetReferenceCount(handle, VRDM_CLASS_BAKE_TASK, 0, 0, 3);
+    vrdmModifyReferenceList(handle, VRDM_CLASS_BAKE_TASK, 0, 0)[1] = 5;
+    together([&](int) {
+      for (std::int32_t i = 0; i < 10; ++i) {
+        const ValueHandle group(vrdmGetDataValue(handle, VRDM_CLASS_SHAPE, i, 1));
+        check(group != nullptr && vrdmGetReference(handle, VRDM_CLASS_SHAPE, i, 1) == i);
+        check(vrdmCountReferences(handle, VRDM_CLASS_MATERIAL, i) == 10);
+        check(vrdmCountReferences(handle, VRDM_CLASS_MESH, i) == 1);
+        check(vrdmCountReferences(handle, VRDM_CLASS_SHAPE, i) == (i == 5 ? 1U : 0U));
+        check(scene->container<vrnt::data::DecalDesc>().size() == 0);
+      }
+      std::ostringstream stream;
+      vrnt::data::Scene::serialize(*scene, stream);
+      stream << *scene;
+      check(stream.good() && vrnt::data::Scene::equivalent(*scene, *scene));
+    });
+  }
+}
+
 TEST_F(IdsOnThreads, AreAllDifferent) {
   std::mutex mutex;
   std::set<std::string> ids;

@@ -39,7 +39,8 @@ struct CameraGeneralData {
   float time_start = 0.0F;
   float time_end = 1.0F;
 };
-static_assert(sizeof(CameraGeneralData) == 20);
+static_assert(sizeof(CameraGeneralData) == 20,
+              "its bytes go to scene files: another size is another file version");
 
 inline constexpr char kCameraBackground[] =
     R"s({ bool @default=false @desc="Background color is visible" @name="Active" active; )s"
@@ -53,7 +54,8 @@ struct CameraBackgroundData {
   float green = 0.0F;
   float blue = 0.0F;
 };
-static_assert(sizeof(CameraBackgroundData) == 16);
+static_assert(sizeof(CameraBackgroundData) == 16,
+              "its bytes go to scene files: another size is another file version");
 
 inline constexpr auto kCameraBackplate = vrnt::detail::joinText(
     R"s({ enum { DISABLED; FIT_SIZE; FIT_WIDTH; FIT_HEIGHT; MANUAL; } @desc="Backplate mode" @name="Mode" mode; )s"
@@ -98,7 +100,8 @@ struct CameraBackplateData {
   Bool32 visible_to_reflection = kTrue;
   Bool32 visible_to_refraction = kFalse;
 };
-static_assert(sizeof(CameraBackplateData) == 96);
+static_assert(sizeof(CameraBackplateData) == 96,
+              "its bytes go to scene files: another size is another file version");
 
 struct CameraDesc {
   struct Groups {
@@ -129,12 +132,13 @@ struct CameraDesc {
       Slot{"keyframes", ReferenceKind::Optional, ObjectClass::KeyframeList,
            &CameraDesc::keyframes}};
 };
-static_assert(sizeof(CameraDesc::Groups) == 208 &&
-              std::is_trivially_copyable_v<CameraDesc::Groups>);
+static_assert(sizeof(CameraDesc::Groups) == 208 && std::is_trivially_copyable_v<CameraDesc::Groups>,
+              "its bytes go to scene files: another size is another file version");
 static_assert(offsetof(CameraDesc::Groups, transformation) == 0 &&
-              offsetof(CameraDesc::Groups, general) == 64 &&
-              offsetof(CameraDesc::Groups, background) == 84 &&
-              offsetof(CameraDesc::Groups, backplate) == 112);
+                  offsetof(CameraDesc::Groups, general) == 64 &&
+                  offsetof(CameraDesc::Groups, background) == 84 &&
+                  offsetof(CameraDesc::Groups, backplate) == 112,
+              "scene files have the groups at these offsets: others are another file version");
 
 }  // namespace vrnt::data
 

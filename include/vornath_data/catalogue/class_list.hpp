@@ -42,26 +42,26 @@ struct ClassTag {
   using Desc = DescType;
 };
 
-// A position in the list and the class that stands there can't part.
-static_assert(std::tuple_size_v<ClassList> == kClassCount);
-static_assert(ClassInfo<ClassAt<0>>::kClass == ObjectClass::CameraProgram);
-static_assert(ClassInfo<ClassAt<1>>::kClass == ObjectClass::MaterialProgram);
-static_assert(ClassInfo<ClassAt<2>>::kClass == ObjectClass::LightProgram);
-static_assert(ClassInfo<ClassAt<3>>::kClass == ObjectClass::Mesh);
-static_assert(ClassInfo<ClassAt<4>>::kClass == ObjectClass::Texture);
-static_assert(ClassInfo<ClassAt<5>>::kClass == ObjectClass::MaterialGraph);
-static_assert(ClassInfo<ClassAt<6>>::kClass == ObjectClass::Keyframe);
-static_assert(ClassInfo<ClassAt<7>>::kClass == ObjectClass::KeyframeList);
-static_assert(ClassInfo<ClassAt<8>>::kClass == ObjectClass::Camera);
-static_assert(ClassInfo<ClassAt<9>>::kClass == ObjectClass::TransformationGroup);
-static_assert(ClassInfo<ClassAt<10>>::kClass == ObjectClass::LightGroup);
-static_assert(ClassInfo<ClassAt<11>>::kClass == ObjectClass::Light);
-static_assert(ClassInfo<ClassAt<12>>::kClass == ObjectClass::Material);
-static_assert(ClassInfo<ClassAt<13>>::kClass == ObjectClass::Decal);
-static_assert(ClassInfo<ClassAt<14>>::kClass == ObjectClass::DecalList);
-static_assert(ClassInfo<ClassAt<15>>::kClass == ObjectClass::Shape);
-static_assert(ClassInfo<ClassAt<16>>::kClass == ObjectClass::ImageTask);
-static_assert(ClassInfo<ClassAt<17>>::kClass == ObjectClass::BakeTask);
+// A class stands in the list at its number.
+static_assert(std::tuple_size_v<ClassList> == kClassCount, "ClassList has each class once");
+static_assert(ClassInfo<ClassAt<0>>::kClass == ObjectClass::CameraProgram, "ClassList order");
+static_assert(ClassInfo<ClassAt<1>>::kClass == ObjectClass::MaterialProgram, "ClassList order");
+static_assert(ClassInfo<ClassAt<2>>::kClass == ObjectClass::LightProgram, "ClassList order");
+static_assert(ClassInfo<ClassAt<3>>::kClass == ObjectClass::Mesh, "ClassList order");
+static_assert(ClassInfo<ClassAt<4>>::kClass == ObjectClass::Texture, "ClassList order");
+static_assert(ClassInfo<ClassAt<5>>::kClass == ObjectClass::MaterialGraph, "ClassList order");
+static_assert(ClassInfo<ClassAt<6>>::kClass == ObjectClass::Keyframe, "ClassList order");
+static_assert(ClassInfo<ClassAt<7>>::kClass == ObjectClass::KeyframeList, "ClassList order");
+static_assert(ClassInfo<ClassAt<8>>::kClass == ObjectClass::Camera, "ClassList order");
+static_assert(ClassInfo<ClassAt<9>>::kClass == ObjectClass::TransformationGroup, "ClassList order");
+static_assert(ClassInfo<ClassAt<10>>::kClass == ObjectClass::LightGroup, "ClassList order");
+static_assert(ClassInfo<ClassAt<11>>::kClass == ObjectClass::Light, "ClassList order");
+static_assert(ClassInfo<ClassAt<12>>::kClass == ObjectClass::Material, "ClassList order");
+static_assert(ClassInfo<ClassAt<13>>::kClass == ObjectClass::Decal, "ClassList order");
+static_assert(ClassInfo<ClassAt<14>>::kClass == ObjectClass::DecalList, "ClassList order");
+static_assert(ClassInfo<ClassAt<15>>::kClass == ObjectClass::Shape, "ClassList order");
+static_assert(ClassInfo<ClassAt<16>>::kClass == ObjectClass::ImageTask, "ClassList order");
+static_assert(ClassInfo<ClassAt<17>>::kClass == ObjectClass::BakeTask, "ClassList order");
 
 /// The groups of a class, or of SceneData.
 template <typename Desc>
@@ -272,7 +272,7 @@ constexpr bool allSlotsMatchTheirMembers() {
   return match;
 }
 
-static_assert(allSlotsMatchTheirMembers());
+static_assert(allSlotsMatchTheirMembers(), "a slot's kind and target are those of its member");
 
 }  // namespace detail
 

@@ -40,7 +40,8 @@ struct DecalProjectionData {
     float max[3] = {kInfinity, kInfinity, kInfinity};
   } clipping_box;
 };
-static_assert(sizeof(DecalProjectionData) == 32);
+static_assert(sizeof(DecalProjectionData) == 32,
+              "its bytes go to scene files: another size is another file version");
 
 struct DecalDesc {
   struct Groups {
@@ -68,9 +69,11 @@ struct DecalDesc {
                  Slot{"transformationGroup", ReferenceKind::Optional,
                       ObjectClass::TransformationGroup, &DecalDesc::transformationGroup}};
 };
-static_assert(sizeof(DecalDesc::Groups) == 96 && std::is_trivially_copyable_v<DecalDesc::Groups>);
+static_assert(sizeof(DecalDesc::Groups) == 96 && std::is_trivially_copyable_v<DecalDesc::Groups>,
+              "its bytes go to scene files: another size is another file version");
 static_assert(offsetof(DecalDesc::Groups, transformation) == 0 &&
-              offsetof(DecalDesc::Groups, projection) == 64);
+                  offsetof(DecalDesc::Groups, projection) == 64,
+              "scene files have the groups at these offsets: others are another file version");
 
 struct DecalListDesc {
   CodedRefList<Instance<DecalDesc>> decals;

@@ -45,7 +45,8 @@ struct KeyframeTransformationData {
   float ty = 0.0F;
   float tz = 0.0F;
 };
-static_assert(sizeof(KeyframeTransformationData) == 52);
+static_assert(sizeof(KeyframeTransformationData) == 52,
+              "its bytes go to scene files: another size is another file version");
 
 struct KeyframeDesc {
   struct Groups {
@@ -63,7 +64,8 @@ struct KeyframeDesc {
   static constexpr std::tuple<> kSlots{};
 };
 static_assert(sizeof(KeyframeDesc::Groups) == 52 &&
-              std::is_trivially_copyable_v<KeyframeDesc::Groups>);
+                  std::is_trivially_copyable_v<KeyframeDesc::Groups>,
+              "its bytes go to scene files: another size is another file version");
 
 struct KeyframeListDesc {
   RefList<Instance<KeyframeDesc>> keyframes;

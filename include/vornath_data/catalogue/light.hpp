@@ -45,7 +45,8 @@ struct LightGeneralData {
   Bool32 matte = kFalse;
   Bool32 unused = kFalse;
 };
-static_assert(sizeof(LightGeneralData) == 8);
+static_assert(sizeof(LightGeneralData) == 8,
+              "its bytes go to scene files: another size is another file version");
 
 inline constexpr char kLightSamplingProbability[] =
     R"s({ float @default=1.0 @desc="Multiplier for sampling probability" @min=0.0 @name="Multiplier" multiplier; )s"
@@ -53,7 +54,8 @@ inline constexpr char kLightSamplingProbability[] =
 struct LightSamplingProbabilityData {
   float multiplier = 1.0F;
 };
-static_assert(sizeof(LightSamplingProbabilityData) == 4);
+static_assert(sizeof(LightSamplingProbabilityData) == 4,
+              "its bytes go to scene files: another size is another file version");
 
 inline constexpr char kLightViewSpace[] =
     R"s({ bool @desc="Translate with camera." @name="Translation" translation; )s"
@@ -63,7 +65,8 @@ struct LightViewSpaceData {
   Bool32 translation = kFalse;
   Bool32 rotation = kFalse;
 };
-static_assert(sizeof(LightViewSpaceData) == 8);
+static_assert(sizeof(LightViewSpaceData) == 8,
+              "its bytes go to scene files: another size is another file version");
 
 inline constexpr auto kLightVisibility = vrnt::detail::joinText(
     R"s({ { bool @default=true @desc="Light instance is visible to camera." @name="Camera" camera; )s",
@@ -91,7 +94,8 @@ struct LightVisibilityData {
     Bool32 caustics = kTrue;
   } cast;
 };
-static_assert(sizeof(LightVisibilityData) == 36);
+static_assert(sizeof(LightVisibilityData) == 36,
+              "its bytes go to scene files: another size is another file version");
 
 struct LightDesc {
   struct Groups {
@@ -125,13 +129,15 @@ struct LightDesc {
            &LightDesc::transformationGroup},
       Slot{"textures", ReferenceKind::List, ObjectClass::Texture, &LightDesc::textures}};
 };
-static_assert(sizeof(LightDesc::Groups) == 192 && std::is_trivially_copyable_v<LightDesc::Groups>);
+static_assert(sizeof(LightDesc::Groups) == 192 && std::is_trivially_copyable_v<LightDesc::Groups>,
+              "its bytes go to scene files: another size is another file version");
 static_assert(offsetof(LightDesc::Groups, transformation) == 0 &&
-              offsetof(LightDesc::Groups, general) == 64 &&
-              offsetof(LightDesc::Groups, target) == 72 &&
-              offsetof(LightDesc::Groups, samplingProbability) == 144 &&
-              offsetof(LightDesc::Groups, viewSpace) == 148 &&
-              offsetof(LightDesc::Groups, visibility) == 156);
+                  offsetof(LightDesc::Groups, general) == 64 &&
+                  offsetof(LightDesc::Groups, target) == 72 &&
+                  offsetof(LightDesc::Groups, samplingProbability) == 144 &&
+                  offsetof(LightDesc::Groups, viewSpace) == 148 &&
+                  offsetof(LightDesc::Groups, visibility) == 156,
+              "scene files have the groups at these offsets: others are another file version");
 
 }  // namespace vrnt::data
 

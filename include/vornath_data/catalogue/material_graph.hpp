@@ -29,9 +29,10 @@ struct MaterialGraphDesc {
 };
 
 static_assert(sizeof(MaterialGraphDesc) == 24 && std::is_trivially_copyable_v<MaterialGraphDesc> &&
-              offsetof(MaterialGraphDesc, binarySize) == 0 &&
-              offsetof(MaterialGraphDesc, rootOffset) == 8 &&
-              offsetof(MaterialGraphDesc, parameterOffset) == 16);
+                  offsetof(MaterialGraphDesc, binarySize) == 0 &&
+                  offsetof(MaterialGraphDesc, rootOffset) == 8 &&
+                  offsetof(MaterialGraphDesc, parameterOffset) == 16,
+              "scene files have the groups at these offsets: others are another file version");
 
 }  // namespace vrnt::data
 

@@ -34,8 +34,9 @@ struct MeshDesc {
 };
 
 static_assert(sizeof(MeshDesc) == 16 && std::is_trivially_copyable_v<MeshDesc> &&
-              offsetof(MeshDesc, triangles) == 0 && offsetof(MeshDesc, vertices) == 4 &&
-              offsetof(MeshDesc, texcoordSets) == 8 && offsetof(MeshDesc, flags) == 12);
+                  offsetof(MeshDesc, triangles) == 0 && offsetof(MeshDesc, vertices) == 4 &&
+                  offsetof(MeshDesc, texcoordSets) == 8 && offsetof(MeshDesc, flags) == 12,
+              "scene files have the groups at these offsets: others are another file version");
 
 }  // namespace vrnt::detail
 

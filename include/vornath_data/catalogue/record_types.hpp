@@ -45,7 +45,8 @@ struct TextureRef {
 };
 
 static_assert(sizeof(Int2) == 8 && sizeof(Int4) == 16 && sizeof(Float2) == 8 &&
-              sizeof(Float3) == 16 && sizeof(Float4) == 16 && sizeof(TextureRef) == 4);
+                  sizeof(Float3) == 16 && sizeof(Float4) == 16 && sizeof(TextureRef) == 4,
+              "its bytes go to scene files: another size is another file version");
 
 }  // namespace vrnt::data
 

@@ -28,7 +28,8 @@ struct CutPlanesData {
     Padding32 padding0[3] = {};
   } planes[6];
 };
-static_assert(sizeof(CutPlanesData) == 288);
+static_assert(sizeof(CutPlanesData) == 288,
+              "its bytes go to scene files: another size is another file version");
 
 inline constexpr char kSceneRasterizer[] =
     R"s({ int @default=128 @desc="Resolution of the voxel grid" @max=1024 @min=2 @name="Voxel grid resolution" voxel_grid_resolution; )s"
@@ -38,7 +39,8 @@ struct RasterizerData {
   std::int32_t voxel_grid_resolution = 128;
   Bool32 compile_on_demand = kFalse;
 };
-static_assert(sizeof(RasterizerData) == 8);
+static_assert(sizeof(RasterizerData) == 8,
+              "its bytes go to scene files: another size is another file version");
 
 inline constexpr char kSceneRaytracer[] =
     R"s({ float @default=0.0001 @desc="Position offset for secondary rays to prevent self-intersection." @logscale @min=0.0 @name="Ray epsilon" @si_unit="m" @soft_max=0.1 @soft_min=1.e-06 ray_epsilon; )s"
@@ -48,7 +50,8 @@ struct RaytracerData {
   float ray_epsilon = 0.0001F;
   EnumCode bvh_mode = 2;  // AUTOMATIC
 };
-static_assert(sizeof(RaytracerData) == 8);
+static_assert(sizeof(RaytracerData) == 8,
+              "its bytes go to scene files: another size is another file version");
 
 inline constexpr char kSceneGeneral[] =
     R"s({ bool @desc="Scales the ground plane automatically with scene bounds." @name="Infinite ground" infinite_ground; )s"
@@ -60,7 +63,8 @@ struct GeneralData {
   float subdivision_edge_length = 0.0F;
   std::int32_t subdivision_memory_limit = 0;
 };
-static_assert(sizeof(GeneralData) == 12);
+static_assert(sizeof(GeneralData) == 12,
+              "its bytes go to scene files: another size is another file version");
 
 /// The scene-wide groups, one after the other: the block of 320 bytes behind a scene file's header.
 struct SceneData {
@@ -79,9 +83,11 @@ struct SceneData {
                  Group{"Raytracer", kSceneRaytracer, &SceneData::raytracer},
                  Group{"General", kSceneGeneral, &SceneData::general}};
 };
-static_assert(sizeof(SceneData) == 320 && std::is_trivially_copyable_v<SceneData>);
+static_assert(sizeof(SceneData) == 320 && std::is_trivially_copyable_v<SceneData>,
+              "its bytes go to scene files: another size is another file version");
 static_assert(offsetof(SceneData, cutPlanes) == 0 && offsetof(SceneData, rasterizer) == 288 &&
-              offsetof(SceneData, raytracer) == 296 && offsetof(SceneData, general) == 304);
+                  offsetof(SceneData, raytracer) == 296 && offsetof(SceneData, general) == 304,
+              "scene files have the groups at these offsets: others are another file version");
 
 /// The scene-wide groups are read as those of a class, but there is no name, no kind and no slot.
 template <>

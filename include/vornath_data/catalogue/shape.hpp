@@ -43,7 +43,8 @@ struct ShapeGeneralData {
   float time_end = 1.0F;
   float subdivision_edge_length = 0.0F;
 };
-static_assert(sizeof(ShapeGeneralData) == 20);
+static_assert(sizeof(ShapeGeneralData) == 20,
+              "its bytes go to scene files: another size is another file version");
 
 inline constexpr char kShapeAmbientOcclusion[] =
     R"s({ float @default=1.0 @desc="Multiplies the global t_max set in the render task by the given amount for this shape instance." @max=10000.0 @min=0.0 @name="t_max multiplier" @soft_max=100.0 tmax_multiplier; )s"
@@ -53,7 +54,8 @@ struct ShapeAmbientOcclusionData {
   float tmax_multiplier = 1.0F;
   Bool32 transparent_appears_diffuse = kFalse;
 };
-static_assert(sizeof(ShapeAmbientOcclusionData) == 8);
+static_assert(sizeof(ShapeAmbientOcclusionData) == 8,
+              "its bytes go to scene files: another size is another file version");
 
 inline constexpr char kShapeCutPlanes[] =
     R"s({ bool @default=false @desc="Enables the rendering of cut plane caps for this shape" @name="Capped" capped; )s"
@@ -63,7 +65,8 @@ struct ShapeCutPlanesData {
   Bool32 capped = kFalse;
   Bool32 cut[6] = {kTrue, kTrue, kTrue, kTrue, kTrue, kTrue};
 };
-static_assert(sizeof(ShapeCutPlanesData) == 28);
+static_assert(sizeof(ShapeCutPlanesData) == 28,
+              "its bytes go to scene files: another size is another file version");
 
 inline constexpr char kShapeFaceCulling[] =
     R"s({ enum { DISABLED; FRONT; BACK; } @alias="cull_mode" @desc="Face culling mode" @name="Mode" mode; )s"
@@ -73,7 +76,8 @@ struct ShapeFaceCullingData {
   EnumCode mode = 0;  // DISABLED
   Bool32 only_primary_rays = kTrue;
 };
-static_assert(sizeof(ShapeFaceCullingData) == 8);
+static_assert(sizeof(ShapeFaceCullingData) == 8,
+              "its bytes go to scene files: another size is another file version");
 
 inline constexpr char kShapeMatteObjects[] =
     R"s({ bool @default=false @desc="Shape instance represents a geometry that is already contained in the captured background." @name="Matte" matte; )s"
@@ -83,7 +87,8 @@ struct ShapeMatteObjectsData {
   Bool32 matte = kFalse;
   Bool32 ground = kFalse;
 };
-static_assert(sizeof(ShapeMatteObjectsData) == 8);
+static_assert(sizeof(ShapeMatteObjectsData) == 8,
+              "its bytes go to scene files: another size is another file version");
 
 inline constexpr char kShapeNestedPriority[] =
     R"s({ int @default=0 @desc="Nested priority" @name="Priority" priority; )s"
@@ -91,7 +96,8 @@ inline constexpr char kShapeNestedPriority[] =
 struct ShapeNestedPriorityData {
   std::int32_t priority = 0;
 };
-static_assert(sizeof(ShapeNestedPriorityData) == 4);
+static_assert(sizeof(ShapeNestedPriorityData) == 4,
+              "its bytes go to scene files: another size is another file version");
 
 inline constexpr auto kShapeProceduralUVs = vrnt::detail::joinText(
     R"s({ )s", kProjectionModes, R"s( @alias="uv_mapping" @default=KEEP : )s", kProjectionModes,
@@ -103,7 +109,8 @@ struct ShapeProceduralUVsData {
   Padding32 padding0[3] = {};
   Matrix uv_transformation;
 };
-static_assert(sizeof(ShapeProceduralUVsData) == 80);
+static_assert(sizeof(ShapeProceduralUVsData) == 80,
+              "its bytes go to scene files: another size is another file version");
 
 inline constexpr char kShapeRasterizer[] =
     R"s({ { float @default=1.0 @desc="Voxel cone ray epsilon" @min=0.0 @name="Epsilon" @soft_max=2.0 epsilon; )s"
@@ -118,7 +125,8 @@ struct ShapeRasterizerData {
   } voxel_ao;
   Bool32 accurate_reflections = kFalse;
 };
-static_assert(sizeof(ShapeRasterizerData) == 12);
+static_assert(sizeof(ShapeRasterizerData) == 12,
+              "its bytes go to scene files: another size is another file version");
 
 inline constexpr char kShapeHemilux[] =
     R"s({ enum { DISABLED; ILLUMINATION; OCCLUSION; } @alias="hemilux_mode" @desc="Defines how a Hemilux texture is interpreted" @name="Hemilux mode" mode; )s"
@@ -138,7 +146,8 @@ struct ShapeHemiluxData {
   float split_value = 0.5F;
   float split_strength = 0.5F;
 };
-static_assert(sizeof(ShapeHemiluxData) == 24);
+static_assert(sizeof(ShapeHemiluxData) == 24,
+              "its bytes go to scene files: another size is another file version");
 
 inline constexpr char kShapeSamplingProbability[] =
     R"s({ float @default=1.0 @desc="Multiplier for sampling probability" @min=0.0 @name="Multiplier" multiplier; )s"
@@ -146,7 +155,8 @@ inline constexpr char kShapeSamplingProbability[] =
 struct ShapeSamplingProbabilityData {
   float multiplier = 1.0F;
 };
-static_assert(sizeof(ShapeSamplingProbabilityData) == 4);
+static_assert(sizeof(ShapeSamplingProbabilityData) == 4,
+              "its bytes go to scene files: another size is another file version");
 
 inline constexpr char kShapeViewSpace[] =
     R"s({ bool @desc="Translate with camera" @name="Translation" translation; )s"
@@ -158,7 +168,8 @@ struct ShapeViewSpaceData {
   Bool32 rotation = kFalse;
   Bool32 scaling = kFalse;
 };
-static_assert(sizeof(ShapeViewSpaceData) == 12);
+static_assert(sizeof(ShapeViewSpaceData) == 12,
+              "its bytes go to scene files: another size is another file version");
 
 inline constexpr auto kShapeVisibility = vrnt::detail::joinText(
     R"s({ { bool @default=true @desc="Shape instance is visible to camera." @name="Camera" camera; )s",
@@ -199,7 +210,8 @@ struct ShapeVisibilityData {
     Bool32 caustics = kTrue;
   } receive;
 };
-static_assert(sizeof(ShapeVisibilityData) == 56);
+static_assert(sizeof(ShapeVisibilityData) == 56,
+              "its bytes go to scene files: another size is another file version");
 
 struct ShapeDesc {
   struct Groups {
@@ -265,21 +277,23 @@ struct ShapeDesc {
            &ShapeDesc::fillingMaterial},
       Slot{"keyframes", ReferenceKind::Optional, ObjectClass::KeyframeList, &ShapeDesc::keyframes}};
 };
-static_assert(sizeof(ShapeDesc::Groups) == 416 && std::is_trivially_copyable_v<ShapeDesc::Groups>);
+static_assert(sizeof(ShapeDesc::Groups) == 416 && std::is_trivially_copyable_v<ShapeDesc::Groups>,
+              "its bytes go to scene files: another size is another file version");
 static_assert(offsetof(ShapeDesc::Groups, transformation) == 0 &&
-              offsetof(ShapeDesc::Groups, general) == 64 &&
-              offsetof(ShapeDesc::Groups, target) == 84 &&
-              offsetof(ShapeDesc::Groups, ambientOcclusion) == 156 &&
-              offsetof(ShapeDesc::Groups, cutPlanes) == 164 &&
-              offsetof(ShapeDesc::Groups, faceCulling) == 192 &&
-              offsetof(ShapeDesc::Groups, matteObjects) == 200 &&
-              offsetof(ShapeDesc::Groups, nestedPriority) == 208 &&
-              offsetof(ShapeDesc::Groups, proceduralUVs) == 224 &&
-              offsetof(ShapeDesc::Groups, rasterizer) == 304 &&
-              offsetof(ShapeDesc::Groups, hemilux) == 316 &&
-              offsetof(ShapeDesc::Groups, samplingProbability) == 340 &&
-              offsetof(ShapeDesc::Groups, viewSpace) == 344 &&
-              offsetof(ShapeDesc::Groups, visibility) == 356);
+                  offsetof(ShapeDesc::Groups, general) == 64 &&
+                  offsetof(ShapeDesc::Groups, target) == 84 &&
+                  offsetof(ShapeDesc::Groups, ambientOcclusion) == 156 &&
+                  offsetof(ShapeDesc::Groups, cutPlanes) == 164 &&
+                  offsetof(ShapeDesc::Groups, faceCulling) == 192 &&
+                  offsetof(ShapeDesc::Groups, matteObjects) == 200 &&
+                  offsetof(ShapeDesc::Groups, nestedPriority) == 208 &&
+                  offsetof(ShapeDesc::Groups, proceduralUVs) == 224 &&
+                  offsetof(ShapeDesc::Groups, rasterizer) == 304 &&
+                  offsetof(ShapeDesc::Groups, hemilux) == 316 &&
+                  offsetof(ShapeDesc::Groups, samplingProbability) == 340 &&
+                  offsetof(ShapeDesc::Groups, viewSpace) == 344 &&
+                  offsetof(ShapeDesc::Groups, visibility) == 356,
+              "scene files have the groups at these offsets: others are another file version");
 
 }  // namespace vrnt::data
 

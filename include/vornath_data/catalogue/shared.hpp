@@ -25,13 +25,15 @@ struct Matrix {
   Float4 z{0.0F, 0.0F, 1.0F, 0.0F};
   Float4 w{0.0F, 0.0F, 0.0F, 1.0F};
 };
-static_assert(sizeof(Matrix) == 64);
+static_assert(sizeof(Matrix) == 64,
+              "its bytes go to scene files: another size is another file version");
 
 // The "Transformation" groups have one record; each class's schema has its own description.
 struct TransformationData {
   Matrix matrix;
 };
-static_assert(sizeof(TransformationData) == 64);
+static_assert(sizeof(TransformationData) == 64,
+              "its bytes go to scene files: another size is another file version");
 
 // How texture coordinates outside of a texture are read, up to the description of the field.
 inline constexpr char kWrapMode[] =
@@ -79,7 +81,8 @@ struct TargetData {
   std::int32_t custom_data = 0;
   Bool32 visible_in_mask = kTrue;
 };
-static_assert(sizeof(TargetData) == 72);
+static_assert(sizeof(TargetData) == 72,
+              "its bytes go to scene files: another size is another file version");
 
 }  // namespace vrnt::data
 

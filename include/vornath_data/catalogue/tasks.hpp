@@ -42,7 +42,8 @@ struct TaskGeneralData {
     Bool32 render_caps = kFalse;
   } cut_planes;
 };
-static_assert(sizeof(TaskGeneralData) == 12);
+static_assert(sizeof(TaskGeneralData) == 12,
+              "its bytes go to scene files: another size is another file version");
 
 inline constexpr char kTaskAccumulation[] =
     R"s({ { bool @default=false @desc="Enable reconstruction filter." @name="Enable" enable; )s"
@@ -71,7 +72,8 @@ struct TaskAccumulationData {
   Bool32 accumulation = kTrue;
   std::int32_t base_seed = 0;
 };
-static_assert(sizeof(TaskAccumulationData) == 40);
+static_assert(sizeof(TaskAccumulationData) == 40,
+              "its bytes go to scene files: another size is another file version");
 
 inline constexpr char kTaskRenderRegion[] =
     R"s({ float @desc="Region offset from the left border in normalized screen coordinates" @name="Left" @soft_max=1.0 @soft_min=0.0 left; )s"
@@ -85,7 +87,8 @@ struct TaskRenderRegionData {
   float width = 1.0F;
   float height = 1.0F;
 };
-static_assert(sizeof(TaskRenderRegionData) == 16);
+static_assert(sizeof(TaskRenderRegionData) == 16,
+              "its bytes go to scene files: another size is another file version");
 
 inline constexpr char kTaskGlobalIllumination[] =
     R"s({ int @default=1 @desc="The edge length of a subsampling pixel for which a single ray is traced per iteration." @min=1 @name="Pixel subsampling" @soft_max=8 pixel_subsampling; )s"
@@ -123,7 +126,8 @@ struct TaskGlobalIlluminationData {
   Bool32 caustic_photons = kFalse;
   Bool32 lbis_sampling = kFalse;
 };
-static_assert(sizeof(TaskGlobalIlluminationData) == 52);
+static_assert(sizeof(TaskGlobalIlluminationData) == 52,
+              "its bytes go to scene files: another size is another file version");
 
 inline constexpr char kTaskPhotonMaps[] =
     R"s({ { int @default=1000000 @desc="Number of photon paths that are started" @min=0 @name="Number of photon paths" num_started_photon_paths; )s"
@@ -157,7 +161,8 @@ struct TaskPhotonMapsData {
   } caustic_map;
   EnumCode visualization = 0;  // NONE
 };
-static_assert(sizeof(TaskPhotonMapsData) == 44);
+static_assert(sizeof(TaskPhotonMapsData) == 44,
+              "its bytes go to scene files: another size is another file version");
 
 inline constexpr char kTaskAmbientOcclusion[] =
     R"s({ int @default=16 @desc="The number of ambient occlusion rays that are generated. Must be a number from the range [1,16]." @max=16 @min=1 @name="Number of Samples" num_samples; )s"
@@ -169,7 +174,8 @@ struct TaskAmbientOcclusionData {
   float tmax = 1.0F;
   Bool32 ignore_bumpmapping = kFalse;
 };
-static_assert(sizeof(TaskAmbientOcclusionData) == 12);
+static_assert(sizeof(TaskAmbientOcclusionData) == 12,
+              "its bytes go to scene files: another size is another file version");
 
 inline constexpr char kTaskWavefront[] =
     R"s({ int @default=32 @desc="Maximum number of bounces until a path is terminated" @min=0 @name="Maximum bounces" @soft_max=64 max_bounces; )s"
@@ -203,7 +209,8 @@ struct TaskWavefrontData {
   float spectral_wavelength = 0.0F;
   Bool32 refraction_override = kFalse;
 };
-static_assert(sizeof(TaskWavefrontData) == 56);
+static_assert(sizeof(TaskWavefrontData) == 56,
+              "its bytes go to scene files: another size is another file version");
 
 // Left as it stands: the formatter would push all of it to the right.
 // clang-format off
@@ -368,7 +375,8 @@ struct TaskRealtimeGiData {
   float dlss_input_clamping = 0.0F;
   Padding32 padding2 = 0;
 };
-static_assert(sizeof(TaskRealtimeGiData) == 288);
+static_assert(sizeof(TaskRealtimeGiData) == 288,
+              "its bytes go to scene files: another size is another file version");
 
 inline constexpr auto kTaskRasterizer = vrnt::detail::joinText(
     R"s({ enum { SCENE; VOXEL_GRID; } @default=SCENE : enum { SCENE; VOXEL_GRID; } @desc="Allows switching between regular scene rendering and special visualization modes" @name="Visualization mode" visualization_mode; )s"
@@ -414,7 +422,8 @@ struct TaskRasterizerData {
     float alpha = 0.0F;
   } backface_highlighting_color;
 };
-static_assert(sizeof(TaskRasterizerData) == 64);
+static_assert(sizeof(TaskRasterizerData) == 64,
+              "its bytes go to scene files: another size is another file version");
 
 inline constexpr auto kTaskWhittedRaytracing = vrnt::detail::joinText(
     R"s({ int @default=1 @desc="The edge length of a subsampling pixel for which a single ray is traced per iteration." @min=1 @name="Pixel subsampling" @soft_max=8 pixel_subsampling; )s"
@@ -431,7 +440,8 @@ struct TaskWhittedRaytracingData {
   std::int32_t max_bounces = 4;
   IblSampling ibl_sampling;
 };
-static_assert(sizeof(TaskWhittedRaytracingData) == 24);
+static_assert(sizeof(TaskWhittedRaytracingData) == 24,
+              "its bytes go to scene files: another size is another file version");
 
 inline constexpr char kTaskDiagnostic[] =
     R"s({ int @default=1024 @desc="Maximum iterations the raytracing kernel is to perform over the raystack" @max=65536 @min=0 @name="Maximum iterations" max_iterations; )s"
@@ -439,7 +449,8 @@ inline constexpr char kTaskDiagnostic[] =
 struct TaskDiagnosticData {
   std::int32_t max_iterations = 1024;
 };
-static_assert(sizeof(TaskDiagnosticData) == 4);
+static_assert(sizeof(TaskDiagnosticData) == 4,
+              "its bytes go to scene files: another size is another file version");
 
 // Both kinds of task have the same groups, baking settings included.
 struct TaskGroups {
@@ -457,16 +468,16 @@ struct TaskGroups {
   TaskDiagnosticData diagnostic;
   Padding32 padding1 = 0;
 };
-static_assert(sizeof(TaskGroups) == 624 && std::is_trivially_copyable_v<TaskGroups>);
-static_assert(offsetof(TaskGroups, general) == 0 && offsetof(TaskGroups, accumulation) == 12 &&
-              offsetof(TaskGroups, renderRegion) == 52 &&
-              offsetof(TaskGroups, globalIllumination) == 68 &&
-              offsetof(TaskGroups, photonMaps) == 120 &&
-              offsetof(TaskGroups, ambientOcclusion) == 164 &&
-              offsetof(TaskGroups, wavefront) == 176 && offsetof(TaskGroups, realtimeGi) == 240 &&
-              offsetof(TaskGroups, rasterizer) == 528 &&
-              offsetof(TaskGroups, whittedRaytracing) == 592 &&
-              offsetof(TaskGroups, diagnostic) == 616);
+static_assert(sizeof(TaskGroups) == 624 && std::is_trivially_copyable_v<TaskGroups>,
+              "its bytes go to scene files: another size is another file version");
+static_assert(
+    offsetof(TaskGroups, general) == 0 && offsetof(TaskGroups, accumulation) == 12 &&
+        offsetof(TaskGroups, renderRegion) == 52 &&
+        offsetof(TaskGroups, globalIllumination) == 68 && offsetof(TaskGroups, photonMaps) == 120 &&
+        offsetof(TaskGroups, ambientOcclusion) == 164 && offsetof(TaskGroups, wavefront) == 176 &&
+        offsetof(TaskGroups, realtimeGi) == 240 && offsetof(TaskGroups, rasterizer) == 528 &&
+        offsetof(TaskGroups, whittedRaytracing) == 592 && offsetof(TaskGroups, diagnostic) == 616,
+    "scene files have the groups at these offsets: others are another file version");
 
 inline constexpr auto kTaskGroups = std::tuple{
     Group{"General", kTaskGeneral, &TaskGroups::general},

@@ -36,7 +36,8 @@ struct TransformationGroupDesc {
   static constexpr std::tuple<> kSlots{};
 };
 static_assert(sizeof(TransformationGroupDesc::Groups) == 64 &&
-              std::is_trivially_copyable_v<TransformationGroupDesc::Groups>);
+                  std::is_trivially_copyable_v<TransformationGroupDesc::Groups>,
+              "its bytes go to scene files: another size is another file version");
 
 }  // namespace vrnt::data
 

@@ -1,0 +1,46 @@
+#!/usr/bin/env python3
+"""Gives the scene files of the fuzz corpus, and the header in the dictionary, the version of
+src/scene/scene_file.cpp. To be run after that was raised: inputs of another version get no further
+than the check of it. Numbers that can't have been a version are left alone.
+usage: scripts/raise_corpus_version.py [SOURCE_FOLDER]
+"""
+import pathlib
+import re
+import struct
+import sys
+
+MAGIC = b"VRNSCENE"
+NO_VERSION = 0x10000
+
+
+def main():
+    root = pathlib.Path(sys.argv[1]) if len(sys.argv) > 1 else pathlib.Path(__file__).parent.parent
+    source = (root / "src/scene/scene_file.cpp").read_text()
+    found = re.search(r"kVersion = (\d+);", source)
+    if not found:
+        sys.exit("No version found in src/scene/scene_file.cpp.")
+    version = int(found.group(1))
+    word = struct.pack("<I", version)
+
+    raised = 0
+    for path in sorted((root / "fuzz/corpus/scene_file").iterdir()):
+        data = path.read_bytes()
+        if data[:8] != MAGIC or len(data) < 12 or data[8:12] == word:
+            continue
+        if struct.unpack("<I", data[8:12])[0] >= NO_VERSION:
+            continue
+        path.write_bytes(MAGIC + word + data[12:])
+        raised += 1
+
+    dictionary = root / "fuzz/scene_file.dict"
+    escaped = "".join(f"\\x{byte:02x}" for byte in word)
+    text = dictionary.read_text()
+    changed = re.sub(r'"VRNSCENE(\\x[0-9a-f]{2}){4}"', lambda _: f'"VRNSCENE{escaped}"', text)
+    if changed != text:
+        dictionary.write_text(changed)
+    print(f"{raised} inputs raised to version {version}; the dictionary "
+          f"{'changed' if changed != text else 'had it already'}.")
+
+
+if __name__ == "__main__":
+    main()
