@@ -45,7 +45,11 @@ void types() {
   try {
     vrntTypeFieldType(type, 0);
     check(false, "an accessor refuses a type of the wrong kind");
-  } catch (const VornathValuesAssertionFailure&) {
+  } catch (const VornathValuesAssertionFailure& caught) {
+    check(std::strcmp(caught.what(),
+                      "vrntTypeFieldType: takes a struct or a function, was given the enum { A; "
+                      "B; }") == 0,
+          "the words for a type of the wrong kind");
   }
   vrntTypeDestroy(type);
 
