@@ -10,6 +10,16 @@
 
 namespace vrnt::detail {
 
+/// How much of a text is shown in words about it: 120 bytes at most, and no character of several
+/// bytes in part.
+inline std::size_t shownLength(std::string_view text) noexcept {
+  constexpr std::size_t kMost = 120;
+  if (text.size() <= kMost) return text.size();
+  std::size_t length = kMost;
+  while (length != 0 && (static_cast<unsigned char>(text[length]) & 0xC0U) == 0x80U) --length;
+  return length;
+}
+
 /// What is thrown in place of a bare VornathValuesAssertionFailure, and caught as one: its what()
 /// is "FUNCTION: takes WHAT, was given KIND" and a text, as in "vrntTypeFieldType: takes a struct
 /// or a function, was given the enum { A; }". A long text is cut, and "..." stands for the rest.
@@ -31,16 +41,6 @@ class WrongKind final : public VornathValuesAssertionFailure {
   const char* what() const noexcept override { return words_; }
 
  private:
-  static constexpr std::size_t kLongestText = 120;
-
-  // A character of several bytes isn't cut.
-  static std::size_t shownLength(std::string_view text) noexcept {
-    if (text.size() <= kLongestText) return text.size();
-    std::size_t length = kLongestText;
-    while (length != 0 && (static_cast<unsigned char>(text[length]) & 0xC0U) == 0x80U) --length;
-    return length;
-  }
-
   void add(std::string_view piece) noexcept {
     const std::size_t room = sizeof(words_) - 1 - length_;
     const std::size_t added = piece.size() < room ? piece.size() : room;
