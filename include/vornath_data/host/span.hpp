@@ -15,12 +15,13 @@ class Span {
   constexpr Span() noexcept = default;
   constexpr Span(T* data, std::size_t size) noexcept : data_(data), size_(size) {}
 
-  /// The elements of a std::vector, std::array or another Span.
+  /// The elements of a std::vector, std::array or another Span. Of a temporary one they last for
+  /// the call that it is passed to.
   template <typename Container,
-            typename = std::enable_if_t<std::is_convertible_v<
-                std::remove_pointer_t<decltype(std::declval<Container&>().data())> (*)[],
-                T (*)[]>>>
-  constexpr Span(Container& container)  // NOLINT(google-explicit-constructor)
+            typename = std::enable_if_t<!std::is_same_v<std::decay_t<Container>, Span>>,
+            typename Element = std::remove_pointer_t<decltype(std::declval<Container&>().data())>,
+            typename = std::enable_if_t<std::is_convertible_v<Element (*)[], T (*)[]>>>
+  constexpr Span(Container&& container)  // NOLINT(google-explicit-constructor)
       : data_(container.data()), size_(container.size()) {}
 
   constexpr T* data() const noexcept { return data_; }
