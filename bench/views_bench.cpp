@@ -5,6 +5,7 @@
 #include <cstring>
 
 #include "ratio_reporter.hpp"
+#include "vornath_data/host/field.hpp"
 #include "vornath_data/value.hpp"
 #include "vornath_data/vrnt.h"
 
@@ -68,12 +69,45 @@ void writePlaceFlat(benchmark::State& state) {
   benchmark::DoNotOptimize(value.data());
 }
 
+void readField(benchmark::State& state) {
+  const Value value = makeValue();
+  const vrnt::host::Field<float> field(value.type(), "c.e");
+  for (auto _ : state) benchmark::DoNotOptimize(field.get(value));
+}
+
+void writeField(benchmark::State& state) {
+  Value value = makeValue();
+  const vrnt::host::Field<float> field(value.type(), "c.e");
+  float number = 2.5F;
+  for (auto _ : state) {
+    benchmark::DoNotOptimize(number);
+    field.set(value, number);
+    benchmark::ClobberMemory();
+  }
+}
+
+// Through a pointer that the compiler can't see through.
+void copyFloat(benchmark::State& state) {
+  Value value = makeValue();
+  const void* bytes = value.data();
+  for (auto _ : state) {
+    benchmark::DoNotOptimize(bytes);
+    float number;
+    std::memcpy(&number, bytes, sizeof number);
+    benchmark::DoNotOptimize(number);
+  }
+}
+
 const int registered = [] {
   benchmark::RegisterBenchmark("view read", readPlace);
   benchmark::RegisterBenchmark("view read/yardstick", readPlaceFlat);
   benchmark::RegisterBenchmark("view read of a nested field by labels", readNested);
   benchmark::RegisterBenchmark("view write", writePlace);
   benchmark::RegisterBenchmark("view write/yardstick", writePlaceFlat);
+  benchmark::RegisterBenchmark("field read", readField);
+  benchmark::RegisterBenchmark("field read/yardstick", copyFloat);
+  benchmark::RegisterBenchmark("field write", writeField);
+  benchmark::RegisterBenchmark("field write/yardstick", copyFloat);
   return 0;
 }();
 
