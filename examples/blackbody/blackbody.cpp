@@ -10,54 +10,38 @@
 #include <vector>
 
 #include "csv.hpp"
-#include "host.hpp"
+#include "run_host.hpp"
 #include "svg.hpp"
+#include "vornath_data/host.hpp"
 
 namespace blackbody {
 namespace {
 
 using cornell_box::Csv;
-using cornell_box::raiseIf;
-using cornell_box::Type;
-using cornell_box::Value;
+using vrnt::TypeHandle;
+using vrnt::Value;
 using Rgb = std::array<float, 3>;
 
 // Spectra
 
-// A spectrum of the encoding, with an array of the floats.
-Value makeSpectrum(std::int32_t encoding, const std::vector<float>& floats) {
-  vrntValuesError_t* error = nullptr;
-  const Type arrayType(vrtnTypeFloatArray(static_cast<std::uint32_t>(floats.size())));
-  vrntValue_t* array = vrntValueCreate(arrayType.get(), &error);
-  raiseIf(error);
-  vrntValueWrite(&array, 0, floats.data(), floats.size() * sizeof(float), &error);
-  const Value ownedArray(array);
-  raiseIf(error);
-
-  const Type type(vrntTypeSpectrum());
-  vrntValue_t* spectrum = vrntValueCreate(type.get(), &error);
-  raiseIf(error);
-  vrntValueView_t field;
-  vrntValueStructField(&field, type.get(), 0);
-  vrntValueWrite(&spectrum, field.offset, &encoding, sizeof encoding, &error);
-  vrntValueStructField(&field, type.get(), 1);
-  vrntValueSetReference(&spectrum, &field, array, &error);
-  Value owned(spectrum);
-  raiseIf(error);
-  return owned;
+template <typename Spectrum>
+Value makeSpectrum(const Spectrum& spectrum) {
+  const TypeHandle type = TypeHandle::adopt(vrntTypeSpectrum());
+  Value value = Value::create(type.get(), false).value();
+  vrnt::host::SpectrumField(type, "").set(value, spectrum);
+  return value;
 }
 
 // A measured column: each amplitude holds up to the next row's wavelength.
 Value measuredSpectrum(const Csv& table, const std::string& column) {
-  std::vector<float> pairs{0.0F, 0.0F};
+  vrnt::host::SampledSpectrum spectrum;
   for (std::size_t row = 0; row < table.rows(); ++row) {
-    pairs.push_back(table.single(row, "wavelength"));
-    pairs.push_back(table.single(row, column));
+    spectrum.wavelengths.push_back(table.single(row, "wavelength"));
+    spectrum.amplitudes.push_back(table.single(row, column));
   }
-  const std::size_t count = pairs.size();
-  pairs.push_back(2.0F * pairs[count - 2] - pairs[count - 4]);
-  pairs.push_back(0.0F);
-  return makeSpectrum(VRNT_ENCODING_SPECTRAL, pairs);
+  const std::size_t count = table.rows();
+  spectrum.end = 2.0F * spectrum.wavelengths[count - 1] - spectrum.wavelengths[count - 2];
+  return makeSpectrum(spectrum);
 }
 
 Rgb colourOf(const Value& spectrum) {
@@ -134,7 +118,7 @@ void drawReflectances(Picture& picture, const Csv& table) {
   for (const char* const name : {"white", "green", "red"}) {
     const Value measured = measuredSpectrum(table, name);
     const Rgb rgb = colourOf(measured);
-    const Value reconstructed = makeSpectrum(VRNT_ENCODING_RGB, {rgb[0], rgb[1], rgb[2]});
+    const Value reconstructed = makeSpectrum(vrnt::host::RgbSpectrum{rgb[0], rgb[1], rgb[2]});
     const bool isWhite = std::strcmp(name, "white") == 0;
     const std::string colour = isWhite ? "#999" : screenColour(rgb);
     const std::vector<Point> curve = curveOf(measured);

@@ -9,10 +9,11 @@
 #include <string>
 #include <vector>
 
-#include "record.hpp"
+#include "vornath_data/host.hpp"
 
 namespace cornell_box {
 
+using Spectrum = vrnt::host::SampledSpectrum;
 using Vector = std::array<double, 3>;
 
 Vector operator+(const Vector& a, const Vector& b);
@@ -52,10 +53,7 @@ Box readBox(const BoxFiles& files);
 
 /// A mesh for a scene, in the arrangement that buildMesh() documents.
 struct Mesh {
-  struct {
-    std::int32_t triangles, vertices, texcoordSets;
-    std::uint32_t flags;
-  } descriptor;
+  vrdmMeshDesc descriptor{};
   std::vector<std::uint32_t> words;
 };
 

@@ -9,11 +9,18 @@
 #include <vector>
 
 #include "box.hpp"
-#include "host.hpp"
-#include "record.hpp"
+#include "run_host.hpp"
+#include "vornath_data/host.hpp"
 
 namespace cornell_box {
 namespace {
+
+using vrnt::host::FlatSpectrum;
+using vrnt::host::Object;
+using vrnt::host::Record;
+using vrnt::host::Scene;
+using Float2 = std::array<float, 2>;
+using Float4 = std::array<float, 4>;
 
 // The parameters of each program, in the order in which its source names them. An object that uses
 // the program carries a value of this type.
@@ -39,14 +46,9 @@ constexpr float kLampReflectance = 0.78F;
 // The ceiling has no hole for the lamp, so the lamp hangs a little below it. In metres.
 constexpr float kLampDrop = 0.0005F;
 
-struct Object {
-  std::uint32_t objectClass;
-  std::int32_t index;
-};
-
 class SceneBuilder {
  public:
-  SceneBuilder(vrdmScene_t* scene, std::string programFolder)
+  SceneBuilder(Scene& scene, std::string programFolder)
       : scene_(scene), programFolder_(std::move(programFolder)) {}
 
   /// Adds all that the box consists of.
@@ -57,10 +59,8 @@ class SceneBuilder {
     addShapes(box.parts);
     addLamp(box);
     addTask();
-    Record raytracer(sceneGroup("Raytracer"));
     // Small beside the lamp's distance from the ceiling.
-    raytracer.set("ray_epsilon", 0.00001F);
-    setSceneGroup("Raytracer", raytracer);
+    scene_.setGroup("Raytracer", scene_.group("Raytracer").set("ray_epsilon", 0.00001F));
   }
 
  private:
@@ -69,86 +69,33 @@ class SceneBuilder {
     std::ifstream stream(path, std::ios::binary);
     const std::string source{std::istreambuf_iterator<char>(stream), {}};
     if (source.empty()) throw std::runtime_error(path + ": there is no program");
-    return {objectClass,
-            static_cast<std::int32_t>(vrdmAddProgram(scene_, objectClass, source.c_str()))};
-  }
-
-  Object create(std::uint32_t objectClass) {
-    return {objectClass, static_cast<std::int32_t>(vrdmCreateInstance(scene_, objectClass))};
-  }
-
-  static std::uint32_t groupNamed(std::uint32_t objectClass, const std::string& name) {
-    for (std::uint32_t group = 0; group < vrdmFieldCount(objectClass); ++group) {
-      if (name == vrdmFieldName(objectClass, group)) return group;
-    }
-    throw std::runtime_error("there is no group '" + name + "'");
-  }
-
-  // A group is read whole, changed, and written whole.
-  Record group(Object object, const std::string& name) const {
-    return Record(Value(vrdmGetDataValue(scene_, object.objectClass, object.index,
-                                         groupNamed(object.objectClass, name))));
-  }
-
-  void setGroup(Object object, const std::string& name, const Record& record) {
-    if (!vrdmSetDataValue(scene_, object.objectClass, object.index,
-                          groupNamed(object.objectClass, name), record.value())) {
-      throw std::runtime_error("the group '" + name + "' doesn't take its value");
-    }
-  }
-
-  Record sceneGroup(const std::string& name) const {
-    return Record(Value(vrdmGetSceneDataValue(scene_, groupNamed(VRDM_CLASS_SCENE_DATA, name))));
-  }
-
-  void setSceneGroup(const std::string& name, const Record& record) {
-    if (!vrdmSetSceneDataValue(scene_, groupNamed(VRDM_CLASS_SCENE_DATA, name), record.value())) {
-      throw std::runtime_error("the group '" + name + "' doesn't take its value");
-    }
-  }
-
-  static std::uint32_t slotNamed(std::uint32_t objectClass, const std::string& name) {
-    for (std::uint32_t slot = 0; slot < vrdmReferenceCount(objectClass); ++slot) {
-      if (name == vrdmReferenceType(objectClass, slot).name) return slot;
-    }
-    throw std::runtime_error("there is no slot '" + name + "'");
-  }
-
-  void refer(Object object, const std::string& slot, Object target) {
-    const std::uint32_t at = slotNamed(object.objectClass, slot);
-    if (vrdmReferenceType(object.objectClass, at).targetClass != target.objectClass) {
-      throw std::runtime_error("the slot '" + slot + "' doesn't lead to that class");
-    }
-    vrdmSetReference(scene_, object.objectClass, object.index, at,
-                     static_cast<std::uint32_t>(target.index));
-  }
-
-  void setValue(Object object, const Record& record) {
-    vrdmSetInstanceValue(scene_, object.objectClass, object.index, record.value());
+    return scene_.addProgram(objectClass, source);
   }
 
   // The camera's x is its right, y its up, and it looks along -z.
   void addCamera(const BoxCamera& measured) {
-    camera_ = create(VRDM_CLASS_CAMERA);
-    refer(camera_, "program", addProgram(VRDM_CLASS_CAMERA_PROGRAM, "pinhole.camera"));
+    camera_ = scene_.create(VRDM_CLASS_CAMERA);
+    scene_.refer(camera_, "program", addProgram(VRDM_CLASS_CAMERA_PROGRAM, "pinhole.camera"));
 
     const Vector z = normalised(measured.direction) * -1.0;
     const Vector x = normalised(cross(measured.up, z));
-    setGroup(camera_, "Transformation",
-             group(camera_, "Transformation")
-                 .set("matrix.x", row(x, 0.0F))
-                 .set("matrix.y", row(cross(z, x), 0.0F))
-                 .set("matrix.z", row(z, 0.0F))
-                 .set("matrix.w", row(measured.position, 1.0F)));
+    scene_.setGroup(camera_, "Transformation",
+                    scene_.group(camera_, "Transformation")
+                        .set("matrix.x", row(x, 0.0F))
+                        .set("matrix.y", row(cross(z, x), 0.0F))
+                        .set("matrix.z", row(z, 0.0F))
+                        .set("matrix.w", row(measured.position, 1.0F)));
     // Nothing stands between the camera and the open side of the box.
-    setGroup(camera_, "General", group(camera_, "General").set("near_distance", 0.5F));
+    scene_.setGroup(camera_, "General",
+                    scene_.group(camera_, "General").set("near_distance", 0.5F));
     // Black, where a ray leaves the box.
-    setGroup(camera_, "Background", group(camera_, "Background").set("active", true));
+    scene_.setGroup(camera_, "Background", scene_.group(camera_, "Background").set("active", true));
 
-    setValue(camera_, Record(kPinhole)
-                          .set("focal_length", static_cast<float>(measured.focalLength))
-                          .set("film_size", Float2{static_cast<float>(measured.filmWidth),
-                                                   static_cast<float>(measured.filmHeight)}));
+    scene_.setValue(camera_,
+                    Record::ofType(kPinhole)
+                        .set("focal_length", static_cast<float>(measured.focalLength))
+                        .set("film_size", Float2{static_cast<float>(measured.filmWidth),
+                                                 static_cast<float>(measured.filmHeight)}));
   }
 
   // One material for each name in the geometry; all painted ones share a program.
@@ -157,16 +104,16 @@ class SceneBuilder {
     const Object glowing = addProgram(VRDM_CLASS_MATERIAL_PROGRAM, "glowing.material");
     for (const Part& part : box.parts) {
       if (materials_.count(part.material)) continue;
-      const Object material = create(VRDM_CLASS_MATERIAL);
+      const Object material = scene_.create(VRDM_CLASS_MATERIAL);
       const auto measured = box.reflectances.find(part.material);
       if (measured != box.reflectances.end()) {
-        refer(material, "program", diffuse);
-        setValue(material, Record(kDiffuse).setSpectrum("reflectance", measured->second));
+        scene_.refer(material, "program", diffuse);
+        scene_.setValue(material, Record::ofType(kDiffuse).set("reflectance", measured->second));
       } else if (part.material == "light") {
-        refer(material, "program", glowing);
-        setValue(material, Record(kGlowing)
-                               .setFlat("reflectance", kLampReflectance)
-                               .setSpectrum("emission", box.emission));
+        scene_.refer(material, "program", glowing);
+        scene_.setValue(material, Record::ofType(kGlowing)
+                                      .set("reflectance", FlatSpectrum{kLampReflectance})
+                                      .set("emission", box.emission));
       } else {
         throw std::runtime_error("there is no reflectance for the material '" + part.material +
                                  "'");
@@ -177,13 +124,14 @@ class SceneBuilder {
 
   // The lamp and each block can be moved without the rest.
   void addTransformationGroups() {
-    room_ = create(VRDM_CLASS_TRANSFORMATION_GROUP);
+    room_ = scene_.create(VRDM_CLASS_TRANSFORMATION_GROUP);
     for (const char* part : {"light", "short_block", "tall_block"}) {
-      moved_[part] = create(VRDM_CLASS_TRANSFORMATION_GROUP);
+      moved_[part] = scene_.create(VRDM_CLASS_TRANSFORMATION_GROUP);
     }
     const Object lamp = moved_["light"];
-    setGroup(lamp, "Transformation",
-             group(lamp, "Transformation").set("matrix.w", Float4{0.0F, -kLampDrop, 0.0F, 1.0F}));
+    scene_.setGroup(
+        lamp, "Transformation",
+        scene_.group(lamp, "Transformation").set("matrix.w", Float4{0.0F, -kLampDrop, 0.0F, 1.0F}));
   }
 
   Object transformationGroupOf(const std::string& part) const {
@@ -192,22 +140,18 @@ class SceneBuilder {
   }
 
   void addShapes(const std::vector<Part>& parts) {
-    lightGroup_ = create(VRDM_CLASS_LIGHT_GROUP);
+    lightGroup_ = scene_.create(VRDM_CLASS_LIGHT_GROUP);
     for (const Part& part : parts) {
-      const Mesh mesh = buildMesh(part.faces);
-      const Storage bytes(
-          vrdmAssetStorageCopy(mesh.words.data(), mesh.words.size() * sizeof(std::uint32_t)));
-      if (!bytes) throw std::bad_alloc();
-      AssetStorage* const handle = bytes.get();
-      const Object asset{VRDM_CLASS_MESH, static_cast<std::int32_t>(vrdmAddAsset(
-                                              scene_, VRDM_CLASS_MESH, &mesh.descriptor, &handle))};
+      Mesh mesh = buildMesh(part.faces);
+      const Object asset =
+          scene_.addAsset(mesh.descriptor, vrnt::host::moveBytes(std::move(mesh.words)));
 
-      const Object shape = create(VRDM_CLASS_SHAPE);
-      refer(shape, "material", materials_.at(part.material));
-      refer(shape, "mesh", asset);
-      refer(shape, "lightGroup", lightGroup_);
-      refer(shape, "transformationGroup", transformationGroupOf(part.name));
-      setGroup(shape, "Target", group(shape, "Target").setText("tag", part.name));
+      const Object shape = scene_.create(VRDM_CLASS_SHAPE);
+      scene_.refer(shape, "material", materials_.at(part.material));
+      scene_.refer(shape, "mesh", asset);
+      scene_.refer(shape, "lightGroup", lightGroup_);
+      scene_.refer(shape, "transformationGroup", transformationGroupOf(part.name));
+      scene_.setGroup(shape, "Target", scene_.group(shape, "Target").set("tag", part.name));
       shapes_[part.name] = shape;
     }
   }
@@ -222,47 +166,43 @@ class SceneBuilder {
     if (!part) throw std::runtime_error("there is no 'light' in the geometry");
     const Quad& face = part->faces.front();
 
-    const Object light = create(VRDM_CLASS_LIGHT);
-    refer(light, "program", addProgram(VRDM_CLASS_LIGHT_PROGRAM, "rectangle.light"));
-    refer(light, "transformationGroup", transformationGroupOf("light"));
-    setValue(light, Record(kRectangle).setSpectrum("emission", box.emission));
+    const Object light = scene_.create(VRDM_CLASS_LIGHT);
+    scene_.refer(light, "program", addProgram(VRDM_CLASS_LIGHT_PROGRAM, "rectangle.light"));
+    scene_.refer(light, "transformationGroup", transformationGroupOf("light"));
+    scene_.setValue(light, Record::ofType(kRectangle).set("emission", box.emission));
     // The program's unit square is stretched over the lamp, its front side down.
     const Vector centre = (face[0] + face[1] + face[2] + face[3]) * 0.25;
     const Vector x = face[1] - face[0];
     const Vector y = face[2] - face[1];
-    setGroup(light, "Transformation",
-             group(light, "Transformation")
-                 .set("matrix.x", row(x, 0.0F))
-                 .set("matrix.y", row(y, 0.0F))
-                 .set("matrix.z", row(normalised(cross(x, y)), 0.0F))
-                 .set("matrix.w", row(centre, 1.0F)));
-    setGroup(light, "Target", group(light, "Target").setText("tag", "lamp"));
-    setGroup(light, "Visibility", group(light, "Visibility").set("visible_to.camera", false));
+    scene_.setGroup(light, "Transformation",
+                    scene_.group(light, "Transformation")
+                        .set("matrix.x", row(x, 0.0F))
+                        .set("matrix.y", row(y, 0.0F))
+                        .set("matrix.z", row(normalised(cross(x, y)), 0.0F))
+                        .set("matrix.w", row(centre, 1.0F)));
+    scene_.setGroup(light, "Target", scene_.group(light, "Target").set("tag", "lamp"));
+    scene_.setGroup(light, "Visibility",
+                    scene_.group(light, "Visibility").set("visible_to.camera", false));
 
     const Object shape = shapes_.at("light");
-    setGroup(shape, "Sampling probability",
-             group(shape, "Sampling probability").set("multiplier", 0.0F));
-    setGroup(shape, "Visibility",
-             group(shape, "Visibility")
-                 .set("visible_to.indirect_illumination", false)
-                 .set("cast.indirect_illumination", false));
+    scene_.setGroup(shape, "Sampling probability",
+                    scene_.group(shape, "Sampling probability").set("multiplier", 0.0F));
+    scene_.setGroup(shape, "Visibility",
+                    scene_.group(shape, "Visibility")
+                        .set("visible_to.indirect_illumination", false)
+                        .set("cast.indirect_illumination", false));
 
-    // In a list of emitters a shape stands as its number, a light as the complement of its number.
-    const std::uint32_t slot = slotNamed(VRDM_CLASS_LIGHT_GROUP, "emitters");
-    vrdmSetReferenceCount(scene_, VRDM_CLASS_LIGHT_GROUP, lightGroup_.index, slot, 2);
-    std::int32_t* const emitters =
-        vrdmModifyReferenceList(scene_, VRDM_CLASS_LIGHT_GROUP, lightGroup_.index, slot);
-    emitters[0] = ~light.index;
-    emitters[1] = shape.index;
+    scene_.setList(lightGroup_, "emitters", {light, shape});
   }
 
   void addTask() {
-    const Object task = create(VRDM_CLASS_IMAGE_TASK);
-    refer(task, "camera", camera_);
+    const Object task = scene_.create(VRDM_CLASS_IMAGE_TASK);
+    scene_.refer(task, "camera", camera_);
     // White walls hand light on many times, but after 16 times little is left. A wavelength outside
     // 400 to 700 nm asks for all wavelengths instead of three colours.
-    setGroup(task, "Wavefront",
-             group(task, "Wavefront").set("max_bounces", 16).set("spectral_wavelength", 1.0F));
+    scene_.setGroup(
+        task, "Wavefront",
+        scene_.group(task, "Wavefront").set("max_bounces", 16).set("spectral_wavelength", 1.0F));
   }
 
   // Adding zero makes a plain zero of a negative one.
@@ -271,33 +211,17 @@ class SceneBuilder {
             static_cast<float>(vector[2] + 0.0), last};
   }
 
-  vrdmScene_t* const scene_;
+  Scene& scene_;
   const std::string programFolder_;
   Object camera_{}, room_{}, lightGroup_{};
   std::map<std::string, Object> materials_, moved_, shapes_;
 };
 
-// Writing reports nothing, so the file is read again and held against the scene.
-void writeScene(const vrdmScene_t* scene, const std::string& path) {
-  std::error_code ignored;
-  std::filesystem::remove(path, ignored);
-  vrdmSerialize(scene, path.c_str());
-  if (!std::filesystem::is_regular_file(path, ignored)) {
-    throw std::runtime_error(path + ": cannot write the file");
-  }
-  const Scene written = readScene(path);
-  for (std::uint32_t objectClass = 0; objectClass < vrdmObjectTypeCount(); ++objectClass) {
-    if (vrdmContainerSize(written.get(), objectClass) != vrdmContainerSize(scene, objectClass)) {
-      throw std::runtime_error(path + ": the file was not written to its end");
-    }
-  }
-}
-
-void printSummary(const vrdmScene_t* scene, const std::string& path) {
+void printSummary(const Scene& scene, const std::string& path) {
   std::uint32_t total = 0;
   std::string counts;
   for (std::uint32_t objectClass = 0; objectClass < vrdmObjectTypeCount(); ++objectClass) {
-    const std::uint32_t count = vrdmContainerSize(scene, objectClass);
+    const std::uint32_t count = vrdmContainerSize(scene.get(), objectClass);
     if (count == 0) continue;
     total += count;
     counts += "  " + std::to_string(count) + " " + vrdmObjectName(objectClass) + "\n";
@@ -353,11 +277,10 @@ int run(const std::vector<std::string>& arguments) {
   if (files.camera.empty()) files.camera = data + "/cornell_box_camera.csv";
 
   const Box box = readBox(files);
-  const Scene scene(vrdmCreateScene());
-  if (!scene) throw std::bad_alloc();
-  SceneBuilder(scene.get(), programs).build(box);
-  writeScene(scene.get(), output);
-  printSummary(scene.get(), output);
+  Scene scene;
+  SceneBuilder(scene, programs).build(box);
+  scene.write(output);
+  printSummary(scene, output);
   return 0;
 }
 

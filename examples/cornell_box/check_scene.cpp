@@ -17,10 +17,15 @@
 #include <vector>
 
 #include "csv.hpp"
-#include "host.hpp"
+#include "run_host.hpp"
+#include "vornath_data/host.hpp"
 
 namespace cornell_box {
 namespace {
+
+using vrnt::TypeHandle;
+using vrnt::Value;
+using vrnt::host::Scene;
 
 [[noreturn]] void fail(const std::string& message) { throw std::runtime_error(message); }
 
@@ -387,11 +392,11 @@ class Checker {
   static std::string typeOf(const std::string& group, const std::string& field) {
     for (std::uint32_t i = 0; i < vrdmFieldCount(VRDM_CLASS_SCENE_DATA); ++i) {
       if (group != vrdmFieldName(VRDM_CLASS_SCENE_DATA, i)) continue;
-      const Type annotated(vrdmFieldType(VRDM_CLASS_SCENE_DATA, i));
-      const Type type(vrntTypeStripMetadata(annotated.get()));
+      const TypeHandle annotated = TypeHandle::adopt(vrdmFieldType(VRDM_CLASS_SCENE_DATA, i));
+      const TypeHandle type = TypeHandle::adopt(vrntTypeStripMetadata(annotated.get()));
       for (std::uint32_t j = 0; j < vrntTypeFieldCount(type.get()); ++j) {
         if (field != vrntTypeFieldLabel(type.get(), j)) continue;
-        const Type fieldType(vrntTypeFieldType(type.get(), j));
+        const TypeHandle fieldType = TypeHandle::adopt(vrntTypeFieldType(type.get(), j));
         return vrntTypeString(fieldType.get());
       }
     }
@@ -407,15 +412,15 @@ class Checker {
                               std::int32_t index) {
       for (std::uint32_t group = 0; group < vrdmFieldCount(objectClass); ++group) {
         const std::string name = object + " " + vrdmFieldName(objectClass, group);
-        const Type type(vrdmFieldType(objectClass, group));
+        const TypeHandle type = TypeHandle::adopt(vrdmFieldType(objectClass, group));
         const auto text = changed.find(name);
         const Value expected =
             text == changed.end() ? untouched(name, type.get()) : parseValue(text->second);
         if (text != changed.end()) changed.erase(text);
-        const Value found(objectClass == VRDM_CLASS_SCENE_DATA
-                              ? vrdmGetSceneDataValue(scene_, group)
-                              : vrdmGetDataValue(scene_, objectClass, index, group));
-        checkEqual(name, found.get(), expected.get());
+        const Value found = Value::adopt(objectClass == VRDM_CLASS_SCENE_DATA
+                                             ? vrdmGetSceneDataValue(scene_, group)
+                                             : vrdmGetDataValue(scene_, objectClass, index, group));
+        checkEqual(name, found, expected);
         ++groups;
         bytes += vrntTypeSize(type.get());
       }
@@ -435,45 +440,26 @@ class Checker {
   // The defaults of the group's type. An object refers to no texture, which its type can't tell:
   // the three indices of textures begin at -1.
   static Value untouched(const std::string& name, const vrntType_t* type) {
-    Value value = defaultValue(type);
+    Value value = Value::create(type, true).value();
     const auto endsWith = [&name](const std::string& end) {
       return name.size() > end.size() && name.substr(name.size() - end.size()) == end;
     };
-    std::vector<std::vector<const char*>> paths;
-    if (endsWith(" Backplate")) paths = {{"image", "spectrum_texture", "index"}};
-    if (endsWith(" Hemilux")) paths = {{"texture", "index"}, {"tone_mapping_texture", "index"}};
-    for (const std::vector<const char*>& path : paths) {
-      vrntValueView_t view{vrntValueType(value.get()), 0};
-      for (const char* const label : path) view = fieldOf(value.get(), view, label);
-      const std::int32_t none = -1;
-      vrntValuesError_t* error = nullptr;
-      vrntValue_t* handle = value.release();
-      vrntValueWrite(&handle, view.offset, &none, sizeof none, &error);
-      value.reset(handle);
-      raiseIf(error);
+    std::vector<const char*> paths;
+    if (endsWith(" Backplate")) paths = {"image.spectrum_texture.index"};
+    if (endsWith(" Hemilux")) paths = {"texture.index", "tone_mapping_texture.index"};
+    for (const char* const path : paths) {
+      vrnt::host::Field<std::int32_t>(value.type(), path).set(value, -1);
     }
     return value;
   }
 
-  static Value parseValue(const std::string& text) {
-    vrntValuesError_t* error = nullptr;
-    Value value(vrntValueParse(text.c_str(), &error));
-    raiseIf(error);
-    return value;
-  }
+  static Value parseValue(const std::string& text) { return Value::parse(text.c_str()).value(); }
 
   // The reason of a difference in words, and then all bytes.
-  static void checkEqual(const std::string& name, const vrntValue_t* found,
-                         const vrntValue_t* expected) {
-    const vrntValueView_t foundView{vrntValueType(found), 0};
-    const vrntValueView_t expectedView{vrntValueType(expected), 0};
-    char* reason = nullptr;
-    const bool equal =
-        vrntValueEqual(found, &foundView, expected, &expectedView, 0.0F, &reason) != 0;
-    const String held(reason);
-    if (!equal) fail(name + " differs: " + (reason ? reason : "no reason given"));
-    if (std::memcmp(vrntValueData(found), vrntValueData(expected), vrntTypeSize(foundView.type)) !=
-        0) {
+  static void checkEqual(const std::string& name, const Value& found, const Value& expected) {
+    std::string reason = "no reason given";
+    if (!found.equal(expected, 0.0F, &reason)) fail(name + " differs: " + reason);
+    if (std::memcmp(found.data(), expected.data(), vrntTypeSize(found.type())) != 0) {
       fail(name + " has equal fields, but other bytes");
     }
   }
@@ -496,7 +482,7 @@ class Checker {
   };
 
   Spectrum readSpectrum(std::uint32_t objectClass, std::int32_t index, const char* label) const {
-    const Value value(vrdmGetInstanceValue(scene_, objectClass, index));
+    const Value value = Value::adopt(vrdmGetInstanceValue(scene_, objectClass, index));
     const vrntValueView_t whole{vrntValueType(value.get()), 0};
     const vrntValueView_t record = fieldOf(value.get(), whole, label);
     const vrntValueView_t encoding = fieldOf(value.get(), record, "encoding");
@@ -505,11 +491,11 @@ class Checker {
     std::memcpy(&code, static_cast<const char*>(vrntValueData(value.get())) + encoding.offset,
                 sizeof code);
     if (code >= vrntTypeConstructorCount(encoding.type)) fail("a spectrum has a wrong encoding");
-    const Value array(vrntValueDereference(value.get(), &reference));
+    const Value array = Value::adopt(vrntValueDereference(value.get(), &reference));
     if (!array) fail("a spectrum has no numbers");
     Spectrum spectrum{vrntTypeConstructorName(encoding.type, code), {}};
     spectrum.numbers.resize(vrntTypeSize(vrntValueType(array.get())) / sizeof(float));
-    const Type expected(vrtnTypeFloatArray(spectrum.numbers.size()));
+    const TypeHandle expected = TypeHandle::adopt(vrtnTypeFloatArray(spectrum.numbers.size()));
     if (vrntValueType(array.get()) != expected.get()) fail("a spectrum is no array of floats");
     std::memcpy(spectrum.numbers.data(), vrntValueData(array.get()),
                 spectrum.numbers.size() * sizeof(float));
@@ -517,11 +503,11 @@ class Checker {
   }
 
   void checkCameraValue() {
-    const Value value(vrdmGetInstanceValue(scene_, VRDM_CLASS_CAMERA, 0));
+    const Value value = Value::adopt(vrdmGetInstanceValue(scene_, VRDM_CLASS_CAMERA, 0));
     const std::string text = "{ focal_length = " + cameraText("focal_length", "x") +
                              "; film_size = float2(" + cameraText("film_width", "x") + ", " +
                              cameraText("film_height", "x") + "); }";
-    checkEqual("the value of Camera 0", value.get(), parseValue(text).get());
+    checkEqual("the value of Camera 0", value, parseValue(text));
     note("the camera's lens and film");
   }
 
@@ -649,7 +635,7 @@ int run(const std::vector<std::string>& arguments) {
     }
   }
   if (file.empty()) file = "cornell_box.vrnscene";
-  const Scene scene = readScene(file);
+  const Scene scene = Scene::read(file);
   Checker checker(scene.get(), data, programs);
   checker.check();
   std::printf("%s holds what was measured:\n%s", file.c_str(), checker.report().c_str());

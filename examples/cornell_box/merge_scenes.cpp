@@ -6,8 +6,9 @@
 #include <string>
 #include <vector>
 
-#include "host.hpp"
+#include "run_host.hpp"
 #include "vornath_data/scene.hpp"
+#include "vornath_data/vrdm.h"
 
 namespace cornell_box {
 namespace {

@@ -11,11 +11,16 @@
 #include <utility>
 #include <vector>
 
-#include "host.hpp"
+#include "run_host.hpp"
 #include "value_printer.hpp"
+#include "vornath_data/host.hpp"
 
 namespace cornell_box {
 namespace {
+
+using vrnt::TypeHandle;
+using vrnt::Value;
+using vrnt::host::Scene;
 
 class ScenePrinter {
  public:
@@ -23,7 +28,6 @@ class ScenePrinter {
       : scene_(scene), out_(out), changedOnly_(changedOnly) {}
 
   void print() {
-    if (!fresh_) throw std::bad_alloc();
     out_ << "Scene " << *vrdmSceneId(scene_) << "\n\nObjects\n";
     for (std::uint32_t objectClass = 0; objectClass < vrdmObjectTypeCount(); ++objectClass) {
       out_ << "  " << std::left << std::setw(22) << vrdmObjectName(objectClass) << std::right
@@ -173,7 +177,7 @@ class ScenePrinter {
   bool printGroups(std::uint32_t objectClass, std::int32_t index) {
     bool isPrinted = vrdmFieldCount(objectClass) == 0;
     for (std::uint32_t group = 0; group < vrdmFieldCount(objectClass); ++group) {
-      const Type type(vrdmFieldType(objectClass, group));
+      const TypeHandle type = TypeHandle::adopt(vrdmFieldType(objectClass, group));
       const Value value = readGroup(scene_, objectClass, index, group);
       ValuePrinter printer("    ");
       printer.add(value.get(), type.get(), standardGroup(objectClass, group), changedOnly_);
@@ -187,9 +191,9 @@ class ScenePrinter {
 
   static Value readGroup(const vrdmScene_t* scene, std::uint32_t objectClass, std::int32_t index,
                          std::uint32_t group) {
-    return Value(objectClass == VRDM_CLASS_SCENE_DATA
-                     ? vrdmGetSceneDataValue(scene, group)
-                     : vrdmGetDataValue(scene, objectClass, index, group));
+    return Value::adopt(objectClass == VRDM_CLASS_SCENE_DATA
+                            ? vrdmGetSceneDataValue(scene, group)
+                            : vrdmGetDataValue(scene, objectClass, index, group));
   }
 
   // What an untouched group holds is read from an untouched object, the first of its class in a
@@ -208,7 +212,7 @@ class ScenePrinter {
 
   void printValue(std::uint32_t objectClass, std::int32_t index) {
     if (!vrdmHasValue(objectClass)) return;
-    const Value value(vrdmGetInstanceValue(scene_, objectClass, index));
+    const Value value = Value::adopt(vrdmGetInstanceValue(scene_, objectClass, index));
     out_ << "  Value\n";
     ValuePrinter printer("    ");
     printer.add(value.get());
@@ -218,7 +222,7 @@ class ScenePrinter {
   const vrdmScene_t* const scene_;
   std::ostream& out_;
   const bool changedOnly_;
-  const Scene fresh_{vrdmCreateScene()};
+  const Scene fresh_;
   std::map<std::pair<std::uint32_t, std::uint32_t>, Value> standards_;  // by class and group
 };
 
@@ -247,7 +251,7 @@ int run(const std::vector<std::string>& arguments) {
     std::cerr << kUsage;
     return 2;
   }
-  const Scene scene = readScene(files[0]);
+  const Scene scene = Scene::read(files[0]);
   ScenePrinter(scene.get(), std::cout, changedOnly).print();
   std::cout.flush();
   if (!std::cout) throw std::runtime_error("cannot write the output");

@@ -8,6 +8,9 @@
 namespace cornell_box {
 namespace {
 
+using vrnt::TypeHandle;
+using vrnt::Value;
+
 constexpr std::size_t kLineWidth = 100;
 constexpr int kDeepestReference = 8;  // a value may lead to itself
 
@@ -30,16 +33,14 @@ bool hasEntry(const vrntType_t* type, const char* key, std::uint32_t kind) {
 
 // The text of a vector begins with its type, annotations included, so these are taken off.
 std::string textOf(const vrntValue_t* value, const vrntValueView_t& view) {
-  const Type plain(vrntTypeStripMetadata(view.type));
-  const vrntValueView_t plainView{plain.get(), view.offset};
-  vrntValuesError_t* error = nullptr;
-  const String string(vrntValueString(value, &plainView, 0, &error));
-  if (error) {
-    const std::string message = vrntValuesErrorMessage(error);
-    vrntValuesErrorDestroy(error);
-    return "(" + message + ")";
+  const TypeHandle plain = TypeHandle::adopt(vrntTypeStripMetadata(view.type));
+  const Value held = Value::share(value);
+  std::string text;
+  try {
+    text = vrnt::ConstView(&held, plain, view.offset).text();
+  } catch (const vrnt::Exception& error) {
+    return std::string("(") + error.what() + ")";
   }
-  std::string text = string.get();
   // An enum's text goes on with its whole type.
   if (vrntTypeDescriptor(view.type) == VRNT_DESCRIPTOR_ENUM) text.resize(text.find(' '));
   return text;
@@ -63,7 +64,7 @@ std::uint64_t wordAt(const vrntValue_t* value, const vrntValueView_t& view) {
 }
 
 bool isSpectrum(const vrntType_t* type) {
-  const Type spectrum(vrntTypeSpectrum());
+  const TypeHandle spectrum = TypeHandle::adopt(vrntTypeSpectrum());
   return vrntTypeIsSubType(type, spectrum.get()) != 0;
 }
 
@@ -109,7 +110,7 @@ void ValuePrinter::walkStruct(const Place& place) {
   addHeading(place);
   for (std::uint32_t field = 0; field < vrntTypeFieldCount(place.view.type); ++field) {
     // A view borrows the type that it stands on, so this reference holds it.
-    const Type type(vrntTypeFieldType(place.view.type, field));
+    const TypeHandle type = TypeHandle::adopt(vrntTypeFieldType(place.view.type, field));
     vrntValueView_t child;
     vrntValueStructField(&child, place.view.type, field);
     walk({place.value,
@@ -149,7 +150,7 @@ void ValuePrinter::dropEmptyHeading(const Place& place, std::size_t heading) {
 }
 
 void ValuePrinter::walkArray(const Place& place) {
-  const Type element(vrntTypeElementType(place.view.type));
+  const TypeHandle element = TypeHandle::adopt(vrntTypeElementType(place.view.type));
   std::int32_t extents[4] = {};
   vrntTypeArrayShape(place.view.type, extents);
   const bool isList = vrntTypeArrayDimension(place.view.type) == 1;
@@ -198,7 +199,7 @@ void ValuePrinter::walkReference(const Place& place) {
     addLine(place, "-> ...", "");
     return;
   }
-  const Value target(vrntValueDereference(place.value, &place.view));
+  const Value target = Value::adopt(vrntValueDereference(place.value, &place.view));
   ++references_;
   const std::size_t first = lines_.size();
   walk({target.get(), nullptr, {vrntValueType(target.get()), 0}, place.label});

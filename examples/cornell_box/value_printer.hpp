@@ -8,7 +8,8 @@
 #include <string>
 #include <vector>
 
-#include "host.hpp"
+#include "vornath_data/value.hpp"
+#include "vornath_data/vrnt.h"
 
 namespace cornell_box {
 

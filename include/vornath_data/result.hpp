@@ -14,7 +14,8 @@
 #include "vornath_data/api.h"
 
 /// Raised where a correct caller can't get to: a flat accessor was given a type of a kind that it
-/// doesn't accept. It has no text of its own.
+/// doesn't accept. It has no text of its own; what the library throws is a class derived from it,
+/// whose what() says which function was given what.
 class VRNT_API VornathValuesAssertionFailure : public std::exception {
  public:
   VornathValuesAssertionFailure() noexcept = default;

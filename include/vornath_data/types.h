@@ -11,7 +11,8 @@
  * Shared by all functions here: a type argument is not null; a "new reference" is ended by the
  * caller with vrntTypeDestroy(); a text that "belongs to the type" lives as long as the type. An
  * accessor that is given a type of a kind that it doesn't accept throws
- * VornathValuesAssertionFailure through to the host, and no index is checked.
+ * VornathValuesAssertionFailure through to the host, whose what() says so, as in "vrntTypeFieldType:
+ * takes a struct or a function, was given the enum { A; }"; and no index is checked.
  * Threads: every function may be called from any thread; reading a type takes no lock.
  */
 #ifndef VORNATH_DATA_TYPES_H

@@ -11,6 +11,7 @@
 #include <type_traits>
 #include <utility>
 
+#include "vornath_data/detail/fitting.hpp"
 #include "vornath_data/detail/raise_error.hpp"
 #include "vornath_data/errors.h"
 #include "vornath_data/result.hpp"
@@ -18,6 +19,21 @@
 #include "vornath_data/values.h"
 
 namespace vrnt {
+
+namespace detail {
+
+/// vrntValueEqual(), the reason as a std::string.
+inline bool equalAt(const vrntValue_t* a, const vrntValueView_t& viewA, const vrntValue_t* b,
+                    const vrntValueView_t& viewB, float tolerance, std::string* reason) {
+  char* words = nullptr;
+  const bool equal =
+      vrntValueEqual(a, &viewA, b, &viewB, tolerance, reason != nullptr ? &words : nullptr) != 0;
+  const std::unique_ptr<char, StringDestroyer> owned(words);
+  if (words != nullptr) *reason = words;
+  return equal;
+}
+
+}  // namespace detail
 
 /// Owns one reference on a type; an empty one owns nothing.
 class TypeHandle {
@@ -100,6 +116,34 @@ class Value {
     return adopt(value);
   }
 
+  /// Reads a value's text, as in `{ a = 1; b = [ 1.0, 2.0 ]; }`. Fails as create(), with the words
+  /// of vrntValueParse().
+  static Result<Value> parse(const char* text) {
+    // These characters and their terminator are the magic of a block, for which they'd be taken.
+    if (text != nullptr && std::strcmp(text, "vrntval") == 0) text = " vrntval";
+    vrntValuesError_t* error = nullptr;
+    vrntValue_t* const value = vrntValueParse(text, &error);
+    if (value == nullptr) return detail::creationFailure(error);
+    return adopt(value);
+  }
+
+  /// This value carried over to another type, as vrntCoerce() does it. This value is not empty, and
+  /// stays as it is. Fails as create(), with the words of vrntCoerce().
+  Result<Value> coerce(const vrntType_t* type) const {
+    vrntValuesError_t* error = nullptr;
+    vrntValue_t* const value = vrntCoerce(type, value_, &error);
+    if (value == nullptr) return detail::creationFailure(error);
+    return adopt(value);
+  }
+
+  /// Whether the values are equal, as vrntValueEqual() has it. `reason` may be null; if a reason is
+  /// known it receives the words. An empty handle is equal to an empty one alone.
+  /// Errors: those of vrntValueEqual(), thrown.
+  bool equal(const Value& other, float tolerance = 0.0F, std::string* reason = nullptr) const {
+    if (value_ == nullptr || other.value_ == nullptr) return value_ == other.value_;
+    return detail::equalAt(value_, {type(), 0}, other.value_, {other.type(), 0}, tolerance, reason);
+  }
+
   /// The handle, which stays this object's; null if it is empty.
   vrntValue_t* get() const noexcept { return value_; }
   /// Whether there is a handle.
@@ -121,9 +165,10 @@ class Value {
 };
 
 /// A place in a value, for reading: the whole of it, a field of a struct, or an element of an
-/// array. `Owner` is `Value*` or `const Value*`. A view holds no reference on the value, and lives
-/// no longer than the Value that it names. Field indices and labels are checked, array indices are
-/// not.
+/// array. `Owner` is `Value*` or `const Value*`: ConstView and View below are the usual names. A
+/// view holds no reference on the value, and lives no longer than the Value that it names, which is
+/// not empty. Field indices and labels are checked, and so are the types that are read and written;
+/// the indices of element() are not.
 template <typename Owner>
 class ConstBasicView {
   static_assert(std::is_same_v<Owner, Value*> || std::is_same_v<Owner, const Value*>,
@@ -148,6 +193,17 @@ class ConstBasicView {
         owner_(other.owner_),
         offset_(other.offset_),
         position_(other.position_) {}
+
+  /// A view for reading of the place that a view for writing has.
+  template <typename Other, typename = std::enable_if_t<std::is_same_v<Owner, const Value*> &&
+                                                        std::is_same_v<Other, Value*>>>
+  ConstBasicView(const ConstBasicView<Other>& other)  // NOLINT(google-explicit-constructor)
+      : type_(other.ownsType_ ? vrntTypeCopy(other.type_) : other.type_),
+        ownsType_(other.ownsType_),
+        owner_(other.owner_),
+        offset_(other.offset_),
+        position_(other.position_) {}
+
   ConstBasicView& operator=(const ConstBasicView& other) {
     ConstBasicView copy(other);
     std::swap(type_, copy.type_);
@@ -186,40 +242,71 @@ class ConstBasicView {
   /// Throws Exception "Field not found in struct: {}." as well.
   ConstBasicView field(std::string_view label) const { return field(fieldIndex(label)); }
 
-  /// The index has as many numbers as the array has dimensions, the fastest running one first.
-  /// Throws VornathValuesAssertionFailure for a place that isn't an array.
+  /// The index has as many numbers as the array has dimensions, the fastest running one first. The
+  /// numbers aren't checked against the extents. Throws Exception "Array of rank {} takes {}
+  /// indices, not {}." for another count, and VornathValuesAssertionFailure for a place that isn't
+  /// an array.
   template <typename... Index>
   ConstBasicView element(Index... index) const {
-    return ConstBasicView(*this, elementPlace({static_cast<std::int32_t>(index)...}));
+    return ConstBasicView(*this, elementPlace("element", false, index...));
+  }
+  /// element() with the numbers checked: throws Exception "Array index {} out of range [0, {})." as
+  /// well. An array whose extents are open has no elements.
+  template <typename... Index>
+  ConstBasicView at(Index... index) const {
+    return ConstBasicView(*this, elementPlace("at", true, index...));
   }
 
   /// The bytes at the place, borrowed.
   const void* data() const { return static_cast<const char*>(owner_->data()) + place().offset; }
 
-  /// The bytes at the place as a T, whose form the caller knows.
+  /// Reads a T, which fits the place's type:
+  ///
+  /// | T | Fits |
+  /// |---|---|
+  /// | float | `float` |
+  /// | bool | `bool`: any word but 0 is true |
+  /// | std::int32_t, std::uint32_t, an enum of that size | `int`, an enum's code |
+  /// | char, signed or unsigned, or an enum of that size | `char` |
+  /// | std::uint16_t | `half`, as its bits |
+  /// | std::array<T, N> | N lanes or N elements of what T fits |
+  /// | a trivially copyable struct or union | what has its size, or three lanes of four |
+  ///
+  /// Throws Exception "Incompatible type for accessor -> {}." for another type; what fits none,
+  /// such as a double or a pointer, doesn't compile.
   template <typename T>
   T read() const {
-    static_assert(std::is_trivially_copyable_v<T>, "a T is read as bytes");
+    requireFitting<T>();
+    const vrntValueView_t at = place();
+    if (!detail::fits<T>(at.type)) raiseUnfit<T>(at.type);
     T value;
-    std::memcpy(static_cast<void*>(&value), data(), sizeof(value));
+    detail::load(value, static_cast<const char*>(owner_->data()) + at.offset);
     return value;
   }
 
-  /// What a reference leads to; empty for a null one. See vrntValueDereference().
+  /// What a reference leads to; empty for a null one. See vrntValueDereference(). Throws
+  /// VornathValuesAssertionFailure for a place that isn't a reference.
   Value dereference() const {
     const vrntValueView_t at = place();
+    requireReference("ConstBasicView::dereference", at.type);
     return Value::adopt(vrntValueDereference(owner_->get(), &at));
+  }
+
+  /// Whether what stands at two places is equal, as Value::equal().
+  template <typename Other>
+  bool equal(const ConstBasicView<Other>& other, float tolerance = 0.0F,
+             std::string* reason = nullptr) const {
+    return detail::equalAt(owner_->get(), place(), other.owner()->get(), other.place(), tolerance,
+                           reason);
   }
 
   /// The value's text; `flags` as for vrntValueString(). Throws std::bad_alloc, and an Exception of
   /// code UnknownError with the flat error's words.
   std::string text(std::uint32_t flags = 0) const {
-    struct Free {
-      void operator()(char* words) const noexcept { vrntDestroyString(words); }
-    };
     const vrntValueView_t at = place();
     vrntValuesError_t* error = nullptr;
-    const std::unique_ptr<char, Free> words(vrntValueString(owner_->get(), &at, flags, &error));
+    const std::unique_ptr<char, detail::StringDestroyer> words(
+        vrntValueString(owner_->get(), &at, flags, &error));
     if (!words) detail::raiseError(error);
     return words.get();
   }
@@ -230,57 +317,127 @@ class ConstBasicView {
   };
 
   ConstBasicView(const ConstBasicView& parent, FieldIndex index)
-      : ConstBasicView(parent, parent.place()) {
-    if (!isStruct(type_)) throw VornathValuesAssertionFailure();
-    if (index.value >= vrntTypeFieldCount(type_)) {
-      throw Exception(ErrorCode::InvalidArguments, "Struct field index {} out of range.",
-                      index.value);
-    }
-    position_ = index.value;
-  }
+      : ConstBasicView(parent, requireField(parent.place(), index.value), index.value) {}
 
   // A place within the parent's.
   ConstBasicView(const ConstBasicView& parent, const vrntValueView_t& place)
-      : ConstBasicView(parent.owner_, parent.ownsType_ ? vrntTypeCopy(place.type) : place.type,
-                       place.offset, wholePosition(place.type), parent.ownsType_) {}
+      : ConstBasicView(parent, place, wholePosition(place.type)) {}
 
   std::uint32_t fieldIndex(std::string_view label) const {
     const vrntType_t* const structType = type();
-    if (!isStruct(structType)) throw VornathValuesAssertionFailure();
-    for (std::uint32_t i = 0; i < vrntTypeFieldCount(structType); ++i) {
+    requireStruct(structType);
+    const std::uint32_t count = vrntTypeFieldCount(structType);
+    for (std::uint32_t i = 0; i < count; ++i) {
       if (label == vrntTypeFieldLabel(structType, i)) return i;
     }
     throw Exception(ErrorCode::InvalidArguments, "Field not found in struct: {}.", label);
   }
 
-  template <std::size_t Rank>
-  vrntValueView_t elementPlace(const std::int32_t (&index)[Rank]) const {
-    static_assert(Rank <= 4, "an array has one to four dimensions");
+  template <typename... Index>
+  vrntValueView_t elementPlace(const char* function, bool checked, Index... index) const {
+    static_assert(sizeof...(Index) >= 1 && sizeof...(Index) <= 4,
+                  "an array has one to four dimensions");
+    static_assert((detail::kIsIndex<Index> && ...), "an index is an integer");
     const vrntValueView_t array = place();
+    requireRank(function, array.type, sizeof...(Index));
+    if (checked) {
+      std::int32_t extents[4] = {};
+      vrntTypeArrayShape(array.type, extents);
+      const std::int32_t* extent = extents;
+      (requireIndex(index, *extent++), ...);
+    }
+    const std::int32_t numbers[] = {static_cast<std::int32_t>(index)...};
     vrntValueView_t place{};
-    vrntValueArrayElement(&place, array.type, index);
+    vrntValueArrayElement(&place, array.type, numbers);
     place.offset += array.offset;
     return place;
   }
 
+  template <typename T>
+  static constexpr void requireFitting() {
+    static_assert(detail::kCanFit<T>,
+                  "a view takes float, bool, 32-bit integers and characters, std::uint16_t for the "
+                  "bits of a half, enums of 32 or 8 bits, std::array of these, and trivially "
+                  "copyable structs: for a double take a float, for a pointer a reference");
+  }
+
+  static void requireReference(const char* function, const vrntType_t* type) {
+    if (vrntTypeDescriptor(type) != VRNT_DESCRIPTOR_REFERENCE) {
+      detail::raiseWrongKind(function, "a reference", type);
+    }
+  }
+
+  template <typename T>
+  [[noreturn]] void raiseUnfit(const vrntType_t* type) const {
+    detail::raiseUnfit(type, fieldLabel(), "type " + detail::fittingText<T>());
+  }
+  [[noreturn]] void raiseUnfitSize(const vrntType_t* type, std::size_t size) const {
+    detail::raiseUnfit(type, fieldLabel(), std::to_string(size) + " bytes");
+  }
+
  private:
+  template <typename Other>
+  friend class ConstBasicView;
+
   ConstBasicView(Owner owner, vrntType_t* type, std::uint64_t offset, std::uint32_t position,
                  bool ownsType)
       : type_(type), ownsType_(ownsType), owner_(owner), offset_(offset), position_(position) {}
 
-  // The spectrum struct has the descriptor of a base type.
-  static bool isStruct(const vrntType_t* type) {
-    const std::uint32_t descriptor = vrntTypeDescriptor(type);
-    return descriptor == VRNT_DESCRIPTOR_STRUCT ||
-           (descriptor == VRNT_DESCRIPTOR_BASE && vrntTypeBasetype(type) == VRNT_BASETYPE_STRUCT);
+  ConstBasicView(const ConstBasicView& parent, const vrntValueView_t& place, std::uint32_t position)
+      : ConstBasicView(parent.owner_, parent.ownsType_ ? vrntTypeCopy(place.type) : place.type,
+                       place.offset, position, parent.ownsType_) {}
+
+  static void requireStruct(const vrntType_t* type) {
+    if (!detail::isStruct(type)) detail::raiseWrongKind("ConstBasicView::field", "a struct", type);
+  }
+
+  static const vrntValueView_t& requireField(const vrntValueView_t& place, std::uint32_t index) {
+    requireStruct(place.type);
+    if (index >= vrntTypeFieldCount(place.type)) {
+      throw Exception(ErrorCode::InvalidArguments, "Struct field index {} out of range.", index);
+    }
+    return place;
+  }
+
+  static void requireRank(const char* function, const vrntType_t* type, std::size_t count) {
+    if (vrntTypeDescriptor(type) != VRNT_DESCRIPTOR_ARRAY) {
+      detail::raiseWrongKind((std::string("ConstBasicView::") + function).c_str(), "an array",
+                             type);
+    }
+    const std::uint32_t rank = vrntTypeArrayDimension(type);
+    if (rank != count) {
+      throw Exception(ErrorCode::InvalidArguments, "Array of rank {} takes {} indices, not {}.",
+                      rank, rank, count);
+    }
+  }
+
+  template <typename Index>
+  static void requireIndex(Index index, std::int32_t extent) {
+    if constexpr (std::is_signed_v<Index>) {
+      if (index < 0) raiseIndex(index, extent);
+    }
+    if (extent < 0 || static_cast<std::uint64_t>(index) >= static_cast<std::uint64_t>(extent)) {
+      raiseIndex(index, extent);
+    }
+  }
+  template <typename Index>
+  [[noreturn]] static void raiseIndex(Index index, std::int32_t extent) {
+    throw Exception(ErrorCode::InvalidArguments, "Array index {} out of range [0, {}).", +index,
+                    extent < 0 ? 0 : extent);
   }
 
   static std::uint32_t wholePosition(const vrntType_t* type) {
-    return isStruct(type) ? vrntTypeFieldCount(type) : 0;
+    return detail::isStruct(type) ? vrntTypeFieldCount(type) : 0;
   }
 
-  // A view of a whole struct stands behind the last field.
-  bool standsOnField() const { return isStruct(type_) && position_ < vrntTypeFieldCount(type_); }
+  // A view of a whole struct stands behind the last field. Any other type has the position 0.
+  bool standsOnField() const {
+    return (position_ != 0 || detail::isStruct(type_)) && position_ < vrntTypeFieldCount(type_);
+  }
+
+  std::string_view fieldLabel() const {
+    return standsOnField() ? vrntTypeFieldLabel(type_, position_) : "";
+  }
 
   vrntType_t* type_;
   bool ownsType_;
@@ -305,34 +462,66 @@ class BasicView<Value*> : public ConstBasicView<Value*> {
 
   template <typename... Index>
   BasicView element(Index... index) const {
-    return BasicView(*this, elementPlace({static_cast<std::int32_t>(index)...}));
+    return BasicView(*this, elementPlace("element", false, index...));
+  }
+  template <typename... Index>
+  BasicView at(Index... index) const {
+    return BasicView(*this, elementPlace("at", true, index...));
   }
 
-  /// Copies `size` bytes to the place. Reference words among them then hold references.
+  /// Copies `size` bytes to the place, whose type has that size; of three lanes they may be the
+  /// bytes of four or of three. Reference words among them then hold references. Throws Exception
+  /// "Incompatible type for accessor -> {}." for another size.
   void write(const void* source, std::size_t size) const {
     const vrntValueView_t at = place();
-    vrntValuesError_t* error = nullptr;
-    void* const bytes = vrntValueMap(owner()->address(), &at, &error);
-    if (bytes == nullptr) detail::raiseError(error);
-    if (size != 0) std::memcpy(bytes, source, size);
-    vrntValueUnmap(owner()->get(), &at);
+    if (!detail::fitsSize(at.type, size)) raiseUnfitSize(at.type, size);
+    writeAt(at, [source, size](void* bytes) {
+      if (size != 0) std::memmove(bytes, source, size);
+    });
   }
 
-  /// Writes a T, whose form the caller knows.
+  /// Writes a T, which fits the place's type as for read(). A true bool is written as all ones. The
+  /// code of an enum isn't checked. Throws as read().
   template <typename T>
   void write(const T& value) const {
-    static_assert(std::is_trivially_copyable_v<T>, "a T is written as bytes");
-    write(&value, sizeof(value));
+    requireFitting<T>();
+    const vrntValueView_t at = place();
+    if (!detail::fits<T>(at.type)) raiseUnfit<T>(at.type);
+    writeAt(at, [&value](void* bytes) { detail::store(bytes, value); });
   }
 
   /// Makes a reference lead to `target`, whose type isn't checked, or nowhere if that is empty.
+  /// Throws VornathValuesAssertionFailure for a place that isn't a reference.
   void setReference(const Value& target) const {
     const vrntValueView_t at = place();
+    requireReference("BasicView::setReference", at.type);
     vrntValuesError_t* error = nullptr;
     vrntValueSetReference(owner()->address(), &at, target.get(), &error);
     if (error != nullptr) detail::raiseError(error);
   }
+
+ private:
+  template <typename Fill>
+  void writeAt(const vrntValueView_t& at, Fill fill) const {
+    vrntValuesError_t* error = nullptr;
+    void* const bytes = vrntValueMap(owner()->address(), &at, &error);
+    if (bytes == nullptr) detail::raiseError(error);
+    fill(bytes);
+    vrntValueUnmap(owner()->get(), &at);
+  }
 };
+
+template <typename Owner>
+ConstBasicView(Owner) -> ConstBasicView<Owner>;
+BasicView(Value*)->BasicView<Value*>;
+BasicView(Value*, const vrntType_t*, std::uint64_t)->BasicView<Value*>;
+BasicView(Value*, const TypeHandle&, std::uint64_t)->BasicView<Value*>;
+
+/// A place in a value that may be written to.
+using View = BasicView<Value*>;
+
+/// A place in a value that is only read. A View turns into one.
+using ConstView = ConstBasicView<const Value*>;
 
 }  // namespace vrnt
 

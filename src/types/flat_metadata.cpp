@@ -1,9 +1,10 @@
+#include <array>
 #include <iterator>
 
 #include "metadata_value.hpp"
 #include "type_handle.hpp"
+#include "vornath_data/detail/wrong_kind.hpp"
 #include "vornath_data/metadata.h"
-#include "vornath_data/result.hpp"
 
 using qex::vornath::DynamicValue;
 using qex::vornath::HeapValue;
@@ -16,6 +17,14 @@ namespace {
 // The entry exists: a host asks vrntMetadataExists() first.
 const MetadataEntry& entryOf(const vrntType_t* type, const char* key) {
   return typeOf(type).metadata().find(std::string_view(key))->second;
+}
+
+// The kind of the entry and its key, as in "the flag @hide".
+[[noreturn]] void raiseWrongEntry(const char* function, const char* takes,
+                                  const MetadataEntry& entry, std::string_view key) {
+  constexpr std::array<const char*, 3> kKinds{"the flag @", "the text @", "the value @"};
+  static_assert(std::variant_size_v<MetadataEntry> == kKinds.size());
+  throw vrnt::detail::WrongKind(function, takes, kKinds[entry.index()], key);
 }
 
 }  // namespace
@@ -39,13 +48,15 @@ uint32_t vrntMetadataType(const vrntType_t* type, const char* key) {
 }
 
 const char* vrntMetadataString(const vrntType_t* type, const char* key) {
-  const auto* text = std::get_if<std::string>(&entryOf(type, key));
-  if (!text) throw VornathValuesAssertionFailure();
+  const MetadataEntry& entry = entryOf(type, key);
+  const auto* text = std::get_if<std::string>(&entry);
+  if (!text) raiseWrongEntry("vrntMetadataString", "an annotation with a text", entry, key);
   return text->c_str();
 }
 
 vrntValue_t* vrntMetadataValue(const vrntType_t* type, const char* key) {
-  const auto* value = std::get_if<HeapValue<DynamicValue>>(&entryOf(type, key));
-  if (!value) throw VornathValuesAssertionFailure();
+  const MetadataEntry& entry = entryOf(type, key);
+  const auto* value = std::get_if<HeapValue<DynamicValue>>(&entry);
+  if (!value) raiseWrongEntry("vrntMetadataValue", "an annotation with a value", entry, key);
   return qex::vornath::allocateValue(**value);
 }

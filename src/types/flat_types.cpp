@@ -10,7 +10,9 @@
 #include "type_factory.hpp"
 #include "type_handle.hpp"
 #include "vornath_data/types.h"
+#include "wrong_kind.hpp"
 
+using qex::vornath::raiseWrongKind;
 using qex::vornath::Type;
 using qex::vornath::typeHandle;
 using qex::vornath::typeOf;
@@ -22,8 +24,6 @@ namespace {
 vrntType_t* release(TypePtr type) { return typeHandle(*type.detach()); }
 
 vrntType_t* newReference(const TypePtr& type) { return release(type); }
-
-[[noreturn]] void assertionFailed() { throw VornathValuesAssertionFailure(); }
 
 template <typename... Functions>
 struct Overloaded : Functions... {
@@ -48,13 +48,36 @@ void copyShape(const D& shape, std::int32_t* out) {
   std::memcpy(out, &shape, sizeof shape);
 }
 
-const TypePtr& elementOrTarget(const vrntType_t* type) {
-  const TypePtr* found = std::visit(
-      Overloaded{[]<typename D>(const Type::TArrayND<D>& array) { return &array.element; },
-                 [](const Type::TRef& reference) { return &reference.target; },
-                 [](const auto&) -> const TypePtr* { assertionFailed(); }},
-      typeOf(type).desc());
+// Each of these stands behind more than one name, and tells that of the function that was called.
+
+const TypePtr& elementOrTarget(const char* function, const vrntType_t* type) {
+  const TypePtr* found = visitType(
+      type, []<typename D>(const Type::TArrayND<D>& array) { return &array.element; },
+      [](const Type::TRef& reference) { return &reference.target; },
+      [&](const auto&) -> const TypePtr* {
+        raiseWrongKind(function, "an array or a reference", typeOf(type));
+      });
   return *found;
+}
+
+std::uint32_t partCount(const char* function, const vrntType_t* type) {
+  return visitType(
+      type, [](const Type::TEnum& e) { return static_cast<std::uint32_t>(e.constructors.size()); },
+      [](const Type::TStruct& s) { return static_cast<std::uint32_t>(s.fields.size()); },
+      [](const Type::TFun& f) { return static_cast<std::uint32_t>(f.domain.size()); },
+      [&](const auto&) -> std::uint32_t {
+        raiseWrongKind(function, "an enum, a struct or a function", typeOf(type));
+      });
+}
+
+const char* partName(const char* function, const vrntType_t* type, std::uint32_t index) {
+  return visitType(
+      type,
+      [index](const Type::TEnum& e) -> const char* { return e.constructors[index].name.c_str(); },
+      [index](const Type::TStruct& s) -> const char* { return s.fields[index].label.c_str(); },
+      [&](const auto&) -> const char* {
+        raiseWrongKind(function, "an enum or a struct", typeOf(type));
+      });
 }
 
 }  // namespace
@@ -101,7 +124,9 @@ uint32_t vrntTypeBasetype(const vrntType_t* type) {
         return static_cast<std::uint32_t>(qex::vornath::baseTypeInfo(base).family);
       },
       [](const Type::TStruct&) -> std::uint32_t { return VRNT_BASETYPE_STRUCT; },
-      [](const auto&) -> std::uint32_t { assertionFailed(); });
+      [type](const auto&) -> std::uint32_t {
+        raiseWrongKind("vrntTypeBasetype", "a base type or a struct", typeOf(type));
+      });
 }
 
 uint32_t vrntTypeDescriptor(const vrntType_t* type) {
@@ -127,7 +152,9 @@ uint32_t vrntTypeVectorDimension(const vrntType_t* type) {
 uint32_t vrntTypeArrayDimension(const vrntType_t* type) {
   return visitType(
       type, []<typename D>(const Type::TArrayND<D>&) { return kRank<D>; },
-      [](const auto&) -> std::uint32_t { assertionFailed(); });
+      [type](const auto&) -> std::uint32_t {
+        raiseWrongKind("vrntTypeArrayDimension", "an array", typeOf(type));
+      });
 }
 
 void vrntTypeArrayShape(const vrntType_t* type, int32_t* shape) {
@@ -140,45 +167,41 @@ void vrntTypeArrayShape(const vrntType_t* type, int32_t* shape) {
           for (std::uint32_t i = 0; i < kRank<D>; ++i) shape[i] = -1;
         }
       },
-      [](const auto&) { assertionFailed(); });
+      [type](const auto&) { raiseWrongKind("vrntTypeArrayShape", "an array", typeOf(type)); });
 }
 
 vrntType_t* vrntTypeElementType(const vrntType_t* type) {
-  return newReference(elementOrTarget(type));
+  return newReference(elementOrTarget("vrntTypeElementType", type));
 }
 
 vrntType_t* vrntTypeReferencedType(const vrntType_t* type) {
-  const TypePtr& target = elementOrTarget(type);
+  const TypePtr& target = elementOrTarget("vrntTypeReferencedType", type);
   return target ? newReference(target) : nullptr;
 }
 
 uint32_t vrntTypeFieldCount(const vrntType_t* type) {
-  return visitType(
-      type, [](const Type::TEnum& e) { return static_cast<std::uint32_t>(e.constructors.size()); },
-      [](const Type::TStruct& s) { return static_cast<std::uint32_t>(s.fields.size()); },
-      [](const Type::TFun& f) { return static_cast<std::uint32_t>(f.domain.size()); },
-      [](const auto&) -> std::uint32_t { assertionFailed(); });
+  return partCount("vrntTypeFieldCount", type);
 }
 
-uint32_t vrntTypeConstructorCount(const vrntType_t* type) { return vrntTypeFieldCount(type); }
+uint32_t vrntTypeConstructorCount(const vrntType_t* type) {
+  return partCount("vrntTypeConstructorCount", type);
+}
 
 const char* vrntTypeFieldLabel(const vrntType_t* type, uint32_t index) {
-  return visitType(
-      type,
-      [index](const Type::TEnum& e) -> const char* { return e.constructors[index].name.c_str(); },
-      [index](const Type::TStruct& s) -> const char* { return s.fields[index].label.c_str(); },
-      [](const auto&) -> const char* { assertionFailed(); });
+  return partName("vrntTypeFieldLabel", type, index);
 }
 
 const char* vrntTypeConstructorName(const vrntType_t* type, uint32_t index) {
-  return vrntTypeFieldLabel(type, index);
+  return partName("vrntTypeConstructorName", type, index);
 }
 
 vrntType_t* vrntTypeFieldType(const vrntType_t* type, uint32_t index) {
   return visitType(
       type, [index](const Type::TStruct& s) { return newReference(s.fields[index].type); },
       [index](const Type::TFun& f) { return newReference(f.domain[index]); },
-      [](const auto&) -> vrntType_t* { assertionFailed(); });
+      [type](const auto&) -> vrntType_t* {
+        raiseWrongKind("vrntTypeFieldType", "a struct or a function", typeOf(type));
+      });
 }
 
 int32_t vrntTypeIsSubType(const vrntType_t* a, const vrntType_t* b) {

@@ -15,9 +15,9 @@
 #include "type_handle.hpp"
 #include "value_parser.hpp"
 #include "value_text.hpp"
-#include "vornath_data/result.hpp"
 #include "vornath_data/values.h"
 #include "write_protocol.hpp"
+#include "wrong_kind.hpp"
 
 namespace qex::vornath {
 namespace {
@@ -131,7 +131,10 @@ vrntValue_t* vrntValueDereference(const vrntValue_t* value, const vrntValueView_
     return vrntValueCopy(target);
   }
   const TypePtr& target = std::get<Type::TRef>(typeOf(view->type).desc()).target;
-  if (!target) throw VornathValuesAssertionFailure();
+  if (!target) {
+    raiseWrongKind("vrntValueDereference", "a reference with a target, for a foreign address",
+                   typeOf(view->type));
+  }
   const auto* const foreign = reinterpret_cast<const void*>(static_cast<std::uintptr_t>(word >> 1));
   return allocateValue(DynamicValue(target, foreign));
 }
@@ -139,7 +142,9 @@ vrntValue_t* vrntValueDereference(const vrntValue_t* value, const vrntValueView_
 vrntValueView_t* vrntValueStructField(vrntValueView_t* out, const vrntType_t* structType,
                                       uint32_t field) {
   const auto* const structure = typeOf(structType).getIf<Type::TStruct>();
-  if (structure == nullptr) throw VornathValuesAssertionFailure();
+  if (structure == nullptr) {
+    raiseWrongKind("vrntValueStructField", "a struct", typeOf(structType));
+  }
   return fill(out, {structure->fields[field].type.get(), structure->offsets[field]});
 }
 
@@ -156,7 +161,7 @@ vrntValueView_t* vrntValueArrayElement(vrntValueView_t* out, const vrntType_t* a
   if (type.getIf<Type::TArrayND<index4>>() != nullptr) {
     return fill(out, elementPlace(type, index4{index[0], index[1], index[2], index[3]}));
   }
-  throw VornathValuesAssertionFailure();
+  raiseWrongKind("vrntValueArrayElement", "an array", type);
 }
 
 void* vrntValueMap(vrntValue_t** value, const vrntValueView_t* view, vrntValuesError_t** error) {

@@ -22,8 +22,13 @@ static int failures = 0;
 
 static const char kSource[] = "camera pinhole { }";
 /* One triangle, three vertices, one set of texture coordinates. */
-static const int32_t kMesh[4] = {1, 3, 0, 0};
+static const vrdmMeshDesc kMesh = {1, 3, 0, 0};
 enum { kMeshBytes = 4 * (3 * 1 + 9 * 3 + 2 * 3) };
+/* Two by two pixels of four bytes, and one of them. */
+static const vrdmTextureDesc kTexture = {2, 2, 1, VRNT_TEXTURE_FORMAT_SRGBA8,
+                                         VRNT_TEXTURE_LAYOUT_2D_MIPMAP};
+enum { kTextureBytes = 4 * (2 * 2 + 1) };
+static const vrdmMaterialGraphDesc kGraph = {7, 2, 5};
 
 static uint32_t groupNamed(uint32_t objectClass, const char* name) {
   uint32_t field;
@@ -83,7 +88,7 @@ static void build(vrdmScene_t* scene) {
   storage = vrdmAssetStorageCopy(bytes, sizeof bytes);
   CHECK(storage != NULL);
   CHECK(vrdmAddProgram(scene, VRDM_CLASS_CAMERA_PROGRAM, kSource) == 0);
-  CHECK(vrdmAddAsset(scene, VRDM_CLASS_MESH, kMesh, &storage) == 0);
+  CHECK(vrdmAddAsset(scene, VRDM_CLASS_MESH, &kMesh, &storage) == 0);
   vrdmAssetStorageRelease(storage);
 
   CHECK(vrdmCreateInstance(scene, VRDM_CLASS_CAMERA) == 0);
@@ -111,9 +116,36 @@ static void build(vrdmScene_t* scene) {
   vrntValueDestroy(value);
 }
 
+/* Each record goes in and comes back by its C name, with as many bytes as it says. */
+static void assets(void) {
+  vrdmScene_t* scene = vrdmCreateScene();
+  unsigned char bytes[kMeshBytes] = {0};
+  AssetStorage* storage = vrdmAssetStorageCopy(bytes, kTextureBytes);
+  vrdmMeshDesc mesh = {0, 0, 0, 0};
+  vrdmTextureDesc texture = {0, 0, 0, 0, 0};
+  vrdmMaterialGraphDesc graph = {0, 0, 0};
+
+  CHECK(vrdmAddAsset(scene, VRDM_CLASS_MESH, &mesh, &storage) == 0);
+  CHECK(vrdmAddAsset(scene, VRDM_CLASS_TEXTURE, &texture, &storage) == 0);
+  CHECK(vrdmAddAsset(scene, VRDM_CLASS_MATERIAL_GRAPH, &graph, &storage) == 0);
+  vrdmAssetStorageRelease(storage);
+  CHECK(vrdmUpdateAsset(scene, VRDM_CLASS_MESH, 0, &kMesh, bytes));
+  CHECK(vrdmUpdateAsset(scene, VRDM_CLASS_TEXTURE, 0, &kTexture, bytes));
+  CHECK(vrdmUpdateAsset(scene, VRDM_CLASS_MATERIAL_GRAPH, 0, &kGraph, bytes));
+  CHECK((*vrdmGetAssetStorage(scene, VRDM_CLASS_MESH, 0, &mesh))->size == kMeshBytes);
+  CHECK(mesh.triangles == 1 && mesh.vertices == 3 && mesh.texcoordSets == 0 && mesh.flags == 0);
+  CHECK((*vrdmGetAssetStorage(scene, VRDM_CLASS_TEXTURE, 0, &texture))->size == kTextureBytes);
+  CHECK(texture.width == 2 && texture.height == 2 && texture.depth == 1);
+  CHECK(texture.format == 3 && texture.layout == 0x8000);
+  CHECK((*vrdmGetAssetStorage(scene, VRDM_CLASS_MATERIAL_GRAPH, 0, &graph))->size == 7);
+  CHECK(graph.binarySize == 7 && graph.rootOffset == 2 && graph.parameterOffset == 5);
+  CHECK(VRNT_TEXTURE_FORMAT_BC3U == 95 && VRNT_TEXTURE_TYPE_SPHERE_DATA == 4);
+  vrdmDestroyScene(scene);
+}
+
 static void compare(const vrdmScene_t* scene, const vrdmScene_t* original) {
   uint32_t objectClass;
-  int32_t desc[4] = {0, 0, 0, 0};
+  vrdmMeshDesc desc = {0, 0, 0, 0};
   AssetStorage** storage;
   const int32_t* keyframes;
   const unsigned char* bytes;
@@ -130,8 +162,8 @@ static void compare(const vrdmScene_t* scene, const vrdmScene_t* original) {
                vrdmGetUniqueId(original, VRDM_CLASS_CAMERA_PROGRAM, 0), 16) == 0);
   CHECK(vrdmGetUniqueId(scene, VRDM_CLASS_CAMERA, 0) == NULL);
 
-  storage = vrdmGetAssetStorage(scene, VRDM_CLASS_MESH, 0, desc);
-  CHECK(memcmp(desc, kMesh, sizeof desc) == 0);
+  storage = vrdmGetAssetStorage(scene, VRDM_CLASS_MESH, 0, &desc);
+  CHECK(memcmp(&desc, &kMesh, sizeof desc) == 0);
   CHECK(storage && *storage && (*storage)->size == kMeshBytes);
   bytes = (const unsigned char*)(*storage)->data;
   for (i = 0; i < kMeshBytes; ++i) CHECK(bytes[i] == i);
@@ -166,6 +198,7 @@ int main(int argc, char** argv) {
   remove(argv[1]);
   CHECK(vrdmDeserialize(argv[1]) == NULL);
 
+  assets();
   scene = vrdmCreateScene();
   CHECK(scene != NULL);
   CHECK(readGround(scene) == 0);

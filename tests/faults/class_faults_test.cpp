@@ -137,6 +137,28 @@ TEST(ValueFaults, HandlesAllocateNothing) {
   EXPECT_EQ(value.get()->refCount, 1u);
 }
 
+TEST(WrongKindFaults, HaveTheirWordsWithoutMemory) {
+  const TypeHandle enumeration = parseType("enum { A; }");
+  const TypeHandle number = parseType("float @flag");
+  std::string words(200, ' ');
+  const auto wordsOf = [&words](auto call) {
+    try {
+      const FailingAllocations failing;
+      call();
+    } catch (const VornathValuesAssertionFailure& failure) {
+      words = failure.what();
+    }
+    return words;
+  };
+  EXPECT_EQ(wordsOf([&] { vrntTypeFieldType(enumeration.get(), 0); }),
+            "vrntTypeFieldType: takes a struct or a function, was given the enum { A; }");
+  EXPECT_EQ(wordsOf([&] { vrntMetadataString(number.get(), "flag"); }),
+            "vrntMetadataString: takes an annotation with a text, was given the flag @flag");
+  vrntValueView_t view{};
+  EXPECT_EQ(wordsOf([&] { vrntValueStructField(&view, number.get(), 0); }),
+            "vrntValueStructField: takes a struct, was given the base type float @flag");
+}
+
 TEST(ViewFaults, ReadingAllocatesNothing) {
   const Value value = valueOf("{ a = 1; b = { l = [ 5, 6 ]; }; c = &[ 7 ]; }");
   // The type of spectra, with which every struct is compared, is made once.

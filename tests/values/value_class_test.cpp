@@ -10,24 +10,30 @@ namespace {
 
 using vrnt::BasicView;
 using vrnt::ConstBasicView;
+using vrnt::ConstView;
 using vrnt::ErrorCode;
 using vrnt::TypeHandle;
 using vrnt::Value;
+using vrnt::View;
 
-using View = BasicView<Value*>;
-using ConstView = ConstBasicView<const Value*>;
+static_assert(std::is_same_v<View, BasicView<Value*>>);
+static_assert(std::is_same_v<ConstView, ConstBasicView<const Value*>>);
 
 static_assert(std::is_base_of_v<ConstBasicView<Value*>, View>);
 static_assert(std::has_virtual_destructor_v<ConstBasicView<Value*>>);
 static_assert(std::has_virtual_destructor_v<ConstView>);
 static_assert(sizeof(Value) == sizeof(void*));
 
-Value parse(const char* text) {
-  vrntValuesError_t* error = nullptr;
-  vrntValue_t* const value = vrntValueParse(text, &error);
-  if (value == nullptr) vrnt::detail::raiseError(error);
-  return Value::adopt(value);
-}
+Value parse(const char* text) { return Value::parse(text).value(); }
+
+#define EXPECT_REFUSAL(call, words)                         \
+  try {                                                     \
+    static_cast<void>(call);                                \
+    ADD_FAILURE() << #call << " threw nothing";             \
+  } catch (const vrnt::Exception& refusal) {                \
+    EXPECT_STREQ(refusal.what(), words);                    \
+    EXPECT_EQ(refusal.code(), ErrorCode::InvalidArguments); \
+  }
 
 std::string text(const Value& value) { return ConstView(&value).text(); }
 
@@ -49,6 +55,61 @@ TEST(ValueClass, CreatesZeroOrDefault) {
   const TypeHandle type = TypeHandle::parse("int @default=3").value();
   EXPECT_EQ(text(Value::create(type.get(), false).value()), "0");
   EXPECT_EQ(text(Value::create(type.get(), true).value()), "3");
+}
+
+TEST(ValueClass, ParsesAText) { EXPECT_EQ(text(parse("{ a = [ 1 ]; }")), "{ a = [ 1 ]; }"); }
+
+TEST(ValueClass, ParseFailsAsCreate) {
+  const auto failure = Value::parse("{ a = ");
+  ASSERT_FALSE(failure);
+  EXPECT_EQ(failure.error().code(), ErrorCode::InternalError);
+  EXPECT_EQ(std::string(failure.error().text()).rfind("Unable to parse value: { a = .\n", 0), 0u);
+  EXPECT_STREQ(Value::parse(nullptr).error().text(), "No text.");
+}
+
+TEST(ValueClass, ParseTakesNoTextForABlock) {
+  const auto failure = Value::parse("vrntval");
+  ASSERT_FALSE(failure);
+  EXPECT_EQ(std::string(failure.error().text()).rfind("Unable to parse value:  vrntval.\n", 0), 0u);
+}
+
+TEST(ValueClass, CoercesToAnotherType) {
+  const TypeHandle type = TypeHandle::parse("{ int b; int @default=4 c; }").value();
+  const Value a = parse("{ a = 1; b = 2; }");
+  EXPECT_EQ(text(a.coerce(type.get()).value()), "{ b = 2; c = 4; }");
+  EXPECT_EQ(text(a), "{ a = 1; b = 2; }");
+}
+
+TEST(ValueClass, CoerceFailsAsCreate) {
+  Value a = parse("A : enum { A; }");
+  View(&a).write(std::int32_t{9});
+  const TypeHandle type = TypeHandle::parse("enum { A; B; }").value();
+  const auto failure = a.coerce(type.get());
+  ASSERT_FALSE(failure);
+  EXPECT_EQ(failure.error().code(), ErrorCode::InternalError);
+  EXPECT_STREQ(failure.error().text(), "Enum code out of range: 9");
+}
+
+TEST(ValueClass, EqualsWithinATolerance) {
+  const Value a = parse("{ a = 1.0; }");
+  const Value b = parse("{ a = 1.5; }");
+  std::string reason;
+  EXPECT_TRUE(a.equal(a));
+  EXPECT_TRUE(a.equal(b, 0.6F));
+  EXPECT_FALSE(a.equal(b, 0.4F, &reason));
+  EXPECT_EQ(reason, ".a: 1.0 != 1.5");
+  EXPECT_FALSE(a.equal(b));
+  reason = "untouched";
+  EXPECT_TRUE(a.equal(a, 0.0F, &reason));
+  EXPECT_EQ(reason, "untouched");
+  EXPECT_TRUE(ConstView(&a).field("a").equal(ConstView(&b).field("a"), 0.5F));
+}
+
+TEST(ValueClass, OfNothingEqualsNothingElse) {
+  const Value a = parse("1");
+  EXPECT_TRUE(Value().equal(Value()));
+  EXPECT_FALSE(a.equal(Value()));
+  EXPECT_FALSE(Value().equal(a));
 }
 
 TEST(ValueClass, FailsWithoutWordsWhenThereIsNoMemory) {
@@ -127,9 +188,84 @@ TEST(ViewClass, RefusesUnknownFields) {
   } catch (const vrnt::Exception& refusal) {
     EXPECT_STREQ(refusal.what(), "Field not found in struct: zz.");
   }
-  EXPECT_THROW(view.field(0).field(0), VornathValuesAssertionFailure);
-  EXPECT_THROW(view.field(0).field("a"), VornathValuesAssertionFailure);
-  EXPECT_THROW(view.element(0), VornathValuesAssertionFailure);
+}
+
+TEST(ViewClass, SaysWhatItWasGivenInPlaceOfAStructAnArrayOrAReference) {
+  Value v = parse("{ a = 1; b = [ 1 ]; c = A : enum { A; }; d = $0x0000000000000008; }");
+  const View view(&v);
+  const auto wordsOf = [](auto call) -> std::string {
+    try {
+      call();
+    } catch (const VornathValuesAssertionFailure& failure) {
+      return failure.what();
+    }
+    return "nothing was thrown";
+  };
+  EXPECT_EQ(wordsOf([&] { view.field(0).field(0); }),
+            "ConstBasicView::field: takes a struct, was given the base type int");
+  EXPECT_EQ(wordsOf([&] { view.field("b").field("a"); }),
+            "ConstBasicView::field: takes a struct, was given the array int[1]");
+  EXPECT_EQ(wordsOf([&] { view.element(0); }),
+            "ConstBasicView::element: takes an array, was given the struct { int a; int[1] b; "
+            "enum { A; } c; void* d; }");
+  EXPECT_EQ(wordsOf([&] { view.field("c").at(0); }),
+            "ConstBasicView::at: takes an array, was given the enum { A; }");
+  EXPECT_EQ(wordsOf([&] { view.field("a").dereference(); }),
+            "ConstBasicView::dereference: takes a reference, was given the base type int");
+  EXPECT_EQ(wordsOf([&] { view.field("c").setReference(Value()); }),
+            "BasicView::setReference: takes a reference, was given the enum { A; }");
+  EXPECT_EQ(wordsOf([&] { view.field("a").fieldCount(); }),
+            "vrntTypeFieldCount: takes an enum, a struct or a function, was given the base type "
+            "int");
+  EXPECT_EQ(wordsOf([&] { view.field("d").element(0); }),
+            "ConstBasicView::element: takes an array, was given the reference void*");
+}
+
+TEST(ViewClass, TakesAsManyIndicesAsTheArrayHasDimensions) {
+  const Value v = parse("[ 1, 2, 3, 4, 5, 6 | 3, 2 ]");
+  const ConstView view(&v);
+  EXPECT_REFUSAL(view.element(1), "Array of rank 2 takes 2 indices, not 1.");
+  EXPECT_REFUSAL(view.element(1, 1, 1), "Array of rank 2 takes 2 indices, not 3.");
+  EXPECT_REFUSAL(view.at(1), "Array of rank 2 takes 2 indices, not 1.");
+}
+
+TEST(ViewClass, ChecksTheIndicesOfAtAndNotOfElement) {
+  Value v = parse("{ a = [ 1, 2, 3, 4, 5, 6 | 3, 2 ]; b = [ 7 ]; }");
+  const View view(&v);
+  EXPECT_EQ(view.field("a").at(2, 1u).read<int>(), 6);
+  EXPECT_EQ(view.field("a").at(std::size_t{0}, std::int64_t{1}).read<int>(), 4);
+  EXPECT_EQ(view.field("a").element(6, 0).read<int>(), 7);
+  EXPECT_REFUSAL(view.field("a").at(3, 0), "Array index 3 out of range [0, 3).");
+  EXPECT_REFUSAL(view.field("a").at(0, 2), "Array index 2 out of range [0, 2).");
+  EXPECT_REFUSAL(view.field("a").at(-1, 0), "Array index -1 out of range [0, 3).");
+  EXPECT_REFUSAL(view.field("b").at(std::uint64_t{1} << 32),
+                 "Array index 4294967296 out of range [0, 1).");
+  const TypeHandle open = TypeHandle::parse("int[]").value();
+  EXPECT_REFUSAL(ConstView(&v, open.get(), 0).at(0), "Array index 0 out of range [0, 0).");
+}
+
+TEST(ViewClass, IsDeducedFromTheValue) {
+  Value v = parse("{ a = 1; }");
+  const Value& reading = v;
+  BasicView view(&v);
+  ConstBasicView constView(&reading);
+  static_assert(std::is_same_v<decltype(view), View>);
+  static_assert(std::is_same_v<decltype(constView), ConstView>);
+  static_assert(std::is_same_v<decltype(BasicView(&v, v.type(), 0)), View>);
+  static_assert(std::is_same_v<decltype(BasicView(view.field(0))), View>);
+  view.field("a").write(2);
+  EXPECT_EQ(constView.field("a").read<int>(), 2);
+}
+
+TEST(ViewClass, ForWritingTurnsIntoOneForReading) {
+  Value v = parse("{ a = { b = 4; }; }");
+  const auto read = [](const ConstView& view) { return view.field("b").read<int>(); };
+  EXPECT_EQ(read(View(&v).field("a")), 4);
+  ConstView view = View(&v);
+  // With a reference on its type, where the one for writing has one.
+  view = View(&v, TypeHandle::parse("{ { int @hide b; } a; }").value(), 0).field("a");
+  EXPECT_STREQ(vrntTypeString(view.type()), "{ int @hide b; }");
+  static_assert(!std::is_convertible_v<ConstView, View>);
 }
 
 TEST(ViewClass, SetsAndFollowsReferences) {

@@ -7,6 +7,7 @@
 #include <tuple>
 #include <type_traits>
 
+#include "vornath_data/asset_records.h"
 #include "vornath_data/catalogue/object_class.hpp"
 
 namespace vrnt::data {
@@ -28,11 +29,16 @@ struct MaterialGraphDesc {
   static constexpr std::tuple<> kSlots{};
 };
 
-static_assert(sizeof(MaterialGraphDesc) == 24 && std::is_trivially_copyable_v<MaterialGraphDesc> &&
-                  offsetof(MaterialGraphDesc, binarySize) == 0 &&
+static_assert(sizeof(MaterialGraphDesc) == 24 && sizeof(vrdmMaterialGraphDesc) == 24 &&
+                  std::is_trivially_copyable_v<MaterialGraphDesc>,
+              "the record of a material graph is three 64-bit words, for C as for C++");
+static_assert(offsetof(MaterialGraphDesc, binarySize) == 0 &&
+                  offsetof(vrdmMaterialGraphDesc, binarySize) == 0 &&
                   offsetof(MaterialGraphDesc, rootOffset) == 8 &&
-                  offsetof(MaterialGraphDesc, parameterOffset) == 16,
-              "scene files have the groups at these offsets: others are another file version");
+                  offsetof(vrdmMaterialGraphDesc, rootOffset) == 8 &&
+                  offsetof(MaterialGraphDesc, parameterOffset) == 16 &&
+                  offsetof(vrdmMaterialGraphDesc, parameterOffset) == 16,
+              "vrdmMaterialGraphDesc and MaterialGraphDesc have the same words in the same order");
 
 }  // namespace vrnt::data
 

@@ -7,6 +7,7 @@
 #include <tuple>
 #include <type_traits>
 
+#include "vornath_data/asset_records.h"
 #include "vornath_data/catalogue/class_info.hpp"
 #include "vornath_data/catalogue/object_class.hpp"
 
@@ -33,10 +34,15 @@ struct MeshDesc {
   }
 };
 
-static_assert(sizeof(MeshDesc) == 16 && std::is_trivially_copyable_v<MeshDesc> &&
-                  offsetof(MeshDesc, triangles) == 0 && offsetof(MeshDesc, vertices) == 4 &&
-                  offsetof(MeshDesc, texcoordSets) == 8 && offsetof(MeshDesc, flags) == 12,
-              "scene files have the groups at these offsets: others are another file version");
+static_assert(sizeof(MeshDesc) == 16 && sizeof(vrdmMeshDesc) == 16 &&
+                  std::is_trivially_copyable_v<MeshDesc>,
+              "the record of a mesh is four 32-bit words, for C as for C++");
+static_assert(offsetof(MeshDesc, triangles) == 0 && offsetof(vrdmMeshDesc, triangles) == 0 &&
+                  offsetof(MeshDesc, vertices) == 4 && offsetof(vrdmMeshDesc, vertices) == 4 &&
+                  offsetof(MeshDesc, texcoordSets) == 8 &&
+                  offsetof(vrdmMeshDesc, texcoordSets) == 8 && offsetof(MeshDesc, flags) == 12 &&
+                  offsetof(vrdmMeshDesc, flags) == 12,
+              "vrdmMeshDesc and MeshDesc have the same words in the same order");
 
 }  // namespace vrnt::detail
 

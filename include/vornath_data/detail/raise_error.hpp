@@ -14,6 +14,9 @@ namespace vrnt::detail {
 struct ErrorDestroyer {
   void operator()(vrntValuesError_t* error) const noexcept { vrntValuesErrorDestroy(error); }
 };
+struct StringDestroyer {
+  void operator()(char* words) const noexcept { vrntDestroyString(words); }
+};
 using OwnedError = std::unique_ptr<vrntValuesError_t, ErrorDestroyer>;
 
 /// What reading and writing a value makes of an error: throws std::bad_alloc if an allocation

@@ -6,7 +6,9 @@
 #include <exception>
 #include <sstream>
 #include <string>
+#include <vector>
 
+#include "vornath_data/host.hpp"
 #include "vornath_data/result.hpp"
 #include "vornath_data/scene.hpp"
 #include "vornath_data/texture.hpp"
@@ -59,7 +61,11 @@ void types() {
   try {
     vrntTypeFieldType(type, 0);
     check(false, "an accessor refuses a type of the wrong kind");
-  } catch (const VornathValuesAssertionFailure&) {
+  } catch (const VornathValuesAssertionFailure& caught) {
+    check(std::strcmp(caught.what(),
+                      "vrntTypeFieldType: takes a struct or a function, was given the enum { A; "
+                      "B; }") == 0,
+          "the words for a type of the wrong kind");
   }
   vrntTypeDestroy(type);
 
@@ -118,6 +124,25 @@ void scenes() {
         "an empty stream is no scene");
 }
 
+void hosts() {
+  vrnt::host::Scene scene;
+  const vrnt::host::Object light = scene.create(VRDM_CLASS_LIGHT);
+  const vrnt::host::Object program = scene.addProgram(VRDM_CLASS_LIGHT_PROGRAM, "light { }");
+  scene.refer(light, "program", program);
+  scene.setGroup(light, "Target", scene.group(light, "Target").set("tag", "lamp"));
+  check(scene.group(light, "Target").get<std::string>("tag") == "lamp", "the text of a field");
+  const vrdmMaterialGraphDesc desc{3, 0, 0};
+  const vrnt::host::Object graph =
+      scene.addAsset(desc, vrnt::host::moveBytes(std::vector<char>{'a', 'b', 'c'}));
+  check(scene.bytes(graph).size() == 3 && scene.bytes(graph)[2] == 'c', "the bytes of an asset");
+  try {
+    scene.write("nowhere.vrnscene");
+    check(false, "a light without a value isn't written");
+  } catch (const vrnt::Exception& caught) {
+    check(std::strcmp(caught.what(), "Light 0 has no value.") == 0, "the missing value");
+  }
+}
+
 }  // namespace
 
 int main() {
@@ -128,6 +153,7 @@ int main() {
     values();
     textures();
     scenes();
+    hosts();
   } catch (const std::exception& caught) {
     std::fprintf(stderr, "not caught where it should be: %s\n", caught.what());
     ++failures;

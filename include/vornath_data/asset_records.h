@@ -1,0 +1,126 @@
+/*
+ * What describes the bytes of an asset: the records of meshes, textures and material graphs, and
+ * the numbers of texture formats, layouts and types. vrdmAddAsset() and vrdmUpdateAsset() take such
+ * a record, and vrdmGetAssetStorage() fills one. Records and numbers are stored in scene files; the
+ * C++ names for them are in texture.hpp and catalogue/.
+ */
+#ifndef VORNATH_DATA_ASSET_RECORDS_H
+#define VORNATH_DATA_ASSET_RECORDS_H
+
+#include <stdint.h>
+
+/**
+ * How one pixel is stored: the channels and the bits of each. SL and S... are gamma-encoded, L and
+ * RGB linear, H is a height, N a normal, NH a normal with a height, X to XYZW are data; 16 and 32
+ * are half and full floats. BC are the block-compressed formats, N normal and U unsigned variants.
+ * The numbers without a name are reserved.
+ */
+enum {
+  VRNT_TEXTURE_FORMAT_SL8 = 0,
+  VRNT_TEXTURE_FORMAT_SLA8 = 1,
+  VRNT_TEXTURE_FORMAT_SRGB8 = 2,
+  VRNT_TEXTURE_FORMAT_SRGBA8 = 3,
+  VRNT_TEXTURE_FORMAT_H8 = 4,
+  VRNT_TEXTURE_FORMAT_N8 = 6,
+  VRNT_TEXTURE_FORMAT_NH8 = 7,
+  VRNT_TEXTURE_FORMAT_X8 = 8,
+  VRNT_TEXTURE_FORMAT_XY8 = 9,
+  VRNT_TEXTURE_FORMAT_XYZ8 = 10,
+  VRNT_TEXTURE_FORMAT_XYZW8 = 11,
+  VRNT_TEXTURE_FORMAT_L16 = 12,
+  VRNT_TEXTURE_FORMAT_LA16 = 13,
+  VRNT_TEXTURE_FORMAT_RGB16 = 14,
+  VRNT_TEXTURE_FORMAT_RGBA16 = 15,
+  VRNT_TEXTURE_FORMAT_H16 = 16,
+  VRNT_TEXTURE_FORMAT_N16 = 18,
+  VRNT_TEXTURE_FORMAT_NH16 = 19,
+  VRNT_TEXTURE_FORMAT_X16 = 20,
+  VRNT_TEXTURE_FORMAT_XY16 = 21,
+  VRNT_TEXTURE_FORMAT_XYZ16 = 22,
+  VRNT_TEXTURE_FORMAT_XYZW16 = 23,
+  VRNT_TEXTURE_FORMAT_L32 = 24,
+  VRNT_TEXTURE_FORMAT_LA32 = 25,
+  VRNT_TEXTURE_FORMAT_RGB32 = 26,
+  VRNT_TEXTURE_FORMAT_RGBA32 = 27,
+  VRNT_TEXTURE_FORMAT_H32 = 28,
+  VRNT_TEXTURE_FORMAT_N32 = 30,
+  VRNT_TEXTURE_FORMAT_NH32 = 31,
+  VRNT_TEXTURE_FORMAT_X32 = 32,
+  VRNT_TEXTURE_FORMAT_XY32 = 33,
+  VRNT_TEXTURE_FORMAT_XYZ32 = 34,
+  VRNT_TEXTURE_FORMAT_XYZW32 = 35,
+  VRNT_TEXTURE_FORMAT_BC1 = 67,
+  VRNT_TEXTURE_FORMAT_BC2 = 71,
+  VRNT_TEXTURE_FORMAT_BC3 = 75,
+  VRNT_TEXTURE_FORMAT_BC4 = 76,
+  VRNT_TEXTURE_FORMAT_BC5 = 77,
+  VRNT_TEXTURE_FORMAT_BC5N = 78,
+  VRNT_TEXTURE_FORMAT_BC6H = 82,
+  VRNT_TEXTURE_FORMAT_BC7 = 83,
+  VRNT_TEXTURE_FORMAT_BC1N = 86,
+  VRNT_TEXTURE_FORMAT_BC1U = 87,
+  VRNT_TEXTURE_FORMAT_BC2N = 90,
+  VRNT_TEXTURE_FORMAT_BC2U = 91,
+  VRNT_TEXTURE_FORMAT_BC3N = 94,
+  VRNT_TEXTURE_FORMAT_BC3U = 95
+};
+
+/**
+ * How the image is arranged: a shape (0 flat, 1 latitude-longitude, 2 cube map) and the flags
+ * 0x4000 DirectX orientation, 0x8000 mipmapped, 0x10000 spectral, 0x20000 array. Only these
+ * combinations exist.
+ */
+enum {
+  VRNT_TEXTURE_LAYOUT_2D = 0,
+  VRNT_TEXTURE_LAYOUT_LAT_LONG = 1,
+  VRNT_TEXTURE_LAYOUT_CUBE = 2,
+  VRNT_TEXTURE_LAYOUT_LAT_LONG_DIRECTX = 0x4001,
+  VRNT_TEXTURE_LAYOUT_CUBE_DIRECTX = 0x4002,
+  VRNT_TEXTURE_LAYOUT_2D_MIPMAP = 0x8000,
+  VRNT_TEXTURE_LAYOUT_LAT_LONG_MIPMAP = 0x8001,
+  VRNT_TEXTURE_LAYOUT_CUBE_MIPMAP = 0x8002,
+  VRNT_TEXTURE_LAYOUT_LAT_LONG_DIRECTX_MIPMAP = 0xC001,
+  VRNT_TEXTURE_LAYOUT_CUBE_DIRECTX_MIPMAP = 0xC002,
+  VRNT_TEXTURE_LAYOUT_2D_SPECTRAL = 0x10000,
+  VRNT_TEXTURE_LAYOUT_2D_ARRAY = 0x20000,
+  VRNT_TEXTURE_LAYOUT_2D_ARRAY_MIPMAP = 0x28000
+};
+
+/** What a texture's pixels stand for. */
+enum {
+  VRNT_TEXTURE_TYPE_SPECTRUM = 0,
+  VRNT_TEXTURE_TYPE_SPHERE = 1,
+  VRNT_TEXTURE_TYPE_NORMAL = 2,
+  VRNT_TEXTURE_TYPE_DATA = 3,
+  VRNT_TEXTURE_TYPE_SPHERE_DATA = 4
+};
+
+/**
+ * How to read the bytes of a mesh, of which there are 4 * (3T + fT + 9V + 2VS) for T triangles, V
+ * vertices, S sets of texture coordinates and f set bits of `flags`.
+ */
+typedef struct vrdmMeshDesc {
+  int32_t triangles;
+  int32_t vertices;
+  int32_t texcoordSets; /**< 0 counts as 1 */
+  uint32_t flags;       /**< bits 0 and 1 add a word for each triangle */
+} vrdmMeshDesc;
+
+/** What the bytes of a texture hold. */
+typedef struct vrdmTextureDesc {
+  int32_t width;  /**< pixels */
+  int32_t height; /**< pixels */
+  int32_t depth;  /**< third extent, the same at every level of a mip chain. The faces of a cube and
+                       the layers of an array count here */
+  int32_t format; /**< VRNT_TEXTURE_FORMAT_* */
+  int32_t layout; /**< VRNT_TEXTURE_LAYOUT_* */
+} vrdmTextureDesc;
+
+/** Where things lie in a material graph's bytes, which the library itself never reads. */
+typedef struct vrdmMaterialGraphDesc {
+  uint64_t binarySize;      /**< the bytes of the asset */
+  uint64_t rootOffset;      /**< bytes */
+  uint64_t parameterOffset; /**< bytes */
+} vrdmMaterialGraphDesc;
+
+#endif

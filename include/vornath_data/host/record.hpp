@@ -1,0 +1,81 @@
+/// A value in the making, its fields reached by paths of labels.
+#ifndef VORNATH_DATA_HOST_RECORD_HPP
+#define VORNATH_DATA_HOST_RECORD_HPP
+
+#include <string>
+#include <string_view>
+#include <type_traits>
+#include <utility>
+
+#include "vornath_data/host/field.hpp"
+#include "vornath_data/value.hpp"
+
+namespace vrnt::host {
+
+/// A value with setters by path, for what is written once; a Field, which finds its place once, is
+/// for what is read and written over and over. A copy shares the value until either is written to.
+///
+///     Record record = Record::ofType("{ float focal_length; enum { A; B; } mode; }");
+///     record.set("focal_length", 0.035F).set("mode", "B");
+class Record {
+ public:
+  /// Of a value that there is.
+  explicit Record(Value value) : value_(std::move(value)) {}
+
+  /// The default value of a type. Throws Exception as Value::create() and TypeHandle::parse() fail.
+  static Record ofType(const vrntType_t* type) { return Record(Value::create(type, true).value()); }
+  static Record ofType(const char* typeText) {
+    return ofType(TypeHandle::parse(typeText).value().get());
+  }
+  static Record ofType(const std::string& typeText) { return ofType(typeText.c_str()); }
+
+  /// Writes one field: a number, a bool, a std::array of lanes or elements, or a struct, as
+  /// Field<T>; a text, as the name of a constructor if the field is an enum, else as characters; or
+  /// a FlatSpectrum, RgbSpectrum or SampledSpectrum.
+  /// Errors: throws what the field classes throw, with nothing written.
+  template <typename T>
+  Record& set(std::string_view path, const T& field) {
+    FieldPath found(value_.type(), path);
+    if constexpr (std::is_convertible_v<const T&, std::string_view>) {
+      if (vrntTypeDescriptor(found.type()) == VRNT_DESCRIPTOR_ENUM) {
+        EnumField(std::move(found), path).set(value_, field);
+      } else {
+        TextField(std::move(found), path).set(value_, field);
+      }
+    } else if constexpr (std::is_same_v<T, FlatSpectrum> || std::is_same_v<T, RgbSpectrum> ||
+                         std::is_same_v<T, SampledSpectrum>) {
+      SpectrumField(std::move(found), path).set(value_, field);
+    } else {
+      Field<T>(std::move(found), path).set(value_, field);
+    }
+    return *this;
+  }
+
+  /// Reads one field; as a std::string the name of an enum's constructor or a text.
+  /// Errors: throws what the field classes throw.
+  template <typename T>
+  T get(std::string_view path) const {
+    FieldPath found(value_.type(), path);
+    if constexpr (std::is_same_v<T, std::string>) {
+      if (vrntTypeDescriptor(found.type()) == VRNT_DESCRIPTOR_ENUM) {
+        return std::string(EnumField(std::move(found), path).get(value_));
+      }
+      return TextField(std::move(found), path).get(value_);
+    } else {
+      return Field<T>(std::move(found), path).get(value_);
+    }
+  }
+
+  /// The whole value's text, as ConstBasicView::text().
+  std::string text() const { return ConstView(&value_).text(); }
+
+  const Value& value() const& noexcept { return value_; }
+  Value value() && noexcept { return std::move(value_); }
+
+ private:
+  Value value_;
+};
+
+}  // namespace vrnt::host
+
+#endif

@@ -1,0 +1,163 @@
+#include "vornath_data/host/storage.hpp"
+
+#include <gtest/gtest.h>
+
+#include <cstdio>
+#include <cstring>
+#include <filesystem>
+#include <fstream>
+#include <memory>
+#include <new>
+#include <string>
+#include <thread>
+#include <vector>
+
+#include "refusal.hpp"
+#include "support/allocations.hpp"
+#include "vornath_data/vrdm.h"
+
+namespace {
+
+using namespace vrnt::host;
+using vornath_test::refusalOf;
+using vrnt::ErrorCode;
+namespace fs = std::filesystem;
+
+class MappedFile : public testing::Test {
+ protected:
+  MappedFile() {
+    std::string pattern = (fs::temp_directory_path() / "host_map_XXXXXX").string();
+    folder_ = mkdtemp(pattern.data());
+  }
+  ~MappedFile() override { fs::remove_all(folder_); }
+
+  std::string file(const std::string& bytes) const {
+    std::ofstream(folder_ / "file", std::ios::binary) << bytes;
+    return (folder_ / "file").string();
+  }
+
+  fs::path folder_;
+};
+
+std::string bytesOf(const Storage& storage) {
+  return {static_cast<const char*>(storage.get()->data), storage.get()->size};
+}
+
+// How many places of this process's memory are the file's.
+int mappingsOf(const std::string& path) {
+  std::ifstream maps("/proc/self/maps");
+  int count = 0;
+  for (std::string line; std::getline(maps, line);) {
+    if (line.find(path) != std::string::npos) ++count;
+  }
+  return count;
+}
+
+}  // namespace
+
+TEST(MoveBytes, HandsTheVectorOverWithoutACopy) {
+  std::vector<float> elements(1000, 1.5F);
+  const void* const bytes = elements.data();
+  const std::int64_t before = vornath_test::liveAllocations();
+  {
+    const Storage storage = moveBytes(std::move(elements));
+    EXPECT_EQ(storage.get()->data, bytes);
+    EXPECT_EQ(storage.get()->size, 4000u);
+    EXPECT_EQ(storage.get()->references, 1u);
+    const Storage other = storage;
+    EXPECT_EQ(storage.get()->references, 2u);
+  }
+  EXPECT_EQ(vornath_test::liveAllocations(), before - 1) << "the vector's memory and the block";
+}
+
+TEST(MoveBytes, OfNoElementsIsAnAssetAllTheSame) {
+  const Storage storage = moveBytes(std::vector<char>());
+  EXPECT_TRUE(storage.hasData());
+  EXPECT_EQ(storage.get()->size, 0u);
+}
+
+TEST(MoveBytes, LeavesTheVectorIfThereIsNoMemory) {
+  std::vector<int> elements{1, 2, 3};
+  {
+    const vornath_test::FailingAllocations failing;
+    EXPECT_THROW(moveBytes(std::move(elements)), std::bad_alloc);
+  }
+  EXPECT_EQ(elements, (std::vector<int>{1, 2, 3}));  // NOLINT(bugprone-use-after-move)
+}
+
+TEST(MoveBytes, AreSharedWithAScene) {
+  vrdmScene_t* const scene = vrdmCreateScene();
+  const vrdmMaterialGraphDesc desc{3, 0, 0};
+  Storage storage = moveBytes(std::vector<char>{'a', 'b', 'c'});
+  AssetStorage* const block = storage.get();
+  EXPECT_EQ(vrdmAddAsset(scene, VRDM_CLASS_MATERIAL_GRAPH, &desc, &block), 0u);
+  const void* const bytes = block->data;
+  storage = Storage();
+  AssetStorage** const held = vrdmGetAssetStorage(scene, VRDM_CLASS_MATERIAL_GRAPH, 0, nullptr);
+  EXPECT_EQ((*held)->data, bytes);
+  EXPECT_EQ((*held)->references, 1u);
+  // The scene's is the last handle, and ends on another thread.
+  std::thread([scene] { vrdmDestroyScene(scene); }).join();
+}
+
+TEST(CopyBytes, IsABlockOfItsOwn) {
+  char bytes[] = "abc";
+  const Storage storage = copyBytes(bytes, 3);
+  bytes[0] = 'x';
+  EXPECT_EQ(bytesOf(storage), "abc");
+  EXPECT_TRUE(copyBytes(nullptr, 0).hasData());
+  const vornath_test::FailingAllocations failing;
+  EXPECT_THROW(copyBytes(bytes, 3), std::bad_alloc);
+}
+
+TEST_F(MappedFile, IsReadAsItStands) {
+  const std::string path = file("some bytes");
+  Storage storage = mapFile(path);
+  EXPECT_EQ(bytesOf(storage), "some bytes");
+  EXPECT_EQ(mappingsOf(path), 1);
+  storage = Storage();
+  EXPECT_EQ(mappingsOf(path), 0);
+}
+
+TEST_F(MappedFile, StaysAsItIsWhenItsBytesAreWritten) {
+  const std::string path = file("some bytes");
+  const Storage storage = mapFile(path);
+  static_cast<char*>(storage.get()->data)[0] = 'S';
+  EXPECT_EQ(bytesOf(storage), "Some bytes");
+  EXPECT_EQ(bytesOf(mapFile(path)), "some bytes");
+}
+
+TEST_F(MappedFile, OfNoBytesIsAnAssetAllTheSame) {
+  const Storage storage = mapFile(file(""));
+  EXPECT_TRUE(storage.hasData());
+  EXPECT_EQ(storage.get()->size, 0u);
+}
+
+TEST_F(MappedFile, ThatIsNoneIsToldByPathAndReason) {
+  const std::string nowhere = (folder_ / "nowhere").string();
+  EXPECT_EQ(refusalOf([&] { mapFile(nowhere); }).words, nowhere + ": No such file or directory");
+  EXPECT_EQ(refusalOf([&] { mapFile(nowhere); }).code, ErrorCode::FileNotFound);
+  EXPECT_EQ(refusalOf([&] { mapFile(folder_.string()); }).words,
+            folder_.string() + ": Is a directory");
+  EXPECT_EQ(refusalOf([&] { mapFile(folder_.string()); }).code, ErrorCode::IoError);
+}
+
+TEST_F(MappedFile, LeavesNothingOpenOrMappedIfThereIsNoMemory) {
+  const std::string path = file("some bytes");
+  const auto open = [] {
+    return std::distance(fs::directory_iterator("/proc/self/fd"), fs::directory_iterator());
+  };
+  const auto before = open();
+  bool raised = false;
+  {
+    const vornath_test::FailingAllocations failing;
+    try {
+      mapFile(path);
+    } catch (const std::bad_alloc&) {
+      raised = true;
+    }
+  }
+  EXPECT_TRUE(raised);
+  EXPECT_EQ(open(), before);
+  EXPECT_EQ(mappingsOf(path), 0);
+}
