@@ -1,6 +1,7 @@
 // Draws what the colour functions answer: the locus of the black body, and measured reflectances
 // beside the distributions that are reconstructed from their colours.
 #include <array>
+#include <cstddef>
 #include <cstdint>
 #include <cstring>
 #include <fstream>
@@ -40,7 +41,8 @@ Value measuredSpectrum(const Csv& table, const std::string& column) {
     spectrum.amplitudes.push_back(table.single(row, column));
   }
   const std::size_t count = table.rows();
-  spectrum.end = 2.0F * spectrum.wavelengths[count - 1] - spectrum.wavelengths[count - 2];
+  const float before = count > 1 ? spectrum.wavelengths[count - 2] : 0.0F;
+  spectrum.end = 2.0F * spectrum.wavelengths[count - 1] - before;
   return makeSpectrum(spectrum);
 }
 

@@ -1,11 +1,14 @@
 // Makes a scene of the measured box and writes it to a file.
+#include <array>
+#include <cstdint>
 #include <cstdio>
-#include <exception>
 #include <filesystem>
 #include <fstream>
 #include <iterator>
 #include <map>
+#include <stdexcept>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include "box.hpp"

@@ -511,8 +511,9 @@ class BasicView<Value*> : public ConstBasicView<Value*> {
   }
 };
 
-template <typename Owner>
-ConstBasicView(Owner) -> ConstBasicView<Owner>;
+ConstBasicView(Value*)->ConstBasicView<Value*>;
+ConstBasicView(const Value*)->ConstBasicView<const Value*>;
+ConstBasicView(const BasicView<Value*>&)->ConstBasicView<Value*>;
 BasicView(Value*)->BasicView<Value*>;
 BasicView(Value*, const vrntType_t*, std::uint64_t)->BasicView<Value*>;
 BasicView(Value*, const TypeHandle&, std::uint64_t)->BasicView<Value*>;

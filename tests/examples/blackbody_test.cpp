@@ -62,6 +62,21 @@ TEST_F(Blackbody, IsDrawnFromWhatTheLibraryAnswers) {
   }
 }
 
+// The band of the only row reaches from its wavelength to twice that.
+TEST_F(Blackbody, IsDrawnFromATableOfOneRow) {
+  writeFile(path("table.csv"), "wavelength,white,green,red\n500,0.5,0.5,0.5\n");
+  const std::string file = path("picture.svg");
+  const Outcome drawn = run(BLACKBODY, {file, path("table.csv")});
+  ASSERT_EQ(drawn.status, 0) << drawn.errors;
+  const auto white = lines(readFile(file), "stroke=\"#999\"");
+  ASSERT_EQ(white.size(), 2U);
+  ASSERT_EQ(white[0].size(), 120U);
+  // A plot of 460 points for 1, beginning at 50: below 500 nm there is nothing, then half.
+  EXPECT_NEAR(white[0][38].second, 510, 0.1);
+  EXPECT_NEAR(white[0][40].second, 280, 0.1);
+  EXPECT_NEAR(white[0][119].second, 280, 0.1);
+}
+
 TEST_F(Blackbody, ReportsATableOrPictureThatIsNotThere) {
   const std::string nowhere = path("none/picture.svg");
   const Outcome unwritten = run(BLACKBODY, {nowhere});

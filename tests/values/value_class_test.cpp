@@ -253,6 +253,9 @@ TEST(ViewClass, IsDeducedFromTheValue) {
   static_assert(std::is_same_v<decltype(constView), ConstView>);
   static_assert(std::is_same_v<decltype(BasicView(&v, v.type(), 0)), View>);
   static_assert(std::is_same_v<decltype(BasicView(view.field(0))), View>);
+  static_assert(std::is_same_v<decltype(ConstBasicView(&v)), ConstBasicView<Value*>>);
+  static_assert(std::is_same_v<decltype(ConstBasicView(view)), ConstBasicView<Value*>>);
+  static_assert(std::is_same_v<decltype(ConstBasicView(constView)), ConstView>);
   view.field("a").write(2);
   EXPECT_EQ(constView.field("a").read<int>(), 2);
 }
