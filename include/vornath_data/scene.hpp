@@ -69,8 +69,9 @@ class Scene {
   /// Errors: IoError with no text of its own if the stream can't give eight bytes; InvalidArguments
   /// with "Bad header: this is not a Vornath scene binary.", the stream then standing where it
   /// stood; VersionMismatch with "Vornath data model binary version mismatch: source has version ",
-  /// its number, ", current version is " and 173. Throws vrnt::Exception if a stored value can't be
-  /// read, and std::bad_alloc, also for a damaged stream that asks for too much.
+  /// its number, ", current version is " and the one that serialize() writes. Throws
+  /// vrnt::Exception if a stored value can't be read, and std::bad_alloc, also for a damaged stream
+  /// that asks for too much.
   VRNT_API static Result<Scene> deserialize(std::istream& stream, const UniqueId& id);
 
   /// Adds what another scene holds to this one. Result: for each class, where its objects went.

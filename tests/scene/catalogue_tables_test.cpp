@@ -268,7 +268,7 @@ TEST(CatalogueTables, ListEveryGroupOnce) {
       EXPECT_TRUE(listed.emplace(objectClass, group).second) << className << " " << row.name;
     }
   }
-  EXPECT_EQ(fields, 314U);
+  EXPECT_EQ(fields, 314U) << "the fields in data/catalogue_tables.inc";
   std::size_t groups = vrdmFieldCount(VRDM_CLASS_SCENE_DATA);
   for (std::uint32_t i = 0; i < vrdmObjectTypeCount(); ++i) groups += vrdmFieldCount(i);
   EXPECT_EQ(listed.size(), groups);
