@@ -111,7 +111,7 @@ int main(int argc, char** argv) {
   setValue(scene, VRDM_CLASS_LIGHT, light,
            valueOf(kSquare,
                    "{ emission = { encoding = SPECTRAL : enum { LUMINANCE; RGB; SPECTRAL; };"
-                   "  spectrum = &[ 0., 0., 400., 8., 500., 10., 600., 12., 700., 0. ]; }; }"));
+                   "  spectrum = &[ 0., 0., 400., 8., 500., 10., 600., 12., 705., 0. ]; }; }"));
   vrdmSetReference(scene, VRDM_CLASS_LIGHT, light, 0, square);
 
   /* A light lights those shapes that refer to a group with it in. In the list a light stands as the

@@ -60,7 +60,7 @@ host::Scene makeScene() {
   place.set("matrix.z", Row{0, -1, 0, 0}).set("matrix.w", Row{0, 2, 0, 1});
   scene.setGroup(light, "Transformation", place);
   auto glow = host::Record::ofType(kSquare);
-  glow.set("emission", host::SampledSpectrum{{400, 500, 600}, {8, 10, 12}, 700});
+  glow.set("emission", host::SampledSpectrum{{400, 500, 600}, {8, 10, 12}, 705});
   scene.setValue(light, glow);
   scene.refer(light, "program", square);
 

@@ -187,7 +187,8 @@ VRNT_API const char* vrdmGetProgramSource(const vrdmScene_t* scene, uint32_t obj
  * Adds an asset with a new random id. The class rises.
  * Arguments: `desc` is the class's record, vrdmMeshDesc (16 bytes), vrdmTextureDesc (20) or
  * vrdmMaterialGraphDesc (24) of asset_records.h; `storage` points to a handle on the bytes, to which
- * the scene adds a reference of its own. The block must hold as many bytes as the desc says: that isn't checked.
+ * the scene adds a reference of its own. The block must hold as many bytes as the desc says: that
+ * isn't checked.
  * Result: the slot; ~0 for a class of programs or instances; 0 past the last class.
  * Errors: boost::uuids::entropy_error; std::bad_alloc.
  */

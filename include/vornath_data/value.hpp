@@ -470,8 +470,10 @@ class BasicView<Value*> : public ConstBasicView<Value*> {
   }
 
   /// Copies `size` bytes to the place, whose type has that size; of three lanes they may be the
-  /// bytes of four or of three. Reference words among them then hold references. Throws Exception
-  /// "Incompatible type for accessor -> {}." for another size.
+  /// bytes of four or of three. Reference words among them then hold references: each is null, the
+  /// address of a value's bytes, or a word of the embedder's own times two plus one, as the two of
+  /// a function always are. Throws Exception "Incompatible type for accessor -> {}." for another
+  /// size.
   void write(const void* source, std::size_t size) const {
     const vrntValueView_t at = place();
     if (!detail::fitsSize(at.type, size)) raiseUnfitSize(at.type, size);

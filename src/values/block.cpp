@@ -155,6 +155,10 @@ void showToHost(vrntValue_t* block) {
   showTypeText(block);
 }
 
+void tryShowToHost(vrntValue_t* block) noexcept {
+  reportFailureAs(false, [block] { return showToHost(block), true; });
+}
+
 void showTargets(const vrntValue_t* block) {
   const bool deep = isDeep(blockType(block));
   forEachTarget(block, [deep](vrntValue_t* target) {

@@ -148,6 +148,7 @@ inline void tryShowTypeText(vrntValue_t* block) noexcept {
 /// Shows the texts in a block and in those that its words lead to, for a host that is given it.
 /// Throws std::bad_alloc.
 void showToHost(vrntValue_t* block);
+void tryShowToHost(vrntValue_t* block) noexcept;
 
 /// The same for a block that a host could see before: unless its type is a deep one, the texts
 /// behind its words have been there since these lead to them.
@@ -156,6 +157,15 @@ inline void showAgainToHost(vrntValue_t* block) {
     showToHost(block);
   } else {
     showTypeText(block);
+  }
+}
+
+/// The same where a failure can't be told.
+inline void tryShowAgainToHost(vrntValue_t* block) noexcept {
+  if (isDeep(blockType(block))) {
+    tryShowToHost(block);
+  } else {
+    tryShowTypeText(block);
   }
 }
 

@@ -106,7 +106,7 @@ vrntValue_t* vrntBuildSpecializationParameters(const vrntType_t* type, const vrn
 }
 
 vrntValue_t* vrntValueCopy(const vrntValue_t* value) {
-  tryShowTypeText(blockOf(value));
+  tryShowAgainToHost(blockOf(value));
   retainBlock(blockOf(value));
   return blockOf(value);
 }
@@ -116,7 +116,7 @@ void vrntValueDestroy(vrntValue_t* value) { releaseBlock(value); }
 vrntType_t* vrntValueType(const vrntValue_t* value) { return value->type; }
 
 vrntValue_t* vrntValueBinary(const vrntValue_t* value) {
-  tryShowTypeText(blockOf(value));
+  tryShowAgainToHost(blockOf(value));
   return blockOf(value);
 }
 
@@ -166,7 +166,7 @@ vrntValueView_t* vrntValueArrayElement(vrntValueView_t* out, const vrntType_t* a
 
 void* vrntValueMap(vrntValue_t** value, const vrntValueView_t* view, vrntValuesError_t** error) {
   return reportOutOfMemoryOrOther(error, nullptr, [&]() -> void* {
-    showTypeText(*value);  // a copy that the handle moves to then knows it from the start
+    showAgainToHost(*value);  // a copy that the handle moves to then has it from the start
     return prepareWrite(*value, typeOf(view->type), view->offset);
   });
 }

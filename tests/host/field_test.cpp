@@ -127,6 +127,53 @@ TEST(Field, OfARecordCountsTheReferencesInIt) {
   EXPECT_EQ(target.get()->refCount, 1u);
 }
 
+TEST(Field, OfAnArrayOfRecordsCountsTheReferencesInIt) {
+  struct Link {
+    std::uint64_t word;
+  };
+  const TypeHandle type = typeOf("{ { int* link; }[2] links; }");
+  Value value = Value::create(type.get(), false).value();
+  const Value target = valueOf("5");
+  const auto word = static_cast<std::uint64_t>(reinterpret_cast<std::uintptr_t>(target.data()));
+  const Field<std::array<Link, 2>> links(type, "links");
+  links.set(value, {Link{word}, Link{word}});
+  EXPECT_EQ(target.get()->refCount, 3u);
+  links.set(value, {Link{word}, Link{0}});
+  EXPECT_EQ(target.get()->refCount, 2u);
+  value = Value();
+  EXPECT_EQ(target.get()->refCount, 1u);
+}
+
+// A function's two words belong to the embedder, in a form that a struct of pointers doesn't have.
+TEST(Field, OfARecordRefusesReferencesAndFunctions) {
+  struct Call {
+    const void* code;
+    const void* context;
+  };
+  const TypeHandle type = typeOf("{ (() => int) f; int* r; }");
+  EXPECT_EQ(wordsOf([&] { Field<Call>(type, "f"); }),
+            "Incompatible type for accessor -> type (() => int) of field f does not match type "
+            "record of 16 bytes.");
+  struct Word {
+    std::uint64_t word;
+  };
+  EXPECT_NE(wordsOf([&] { Field<Word>(type, "r"); }), "");
+  Value value = Value::create(type.get(), false).value();
+  EXPECT_THROW(vrnt::View(&value).field("f").write(Call{}), vrnt::Exception);
+}
+
+TEST(TextField, TakesTheTextThatStandsThere) {
+  const TypeHandle type = typeOf("{ char[8] name; }");
+  Value value = Value::create(type.get(), false).value();
+  const TextField name(type, "name");
+  name.set(value, "lamp 7");
+  const auto* const there = static_cast<const char*>(value.data());
+  name.set(value, std::string_view(there, 6));
+  EXPECT_EQ(name.get(value), "lamp 7");
+  name.set(value, std::string_view(there + 2, 4));
+  EXPECT_EQ(name.get(value), "mp 7");
+}
+
 TEST(Field, IsCheckedForItsKindWhenItIsMade) {
   const TypeHandle type = typeOf("{ { float c; } a; }");
   EXPECT_EQ(wordsOf([&] { Field<std::int32_t>(type, "a.c"); }),

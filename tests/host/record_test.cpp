@@ -41,6 +41,18 @@ TEST(Record, SetsEachKindOfFieldByItsPath) {
   EXPECT_EQ(record.get<std::string>("t"), "words");
 }
 
+TEST(Record, RefusesToBeUsedAfterAMove) {
+  Record record = Record::ofType("{ int a; }");
+  const Record taken = std::move(record);
+  const std::string words = "Incompatible type for value -> no value.";
+  // NOLINTBEGIN(bugprone-use-after-move): that is what is tested
+  EXPECT_EQ(wordsOf([&] { record.set("a", 1); }), words);
+  EXPECT_EQ(wordsOf([&] { record.get<std::int32_t>("a"); }), words);
+  EXPECT_EQ(wordsOf([&] { record.text(); }), words);
+  // NOLINTEND(bugprone-use-after-move)
+  EXPECT_EQ(taken.text(), "{ a = 0; }");
+}
+
 TEST(Record, SetsSpectra) {
   Record record =
       Record::ofType("{ { enum { LUMINANCE; RGB; SPECTRAL; } encoding; float[]* spectrum; } s; }");

@@ -1,6 +1,7 @@
 #include "vornath_data/host/storage.hpp"
 
 #include <gtest/gtest.h>
+#include <sys/stat.h>
 
 #include <cstdio>
 #include <cstring>
@@ -141,6 +142,12 @@ TEST_F(MappedFile, ThatIsNoneIsToldByPathAndReason) {
   EXPECT_EQ(refusalOf([&] { mapFile(folder_.string()); }).words,
             folder_.string() + ": Is a directory");
   EXPECT_EQ(refusalOf([&] { mapFile(folder_.string()); }).code, ErrorCode::IoError);
+}
+
+TEST_F(MappedFile, RefusesAPipeWithoutWaitingForAWriter) {
+  const std::string pipe = (folder_ / "pipe").string();
+  ASSERT_EQ(mkfifo(pipe.c_str(), 0600), 0);
+  EXPECT_EQ(refusalOf([&] { mapFile(pipe); }).words, pipe + ": Invalid argument");
 }
 
 TEST_F(MappedFile, LeavesNothingOpenOrMappedIfThereIsNoMemory) {

@@ -156,10 +156,23 @@ TEST(ShownTypeTexts, StandInAnyBlockThatAFunctionIsGiven) {
     const ValueHandle value = parseValue(chain(kMany));
     const ValueHandle copy(vrntValueCopy(inner(value)));
     expectShown(copy.get(), chainType(kMany - 3));
+    expectShown(behind(copy.get()), chainType(kMany - 4));
   }
   {
     const ValueHandle value = parseValue(chain(kMany));
-    expectShown(vrntValueBinary(inner(value)), chainType(kMany - 3));
+    const vrntValue_t* const block = vrntValueBinary(inner(value));
+    expectShown(block, chainType(kMany - 3));
+    expectShown(behind(block), chainType(kMany - 4));
+  }
+  {
+    const ValueHandle value = parseValue(chain(kMany));
+    vrntValue_t* moved = vrntValueCopy(behind(value.get()));  // shared, so that a map copies it
+    const vrntValueView_t view{vrntValueType(moved), 0};
+    ASSERT_NE(vrntValueMap(&moved, &view, &error), nullptr);
+    vrntValueUnmap(moved, &view);
+    expectShown(moved, chainType(kMany - 1));
+    expectShown(behind(moved), chainType(kMany - 2));
+    vrntValueDestroy(moved);
   }
   {
     // As the word of another value.

@@ -141,6 +141,16 @@ constexpr bool isBools() {
   }
 }
 
+/// Whether no value that a T fits has reference words in it: a T is a scalar or an array of such.
+template <typename T>
+constexpr bool holdsNoWords() {
+  if constexpr (kIsArray<T>) {
+    return holdsNoWords<typename ArrayOf<T>::Element>();
+  } else {
+    return kIsScalar<T>;
+  }
+}
+
 /// Whether there are types of values that a T fits.
 template <typename T>
 inline constexpr bool kCanFit = isPlain<T>() || isBools<T>();
@@ -179,8 +189,11 @@ bool fits(const vrntType_t* type) {
     return descriptor == VRNT_DESCRIPTOR_BASE && vrntTypeBasetype(type) == familyOf<T>() &&
            vrntTypeVectorDimension(type) == 1;
   } else {
-    // The bytes of a reference are no host's own, though as many as those of many a struct.
-    return fitsSize(type, sizeof(T)) && vrntTypeDescriptor(type) != VRNT_DESCRIPTOR_REFERENCE;
+    // The words of a reference and of a function are no host's own bytes, though as many as those
+    // of many a struct.
+    const std::uint32_t descriptor = vrntTypeDescriptor(type);
+    return fitsSize(type, sizeof(T)) && descriptor != VRNT_DESCRIPTOR_REFERENCE &&
+           descriptor != VRNT_DESCRIPTOR_FUNCTION;
   }
 }
 

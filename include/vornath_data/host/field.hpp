@@ -175,7 +175,7 @@ class Field {
   /// Errors: as FieldPath::writeIn().
   void set(Value& value, const T& field) const {
     const auto fill = [&field](void* bytes) { vrnt::detail::store(bytes, field); };
-    if constexpr (vrnt::detail::kIsScalar<T> || vrnt::detail::kIsArray<T>) {
+    if constexpr (vrnt::detail::holdsNoWords<T>()) {
       path_.writePlainIn(value, fill);
     } else {
       path_.writeIn(value, fill);
@@ -263,8 +263,9 @@ class TextField {
     }
     const std::size_t size = capacity() + 1;
     path_.writePlainIn(value, [text, size](void* bytes) {
-      std::memset(bytes, 0, size);
-      if (!text.empty()) std::memcpy(bytes, text.data(), text.size());
+      // The text may be what stands there.
+      if (!text.empty()) std::memmove(bytes, text.data(), text.size());
+      std::memset(static_cast<char*>(bytes) + text.size(), 0, size - text.size());
     });
   }
 

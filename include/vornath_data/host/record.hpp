@@ -32,10 +32,11 @@ class Record {
   /// Writes one field: a number, a bool, a std::array of lanes or elements, or a struct, as
   /// Field<T>; a text, as the name of a constructor if the field is an enum, else as characters; or
   /// a FlatSpectrum, RgbSpectrum or SampledSpectrum.
-  /// Errors: throws what the field classes throw, with nothing written.
+  /// Errors: throws what the field classes throw, with nothing written; Exception "Incompatible
+  /// type for value -> no value." from a Record that was moved from.
   template <typename T>
   Record& set(std::string_view path, const T& field) {
-    FieldPath found(value_.type(), path);
+    FieldPath found = find(path);
     if constexpr (std::is_convertible_v<const T&, std::string_view>) {
       if (vrntTypeDescriptor(found.type()) == VRNT_DESCRIPTOR_ENUM) {
         EnumField(std::move(found), path).set(value_, field);
@@ -52,10 +53,10 @@ class Record {
   }
 
   /// Reads one field; as a std::string the name of an enum's constructor or a text.
-  /// Errors: throws what the field classes throw.
+  /// Errors: as set().
   template <typename T>
   T get(std::string_view path) const {
-    FieldPath found(value_.type(), path);
+    FieldPath found = find(path);
     if constexpr (std::is_same_v<T, std::string>) {
       if (vrntTypeDescriptor(found.type()) == VRNT_DESCRIPTOR_ENUM) {
         return std::string(EnumField(std::move(found), path).get(value_));
@@ -66,13 +67,28 @@ class Record {
     }
   }
 
-  /// The whole value's text, as ConstBasicView::text().
-  std::string text() const { return ConstView(&value_).text(); }
+  /// The whole value's text, as ConstBasicView::text(). Errors: as set() for a Record that was
+  /// moved from.
+  std::string text() const {
+    requireValue();
+    return ConstView(&value_).text();
+  }
 
   const Value& value() const& noexcept { return value_; }
   Value value() && noexcept { return std::move(value_); }
 
  private:
+  void requireValue() const {
+    if (!value_) {
+      throw Exception(ErrorCode::InvalidArguments, "Incompatible type for value -> {}.",
+                      "no value");
+    }
+  }
+  FieldPath find(std::string_view path) const {
+    requireValue();
+    return FieldPath(value_.type(), path);
+  }
+
   Value value_;
 };
 

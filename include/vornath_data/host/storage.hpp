@@ -113,7 +113,8 @@ struct Descriptor {
 /// Errors: throws Exception of code FileNotFound, AccessDenied or IoError with the path and the
 /// system's words; std::bad_alloc.
 inline Storage mapFile(const std::string& path) {
-  const detail::Descriptor file(::open(path.c_str(), O_RDONLY | O_CLOEXEC));
+  // Without waiting for what isn't a file, as a pipe that nobody writes to.
+  const detail::Descriptor file(::open(path.c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK));
   struct stat status {};
   if (file.number < 0 || fstat(file.number, &status) != 0) detail::raiseFileError(path, errno);
   if (!S_ISREG(status.st_mode)) {
