@@ -14,6 +14,8 @@
 #include <string>
 #include <vector>
 
+#include "../support/temporary_folder.hpp"
+
 namespace vornath_test {
 
 struct Outcome {
@@ -92,21 +94,10 @@ inline bool isThere(const std::filesystem::path& repository, const std::string& 
 // A test whose files lie in a folder of its own, which goes when the test ends.
 class ProcessTest : public testing::Test {
  protected:
-  ProcessTest() {
-    std::string pattern = (std::filesystem::temp_directory_path() / "vornath_").string();
-    pattern.append(6, 'X');  // mkdtemp() puts a name of its own in their place
-    if (!mkdtemp(pattern.data())) throw std::runtime_error("cannot make a folder");
-    folder_ = pattern;
-  }
-  ~ProcessTest() override {
-    std::error_code ignored;
-    std::filesystem::remove_all(folder_, ignored);
-  }
-
-  std::string path(const std::string& file) const { return (folder_ / file).string(); }
+  std::string path(const std::string& file) const { return folder_.file(file); }
 
   Outcome run(const std::string& program, const std::vector<std::string>& arguments) const {
-    std::string command = "cd " + quoted(folder_.string()) + " && " + quoted(program);
+    std::string command = "cd " + quoted(folder_.path().string()) + " && " + quoted(program);
     for (const std::string& argument : arguments) command += " " + quoted(argument);
     command += " > " + quoted(path("stdout")) + " 2> " + quoted(path("stderr"));
     const int status = std::system(command.c_str());
@@ -115,7 +106,7 @@ class ProcessTest : public testing::Test {
   }
 
  private:
-  std::filesystem::path folder_;
+  TemporaryFolder folder_;
 };
 
 }  // namespace vornath_test

@@ -11,6 +11,7 @@
 #include <vector>
 
 #include "refusal.hpp"
+#include "support/temporary_folder.hpp"
 
 namespace {
 
@@ -22,22 +23,15 @@ namespace fs = std::filesystem;
 
 static_assert(!std::is_copy_constructible_v<Scene> && std::is_nothrow_move_constructible_v<Scene>);
 
-// A folder that ends with the test.
 class SceneFiles : public testing::Test {
  protected:
-  SceneFiles() {
-    std::string pattern = (fs::temp_directory_path() / "host_scene_XXXXXX").string();
-    folder_ = mkdtemp(pattern.data());
-  }
-  ~SceneFiles() override { fs::remove_all(folder_); }
-
-  std::string path(const char* name) const { return (folder_ / name).string(); }
+  std::string path(const char* name) const { return folder_.file(name); }
   std::string file(const char* name, const std::string& bytes) const {
     std::ofstream(path(name), std::ios::binary) << bytes;
     return path(name);
   }
 
-  fs::path folder_;
+  vornath_test::TemporaryFolder folder_;
 };
 
 Object addCamera(Scene& scene) {
@@ -206,8 +200,9 @@ TEST_F(SceneFiles, ThatCannotBeReadAreToldByPathAndReason) {
   const std::string nowhere = path("nowhere");
   EXPECT_EQ(refusal(nowhere).words, words(nowhere, "No such file or directory"));
   EXPECT_EQ(refusal(nowhere).code, ErrorCode::FileNotFound);
-  EXPECT_EQ(refusal(folder_.string()).words, words(folder_.string(), "Is a directory"));
-  EXPECT_EQ(refusal(folder_.string()).code, ErrorCode::IoError);
+  EXPECT_EQ(refusal(folder_.path().string()).words,
+            words(folder_.path().string(), "Is a directory"));
+  EXPECT_EQ(refusal(folder_.path().string()).code, ErrorCode::IoError);
   const std::string text = file("text", "no scene at all");
   EXPECT_EQ(refusal(text).words, words(text, "it is none"));
   EXPECT_EQ(refusal(text).code, ErrorCode::InvalidArguments);
@@ -227,7 +222,7 @@ TEST_F(SceneFiles, ThatCannotBeWrittenAreToldByPath) {
   EXPECT_EQ(refusal(path("nowhere/scene")).words,
             path("nowhere/scene") + ": cannot write the file");
   EXPECT_EQ(refusal(path("nowhere/scene")).code, ErrorCode::IoError);
-  EXPECT_EQ(refusal(folder_.string()).code, ErrorCode::IoError);
+  EXPECT_EQ(refusal(folder_.path().string()).code, ErrorCode::IoError);
   if (fs::exists("/dev/full")) {
     EXPECT_EQ(refusal("/dev/full").words, "/dev/full: cannot write the file");
   }

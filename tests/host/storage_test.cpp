@@ -15,6 +15,7 @@
 
 #include "refusal.hpp"
 #include "support/allocations.hpp"
+#include "support/temporary_folder.hpp"
 #include "vornath_data/vrdm.h"
 
 namespace {
@@ -26,18 +27,12 @@ namespace fs = std::filesystem;
 
 class MappedFile : public testing::Test {
  protected:
-  MappedFile() {
-    std::string pattern = (fs::temp_directory_path() / "host_map_XXXXXX").string();
-    folder_ = mkdtemp(pattern.data());
-  }
-  ~MappedFile() override { fs::remove_all(folder_); }
-
   std::string file(const std::string& bytes) const {
-    std::ofstream(folder_ / "file", std::ios::binary) << bytes;
-    return (folder_ / "file").string();
+    std::ofstream(folder_.file("file"), std::ios::binary) << bytes;
+    return folder_.file("file");
   }
 
-  fs::path folder_;
+  vornath_test::TemporaryFolder folder_;
 };
 
 std::string bytesOf(const Storage& storage) {
@@ -136,16 +131,16 @@ TEST_F(MappedFile, OfNoBytesIsAnAssetAllTheSame) {
 }
 
 TEST_F(MappedFile, ThatIsNoneIsToldByPathAndReason) {
-  const std::string nowhere = (folder_ / "nowhere").string();
+  const std::string nowhere = folder_.file("nowhere");
   EXPECT_EQ(refusalOf([&] { mapFile(nowhere); }).words, nowhere + ": No such file or directory");
   EXPECT_EQ(refusalOf([&] { mapFile(nowhere); }).code, ErrorCode::FileNotFound);
-  EXPECT_EQ(refusalOf([&] { mapFile(folder_.string()); }).words,
-            folder_.string() + ": Is a directory");
-  EXPECT_EQ(refusalOf([&] { mapFile(folder_.string()); }).code, ErrorCode::IoError);
+  EXPECT_EQ(refusalOf([&] { mapFile(folder_.path().string()); }).words,
+            folder_.path().string() + ": Is a directory");
+  EXPECT_EQ(refusalOf([&] { mapFile(folder_.path().string()); }).code, ErrorCode::IoError);
 }
 
 TEST_F(MappedFile, RefusesAPipeWithoutWaitingForAWriter) {
-  const std::string pipe = (folder_ / "pipe").string();
+  const std::string pipe = folder_.file("pipe");
   ASSERT_EQ(mkfifo(pipe.c_str(), 0600), 0);
   EXPECT_EQ(refusalOf([&] { mapFile(pipe); }).words, pipe + ": Invalid argument");
 }
