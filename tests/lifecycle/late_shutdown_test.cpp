@@ -4,6 +4,7 @@
 
 #include <array>
 #include <cstdio>
+#include <cstdlib>
 #include <string>
 
 namespace {
@@ -32,6 +33,8 @@ TEST(vrntValuesShutdown, DoesNothingAfterTheStaticDestructors) {
 }
 
 TEST(vrntValuesShutdown, AfterTheStaticDestructorsLeavesWhatIsHeldReadable) {
+  // A type that is held when its factory ends is never freed: nothing is left that could unlink it.
+  setenv("ASAN_OPTIONS", "detect_leaks=0", 1);
   for (const char* const way : {"atexit", "destructor"}) {
     for (const char* const held : {"type", "value"}) {
       EXPECT_EQ(comeBack(way, held), "came back\n") << way << ' ' << held;

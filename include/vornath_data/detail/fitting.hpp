@@ -235,7 +235,7 @@ std::string fittingText() {
     using Element = typename ArrayOf<T>::Element;
     const std::string count = std::to_string(ArrayOf<T>::kCount);
     const std::string element = fittingText<Element>();
-    const std::string array = element + "[" + count + "]";
+    std::string array = element + "[" + count + "]";
     if (!kIsScalar<Element> || ArrayOf<T>::kCount > 4) return array;
     return (ArrayOf<T>::kCount == 1 ? element : element + count) + " or " + array;
   } else if constexpr (kIsScalar<T>) {
