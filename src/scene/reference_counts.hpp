@@ -120,6 +120,11 @@ T* madeOnce(std::atomic<T*>& place, const Make& make) {
   return known;
 }
 
+/// Whether anybody has counted on the scene: else nothing has to be kept in step.
+inline bool countsAreKept(const Scene& scene) noexcept {
+  return detail::SceneAccess::kept(scene).load(std::memory_order_acquire) != nullptr;
+}
+
 /// A counted slot of a class. All functions that change something are to be called by whoever
 /// changes references, so that the counts stay in step; none of them fails. Where there is no
 /// memory for counts, they are given up and made anew at the next need.
@@ -183,23 +188,13 @@ class CountedSlot {
   /// Stores a word in a single slot; makes a list that many elements long.
   /// Errors: throws std::bad_alloc, with nothing changed.
   static void setWord(Scene& scene, std::int32_t index, std::uint32_t word) {
-    LinkCounts* const counts = countsOfRead(scene, index);
-    Link& written = link(scene, index);
-    if constexpr (kIsPlainList<Link>) {
-      const std::size_t former = written.words.size();
-      for (std::size_t i = word; counts && i < former; ++i) counts->words.remove(written.words[i]);
-      written.words.resize(word, Link::kNoTarget);
-      for (std::size_t i = former; counts && i < word; ++i) {
-        if (!add(scene, *counts, Link::kNoTarget)) break;
+    if constexpr (!kIsPlainList<Link>) {
+      if (!countsAreKept(scene)) {
+        link(scene, index).index = static_cast<std::int32_t>(word);
+        return;
       }
-      if (word == 0) noteNewList(scene, index);
-    } else {
-      const std::int32_t former = written.index;
-      written.index = static_cast<std::int32_t>(word);
-      if (!counts || written.index == former) return;
-      counts->words.remove(former);
-      add(scene, *counts, written.index);
     }
+    setCountedWord(scene, index, word);
   }
 
   /// Puts another list in the place of a list.
@@ -234,6 +229,29 @@ class CountedSlot {
 
  private:
   static constexpr std::size_t kOrdinal = kFirstSlotOrdinal<Desc> + Position;
+
+  // setWord() of a list, or where somebody has counted. Apart from it, so that what is called for
+  // each reference of a scene stays small.
+  [[gnu::noinline]] static void setCountedWord(Scene& scene, std::int32_t index,
+                                               std::uint32_t word) {
+    LinkCounts* const counts = countsOfRead(scene, index);
+    Link& written = link(scene, index);
+    if constexpr (kIsPlainList<Link>) {
+      const std::size_t former = written.words.size();
+      for (std::size_t i = word; counts && i < former; ++i) counts->words.remove(written.words[i]);
+      written.words.resize(word, Link::kNoTarget);
+      for (std::size_t i = former; counts && i < word; ++i) {
+        if (!add(scene, *counts, Link::kNoTarget)) break;
+      }
+      if (word == 0) noteNewList(scene, index);
+    } else {
+      const std::int32_t former = written.index;
+      written.index = static_cast<std::int32_t>(word);
+      if (!counts || written.index == former) return;
+      counts->words.remove(former);
+      add(scene, *counts, written.index);
+    }
+  }
 
   static Link& link(Scene& scene, std::int32_t index) noexcept {
     return writable<Desc>(scene).at(index).desc.*kSlot.member;
@@ -403,6 +421,7 @@ void noteAddition(Scene& scene, std::uint32_t index) noexcept {
   std::uint32_t& additions = detail::SceneAccess::additions<Desc>(scene);
   // 0 stands for a list that was never handed out.
   if (++additions == 0) additions = 1;
+  if (!countsAreKept(scene)) return;
   forEachCountedSlot<Desc>([&scene, index](auto slot) {
     decltype(slot)::noteAddition(scene, static_cast<std::int32_t>(index));
     decltype(slot)::settle(scene);
@@ -412,6 +431,7 @@ void noteAddition(Scene& scene, std::uint32_t index) noexcept {
 /// To be called before an object is freed. It may be free already.
 template <typename Desc>
 void noteRemoval(Scene& scene, std::int32_t index) noexcept {
+  if (!countsAreKept(scene)) return;
   forEachCountedSlot<Desc>(
       [&scene, index](auto slot) { decltype(slot)::noteRemoval(scene, index); });
   // Hosts count before they remove.
