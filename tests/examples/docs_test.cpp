@@ -18,11 +18,7 @@ const fs::path kSource = SOURCE_FOLDER;
 // The texts in the fenced blocks of a kind; within a block a blank line parts them.
 std::vector<std::string> examples(const std::string& document, const std::string& kind) {
   std::vector<std::string> texts;
-  const std::string fence = "\n```" + kind + "\n";
-  for (std::size_t begin = document.find(fence); begin != std::string::npos;
-       begin = document.find(fence, begin + 1)) {
-    const std::size_t body = begin + fence.size();
-    const std::string block = document.substr(body, document.find("```\n", body) - body);
+  for (const std::string& block : blocksOf(document, kind)) {
     for (std::size_t at = 0; at < block.size();) {
       const std::size_t end = std::min(block.find("\n\n", at), block.size() - 1);
       texts.push_back(block.substr(at, end - at));

@@ -52,23 +52,11 @@ TEST_F(FirstScene, TellsOfAFileThatCannotBeWritten) {
   EXPECT_NE(outcome.errors.find(nowhere), std::string::npos);
 }
 
-// The fenced blocks of a language.
-std::vector<std::string> blocks(const std::string& language) {
-  std::vector<std::string> found;
-  const std::string fence = "\n```" + language + "\n";
-  for (std::size_t begin = kGuide.find(fence); begin != std::string::npos;
-       begin = kGuide.find(fence, begin + 1)) {
-    const std::size_t body = begin + fence.size();
-    found.push_back(kGuide.substr(body, kGuide.find("```\n", body) - body));
-  }
-  return found;
-}
-
 TEST(FirstSceneGuide, ShowsPartsOfTheProgramsThatAreBuilt) {
   for (const auto& [language, file] :
        {std::pair("c", "first_scene.c"), std::pair("cpp", "first_scene.cpp")}) {
     const std::string program = readFile(kSource / "examples/first_scene" / file);
-    const std::vector<std::string> parts = blocks(language);
+    const std::vector<std::string> parts = blocksOf(kGuide, language);
     EXPECT_GE(parts.size(), 5U);
     for (const std::string& part : parts) {
       EXPECT_NE(program.find(part), std::string::npos) << file << " lacks\n" << part;

@@ -91,6 +91,18 @@ inline bool isThere(const std::filesystem::path& repository, const std::string& 
          std::filesystem::exists(repository / "include" / file);
 }
 
+// The fenced blocks of a language in a Markdown text.
+inline std::vector<std::string> blocksOf(const std::string& markdown, const std::string& language) {
+  std::vector<std::string> found;
+  const std::string fence = "\n```" + language + "\n";
+  for (std::size_t begin = markdown.find(fence); begin != std::string::npos;
+       begin = markdown.find(fence, begin + 1)) {
+    const std::size_t body = begin + fence.size();
+    found.push_back(markdown.substr(body, markdown.find("```\n", body) - body));
+  }
+  return found;
+}
+
 // A test whose files lie in a folder of its own, which goes when the test ends.
 class ProcessTest : public testing::Test {
  protected:

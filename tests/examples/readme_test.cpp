@@ -14,25 +14,13 @@ namespace fs = std::filesystem;
 
 const fs::path kSource = SOURCE_FOLDER;
 
-// The fenced blocks of a language.
-std::vector<std::string> blocks(const std::string& text, const std::string& language) {
-  std::vector<std::string> found;
-  const std::string fence = "\n```" + language + "\n";
-  for (std::size_t begin = text.find(fence); begin != std::string::npos;
-       begin = text.find(fence, begin + 1)) {
-    const std::size_t body = begin + fence.size();
-    found.push_back(text.substr(body, text.find("```\n", body) - body));
-  }
-  return found;
-}
-
 class Readme : public ProcessTest {
  protected:
   const std::string text_ = readFile(kSource / "README.md");
 };
 
 TEST_F(Readme, ShowsTheHostsThatAreBuilt) {
-  const std::vector<std::string> hosts = blocks(text_, "c");
+  const std::vector<std::string> hosts = blocksOf(text_, "c");
   ASSERT_EQ(hosts.size(), 2U);
   EXPECT_EQ(hosts[0], readFile(kSource / "examples/minimal_host.c"));
   EXPECT_EQ(hosts[1], readFile(kSource / "examples/minimal_scene.c"));
