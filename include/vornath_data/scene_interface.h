@@ -36,7 +36,7 @@
 #include "vornath_data/values.h"
 
 #ifdef __cplusplus
-#include "vornath_data/unique_id.hpp"
+#include "vornath_data/detail/unique_id_class.hpp"
 
 namespace vrnt::data {
 class Scene;

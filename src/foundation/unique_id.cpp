@@ -151,8 +151,8 @@ struct UniqueId::Hasher::State {
   Digest digest;
 };
 
-UniqueId::Hasher::Hasher() : state_(std::make_unique<State>()) {}
-UniqueId::Hasher::~Hasher() = default;
+UniqueId::Hasher::Hasher() : state_(new State) {}
+UniqueId::Hasher::~Hasher() { delete state_; }
 
 void UniqueId::Hasher::update(const void* data, std::size_t size) {
   state_->digest.update(data, size);

@@ -6,7 +6,7 @@
 #include <string>
 
 #include "dynamic_value.hpp"
-#include "vornath_data/type_library.hpp"
+#include "type.hpp"
 
 namespace qex::vornath {
 

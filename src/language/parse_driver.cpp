@@ -1,6 +1,7 @@
 #include "parse_driver.hpp"
 
 #include <boost/thread/lock_guard.hpp>
+#include <boost/thread/mutex.hpp>
 
 #include "grammar.hpp"
 #include "scanner.hpp"

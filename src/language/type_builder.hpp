@@ -7,7 +7,7 @@
 #include <vector>
 
 #include "dynamic_value.hpp"
-#include "vornath_data/type_library.hpp"
+#include "type.hpp"
 
 namespace qex::vornath::build {
 

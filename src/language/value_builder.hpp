@@ -9,8 +9,8 @@
 #include <vector>
 
 #include "dynamic_value.hpp"
+#include "type.hpp"
 #include "value_draft.hpp"
-#include "vornath_data/type_library.hpp"
 
 namespace qex::vornath::build {
 

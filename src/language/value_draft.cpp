@@ -13,7 +13,7 @@ constexpr std::uint64_t kPieceBytes = 64;
 
 }  // namespace
 
-Draft Draft::of(const Type& type, std::vector<Draft> parts) {
+Draft Draft::of(const InternedType& type, std::vector<Draft> parts) {
   Draft draft;
   draft.type_ = TypePtr(&type.stripped());
   std::size_t count = 0;

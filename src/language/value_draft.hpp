@@ -8,7 +8,7 @@
 #include <vector>
 
 #include "dynamic_value.hpp"
-#include "vornath_data/type_library.hpp"
+#include "type.hpp"
 
 namespace qex::vornath::build {
 
@@ -24,7 +24,7 @@ class Draft {
   /// One value made of others, each at its offset: `place(i)` gives that of the part with index i.
   /// The parts are used up. Throws std::bad_alloc.
   template <typename Place>
-  static Draft of(const Type& type, std::vector<Draft> parts, Place place) {
+  static Draft of(const InternedType& type, std::vector<Draft> parts, Place place) {
     for (std::size_t i = 0; i < parts.size(); ++i) parts[i].offset_ += place(i);
     return of(type, std::move(parts));
   }
@@ -41,7 +41,7 @@ class Draft {
     BlockPtr block;
   };
 
-  static Draft of(const Type& type, std::vector<Draft> parts);
+  static Draft of(const InternedType& type, std::vector<Draft> parts);
 
   std::size_t pieceCount() const { return whole_.get() != nullptr ? 1 : pieces_.size(); }
   void copyTo(char* destination) const;

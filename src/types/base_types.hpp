@@ -5,8 +5,8 @@
 #include <array>
 #include <cstdint>
 
+#include "type.hpp"
 #include "vornath_data/result.hpp"
-#include "vornath_data/type_library.hpp"
 
 namespace qex::vornath {
 

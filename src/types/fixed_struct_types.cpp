@@ -7,7 +7,7 @@ namespace qex::vornath {
 namespace {
 
 // A static in a function that throws stays unmade, and the next call tries again.
-const Type* permanent(const TypePtr& type) {
+const InternedType* permanent(const TypePtr& type) {
   return Type::get_factory(true)->makePermanent(type.get());
 }
 
@@ -30,15 +30,15 @@ TypePtr makeSpectrum() {
 
 }  // namespace
 
-const Type& spectrumType() {
-  static const Type* const type = permanent(makeSpectrum());
+const InternedType& spectrumType() {
+  static const InternedType* const type = permanent(makeSpectrum());
   return *type;
 }
 
 TypePtr floatArrayType(std::int32_t extent) {
-  static const Type* const luminance = permanent(makeFloatArray(1));
-  static const Type* const rgb = permanent(makeFloatArray(3));
-  static const Type* const prepared166 = permanent(makeFloatArray(166));
+  static const InternedType* const luminance = permanent(makeFloatArray(1));
+  static const InternedType* const rgb = permanent(makeFloatArray(3));
+  static const InternedType* const prepared166 = permanent(makeFloatArray(166));
   switch (extent) {
     case 1:
       return TypePtr(luminance);

@@ -2,13 +2,13 @@
 #ifndef VORNATH_TYPES_FIXED_STRUCT_TYPES_HPP
 #define VORNATH_TYPES_FIXED_STRUCT_TYPES_HPP
 
-#include "vornath_data/type_library.hpp"
+#include "type.hpp"
 
 namespace qex::vornath {
 
 /// The universal spectrum: `{ enum { LUMINANCE; RGB; SPECTRAL; } encoding; float[]* spectrum; }
 /// @name="Spectrum"`. Borrowed.
-const Type& spectrumType();
+const InternedType& spectrumType();
 
 /// `float[extent]` for the prepared extents 1, 3 and 166 without a look-up; else through the
 /// factory.

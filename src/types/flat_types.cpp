@@ -12,6 +12,7 @@
 #include "vornath_data/types.h"
 #include "wrong_kind.hpp"
 
+using qex::vornath::InternedType;
 using qex::vornath::raiseWrongKind;
 using qex::vornath::Type;
 using qex::vornath::typeHandle;
@@ -85,7 +86,7 @@ const char* partName(const char* function, const vrntType_t* type, std::uint32_t
 vrntType_t* vrntTypeParse(const char* text, vrntValuesError_t** error) {
   return qex::vornath::reportLibraryErrorsOrUnknown(error, nullptr, [text]() -> vrntType_t* {
     if (text == nullptr) throw std::invalid_argument("No text.");
-    return release(Type::parse(text));
+    return release(InternedType::parse(text));
   });
 }
 

@@ -58,7 +58,7 @@ Layout layoutOf(const Type::TEnum&) { return {4, 4, true, true, 0, 0}; }
 Layout layoutOf(const Type::TStruct& structure) {
   Layout layout{0, kStructMinimum, true, true, 0, 0};
   for (std::size_t i = 0; i < structure.fields.size(); ++i) {
-    const Type& type = *structure.fields[i].type;
+    const InternedType& type = *structure.fields[i].type;
     layout.alignment = std::max(layout.alignment, type.alignment());
     layout.size = sum(structure.offsets[i], type.size());
     layout.deepConcrete = layout.deepConcrete && type.deepConcrete();
@@ -72,7 +72,7 @@ Layout layoutOf(const Type::TStruct& structure) {
 
 template <typename D>
 Layout layoutOf(const Type::TArrayND<D>& array) {
-  const Type& element = *array.element;
+  const InternedType& element = *array.element;
   Layout layout{0, element.alignment(), false, false, 0, element.referenceDepth()};
   if (!array.shape) return layout;
   const std::int32_t count = elementCount(*array.shape);
@@ -141,7 +141,7 @@ class SlotLister {
     std::visit([&](const auto& alternative) { begin(alternative, word); }, desc);
   }
 
-  void part(const Type& type, std::uint64_t word) {
+  void part(const InternedType& type, std::uint64_t word) {
     if (const auto* const known = type.knownRefSlots()) {
       for (const std::uint64_t slot : *known) slots_.push_back(word + slot);
     } else {

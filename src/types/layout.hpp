@@ -5,7 +5,7 @@
 #include <cstdint>
 #include <vector>
 
-#include "vornath_data/type_library.hpp"
+#include "type.hpp"
 
 namespace qex::vornath {
 
@@ -25,7 +25,7 @@ struct Layout {
   bool concrete;
   bool deepConcrete;
   std::uint64_t refSlotCount;
-  std::uint32_t referenceDepth;  // see Type::referenceDepth()
+  std::uint32_t referenceDepth;  // see InternedType::referenceDepth()
 };
 
 /// Throws vrnt::Exception "Illegal base type." for a base type out of range, and std::bad_alloc.

@@ -1,21 +1,32 @@
-/// Look-ups in the annotations of a type.
+/// The annotations of a type.
 #ifndef VORNATH_TYPES_METADATA_HPP
 #define VORNATH_TYPES_METADATA_HPP
 
+#include <functional>
+#include <map>
 #include <string>
 #include <string_view>
+#include <variant>
 
-#include "vornath_data/type_library.hpp"
+#include "heap_value.hpp"
 
 namespace qex::vornath {
 
-/// The value of an entry, or null when the key is absent or the entry isn't a value.
+class DynamicValue;
+
+/// An annotation: a flag, a text, or a value. The index is the kind number of the flat interface.
+using MetadataEntry = std::variant<std::monostate, std::string, HeapValue<DynamicValue>>;
+
+/// The annotations of one type or constructor, in ascending byte order of their keys.
+using Metadata = std::map<std::string, MetadataEntry, std::less<>>;
+
+/// The value of an entry, or null when the key is absent or the entry is not a value.
 const DynamicValue* findMetadataValue(const Metadata& metadata, std::string_view key);
 
 /// Inserts an entry or replaces the one of that key, whatever its kind.
 void setMetadata(Metadata& metadata, std::string key, MetadataEntry entry);
 
-/// The annotations as they stand behind a type's text: empty, or beginning with a blank.
+/// The text of the annotations, which follows a type's text: empty, or a blank first.
 std::string metadataText(const Metadata& metadata);
 
 }  // namespace qex::vornath

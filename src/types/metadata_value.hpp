@@ -4,7 +4,7 @@
 
 #include <string>
 
-#include "vornath_data/type_library.hpp"
+#include "type.hpp"
 
 namespace qex::vornath {
 

@@ -7,16 +7,16 @@
 #include <cstdint>
 #include <vector>
 
-#include "vornath_data/type_library.hpp"
+#include "type.hpp"
 
 namespace qex::vornath {
 
-/// What Type::refSlots() lists, in 8-byte words and ascending. The type must outlive it.
+/// What InternedType::refSlots() lists, in 8-byte words and ascending. The type must outlive it.
 class RefSlots {
  public:
   /// Throws std::bad_alloc if the elements have a long list that nobody has asked for yet; after
   /// one that was made for the type, no other one throws.
-  explicit RefSlots(const Type& type)
+  explicit RefSlots(const InternedType& type)
       : list_(type.slotPattern().refSlots()),
         stride_(type.slotPattern().size() / 8),
         size_(type.refSlotCount()) {}

@@ -24,7 +24,7 @@ class OpenPairs {
   void add(const TypePtr& a, const TypePtr& b) {
     if (a != b) pairs_.emplace_back(a.get(), b.get());
   }
-  bool take(const Type*& a, const Type*& b) {
+  bool take(const InternedType*& a, const InternedType*& b) {
     if (pairs_.empty()) return false;
     a = pairs_.back().first;
     b = pairs_.back().second;
@@ -34,7 +34,7 @@ class OpenPairs {
 
  private:
   // On the stack as long as they are few: the common question allocates nothing.
-  boost::container::small_vector<std::pair<const Type*, const Type*>, 32> pairs_;
+  boost::container::small_vector<std::pair<const InternedType*, const InternedType*>, 32> pairs_;
 };
 
 bool sameNames(const TEnum& a, const TEnum& b) {
@@ -129,7 +129,7 @@ std::string shapeText(const std::optional<D>& shape) {
 class FirstReason {
  public:
   // The reason, or nothing.
-  std::optional<std::string> of(const Type& a, const Type& b) {
+  std::optional<std::string> of(const InternedType& a, const InternedType& b) {
     bool related = open(a, b);
     while (related && !frames_.empty()) {
       Frame& frame = frames_.back();
@@ -150,18 +150,18 @@ class FirstReason {
   }
 
  private:
-  using Pair = std::pair<const Type*, const Type*>;
+  using Pair = std::pair<const InternedType*, const InternedType*>;
 
   // Two types of the same alternative, all of whose parts must relate.
   struct Frame {
-    const Type* a;
-    const Type* b;
+    const InternedType* a;
+    const InternedType* b;
     std::size_t count;
     std::size_t next;
   };
 
   // False with the last words of the reason, if that lies in the pair itself.
-  bool open(const Type& a, const Type& b) {
+  bool open(const InternedType& a, const InternedType& b) {
     reason_ = std::visit([&](const auto& x, const auto& y) { return begin(a, b, x, y); }, a.desc(),
                          b.desc());
     return reason_.empty();
@@ -169,14 +169,15 @@ class FirstReason {
 
   // Each begin() returns the last words of a reason, or none, with the pair's parts to follow.
 
-  std::string begin(const Type& a, const Type& b, const TStruct& x, const TStruct& y) {
+  std::string begin(const InternedType& a, const InternedType& b, const TStruct& x,
+                    const TStruct& y) {
     if (!sameLabels(x, y)) return unrelated(a.desc(), b.desc());
     frames_.push_back({&a, &b, x.fields.size(), 0});
     return {};
   }
 
   template <typename D>
-  std::string begin(const Type& a, const Type& b, const Type::TArrayND<D>& x,
+  std::string begin(const InternedType& a, const InternedType& b, const Type::TArrayND<D>& x,
                     const Type::TArrayND<D>& y) {
     if (!extentsFit(x, y)) {
       return "Expected array of size: " + shapeText(y.shape) +
@@ -186,7 +187,7 @@ class FirstReason {
     return {};
   }
 
-  std::string begin(const Type& a, const Type& b, const TRef& x, const TRef& y) {
+  std::string begin(const InternedType& a, const InternedType& b, const TRef& x, const TRef& y) {
     if (!y.target) return {};
     if (!x.target) {
       return "Provided reference is missing a reference type - expected: " + y.target->text();
@@ -195,7 +196,7 @@ class FirstReason {
     return {};
   }
 
-  std::string begin(const Type& a, const Type& b, const TFun& x, const TFun& y) {
+  std::string begin(const InternedType& a, const InternedType& b, const TFun& x, const TFun& y) {
     if (x.domain.size() != y.domain.size()) {
       return "Expected function with domain size: " + std::to_string(y.domain.size()) +
              "  - function with domain size: " + std::to_string(x.domain.size());
@@ -205,7 +206,7 @@ class FirstReason {
   }
 
   template <typename A, typename B>
-  std::string begin(const Type& a, const Type& b, const A& x, const B& y) {
+  std::string begin(const InternedType& a, const InternedType& b, const A& x, const B& y) {
     OpenPairs none;
     return relate(x, y, none) ? std::string() : unrelated(a.desc(), b.desc());
   }
@@ -264,9 +265,9 @@ class FirstReason {
 
 }  // namespace
 
-bool isSubType(const Type& a, const Type& b) {
-  const Type* left = &a.stripped();
-  const Type* right = &b.stripped();
+bool isSubType(const InternedType& a, const InternedType& b) {
+  const InternedType* left = &a.stripped();
+  const InternedType* right = &b.stripped();
   if (left == right) return true;
   OpenPairs open;
   do {
@@ -278,13 +279,13 @@ bool isSubType(const Type& a, const Type& b) {
   return true;
 }
 
-std::optional<std::string> checkSubType(const Type& a, const Type& b) {
-  const Type& left = a.stripped();
-  const Type& right = b.stripped();
+std::optional<std::string> checkSubType(const InternedType& a, const InternedType& b) {
+  const InternedType& left = a.stripped();
+  const InternedType& right = b.stripped();
   return &left == &right ? std::nullopt : FirstReason().of(left, right);
 }
 
-void requireRelated(const Type& a, const Type& b, const char* format) {
+void requireRelated(const InternedType& a, const InternedType& b, const char* format) {
   if (&a.stripped() == &b.stripped() || isSubType(a, b)) return;
   throw vrnt::Exception(vrnt::ErrorCode::InvalidArguments, format,
                         checkSubType(a, b).value_or(std::string()));

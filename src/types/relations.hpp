@@ -5,26 +5,26 @@
 #include <optional>
 #include <string>
 
-#include "vornath_data/type_library.hpp"
+#include "type.hpp"
 
 namespace qex::vornath {
 
 /// The type without metadata at any depth: its twin, or the type itself.
-inline const Type& stripMetadata(const Type& type) { return type.stripped(); }
+inline const InternedType& stripMetadata(const InternedType& type) { return type.stripped(); }
 
 /// Whether a value of `a` may stand where `b` is expected.
-bool isSubType(const Type& a, const Type& b);
+bool isSubType(const InternedType& a, const InternedType& b);
 
 /// Whether each may stand for the other.
-inline bool isSameType(const Type& a, const Type& b) {
+inline bool isSameType(const InternedType& a, const InternedType& b) {
   return &a.stripped() == &b.stripped() || (isSubType(a, b) && isSubType(b, a));
 }
 
 /// isSubType() with the first reason against it in words; nothing means yes.
-std::optional<std::string> checkSubType(const Type& a, const Type& b);
+std::optional<std::string> checkSubType(const InternedType& a, const InternedType& b);
 
 /// Throws vrnt::Exception with `format`, its {} being the reason, unless `a` may stand for `b`.
-void requireRelated(const Type& a, const Type& b, const char* format);
+void requireRelated(const InternedType& a, const InternedType& b, const char* format);
 
 }  // namespace qex::vornath
 

@@ -1,3 +1,5 @@
+#include "type.hpp"
+
 #include <unordered_set>
 
 #include "layout.hpp"
@@ -5,7 +7,6 @@
 #include "type_handle.hpp"
 #include "type_text.hpp"
 #include "vornath_data/result.hpp"
-#include "vornath_data/type_library.hpp"
 
 namespace qex::vornath {
 namespace {
@@ -39,9 +40,9 @@ const T& keepFirst(std::atomic<const T*>& kept, T made) {
   return *first;
 }
 
-const Type* arrayElement(const TypeDesc& desc) {
+const InternedType* arrayElement(const TypeDesc& desc) {
   return std::visit(
-      [](const auto& alternative) -> const Type* {
+      [](const auto& alternative) -> const InternedType* {
         if constexpr (requires { alternative.shape; }) {
           return alternative.element.get();
         } else {
@@ -126,8 +127,8 @@ template struct Type::TArrayND<index2>;
 template struct Type::TArrayND<index3>;
 template struct Type::TArrayND<index4>;
 
-Type::Type(TypeDesc desc, const Metadata& metadata, TypePtr stripped,
-           std::weak_ptr<Factory> factory)
+InternedType::InternedType(TypeDesc desc, const Metadata& metadata, TypePtr stripped,
+                           std::weak_ptr<Factory> factory)
     : desc_(std::move(desc)),
       metadata_(metadata),
       factory_(std::move(factory)),
@@ -142,7 +143,7 @@ Type::Type(TypeDesc desc, const Metadata& metadata, TypePtr stripped,
   if (refSlotCount_ <= kFewRefSlots) {
     fewRefSlots_ = computeRefSlots(desc_, refSlotCount_);
     refSlots_.store(&fewRefSlots_, std::memory_order_relaxed);
-  } else if (const Type* const element = arrayElement(desc_)) {
+  } else if (const InternedType* const element = arrayElement(desc_)) {
     slotPattern_ = &element->slotPattern();
   }
   const std::string metadataWords = metadataText(metadata_);
@@ -150,11 +151,11 @@ Type::Type(TypeDesc desc, const Metadata& metadata, TypePtr stripped,
     shortText_ = *std::move(text);
     text_.store(&shortText_, std::memory_order_relaxed);
   } else {
-    textSum_ = qex::vornath::textSum(desc_, metadataWords);
+    textFingerprint_ = qex::vornath::textFingerprint(desc_, metadataWords);
   }
 }
 
-Type::~Type() {
+InternedType::~InternedType() {
   delete keptDefault_.load(std::memory_order_acquire);
   const std::string* const text = text_.load(std::memory_order_acquire);
   if (text != &shortText_) delete text;
@@ -162,19 +163,17 @@ Type::~Type() {
   if (slots != &fewRefSlots_) delete slots;
 }
 
-const Type::Made Type::kMade{&Type::makeText, &Type::makeRefSlots};
-
-const std::string& Type::makeText(const Type& type) {
+const std::string& InternedType::buildText() const {
   std::string text;
-  appendText(text, type);
-  return keepFirst(type.text_, std::move(text));
+  appendText(text, *this);
+  return keepFirst(text_, std::move(text));
 }
 
-const std::vector<std::uint64_t>& Type::makeRefSlots(const Type& type) {
-  return keepFirst(type.refSlots_, computeRefSlots(type.desc_, type.refSlotCount_));
+const std::vector<std::uint64_t>& InternedType::buildRefSlots() const {
+  return keepFirst(refSlots_, computeRefSlots(desc_, refSlotCount_));
 }
 
-const DynamicValue& Type::keepDefault(DynamicValue&& value) const {
+const DynamicValue& InternedType::keepDefault(DynamicValue&& value) const {
   auto kept = std::make_unique<const HeapValue<DynamicValue>>(std::move(value));
   const HeapValue<DynamicValue>* first = nullptr;
   if (keptDefault_.compare_exchange_strong(first, kept.get(), std::memory_order_acq_rel)) {
@@ -184,8 +183,8 @@ const DynamicValue& Type::keepDefault(DynamicValue&& value) const {
 }
 
 vrntType_t* allocateType(const Type& type) {
-  intrusive_ptr_add_ref(&type);
-  return typeHandle(type);
+  intrusive_ptr_add_ref(&asInterned(type));
+  return typeHandle(asInterned(type));
 }
 
 }  // namespace qex::vornath

@@ -1,5 +1,6 @@
 #include "type_factory.hpp"
 
+#include <boost/thread/recursive_mutex.hpp>
 #include <cstring>
 #include <mutex>
 #include <utility>
@@ -127,14 +128,14 @@ const std::shared_ptr<Type::Factory>& Type::get_factory(bool create) {
   return factory.pointer;
 }
 
-TypePtr Type::parse(std::string_view text) { return get_factory(true)->parseType(text); }
+TypePtr InternedType::parse(std::string_view text) { return get_factory(true)->parseType(text); }
 
-void intrusive_ptr_add_ref(const Type* type) noexcept {
+void intrusive_ptr_add_ref(const InternedType* type) noexcept {
   // Once the factory is gone the library is being unloaded and nothing counts any more.
   if (!type->factory_.expired()) type->references_.fetch_add(1, std::memory_order_relaxed);
 }
 
-void intrusive_ptr_release(const Type* type) noexcept {
+void intrusive_ptr_release(const InternedType* type) noexcept {
   if (type->factory_.expired()) return;
   std::uint32_t count = type->references_.load(std::memory_order_relaxed);
   while (count > 1) {
@@ -156,7 +157,7 @@ TypePtr Type::Factory::findByTextLocked(std::string_view text) {
 }
 
 TypePtr Type::Factory::findLongTextLocked(std::string_view text) {
-  TextSum sum;
+  TextFingerprint sum;
   sum.add(text);
   const auto found = typesByLongText_.find(LongTextKey(sum));
   if (found == typesByLongText_.end() || found->second->text() != text) return TypePtr();
@@ -166,15 +167,15 @@ TypePtr Type::Factory::findLongTextLocked(std::string_view text) {
 }
 
 // What was looked up once will be looked up again, and then costs no sum.
-void Type::Factory::indexLongTextLocked(const Type* type) {
+void Type::Factory::indexLongTextLocked(const InternedType* type) {
   if (!type->hasLongText() || type->indexed_) return;
-  const auto found = typesByLongText_.find(LongTextKey(type->textSum_));
+  const auto found = typesByLongText_.find(LongTextKey(type->textFingerprint_));
   if (found == typesByLongText_.end() || found->second != type) return;
   typesByText_.emplace(TextKey(type->text()), type);
   type->indexed_ = true;
 }
 
-void Type::Factory::enterTextLocked(Type* type) {
+void Type::Factory::enterTextLocked(InternedType* type) {
   if (type->hasLongText()) {
     enterLongTextLocked(type);
     return;
@@ -190,21 +191,22 @@ void Type::Factory::enterTextLocked(Type* type) {
   }
 }
 
-void Type::Factory::enterLongTextLocked(Type* type) {
-  const auto [entry, isNew] = typesByLongText_.try_emplace(LongTextKey(type->textSum_), type);
+void Type::Factory::enterLongTextLocked(InternedType* type) {
+  const auto [entry, isNew] =
+      typesByLongText_.try_emplace(LongTextKey(type->textFingerprint_), type);
   if (isNew) return;
-  const Type* const older = std::exchange(entry->second, type);
+  const InternedType* const older = std::exchange(entry->second, type);
   if (std::exchange(older->indexed_, false)) typesByText_.erase(TextKey(*older->knownText()));
 }
 
-void Type::Factory::removeTextLocked(const Type* type) noexcept {
+void Type::Factory::removeTextLocked(const InternedType* type) noexcept {
   if (!type->hasLongText()) {
     typesByText_.erase(TextKey(type->shortText_));
     return;
   }
-  const auto entry = typesByLongText_.find(LongTextKey(type->textSum_));
+  const auto entry = typesByLongText_.find(LongTextKey(type->textFingerprint_));
   if (entry == typesByLongText_.end()) return;
-  const Type* const entered = entry->second;
+  const InternedType* const entered = entry->second;
   if (std::exchange(entered->indexed_, false)) typesByText_.erase(TextKey(*entered->knownText()));
   typesByLongText_.erase(entry);
 }
@@ -215,19 +217,23 @@ TypePtr Type::Factory::makeStrippedLocked(const TypeDesc& desc, const Metadata& 
   return stripped ? makeType(*std::move(stripped)) : TypePtr();
 }
 
+Type::Factory::Factory() : lock_(std::make_unique<boost::recursive_mutex>()) {}
+
+Type::Factory::~Factory() = default;
+
 TypePtr Type::Factory::makeType(TypeDesc desc, const Metadata& metadata) {
-  const boost::recursive_mutex::scoped_lock guard(lock_);
+  const boost::recursive_mutex::scoped_lock guard(*lock_);
   if (const auto found = typesByKey_.find({&metadata, &desc}); found != typesByKey_.end()) {
     return TypePtr(found->second);
   }
   TypePtr stripped = makeStrippedLocked(desc, metadata);
 
   struct Delete {
-    void operator()(Type* type) const { delete type; }
+    void operator()(InternedType* type) const { delete type; }
   };
-  std::unique_ptr<Type, Delete> made(
-      new Type(std::move(desc), metadata, std::move(stripped), get_factory(true)));
-  Type* const type = made.get();
+  std::unique_ptr<InternedType, Delete> made(
+      new InternedType(std::move(desc), metadata, std::move(stripped), get_factory(true)));
+  InternedType* const type = made.get();
   const auto key = typesByKey_.emplace(Key{&type->metadata_, &type->desc_}, type).first;
   try {
     enterTextLocked(type);
@@ -240,50 +246,50 @@ TypePtr Type::Factory::makeType(TypeDesc desc, const Metadata& metadata) {
 
 TypePtr Type::Factory::parseType(std::string_view text) {
   {
-    const boost::recursive_mutex::scoped_lock guard(lock_);
+    const boost::recursive_mutex::scoped_lock guard(*lock_);
     if (TypePtr found = findByTextLocked(text)) return found;
   }
   TypePtr type = parseUncachedType(std::string(text));
   if (type->hasLongText()) {
-    const boost::recursive_mutex::scoped_lock guard(lock_);
+    const boost::recursive_mutex::scoped_lock guard(*lock_);
     indexLongTextLocked(type.get());
   }
   return type;
 }
 
-const Type* Type::Factory::makePermanent(const Type* type) {
-  const boost::recursive_mutex::scoped_lock guard(lock_);
+const InternedType* Type::Factory::makePermanent(const InternedType* type) {
+  const boost::recursive_mutex::scoped_lock guard(*lock_);
   permanentTypes_.insert(TypePtr(type));
   type->permanent_.store(true, std::memory_order_relaxed);
   return type;
 }
 
-void Type::Factory::releaseType(const Type* type) noexcept {
-  const boost::recursive_mutex::scoped_lock guard(lock_);
+void Type::Factory::releaseType(const InternedType* type) noexcept {
+  const boost::recursive_mutex::scoped_lock guard(*lock_);
   if (type->references_.fetch_sub(1, std::memory_order_acq_rel) != 1) return;
   if (type->permanent_.load(std::memory_order_relaxed) && !shuttingDown_) return;
   endLocked(type);
 }
 
-void Type::Factory::endLocked(const Type* type) noexcept {
+void Type::Factory::endLocked(const InternedType* type) noexcept {
   typesByKey_.erase({&type->metadata_, &type->desc_});
   removeTextLocked(type);
-  type->nextEnded_ = ended_;
+  type->nextUnlinked_ = ended_;
   ended_ = type;
   if (ending_) return;
   ending_ = true;
-  while (ended_) delete std::exchange(ended_, ended_->nextEnded_);
+  while (ended_) delete std::exchange(ended_, ended_->nextUnlinked_);
   ending_ = false;
 }
 
 void Type::Factory::shutDown() {
-  const boost::recursive_mutex::scoped_lock guard(lock_);
+  const boost::recursive_mutex::scoped_lock guard(*lock_);
   shuttingDown_ = true;
   const auto permanent = std::exchange(permanentTypes_, {});
 }
 
 std::size_t Type::Factory::liveTypes() const {
-  const boost::recursive_mutex::scoped_lock guard(lock_);
+  const boost::recursive_mutex::scoped_lock guard(*lock_);
   return typesByKey_.size();
 }
 

@@ -7,24 +7,28 @@
 #ifndef VORNATH_TYPES_TYPE_FACTORY_HPP
 #define VORNATH_TYPES_TYPE_FACTORY_HPP
 
-#include <boost/thread/recursive_mutex.hpp>
 #include <compare>
 #include <cstdint>
 #include <map>
+#include <memory>
 #include <set>
 #include <string_view>
 
+#include "type.hpp"
 #include "type_order.hpp"
-#include "vornath_data/type_library.hpp"
+
+namespace boost {
+class recursive_mutex;
+}
 
 namespace qex::vornath {
 
 class Type::Factory {
  public:
-  Factory() = default;
+  Factory();
   Factory(const Factory&) = delete;
   Factory& operator=(const Factory&) = delete;
-  ~Factory() = default;
+  ~Factory();
 
   /// The one type of this description and metadata: an existing one with a new reference, or a new
   /// one. The alternative's own constructor has checked the description. Throws std::bad_alloc and
@@ -36,10 +40,10 @@ class Type::Factory {
   TypePtr parseType(std::string_view text);
 
   /// Keeps the type alive until shutDown(). Returns the type that it was given.
-  const Type* makePermanent(const Type* type);
+  const InternedType* makePermanent(const InternedType* type);
 
   /// Drops a reference that may be the last one.
-  void releaseType(const Type* type) noexcept;
+  void releaseType(const InternedType* type) noexcept;
 
   /// Drops the references that keep permanent types alive. There is no way back.
   void shutDown();
@@ -76,7 +80,7 @@ class Type::Factory {
   // which a look-up makes sure of; elsewhere two that aren't may drive each other out of the table,
   // which costs a parse.
   struct LongTextKey {
-    explicit LongTextKey(const TextSum& text) : length(text.length), digest(text.digest) {}
+    explicit LongTextKey(const TextFingerprint& text) : length(text.length), digest(text.digest) {}
 
     std::uint64_t length;
     std::uint64_t digest;
@@ -86,24 +90,24 @@ class Type::Factory {
 
   TypePtr findByTextLocked(std::string_view text);
   TypePtr findLongTextLocked(std::string_view text);
-  void indexLongTextLocked(const Type* type);
-  void enterTextLocked(Type* type);
-  void enterLongTextLocked(Type* type);
-  void removeTextLocked(const Type* type) noexcept;
+  void indexLongTextLocked(const InternedType* type);
+  void enterTextLocked(InternedType* type);
+  void enterLongTextLocked(InternedType* type);
+  void removeTextLocked(const InternedType* type) noexcept;
   TypePtr makeStrippedLocked(const TypeDesc& desc, const Metadata& metadata);
-  void endLocked(const Type* type) noexcept;
+  void endLocked(const InternedType* type) noexcept;
 
-  std::map<Key, Type*, KeyOrder> typesByKey_;
+  std::map<Key, InternedType*, KeyOrder> typesByKey_;
   // All short texts, and of the long ones those that were looked up or parsed.
-  std::map<TextKey, const Type*> typesByText_;
-  std::map<LongTextKey, const Type*> typesByLongText_;
+  std::map<TextKey, const InternedType*> typesByText_;
+  std::map<LongTextKey, const InternedType*> typesByLongText_;
   std::set<TypePtr, TypeOrder> permanentTypes_;
   bool shuttingDown_ = false;
-  mutable boost::recursive_mutex lock_;
+  const std::unique_ptr<boost::recursive_mutex> lock_;  // its header is a costly one
 
   // Types that have ended and wait for their destruction, chained through nextEnded_: the end of a
   // type ends its children, and a chain of them must not recurse.
-  const Type* ended_ = nullptr;
+  const InternedType* ended_ = nullptr;
   bool ending_ = false;
 };
 

@@ -2,17 +2,17 @@
 #ifndef VORNATH_TYPES_TYPE_HANDLE_HPP
 #define VORNATH_TYPES_TYPE_HANDLE_HPP
 
-#include "vornath_data/type_library.hpp"
+#include "type.hpp"
 
 namespace qex::vornath {
 
-inline const Type& typeOf(const vrntType_t* handle) {
-  return *reinterpret_cast<const Type*>(handle);
+inline const InternedType& typeOf(const vrntType_t* handle) {
+  return *reinterpret_cast<const InternedType*>(handle);
 }
 
 /// Takes no reference. Types are immutable, whatever the handle says of const.
-inline vrntType_t* typeHandle(const Type& type) {
-  return reinterpret_cast<vrntType_t*>(const_cast<Type*>(&type));
+inline vrntType_t* typeHandle(const InternedType& type) {
+  return reinterpret_cast<vrntType_t*>(const_cast<InternedType*>(&type));
 }
 
 }  // namespace qex::vornath

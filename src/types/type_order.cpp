@@ -12,8 +12,8 @@ namespace {
 // the first such pair and never comes back, and needs no stack.
 struct Difference {
   int sign = 0;
-  const Type* a = nullptr;
-  const Type* b = nullptr;
+  const InternedType* a = nullptr;
+  const InternedType* b = nullptr;
 
   bool found() const { return sign != 0 || a != nullptr; }
 };
@@ -131,7 +131,7 @@ int compareTypes(const TypeDesc& descA, const Metadata& metadataA, const TypeDes
 int compareInterned(const TypeDesc& descA, const Metadata& metadataA, const TypeDesc& descB,
                     const Metadata& metadataB) {
   const Difference d = compareDescs(descA, descB);
-  if (d.a != nullptr) return std::less<const Type*>()(d.a, d.b) ? -1 : 1;
+  if (d.a != nullptr) return std::less<const InternedType*>()(d.a, d.b) ? -1 : 1;
   return d.sign != 0 ? d.sign : compareMetadata(metadataA, metadataB);
 }
 

@@ -2,7 +2,7 @@
 #ifndef VORNATH_TYPES_TYPE_ORDER_HPP
 #define VORNATH_TYPES_TYPE_ORDER_HPP
 
-#include "vornath_data/type_library.hpp"
+#include "type.hpp"
 
 namespace qex::vornath {
 
@@ -11,9 +11,9 @@ namespace qex::vornath {
 int compareTypes(const TypeDesc& descA, const Metadata& metadataA, const TypeDesc& descB,
                  const Metadata& metadataB);
 
-/// The same question for the descriptions of interned types, whose parts are one object exactly when
-/// they are equal: parts are told apart by address, so that the depth of a type costs nothing. Which
-/// of two unequal ones comes first is arbitrary, but stays while both live.
+/// The same question for the descriptions of interned types, whose parts are one object exactly
+/// when they are equal: parts are told apart by address, so that the depth of a type costs nothing.
+/// Which of two unequal ones comes first is arbitrary, but stays while both live.
 int compareInterned(const TypeDesc& descA, const Metadata& metadataA, const TypeDesc& descB,
                     const Metadata& metadataB);
 

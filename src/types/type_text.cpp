@@ -116,7 +116,7 @@ class ShortSink {
       fits_ = false;
     }
   }
-  void type(const Type& part) {
+  void type(const InternedType& part) {
     const std::string* const known = part.knownText();
     if (known != nullptr) {
       words(*known);
@@ -136,27 +136,27 @@ class ShortSink {
 
 struct SumSink {
   void words(std::string_view piece) { sum.add(piece); }
-  void type(const Type& part) {
+  void type(const InternedType& part) {
     if (part.hasLongText()) {
-      sum.add(part.textSum());
+      sum.add(part.textFingerprint());
     } else {
       sum.add(part.text());
     }
   }
 
-  TextSum sum;
+  TextFingerprint sum;
 };
 
 struct WholeSink {
   void words(std::string_view piece) { text.append(piece); }
-  void type(const Type& part) { appendText(text, part); }
+  void type(const InternedType& part) { appendText(text, part); }
 
   std::string& text;
 };
 
 // What is still to be appended: a type's text, or words.
 struct Piece {
-  const Type* type;
+  const InternedType* type;
   std::string words;
 };
 
@@ -171,7 +171,7 @@ struct PieceSink {
       later.push_back({nullptr, std::string(piece)});
     }
   }
-  void type(const Type& part) {
+  void type(const InternedType& part) {
     if (const std::string* const known = part.knownText()) {
       words(*known);
     } else {
@@ -194,7 +194,7 @@ std::string joined(std::initializer_list<std::int32_t> extents) {
 
 }  // namespace
 
-void TextSum::add(std::string_view words) noexcept {
+void TextFingerprint::add(std::string_view words) noexcept {
   for (const char character : words) {
     digest = sum(product(digest, kBase), static_cast<unsigned char>(character) + 1U);
     shift = product(shift, kBase);
@@ -202,7 +202,7 @@ void TextSum::add(std::string_view words) noexcept {
   length += words.size();
 }
 
-void TextSum::add(const TextSum& text) noexcept {
+void TextFingerprint::add(const TextFingerprint& text) noexcept {
   digest = sum(product(digest, text.shift), text.digest);
   shift = product(shift, text.shift);
   length += text.length;
@@ -215,20 +215,20 @@ std::optional<std::string> shortText(const TypeDesc& desc, std::string_view meta
   return std::move(sink).result();
 }
 
-TextSum textSum(const TypeDesc& desc, std::string_view metadataWords) {
+TextFingerprint textFingerprint(const TypeDesc& desc, std::string_view metadataWords) {
   SumSink sink;
   writeDesc(desc, sink);
   sink.words(metadataWords);
   return sink.sum;
 }
 
-void appendText(std::string& out, const Type& type) {
+void appendText(std::string& out, const InternedType& type) {
   if (const std::string* const known = type.knownText()) {
     out.append(*known);
     return;
   }
-  if (type.textSum().length > out.max_size() - out.size()) throw std::bad_alloc();
-  if (out.empty()) out.reserve(type.textSum().length);
+  if (type.textFingerprint().length > out.max_size() - out.size()) throw std::bad_alloc();
+  if (out.empty()) out.reserve(type.textFingerprint().length);
 
   std::vector<Piece> open;  // the next one last
   open.push_back({&type, {}});

@@ -11,7 +11,7 @@
 #include <string>
 #include <string_view>
 
-#include "vornath_data/type_library.hpp"
+#include "type.hpp"
 
 namespace qex::vornath {
 
@@ -24,10 +24,10 @@ inline constexpr std::size_t kLongestShortText = 4096;
 std::optional<std::string> shortText(const TypeDesc& desc, std::string_view metadataWords);
 
 /// The sum of that text, whatever its length.
-TextSum textSum(const TypeDesc& desc, std::string_view metadataWords);
+TextFingerprint textFingerprint(const TypeDesc& desc, std::string_view metadataWords);
 
 /// Appends the type's text, without making the type keep it.
-void appendText(std::string& out, const Type& type);
+void appendText(std::string& out, const InternedType& type);
 
 /// "enum { A; B; }", the metadata of the constructors included.
 std::string enumText(const Type::TEnum& enumeration);

@@ -23,7 +23,7 @@ struct KindWords {
 
 }  // namespace
 
-void raiseWrongKind(const char* function, const char* takes, const Type& given) {
+void raiseWrongKind(const char* function, const char* takes, const InternedType& given) {
   const char* const kind = std::visit(KindWords(), given.desc());
   if (!given.hasLongText()) throw WrongKind(function, takes, kind, given.text());
   const bool isEnum = given.getIf<Type::TEnum>() != nullptr;

@@ -91,13 +91,13 @@ void endBlock(vrntValue_t* block) noexcept {
   }
 }
 
-std::int32_t declaredLength(const Type& type) {
+std::int32_t declaredLength(const InternedType& type) {
   const auto* array = type.getIf<Type::TArrayND<int>>();
   return array != nullptr && array->shape ? *array->shape : 0;
 }
 
-vrntValue_t* allocateBlock(const Type& type, Fill fill) {
-  const Type& stripped = type.stripped();
+vrntValue_t* allocateBlock(const InternedType& type, Fill fill) {
+  const InternedType& stripped = type.stripped();
   if (stripped.size() > kLargestAllocation - kBlockHeaderSize) throw std::bad_alloc();
   const std::size_t size = kBlockHeaderSize + stripped.size();
   // A long list may be made only now, and there may be no memory for it.

@@ -10,7 +10,7 @@
 #include <utility>
 
 #include "ref_slots.hpp"
-#include "vornath_data/type_library.hpp"
+#include "type.hpp"
 
 namespace qex::vornath {
 
@@ -33,8 +33,8 @@ inline const char* blockData(const vrntValue_t* block) {
   return reinterpret_cast<const char*>(block) + kBlockHeaderSize;
 }
 
-inline const Type& blockType(const vrntValue_t* block) {
-  return *reinterpret_cast<const Type*>(block->type);
+inline const InternedType& blockType(const vrntValue_t* block) {
+  return *reinterpret_cast<const InternedType*>(block->type);
 }
 
 /// Whether an argument that may be a text is a block. Reads no further than a text reaches.
@@ -100,7 +100,7 @@ inline void releaseWord(std::uint64_t word) noexcept {
 }
 
 /// Takes a reference for each block word in the bytes of a value of the type.
-inline void retainReferences(const Type& type, const char* data) {
+inline void retainReferences(const InternedType& type, const char* data) {
   RefSlots(type).forEach(
       [data](std::uint64_t slot) { retainWord(loadWord(data + slot * kWordSize)); });
 }
@@ -112,7 +112,7 @@ enum class Fill { Zero, Undefined };
 /// A new block of the type's `stripped` form with a count of 0. `length` is the extent of a
 /// one-dimensional array type, else 0. Of a type that hasn't put its text together yet the block
 /// doesn't know the text. Throws std::bad_alloc.
-vrntValue_t* allocateBlock(const Type& type, Fill fill);
+vrntValue_t* allocateBlock(const InternedType& type, Fill fill);
 
 // The texts of types in blocks. A long text is put together when somebody needs it, since each type
 // of a deep nest has nearly the whole text of the nest. Who needs it are hosts, who read `typeText`
@@ -125,7 +125,7 @@ vrntValue_t* allocateBlock(const Type& type, Fill fill);
 /// outermost type is what they take at most.
 inline constexpr std::uint32_t kShownDepth = 64;
 
-inline bool isDeep(const Type& type) { return type.referenceDepth() > kShownDepth; }
+inline bool isDeep(const InternedType& type) { return type.referenceDepth() > kShownDepth; }
 
 inline bool showsTypeText(const vrntValue_t* block) {
   return std::atomic_ref(const_cast<vrntValue_t*>(block)->typeText)
@@ -178,7 +178,7 @@ void showTargets(const vrntValue_t* block);
 void discardBlock(vrntValue_t* block) noexcept;
 
 /// The extent of a one-dimensional array type, else 0.
-std::int32_t declaredLength(const Type& type);
+std::int32_t declaredLength(const InternedType& type);
 
 /// A counted handle on a block; only one that was moved from is empty.
 class BlockPtr {
@@ -220,14 +220,14 @@ class BlockPtr {
 class NewBlock {
  public:
   /// Throws std::bad_alloc.
-  NewBlock(const Type& type, Fill fill) : block_(allocateBlock(type, fill)) {}
+  NewBlock(const InternedType& type, Fill fill) : block_(allocateBlock(type, fill)) {}
   NewBlock(NewBlock&& other) noexcept : block_(std::exchange(other.block_, nullptr)) {}
   NewBlock& operator=(NewBlock&&) = delete;
   ~NewBlock() {
     if (block_ != nullptr) discardBlock(block_);
   }
 
-  const Type& type() const noexcept { return blockType(block_); }
+  const InternedType& type() const noexcept { return blockType(block_); }
   char* data() const noexcept { return blockData(block_); }
 
   /// Throws std::bad_alloc if there is no memory for the text of a type that a word leads to.

@@ -66,7 +66,7 @@ std::uint64_t wordOfCopy(std::uint64_t word) {
 // A copy of a default that others copy at the same time. Each spectrum in it gets an array of its
 // own, so that nobody ever holds one of the kept default.
 DynamicValue copyOfDefault(const DynamicValue& kept) {
-  const Type& type = kept.typeOf();
+  const InternedType& type = kept.typeOf();
   if (type.refSlotCount() == 0) return DynamicValue(kept.view());
   const RefSlots slots(type);
   NewBlock made(type, Fill::Undefined);
@@ -86,11 +86,11 @@ DynamicValue copyOfDefault(const DynamicValue& kept) {
 
 // Whether a spectrum of one float may stand where the type is expected. That needs more than the
 // type standing where a spectrum is expected: its array may promise more than one float.
-bool takesFlatSpectrum(const Type& type) {
+bool takesFlatSpectrum(const InternedType& type) {
   const auto* structure = type.stripped().getIf<Type::TStruct>();
   if (structure == nullptr || !isSubType(type, spectrumType())) return false;
-  const Type& reference = structure->fields[1].type->stripped();
-  const Type& target = reference.get<Type::TRef>().target->stripped();
+  const InternedType& reference = structure->fields[1].type->stripped();
+  const InternedType& target = reference.get<Type::TRef>().target->stripped();
   const auto& shape = target.get<Type::TArrayND<int>>().shape;
   return !shape || *shape == 1;
 }
@@ -100,7 +100,7 @@ class BoundsFiller {
  public:
   explicit BoundsFiller(std::span<DynamicValue> bounds) : bounds_(bounds) {}
 
-  void fill(const Type& type) {
+  void fill(const InternedType& type) {
     open(type, 0);
     while (!frames_.empty()) {
       Frame& frame = frames_.back();
@@ -125,12 +125,12 @@ class BoundsFiller {
 
  private:
   struct Frame {
-    const Type* type;
+    const InternedType* type;
     std::uint64_t offset;
     std::size_t next;  // the next field, or 1 when the first element is done
   };
 
-  void open(const Type& type, std::uint64_t offset) {
+  void open(const InternedType& type, std::uint64_t offset) {
     if (takesFlatSpectrum(type)) {
       fillSpectrum(type, offset);
       applyBoundsMetadata(type, bounds_, offset);
@@ -141,7 +141,7 @@ class BoundsFiller {
     }
   }
 
-  void fillSpectrum(const Type& type, std::uint64_t offset) {
+  void fillSpectrum(const InternedType& type, std::uint64_t offset) {
     const auto& offsets = type.getIf<Type::TStruct>()->offsets;
     const auto code = static_cast<std::int32_t>(SpectrumEncoding::Luminance);
     for (std::size_t bound = 0; bound < bounds_.size(); ++bound) {
@@ -187,7 +187,7 @@ class BoundsFiller {
   bool fillLeaf(const Type::TRef&, std::uint64_t) { return true; }
   bool fillLeaf(const Type::TFun&, std::uint64_t) { return true; }
 
-  void copyFirstElement(const Type& arrayType, std::uint64_t offset) {
+  void copyFirstElement(const InternedType& arrayType, std::uint64_t offset) {
     const auto [element, count] = arrayElements(arrayType);
     const std::uint64_t size = element->size() * static_cast<std::uint64_t>(count);
     // Before the first copy: words that were copied and don't count yet would be released.
@@ -224,7 +224,8 @@ class BoundsFiller {
 
 }  // namespace
 
-void applyBoundsMetadata(const Type& type, std::span<DynamicValue> bounds, std::uint64_t offset) {
+void applyBoundsMetadata(const InternedType& type, std::span<DynamicValue> bounds,
+                         std::uint64_t offset) {
   const Metadata& metadata = type.metadata();
   if (metadata.empty()) return;
   const auto find = [&](std::string_view key) -> const DynamicValue* {

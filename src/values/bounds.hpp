@@ -28,7 +28,8 @@ DynamicValue makeDefaultValue(const TypePtr& type);
 /// are the first ones of a ValueBounds. An annotation counts only if its value's type may stand for
 /// the annotated one. A limit stands for the soft limit as well if no annotation that counts gives
 /// that.
-void applyBoundsMetadata(const Type& type, std::span<DynamicValue> bounds, std::uint64_t offset);
+void applyBoundsMetadata(const InternedType& type, std::span<DynamicValue> bounds,
+                         std::uint64_t offset);
 
 }  // namespace qex::vornath
 

@@ -62,13 +62,15 @@ class Planner : private PairPlanner<Planner, Outcome, Match> {
   Planner(Transfer& transfer, bool lenient) : transfer_(transfer), lenient_(lenient) {}
 
   // Both without metadata.
-  Outcome plan(const Type& source, const Type& target) { return decide(source, target); }
+  Outcome plan(const InternedType& source, const InternedType& target) {
+    return decide(source, target);
+  }
 
  private:
   friend PairPlanner;
 
   // Decides the pair, or puts it on the stack if it has inner pairs to decide first.
-  void open(const Type& source, const Type& target) {
+  void open(const InternedType& source, const InternedType& target) {
     if (&source == &target) {
       outcomes_.emplace(TypePair(&source, &target), Outcome{true, transfer_.copy(target)});
       return;
@@ -77,7 +79,7 @@ class Planner : private PairPlanner<Planner, Outcome, Match> {
                target.desc());
   }
 
-  void open(const Type& source, const Type& target, const Type::TStruct& s,
+  void open(const InternedType& source, const InternedType& target, const Type::TStruct& s,
             const Type::TStruct& t) {
     Frame frame{&source, &target, {}, {}, 0};
     NameTable labels;
@@ -93,20 +95,21 @@ class Planner : private PairPlanner<Planner, Outcome, Match> {
   }
 
   template <typename D>
-  void open(const Type& source, const Type& target, const Type::TArrayND<D>& s,
+  void open(const InternedType& source, const InternedType& target, const Type::TArrayND<D>& s,
             const Type::TArrayND<D>& t) {
     frames_.push_back({&source, &target, {{s.element.get(), t.element.get()}}, {}, 0});
   }
 
   template <typename S, typename T>
-  void open(const Type& source, const Type& target, const S& s, const T& t) {
+  void open(const InternedType& source, const InternedType& target, const S& s, const T& t) {
     const bool related = isSubType(source, target);
     const Part part = related ? transfer_.copy(target) : convert(source, target, s, t);
     outcomes_.emplace(TypePair(&source, &target), Outcome{related, part});
   }
 
   // The label says which constructor is meant, so a code is looked up in a table of the other's.
-  Part convert(const Type&, const Type& target, const Type::TEnum& s, const Type::TEnum& t) {
+  Part convert(const InternedType&, const InternedType& target, const Type::TEnum& s,
+               const Type::TEnum& t) {
     constexpr std::int32_t kMissing = -1;
     std::vector<std::int32_t> codes;
     codes.reserve(s.constructors.size());
@@ -134,7 +137,7 @@ class Planner : private PairPlanner<Planner, Outcome, Match> {
   }
 
   template <typename S, typename T>
-  Part convert(const Type& source, const Type& target, const S&, const T&) {
+  Part convert(const InternedType& source, const InternedType& target, const S&, const T&) {
     if (lenient_) return {};
     return transfer_.act([&source, &target](const char*, char*) {
       throw Exception(ErrorCode::InvalidArguments, "Cannot convert {} to {}: Types are unrelated.",

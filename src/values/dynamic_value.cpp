@@ -23,7 +23,7 @@ TypePtr arrayTypeOf(const TypePtr& element, const Extents& extents, std::size_t 
   return type;
 }
 
-BlockPtr copyOf(const Type& type, const void* bytes) {
+BlockPtr copyOf(const InternedType& type, const void* bytes) {
   NewBlock made(type, Fill::Undefined);
   if (bytes != nullptr) {
     std::memcpy(made.data(), bytes, type.size());
@@ -36,7 +36,7 @@ BlockPtr copyOf(const Type& type, const void* bytes) {
 
 }  // namespace
 
-void requireFitting(const Type& given, const Type& required) {
+void requireFitting(const InternedType& given, const InternedType& required) {
   requireRelated(given, required, "Incompatible type for value -> {}.");
 }
 
@@ -219,6 +219,12 @@ void DynamicValue::assignChecked(const DynamicValue& other) {
 void DynamicValue::assignChecked(DynamicValue&& other) {
   requireFitting(other.typeOf(), typeOf());
   block_ = std::move(other.block_);
+}
+
+vrntValue_t* allocateValue(const DynamicValue& value) {
+  showToHost(value.block());
+  retainBlock(value.block());
+  return value.block();
 }
 
 }  // namespace qex::vornath

@@ -14,8 +14,8 @@
 #include <vector>
 
 #include "block.hpp"
+#include "type.hpp"
 #include "views.hpp"
-#include "vornath_data/type_library.hpp"
 
 namespace qex::vornath {
 
@@ -51,9 +51,9 @@ class DynamicValue {
   };
 
   /// Writes the bytes of a new value, of which it knows the type. The bytes are undefined before.
-  using Filler = std::function<void(const Type&, char*)>;
+  using Filler = std::function<void(const InternedType&, char*)>;
   /// Receives the written type and offset; after setLength() null and 0.
-  using ChangeListener = std::function<void(const Type*, std::uint64_t)>;
+  using ChangeListener = std::function<void(const InternedType*, std::uint64_t)>;
   /// The values that a stream has given so far, by the words under which the stream refers to them.
   using StreamMap = std::map<std::size_t, VRef>;
 
@@ -145,7 +145,7 @@ class DynamicValue {
   }
   ~DynamicValue() = default;
 
-  const Type& typeOf() const noexcept { return *type_; }
+  const InternedType& typeOf() const noexcept { return *type_; }
   const TypePtr& type() const noexcept { return type_; }
   /// The extent of a one-dimensional array type, else 0.
   std::int32_t length() const noexcept { return length_; }
@@ -175,7 +175,7 @@ class DynamicValue {
   ChangeListener& changeListener() noexcept { return changeListener_; }
 
   /// Calls the listener if there is one.
-  void notify(const Type* type, std::uint64_t offset) const {
+  void notify(const InternedType* type, std::uint64_t offset) const {
     if (changeListener_) changeListener_(type, offset);
   }
 
@@ -204,7 +204,7 @@ struct DynamicValue::Field {
 
 /// Throws "Incompatible type for value -> {}." with the reason unless `given` may stand where
 /// `required` is expected.
-void requireFitting(const Type& given, const Type& required);
+void requireFitting(const InternedType& given, const InternedType& required);
 
 /// The type of an array that is to take so many values. Throws what DynamicValue::array() throws
 /// before it looks at the values.

@@ -27,13 +27,12 @@ bool floatsEqual(float a, float b, float tolerance) {
 }
 
 bool halfsEqual(Float16 a, Float16 b, float tolerance) {
-  if (a.isInfinity() && b.isInfinity()) return a.isNegative() == b.isNegative();
-  const Float16 difference = halfFromFloat(halfToFloat(a) + halfToFloat(-b));
-  return tolerance >= std::fabs(halfToFloat(difference));
+  if (isInfinite(a) && isInfinite(b)) return a.bits == b.bits;
+  return tolerance >= std::fabs(halfDifference(a, b));
 }
 
 struct Side {
-  const Type* type;
+  const InternedType* type;
   const char* data;
 };
 
@@ -61,8 +60,8 @@ class Comparison {
         const Side partB = partOf(frame.b, fieldPlace(*frame.b.type, part));
         if (!open(partA, partB)) return false;
       } else {
-        const Type* elementA = arrayElements(*frame.a.type).element;
-        const Type* elementB = arrayElements(*frame.b.type).element;
+        const InternedType* elementA = arrayElements(*frame.a.type).element;
+        const InternedType* elementB = arrayElements(*frame.b.type).element;
         const std::uint64_t offset = part * elementA->size();
         if (!open({elementA, frame.a.data + offset}, {elementB, frame.b.data + offset})) {
           return false;
@@ -192,13 +191,13 @@ class Comparison {
                       tolerance_);
   }
 
-  bool sameType(const Type& a, const Type& b) const {
+  bool sameType(const InternedType& a, const InternedType& b) const {
     if (isSameType(a, b)) return true;
     explainTypes("Type mismatch: ", a, b);
     return false;
   }
 
-  void explainTypes(const char* start, const Type& a, const Type& b) const {
+  void explainTypes(const char* start, const InternedType& a, const InternedType& b) const {
     if (reason_ != nullptr) setReason(start, a.text(), b.text());
   }
 

@@ -8,18 +8,18 @@
 namespace qex::vornath {
 namespace {
 
-const Type& makeFixed(TypeDesc desc) {
+const InternedType& makeFixed(TypeDesc desc) {
   Type::Factory& factory = *Type::get_factory(true);
   return *factory.makePermanent(factory.makeType(std::move(desc)).get());
 }
 
 template <std::size_t Base>
-const Type& fixedBaseType() {
-  static const Type& type = makeFixed(static_cast<Type::TBasetype>(Base));
+const InternedType& fixedBaseType() {
+  static const InternedType& type = makeFixed(static_cast<Type::TBasetype>(Base));
   return type;
 }
 
-using Getter = const Type& (*)();
+using Getter = const InternedType& (*)();
 
 template <std::size_t... Bases>
 constexpr std::array<Getter, sizeof...(Bases)> getters(std::index_sequence<Bases...>) {
@@ -30,13 +30,13 @@ constexpr auto kGetters = getters(std::make_index_sequence<kBaseTypes.size()>())
 
 }  // namespace
 
-const Type& baseType(Type::TBasetype base) {
+const InternedType& baseType(Type::TBasetype base) {
   baseTypeInfo(base);
   return kGetters[static_cast<std::size_t>(base)]();
 }
 
-const Type& voidReferenceType() {
-  static const Type& type = makeFixed(Type::TRef{});
+const InternedType& voidReferenceType() {
+  static const InternedType& type = makeFixed(Type::TRef{});
   return type;
 }
 

@@ -9,16 +9,16 @@
 #include <type_traits>
 
 #include "half.hpp"
+#include "type.hpp"
 #include "views.hpp"
-#include "vornath_data/type_library.hpp"
 
 namespace qex::vornath {
 
 /// Throws "Illegal base type." for a number outside the enumeration.
-const Type& baseType(Type::TBasetype base);
+const InternedType& baseType(Type::TBasetype base);
 
 /// `void*`.
-const Type& voidReferenceType();
+const InternedType& voidReferenceType();
 
 /// A truth value as it lies in memory.
 struct Bool32 {
@@ -45,7 +45,7 @@ namespace fixed_types_detail {
 template <Type::TBasetype Base>
 struct Scalar {
   static constexpr Type::TBasetype kBase = Base;
-  static const Type& type() { return baseType(Base); }
+  static const InternedType& type() { return baseType(Base); }
 };
 
 }  // namespace fixed_types_detail
@@ -65,7 +65,7 @@ template <typename Lane, std::size_t Lanes>
 struct FixedType<std::array<Lane, Lanes>> {
   static_assert(Lanes >= 2 && Lanes <= 4);
   // The vectors of a lane type follow it in the enumeration.
-  static const Type& type() {
+  static const InternedType& type() {
     return baseType(static_cast<Type::TBasetype>(static_cast<int>(FixedType<Lane>::kBase) +
                                                  static_cast<int>(Lanes) - 1));
   }
@@ -73,7 +73,7 @@ struct FixedType<std::array<Lane, Lanes>> {
 
 template <>
 struct FixedType<ReferenceWord> {
-  static const Type& type() { return voidReferenceType(); }
+  static const InternedType& type() { return voidReferenceType(); }
 };
 
 /// The `T` at a view. Throws "Incompatible type for accessor -> {}.".

@@ -150,7 +150,7 @@ vrntValueView_t* vrntValueStructField(vrntValueView_t* out, const vrntType_t* st
 
 vrntValueView_t* vrntValueArrayElement(vrntValueView_t* out, const vrntType_t* arrayType,
                                        const int32_t* index) {
-  const Type& type = typeOf(arrayType);
+  const InternedType& type = typeOf(arrayType);
   if (type.getIf<Type::TArrayND<int>>() != nullptr) return fill(out, elementPlace(type, index[0]));
   if (type.getIf<Type::TArrayND<index2>>() != nullptr) {
     return fill(out, elementPlace(type, index2{index[0], index[1]}));

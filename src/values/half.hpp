@@ -1,29 +1,30 @@
-/// Half-precision numbers. All the library knows of where they come from stands here.
+/// Half-precision numbers (IEEE 754 binary16) as they lie in values: their bits, and conversions.
 #ifndef VORNATH_VALUES_HALF_HPP
 #define VORNATH_VALUES_HALF_HPP
-
-// Without Imath's table of all halves there is no library of Imath's to link.
-#define IMATH_HALF_NO_LOOKUP_TABLE
-#include <Imath/half.h>
 
 #include <cstdint>
 
 namespace qex::vornath {
 
-/// Sixteen bits; arithmetic gives the nearest half, on a tie the even one.
-using Float16 = ::half;
-static_assert(sizeof(Float16) == 2);
+/// The sixteen bits of a half. Arithmetic goes through float.
+struct Float16 {
+  std::uint16_t bits;
+};
 
-inline Float16 halfFromBits(std::uint16_t bits) {
-  Float16 value;
-  value.setBits(bits);
-  return value;
-}
-inline std::uint16_t halfBits(Float16 value) { return value.bits(); }
+inline Float16 halfFromBits(std::uint16_t bits) { return {bits}; }
+inline std::uint16_t halfBits(Float16 value) { return value.bits; }
 
-inline Float16 halfFromFloat(float value) { return Float16(value); }
-inline std::uint16_t halfBitsFromFloat(float value) { return Float16(value).bits(); }
-inline float halfToFloat(Float16 value) { return static_cast<float>(value); }
+/// Returns the half nearest to `value`; of two equally near, the one with an even last bit.
+Float16 halfFromFloat(float value) noexcept;
+/// Returns the same number, exactly.
+float halfToFloat(Float16 value) noexcept;
+
+/// Returns `a` less `b`, rounded to a half.
+float halfDifference(Float16 a, Float16 b) noexcept;
+
+inline bool isInfinite(Float16 value) { return (value.bits & 0x7FFFU) == 0x7C00U; }
+
+inline std::uint16_t halfBitsFromFloat(float value) { return halfFromFloat(value).bits; }
 
 }  // namespace qex::vornath
 

@@ -7,15 +7,17 @@
 #include <utility>
 #include <vector>
 
-#include "vornath_data/type_library.hpp"
+#include "type.hpp"
 
 namespace qex::vornath {
 
-using TypePair = std::pair<const Type*, const Type*>;
+using TypePair = std::pair<const InternedType*, const InternedType*>;
 
 struct TypePairHash {
   std::size_t operator()(const TypePair& pair) const noexcept {
-    const auto bits = [](const Type* type) { return reinterpret_cast<std::uintptr_t>(type); };
+    const auto bits = [](const InternedType* type) {
+      return reinterpret_cast<std::uintptr_t>(type);
+    };
     const std::uint64_t mixed = (bits(pair.first) * 31 + bits(pair.second)) * 0x9E3779B97F4A7C15U;
     return static_cast<std::size_t>(mixed ^ (mixed >> 32));
   }
@@ -34,14 +36,14 @@ template <typename Planner, typename Outcome, typename Field>
 class PairPlanner {
  protected:
   struct Frame {
-    const Type* first;
-    const Type* second;
+    const InternedType* first;
+    const InternedType* second;
     std::vector<TypePair> inner;  // what must be known first
     std::vector<Field> fields;    // of structs, one for each inner pair
     std::size_t next = 0;
   };
 
-  Outcome decide(const Type& first, const Type& second) {
+  Outcome decide(const InternedType& first, const InternedType& second) {
     Planner& planner = static_cast<Planner&>(*this);
     planner.open(first, second);
     while (!frames_.empty()) {

@@ -24,7 +24,7 @@ TypePtr makeType(TypeDesc desc, const Metadata& metadata = {}) {
   return Type::get_factory(true)->makeType(std::move(desc), metadata);
 }
 
-bool isMarked(const Type& type) { return type.metadata().count("no_specialize") != 0; }
+bool isMarked(const InternedType& type) { return type.metadata().count("no_specialize") != 0; }
 
 // Works out what becomes of a value's type under the marks of an annotated one, and how the bytes
 // get there. Elements all have one type, so that this is done once for all of them.
@@ -38,20 +38,23 @@ class Planner : private PairPlanner<Planner, Outcome, std::size_t> {
   explicit Planner(Transfer& transfer) : transfer_(transfer) {}
 
   // The value's type is without metadata.
-  Outcome plan(const Type& value, const Type& annotated) { return decide(value, annotated); }
+  Outcome plan(const InternedType& value, const InternedType& annotated) {
+    return decide(value, annotated);
+  }
 
  private:
   friend PairPlanner;
 
   // Decides the pair, or puts it on the stack if it has inner pairs to decide first.
-  void open(const Type& value, const Type& annotated) {
+  void open(const InternedType& value, const InternedType& annotated) {
     std::visit([&](const auto& desc) { open(value, annotated, desc); }, annotated.desc());
   }
 
-  void open(const Type& value, const Type& annotated, const Type::TStruct& structure) {
+  void open(const InternedType& value, const InternedType& annotated,
+            const Type::TStruct& structure) {
     Frame frame{&value, &annotated, {}, {}, 0};
     for (std::size_t i = 0; i < structure.fields.size(); ++i) {
-      const Type& field = *structure.fields[i].type;
+      const InternedType& field = *structure.fields[i].type;
       if (isMarked(field)) continue;
       frame.inner.emplace_back(fieldPlace(value, i).type, &field);
       frame.fields.push_back(i);
@@ -60,7 +63,8 @@ class Planner : private PairPlanner<Planner, Outcome, std::size_t> {
   }
 
   template <typename D>
-  void open(const Type& value, const Type& annotated, const Type::TArrayND<D>& array) {
+  void open(const InternedType& value, const InternedType& annotated,
+            const Type::TArrayND<D>& array) {
     const auto& own = std::get<Type::TArrayND<D>>(value.desc());
     // The elements to visit are those of the type that is passed.
     if (!array.shape || !own.shape) throw std::bad_optional_access();
@@ -68,7 +72,7 @@ class Planner : private PairPlanner<Planner, Outcome, std::size_t> {
   }
 
   template <typename Leaf>
-  void open(const Type& value, const Type& annotated, const Leaf&) {
+  void open(const InternedType& value, const InternedType& annotated, const Leaf&) {
     outcomes_.emplace(TypePair(&value, &annotated),
                       Outcome{TypePtr(&value), transfer_.copy(value)});
   }
@@ -117,7 +121,7 @@ class Planner : private PairPlanner<Planner, Outcome, std::size_t> {
 // The walk over two values at once.
 class Difference {
  public:
-  bool found(const ConstView& a, const ConstView& b, const Type& annotated) {
+  bool found(const ConstView& a, const ConstView& b, const InternedType& annotated) {
     if (differAt(a, b, annotated)) return true;
     while (!frames_.empty()) {
       Frame& frame = frames_.back();
@@ -127,11 +131,11 @@ class Difference {
       }
       const std::size_t i = frame.next++;
       if (const auto* structure = frame.annotated->getIf<Type::TStruct>()) {
-        const Type& field = *structure->fields[i].type;
+        const InternedType& field = *structure->fields[i].type;
         if (isMarked(field)) continue;
         if (differAt(frame.a.field(i), frame.b.field(i), field)) return true;
       } else {
-        const Type& element = *frame.element;
+        const InternedType& element = *frame.element;
         if (differAt(elementOf(frame.a, i), elementOf(frame.b, i), element)) return true;
       }
     }
@@ -141,31 +145,31 @@ class Difference {
  private:
   struct Frame {
     ConstView a, b;
-    const Type* annotated;
-    const Type* element;  // of the annotated type, if that is an array
+    const InternedType* annotated;
+    const InternedType* element;  // of the annotated type, if that is an array
     std::size_t count;
     std::size_t next;
   };
 
   static ConstView elementOf(const ConstView& array, std::size_t i) {
-    const Type* const element = arrayElements(*array.type).element;
+    const InternedType* const element = arrayElements(*array.type).element;
     return {element, array.offset + i * element->size(), array.owner};
   }
 
   // Compares values without parts; with parts they become the topmost frame.
-  bool differAt(const ConstView& a, const ConstView& b, const Type& annotated) {
+  bool differAt(const ConstView& a, const ConstView& b, const InternedType& annotated) {
     return std::visit([&](const auto& desc) { return begin(a, b, annotated, desc); },
                       annotated.desc());
   }
 
-  bool begin(const ConstView& a, const ConstView& b, const Type& annotated,
+  bool begin(const ConstView& a, const ConstView& b, const InternedType& annotated,
              const Type::TStruct& structure) {
     frames_.push_back({a, b, &annotated, nullptr, structure.fields.size(), 0});
     return false;
   }
 
   template <typename D>
-  bool begin(const ConstView& a, const ConstView& b, const Type& annotated,
+  bool begin(const ConstView& a, const ConstView& b, const InternedType& annotated,
              const Type::TArrayND<D>& array) {
     const D& extents = std::get<Type::TArrayND<D>>(a.type->desc()).shape.value();
     if (!(extents == std::get<Type::TArrayND<D>>(b.type->desc()).shape.value())) return true;
@@ -178,11 +182,11 @@ class Difference {
   }
 
   template <typename Leaf>
-  bool begin(const ConstView& a, const ConstView& b, const Type&, const Leaf&) {
+  bool begin(const ConstView& a, const ConstView& b, const InternedType&, const Leaf&) {
     return !valuesEqual(a, b, 0);
   }
 
-  static bool hasParts(const Type& type) {
+  static bool hasParts(const InternedType& type) {
     return type.getIf<Type::TBasetype>() == nullptr && type.getIf<Type::TEnum>() == nullptr &&
            type.getIf<Type::TRef>() == nullptr && type.getIf<Type::TFun>() == nullptr;
   }
@@ -198,7 +202,7 @@ class Remainder {
 
   Remainder() : empty_(makeType(Type::TStruct())) {}
 
-  TypePtr of(const Type& full, const Type& covered) {
+  TypePtr of(const InternedType& full, const InternedType& covered) {
     TypePtr result = begin(full, covered);
     while (!frames_.empty()) {
       Frame& frame = frames_.back();
@@ -230,15 +234,15 @@ class Remainder {
 
  private:
   struct Frame {
-    const Type* full;
-    std::unordered_map<std::string_view, const Type*> covered;
+    const InternedType* full;
+    std::unordered_map<std::string_view, const InternedType*> covered;
     std::vector<Type::Field> kept;
     std::size_t next = 0;
   };
 
   // The result, or null with a new frame. That one struct relates to another needs no question:
   // then no field of it leaves anything over.
-  TypePtr begin(const Type& full, const Type& covered) {
+  TypePtr begin(const InternedType& full, const InternedType& covered) {
     const auto* const all = full.getIf<Type::TStruct>();
     const auto* const some = covered.getIf<Type::TStruct>();
     if (all == nullptr || some == nullptr) {
@@ -265,7 +269,7 @@ class Remainder {
 
 }  // namespace
 
-DynamicValue buildSpecialization(const ConstView& value, const Type& annotated) {
+DynamicValue buildSpecialization(const ConstView& value, const InternedType& annotated) {
   Transfer transfer;
   const auto [type, part] = Planner(transfer).plan(value.type->stripped(), annotated);
   DynamicValue result{type};
@@ -273,11 +277,11 @@ DynamicValue buildSpecialization(const ConstView& value, const Type& annotated) 
   return result;
 }
 
-bool specializationDiffers(const ConstView& a, const ConstView& b, const Type& annotated) {
+bool specializationDiffers(const ConstView& a, const ConstView& b, const InternedType& annotated) {
   return !isMarked(annotated) && Difference().found(a, b, annotated);
 }
 
-TypePtr specializationRemainder(const Type& full, const Type& specialized) {
+TypePtr specializationRemainder(const InternedType& full, const InternedType& specialized) {
   try {
     return Remainder().of(full, specialized);
   } catch (const Remainder::Exception&) {

@@ -16,18 +16,18 @@ namespace qex::vornath {
 /// The value relates to the type. Throws std::bad_optional_access for an array value whose type
 /// leaves its extents open, std::bad_variant_access for a value of another form than the type, and
 /// std::bad_alloc. The cost is linear in the value and the types; nothing recurses.
-DynamicValue buildSpecialization(const ConstView& value, const Type& annotated);
+DynamicValue buildSpecialization(const ConstView& value, const InternedType& annotated);
 
 /// Whether two values, both relating to the type, differ in a part that specialization keeps; NaN
 /// differs from itself, as in valuesEqual(). Unlike above, the key on the type of the whole means
 /// that they don't. Arrays of different extents differ. Throws as buildSpecialization() does.
-bool specializationDiffers(const ConstView& a, const ConstView& b, const Type& annotated);
+bool specializationDiffers(const ConstView& a, const ConstView& b, const InternedType& annotated);
 
 /// What the type `full` has beyond `specialized`: the fields that are missing there, with their
 /// types as they are, and those of which a part is missing, with that part. Nothing missing gives
 /// the empty struct type. Throws "Incompatible type for specialization: {}" with the reason if
 /// `specialized` has what `full` doesn't have.
-TypePtr specializationRemainder(const Type& full, const Type& specialized);
+TypePtr specializationRemainder(const InternedType& full, const InternedType& specialized);
 
 }  // namespace qex::vornath
 

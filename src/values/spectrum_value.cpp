@@ -8,7 +8,7 @@ namespace qex::vornath {
 
 DynamicValue makeSpectrumValue(SpectrumEncoding encoding, std::span<const float> floats) {
   const DynamicValue array(floatArrayType(static_cast<std::int32_t>(floats.size())), floats.data());
-  const Type& type = spectrumType();
+  const InternedType& type = spectrumType();
   const ConstView whole{&type, 0, nullptr};
   NewBlock block(type, Fill::Zero);
   const std::int32_t code = static_cast<std::int32_t>(encoding);

@@ -13,7 +13,7 @@ namespace qex::vornath {
 namespace {
 
 void writeRecord(const vrntValue_t* block, vrntWriteFn write, void* user) {
-  const Type& type = blockType(block);
+  const InternedType& type = blockType(block);
   // Each type of a nest has nearly the whole text, so the types aren't made to keep them.
   const std::string* const known = type.knownText();
   std::string made;

@@ -35,7 +35,7 @@ Transfer::Part Transfer::add(Node node) {
   return {static_cast<std::int32_t>(nodes_.size() - 1), 0, 0};
 }
 
-Transfer::Part Transfer::copy(const Type& type) {
+Transfer::Part Transfer::copy(const InternedType& type) {
   if (type.size() == 0) return {};
   return add(Copy{type.size(), type.refSlotCount() == 0 ? nullptr : &type});
 }

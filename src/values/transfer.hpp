@@ -8,7 +8,7 @@
 #include <variant>
 #include <vector>
 
-#include "vornath_data/type_library.hpp"
+#include "type.hpp"
 
 namespace qex::vornath {
 
@@ -36,7 +36,7 @@ class Transfer {
 
   /// Copies a value of the type. What the target's references led to is given back, and what they
   /// lead to now is counted.
-  Part copy(const Type& type);
+  Part copy(const InternedType& type);
   Part act(Action action);
   /// One part after the other.
   Part sequence(const std::vector<Part>& parts);
@@ -51,7 +51,7 @@ class Transfer {
  private:
   struct Copy {
     std::uint64_t bytes;
-    const Type* counted;  // what lies in the bytes again and again; null without references
+    const InternedType* counted;  // what lies in the bytes again and again; null without references
   };
   struct Sequence {
     std::size_t first;  // in parts_

@@ -24,7 +24,7 @@ T load(const char* at) {
 }
 
 // " | 2, 3": what tells an array of several dimensions from its neighbours of other extents.
-std::string extentsSuffix(const Type& arrayType) {
+std::string extentsSuffix(const InternedType& arrayType) {
   if (const auto* array = arrayType.getIf<Type::TArrayND<index2>>()) {
     const index2& s = array->shape.value();
     return fmt::format(" | {}, {}", s.x, s.y);
@@ -48,7 +48,7 @@ struct Options {
 
 // A struct or array that is being printed: what stands around its parts comes as they come and go.
 struct Frame {
-  const Type* type;
+  const InternedType* type;
   const char* data;
   Options options;
   std::size_t next;  // the next field or element
@@ -56,7 +56,7 @@ struct Frame {
 
 class Printer {
  public:
-  std::string print(const Type& type, const char* data, const Options& options) {
+  std::string print(const InternedType& type, const char* data, const Options& options) {
     open(&type, data, options);
     while (!frames_.empty()) {
       if (const auto* structure = frames_.back().type->getIf<Type::TStruct>()) {
@@ -71,7 +71,7 @@ class Printer {
  private:
   // Prints a value without parts; one with parts becomes the topmost frame. Nothing follows the
   // text of what a reference leads to, so that a chain of references needs no frames.
-  void open(const Type* type, const char* data, Options options) {
+  void open(const InternedType* type, const char* data, Options options) {
     while (const vrntValue_t* const target = std::visit(
                [&](const auto& desc) { return begin(desc, *type, data, options); }, type->desc())) {
       type = &blockType(target);
@@ -82,7 +82,7 @@ class Printer {
 
   // Each begin() returns the block with whose text this one goes on, or null.
 
-  const vrntValue_t* begin(Type::TBasetype base, const Type& type, const char* data,
+  const vrntValue_t* begin(Type::TBasetype base, const InternedType& type, const char* data,
                            const Options& options) {
     const BaseTypeInfo& info = baseTypeInfo(base);
     if (info.lanes == 1) {
@@ -99,15 +99,15 @@ class Printer {
     return nullptr;
   }
 
-  const vrntValue_t* begin(const Type::TEnum& enumeration, const Type& type, const char* data,
-                           const Options&) {
+  const vrntValue_t* begin(const Type::TEnum& enumeration, const InternedType& type,
+                           const char* data, const Options&) {
     text_ += enumeration.constructorName(load<std::int32_t>(data));
     text_ += " : ";
     appendText(text_, type);
     return nullptr;
   }
 
-  const vrntValue_t* begin(const Type::TStruct&, const Type& type, const char* data,
+  const vrntValue_t* begin(const Type::TStruct&, const InternedType& type, const char* data,
                            const Options& options) {
     text_ += '{';
     text_ += options.multiline ? '\n' : ' ';
@@ -116,15 +116,15 @@ class Printer {
   }
 
   template <typename D>
-  const vrntValue_t* begin(const Type::TArrayND<D>& array, const Type& type, const char* data,
-                           const Options& options) {
+  const vrntValue_t* begin(const Type::TArrayND<D>& array, const InternedType& type,
+                           const char* data, const Options& options) {
     static_cast<void>(array.shape.value());
     text_ += "[ ";
     frames_.push_back({&type, data, options, 0});
     return nullptr;
   }
 
-  const vrntValue_t* begin(const Type::TRef& reference, const Type&, const char* data,
+  const vrntValue_t* begin(const Type::TRef& reference, const InternedType&, const char* data,
                            const Options&) {
     const std::uint64_t word = loadWord(data);
     if (isBlockWord(word)) {
@@ -142,7 +142,7 @@ class Printer {
     return nullptr;
   }
 
-  const vrntValue_t* begin(const Type::TFun&, const Type&, const char*, const Options&) {
+  const vrntValue_t* begin(const Type::TFun&, const InternedType&, const char*, const Options&) {
     text_ += "<<function>>";
     return nullptr;
   }
@@ -240,7 +240,7 @@ std::string valueToString(const ConstView& view, bool exact, bool multiline) {
   return Printer().print(*view.type, view.data(), {exact, multiline, 0});
 }
 
-std::string valueToString(const Type& type, const char* data) {
+std::string valueToString(const InternedType& type, const char* data) {
   return Printer().print(type, data, {});
 }
 

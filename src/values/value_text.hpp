@@ -17,7 +17,7 @@ namespace qex::vornath {
 std::string valueToString(const ConstView& view, bool exact = false, bool multiline = false);
 
 /// The text of the value of a type at an address, all options off.
-std::string valueToString(const Type& type, const char* data);
+std::string valueToString(const InternedType& type, const char* data);
 
 /// The text with all options off.
 std::ostream& operator<<(std::ostream& stream, const DynamicValue& value);

@@ -9,7 +9,7 @@ namespace qex::vornath {
 namespace {
 
 template <typename D>
-const Type::TArrayND<D>& arrayOfRank(const Type& type) {
+const Type::TArrayND<D>& arrayOfRank(const InternedType& type) {
   return std::get<Type::TArrayND<D>>(type.desc());
 }
 
@@ -23,7 +23,7 @@ Place elementAt(const Type::TArrayND<D>& array, std::uint32_t index) {
 }
 
 template <typename D>
-bool readElements(const Type& type, ArrayElements& elements) {
+bool readElements(const InternedType& type, ArrayElements& elements) {
   const auto* array = type.getIf<Type::TArrayND<D>>();
   if (array == nullptr) return false;
   elements = {array->element.get(), elementCount(array->shape.value())};
@@ -32,7 +32,7 @@ bool readElements(const Type& type, ArrayElements& elements) {
 
 }  // namespace
 
-Place fieldPlace(const Type& structType, std::size_t field) {
+Place fieldPlace(const InternedType& structType, std::size_t field) {
   const auto& structure = std::get<Type::TStruct>(structType.desc());
   if (field >= structure.fields.size()) {
     throw vrnt::Exception(vrnt::ErrorCode::InvalidArguments, "Struct field index {} out of range.",
@@ -41,28 +41,28 @@ Place fieldPlace(const Type& structType, std::size_t field) {
   return {structure.fields[field].type.get(), structure.offsets[field]};
 }
 
-Place fieldPlace(const Type& structType, std::string_view label) {
+Place fieldPlace(const InternedType& structType, std::string_view label) {
   return fieldPlace(structType, std::get<Type::TStruct>(structType.desc()).fieldIndex(label));
 }
 
-Place elementPlace(const Type& arrayType, std::int32_t index) {
+Place elementPlace(const InternedType& arrayType, std::int32_t index) {
   return elementAt(arrayOfRank<int>(arrayType), bits(index));
 }
 
-Place elementPlace(const Type& arrayType, const index2& index) {
+Place elementPlace(const InternedType& arrayType, const index2& index) {
   const auto& array = arrayOfRank<index2>(arrayType);
   const index2& extents = array.shape.value();
   return elementAt(array, bits(index.y) * bits(extents.x) + bits(index.x));
 }
 
-Place elementPlace(const Type& arrayType, const index3& index) {
+Place elementPlace(const InternedType& arrayType, const index3& index) {
   const auto& array = arrayOfRank<index3>(arrayType);
   const index3& extents = array.shape.value();
   return elementAt(
       array, (bits(index.z) * bits(extents.y) + bits(index.y)) * bits(extents.x) + bits(index.x));
 }
 
-Place elementPlace(const Type& arrayType, const index4& index) {
+Place elementPlace(const InternedType& arrayType, const index4& index) {
   const auto& array = arrayOfRank<index4>(arrayType);
   const index4& extents = array.shape.value();
   return elementAt(
@@ -71,7 +71,7 @@ Place elementPlace(const Type& arrayType, const index4& index) {
                  bits(index.x));
 }
 
-ArrayElements arrayElements(const Type& arrayType) {
+ArrayElements arrayElements(const InternedType& arrayType) {
   ArrayElements elements{};
   if (!readElements<int>(arrayType, elements) && !readElements<index2>(arrayType, elements) &&
       !readElements<index3>(arrayType, elements)) {
@@ -83,7 +83,7 @@ ArrayElements arrayElements(const Type& arrayType) {
 
 const char* ConstView::data() const { return owner->data() + offset; }
 
-void requireAccessible(const Type& given, const Type& required) {
+void requireAccessible(const InternedType& given, const InternedType& required) {
   requireRelated(given, required, "Incompatible type for accessor -> {}.");
 }
 

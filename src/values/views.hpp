@@ -7,43 +7,43 @@
 #include <string_view>
 #include <type_traits>
 
-#include "vornath_data/type_library.hpp"
+#include "type.hpp"
 
 namespace qex::vornath {
 
 /// A sub-type, borrowed from the type around it, and the offset from the outer one's first byte.
 struct Place {
-  const Type* type;
+  const InternedType* type;
   std::uint64_t offset;
 };
 
 /// Throws "Struct field index {} out of range.", and std::bad_variant_access for another kind.
-Place fieldPlace(const Type& structType, std::size_t field);
+Place fieldPlace(const InternedType& structType, std::size_t field);
 /// Throws "Field not found in struct: {}.", and std::bad_variant_access for another kind.
-Place fieldPlace(const Type& structType, std::string_view label);
+Place fieldPlace(const InternedType& structType, std::string_view label);
 
 /// Indices aren't checked against the extents; x runs fastest. Indices are combined in 32 bits, as
 /// two's complement does, the product with the element's size is taken in 64. Throws
 /// std::bad_variant_access for another kind, and std::bad_optional_access where an extent is needed
 /// that the type leaves open.
-Place elementPlace(const Type& arrayType, std::int32_t index);
-Place elementPlace(const Type& arrayType, const index2& index);
-Place elementPlace(const Type& arrayType, const index3& index);
-Place elementPlace(const Type& arrayType, const index4& index);
+Place elementPlace(const InternedType& arrayType, std::int32_t index);
+Place elementPlace(const InternedType& arrayType, const index2& index);
+Place elementPlace(const InternedType& arrayType, const index3& index);
+Place elementPlace(const InternedType& arrayType, const index4& index);
 
 /// The element type and the number of elements of an array of any rank.
 struct ArrayElements {
-  const Type* element;
+  const InternedType* element;
   std::int32_t count;  ///< negative only if the product of the extents ran over
 };
 
 /// Throws std::bad_optional_access if the extents are open, and std::bad_variant_access for a type
 /// that is not an array.
-ArrayElements arrayElements(const Type& arrayType);
+ArrayElements arrayElements(const InternedType& arrayType);
 
 /// For reading.
 struct ConstView {
-  const Type* type;
+  const InternedType* type;
   std::uint64_t offset;
   const DynamicValue* owner;
 
@@ -80,7 +80,7 @@ struct View : ConstView {
 
 /// Throws "Incompatible type for accessor -> {}." with the reason unless `given` may stand where
 /// `required` is expected.
-void requireAccessible(const Type& given, const Type& required);
+void requireAccessible(const InternedType& given, const InternedType& required);
 
 }  // namespace qex::vornath
 

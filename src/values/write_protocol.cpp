@@ -23,7 +23,7 @@ class WordBuffer {
 }  // namespace
 
 vrntValue_t* cloneBlock(const vrntValue_t* block) {
-  const Type& type = blockType(block);
+  const InternedType& type = blockType(block);
   vrntValue_t* const clone = allocateBlock(type, Fill::Undefined);
   clone->freeFn = block->freeFn;
   clone->length = block->length;
@@ -38,7 +38,7 @@ void makeExclusive(vrntValue_t*& handle) {
   releaseBlock(std::exchange(handle, clone));
 }
 
-char* prepareWrite(vrntValue_t*& handle, const Type& type, std::uint64_t offset) {
+char* prepareWrite(vrntValue_t*& handle, const InternedType& type, std::uint64_t offset) {
   // A part's long list may be made only now: there must be memory for it before the handle moves.
   const RefSlots slots(type);
   makeExclusive(handle);
@@ -48,7 +48,7 @@ char* prepareWrite(vrntValue_t*& handle, const Type& type, std::uint64_t offset)
   return data;
 }
 
-void commitWrite(vrntValue_t* block, const Type& type, std::uint64_t offset) noexcept {
+void commitWrite(vrntValue_t* block, const InternedType& type, std::uint64_t offset) noexcept {
   if (type.refSlotCount() == 0) return;
   const char* const data = blockData(block) + offset;
   RefSlots(type).forEach([data](std::uint64_t slot) {
@@ -62,8 +62,8 @@ void commitWrite(vrntValue_t* block, const Type& type, std::uint64_t offset) noe
   }
 }
 
-void writeSpan(DynamicValue& owner, const Type& type, std::uint64_t offset, const void* source,
-               std::optional<std::uint64_t> count, std::uint64_t sourceOffset) {
+void writeSpan(DynamicValue& owner, const InternedType& type, std::uint64_t offset,
+               const void* source, std::optional<std::uint64_t> count, std::uint64_t sourceOffset) {
   {
     // Keeps the source alive if it lies in the very block that the owner moves away from.
     const BlockPtr before = isExclusive(owner.block()) ? BlockPtr() : BlockPtr(owner.block());
@@ -92,7 +92,8 @@ void writeForeign(const View& destination, std::uint64_t first, std::uint64_t se
             sizeof(words));
 }
 
-void writeData(DynamicValue& owner, const void* source, const Type& type, std::uint64_t offset) {
+void writeData(DynamicValue& owner, const void* source, const InternedType& type,
+               std::uint64_t offset) {
   const RefSlots slots(type);
   const BlockPtr before = isExclusive(owner.block()) ? BlockPtr() : BlockPtr(owner.block());
   WordBuffer buffer(slots.size());

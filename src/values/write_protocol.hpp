@@ -10,7 +10,7 @@
 #include "block.hpp"
 #include "dynamic_value.hpp"
 #include "fixed_types.hpp"
-#include "vornath_data/type_library.hpp"
+#include "type.hpp"
 
 namespace qex::vornath {
 
@@ -29,14 +29,14 @@ void makeExclusive(vrntValue_t*& handle);
 // a block at a time.
 
 /// Throws as makeExclusive() does. Returns the address of the bytes.
-char* prepareWrite(vrntValue_t*& handle, const Type& type, std::uint64_t offset);
+char* prepareWrite(vrntValue_t*& handle, const InternedType& type, std::uint64_t offset);
 
-void commitWrite(vrntValue_t* block, const Type& type, std::uint64_t offset) noexcept;
+void commitWrite(vrntValue_t* block, const InternedType& type, std::uint64_t offset) noexcept;
 
 /// The two steps as a scope, so that the commit follows a throw as well.
 class WriteScope {
  public:
-  WriteScope(vrntValue_t*& handle, const Type& type, std::uint64_t offset)
+  WriteScope(vrntValue_t*& handle, const InternedType& type, std::uint64_t offset)
       : data_(prepareWrite(handle, type, offset)), block_(handle), type_(type), offset_(offset) {}
   WriteScope(const WriteScope&) = delete;
   WriteScope& operator=(const WriteScope&) = delete;
@@ -48,14 +48,15 @@ class WriteScope {
  private:
   char* data_;
   vrntValue_t* block_;
-  const Type& type_;
+  const InternedType& type_;
   std::uint64_t offset_;
 };
 
 /// Copies a span of bytes to the place of `type` at `offset` and notifies the owner's listener.
 /// Without a count it is the type's size. The source may lie in the owner's own bytes.
-void writeSpan(DynamicValue& owner, const Type& type, std::uint64_t offset, const void* source,
-               std::optional<std::uint64_t> count = std::nullopt, std::uint64_t sourceOffset = 0);
+void writeSpan(DynamicValue& owner, const InternedType& type, std::uint64_t offset,
+               const void* source, std::optional<std::uint64_t> count = std::nullopt,
+               std::uint64_t sourceOffset = 0);
 
 /// Writes the bytes of `source`, whose type must relate to the destination's: "Incompatible type
 /// for accessor -> {}.".
@@ -76,7 +77,8 @@ void writeAs(const View& destination, const T& value) {
 
 /// Writes a whole record of `type` at once, without the shadow array: only references that change
 /// are counted. Throws std::bad_alloc; nothing is written then.
-void writeData(DynamicValue& owner, const void* source, const Type& type, std::uint64_t offset);
+void writeData(DynamicValue& owner, const void* source, const InternedType& type,
+               std::uint64_t offset);
 
 }  // namespace qex::vornath
 

@@ -1,12 +1,15 @@
 #!/bin/sh
-# Compiles a public header alone, twice in one file, and looks for macros that it leaks.
-# usage: check_header.sh C_COMPILER CXX_COMPILER INCLUDE_DIR HEADER
+# Compiles a public header alone, twice in one file; looks for macros that it leaks; and holds the
+# number of files that it includes in C++ to its bound: each of them costs every host build time.
+# usage: check_header.sh C_COMPILER CXX_COMPILER INCLUDE_DIR HEADER BOUNDS
+#   BOUNDS  a file with a line "HEADER FILES" for each public header
 set -eu
 export LC_ALL=C
 cc=$1
 cxx=$2
 include=$3
 header=$4
+bounds=$5
 work=$(mktemp -d)
 trap 'rm -rf "$work"' EXIT
 warnings="-Wall -Wextra -Wpedantic -Wshadow -Wconversion -Werror"
@@ -38,4 +41,13 @@ case $header in
     compile "$cxx" -x c++ -std=c++17
     ;;
 esac
-echo "$header compiles alone"
+
+bound=$(awk -v header="$header" '$1 == header { print $2 }' "$bounds")
+[ -n "$bound" ] || { echo "$bounds has no line for $header"; exit 1; }
+files=$("$cxx" -x c++ -std=c++17 -I"$include" -M "$work/source" | tr -d '\\' | wc -w)
+files=$((files - 2)) # the rule's target and the source
+if [ "$files" -gt "$bound" ]; then
+  echo "$header includes $files files, more than its bound of $bound"
+  exit 1
+fi
+echo "$header compiles alone and includes $files files (bound: $bound)"

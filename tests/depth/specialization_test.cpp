@@ -16,14 +16,14 @@ namespace {
 
 using namespace vornath_test;
 using qex::vornath::DynamicValue;
-using qex::vornath::Type;
+using qex::vornath::InternedType;
 using qex::vornath::TypePtr;
 
 TEST(DeepSpecialization, LeavesWhatIsNotCovered) {
   onMainStack([] {
     // In each level an "n" that is covered, and in the innermost one something that isn't.
-    const TypePtr full = Type::parse(kLastFields.text("{ int m; float f; }"));
-    const TypePtr covered = Type::parse(kLastFields.text("{ int m; }"));
+    const TypePtr full = InternedType::parse(kLastFields.text("{ int m; float f; }"));
+    const TypePtr covered = InternedType::parse(kLastFields.text("{ int m; }"));
     const PeakBytes peak;
     const TypePtr left = qex::vornath::specializationRemainder(*full, *covered);
     EXPECT_TRUE(left->text() == kStructs.text("{ float f; }"));
@@ -33,8 +33,8 @@ TEST(DeepSpecialization, LeavesWhatIsNotCovered) {
 
 TEST(DeepSpecialization, RefusesWhatTheFullTypeLacks) {
   onMainStack([] {
-    const TypePtr full = Type::parse(kLastFields.text("{ int m; }"));
-    const TypePtr covered = Type::parse(kLastFields.text("{ float m; }"));
+    const TypePtr full = InternedType::parse(kLastFields.text("{ int m; }"));
+    const TypePtr covered = InternedType::parse(kLastFields.text("{ float m; }"));
     try {
       qex::vornath::specializationRemainder(*full, *covered);
       ADD_FAILURE() << "no exception";
@@ -49,7 +49,7 @@ TEST(DeepSpecialization, RefusesWhatTheFullTypeLacks) {
 
 TEST(DeepSpecialization, SeesADifferenceInside) {
   onMainStack([] {
-    const TypePtr type = Type::parse(kLastFields.text());
+    const TypePtr type = InternedType::parse(kLastFields.text());
     const DynamicValue a(type);
     DynamicValue b(type);
     EXPECT_FALSE(qex::vornath::specializationDiffers(a.view(), b.view(), *type));
@@ -60,7 +60,7 @@ TEST(DeepSpecialization, SeesADifferenceInside) {
 
 TEST(DeepBounds, ReachTheInnermostPart) {
   onMainStack([] {
-    const TypePtr type = Type::parse(kLastFields.text("int @min=-3 @default=5"));
+    const TypePtr type = InternedType::parse(kLastFields.text("int @min=-3 @default=5"));
     const auto bounds = qex::vornath::makeValueBounds(type);
     const auto last = [&type](const DynamicValue& value) {
       std::int32_t number = 0;
@@ -76,7 +76,7 @@ TEST(DeepBounds, ReachTheInnermostPart) {
 TEST(DeepReferenceSlots, AreListedWhenAskedFor) {
   onMainStack([] {
     const PeakBytes peak;
-    const TypePtr type = Type::parse(kReferencesAtEachLevel.text("((int) => int)[3]"));
+    const TypePtr type = InternedType::parse(kReferencesAtEachLevel.text("((int) => int)[3]"));
     EXPECT_EQ(type->refSlotCount(), std::uint64_t{kDepth} + 6);
     // A reference and the next level behind it: no gaps.
     const auto& slots = type->refSlots();
@@ -89,7 +89,8 @@ TEST(DeepReferenceSlots, AreListedWhenAskedFor) {
 
 TEST(DeepReferenceSlots, OfArraysOfStructsAreListedInOrder) {
   // More than a type lists from the start: of each element the first word and the third.
-  const TypePtr type = Type::parse("{ int n; { void* a; int n; void* b; }[50,2] s; void* z; }");
+  const TypePtr type =
+      InternedType::parse("{ int n; { void* a; int n; void* b; }[50,2] s; void* z; }");
   const auto& slots = type->refSlots();
   ASSERT_EQ(slots.size(), 201u);
   for (std::size_t i = 0; i < 100; ++i) {
@@ -106,7 +107,7 @@ TEST(ReferenceSlots, AreWalkedAsTheyAreListed) {
         "(() => int)[7,8,9]", "{ void*[100] a; int n; void* b; }",
         "{ void*[100] a; int n; void* b; }[3]", "{ { int*[3] a; }[30] b; }[2][1][2]",
         "{ int n; void*[70][1] a; }[1]"}) {
-    const TypePtr type = Type::parse(text);
+    const TypePtr type = InternedType::parse(text);
     const qex::vornath::RefSlots walked(*type);
     std::vector<std::uint64_t> places;
     for (const std::uint64_t place : walked) places.push_back(place);
@@ -128,11 +129,11 @@ TEST(ReferenceSlots, AreWalkedAsTheyAreListed) {
 // A list would have two million entries.
 TEST(ReferenceSlots, OfALongArrayTakeNoMemory) {
   const PeakBytes peak;
-  const TypePtr type = Type::parse("{ void* a; int n; }[1000][2000]");
-  const DynamicValue target(Type::parse("int"));
+  const TypePtr type = InternedType::parse("{ void* a; int n; }[1000][2000]");
+  const DynamicValue target(InternedType::parse("int"));
   {
     DynamicValue value(type);
-    const DynamicValue word = DynamicValue::reference(target, Type::parse("void*"));
+    const DynamicValue word = DynamicValue::reference(target, InternedType::parse("void*"));
     qex::vornath::assignView(value.view().element(1999).element(999).field(0), word.view());
     EXPECT_EQ(target.block()->refCount, 3u);
     const DynamicValue copy(value.view());

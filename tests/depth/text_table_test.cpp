@@ -9,8 +9,9 @@
 namespace {
 
 using namespace vornath_test;
+using qex::vornath::InternedType;
 using qex::vornath::kLongestShortText;
-using qex::vornath::TextSum;
+using qex::vornath::TextFingerprint;
 using qex::vornath::Type;
 using qex::vornath::TypePtr;
 
@@ -24,7 +25,7 @@ TypePtr reference(const TypePtr& target) {
 }
 
 TEST(LongTexts, AreNotThereBeforeSomebodyAsks) {
-  const TypePtr parsed = Type::parse(longText("int"));
+  const TypePtr parsed = InternedType::parse(longText("int"));
   const TypePtr made = reference(parsed);
   EXPECT_NE(parsed->knownText(), nullptr);  // whoever parses a text has asked for it
   EXPECT_EQ(made->knownText(), nullptr);
@@ -34,49 +35,49 @@ TEST(LongTexts, AreNotThereBeforeSomebodyAsks) {
 
 TEST(LongTexts, BeginBehindTheLongestShortOne) {
   const int stars = static_cast<int>(kLongestShortText) - 3;
-  const TypePtr type = Type::parse(kReferences.text("int", stars));
+  const TypePtr type = InternedType::parse(kReferences.text("int", stars));
   EXPECT_FALSE(type->hasLongText());
   EXPECT_EQ(type->text().size(), kLongestShortText);
   EXPECT_TRUE(reference(type)->hasLongText());
 }
 
 TEST(LongTexts, LeadToTheTypeThatWasMadeLast) {
-  const TypePtr older = Type::parse(longText("int @a=1"));
-  const TypePtr newer = Type::parse(" " + longText("int @a=1"));
+  const TypePtr older = InternedType::parse(longText("int @a=1"));
+  const TypePtr newer = InternedType::parse(" " + longText("int @a=1"));
   ASSERT_NE(older, newer);
   EXPECT_EQ(older->text(), newer->text());
-  EXPECT_EQ(Type::parse(longText("int @a=1")), newer);
-  EXPECT_EQ(Type::parse(longText("int @a=1")), newer);
+  EXPECT_EQ(InternedType::parse(longText("int @a=1")), newer);
+  EXPECT_EQ(InternedType::parse(longText("int @a=1")), newer);
 }
 
 TEST(LongTexts, LeadToALivingTypeOrToANewOne) {
-  Type::parse("int @a=1");  // makes the types that values keep for good
+  InternedType::parse("int @a=1");  // makes the types that values keep for good
   const std::size_t before = Type::get_factory(true)->liveTypes();
   {
-    TypePtr older = Type::parse(longText("int @a=1"));
-    TypePtr newer = Type::parse(" " + longText("int @a=1"));
+    TypePtr older = InternedType::parse(longText("int @a=1"));
+    TypePtr newer = InternedType::parse(" " + longText("int @a=1"));
     newer = nullptr;
     // The entry has gone with the newer type.
-    const TypePtr newest = Type::parse(longText("int @a=1"));
+    const TypePtr newest = InternedType::parse(longText("int @a=1"));
     EXPECT_NE(newest, older);
-    EXPECT_EQ(Type::parse(longText("int @a=1")), newest);
+    EXPECT_EQ(InternedType::parse(longText("int @a=1")), newest);
     older = nullptr;
-    EXPECT_EQ(Type::parse(longText("int @a=1"))->text(), longText("int @a=1"));
+    EXPECT_EQ(InternedType::parse(longText("int @a=1"))->text(), longText("int @a=1"));
   }
   EXPECT_EQ(Type::get_factory(true)->liveTypes(), before);
 }
 
 TEST(LongTexts, OfPartsAreFoundWithAndWithoutHavingBeenFoundBefore) {
-  const TypePtr outer = Type::parse(longText("int") + "*");
+  const TypePtr outer = InternedType::parse(longText("int") + "*");
   const TypePtr part = outer->getIf<Type::TRef>()->target;
   EXPECT_EQ(part->knownText(), nullptr);
-  EXPECT_EQ(Type::parse(longText("int")), part);
-  EXPECT_EQ(Type::parse(longText("int")), part);
-  EXPECT_NE(Type::parse(longText("float")), part);
+  EXPECT_EQ(InternedType::parse(longText("int")), part);
+  EXPECT_EQ(InternedType::parse(longText("int")), part);
+  EXPECT_NE(InternedType::parse(longText("float")), part);
 }
 
 TEST(LongTexts, AreMadeOnceByManyThreads) {
-  const TypePtr type = reference(Type::parse(longText("int")));
+  const TypePtr type = reference(InternedType::parse(longText("int")));
   std::vector<const std::string*> texts(4);
   std::vector<std::thread> threads;
   for (const std::string*& text : texts) {
@@ -94,14 +95,14 @@ TEST(LongTexts, WithAllKindsOfPartsAreThoseThatWereParsed) {
         std::string("((int, { float f; } @m) => (() => bool)[2])"), std::string("void*")}) {
     const std::string inner = "{ " + filler + part + " b; }";
     const std::string text = "{ " + inner + " c; " + part + " d; " + inner + "*[,]* e; } @z";
-    const TypePtr type = Type::parse(text);
+    const TypePtr type = InternedType::parse(text);
     EXPECT_TRUE(type->hasLongText());
     EXPECT_EQ(type->text(), text);
-    EXPECT_EQ(type->textSum().length, text.size());
-    TextSum whole;
+    EXPECT_EQ(type->textFingerprint().length, text.size());
+    TextFingerprint whole;
     whole.add(text);
-    EXPECT_EQ(type->textSum().digest, whole.digest);
-    EXPECT_EQ(type->textSum().shift, whole.shift);
+    EXPECT_EQ(type->textFingerprint().digest, whole.digest);
+    EXPECT_EQ(type->textFingerprint().shift, whole.shift);
   }
 }
 

@@ -3,7 +3,7 @@
 #include <cstring>
 
 #include "fault_table.hpp"
-#include "vornath_data/type_library.hpp"
+#include "type.hpp"
 
 namespace vornath_test {
 namespace {
@@ -514,7 +514,8 @@ void addValueCases(FaultCases& cases) {
   using namespace qex::vornath;
   cases.push_back(quiet("qex::vornath::allocateValue(qex::vornath::DynamicValue const&)", [] {
     return [type = sharedType("float @default=0.25")] {
-      const auto& metadata = reinterpret_cast<const Type*>(type.get())->metadata();
+      // The only DynamicValue within a host's reach; its inline reads need no symbol of the library.
+      const auto& metadata = reinterpret_cast<const InternedType*>(type.get())->metadata();
       const auto& entry = metadata.find(std::string_view("default"))->second;
       vrntValue_t* const value = allocateValue(*std::get<HeapValue<DynamicValue>>(entry));
       const bool right = value->refCount == 2;

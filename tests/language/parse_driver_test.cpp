@@ -3,6 +3,7 @@
 
 #include <gtest/gtest.h>
 
+#include <boost/thread/mutex.hpp>
 #include <new>
 #include <optional>
 #include <string>

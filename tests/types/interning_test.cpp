@@ -229,6 +229,6 @@ TEST(StrippedTwins, KeepThePayloadOfAnEnumThatHasNothingToTakeOff) {
 
 TEST(StrippedTwins, LiveAsLongAsTheirType) {
   const TypePtr type = parsed("{ int @a twin_probe; }");
-  const qex::vornath::Type* const twin = &type->stripped();
+  const qex::vornath::InternedType* const twin = &type->stripped();
   EXPECT_EQ(parsed("{ int twin_probe; }").get(), twin);
 }

@@ -72,7 +72,7 @@ TEST(TypeLifetime, OfAChildIsThatOfItsLastParent) {
   TypePtr inner = parsed("{ int inner_label; }");
   const std::size_t withInner = live();
   TypePtr outer = makeArray(inner, 3);
-  const qex::vornath::Type* const address = inner.get();
+  const qex::vornath::InternedType* const address = inner.get();
   inner.reset();
   EXPECT_EQ(live(), withInner + 1);
   EXPECT_EQ(parsed("{ int inner_label; }").get(), address);

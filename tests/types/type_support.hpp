@@ -19,6 +19,7 @@ namespace vornath_test {
 using qex::vornath::index2;
 using qex::vornath::index3;
 using qex::vornath::index4;
+using qex::vornath::InternedType;
 using qex::vornath::Metadata;
 using qex::vornath::MetadataEntry;
 using qex::vornath::Type;

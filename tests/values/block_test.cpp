@@ -11,7 +11,7 @@ TEST(Block, HeaderTellsOfTheType) {
   const vrntValue_t& block = *v.block();
   EXPECT_EQ(std::memcmp(block.magic, "vrntval\0", 8), 0);
   EXPECT_EQ(block.typeText, t->text().c_str());
-  EXPECT_EQ(reinterpret_cast<const Type*>(block.type), t.get());
+  EXPECT_EQ(reinterpret_cast<const InternedType*>(block.type), t.get());
   EXPECT_EQ(block.refCount, 1u);
   EXPECT_EQ(block.length, 5u);
   EXPECT_NE(block.freeFn, nullptr);

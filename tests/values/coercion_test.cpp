@@ -380,7 +380,7 @@ std::vector<Type::Field> manyFields(const std::string& typeText, bool backwards)
 TEST(CoerceValue, OfTenThousandFieldsInAnotherOrder) {
   const TypePtr sourceType = makeType(Type::TStruct(manyFields("int", false)));
   const TypePtr targetType = makeType(Type::TStruct(manyFields("int", true)));
-  const DynamicValue source = DynamicValue::filled(sourceType, [](const Type&, char* data) {
+  const DynamicValue source = DynamicValue::filled(sourceType, [](const InternedType&, char* data) {
     for (int i = 0; i < 10000; ++i) std::memcpy(data + 4 * i, &i, sizeof(i));
   });
   const DynamicValue result = coerceValue(source, targetType, kStrict);
@@ -392,7 +392,7 @@ TEST(CoerceValue, OfTenThousandFieldsInAnotherOrder) {
 TEST(CoerceValue, OfAMillionElements) {
   constexpr int kCount = 1000000;
   const DynamicValue source =
-      DynamicValue::filled(type("float[1000000]"), [](const Type&, char* data) {
+      DynamicValue::filled(type("float[1000000]"), [](const InternedType&, char* data) {
         for (int i = 0; i < kCount; ++i) {
           const float number = static_cast<float>(i);
           std::memcpy(data + 4 * std::size_t(i), &number, sizeof(number));
@@ -410,7 +410,7 @@ TEST(CoerceValue, OfAMillionElements) {
 
 TEST(CoerceValue, OfAMillionStructs) {
   const DynamicValue source = DynamicValue::filled(
-      type("{ int a; enum { A; B; } e; }[1000,1000]"), [](const Type& t, char* data) {
+      type("{ int a; enum { A; B; } e; }[1000,1000]"), [](const InternedType& t, char* data) {
         for (std::uint64_t i = 0; i < t.size() / 8; ++i) {
           const std::int32_t words[] = {static_cast<std::int32_t>(i),
                                         static_cast<std::int32_t>(i % 2)};
@@ -462,11 +462,11 @@ TEST(CoerceValue, OfDeepNestingCarriesWhatLiesOnTheWay) {
   };
   vornath_test::onStack(vornath_test::kLittleStack, [&] {
     const DynamicValue source =
-        DynamicValue::filled(levels("int", false), [](const Type&, char* data) {
+        DynamicValue::filled(levels("int", false), [](const InternedType&, char* data) {
           for (std::int32_t i = 0; i <= 1000; ++i) std::memcpy(data + 4 * i, &i, sizeof(i));
         });
     const DynamicValue result = coerceValue(source, levels("float", true), kLenient);
-    const Type* t = &result.typeOf();
+    const InternedType* t = &result.typeOf();
     std::uint64_t offset = 0;
     for (std::int32_t i = 0; i < 1000; ++i) {
       EXPECT_EQ(at<std::int32_t>(result, offset), i);

@@ -44,8 +44,8 @@ TEST(DynamicValue, OfNullBytesHoldsNoReferences) {
 TEST(DynamicValue, OfAFillerHoldsWhatItWrote) {
   const DynamicValue target = value("3");
   const TypePtr annotated = type("{ int @name=\"n\" a; void* b; }");
-  const Type* seen = nullptr;
-  const DynamicValue v = DynamicValue::filled(annotated, [&](const Type& t, char* data) {
+  const InternedType* seen = nullptr;
+  const DynamicValue v = DynamicValue::filled(annotated, [&](const InternedType& t, char* data) {
     seen = &t;
     const std::int32_t a = 17;
     const std::uint64_t b = wordOfBlock(target.block());
@@ -65,7 +65,7 @@ TEST(DynamicValue, OfAnEmptyFillerFailsAsABadCall) {
 TEST(DynamicValue, OfAThrowingFillerReleasesNothingThatItDidNotTake) {
   const DynamicValue target = value("3");
   EXPECT_THROW(DynamicValue::filled(type("void*"),
-                                    [&](const Type&, char* data) {
+                                    [&](const InternedType&, char* data) {
                                       const std::uint64_t word = wordOfBlock(target.block());
                                       std::memcpy(data, &word, sizeof(word));
                                       throw std::runtime_error("stop");
@@ -280,7 +280,7 @@ TEST(DynamicValueSetLength, LeavesOtherHoldersAlone) {
 TEST(DynamicValueSetLength, NotifiesWithNullAndZero) {
   DynamicValue v(type("int[3]"));
   int calls = 0;
-  v.changeListener() = [&](const Type* t, std::uint64_t offset) {
+  v.changeListener() = [&](const InternedType* t, std::uint64_t offset) {
     ++calls;
     EXPECT_EQ(t, nullptr);
     EXPECT_EQ(offset, 0u);
@@ -293,13 +293,13 @@ TEST(DynamicValueSetLength, NotifiesWithNullAndZero) {
 
 TEST(DynamicValueListener, StaysWithItsHandle) {
   DynamicValue v = value("1");
-  v.changeListener() = [](const Type*, std::uint64_t) {};
+  v.changeListener() = [](const InternedType*, std::uint64_t) {};
   DynamicValue copy(v);
   EXPECT_FALSE(copy.changeListener());
   DynamicValue moved(std::move(v));
   EXPECT_FALSE(moved.changeListener());
   DynamicValue assigned = value("2");
-  assigned.changeListener() = [](const Type*, std::uint64_t) {};
+  assigned.changeListener() = [](const InternedType*, std::uint64_t) {};
   assigned = copy;
   EXPECT_TRUE(assigned.changeListener());
   copy = assigned;

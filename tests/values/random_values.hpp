@@ -49,14 +49,15 @@ class Random {
   // addresses of somebody's own, or null.
   DynamicValue valueOf(const TypePtr& t, const std::vector<DynamicValue>& referees,
                        bool strayCodes = false) {
-    return DynamicValue::filled(t, [&](const Type& of, char* data) {
+    return DynamicValue::filled(t, [&](const InternedType& of, char* data) {
       for (std::uint64_t i = 0; i < of.size(); ++i) data[i] = static_cast<char>(bits());
       fill(of, data, referees, strayCodes);
     });
   }
 
  private:
-  void fill(const Type& t, char* data, const std::vector<DynamicValue>& referees, bool strayCodes) {
+  void fill(const InternedType& t, char* data, const std::vector<DynamicValue>& referees,
+            bool strayCodes) {
     if (const auto* enumeration = t.getIf<Type::TEnum>()) {
       const int codes = static_cast<int>(enumeration->constructors.size());
       const std::int32_t code =

@@ -160,7 +160,7 @@ TEST(BuildSpecialization, OfTenThousandFields) {
     fields.emplace_back(i % 2 == 0 ? plain : marked, "f" + std::to_string(i));
   }
   const TypePtr annotated = makeType(Type::TStruct(std::move(fields)));
-  const DynamicValue v = DynamicValue::filled(annotated, [](const Type&, char* data) {
+  const DynamicValue v = DynamicValue::filled(annotated, [](const InternedType&, char* data) {
     for (int i = 0; i < 10000; ++i) std::memcpy(data + 4 * i, &i, sizeof(i));
   });
   const DynamicValue result = buildSpecialization(v.view(), *annotated);
@@ -172,7 +172,7 @@ TEST(BuildSpecialization, OfTenThousandFields) {
 
 TEST(BuildSpecialization, OfAMillionElements) {
   const TypePtr annotated = type("{ int a; float @no_specialize x; int b; }[1000,1000]");
-  const DynamicValue v = DynamicValue::filled(annotated, [](const Type& t, char* data) {
+  const DynamicValue v = DynamicValue::filled(annotated, [](const InternedType& t, char* data) {
     for (std::uint64_t i = 0; i < t.size() / 4; ++i) {
       const auto word = static_cast<std::int32_t>(i);
       std::memcpy(data + 4 * i, &word, sizeof(word));
@@ -204,9 +204,9 @@ TEST(BuildSpecialization, OfDeepNestingNeedsNoStack) {
 
 // The slow walk: a value for each part.
 
-DynamicValue slowBuild(const ConstView& v, const Type& annotated);
+DynamicValue slowBuild(const ConstView& v, const InternedType& annotated);
 
-bool marked(const Type& t) { return t.metadata().count("no_specialize") != 0; }
+bool marked(const InternedType& t) { return t.metadata().count("no_specialize") != 0; }
 
 DynamicValue slowStep(const Type::TStruct& structure, const ConstView& v) {
   std::vector<DynamicValue::Field> fields;
@@ -218,7 +218,7 @@ DynamicValue slowStep(const Type::TStruct& structure, const ConstView& v) {
 }
 
 ConstView runningElement(const ConstView& array, std::size_t i) {
-  const Type* const element = arrayElements(*array.type).element;
+  const InternedType* const element = arrayElements(*array.type).element;
   return {element, array.offset + i * element->size(), array.owner};
 }
 
@@ -239,7 +239,7 @@ DynamicValue slowStep(const Leaf&, const ConstView& v) {
   return DynamicValue(v);
 }
 
-DynamicValue slowBuild(const ConstView& v, const Type& annotated) {
+DynamicValue slowBuild(const ConstView& v, const InternedType& annotated) {
   return std::visit([&](const auto& desc) { return slowStep(desc, v); }, annotated.desc());
 }
 
@@ -396,8 +396,8 @@ TEST(SpecializationDiffers, IsWhatTheTwoResultsSay) {
       if (std::find(slots.begin(), slots.end(), offset / kWordSize) == slots.end()) {
         vrntValue_t*& handle = b.blockHandle();
         const TypePtr byte = type("char");
-        const vrntValueView_t view{reinterpret_cast<vrntType_t*>(const_cast<Type*>(byte.get())),
-                                   offset};
+        const vrntValueView_t view{
+            reinterpret_cast<vrntType_t*>(const_cast<InternedType*>(byte.get())), offset};
         vrntValuesError_t* error = nullptr;
         auto* const at = static_cast<unsigned char*>(vrntValueMap(&handle, &view, &error));
         *at = static_cast<unsigned char>(*at ^ 1U);
@@ -503,7 +503,7 @@ TEST(SpecializationRemainder, OfTenThousandFields) {
 }
 
 // By the definition, level by level.
-std::optional<TypePtr> slowRemainder(const Type& a, const Type& b) {
+std::optional<TypePtr> slowRemainder(const InternedType& a, const InternedType& b) {
   if (isSubType(b, a)) return type("{ }");
   const auto* const full = a.getIf<Type::TStruct>();
   const auto* const part = b.getIf<Type::TStruct>();

@@ -94,8 +94,10 @@ TEST(WriteScope, CommitsOnAThrow) {
 
 TEST(WriteSpan, NotifiesWithTypeAndOffset) {
   DynamicValue v(type("{ int a; int b; }"));
-  std::vector<std::pair<const Type*, std::uint64_t>> calls;
-  v.changeListener() = [&](const Type* t, std::uint64_t offset) { calls.emplace_back(t, offset); };
+  std::vector<std::pair<const InternedType*, std::uint64_t>> calls;
+  v.changeListener() = [&](const InternedType* t, std::uint64_t offset) {
+    calls.emplace_back(t, offset);
+  };
   const std::int32_t number = 3;
   const View b = v.view().field("b");
   writeSpan(v, *b.type, b.offset, &number);
@@ -153,7 +155,7 @@ TEST(WriteData, LeavesOtherHoldersAlone) {
   const DynamicValue other(v);
   const DynamicValue source = value("{ a = 3; b = &4; }");
   int calls = 0;
-  v.changeListener() = [&](const Type*, std::uint64_t) { ++calls; };
+  v.changeListener() = [&](const InternedType*, std::uint64_t) { ++calls; };
   writeData(v, source.data(), v.typeOf(), 0);
   EXPECT_EQ(text(v), "{ a = 3; b = &4; }");
   EXPECT_EQ(text(other), "{ a = 1; b = &2; }");

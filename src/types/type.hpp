@@ -1,0 +1,145 @@
+/// The model of types: the immutable, interned object behind each type handle.
+#ifndef VORNATH_TYPES_TYPE_HPP
+#define VORNATH_TYPES_TYPE_HPP
+
+#include <atomic>
+#include <cstdint>
+#include <memory>
+#include <string>
+#include <string_view>
+#include <variant>
+#include <vector>
+
+#include "metadata.hpp"
+#include "text_fingerprint.hpp"
+#include "type_desc.hpp"
+#include "type_pointer.hpp"
+#include "vornath_data/type_library.hpp"
+
+namespace qex::vornath {
+
+/// What a value's bytes mean: an immutable description with annotations, its size, its layout and
+/// the places of its references. Every Type is one; asInterned() goes from one to the other.
+///
+/// Identity: only the Factory makes types, one object for each description and metadata, so that
+/// equal types have equal addresses. Values in metadata are compared by their blocks' addresses, so
+/// that each parse of a text with such values makes a type of its own. Payloads of an enum's
+/// constructors are not compared: of two enums that differ only in payloads, the first stands for
+/// both. Lifetime: until the reference count falls to zero or, if permanent, until
+/// vrntValuesShutdown(). Threads: everything but the count and `permanent` is constant after
+/// construction and is read without a lock.
+///
+/// Long texts and long lists of references are built on the first request, since each type of a
+/// deep nest holds nearly all of the innermost one's: memory grows with the nest's text, not with
+/// its square.
+class InternedType final : public Type {
+ public:
+  /// Returns the type of a text. Throws what the parse throws.
+  static TypePtr parse(std::string_view text);
+
+  const TypeDesc& desc() const noexcept { return desc_; }
+  /// The alternative that the type is known to be.
+  template <typename Alternative>
+  const Alternative& get() const {
+    return std::get<Alternative>(desc_);
+  }
+  template <typename Alternative>
+  const Alternative* getIf() const noexcept {
+    return std::get_if<Alternative>(&desc_);
+  }
+  const Metadata& metadata() const noexcept { return metadata_; }
+  std::uint64_t alignment() const noexcept { return alignment_; }
+  std::uint64_t size() const noexcept { return size_; }
+  /// Whether the type has a definite size, so that a value of it can stand by itself.
+  bool concrete() const noexcept { return concrete_; }
+  /// concrete(), and every reference leads to a known type that is deepConcrete() too.
+  bool deepConcrete() const noexcept { return deepConcrete_; }
+
+  /// The canonical text; it lives as long as the type. Throws std::bad_alloc if there is no memory
+  /// for a long text at its first request.
+  const std::string& text() const {
+    const std::string* const known = knownText();
+    return known ? *known : buildText();
+  }
+  /// The canonical text, or null for a long one that was not requested yet.
+  const std::string* knownText() const noexcept { return text_.load(std::memory_order_acquire); }
+  /// Whether the text is built on request; textFingerprint() is then set.
+  bool hasLongText() const noexcept { return textFingerprint_.length != 0; }
+  /// The fingerprint of a long text; zero for a short one.
+  const TextFingerprint& textFingerprint() const noexcept { return textFingerprint_; }
+
+  /// The places of the references in a value, in 8-byte words from its start, ascending. Throws
+  /// std::bad_alloc if there is no memory for a long list at its first request; later calls do not
+  /// throw.
+  const std::vector<std::uint64_t>& refSlots() const {
+    const auto* const known = knownRefSlots();
+    return known ? *known : buildRefSlots();
+  }
+  /// The same list, or null for a long one that was not requested yet.
+  const std::vector<std::uint64_t>* knownRefSlots() const noexcept {
+    return refSlots_.load(std::memory_order_acquire);
+  }
+  /// The length of refSlots(); does not build the list.
+  std::uint64_t refSlotCount() const noexcept { return refSlotCount_; }
+  /// The longest chain of references from a value as far as the type tells: 0 without references,
+  /// 1 for a `void*`, the target's plus one for any other reference.
+  std::uint32_t referenceDepth() const noexcept { return referenceDepth_; }
+  /// The type whose refSlots() repeat, one value after the other, to give those of this type: the
+  /// innermost element type of a long array, or this type.
+  const InternedType& slotPattern() const noexcept { return slotPattern_ ? *slotPattern_ : *this; }
+
+  /// The same type without metadata at any depth; this type if it has none.
+  const InternedType& stripped() const noexcept { return stripped_ ? *stripped_ : *this; }
+
+  /// The default value that was kept for this type, or null. It lives as long as the type.
+  const DynamicValue* keptDefault() const noexcept {
+    const auto* kept = keptDefault_.load(std::memory_order_acquire);
+    return kept ? kept->get() : nullptr;
+  }
+  /// Keeps a default value and returns the kept one; the first that is kept stays. The value's type
+  /// must not be this type, which it would keep alive forever. Throws std::bad_alloc.
+  const DynamicValue& keepDefault(DynamicValue&& value) const;
+
+ private:
+  friend class Type::Factory;
+  friend void intrusive_ptr_add_ref(const InternedType* type) noexcept;
+  friend void intrusive_ptr_release(const InternedType* type) noexcept;
+
+  InternedType(TypeDesc desc, const Metadata& metadata, TypePtr stripped,
+               std::weak_ptr<Factory> factory);
+  ~InternedType();
+
+  const std::string& buildText() const;
+  const std::vector<std::uint64_t>& buildRefSlots() const;
+
+  TypeDesc desc_;
+  Metadata metadata_;
+  std::uint64_t alignment_ = 0;
+  std::uint64_t size_ = 0;
+  bool concrete_ = false;
+  bool deepConcrete_ = false;
+  std::uint64_t refSlotCount_ = 0;
+  std::uint32_t referenceDepth_ = 0;
+  const InternedType* slotPattern_ = nullptr;  // of a long array: kept alive by desc_
+  TextFingerprint textFingerprint_;            // of a long text only
+  std::string shortText_;
+  std::vector<std::uint64_t> fewRefSlots_;
+  // These point to the members above or to heap objects that the type owns.
+  mutable std::atomic<const std::string*> text_{nullptr};
+  mutable std::atomic<const std::vector<std::uint64_t>*> refSlots_{nullptr};
+  mutable bool indexed_ = false;  // the factory's: whether a long text is in its table of samples
+  mutable std::atomic<bool> permanent_{false};
+  mutable std::atomic<std::uint32_t> references_{0};
+  std::weak_ptr<Factory> factory_;
+  TypePtr stripped_;
+  mutable std::atomic<const HeapValue<DynamicValue>*> keptDefault_{nullptr};
+  mutable const InternedType* nextUnlinked_ = nullptr;  // the factory's list of types to destroy
+};
+
+inline const InternedType& asInterned(const Type& type) {
+  return static_cast<const InternedType&>(type);
+}
+
+}  // namespace qex::vornath
+
+#endif
