@@ -48,7 +48,7 @@ function(vornath_layer)
   set(target vornath_${LAYER_NAME})
   add_library(${target} OBJECT ${LAYER_SOURCES})
   target_include_directories(${target} PUBLIC
-    "${PROJECT_SOURCE_DIR}/include" "${CMAKE_CURRENT_SOURCE_DIR}")
+    "${PROJECT_SOURCE_DIR}/include" "${PROJECT_SOURCE_DIR}/src" "${CMAKE_CURRENT_SOURCE_DIR}")
   vornath_part_of_library(${target})
   target_link_libraries(${target} PUBLIC ${LAYER_LINK} PRIVATE vornath_flags)
   vornath_count_lines(${target})

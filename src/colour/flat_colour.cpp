@@ -1,13 +1,14 @@
 #include <cstdint>
-#include <span>
-#include <vector>
 
 #include "black_body.hpp"
 #include "block.hpp"
 #include "boundary.hpp"
-#include "spectrum.hpp"
-#include "step_function.hpp"
+#include "fixed_struct_types.hpp"
+#include "light_types.hpp"
+#include "spectrum_reading.hpp"
+#include "spectrum_record.hpp"
 #include "type_handle.hpp"
+#include "universal_spectrum.hpp"
 #include "vornath_data/colour.h"
 
 namespace qex::vornath {
@@ -15,64 +16,6 @@ namespace {
 
 Illuminant illuminantOf(std::int32_t colourSpace) {
   return colourSpace == VRNT_COLOUR_SPACE_D65 ? Illuminant::D65 : Illuminant::E;
-}
-
-std::span<float> recordFloats(const vrntSpectrumRec& record) {
-  return {record.data, record.count < 0 ? 0 : static_cast<std::size_t>(record.count)};
-}
-
-// The wavelengths of a record's pairs without its two closing ones; none if it has no others. There
-// is room for one more.
-std::vector<float> innerWavelengths(SpectralPairs pairs) {
-  std::vector<float> lambdas;
-  if (pairs.size() < 3) return lambdas;
-  lambdas.reserve(pairs.size() - 1);
-  for (std::size_t pair = 1; pair + 1 < pairs.size(); ++pair) {
-    lambdas.push_back(pairs.wavelength(pair));
-  }
-  return lambdas;
-}
-
-// Gives the last wavelength a band of its own: the whole range by the number of wavelengths.
-void closeLastBand(std::vector<float>& lambdas) {
-  if (lambdas.empty()) return;
-  const auto count = static_cast<float>(lambdas.size());
-  lambdas.push_back(lambdas.back() + (lambdas.back() - lambdas.front()) / count);
-}
-
-std::vector<float> pairsOfRecord(const vrntSpectrumRec& record) {
-  const SpectralPairs pairs(recordFloats(record));
-  std::vector<float> lambdas = innerWavelengths(pairs);
-  std::vector<float> amplitudes;
-  amplitudes.reserve(lambdas.size());
-  for (std::size_t i = 0; i < lambdas.size(); ++i) amplitudes.push_back(pairs.amplitude(i + 1));
-  closeLastBand(lambdas);
-  return pairsFromSamples(lambdas, amplitudes);
-}
-
-// Puts amplitudes beside the wavelengths, from pair `first` on.
-void putAmplitudes(const std::vector<float>& amplitudes, float* pairs, std::size_t first) {
-  for (std::size_t i = 0; i < amplitudes.size(); ++i) pairs[2 * (first + i) + 1] = amplitudes[i];
-}
-
-void convertTo(const SpectrumView& spectrum, Illuminant illuminant, vrntSpectrumRec& out) {
-  switch (out.encoding) {
-    case VRNT_ENCODING_LUMINANCE:
-      out.data[0] = spectrum.toLuminance(illuminant);
-      break;
-    case VRNT_ENCODING_SPECTRAL: {
-      std::vector<float> lambdas = innerWavelengths(SpectralPairs(recordFloats(out)));
-      if (!lambdas.empty()) lambdas.push_back(lambdas.back() + 5.0F);
-      putAmplitudes(spectrum.sampleAt(lambdas), out.data, 1);
-      break;
-    }
-    default: {
-      const Rgb colour = spectrum.toRgb(illuminant);
-      out.data[0] = colour.r;
-      out.data[1] = colour.g;
-      out.data[2] = colour.b;
-    }
-  }
 }
 
 SpectrumView spectrumAt(const vrntValue_t* value, const vrntValueView_t* view) {
@@ -86,6 +29,16 @@ using namespace qex::vornath;  // NOLINT(google-build-using-namespace): the file
 
 extern "C" {
 
+vrntType_t* vrntTypeSpectrum(void) { return allocateType(spectrumType()); }
+
+vrntType_t* vrntTypeLightUnit(void) { return allocateType(lightUnitType()); }
+
+vrntType_t* vrntTypeEmission(void) { return allocateType(emissionType()); }
+
+vrntType_t* vrntTypeToUniversalSpectrum(const vrntType_t* type) {
+  return typeHandle(*toUniversalSpectrum(typeOf(type)).detach());
+}
+
 void vrntBlackbodyToRGB(float* rgb, float temperature) {
   const Rgb colour = blackBodyColour(temperature);
   rgb[0] = colour.r;
@@ -98,15 +51,7 @@ float vrntPlancksLaw(float wavelength, float temperature) {
 }
 
 void vrntSpectrumConvert(const vrntSpectrumRec* in, vrntSpectrumRec* out, int32_t colourSpace) {
-  const Illuminant illuminant = illuminantOf(colourSpace);
-  switch (in->encoding) {
-    case VRNT_ENCODING_LUMINANCE:
-      return convertTo({SpectrumEncoding::Luminance, {in->data, 1}}, illuminant, *out);
-    case VRNT_ENCODING_SPECTRAL:
-      return convertTo({SpectrumEncoding::Spectral, pairsOfRecord(*in)}, illuminant, *out);
-    default:
-      return convertTo({SpectrumEncoding::Rgb, {in->data, 3}}, illuminant, *out);
-  }
+  convertRecord(*in, *out, illuminantOf(colourSpace));
 }
 
 int32_t vrntValueToRGB(const vrntValue_t* value, const vrntValueView_t* view, int32_t colourSpace,
@@ -123,12 +68,7 @@ int32_t vrntValueToRGB(const vrntValue_t* value, const vrntValueView_t* view, in
 int32_t vrntValueToSPD(const vrntValue_t* value, const vrntValueView_t* view, int32_t count,
                        float* pairs) {
   return reportFailureAs(-1, [&] {
-    const SpectrumView spectrum = spectrumAt(value, view);
-    std::vector<float> lambdas;
-    lambdas.reserve(count > 0 ? static_cast<std::size_t>(count / 2) : 0);
-    for (std::int32_t pair = 0; pair < count / 2; ++pair) lambdas.push_back(pairs[2 * pair]);
-    closeLastBand(lambdas);
-    putAmplitudes(spectrum.sampleAt(lambdas), pairs, 0);
+    fillPairs(spectrumAt(value, view), pairs, count / 2);
     return 0;
   });
 }

@@ -22,13 +22,13 @@ TypePtr makeEmission() {
 
 }  // namespace
 
-const Type& lightUnitType() {
-  static const Type& type = permanentType(makeLightUnit());
+const InternedType& lightUnitType() {
+  static const InternedType& type = permanentType(makeLightUnit());
   return type;
 }
 
-const Type& emissionType() {
-  static const Type& type = permanentType(makeEmission());
+const InternedType& emissionType() {
+  static const InternedType& type = permanentType(makeEmission());
   return type;
 }
 

@@ -3,16 +3,16 @@
 #ifndef VORNATH_COLOUR_LIGHT_TYPES_HPP
 #define VORNATH_COLOUR_LIGHT_TYPES_HPP
 
-#include "vornath_data/type_library.hpp"
+#include "type.hpp"
 
 namespace qex::vornath {
 
 /// The photometric units: `enum { LUMEN; CANDELA; LUX; NIT; }`. Borrowed.
-const Type& lightUnitType();
+const InternedType& lightUnitType();
 
 /// A coloured strength: the fields `color` (the universal spectrum), `value` (a float) and `unit`.
 /// Borrowed.
-const Type& emissionType();
+const InternedType& emissionType();
 
 }  // namespace qex::vornath
 

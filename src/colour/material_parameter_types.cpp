@@ -56,9 +56,11 @@ constexpr std::array<const char*, kMaterialParameterCount> kTexts{
 
 }  // namespace
 
-const Type& materialParameterType(std::uint32_t number) { return TypesOfTexts<kTexts>::at(number); }
+const InternedType& materialParameterType(std::uint32_t number) {
+  return TypesOfTexts<kTexts>::at(number);
+}
 
-std::int32_t materialParameterNumber(const Type& type) {
+std::int32_t materialParameterNumber(const InternedType& type) {
   return numberOfSameType(type, kMaterialParameterCount, materialParameterType);
 }
 

@@ -5,7 +5,8 @@
 
 #include <cstdint>
 
-#include "vornath_data/type_library.hpp"
+#include "texture_types.hpp"
+#include "type.hpp"
 #include "wrap_mode.hpp"
 
 namespace qex::vornath {
@@ -14,20 +15,17 @@ namespace qex::vornath {
 inline constexpr std::uint32_t kSamplerCount = VRNT_SAMPLER_SPECTRUM_SPHERE + 1;
 
 /// The sampler of a number below kSamplerCount, with the defaults REPEAT. Borrowed.
-const Type& samplerType(std::uint32_t number);
+const InternedType& samplerType(std::uint32_t number);
 
 /// The number of a sampler, whatever its metadata; -1 if the type is none of them.
-std::int32_t samplerNumber(const Type& type);
+std::int32_t samplerNumber(const InternedType& type);
 
-/// The one without a number. Borrowed.
-const Type& floatSphereSamplerType();
+/// The sampler of a texture with other wrap modes: a new type for each call.
+TypePtr makeSpectrumSampler(const InternedType& wrapMode);
+TypePtr makeFloatSampler(const InternedType& wrapMode);
 
-/// The spectrum sampler with other default wrap modes: a new type for each call. Throws what the
-/// parse throws for a number that is no mode.
-TypePtr makeSpectrumSamplerType(WrapMode defaultU, WrapMode defaultV);
-
-/// The float sampler, likewise.
-TypePtr makeFloatSamplerType(WrapMode defaultU, WrapMode defaultV);
+/// The sampler of a sphere texture, which has no wrap modes.
+TypePtr makeSphereSampler(TextureKind kind, const char* label);
 
 }  // namespace qex::vornath
 

@@ -26,14 +26,26 @@ class SpectrumView {
   std::span<const float> floats() const noexcept { return floats_; }
   bool empty() const noexcept { return floats_.empty(); }
 
+  /// The band averages between adjacent wavelengths, one fewer than these, under D65. Throws what
+  /// requireWavelengths() does, and for an empty spectrum as well.
+  std::vector<float> sampleAt(std::span<const float> lambdas) const;
+
+  /// Luminance counts as a grey Rgb; a spectral one is seen under the illuminant.
+  Xyz toXyz(Illuminant illuminant) const noexcept;
+  /// The stored triple, or the spectral colour, unclamped.
+  Rgb toRgb(Illuminant illuminant) const noexcept;
+  /// The Y of toXyz().
+  float toLuminance(Illuminant illuminant) const noexcept;
+
+  /// The stored triple, or the luminance as a grey. Undefined for a spectral or empty spectrum.
+  Rgb storedRgb() const noexcept;
+
+  // For programs that build the library in; defined in embed/spectrum_sampling.cpp.
+
   /// The mean amplitude from `lambda` to `lambda + deltaLambda` nm. Luminance is the same at every
   /// wavelength; Rgb is reconstructed, and only there the illuminant counts. Throws what
   /// wavelengths.hpp says, in every encoding, but not for an empty spectrum.
   float bandAverage(float lambda, float deltaLambda, Illuminant illuminant) const;
-
-  /// The band averages between adjacent wavelengths, one fewer than these, under D65. Throws what
-  /// requireWavelengths() does, and for an empty spectrum as well.
-  std::vector<float> sampleAt(std::span<const float> lambdas) const;
 
   /// `count` band averages; band i begins at i * deltaLambda + lambda0. Under D65. Throws as
   /// bandAverage() does.
@@ -48,18 +60,8 @@ class SpectrumView {
     return bands;
   }
 
-  /// Luminance counts as a grey Rgb; a spectral one is seen under the illuminant.
-  Xyz toXyz(Illuminant illuminant) const noexcept;
-  /// The stored triple, or the spectral colour, unclamped.
-  Rgb toRgb(Illuminant illuminant) const noexcept;
-  /// The Y of toXyz().
-  float toLuminance(Illuminant illuminant) const noexcept;
-
  private:
-  Rgb storedRgb() const noexcept;
   void fillUniform(float lambda0, float deltaLambda, std::span<float> bands) const;
-  template <typename BandAt>
-  void fill(std::span<float> bands, Illuminant illuminant, BandAt bandAt) const;
 
   SpectrumEncoding encoding_;
   std::span<const float> floats_;

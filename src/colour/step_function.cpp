@@ -4,67 +4,31 @@
 #include "wavelengths.hpp"
 
 namespace qex::vornath {
-namespace {
-
-void require(bool condition, const char* message) {
-  if (!condition) throw vrnt::Exception(vrnt::ErrorCode::InvalidArguments, message);
+PairsBuilder::PairsBuilder(std::size_t samples) {
+  pairs_.reserve(2 * samples + 4);
+  append(0.0F, 0.0F);
 }
 
-void append(std::vector<float>& pairs, float wavelength, float amplitude) {
-  pairs.push_back(wavelength);
-  pairs.push_back(amplitude);
+void PairsBuilder::append(float wavelength, float amplitude) {
+  pairs_.push_back(wavelength);
+  pairs_.push_back(amplitude);
 }
 
-std::vector<float> openPairs(std::size_t samples) {
-  std::vector<float> pairs;
-  pairs.reserve(2 * samples + 4);
-  append(pairs, 0.0F, 0.0F);
-  return pairs;
+std::vector<float> PairsBuilder::close(float wavelength) && {
+  append(wavelength, 0.0F);
+  return std::move(pairs_);
 }
-
-}  // namespace
 
 std::vector<float> pairsFromSamples(std::span<const float> lambdas,
                                     std::span<const float> amplitudes) {
   requireWavelengths(lambdas);
-  require(amplitudes.size() == lambdas.size() - 1, "amplitudes.size() must be lambdas.size() - 1.");
-  std::vector<float> pairs = openPairs(amplitudes.size());
-  for (std::size_t i = 0; i < amplitudes.size(); ++i) append(pairs, lambdas[i], amplitudes[i]);
-  append(pairs, lambdas.back(), 0.0F);
-  return pairs;
-}
-
-std::vector<float> pairsFromUniformSamples(float lambda0, float deltaLambda,
-                                           std::span<const float> amplitudes) {
-  requireWavelength(lambda0);
-  requireWavelengthStep(deltaLambda);
-  std::vector<float> pairs = openPairs(amplitudes.size());
-  float lambda = lambda0;
-  for (const float amplitude : amplitudes) {
-    append(pairs, lambda, amplitude);
-    lambda += deltaLambda;
+  if (amplitudes.size() != lambdas.size() - 1) {
+    throw vrnt::Exception(vrnt::ErrorCode::InvalidArguments,
+                          "amplitudes.size() must be lambdas.size() - 1.");
   }
-  append(pairs, lambda, 0.0F);
-  return pairs;
-}
-
-std::vector<float> pairsFromBand(float lambda, float deltaLambda, float amplitude) {
-  return {0.0F, 0.0F, lambda, amplitude, lambda + deltaLambda, 0.0F};
-}
-
-void validatePairs(std::span<const float> floats) {
-  require(floats.size() >= 7, "At least 7 spectral values must be specified.");
-  require(floats.size() % 2 == 0, "Number of spectral values must be even.");
-  // A NaN is neither zero nor an increase.
-  require(floats[0] == 0.0F && floats[1] == 0.0F,
-          "The first wave length and amplitude of the spectral value need to be zero.");
-  const SpectralPairs pairs(floats);
-  for (std::size_t pair = 1; pair < pairs.size(); ++pair) {
-    require(pairs.wavelength(pair) > pairs.wavelength(pair - 1),
-            "Lambdas must increase strictly monotonical.");
-  }
-  require(pairs.amplitude(pairs.size() - 1) == 0.0F,
-          "The last amplitude of the spectral value must be zero.");
+  PairsBuilder pairs(amplitudes.size());
+  for (std::size_t i = 0; i < amplitudes.size(); ++i) pairs.append(lambdas[i], amplitudes[i]);
+  return std::move(pairs).close(lambdas.back());
 }
 
 float StepFunctionAverager::average(float lambda, float deltaLambda) noexcept {

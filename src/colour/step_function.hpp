@@ -28,21 +28,24 @@ class SpectralPairs {
   std::size_t size_;
 };
 
+/// Builds pairs from samples in ascending order of their wavelengths; checks nothing.
+class PairsBuilder {
+ public:
+  /// Starts with the pair (0, 0) and reserves room for `samples` pairs.
+  explicit PairsBuilder(std::size_t samples);
+
+  void append(float wavelength, float amplitude);
+  /// Ends the last interval at a wavelength and returns the pairs.
+  std::vector<float> close(float wavelength) &&;
+
+ private:
+  std::vector<float> pairs_;
+};
+
 /// The pairs of an amplitude from each wavelength to the next. Throws for bad wavelengths and then
 /// "amplitudes.size() must be lambdas.size() - 1.".
 std::vector<float> pairsFromSamples(std::span<const float> lambdas,
                                     std::span<const float> amplitudes);
-
-/// The same on an even grid. Wavelengths are reached by repeated addition, so that rounding
-/// accumulates.
-std::vector<float> pairsFromUniformSamples(float lambda0, float deltaLambda,
-                                           std::span<const float> amplitudes);
-
-/// The step function of a single band. Nothing is checked.
-std::vector<float> pairsFromBand(float lambda, float deltaLambda, float amplitude);
-
-/// Throws what is wrong with the pairs, the first fault first.
-void validatePairs(std::span<const float> floats);
 
 /// Mean amplitudes of one step function over bands whose beginnings don't decrease: a walk over all
 /// of them costs the pairs once.

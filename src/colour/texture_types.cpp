@@ -16,18 +16,19 @@ constexpr std::array kKinds{
 
 }  // namespace
 
-const Type& textureReferenceType() {
-  static const Type& type =
-      permanentType(Type::parse(R"({ int @default=-1 @name="Texture" texture_ref; })"));
+const InternedType& textureReferenceType() {
+  static const InternedType& type =
+      permanentType(InternedType::parse(R"({ int @default=-1 @name="Texture" texture_ref; })"));
   return type;
 }
 
-const Type& textureReferenceType(TextureKind kind) {
+const InternedType& textureReferenceType(TextureKind kind) {
   return TypesOfTexts<kKinds>::at(static_cast<std::size_t>(kind));
 }
 
-const Type& uvTransformationType() {
-  static const Type& type = permanentType(Type::parse("{ float2 x; float2 y; float2 z; }"));
+const InternedType& uvTransformationType() {
+  static const InternedType& type =
+      permanentType(InternedType::parse("{ float2 x; float2 y; float2 z; }"));
   return type;
 }
 

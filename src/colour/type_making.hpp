@@ -11,13 +11,13 @@
 #include <vector>
 
 #include "relations.hpp"
+#include "type.hpp"
 #include "type_factory.hpp"
-#include "vornath_data/type_library.hpp"
 
 namespace qex::vornath {
 
 /// Keeps the type until shutdown, for a static that refers to it.
-inline const Type& permanentType(const TypePtr& type) {
+inline const InternedType& permanentType(const TypePtr& type) {
   return *Type::get_factory(true)->makePermanent(type.get());
 }
 
@@ -25,7 +25,7 @@ inline TypePtr makeStruct(std::vector<Type::Field> fields, const Metadata& metad
   return Type::get_factory(true)->makeType(Type::TStruct(std::move(fields)), metadata);
 }
 
-inline Type::Field makeField(const Type& type, const char* label) {
+inline Type::Field makeField(const InternedType& type, const char* label) {
   return {TypePtr(&type), label};
 }
 
@@ -36,14 +36,14 @@ class TypesOfTexts {
   static constexpr std::size_t kCount = std::size(kTexts);
 
   /// The index is below kCount.
-  static const Type& at(std::size_t index) { return kGetters[index](); }
+  static const InternedType& at(std::size_t index) { return kGetters[index](); }
 
  private:
-  using Getter = const Type& (*)();
+  using Getter = const InternedType& (*)();
 
   template <std::size_t Index>
-  static const Type& get() {
-    static const Type& type = permanentType(Type::parse(kTexts[Index]));
+  static const InternedType& get() {
+    static const InternedType& type = permanentType(InternedType::parse(kTexts[Index]));
     return type;
   }
 
@@ -58,7 +58,8 @@ class TypesOfTexts {
 
 /// The lowest number whose type is the same as this one but for metadata, or -1.
 template <typename TypeOfNumber>
-std::int32_t numberOfSameType(const Type& type, std::uint32_t count, TypeOfNumber typeOfNumber) {
+std::int32_t numberOfSameType(const InternedType& type, std::uint32_t count,
+                              TypeOfNumber typeOfNumber) {
   for (std::uint32_t number = 0; number < count; ++number) {
     if (isSameType(type, typeOfNumber(number))) return static_cast<std::int32_t>(number);
   }

@@ -12,8 +12,8 @@ using Array = Type::TArrayND<int>;
 using TStruct = Type::TStruct;
 
 // The universal spectrum in the place of a compact one.
-TypePtr universalFor(const Type& compact) {
-  const Type& universal = spectrumType();
+TypePtr universalFor(const InternedType& compact) {
+  const InternedType& universal = spectrumType();
   if (compact.metadata().empty()) return TypePtr(&universal);
   Metadata metadata = compact.metadata();
   metadata.insert(universal.metadata().begin(), universal.metadata().end());
@@ -23,10 +23,10 @@ TypePtr universalFor(const Type& compact) {
 // Each different part once, its own parts before it, on a stack of its own.
 class Rebuild {
  public:
-  TypePtr run(const Type& root) {
+  TypePtr run(const InternedType& root) {
     open_.push_back(&root);
     while (!open_.empty()) {
-      const Type& type = *open_.back();
+      const InternedType& type = *open_.back();
       const auto [entry, isNew] = results_.try_emplace(&type);
       if (isNew) {
         entry->second = begin(type);
@@ -41,7 +41,7 @@ class Rebuild {
 
  private:
   // The result, or null if it depends on parts, which are open then.
-  TypePtr begin(const Type& type) {
+  TypePtr begin(const InternedType& type) {
     if (const auto* array = type.getIf<Array>()) {
       open_.push_back(array->element.get());
       return nullptr;
@@ -55,7 +55,7 @@ class Rebuild {
 
   // A type whose parts are as they were is returned itself: a copy of a value in its metadata would
   // make it another type.
-  TypePtr finish(const Type& type) const {
+  TypePtr finish(const InternedType& type) const {
     if (const auto* array = type.getIf<Array>()) {
       const TypePtr& element = resultOf(array->element);
       if (element == array->element) return TypePtr(&type);
@@ -74,17 +74,17 @@ class Rebuild {
 
   const TypePtr& resultOf(const TypePtr& part) const { return results_.find(part.get())->second; }
 
-  std::unordered_map<const Type*, TypePtr> results_;  // null while a type's parts are open
-  std::vector<const Type*> open_;
+  std::unordered_map<const InternedType*, TypePtr> results_;  // null while a type's parts are open
+  std::vector<const InternedType*> open_;
 };
 
 }  // namespace
 
-const Type& compactSpectrumType() {
-  static const Type& type = permanentType(Type::parse("{ float3 spectrum; }"));
+const InternedType& compactSpectrumType() {
+  static const InternedType& type = permanentType(InternedType::parse("{ float3 spectrum; }"));
   return type;
 }
 
-TypePtr toUniversalSpectrum(const Type& type) { return Rebuild().run(type); }
+TypePtr toUniversalSpectrum(const InternedType& type) { return Rebuild().run(type); }
 
 }  // namespace qex::vornath

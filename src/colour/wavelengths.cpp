@@ -11,15 +11,6 @@ namespace {
 
 }  // namespace
 
-void requireWavelength(float lambda) {
-  if (lambda <= 0.0F) refuse("Wavelength lambda must be greater than 0.");
-}
-
-void requireWavelengthStep(float deltaLambda) {
-  // Hosts compare the words: there is no full stop.
-  if (deltaLambda <= 0.0F) refuse("Wavelength delta lambda must be greater than 0");
-}
-
 void requireWavelengths(std::span<const float> lambdas) {
   if (lambdas.size() < 2) refuse("Wavelength lambda array must contain at least 2 elements.");
   if (lambdas[0] <= 0.0F) refuse("Wavelength lambda[0] must be greater than 0.");

@@ -1,5 +1,4 @@
-/// Checks of the wavelengths, in nm, that an operation is asked for. Each throws vrnt::Exception
-/// with InvalidArguments. The tests of single values refuse zero and below only: a NaN passes.
+/// The check of the wavelengths, in nm, that an operation is asked for.
 #ifndef VORNATH_COLOUR_WAVELENGTHS_HPP
 #define VORNATH_COLOUR_WAVELENGTHS_HPP
 
@@ -7,13 +6,8 @@
 
 namespace qex::vornath {
 
-/// "Wavelength lambda must be greater than 0."
-void requireWavelength(float lambda);
-
-/// "Wavelength delta lambda must be greater than 0"
-void requireWavelengthStep(float deltaLambda);
-
-/// At least two, the first above 0, each above the one before.
+/// Requires at least two wavelengths, the first above 0, each above the one before. Throws
+/// vrnt::Exception with InvalidArguments otherwise.
 void requireWavelengths(std::span<const float> lambdas);
 
 }  // namespace qex::vornath

@@ -32,19 +32,23 @@ const char* toString(WrapMode mode) {
   return "INVALID_WRAPMODE";
 }
 
-TypePtr makeWrapModeType(WrapMode defaultMode) { return Type::parse(wrapModeText(defaultMode)); }
-
-TypePtr makeWrapMode2Type(WrapMode defaultU, WrapMode defaultV) {
-  return Type::parse("{ " + labelledText(defaultU) + " u; " + labelledText(defaultV) + " v; }");
+TypePtr makeWrapModeType(WrapMode defaultMode) {
+  return InternedType::parse(wrapModeText(defaultMode));
 }
 
-const Type& wrapModeType() {
-  static const Type& type = permanentType(makeWrapModeType(WrapMode::Repeat));
+TypePtr makeWrapMode2Type(WrapMode defaultU, WrapMode defaultV) {
+  return InternedType::parse("{ " + labelledText(defaultU) + " u; " + labelledText(defaultV) +
+                             " v; }");
+}
+
+const InternedType& wrapModeType() {
+  static const InternedType& type = permanentType(makeWrapModeType(WrapMode::Repeat));
   return type;
 }
 
-const Type& wrapMode2Type() {
-  static const Type& type = permanentType(makeWrapMode2Type(WrapMode::Repeat, WrapMode::Repeat));
+const InternedType& wrapMode2Type() {
+  static const InternedType& type =
+      permanentType(makeWrapMode2Type(WrapMode::Repeat, WrapMode::Repeat));
   return type;
 }
 

@@ -4,8 +4,8 @@
 
 #include <cstdint>
 
+#include "type.hpp"
 #include "vornath_data/parameters.h"
-#include "vornath_data/type_library.hpp"
 
 namespace qex::vornath {
 
@@ -21,14 +21,14 @@ enum class WrapMode : std::int32_t {
 const char* toString(WrapMode mode);
 
 /// The wrap mode enum whose default is REPEAT. Borrowed.
-const Type& wrapModeType();
+const InternedType& wrapModeType();
 
 /// The wrap mode enum with another default: a new type for each call. Throws what the parse throws
 /// for a number that is no mode.
 TypePtr makeWrapModeType(WrapMode defaultMode);
 
 /// The modes of both directions, the fields `u` and `v`, each with the default REPEAT. Borrowed.
-const Type& wrapMode2Type();
+const InternedType& wrapMode2Type();
 
 /// The modes of both directions with these defaults; otherwise as makeWrapModeType().
 TypePtr makeWrapMode2Type(WrapMode defaultU, WrapMode defaultV);

@@ -1,71 +1,19 @@
-#include "spectrum.hpp"
+#include "embed/spectrum.hpp"
 
-#include <cstring>
+#include <array>
 #include <utility>
 
+#include "embed/spectral_pairs.hpp"
 #include "fixed_struct_types.hpp"
+#include "spectrum_reading.hpp"
 #include "spectrum_value.hpp"
 #include "step_function.hpp"
-#include "vornath_data/result.hpp"
 
 namespace qex::vornath {
 namespace {
 
 Spectrum spectral(const std::vector<float>& pairs) {
   return Spectrum(makeSpectrumValue(SpectrumEncoding::Spectral, pairs));
-}
-
-// Where the two parts of a spectrum stand. The type is a subtype of the spectrum type.
-struct Parts {
-  std::int32_t encoding;
-  std::uint64_t word;
-};
-
-Parts partsAt(const Type& type, const char* data) {
-  const auto& structure = std::get<Type::TStruct>(type.desc());
-  Parts parts{};
-  std::memcpy(&parts.encoding, data + structure.offsets[0], sizeof(parts.encoding));
-  parts.word = loadWord(data + structure.offsets[1]);
-  return parts;
-}
-
-// An unknown code reads as a triple.
-SpectrumEncoding encodingOf(std::int32_t code) {
-  switch (code) {
-    case static_cast<std::int32_t>(SpectrumEncoding::Luminance):
-      return SpectrumEncoding::Luminance;
-    case static_cast<std::int32_t>(SpectrumEncoding::Spectral):
-      return SpectrumEncoding::Spectral;
-    default:
-      return SpectrumEncoding::Rgb;
-  }
-}
-
-bool isFloatArray(const Type& type) {
-  const auto* const array = type.getIf<Type::TArrayND<int>>();
-  if (array == nullptr) return false;
-  const auto* const element = array->element->getIf<Type::TBasetype>();
-  return element != nullptr && *element == Type::TBasetype::Float;
-}
-
-// The type of the array that a spectrum refers to.
-const Type& floatsType() {
-  const auto& structure = std::get<Type::TStruct>(spectrumType().desc());
-  return *std::get<Type::TRef>(structure.fields[1].type->desc()).target;
-}
-
-// The word is not null. What a host stored may be any block, of whose type nobody knows yet, or an
-// address of its own, which is not this layer's to read.
-const vrntValue_t* follow(const Parts& parts) {
-  if (!isBlockWord(parts.word)) throw vrnt::Exception(vrnt::ErrorCode::InvalidArguments);
-  const vrntValue_t* const block = blockOfWord(parts.word);
-  if (!isFloatArray(blockType(block))) requireAccessible(blockType(block), floatsType());
-  return block;
-}
-
-std::span<const float> floatsOf(const vrntValue_t* block) {
-  return {reinterpret_cast<const float*>(blockData(block)),
-          blockType(block).size() / sizeof(float)};
 }
 
 }  // namespace
@@ -98,35 +46,21 @@ Spectrum Spectrum::fromBand(float lambda, float deltaLambda, float amplitude) {
 SpectrumView Spectrum::view() const { return readSpectrum(value_.typeOf(), value_.data()); }
 
 void Spectrum::validate() const {
-  const Parts parts = partsAt(value_.typeOf(), value_.data());
-  if (parts.word == 0) return;
-  const vrntValue_t* const array = follow(parts);
-  const std::span<const float> floats = floatsOf(array);
+  const StoredSpectrum stored = storedSpectrum(value_.typeOf(), value_.data());
+  if (stored.array == nullptr) return;
+  const std::span<const float> floats = floatsOf(stored);
   if (floats.empty()) return;
-  switch (encodingOf(parts.encoding)) {
+  switch (stored.encoding) {
     case SpectrumEncoding::Luminance:
-      requireFitting(blockType(array), *floatArrayType(1));
+      requireFitting(blockType(stored.array), *floatArrayType(1));
       break;
     case SpectrumEncoding::Rgb:
-      requireFitting(blockType(array), *floatArrayType(3));
+      requireFitting(blockType(stored.array), *floatArrayType(3));
       break;
     case SpectrumEncoding::Spectral:
       validatePairs(floats);
       break;
   }
-}
-
-SpectrumView readSpectrum(const Type& type, const char* data) {
-  requireAccessible(type, spectrumType());
-  const Parts parts = partsAt(type, data);
-  const SpectrumEncoding encoding = encodingOf(parts.encoding);
-  if (parts.word == 0) return {encoding, {}};
-  const vrntValue_t* const array = follow(parts);
-  const std::span<const float> floats = floatsOf(array);
-  if (encoding == SpectrumEncoding::Rgb && !floats.empty() && floats.size() < 3) {
-    requireFitting(blockType(array), *floatArrayType(3));
-  }
-  return {encoding, floats};
 }
 
 }  // namespace qex::vornath

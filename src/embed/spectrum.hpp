@@ -1,6 +1,6 @@
-/// The spectrum record as it lies in values: how one is made, checked and read.
-#ifndef VORNATH_COLOUR_SPECTRUM_HPP
-#define VORNATH_COLOUR_SPECTRUM_HPP
+/// A spectrum as a value of its own: makers, check and reading.
+#ifndef VORNATH_EMBED_SPECTRUM_HPP
+#define VORNATH_EMBED_SPECTRUM_HPP
 
 #include <span>
 
@@ -41,14 +41,6 @@ class Spectrum {
  private:
   DynamicValue value_;
 };
-
-/// The spectrum at `data`, which is laid out as `type` says; borrowed from there. A null reference
-/// is a spectrum without floats, an encoding without a name a triple.
-/// Throws "Incompatible type for accessor -> {}." if the type may not stand for the spectrum type
-/// or the reference leads to something else than floats, "Incompatible type for value -> {}." for
-/// fewer floats than the encoding reads, and with the words of the code for an address of the
-/// embedder's own, through which nothing is read.
-SpectrumView readSpectrum(const Type& type, const char* data);
 
 }  // namespace qex::vornath
 

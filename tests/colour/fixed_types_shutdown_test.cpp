@@ -1,6 +1,7 @@
 // A shutdown ends the fixed types with all that they are made of. One case: there is no way back.
 #include <gtest/gtest.h>
 
+#include "embed/sampler_makers.hpp"
 #include "fixed_types_list.hpp"
 #include "sampler_types.hpp"
 #include "type_factory.hpp"

@@ -7,8 +7,9 @@
 
 #include "black_body.hpp"
 #include "case_table.hpp"
+#include "embed/spectral_pairs.hpp"
+#include "embed/spectrum.hpp"
 #include "reconstruction.hpp"
-#include "spectrum.hpp"
 #include "spectrum_value.hpp"
 #include "step_function.hpp"
 #include "vornath_data/colour.h"

@@ -3,6 +3,7 @@
 
 #include <gtest/gtest.h>
 
+#include "embed/sampler_makers.hpp"
 #include "texture_types.hpp"
 #include "type_handle.hpp"
 #include "type_reading.hpp"
@@ -17,7 +18,7 @@ using qex::vornath::textureReferenceType;
 using qex::vornath::typeHandle;
 using qex::vornath::WrapMode;
 
-const Type& fieldType(const Type& type, std::size_t index) {
+const InternedType& fieldType(const InternedType& type, std::size_t index) {
   return *std::get<Struct>(type.desc()).fields[index].type;
 }
 
@@ -63,7 +64,7 @@ TEST(Samplers, ShareTheirParts) {
 }
 
 TEST(FloatSphereSampler, IsATextureOfThatKindAlone) {
-  const Type& type = qex::vornath::floatSphereSamplerType();
+  const InternedType& type = qex::vornath::floatSphereSamplerType();
   EXPECT_EQ(type.text(),
             "{ { int @default=-1 @name=\"Float sphere texture\" float_sphere_texture; } "
             "@no_specialize float_sphere_texture; } @no_specialize");

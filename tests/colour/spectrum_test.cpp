@@ -1,5 +1,5 @@
 // Making, checking and averaging spectra, on numbers that are worked out by hand.
-#include "spectrum.hpp"
+#include "embed/spectrum.hpp"
 
 #include <gtest/gtest.h>
 
@@ -9,6 +9,8 @@
 #include <string>
 #include <vector>
 
+#include "embed/spectral_pairs.hpp"
+#include "spectrum_reading.hpp"
 #include "spectrum_value.hpp"
 #include "step_function.hpp"
 #include "vornath_data/result.hpp"

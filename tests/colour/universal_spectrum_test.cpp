@@ -15,7 +15,7 @@ using qex::vornath::spectrumType;
 using qex::vornath::toUniversalSpectrum;
 
 // Structs and arrays in turn, this many of them around the core.
-TypePtr nested(const Type& core, int depth) {
+TypePtr nested(const InternedType& core, int depth) {
   TypePtr type(&core);
   for (int i = 0; i < depth; ++i) {
     type = i % 2 == 0 ? makeArray(type, 1) : makeStruct({{type, "a"}});

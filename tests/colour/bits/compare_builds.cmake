@@ -7,6 +7,7 @@ foreach(name black_body colour_space reconstruction spectral_integral spectrum_v
   list(APPEND arithmetic "${SOURCE_DIR}/src/colour/${name}.cpp")
 endforeach()
 set(sources "${SOURCE_DIR}/tests/colour/bits/print_bits.cpp" ${arithmetic}
+            "${SOURCE_DIR}/src/embed/spectrum_sampling.cpp" "${SOURCE_DIR}/src/embed/wavelength.cpp"
             "${SOURCE_DIR}/src/foundation/result.cpp")
 file(MAKE_DIRECTORY "${WORK_DIR}")
 
@@ -20,7 +21,7 @@ foreach(compiler IN LISTS COMPILERS)
     # As in the library's build, the exact flags come last.
     execute_process(
       COMMAND "${compiler}" -std=c++20 ${level} ${EXACT_FLAGS} "-I${SOURCE_DIR}/include"
-              "-I${SOURCE_DIR}/src/types" "-I${SOURCE_DIR}/src/foundation"
+              "-I${SOURCE_DIR}/src" "-I${SOURCE_DIR}/src/types" "-I${SOURCE_DIR}/src/foundation"
               "-I${SOURCE_DIR}/src/colour" ${sources} -lfmt -o "${program}"
       RESULT_VARIABLE status ERROR_VARIABLE errors)
     if(NOT status EQUAL 0)

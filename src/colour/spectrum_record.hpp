@@ -1,0 +1,23 @@
+/// Conversions of spectrum records, the plain structs in which hosts pass spectra.
+#ifndef VORNATH_COLOUR_SPECTRUM_RECORD_HPP
+#define VORNATH_COLOUR_SPECTRUM_RECORD_HPP
+
+#include <cstdint>
+
+#include "illuminant.hpp"
+#include "spectrum_view.hpp"
+#include "vornath_data/colour.h"
+
+namespace qex::vornath {
+
+/// Converts `in` to the encoding of `out` and writes the floats of `out`. A spectral `out` keeps
+/// its wavelengths. Throws what SpectrumView::sampleAt() and pairsFromSamples() do.
+void convertRecord(const vrntSpectrumRec& in, vrntSpectrumRec& out, Illuminant illuminant);
+
+/// Writes the amplitudes of `count` pairs, whose wavelengths stand in `pairs` (nm). Throws what
+/// SpectrumView::sampleAt() does.
+void fillPairs(const SpectrumView& spectrum, float* pairs, std::int32_t count);
+
+}  // namespace qex::vornath
+
+#endif
