@@ -13,6 +13,17 @@ install(DIRECTORY "${PROJECT_SOURCE_DIR}/include/vornath_data"
   DESTINATION "${CMAKE_INSTALL_INCLUDEDIR}"
   FILES_MATCHING PATTERN "*.h" PATTERN "*.hpp")
 
+# The component embed: the headers of the layers, and the static library.
+if(VORNATH_DATA_BUILD_EMBED)
+  set(embed_headers "${CMAKE_INSTALL_INCLUDEDIR}/vornath_data_embed")
+  install(TARGETS vornath_data_embed EXPORT vornath_dataEmbedTargets
+    ARCHIVE DESTINATION "${CMAKE_INSTALL_LIBDIR}"
+    INCLUDES DESTINATION "${CMAKE_INSTALL_INCLUDEDIR}" "${embed_headers}")
+  install(DIRECTORY "${PROJECT_SOURCE_DIR}/src/" DESTINATION "${embed_headers}"
+    FILES_MATCHING PATTERN "*.hpp")
+  install(EXPORT vornath_dataEmbedTargets NAMESPACE vornath_data:: DESTINATION "${package_dir}")
+endif()
+
 # What a C++ compiler links by itself and a C compiler doesn't.
 set(VORNATH_CXX_RUNTIME ${CMAKE_CXX_IMPLICIT_LINK_LIBRARIES})
 list(REMOVE_ITEM VORNATH_CXX_RUNTIME ${CMAKE_C_IMPLICIT_LINK_LIBRARIES})
@@ -28,7 +39,7 @@ install(FILES
   "${PROJECT_BINARY_DIR}/vornath_dataConfig.cmake"
   "${PROJECT_BINARY_DIR}/vornath_dataConfigVersion.cmake"
   DESTINATION "${package_dir}")
-if(VORNATH_DATA_IS_STATIC)
+if(VORNATH_DATA_IS_STATIC OR VORNATH_DATA_BUILD_EMBED)
   install(FILES "${CMAKE_CURRENT_LIST_DIR}/vornath_dataCryptopp.cmake" DESTINATION "${package_dir}")
 endif()
 

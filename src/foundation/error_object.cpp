@@ -1,6 +1,5 @@
 #include "error_object.hpp"
 
-#include <cstdlib>
 #include <utility>
 
 namespace qex::vornath {
@@ -36,21 +35,3 @@ void storeError(vrntValuesError_t** location, std::uint32_t kind, const char* me
 }
 
 }  // namespace qex::vornath
-
-using qex::vornath::outOfMemoryError;
-
-extern "C" {
-
-uint32_t vrntValuesErrorCode(const vrntValuesError_t* error) { return error->kind; }
-
-const char* vrntValuesErrorMessage(const vrntValuesError_t* error) {
-  return error->message.c_str();
-}
-
-void vrntValuesErrorDestroy(vrntValuesError_t* error) {
-  if (error != &outOfMemoryError) delete error;
-}
-
-void vrntDestroyString(const char* string) { std::free(const_cast<char*>(string)); }
-
-}  // extern "C"

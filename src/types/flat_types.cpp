@@ -97,10 +97,6 @@ vrntType_t* vrntTypeCopy(const vrntType_t* type) {
 
 void vrntTypeDestroy(const vrntType_t* type) { intrusive_ptr_release(&typeOf(type)); }
 
-void vrntValuesShutdown(void) {
-  if (const auto factory = Type::get_factory(false)) factory->shutDown();
-}
-
 uint64_t vrntTypeSize(const vrntType_t* type) { return typeOf(type).size(); }
 
 uint64_t vrntTypeAlignment(const vrntType_t* type) { return typeOf(type).alignment(); }
