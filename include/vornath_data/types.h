@@ -109,8 +109,7 @@ VRNT_API uint64_t vrntTypeAlignment(const vrntType_t* type);
  * it returns the same type, with one exception: for a type with a value among its annotations, only
  * until another type with the same text is created.
  * Errors: null if there is no memory to build the text. This can only happen for a type that is
- * part of another type and whose text has several thousand characters; all other types have their
- * text from the start.
+ * part of another type and whose text has several thousand characters.
  */
 VRNT_API const char* vrntTypeString(const vrntType_t* type);
 
