@@ -9,8 +9,9 @@
  * vrdmFieldType(). The names of these functions call a group a field; the members of the struct are
  * found through its type.
  *
- * The catalogue is fixed: no function takes a scene. Every class code and every index is allowed,
- * and has a defined result. A returned string is static; the caller does not destroy it.
+ * The catalogue is fixed: no function takes a scene. Every code and every index may be passed; a
+ * code that no class has is called invalid. A returned string is static; the caller does not
+ * destroy it.
  *
  * Threads: any thread may call any function.
  */
@@ -83,11 +84,11 @@ typedef struct vrdmReferenceInfo {
 /** Returns the number of classes, 18. Errors: none. */
 VRNT_API uint32_t vrdmObjectTypeCount(void);
 
-/** Returns the kind of a class, VRDM_KIND_*; 0 for a code without a class. Errors: none. */
+/** Returns the kind of a class, VRDM_KIND_*; 0 for an invalid code. Errors: none. */
 VRNT_API uint32_t vrdmObjectClass(uint32_t objectClass);
 
 /**
- * Returns the name of a class, such as "Camera"; null for a code without a class, including
+ * Returns the name of a class, such as "Camera"; null for an invalid code and for
  * VRDM_CLASS_SCENE_DATA.
  * Errors: none.
  */
@@ -95,7 +96,7 @@ VRNT_API const char* vrdmObjectName(uint32_t objectClass);
 
 /**
  * Returns the number of groups of a class or of VRDM_CLASS_SCENE_DATA. Zero for a class without
- * groups and for a code without a class.
+ * groups and for an invalid code.
  * Errors: none.
  */
 VRNT_API uint32_t vrdmFieldCount(uint32_t objectClass);
@@ -123,8 +124,8 @@ VRNT_API const char* vrdmFieldName(uint32_t objectClass, uint32_t field);
 VRNT_API vrntType_t* vrdmFieldType(uint32_t objectClass, uint32_t field);
 
 /**
- * Returns the number of reference slots of a class; 0 for VRDM_CLASS_SCENE_DATA and for a code
- * without a class.
+ * Returns the number of reference slots of a class; 0 for VRDM_CLASS_SCENE_DATA and for an
+ * invalid code.
  * Errors: none.
  */
 VRNT_API uint32_t vrdmReferenceCount(uint32_t objectClass);
@@ -134,7 +135,7 @@ VRNT_API uint32_t vrdmReferenceCount(uint32_t objectClass);
  *
  * If there is no such slot, `name` is null, and the other two members say why: both are UINT32_MAX
  * for a class without reference slots and for VRDM_CLASS_SCENE_DATA; both are 0 if `slot` is too
- * large for a class that has reference slots, and for a code without a class.
+ * large for a class that has reference slots, and for an invalid code.
  * Errors: none.
  */
 VRNT_API vrdmReferenceInfo vrdmReferenceType(uint32_t objectClass, uint32_t slot);

@@ -15,8 +15,8 @@
  *  - The scene must not be null.
  *  - There are no error out-parameters. If the class does not allow the call, the result is ~0,
  *    null, 0, -1 or false, as each function says.
- *  - A class code without a class gives 0, null or false. An addition then adds nothing, but its
- *    result 0 looks like an index: do not pass such a code to an addition.
+ *  - For an invalid class code, the result is 0, null or false. An addition then adds nothing, but
+ *    its result 0 looks like an index: do not pass an invalid code to an addition.
  *  - The index of an object must be less than vrdmContainerSize(). Only vrdmValid() checks it.
  *  - A returned vrntValue_t* is a new reference. The caller owns it and releases it with
  *    vrntValueDestroy(). A value argument must not be null, and stays the caller's.
@@ -153,13 +153,13 @@ VRNT_API const vrntUniqueId_t* vrdmGetUniqueId(const vrdmScene_t* scene, uint32_
                                                int32_t index);
 
 /**
- * Removes an object and frees its slot. Increments the class and scene change counters. Removing an
- * object from a free slot is allowed.
+ * Removes an object and frees its slot. Increments the class and scene change counters. The slot
+ * may already be free.
  *
  * A program loses its id, and an asset releases its storage block. Everything else in the slot
  * stays, and references to the object are not changed.
  *
- * Returns true; false for a code without a class.
+ * Returns true; false for an invalid code.
  * Errors: none. The function may allocate a few bytes to remember the slot. If that fails, the next
  * addition searches for the slot.
  */
@@ -194,8 +194,7 @@ VRNT_API uint32_t vrdmCountReferences(const vrdmScene_t* scene, uint32_t objectC
 /**
  * Adds a program. Increments the class and scene change counters. `text` is a NUL-terminated
  * string; the scene copies it.
- * Returns the index of the program; ~0 for a class of assets or instances; 0 for a code without a
- * class.
+ * Returns the index of the program; ~0 for a class of assets or instances; 0 for an invalid code.
  * Errors: throws std::bad_alloc.
  */
 VRNT_API uint32_t vrdmAddProgram(vrdmScene_t* scene, uint32_t objectClass, const char* text);
@@ -220,8 +219,7 @@ VRNT_API const char* vrdmGetProgramSource(const vrdmScene_t* scene, uint32_t obj
  * handle to the bytes. The scene adds its own reference to the block; the caller's reference stays
  * the caller's. The block must hold as many bytes as the record says; this is not checked.
  *
- * Returns the index of the asset; ~0 for a class of programs or instances; 0 for a code without a
- * class.
+ * Returns the index of the asset; ~0 for a class of programs or instances; 0 for an invalid code.
  * Errors: throws boost::uuids::entropy_error and std::bad_alloc.
  */
 VRNT_API uint32_t vrdmAddAsset(vrdmScene_t* scene, uint32_t objectClass, const void* desc,
@@ -233,8 +231,8 @@ VRNT_API uint32_t vrdmAddAsset(vrdmScene_t* scene, uint32_t objectClass, const v
  * leaves `desc` unchanged.
  *
  * The handle is null in the slot of a removed asset. A slot is also free if the data of its block
- * is null. If a host that shares the block sets the data to null later, the next addition need not
- * find the slot before vrdmRemove() was called for it.
+ * is null. If a host that shares the block sets the data to null later, additions may miss the
+ * slot until vrdmRemove() is called for it.
  *
  * Ownership: the handle belongs to the scene and is valid until the next addition to the class. To
  * keep the bytes longer, add a reference with vrdmAssetStorageRetain().
@@ -244,9 +242,9 @@ VRNT_API AssetStorage** vrdmGetAssetStorage(const vrdmScene_t* scene, uint32_t o
                                             int32_t index, void* desc);
 
 /**
- * Replaces the record and the bytes of an asset. Its id and the references to it stay. Copies
- * `desc`, and from `bytes` as many bytes as `desc` says, into a new block; a block that others
- * share is not changed. Increments the class and scene change counters.
+ * Replaces the record and the bytes of an asset. Its id and the references to it stay. Copies the
+ * record from `desc`, and as many bytes as it says from `bytes` into a new block. A block that
+ * others share is not changed. Increments the class and scene change counters.
  *
  * The function does not check that the slot is live: a free slot becomes live, but the next
  * addition may use it nevertheless.
@@ -263,8 +261,7 @@ VRNT_API bool vrdmUpdateAsset(vrdmScene_t* scene, uint32_t objectClass, int32_t 
  * Adds an object with unset reference slots, empty lists and default groups. Increments all change
  * counters of the object, and the class and scene change counters. In a slot that was used before,
  * the counters continue from their last values, and the former value stays until a new one is set.
- * Returns the index of the object; ~0 for a class of programs or assets; 0 for a code without a
- * class.
+ * Returns the index of the object; ~0 for a class of programs or assets; 0 for an invalid code.
  * Errors: throws std::bad_alloc.
  */
 VRNT_API uint32_t vrdmCreateInstance(vrdmScene_t* scene, uint32_t objectClass);
@@ -301,7 +298,7 @@ VRNT_API vrntValue_t* vrdmGetInstanceValue(const vrdmScene_t* scene, uint32_t ob
  * copied. A value of any type is accepted. Increments the change counter of the object, and the
  * class and scene change counters.
  * Returns true for every class of instances; for those without a value, nothing is changed. Returns
- * false for programs, assets and a code without a class.
+ * false for programs, assets and an invalid code.
  * Errors: none.
  */
 VRNT_API bool vrdmSetInstanceValue(vrdmScene_t* scene, uint32_t objectClass, int32_t index,
@@ -312,7 +309,7 @@ VRNT_API bool vrdmSetInstanceValue(vrdmScene_t* scene, uint32_t objectClass, int
 /**
  * Returns the index in a single reference slot, or -1 if it is not set; for a list, returns the
  * number of its elements.
- * Returns 0 for a reference slot that the class does not have and for a code without a class, and
+ * Returns 0 for a reference slot that the class does not have and for an invalid code, and
  * -1 for programs and assets.
  * Errors: none.
  */
@@ -376,7 +373,7 @@ VRNT_API int32_t* vrdmModifyReferenceList(vrdmScene_t* scene, uint32_t objectCla
  *
  * For every class of instances, it increments the class and scene change counters, and if the class
  * has reference slots, the object's counters for references and for the whole object. It does
- * nothing for programs, for assets and for a code without a class.
+ * nothing for programs, for assets and for an invalid code.
  * Errors: throws std::bad_alloc.
  */
 VRNT_API void vrdmUpdateTextureReferences(vrdmScene_t* scene, uint32_t objectClass, int32_t index);

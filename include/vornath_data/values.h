@@ -3,8 +3,8 @@
  *
  * A value is a block of memory: a header, followed by the bytes of one value, laid out as its type
  * says. A vrntValue_t* is a reference-counted handle to a block. Blocks are copied on write: a
- * block with more than one reference is never written. A function that writes to such a
- * block makes a copy first and moves the caller's handle to the copy, so it takes the handle by
+ * block with more than one reference is never written. A function that writes to such a block
+ * copies it first, and moves the caller's handle to the copy. That is why it takes the handle by
  * pointer. The type of a value never has metadata.
  *
  * These rules hold for all functions in this header, unless a function says otherwise:
@@ -37,7 +37,7 @@ VRNT_BEGIN_DECLS
  *
  *  - 0 is a null reference.
  *  - An odd word is a foreign pointer: an address that the host manages, stored as
- *    address * 2 + 1. It is not counted.
+ *    address * 2 + 1 without its highest bit. It is not counted.
  *  - Any other word is the address of the first value byte of another block, and holds one
  *    reference to that block.
  *
@@ -132,8 +132,8 @@ VRNT_API vrntValue_t* vrntValueFromView(const vrntValue_t* value, const vrntValu
 VRNT_API vrntValue_t* vrntValueDeserialize(vrntReadFn read, void* user, vrntValuesError_t** error);
 
 /**
- * Converts a value to another type. Creates the default value of `type`, as
- * vrntValueCreateDefault(), and copies the parts of `value` that fit:
+ * Converts a value to another type. Starts from the default value of `type`, as
+ * vrntValueCreateDefault() creates it, and copies the parts of `value` that fit:
  *
  *  - A part whose type is a subtype of the target's is copied as it is, including references.
  *  - Struct fields are matched by label, array elements by index, in each dimension up to the
