@@ -1,9 +1,9 @@
-/* Export macro and C linkage blocks that every flat header uses. */
+/* The export macro and the C linkage blocks of the flat headers. */
 #ifndef VORNATH_DATA_API_H
 #define VORNATH_DATA_API_H
 
-/* VORNATH_DATA_STATIC is defined for a static library and by its hosts. What the library is linked
-   into doesn't export its functions again. */
+/* A static library and its hosts define VORNATH_DATA_STATIC. The functions are hidden then, so that
+   a shared library or program that links the static library does not export them. */
 #if defined(VORNATH_DATA_STATIC) && defined(VORNATH_DATA_BUILD) && !defined(_WIN32)
 #define VRNT_API __attribute__((visibility("hidden")))
 #elif defined(VORNATH_DATA_STATIC)

@@ -1,8 +1,8 @@
 /*
- * What describes the bytes of an asset: the records of meshes, textures and material graphs, and
- * the numbers of texture formats, layouts and types. vrdmAddAsset() and vrdmUpdateAsset() take such
- * a record, and vrdmGetAssetStorage() fills one. Records and numbers are stored in scene files; the
- * C++ names for them are in texture.hpp and catalogue/.
+ * Asset records: they describe the bytes of meshes, textures and material graphs. This header also
+ * has the codes of texture formats, layouts and types. vrdmAddAsset() and vrdmUpdateAsset() copy a
+ * record from the caller, and vrdmGetAssetStorage() copies one to the caller. Scene files store
+ * records and codes. texture.hpp and catalogue/ have the C++ names for them.
  */
 #ifndef VORNATH_DATA_ASSET_RECORDS_H
 #define VORNATH_DATA_ASSET_RECORDS_H
@@ -10,10 +10,14 @@
 #include <stdint.h>
 
 /**
- * How one pixel is stored: the channels and the bits of each. SL and S... are gamma-encoded, L and
- * RGB linear, H is a height, N a normal, NH a normal with a height, X to XYZW are data; 16 and 32
- * are half and full floats. BC are the block-compressed formats, N normal and U unsigned variants.
- * The numbers without a name are reserved.
+ * Texture formats: how a pixel is stored. A name lists the channels and the bits of each channel.
+ *
+ *  - SL, SLA, SRGB and SRGBA are gamma-encoded; L, LA, RGB and RGBA are linear.
+ *  - H is a height, N a normal, NH a normal with a height. X, XY, XYZ and XYZW are data.
+ *  - 16 bits are half floats, 32 bits are floats.
+ *  - BC are block-compressed formats; a final N is a normal variant, a final U an unsigned one.
+ *
+ * Codes without a name are reserved.
  */
 enum {
   VRNT_TEXTURE_FORMAT_SL8 = 0,
@@ -66,9 +70,9 @@ enum {
 };
 
 /**
- * How the image is arranged: a shape (0 flat, 1 latitude-longitude, 2 cube map) and the flags
- * 0x4000 DirectX orientation, 0x8000 mipmapped, 0x10000 spectral, 0x20000 array. Only these
- * combinations exist.
+ * Texture layouts: how an image is arranged. A code combines a shape (0 flat, 1 latitude-longitude,
+ * 2 cube map) with the flags 0x4000 (DirectX orientation), 0x8000 (mipmaps), 0x10000 (spectral) and
+ * 0x20000 (array). Only the combinations below exist.
  */
 enum {
   VRNT_TEXTURE_LAYOUT_2D = 0,
@@ -86,7 +90,7 @@ enum {
   VRNT_TEXTURE_LAYOUT_2D_ARRAY_MIPMAP = 0x28000
 };
 
-/** What a texture's pixels stand for. */
+/** Texture types: what the pixels of a texture mean. */
 enum {
   VRNT_TEXTURE_TYPE_SPECTRUM = 0,
   VRNT_TEXTURE_TYPE_SPHERE = 1,
@@ -96,29 +100,29 @@ enum {
 };
 
 /**
- * How to read the bytes of a mesh, of which there are 4 * (3T + fT + 9V + 2VS) for T triangles, V
- * vertices, S sets of texture coordinates and f set bits of `flags`.
+ * The record of a mesh. A mesh has 4 * (3T + fT + 9V + 2VS) bytes, for T triangles, V vertices, S
+ * sets of texture coordinates, and f bits that are set among bits 0 and 1 of `flags`.
  */
 typedef struct vrdmMeshDesc {
   int32_t triangles;
   int32_t vertices;
-  int32_t texcoordSets; /**< 0 counts as 1 */
-  uint32_t flags;       /**< bits 0 and 1 add a word for each triangle */
+  int32_t texcoordSets; /**< 0 means 1 */
+  uint32_t flags;       /**< bits 0 and 1 each add a word per triangle */
 } vrdmMeshDesc;
 
-/** What the bytes of a texture hold. */
+/** The record of a texture. */
 typedef struct vrdmTextureDesc {
   int32_t width;  /**< pixels */
   int32_t height; /**< pixels */
-  int32_t depth;  /**< third extent, the same at every level of a mip chain. The faces of a cube and
-                       the layers of an array count here */
+  int32_t depth;  /**< the third extent, the same for every mipmap level. It counts the faces of a
+                       cube map and the layers of an array */
   int32_t format; /**< VRNT_TEXTURE_FORMAT_* */
   int32_t layout; /**< VRNT_TEXTURE_LAYOUT_* */
 } vrdmTextureDesc;
 
-/** Where things lie in a material graph's bytes, which the library itself never reads. */
+/** The record of a material graph. The library does not interpret the bytes of a material graph. */
 typedef struct vrdmMaterialGraphDesc {
-  uint64_t binarySize;      /**< the bytes of the asset */
+  uint64_t binarySize;      /**< the number of bytes of the asset */
   uint64_t rootOffset;      /**< bytes */
   uint64_t parameterOffset; /**< bytes */
 } vrdmMaterialGraphDesc;

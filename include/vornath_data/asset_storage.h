@@ -1,4 +1,4 @@
-/* The block that holds an asset's bytes, and what a host needs to make one of its own. */
+/* Storage blocks: the bytes of assets, and functions that create, retain and release them. */
 #ifndef VORNATH_DATA_ASSET_STORAGE_H
 #define VORNATH_DATA_ASSET_STORAGE_H
 
@@ -17,52 +17,56 @@
 VRNT_BEGIN_DECLS
 
 /**
- * The bytes of an asset, shared by count between scenes and hosts and never copied by a scene. A
- * handle is a pointer to such a block and holds one reference. The handle that takes the count from
- * 1 to 0 calls `release` on the data if `external` is 1, and then calls `release` on the block.
+ * A storage block: the bytes of an asset. Scenes and hosts share it by reference count; a scene
+ * does not copy it. A handle is a pointer to the block and holds one reference. Releasing the last
+ * reference calls `release` with the data, if `external` is 1, and then with the block.
  *
- * Threads: the count is changed atomically only, so that handles on one block may live on different
- * threads; the other fields are constant while there is more than one handle.
+ * Threads: the reference count is only changed atomically, so handles to one block may be used on
+ * different threads. The other members do not change while there is more than one handle.
  */
 typedef struct AssetStorage {
-  uint64_t size;       /**< bytes at `data` */
-  uint32_t references; /**< handles on this block */
-  uint32_t external;   /**< 1: data lies outside the block and is released apart; 0: it doesn't */
-  void* data;          /**< the bytes; null makes the asset's slot a free one */
-  void (*release)(void*); /**< gives back the data (if external) and the block */
+  uint64_t size;          /**< the number of bytes at `data` */
+  uint32_t references;    /**< the number of handles to this block */
+  uint32_t external;      /**< 1 if `release` is to be called with the data, too; else 0 */
+  void* data;             /**< the bytes; null makes the slot of the asset a free slot */
+  void (*release)(void*); /**< frees the data (if `external` is 1) and the block */
 } AssetStorage;
 
-/**
- * Adds a reference and returns the block that it was given. Null is allowed and gives null.
- * Errors: none.
- */
+/** Adds a reference and returns the same block. Null for null. Errors: none. */
 VRNT_INLINE AssetStorage* vrdmAssetStorageRetain(AssetStorage* storage) {
   if (storage) __atomic_fetch_add(&storage->references, 1u, __ATOMIC_RELAXED);
   return storage;
 }
 
 /**
- * Drops a reference; the last one gives the block back. Null is allowed.
+ * Releases a reference. Releasing the last reference frees the data and the block, as AssetStorage
+ * says. Does nothing for null.
  * Errors: none.
  */
 VRNT_INLINE void vrdmAssetStorageRelease(AssetStorage* storage) {
   void (*release)(void*);
   if (!storage || __atomic_fetch_sub(&storage->references, 1u, __ATOMIC_ACQ_REL) != 1u) return;
-  /* The block holds the pointer, and the block goes last. */
+  /* Read before the block is freed. */
   release = storage->release;
   if (storage->external == 1u) release(storage->data);
   release(storage);
 }
 
 /**
- * Makes a block around `size` bytes that the host already has, without copying them.
- * With a `release` the bytes go over to the block: the last handle calls `release` on the bytes and
- * then on the block itself, which this function takes from malloc. `free` does for bytes from
- * malloc; a function of the host's own must end the bytes when it is given the bytes, and `free`
- * what it is given otherwise. A null `release` borrows the bytes: they stay the host's and must
- * outlive every handle.
- * Result: a block with one reference, the caller's, ended with vrdmAssetStorageRelease() once a
- * scene has taken its own; null if there is no memory, and the bytes are then still the host's.
+ * Creates a storage block for `size` bytes that the host already has, without a copy.
+ *
+ * `release` decides who owns the bytes:
+ *
+ *  - Not null: the block owns them. When the last reference is released, `release` is called twice:
+ *    with the data pointer, then with the block, which this function allocates with malloc(). Pass
+ *    `free` for bytes from malloc(). A function of your own must free the bytes when it is called
+ *    with the data pointer, and call free() when it is called with any other pointer.
+ *  - Null: the block borrows the bytes. They stay the host's and must live until the last reference
+ *    is released.
+ *
+ * Returns a block with one reference, which the caller owns; release it with
+ * vrdmAssetStorageRelease(), for example after vrdmAddAsset() has added its own.
+ * Errors: null if there is no memory. The bytes are still the host's then.
  */
 VRNT_INLINE AssetStorage* vrdmAssetStorageWrap(void* bytes, uint64_t size, void (*release)(void*)) {
   AssetStorage* storage = (AssetStorage*)malloc(sizeof(AssetStorage));
@@ -76,8 +80,10 @@ VRNT_INLINE AssetStorage* vrdmAssetStorageWrap(void* bytes, uint64_t size, void 
 }
 
 /**
- * Makes a block with a copy of `size` bytes. `bytes` may be null only if `size` is 0.
- * Result: as vrdmAssetStorageWrap(); null if there is no memory.
+ * Creates a storage block with a copy of `size` bytes. `bytes` may be null only if `size` is 0.
+ * Returns a block with one reference, which the caller owns; release it with
+ * vrdmAssetStorageRelease().
+ * Errors: null if there is no memory.
  */
 VRNT_INLINE AssetStorage* vrdmAssetStorageCopy(const void* bytes, uint64_t size) {
   AssetStorage* storage;

@@ -1,13 +1,15 @@
 /*
- * The shapes of what a material or light program takes: parameters, which are a fixed value or a
- * texture, and the samplers that look a texture up.
+ * Types of program parameters: what a material or light program takes. A parameter is a fixed value
+ * or a texture; a sampler says how to look up a texture.
  *
- * The fixed types are made on their first use and live until vrntValuesShutdown(). Where a function
- * returns a type it is a new reference, which the caller ends with vrntTypeDestroy(), and the same
- * handle on each call. No function takes over a type that it is given.
- * Errors: these functions have no error location and fail only for want of memory; what is thrown
- * then, as a std::bad_alloc, goes through to the host, and the next call tries again.
- * Threads: every function may be called from any thread; after the first use a fixed type takes no
+ * A function that returns a type returns a new reference; release it with vrntTypeDestroy(). The
+ * types are fixed types (types.h), so each call returns the same handle. A type argument must not
+ * be null, and stays the caller's.
+ *
+ * Errors: these functions have no error out-parameter. They fail only if memory runs out:
+ * std::bad_alloc passes through to the host, and the next call tries again.
+ *
+ * Threads: any thread may call any function. After its first use, returning a fixed type takes no
  * lock.
  */
 #ifndef VORNATH_DATA_PARAMETERS_H
@@ -20,18 +22,18 @@
 
 VRNT_BEGIN_DECLS
 
-/** The codes of the enum of vrntTypeWrapmode(): how a texture is read outside of its bounds. */
+/** How a texture is read outside its bounds: the codes of the enum vrntTypeWrapmode(). */
 enum {
   VRNT_WRAP_MODE_CLAMP = 0,
-  VRNT_WRAP_MODE_BORDER = 1, /**< as the border fields of the sampler say */
+  VRNT_WRAP_MODE_BORDER = 1, /**< reads the border fields of the sampler */
   VRNT_WRAP_MODE_REPEAT = 2,
   VRNT_WRAP_MODE_MIRROR = 3
 };
 
 /**
- * The parameters of vrntTypeMaterialParam(). In the first three a mode, or a flag, chooses between
- * value and texture, and the texture has a sampler; in the simple ones the settings of the texture
- * stand side by side.
+ * Parameter types, as vrntTypeMaterialParam() takes them. In the first three, a mode or a flag
+ * selects the value or the texture, and the texture has a sampler. In the simple ones, the texture
+ * settings are fields of the parameter itself.
  */
 enum {
   VRNT_MATERIAL_PARAM_COLOUR = 0,
@@ -42,7 +44,7 @@ enum {
   VRNT_MATERIAL_PARAM_SIMPLE_NORMAL = 5
 };
 
-/** The samplers of vrntTypeSampler(). */
+/** Sampler types, as vrntTypeSampler() takes them. */
 enum {
   VRNT_SAMPLER_SPECTRUM = 0,
   VRNT_SAMPLER_NORMAL = 1,
@@ -50,43 +52,51 @@ enum {
   VRNT_SAMPLER_SPECTRUM_SPHERE = 3
 };
 
-/** The wrap modes, `enum { CLAMP; BORDER; REPEAT; MIRROR; }` with the default REPEAT. */
+/**
+ * Returns the type of the wrap modes, `enum { CLAMP; BORDER; REPEAT; MIRROR; }`. Its default is
+ * REPEAT.
+ */
 VRNT_API vrntType_t* vrntTypeWrapmode(void);
 
 /**
- * A reference to a texture: a struct of the one int `texture_ref`, the index of a texture of the
- * scene. Its default is -1: no texture.
+ * Returns the type of a texture reference: a struct with the int field `texture_ref`, the index of
+ * a texture in the scene. Its default is -1, no texture.
  */
 VRNT_API vrntType_t* vrntTypeTexture(void);
 
 /**
- * An affine map of texture coordinates, `{ float2 x; float2 y; float2 z; }`: the columns of a 2x3
- * matrix.
+ * Returns the type of an affine map of texture coordinates, `{ float2 x; float2 y; float2 z; }`:
+ * the columns of a 2x3 matrix.
  */
 VRNT_API vrntType_t* vrntTypeUVTransformation(void);
 
 /**
- * A parameter of a material or light program. Argument: VRNT_MATERIAL_PARAM_*.
- * Result: null for any other number. The types carry no metadata, so that their default values hold
- * texture 0 and CLAMP, unlike those of vrntTypeTexture() and vrntTypeSampler(): a host that starts
- * from a default sets them.
+ * Returns the type of a parameter of a material or light program. `number` is a
+ * VRNT_MATERIAL_PARAM_* code; null for any other.
+ *
+ * These types have no metadata. So their default values hold texture 0 and CLAMP, unlike those of
+ * vrntTypeTexture() and vrntTypeSampler(): a host that starts from a default value must set these
+ * fields.
  */
 VRNT_API vrntType_t* vrntTypeMaterialParam(uint32_t number);
 
 /**
- * The number of the first parameter, VRNT_MATERIAL_PARAM_*, that is the same type but for metadata:
- * values of either may stand for the other. -1 if there is none.
+ * Returns the first VRNT_MATERIAL_PARAM_* code whose type equals `type`, or -1 if there is none.
+ * Metadata is not compared: types are equal if vrntTypeIsEqual() says so.
  */
 VRNT_API int32_t vrntTypeMaterialParamType(const vrntType_t* type);
 
 /**
- * A sampler. Argument: VRNT_SAMPLER_*. Result: null for any other number.
- * The type carries the flag `no_specialize`; its texture is none, its wrap modes are REPEAT, and
- * its border is black by default.
+ * Returns the type of a sampler. `number` is a VRNT_SAMPLER_* code; null for any other.
+ * The type has the flag `no_specialize`. By default it has no texture, its wrap modes are REPEAT,
+ * and its border is black.
  */
 VRNT_API vrntType_t* vrntTypeSampler(uint32_t number);
 
-/** The number of the first sampler that is the same type but for metadata; -1 if there is none. */
+/**
+ * Returns the first VRNT_SAMPLER_* code whose type equals `type`, or -1 if there is none. Metadata
+ * is not compared.
+ */
 VRNT_API int32_t vrntTypeSamplerType(const vrntType_t* type);
 
 VRNT_END_DECLS

@@ -1,17 +1,23 @@
 /*
- * Values: making, reading, writing, comparing, printing and streaming them.
+ * Values: create, read, write, compare, print and stream them.
  *
- * A vrntValue_t* is a counted handle on a block: a type and the bytes of one value laid out as the
- * type says. Blocks are copied on write: a block that more than one handle holds is never written,
- * the writer's handle moves to a copy, which is why the writing functions take the handle by
- * pointer. A value's type never carries metadata.
+ * A value is a block of memory: a header, followed by the bytes of one value, laid out as its type
+ * says. A vrntValue_t* is a reference-counted handle to a block. Blocks are copied on write: a
+ * block with more than one reference is never written. A function that writes to such a block
+ * copies it first, and moves the caller's handle to the copy. That is why it takes the handle by
+ * pointer. The type of a value never has metadata.
  *
- * Shared by all functions here: a value argument is not null; a result of pointer type is a new
- * reference that the caller ends with vrntValueDestroy(), unless the function says otherwise; an
- * error location is set only on failure and is not null. A view is trusted: a type or offset that
- * doesn't lie within the value is not detected.
- * Threads: any number of threads may read one value; a handle being written belongs to one thread,
- * and no other thread may take a reference to its block meanwhile. Reference counts are atomic.
+ * These rules hold for all functions in this header, unless a function says otherwise:
+ *
+ *  - A value argument must not be null. It stays the caller's.
+ *  - A function that returns a vrntValue_t* returns a new reference. The caller owns it and
+ *    releases it with vrntValueDestroy().
+ *  - `error` is an error out-parameter (errors.h). It must not be null, and is set only on failure.
+ *  - Views are not checked: the type and the offset must describe a part of the value.
+ *
+ * Threads: any number of threads may read, copy and destroy handles to one block, since the
+ * reference count is atomic. While one thread writes through a handle, no other thread may use or
+ * copy that handle.
  */
 #ifndef VORNATH_DATA_VALUES_H
 #define VORNATH_DATA_VALUES_H
@@ -25,105 +31,138 @@
 VRNT_BEGIN_DECLS
 
 /**
- * A value's block: this header of 48 bytes, directly followed by the value's bytes.
+ * The header of a block, 48 bytes. The bytes of the value follow directly.
  *
- * In the bytes, a reference is one 8-byte word: 0 is null; an odd word is an address of the
- * embedder's own, stored as address * 2 + 1; any other is the address of the bytes of another block
- * and holds one reference on it. A function value is two words of the embedder's own.
+ * A reference in these bytes is an 8-byte word:
+ *
+ *  - 0 is a null reference.
+ *  - An odd word is a foreign pointer: an address that the host manages, stored as
+ *    address * 2 + 1 without its highest bit. It is not counted.
+ *  - Any other word is the address of the first value byte of another block, and holds one
+ *    reference to that block.
+ *
+ * A function value is two words that only the host interprets.
  */
 typedef struct vrntValue_t {
-  char magic[8];         /**< "vrntval" and a zero byte: tells a block from a text */
-  const char* typeText;  /**< the canonical text of the type, inside the type: in each block that a
-                              function handed out and in those that its words lead to. Null only in
-                              the middle of a nest of more than 64 references, which a host walks by
-                              reading words instead of vrntValueDereference() */
-  vrntType_t* type;      /**< holds one reference */
-  uint64_t* shadowRefs;  /**< a word for each reference in the type, zero between writes, or null */
-  void (*freeFn)(void*); /**< releases this block and shadowRefs */
-  uint32_t refCount;     /**< handles and references; changed atomically only */
+  char magic[8];         /**< "vrntval" and a zero byte; distinguishes a block from a text */
+  const char* typeText;  /**< the canonical text of the type; belongs to the type. Set in each block
+                              that a function returned, and in the blocks that its words refer to.
+                              Null only in the middle of a chain of more than 64 references, in a
+                              block that a host reached by reading words instead of calling
+                              vrntValueDereference() */
+  vrntType_t* type;      /**< the block holds one reference */
+  uint64_t* shadowRefs;  /**< null, or one word per reference in the type, zero unless the block is
+                              mapped */
+  void (*freeFn)(void*); /**< frees this block and shadowRefs */
+  uint32_t refCount;     /**< the number of references to this block; only changed atomically */
   uint32_t length;       /**< used elements of a one-dimensional array, else 0 */
 } vrntValue_t;
 
-/** A place in a value: a type (borrowed) and the byte offset from the value's first byte. */
+/** A part of a value: its type (borrowed) and its offset in bytes from the value's first byte. */
 typedef struct vrntValueView_t {
   vrntType_t* type;
   uint64_t offset;
 } vrntValueView_t;
 
-/** Takes `size` bytes of a stream; must take all. A failure is reported by a C++ exception only. */
+/**
+ * Consumes `size` bytes of a stream, all of them. Only a C++ exception can report a failure. `user`
+ * is the pointer that was passed with the callback.
+ */
 typedef void (*vrntWriteFn)(const void* bytes, uint64_t size, void* user);
 
-/** Fills `size` bytes from a stream, all of them: a short read is not detected. */
+/**
+ * Fills `bytes` with the next `size` bytes of a stream, all of them: a short read is not detected.
+ * `user` is the pointer that was passed with the callback.
+ */
 typedef void (*vrntReadFn)(void* bytes, uint64_t size, void* user);
 
-/** Flags of vrntValueString(); all other bits have no meaning. */
+/** Flags of vrntValueString(). All other bits are ignored. */
 enum {
-  VRNT_STRING_EXACT = 1,     /**< a scalar float or half prints as its bits */
-  VRNT_STRING_MULTILINE = 4  /**< struct fields stand on lines of their own */
+  VRNT_STRING_EXACT = 1,    /**< prints the bits of a float or half; not for vectors */
+  VRNT_STRING_MULTILINE = 4 /**< prints each field of a struct on its own line */
 };
 
 /*
- * Making values. On failure each returns null and stores an error: kind 0 for what the library
- * raises, the out-of-memory object, kind 2 for any other exception.
+ * Create values. On failure, each of these functions returns null and stores an error:
+ * VRNT_LIBRARY_ERROR for a vrnt::Exception, the out-of-memory object, or VRNT_OTHER_ERROR for any
+ * other exception.
  */
 
-/** A value of the type with all bytes zero. The type is concrete. */
+/** Creates a value of the type with all bytes zero. The type must be concrete. */
 VRNT_API vrntValue_t* vrntValueCreate(const vrntType_t* type, vrntValuesError_t** error);
 
 /**
- * The default value of the type: what `@default` says, of the type and of its parts, an outer one
- * over the inner ones; zero where nothing is said, but for a spectrum (the struct of
- * vrntTypeSpectrum(), or one of its subtypes whose array may be a `float[1]`), which refers to a
- * `float[1]` of 0. A `@default` whose type may not stand for the annotated one is ignored. The type
- * is concrete.
+ * Creates the default value of a type: the values of its `@default` annotations and those of its
+ * parts, where an outer annotation overrides the inner ones. A `@default` is ignored if its type is
+ * not a subtype of the annotated type. Zero if no default is given, except for spectra. The type
+ * must be concrete.
+ *
+ * The default of a spectrum is a reference to a new `float[1]` with the element 0. A spectrum is
+ * the struct of vrntTypeSpectrum(), or one of its subtypes if its array may be a `float[1]`.
  */
 VRNT_API vrntValue_t* vrntValueCreateDefault(const vrntType_t* type, vrntValuesError_t** error);
 
 /**
- * Reads a value's text, as in `{ a = 1; b = [ 1.0, 2.0 ]; }`. An argument that begins with the
- * eight bytes of a block's magic is taken as a block: the result is that block with one more
- * reference.
- * Errors: kind 0 with "Unable to parse value: {}.\n{}", the text and the parser's message, or with
- * the words of a violated rule, such as "Invalid enum constructor: X".
+ * Creates a value from its text, such as `{ a = 1; b = [ 1.0, 2.0 ]; }`. `textOrBlock` is a
+ * NUL-terminated string or a block. If it starts with the eight magic bytes of a block, nothing is
+ * parsed: the result is a new reference to that block.
+ *
+ * Errors:
+ *  - VRNT_LIBRARY_ERROR with "Unable to parse value: {}.\n{}", where the text and the parser's
+ *    message replace the braces.
+ *  - VRNT_LIBRARY_ERROR with the message of a violated rule alone, such as
+ *    "Invalid enum constructor: X".
+ *  - The out-of-memory object.
+ *  - VRNT_OTHER_ERROR with "No text." for a null pointer.
+ *
+ * Threads: as vrntTypeParse().
  */
 VRNT_API vrntValue_t* vrntValueParse(const void* textOrBlock, vrntValuesError_t** error);
 
-/** A new value of the view's type with a copy of the view's bytes. */
+/** Creates a value of the view's type with a copy of the bytes at the view. */
 VRNT_API vrntValue_t* vrntValueFromView(const vrntValue_t* value, const vrntValueView_t* view,
                                         vrntValuesError_t** error);
 
 /**
- * Reads a value, with all that it refers to, from what vrntValueSerialize() wrote. Afterwards the
- * reader stands right behind the value's last byte.
+ * Reads a value and everything that it refers to from a stream that vrntValueSerialize() wrote.
+ * Calls `read` until the last byte of the value is read, and no further.
  * Errors: also those of vrntTypeParse() for a type text in the stream, and what the callback
  * throws.
  */
 VRNT_API vrntValue_t* vrntValueDeserialize(vrntReadFn read, void* user, vrntValuesError_t** error);
 
 /**
- * Carries a value over to another type: a new value that starts as vrntValueCreateDefault() of the
- * type gives it and takes from `value` what fits. Struct fields go by label and array elements by
- * index, on each dimension up to the smaller extent; enums keep the label of their constructor, not
- * the code. A part whose type may stand for that of its counterpart goes over as it is, references
- * included. Numbers aren't converted and references aren't followed: a part of another kind keeps
- * the default, as does a label that the target's enum doesn't have. A target that is an array
- * without extents takes no elements. `value` stays as it is, and the caller's.
- * Errors: kind 0 with "Enum code out of range: {}" for a code that the enum in `value` doesn't
- * have, unless its type goes over as it is; kind 2 for two arrays of one rank that don't fit and
- * one of which has no extents; the out-of-memory object.
+ * Converts a value to another type. Starts from the default value of `type`, as
+ * vrntValueCreateDefault() creates it, and copies the parts of `value` that fit:
+ *
+ *  - A part whose type is a subtype of the target's is copied as it is, including references.
+ *  - Struct fields are matched by label, array elements by index, in each dimension up to the
+ *    smaller extent.
+ *  - An enum keeps the label of its constructor, not its code. A label that the target does not
+ *    have gives the default.
+ *  - Any other part keeps the default: numbers are not converted and references are not followed.
+ *  - A target that is an unsized array receives no elements.
+ *
+ * `value` is not changed.
+ * Errors: VRNT_LIBRARY_ERROR with "Enum code out of range: {}" for a code that the enum in `value`
+ * does not have, unless the enum is copied as it is; VRNT_OTHER_ERROR for two arrays of the same
+ * rank that are not related and of which one is unsized; the out-of-memory object.
  */
 VRNT_API vrntValue_t* vrntCoerce(const vrntType_t* type, const vrntValue_t* value,
                                  vrntValuesError_t** error);
 
 /**
- * Reduces a value to what a consumer bakes in: a new value without the struct fields that `type`
- * marks with `@no_specialize`, also those in nested structs and in array elements. The mark counts
- * on the type of a field only, not on that of the whole value or of an element; what is referred to
- * stays whole. A value's own type carries no marks, so `type` is the annotated type that describes
- * it. `value` stays as it is, and the caller's.
- * Errors: kind 0 with "Incompatible type for value -> {}." and the reason if the value may not
- * stand for `type`; kind 2 if `type` is an array without extents, whatever the value has; the
- * out-of-memory object.
+ * Creates a copy of a value without the struct fields that `type` marks with `@no_specialize`. The
+ * result contains what a program may compile in as constants.
+ *
+ * `type` is the annotated type that describes the value, since a value's own type has no
+ * annotations. Fields of nested structs and of array elements are removed too. The mark has an
+ * effect on the type of a field only, not on the type of the whole value or of an array element.
+ * References are copied as they are. `value` is not changed.
+ *
+ * Errors: VRNT_LIBRARY_ERROR with "Incompatible type for value -> {}." and the reason if the
+ * value's type is not a subtype of `type`; VRNT_OTHER_ERROR if `type` is an unsized array, whatever
+ * the value is; the out-of-memory object.
  */
 VRNT_API vrntValue_t* vrntBuildSpecializationParameters(const vrntType_t* type,
                                                         const vrntValue_t* value,
@@ -131,119 +170,142 @@ VRNT_API vrntValue_t* vrntBuildSpecializationParameters(const vrntType_t* type,
 
 /* Lifetime. */
 
-/** Adds a reference and returns the pointer that it was given: one atomic increment. Errors: none. */
+/**
+ * Adds a reference and returns the same pointer. The cost is one atomic increment.
+ * Errors: none.
+ */
 VRNT_API vrntValue_t* vrntValueCopy(const vrntValue_t* value);
 
 /**
- * Drops a reference: one atomic decrement unless it was the last one, which releases the block and
- * its references, however long the chain of them is, without recursion. Errors: none.
+ * Releases a reference. The cost is one atomic decrement. Releasing the last reference destroys the
+ * block and releases the references in it, without recursion, so that a chain of references may be
+ * as long as memory allows.
+ * Errors: none.
  */
 VRNT_API void vrntValueDestroy(vrntValue_t* value);
 
-/* Reading. */
+/* Read values. */
 
-/** The value's type: borrowed, it lives as long as the value. Errors: none. */
+/** Returns the value's type, borrowed: valid as long as the value. Errors: none. */
 VRNT_API vrntType_t* vrntValueType(const vrntValue_t* value);
 
-/** The block: borrowed. Errors: none. */
+/** Returns the value's block, borrowed: the same pointer. Errors: none. */
 VRNT_API vrntValue_t* vrntValueBinary(const vrntValue_t* value);
 
 /**
- * The value's bytes, vrntTypeSize() of them, at 48 bytes behind the block: borrowed, and only for
- * reading, since others may hold the block; vrntValueMap() is the way to write. Errors: none.
+ * Returns the value's bytes, borrowed: vrntTypeSize() bytes, 48 bytes after the start of the block.
+ * Only read them, since other handles may share the block; use vrntValueMap() to write.
+ * Errors: none.
  */
 VRNT_API void* vrntValueData(const vrntValue_t* value);
 
 /**
- * Follows the reference at a view. Null for a null reference; for a block that very block with a
- * new reference; for an address of the embedder's own a new value of the referred type, copied from
- * that address.
- * Errors: throws, for an embedder's address, std::bad_variant_access if the view's type is not a
- * reference, and VornathValuesAssertionFailure if it is `void*`; std::bad_alloc.
+ * Follows the reference at a view. Returns null for a null reference, a new reference to the block
+ * that the word refers to, or, for a foreign pointer, a new value of the referenced type with a
+ * copy of the bytes at that address.
+ * Errors: throws std::bad_alloc. For a foreign pointer, throws std::bad_variant_access if the
+ * view's type is not a reference, and VornathValuesAssertionFailure if it is `void*`.
  */
 VRNT_API vrntValue_t* vrntValueDereference(const vrntValue_t* value, const vrntValueView_t* view);
 
 /**
- * Fills `out` with the type (borrowed from the struct type) and offset of a field within its
- * struct; a caller whose struct lies deeper adds its own offset. Result: `out`.
- * Errors: throws VornathValuesAssertionFailure on a type that is not a struct. The index isn't
- * checked.
+ * Writes the type and the offset of a struct's field to `out`, and returns `out`. The type is
+ * borrowed from `structType`. The offset counts from the start of the struct; if the struct is part
+ * of a value, add its own offset. `field` must be less than vrntTypeFieldCount(); it is not
+ * checked. Errors: throws VornathValuesAssertionFailure for a type that is not a struct.
  */
 VRNT_API vrntValueView_t* vrntValueStructField(vrntValueView_t* out, const vrntType_t* structType,
                                                uint32_t field);
 
 /**
- * Fills `out` with the type (borrowed) and offset of an element within its array. `index` points to
- * as many 32-bit integers as the array has dimensions, the fastest running one first; they are not
- * checked against the extents. Result: `out`.
- * Errors: throws VornathValuesAssertionFailure on a type that is not an array, and
- * std::bad_optional_access on one of more than one dimension whose extents are open.
+ * Writes the type and the offset of an array's element to `out`, and returns `out`. The type is
+ * borrowed from `arrayType`. The offset counts from the start of the array. `index` points to one
+ * 32-bit integer per dimension, the fastest-running one first; they are not checked against the
+ * extents.
+ * Errors: throws VornathValuesAssertionFailure for a type that is not an array, and
+ * std::bad_optional_access for an unsized array of more than one dimension.
  */
 VRNT_API vrntValueView_t* vrntValueArrayElement(vrntValueView_t* out, const vrntType_t* arrayType,
                                                 const int32_t* index);
 
-/* Writing. */
+/* Write values. */
 
 /**
- * Prepares a write of the bytes at a view and returns their address; the handle moves to a copy if
- * the block is shared. Until vrntValueUnmap() with the same view the caller may write these bytes,
- * reference words included: the references then count as the caller left them. One map may be open
- * on a block at a time.
- * Errors: null with the out-of-memory object, or kind 2; the handle is then as it was.
+ * Prepares a write of the bytes at a view and returns their address, borrowed until
+ * vrntValueUnmap(). If the block is shared, `*value` moves to a copy. The caller may write the
+ * bytes, including reference words, and then must call vrntValueUnmap() with the same view. A word
+ * that the caller stores then holds a reference: vrntValueUnmap() adds it, and releases the
+ * references of the words that were overwritten. Only one view of a block may be mapped at a time.
+ * Errors: returns null and stores the out-of-memory object or VRNT_OTHER_ERROR; `*value` is not
+ * changed.
  */
 VRNT_API void* vrntValueMap(vrntValue_t** value, const vrntValueView_t* view,
                             vrntValuesError_t** error);
 
-/** Ends what vrntValueMap() began, on the handle as the map left it. Errors: none. */
+/**
+ * Completes the write that vrntValueMap() prepared. `value` is the handle as vrntValueMap() left
+ * it, and `view` is the same view.
+ * Errors: none.
+ */
 VRNT_API void vrntValueUnmap(vrntValue_t* value, const vrntValueView_t* view);
 
 /**
- * Copies `size` bytes from `source` to the value's bytes at `offset`, as a map of the whole value.
- * Errors: as vrntValueMap(); nothing is written then.
+ * Copies `size` bytes from `source` to the value's bytes at `offset`. If the block is shared,
+ * `*value` moves to a copy. Reference words are counted as in vrntValueUnmap(). `source` stays the
+ * caller's.
+ * Errors: as vrntValueMap(); nothing is written and `*value` is not changed.
  */
 VRNT_API void vrntValueWrite(vrntValue_t** value, uint64_t offset, const void* source,
                              uint64_t size, vrntValuesError_t** error);
 
 /**
- * Makes the reference word at a view refer to `target`, which stays the caller's; null makes it a
- * null reference. The type of the target isn't checked. A value that is made to refer to itself
- * becomes a copy that refers to the original.
- * Errors: as vrntValueMap(); nothing is written then.
+ * Makes the reference at a view refer to `target`, or to nothing if `target` is null. If the block
+ * is shared, `*value` moves to a copy. The block adds a reference to `target`, which stays the
+ * caller's. The type of `target` is not checked. A value that is made to refer to itself becomes a
+ * copy that refers to the original.
+ * Errors: as vrntValueMap(); nothing is written and `*value` is not changed.
  */
 VRNT_API void vrntValueSetReference(vrntValue_t** value, const vrntValueView_t* view,
                                     vrntValue_t* target, vrntValuesError_t** error);
 
-/* Comparing, printing, streaming. */
+/* Compare, print and stream values. */
 
 /**
- * Whether the values at two views are equal, floats within an absolute tolerance: 1 or 0. A NaN is
- * unequal to everything; references are equal when they are the same word or lead to equal values.
- * `reason` may be null; else, if a reason is known, it receives a new string for
- * vrntDestroyString(), such as `.a[2].b: 1 != 2`.
- * Errors: none are caught: throws std::bad_alloc for deeply nested values, for shared ones that
- * refer to others, or for a reason, and vrnt::Exception "Enum code out of range: {}" where the
- * reason would print such a code. Don't compare cycles of references.
+ * Returns 1 if the values at two views are equal, else 0. Floats are equal if they differ by
+ * `tolerance` at most. A NaN is equal to nothing. References are equal if their words are the same
+ * or if they lead to equal values. Do not compare values whose references form a cycle.
+ *
+ * `reason` may be null. Otherwise, if the values differ and the reason is known, `*reason` receives
+ * a new string such as `.a[2].b: 1 != 2`; destroy it with vrntDestroyString().
+ *
+ * Errors: all exceptions pass through to the host. Throws std::bad_alloc for deeply nested values,
+ * for shared values that contain references, or while it builds a reason, and vrnt::Exception with
+ * "Enum code out of range: {}" if the reason would print such a code.
  */
 VRNT_API int32_t vrntValueEqual(const vrntValue_t* a, const vrntValueView_t* viewA,
                                 const vrntValue_t* b, const vrntValueView_t* viewB, float tolerance,
                                 char** reason);
 
 /**
- * Prints the value at a view in the language that vrntValueParse() reads. The text is read back to
- * an equal value, but for functions, and for references to `int` that lead to an enum: the text
- * says the enum's type only, and a list of such and other references may be refused.
- * Result: a new string for vrntDestroyString(), or null on failure.
- * Errors: kind 2 with the words of any std::exception, "Enum code out of range: {}" among them; the
- * out-of-memory object.
+ * Returns the text of the value at a view, in the language that vrntValueParse() reads. The text is
+ * a new string; destroy it with vrntDestroyString(). `flags` is a combination of VRNT_STRING_*.
+ *
+ * Parsing the text gives an equal value, except for function values and for references to `int`
+ * that refer to an enum: the text contains the type of the enum only, and a list of such references
+ * with others may fail to parse.
+ *
+ * Errors: returns null and stores the out-of-memory object, or VRNT_OTHER_ERROR with the message of
+ * any std::exception, such as "Enum code out of range: {}".
  */
 VRNT_API char* vrntValueString(const vrntValue_t* value, const vrntValueView_t* view,
                                uint32_t flags, vrntValuesError_t** error);
 
 /**
- * Writes a value and all that it refers to, each block once, in four calls of the callback a block.
- * Errors: the out-of-memory object, or kind 2 with the words of any std::exception, the callback's
- * included; what else a callback throws passes through. What was delivered until then stays
- * delivered.
+ * Writes a value and everything that it refers to. Each block is written once, with four calls of
+ * the callback.
+ * Errors: stores the out-of-memory object, or VRNT_OTHER_ERROR with the message of any
+ * std::exception, including those of the callback. Anything else that the callback throws passes
+ * through to the host. What was written before the failure remains written.
  */
 VRNT_API void vrntValueSerialize(const vrntValue_t* value, vrntWriteFn write, void* user,
                                  vrntValuesError_t** error);

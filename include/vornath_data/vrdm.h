@@ -1,4 +1,4 @@
-/* The whole vrdm family of flat functions: the catalogue of classes, scenes and their files. */
+/* All vrdm functions: the catalogue of classes, scenes, asset storage and scene files. */
 #ifndef VORNATH_DATA_VRDM_H
 #define VORNATH_DATA_VRDM_H
 

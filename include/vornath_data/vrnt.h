@@ -1,4 +1,4 @@
-/* The whole vrnt family of flat functions: types, their annotations, values, and colour. */
+/* All vrnt functions: errors, types, metadata, values, colour and program parameters. */
 #ifndef VORNATH_DATA_VRNT_H
 #define VORNATH_DATA_VRNT_H
 

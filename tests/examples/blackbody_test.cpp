@@ -29,7 +29,7 @@ class Blackbody : public ProcessTest {
   }
 };
 
-TEST_F(Blackbody, IsDrawnFromWhatTheLibraryAnswers) {
+TEST_F(Blackbody, DrawsTheResultsOfTheLibrary) {
   const std::string file = path("picture.svg");
   const Outcome drawn = run(BLACKBODY, {file});
   ASSERT_EQ(drawn.status, 0) << drawn.errors;
@@ -63,7 +63,7 @@ TEST_F(Blackbody, IsDrawnFromWhatTheLibraryAnswers) {
 }
 
 // The band of the only row reaches from its wavelength to twice that.
-TEST_F(Blackbody, IsDrawnFromATableOfOneRow) {
+TEST_F(Blackbody, DrawsATableOfOneRow) {
   writeFile(path("table.csv"), "wavelength,white,green,red\n500,0.5,0.5,0.5\n");
   const std::string file = path("picture.svg");
   const Outcome drawn = run(BLACKBODY, {file, path("table.csv")});
@@ -77,7 +77,7 @@ TEST_F(Blackbody, IsDrawnFromATableOfOneRow) {
   EXPECT_NEAR(white[0][119].second, 280, 0.1);
 }
 
-TEST_F(Blackbody, ReportsATableOrPictureThatIsNotThere) {
+TEST_F(Blackbody, ReportsAMissingTableOrPicture) {
   const std::string nowhere = path("none/picture.svg");
   const Outcome unwritten = run(BLACKBODY, {nowhere});
   EXPECT_EQ(unwritten.status, 1);
@@ -87,7 +87,7 @@ TEST_F(Blackbody, ReportsATableOrPictureThatIsNotThere) {
   EXPECT_NE(unread.errors.find(path("none.csv")), std::string::npos) << unread.errors;
 }
 
-TEST_F(Blackbody, TellsItsUsage) {
+TEST_F(Blackbody, PrintsItsUsage) {
   EXPECT_EQ(run(BLACKBODY, {"--help"}).output.rfind("usage: ", 0), 0U);
   EXPECT_EQ(run(BLACKBODY, {"--what"}).status, 2);
   EXPECT_EQ(run(BLACKBODY, {"a", "b", "c"}).status, 2);

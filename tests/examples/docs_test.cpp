@@ -1,9 +1,10 @@
-// The documents hold what is there: examples in them behave as they say, tests that they name
-// exist, and so do the files that they link to.
+// The documents are true: their examples behave as they say, and the tests that they name and the
+// files that they link to exist.
 #include <algorithm>
 #include <cctype>
 #include <set>
 #include <sstream>
+#include <tuple>
 
 #include "../support/flat_handles.hpp"
 #include "process.hpp"
@@ -15,7 +16,7 @@ namespace fs = std::filesystem;
 
 const fs::path kSource = SOURCE_FOLDER;
 
-// The texts in the fenced blocks of a kind; within a block a blank line parts them.
+// The texts in the fenced blocks of a kind; blank lines separate the texts of a block.
 std::vector<std::string> examples(const std::string& document, const std::string& kind) {
   std::vector<std::string> texts;
   for (const std::string& block : blocksOf(document, kind)) {
@@ -57,13 +58,13 @@ TEST(TypeLanguageDocument, HasValuesThatParse) {
   for (const std::string& text : texts) EXPECT_NE(parseValue(text), nullptr);
 }
 
-TEST(TypeLanguageDocument, TellsHowTypesPrint) {
+TEST(TypeLanguageDocument, ShowsHowTypesPrint) {
   const std::vector<std::string> pairs = examples(kLanguage, "canonical type");
   EXPECT_GE(pairs.size(), 3U);
   for (const std::string& pair : pairs) EXPECT_EQ(canonical(split(pair).first), split(pair).second);
 }
 
-TEST(TypeLanguageDocument, TellsHowValuesPrint) {
+TEST(TypeLanguageDocument, ShowsHowValuesPrint) {
   const std::vector<std::string> pairs = examples(kLanguage, "canonical value");
   EXPECT_GE(pairs.size(), 4U);
   for (const std::string& pair : pairs) {
@@ -73,7 +74,7 @@ TEST(TypeLanguageDocument, TellsHowValuesPrint) {
   }
 }
 
-TEST(TypeLanguageDocument, TellsTheWordsOfErrors) {
+TEST(TypeLanguageDocument, ShowsTheMessagesOfErrors) {
   const std::vector<std::string> types = examples(kLanguage, "error type");
   EXPECT_GE(types.size(), 6U);
   for (const std::string& example : types) {
@@ -157,14 +158,15 @@ std::set<std::string> testNames() {
   return names;
 }
 
-// Each row of a document's tables names, in its last cell, tests that exist. Returns the rows.
+// Checks that each row of a document's tables names existing tests in its last cell. Returns the
+// number of rows.
 int rowsHeldByTests(const char* document) {
   const std::set<std::string> tests = testNames();
   EXPECT_GT(tests.size(), 500U);
   std::istringstream lines(readFile(kSource / "docs" / document));
   int rows = 0;
   for (std::string line; std::getline(lines, line);) {
-    const bool isTitle = line.rfind("| What |", 0) == 0 || line.rfind("| Promise |", 0) == 0;
+    const bool isTitle = line.rfind("| What |", 0) == 0 || line.rfind("| Guarantee |", 0) == 0;
     if (line.rfind("| ", 0) != 0 || isTitle) continue;
     ++rows;
     const std::size_t cell = line.rfind(" | ");
@@ -179,15 +181,38 @@ int rowsHeldByTests(const char* document) {
   return rows;
 }
 
+class MemoryDocument : public ProcessTest {};
+
+TEST_F(MemoryDocument, ShowsPartsOfTheProgramsThatAreBuilt) {
+  const std::string document = readFile(kSource / "docs/memory.md");
+  for (const auto& [language, file, count] :
+       {std::tuple("c", "copy_on_write.c", 6U), std::tuple("cpp", "copy_on_write.cpp", 2U)}) {
+    const std::string program = readFile(kSource / "examples/copy_on_write" / file);
+    const std::vector<std::string> parts = blocksOf(document, language);
+    EXPECT_EQ(parts.size(), count);
+    for (const std::string& part : parts) {
+      EXPECT_NE(program.find(part), std::string::npos) << file << " lacks\n" << part;
+    }
+  }
+}
+
+TEST_F(MemoryDocument, SaysWhichCallsCopy) {
+  for (const char* const program : {COPY_ON_WRITE_C, COPY_ON_WRITE_CPP}) {
+    const Outcome outcome = run(program, {});
+    EXPECT_EQ(outcome.status, 0) << program;
+    EXPECT_EQ(outcome.errors, "") << program;
+  }
+}
+
 TEST(OdditiesDocument, NamesATestThatExistsForEachOddity) {
   EXPECT_GT(rowsHeldByTests("oddities.md"), 40);
 }
 
-TEST(GuaranteesDocument, NamesATestThatExistsForEachPromise) {
+TEST(GuaranteesDocument, NamesATestThatExistsForEachGuarantee) {
   EXPECT_GT(rowsHeldByTests("guarantees.md"), 15);
 }
 
-// A test of the build's own, as `abi.exports`: its name stands in the lists of the build.
+// Whether the name is that of a test that a CMakeLists.txt adds, such as `abi.exports`.
 bool isTestOfTheBuild(const std::string& name) {
   const auto has = [](const char* list, const std::string& words) {
     return readFile(kSource / list).find(words) != std::string::npos;
@@ -204,13 +229,13 @@ bool isTestOfTheBuild(const std::string& name) {
   return has("examples/CMakeLists.txt", "add_test(NAME " + name + "\n");
 }
 
-// Each row of the two lists names, in its first cell, a file that exists, and in its last one tests
-// that exist. Returns the rows.
+// Checks that each row of the table below the heading names an existing file in its first cell, and
+// existing tests in its last one. Returns the number of rows.
 int rowsOfFiles(const std::string& document, const std::string& heading) {
   const std::set<std::string> tests = testNames();
   const std::size_t begin = document.find("\n" + heading + "\n");
   if (begin == std::string::npos) return 0;
-  const std::size_t table = document.find("| File | What | Asked for by |\n", begin);
+  const std::size_t table = document.find("| File | What | ", begin);
   if (table == std::string::npos) return 0;
   std::istringstream lines(document.substr(table, document.find("\n\n", table) - table));
   int rows = 0;
@@ -226,11 +251,11 @@ int rowsOfFiles(const std::string& document, const std::string& heading) {
   return rows;
 }
 
-TEST(ContributingDocument, ListsFilesThatExistAndTestsThatAskForThem) {
+TEST(ContributingDocument, ListsFilesAndTestsThatExist) {
   const std::string document = readFile(kSource / "CONTRIBUTING.md");
   EXPECT_GE(rowsOfFiles(document, "## A new field of a group"), 10);
   EXPECT_GE(rowsOfFiles(document, "## A new flat function"), 5);
-  // Wherever else a file is named, it is there too.
+  // Files that are named elsewhere in the document exist, too.
   const std::vector<std::string> names = pathsIn(document);
   EXPECT_GT(names.size(), 30U);
   for (const std::string& name : names) EXPECT_TRUE(isThere(kSource, name)) << name;

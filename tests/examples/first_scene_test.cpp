@@ -44,7 +44,7 @@ TEST_F(FirstScene, IsTheSameFromBothPrograms) {
   EXPECT_TRUE(vrnt::data::Scene::equivalent(read(c), read(cpp)));
 }
 
-TEST_F(FirstScene, TellsOfAFileThatCannotBeWritten) {
+TEST_F(FirstScene, ReportsAFileThatCannotBeWritten) {
   const std::string nowhere = path("there/is/no/such/folder.vrnscene");
   EXPECT_EQ(run(FIRST_SCENE_C, {nowhere}).status, 1);
   const Outcome outcome = run(FIRST_SCENE_CPP, {nowhere});
@@ -122,7 +122,7 @@ std::vector<double> measuredRed() {
   return red;
 }
 
-TEST(FirstSceneGuide, TellsHowSpectraOfEachStepComeOut) {
+TEST(FirstSceneGuide, ShowsTheColourForEachStepOfASpectrum) {
   const std::vector<double> red = measuredRed();
   ASSERT_EQ(red.size(), 76U);
   const auto redAt = [&red](int wavelength) {

@@ -26,7 +26,7 @@ TEST_F(Readme, ShowsTheHostsThatAreBuilt) {
   EXPECT_EQ(hosts[1], readFile(kSource / "examples/minimal_scene.c"));
 }
 
-TEST_F(Readme, TellsWhatItsHostsPrint) {
+TEST_F(Readme, ShowsTheOutputOfItsHosts) {
   const Outcome host = run(MINIMAL_HOST, {});
   EXPECT_EQ(host.status, 0);
   EXPECT_EQ(host.output, "{ gloss = 0.5; size = [ 0, 0, 0 ]; }\n");

@@ -67,7 +67,7 @@ TEST(SceneFormatDocument, NamesTheVersionThatIsWritten) {
   const Rows rows = table("| Offset | Size | Content |");
   ASSERT_GT(rows.size(), 1U);
   EXPECT_EQ(rows[1], (std::vector<std::string>{"8", "4", "version, " + version}));
-  EXPECT_NE(kDocument.find("another version is named in the message beside\n  " + version + "."),
+  EXPECT_NE(kDocument.find("the message names that version and " + version + "."),
             std::string::npos)
       << "\"## Reading\" names another version than " << version;
   const std::vector<std::string> dump = between(kDocument, "    00008  ", "\n");

@@ -60,7 +60,7 @@ class ShowScene : public ProcessTest {
   vrdmScene_t* const scene_;
 };
 
-TEST_F(ShowScene, TellsWhichLightsAndShapesEmit) {
+TEST_F(ShowScene, PrintsWhichLightsAndShapesEmit) {
   for (int i = 0; i < 2; ++i) create(VRDM_CLASS_SHAPE);
   const ValueHandle value = parseValue("{ }");
   for (int i = 0; i < 2; ++i) setValue(VRDM_CLASS_LIGHT, create(VRDM_CLASS_LIGHT), value.get());
@@ -72,7 +72,7 @@ TEST_F(ShowScene, TellsWhichLightsAndShapesEmit) {
             "Light 5 (a free slot)\n");
 }
 
-TEST_F(ShowScene, TellsTheSidesOfDecalsInTheirOrder) {
+TEST_F(ShowScene, PrintsTheSidesOfDecalsInOrder) {
   for (int i = 0; i < 2; ++i) create(VRDM_CLASS_DECAL);
   const std::int32_t list = create(VRDM_CLASS_DECAL_LIST);
   setList(VRDM_CLASS_DECAL_LIST, list, 0, {1, -1, INT32_MIN, -2});
@@ -81,7 +81,7 @@ TEST_F(ShowScene, TellsTheSidesOfDecalsInTheirOrder) {
             "    decals  Decal 1 behind, Decal 0 in front, none, Decal 1 in front\n");
 }
 
-TEST_F(ShowScene, TellsPlainListsEmptyListsAndUnsetSlots) {
+TEST_F(ShowScene, PrintsPlainListsEmptyListsAndUnsetSlots) {
   create(VRDM_CLASS_KEYFRAME);
   const std::int32_t full = create(VRDM_CLASS_KEYFRAME_LIST);
   setList(VRDM_CLASS_KEYFRAME_LIST, full, 0, {0, -1, 0});
@@ -95,7 +95,7 @@ TEST_F(ShowScene, TellsPlainListsEmptyListsAndUnsetSlots) {
             std::string::npos);
 }
 
-TEST_F(ShowScene, TellsFreeSlotsAndCountsThemNot) {
+TEST_F(ShowScene, PrintsFreeSlotsButDoesNotCountThem) {
   for (int i = 0; i < 3; ++i) create(VRDM_CLASS_TRANSFORMATION_GROUP);
   vrdmRemove(scene_, VRDM_CLASS_TRANSFORMATION_GROUP, 1);
   const std::int32_t shape = create(VRDM_CLASS_SHAPE);
@@ -107,7 +107,7 @@ TEST_F(ShowScene, TellsFreeSlotsAndCountsThemNot) {
             std::string::npos);
 }
 
-TEST_F(ShowScene, TellsTheDescriptorAndTheSizeOfEveryKindOfAsset) {
+TEST_F(ShowScene, PrintsTheRecordAndTheSizeOfEveryKindOfAsset) {
   addAsset(VRDM_CLASS_MESH, std::array<std::int32_t, 4>{1, 3, 0, 3}, 152);
   addAsset(VRDM_CLASS_TEXTURE, std::array<std::int32_t, 5>{4, 1, 1, 0, 0x8000}, 7);
   addAsset(VRDM_CLASS_MATERIAL_GRAPH, std::array<std::uint64_t, 3>{9, 1, 2}, 9);

@@ -46,7 +46,7 @@ TEST(vrntMetadataSize, CountsAKeyThatOccursTwiceOnce) {
   EXPECT_EQ(vrntMetadataSize(parseType("float @a=1.0 @a=\"x\"").get()), 1u);
 }
 
-TEST(vrntMetadataName, GoesThroughTheKeysInOrder) {
+TEST(vrntMetadataName, ReturnsTheKeysInOrder) {
   EXPECT_EQ(namesOf("float @z @a @m"), (Names{"a", "m", "z"}));
 }
 
@@ -88,13 +88,13 @@ TEST(vrntMetadataType, IsTheKindOfTheEntry) {
   EXPECT_EQ(vrntMetadataType(type.get(), "value"), 2u);
 }
 
-TEST(vrntMetadataType, IsNotTiedToTheKey) {
+TEST(vrntMetadataType, DoesNotDependOnTheKey) {
   EXPECT_EQ(vrntMetadataType(parseType("float @default=\"x\"").get(), "default"), 1u);
   EXPECT_EQ(vrntMetadataType(parseType("float @default").get(), "default"), 0u);
   EXPECT_EQ(vrntMetadataType(parseType("float @name=1").get(), "name"), 2u);
 }
 
-TEST(vrntMetadataType, IsThatOfTheLaterEntryWhereAKeyOccursTwice) {
+TEST(vrntMetadataType, IsThatOfTheLastAnnotationIfAKeyOccursTwice) {
   EXPECT_EQ(vrntMetadataType(parseType("float @a=1.0 @a=\"x\"").get(), "a"), 1u);
   EXPECT_EQ(vrntMetadataType(parseType("float @a=\"x\" @a").get(), "a"), 0u);
   EXPECT_EQ(vrntMetadataType(parseType("float @a @a=1.0").get(), "a"), 2u);
@@ -109,7 +109,7 @@ TEST(vrntMetadataString, IsTheTextOfTheEntryUnchanged) {
   EXPECT_EQ(vrntMetadataString(type.get(), "a"), vrntMetadataString(type.get(), "a"));
 }
 
-TEST(vrntMetadataString, RaisesForAnEntryOfAnotherKind) {
+TEST(vrntMetadataString, ThrowsForAnAnnotationOfAnotherKind) {
   const TypeHandle type = parseType(kAllKinds);
   EXPECT_THROW(vrntMetadataString(type.get(), "flag"), VornathValuesAssertionFailure);
   EXPECT_THROW(vrntMetadataString(type.get(), "value"), VornathValuesAssertionFailure);
@@ -132,7 +132,7 @@ TEST(vrntMetadataValue, IsTheValueOfTheEntryWithItsOwnType) {
   EXPECT_EQ(readAt<std::int32_t>(d), -1);
 }
 
-TEST(vrntMetadataValue, GivesAReferenceOnTheOneValueOfTheEntry) {
+TEST(vrntMetadataValue, ReturnsAReferenceToTheValueOfTheAnnotation) {
   TypeHandle type = parseType(kAllKinds);
   const ValueHandle first(vrntMetadataValue(type.get(), "value"));
   const ValueHandle second(vrntMetadataValue(type.get(), "value"));
@@ -143,7 +143,7 @@ TEST(vrntMetadataValue, GivesAReferenceOnTheOneValueOfTheEntry) {
   EXPECT_EQ(readAt<float>(first), 2.5f);
 }
 
-TEST(vrntMetadataValue, KeepsTheValueOfTheTypeApartFromAWriteToTheHandle) {
+TEST(vrntMetadataValue, DoesNotChangeTheTypeWhenTheHandleIsWritten) {
   const TypeHandle type = parseType(kAllKinds);
   vrntValue_t* written = vrntMetadataValue(type.get(), "value");
   const float other = 7.0f;
@@ -155,7 +155,7 @@ TEST(vrntMetadataValue, KeepsTheValueOfTheTypeApartFromAWriteToTheHandle) {
   EXPECT_EQ(readAt<float>(ValueHandle(vrntMetadataValue(type.get(), "value"))), 2.5f);
 }
 
-TEST(vrntMetadataValue, RaisesForAnEntryOfAnotherKind) {
+TEST(vrntMetadataValue, ThrowsForAnAnnotationOfAnotherKind) {
   const TypeHandle type = parseType(kAllKinds);
   EXPECT_THROW(vrntMetadataValue(type.get(), "flag"), VornathValuesAssertionFailure);
   EXPECT_THROW(vrntMetadataValue(type.get(), "text"), VornathValuesAssertionFailure);

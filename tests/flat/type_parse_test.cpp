@@ -42,7 +42,7 @@ TEST(vrntTypeParse, ReportsThatThereIsNoText) {
   vrntValuesErrorDestroy(error);
 }
 
-TEST(vrntTypeParse, LeavesErrorLocationUntouchedOnSuccess) {
+TEST(vrntTypeParse, DoesNotSetTheErrorOutParameterOnSuccess) {
   auto* const untouched = reinterpret_cast<vrntValuesError_t*>(0x10);
   vrntValuesError_t* error = untouched;
   const TypeHandle type(vrntTypeParse("float[3]", &error));
@@ -66,7 +66,7 @@ TEST(vrntTypeParse, OfAnEmptyTextNamesNoExpectedTokens) {
   EXPECT_EQ(messageOf(""), "Unable to parse type: .\nsyntax error, unexpected END");
 }
 
-TEST(vrntTypeParse, ReportsABrokenRuleInItsOwnWords) {
+TEST(vrntTypeParse, ReportsAViolatedRuleWithItsMessageAlone) {
   const std::vector<std::pair<const char*, const char*>> broken{
       {"{ float x; float x; }", "Duplicate struct field: x."},
       {"enum { A; A; }", "Duplicate enum constructor: A."},
@@ -96,7 +96,7 @@ TEST(vrntTypeParse, QuotesALongTextInFull) {
                                  ".\nsyntax error, unexpected }, expecting [ or * or LIDENT");
 }
 
-TEST(vrntTypeParse, PutsATextWithBracesIntoTheMessageAsItStands) {
+TEST(vrntTypeParse, QuotesATextWithBracesUnchanged) {
   EXPECT_EQ(messageOf("{} {0}"),
             "Unable to parse type: {} {0}.\nsyntax error, unexpected {, expecting END");
 }
@@ -108,7 +108,7 @@ TEST(vrntTypeParse, CopiesTheText) {
   EXPECT_STREQ(vrntTypeString(type.get()), "{ int copied; } @name=\"Copied\"");
 }
 
-TEST(vrntTypeParse, GivesOneHandleForEquivalentTexts) {
+TEST(vrntTypeParse, ReturnsOneHandleForEquivalentTexts) {
   const std::vector<std::pair<const char*, const char*>> same{
       {"float[3]", "float[3]"},
       {"float[3]", " float\t[\n3\r\n] "},
@@ -125,7 +125,7 @@ TEST(vrntTypeParse, GivesOneHandleForEquivalentTexts) {
   }
 }
 
-TEST(vrntTypeParse, GivesDifferentHandlesForDifferentTypes) {
+TEST(vrntTypeParse, ReturnsDifferentHandlesForDifferentTypes) {
   const std::vector<const char*> texts{"float",
                                        "float2",
                                        "int",
@@ -169,25 +169,25 @@ TEST(vrntTypeParse, GivesDifferentHandlesForDifferentTypes) {
   }
 }
 
-TEST(vrntTypeParse, MakesOneTypeOfEnumsThatDifferInTheirPayloadsOnly) {
+TEST(vrntTypeParse, CreatesOneTypeForEnumsThatDifferInConstructorFieldsOnly) {
   TypeHandle first = parseType("enum { PayA(int x); PayB; }");
   const TypeHandle second = parseType("enum { PayA(float y, int z); PayB; }");
   EXPECT_EQ(first.get(), second.get());
   EXPECT_STREQ(vrntTypeString(second.get()), "enum { PayA( int x ); PayB; }");
 }
 
-TEST(vrntTypeParse, TakesTheFirstPayloadAfterTheOldTypeIsGone) {
+TEST(vrntTypeParse, UsesOtherConstructorFieldsAfterTheOldTypeIsDestroyed) {
   parseType("enum { GoneA(int x); }");
   EXPECT_EQ(canonical("enum { GoneA(float y); }"), "enum { GoneA( float y ); }");
 }
 
-TEST(vrntTypeParse, GivesTheLivingTypeOfACanonicalTextWithAValue) {
+TEST(vrntTypeParse, ReturnsTheLivingTypeForACanonicalTextWithAValue) {
   const TypeHandle first = parseType("float @default=1.0 @x");
   const TypeHandle second = parseType("float @default=1.0 @x");
   EXPECT_EQ(first.get(), second.get());
 }
 
-TEST(vrntTypeParse, MakesAnotherTypeOfEachOtherSpellingWithAValue) {
+TEST(vrntTypeParse, CreatesANewTypeForAnyOtherSpellingWithAValue) {
   const TypeHandle first = parseType("float  @default=1.0 @x");
   const TypeHandle second = parseType("float  @default=1.0 @x");
   EXPECT_NE(first.get(), second.get());
@@ -196,7 +196,7 @@ TEST(vrntTypeParse, MakesAnotherTypeOfEachOtherSpellingWithAValue) {
   EXPECT_EQ(parseType("float @default=1.0 @x").get(), second.get());
 }
 
-TEST(vrntTypeParse, BuildsAnewOnceNeitherTwinStandsInTheTable) {
+TEST(vrntTypeParse, CreatesANewTypeIfTheTextIsInNoTable) {
   const TypeHandle older = parseType("float  @twin=1.0");
   TypeHandle newer = parseType("float  @twin=1.0");
   newer.reset();
@@ -206,7 +206,7 @@ TEST(vrntTypeParse, BuildsAnewOnceNeitherTwinStandsInTheTable) {
   EXPECT_EQ(parseType("float @twin=1.0").get(), again.get());
 }
 
-TEST(vrntTypeParse, ForgetsATextWithTheEndOfAnyTypeThatPrintsSo) {
+TEST(vrntTypeParse, ForgetsATextWhenAnyTypeWithThatTextIsDestroyed) {
   TypeHandle older = parseType("float  @lost=1.0");
   const TypeHandle newer = parseType("float  @lost=1.0");
   older.reset();
@@ -215,7 +215,7 @@ TEST(vrntTypeParse, ForgetsATextWithTheEndOfAnyTypeThatPrintsSo) {
   EXPECT_STREQ(vrntTypeString(again.get()), vrntTypeString(newer.get()));
 }
 
-TEST(vrntTypeParse, ParsesAnewAfterTheLastReference) {
+TEST(vrntTypeParse, ParsesAgainAfterTheLastReference) {
   TypeHandle type = parseType("float @anew=1.0");
   const ValueHandle before = annotation(type, "anew");
   type.reset();
@@ -282,13 +282,13 @@ TEST(vrntTypeParse, ReadsAnAliasAsAPlainTextEntry) {
   EXPECT_EQ(vrntTypeFieldCount(field.get()), 1u);
 }
 
-TEST(vrntTypeParse, TakesAValueTextUpToTheNextAnnotationAsTheEntry) {
+TEST(vrntTypeParse, ReadsAValueUpToTheNextAnnotation) {
   EXPECT_EQ(canonical("float4 @default=float4(1.0, 0.0, 0.0, 0.0) @name=\"Colour\""),
             "float4 @default=float4(1.0, 0.0, 0.0, 0.0) @name=\"Colour\"");
   EXPECT_EQ(canonical("int@min=-3@max=[1,2]@f"), "int @f @max=[ 1, 2 ] @min=-3");
 }
 
-TEST(vrntTypeParse, MakesPayloadListsOfAllSpellings) {
+TEST(vrntTypeParse, ReadsConstructorFieldsInAllSpellings) {
   for (const char* text :
        {"enum { Spell(int x, int y); }", "enum { Spell(int x int y); }",
         "enum { Spell(int x, int y,); }", "enum { Spell ( int x int y , ) ; }"}) {

@@ -85,7 +85,7 @@ TEST(vrntTypeCopy, AddsAReferenceThatKeepsTheTypeAlive) {
   EXPECT_EQ(probe->refCount, 1u);
 }
 
-TEST(vrntTypeDestroy, EndsATypeWithItsLastReference) {
+TEST(vrntTypeDestroy, DestroysATypeWithItsLastReference) {
   TypeHandle type = parseType("float @destroy_probe=2.5");
   const vornath_test::ValueHandle probe(vrntMetadataValue(type.get(), "destroy_probe"));
   EXPECT_EQ(probe->refCount, 2u);
@@ -93,7 +93,7 @@ TEST(vrntTypeDestroy, EndsATypeWithItsLastReference) {
   EXPECT_EQ(probe->refCount, 1u);
 }
 
-TEST(vrntTypeDestroy, LeavesAPartThatAnotherHandleHolds) {
+TEST(vrntTypeDestroy, KeepsAPartThatHasAnotherReference) {
   TypeHandle type = parseType("{ float @part_probe=2.5 x; }[4]*");
   TypeHandle array(vrntTypeElementType(type.get()));
   TypeHandle element(vrntTypeElementType(array.get()));
@@ -108,7 +108,7 @@ TEST(vrntTypeDestroy, LeavesAPartThatAnotherHandleHolds) {
   EXPECT_EQ(probe->refCount, 1u);
 }
 
-TEST(vrntTypeDestroy, EndsTheChildrenThatNobodyElseHolds) {
+TEST(vrntTypeDestroy, DestroysPartsThatHaveNoOtherReference) {
   TypeHandle type = parseType("{ int n; { float @child_probe=2.5 x; }[4]* r; } @outer");
   TypeHandle reference(vrntTypeFieldType(type.get(), 1));
   TypeHandle array(vrntTypeElementType(reference.get()));
@@ -124,7 +124,7 @@ TEST(vrntTypeDestroy, EndsTheChildrenThatNobodyElseHolds) {
   EXPECT_EQ(probe->refCount, 1u);
 }
 
-TEST(vrntTypeDestroy, LeavesAPermanentTypeAlive) {
+TEST(vrntTypeDestroy, KeepsAFixedTypeAlive) {
   vrntType_t* const first = vrtnTypeFloatArray(3);
   vrntTypeDestroy(first);
   const TypeHandle again(vrtnTypeFloatArray(3));
@@ -132,7 +132,7 @@ TEST(vrntTypeDestroy, LeavesAPermanentTypeAlive) {
   EXPECT_STREQ(vrntTypeString(again.get()), "float[3]");
 }
 
-TEST(vrntTypeSize, OfABaseTypeIsThatOfItsLanesWithThreeTakingTheRoomOfFour) {
+TEST(vrntTypeSize, OfABaseTypeCountsThreeLanesAsFour) {
   constexpr std::array<std::uint64_t, 20> sizes{4,  8,  16, 16, 4, 8, 16, 16, 4, 8,
                                                 16, 16, 1,  2,  4, 4, 2,  4,  8, 8};
   for (std::size_t i = 0; i < kBaseSpellings.size(); ++i) {
@@ -194,7 +194,7 @@ TEST(vrntTypeString, BelongsToTheType) {
   EXPECT_EQ(vrntTypeString(type.get()), vrntTypeString(type.get()));
 }
 
-TEST(vrntTypeStripMetadata, TakesAnnotationsOffAtEveryDepth) {
+TEST(vrntTypeStripMetadata, RemovesMetadataAtEveryDepth) {
   const TypeHandle type = parseType(
       "{ float @default=1.0 @name=\"X\" x; { int @a y; }[3] @b z; enum { A @name=\"a\"; B; }* @c "
       "e; "
@@ -204,7 +204,7 @@ TEST(vrntTypeStripMetadata, TakesAnnotationsOffAtEveryDepth) {
                "{ float x; { int y; }[3] z; enum { A; B; }* e; ((int) => float) f; }");
 }
 
-TEST(vrntTypeStripMetadata, GivesTheSameHandleWhereThereIsNothingToTakeOff) {
+TEST(vrntTypeStripMetadata, ReturnsTheSameHandleIfThereIsNoMetadata) {
   for (const char* text : kAllKinds) {
     const TypeHandle type = parseType(text);
     const TypeHandle plain(vrntTypeStripMetadata(type.get()));
@@ -212,7 +212,7 @@ TEST(vrntTypeStripMetadata, GivesTheSameHandleWhereThereIsNothingToTakeOff) {
   }
 }
 
-TEST(vrntTypeStripMetadata, GivesTheOneTypeThatAPlainTextGives) {
+TEST(vrntTypeStripMetadata, ReturnsTheTypeOfTheTextWithoutAnnotations) {
   const TypeHandle plain = parseType("float[3]");
   const TypeHandle annotated = parseType("float[3] @a");
   EXPECT_NE(annotated.get(), plain.get());
@@ -220,20 +220,20 @@ TEST(vrntTypeStripMetadata, GivesTheOneTypeThatAPlainTextGives) {
   EXPECT_EQ(stripped.get(), plain.get());
 }
 
-TEST(vrntTypeStripMetadata, GivesAReferenceOfItsOwn) {
+TEST(vrntTypeStripMetadata, ReturnsANewReference) {
   TypeHandle annotated = parseType("{ int strip_probe; } @a");
   const TypeHandle stripped(vrntTypeStripMetadata(annotated.get()));
   annotated.reset();
   EXPECT_STREQ(vrntTypeString(stripped.get()), "{ int strip_probe; }");
 }
 
-TEST(vrntTypeStripMetadata, DropsThePayloadsOfAnEnumWithAnnotations) {
+TEST(vrntTypeStripMetadata, RemovesTheConstructorFieldsOfAnEnumWithAnnotations) {
   const TypeHandle type = parseType("enum { StripA(int x) @k; StripB; }");
   const TypeHandle plain(vrntTypeStripMetadata(type.get()));
   EXPECT_STREQ(vrntTypeString(plain.get()), "enum { StripA; StripB; }");
 }
 
-TEST(vrtnTypeFloatArray, IsTheTypeThatTheParserGives) {
+TEST(vrtnTypeFloatArray, ReturnsTheTypeThatTheParserReturns) {
   for (const unsigned count : {1u, 2u, 3u, 61u, 166u, 0u}) {
     const TypeHandle made(vrtnTypeFloatArray(count));
     const TypeHandle parsed = parseType("float[" + std::to_string(count) + "]");
@@ -243,7 +243,7 @@ TEST(vrtnTypeFloatArray, IsTheTypeThatTheParserGives) {
   }
 }
 
-TEST(vrtnTypeFloatArray, TakesTheLowBitsOfTheCountAsTheExtent) {
+TEST(vrtnTypeFloatArray, UsesTheLowBitsOfTheCountAsTheExtent) {
   const TypeHandle five(vrtnTypeFloatArray(0x100000005u));
   EXPECT_STREQ(vrntTypeString(five.get()), "float[5]");
   const TypeHandle largest(vrtnTypeFloatArray(0x7fffffffu));
@@ -251,7 +251,7 @@ TEST(vrtnTypeFloatArray, TakesTheLowBitsOfTheCountAsTheExtent) {
   EXPECT_EQ(vrntTypeSize(largest.get()), 8589934588u);
 }
 
-TEST(vrtnTypeFloatArray, RaisesForACountWhoseLowBitsAreNegative) {
+TEST(vrtnTypeFloatArray, ThrowsIfTheLowBitsOfTheCountAreNegative) {
   for (const std::uint64_t count :
        {std::uint64_t{0x80000000u}, std::uint64_t{0xffffffffu}, ~std::uint64_t{0}}) {
     try {
@@ -264,7 +264,7 @@ TEST(vrtnTypeFloatArray, RaisesForACountWhoseLowBitsAreNegative) {
   }
 }
 
-TEST(vrtnTypeFloatArray, KeepsItsPreparedTypesAliveWithoutAHandle) {
+TEST(vrtnTypeFloatArray, KeepsItsFixedTypesAliveWithoutAHandle) {
   // 166 and 1 are kept too, whichever count was asked for.
   const vrntType_t* one = nullptr;
   const vrntType_t* many = nullptr;
@@ -354,7 +354,7 @@ TEST(vrntTypeArrayDimension, AcceptsArrays) {
                 {kArray, kArray2, kArray3, kArray4});
 }
 
-TEST(vrntTypeArrayShape, WritesOneExtentForEachDimensionFirstFirst) {
+TEST(vrntTypeArrayShape, WritesTheExtentsInTheOrderOfTheDimensions) {
   EXPECT_EQ(shapeOf("int[9]"), (Shape{9}));
   EXPECT_EQ(shapeOf("int[2,3]"), (Shape{2, 3}));
   EXPECT_EQ(shapeOf("int[2,3,4]"), (Shape{2, 3, 4}));
@@ -362,7 +362,7 @@ TEST(vrntTypeArrayShape, WritesOneExtentForEachDimensionFirstFirst) {
   EXPECT_EQ(shapeOf("int[2][0]"), (Shape{0}));
 }
 
-TEST(vrntTypeArrayShape, WritesMinusOneForEachDimensionOfOpenExtents) {
+TEST(vrntTypeArrayShape, WritesMinusOneForEachDimensionOfAnUnsizedArray) {
   EXPECT_EQ(shapeOf("float[]"), (Shape{-1}));
   EXPECT_EQ(shapeOf("float[,]"), (Shape{-1, -1}));
   EXPECT_EQ(shapeOf("float[,,]"), (Shape{-1, -1, -1}));
@@ -393,7 +393,7 @@ TEST(vrntTypeElementType, IsTheElementOfAnArrayAndTheTargetOfAReference) {
   }
 }
 
-TEST(vrntTypeElementType, GivesAReferenceOfItsOwn) {
+TEST(vrntTypeElementType, ReturnsANewReference) {
   TypeHandle type = parseType("{ int element_probe; }[3]");
   const TypeHandle element(vrntTypeElementType(type.get()));
   type.reset();
@@ -412,7 +412,7 @@ TEST(vrntTypeReferencedType, IsTheTargetOfAReferenceAndTheElementOfAnArray) {
                "int");
 }
 
-TEST(vrntTypeReferencedType, IsNullForAReferenceToAnything) {
+TEST(vrntTypeReferencedType, IsNullForAReferenceToVoid) {
   EXPECT_EQ(vrntTypeReferencedType(parseType("void*").get()), nullptr);
   EXPECT_EQ(vrntTypeReferencedType(parseType("void* @a").get()), nullptr);
 }
@@ -484,7 +484,7 @@ TEST(vrntTypeFieldType, IsTheTypeOfAnArgument) {
   EXPECT_STREQ(vrntTypeString(second.get()), "float[3]");
 }
 
-TEST(vrntTypeFieldType, GivesAReferenceOfItsOwn) {
+TEST(vrntTypeFieldType, ReturnsANewReference) {
   TypeHandle type = parseType("{ { int field_probe; } a; }");
   const TypeHandle field(vrntTypeFieldType(type.get(), 0));
   type.reset();
@@ -525,14 +525,14 @@ TEST(vrntTypeIsSubType, IsTrueOfATypeAndItself) {
   }
 }
 
-TEST(vrntTypeIsEqual, NeedsTheRelationBothWays) {
+TEST(vrntTypeIsEqual, IsTrueIfEachTypeIsASubtypeOfTheOther) {
   EXPECT_EQ(vrntTypeIsEqual(parseType("float[3]").get(), parseType("float[]").get()), 0);
   EXPECT_EQ(vrntTypeIsEqual(parseType("float[]").get(), parseType("float[3]").get()), 0);
   EXPECT_EQ(vrntTypeIsEqual(parseType("enum { A; }").get(), parseType("int").get()), 0);
   EXPECT_NE(vrntTypeIsEqual(parseType("int[2,3]").get(), parseType("int[2,3]").get()), 0);
 }
 
-TEST(vrntTypeIsEqual, LeavesAnnotationsAndPayloadsOut) {
+TEST(vrntTypeIsEqual, IgnoresAnnotationsAndConstructorFields) {
   const TypeHandle a = parseType("{ float @min=0.0 x; } @name=\"a\"");
   const TypeHandle b = parseType("{ float @max=9.0 x; }");
   ASSERT_NE(a.get(), b.get());
@@ -543,7 +543,7 @@ TEST(vrntTypeIsEqual, LeavesAnnotationsAndPayloadsOut) {
   EXPECT_NE(vrntTypeIsEqual(plain.get(), loaded.get()), 0);
 }
 
-TEST(vrntTypeCheckSubType, IsNullWithAnUntouchedLocationWhereTheTypesRelate) {
+TEST(vrntTypeCheckSubType, IsNullWithoutAnErrorForASubtype) {
   auto* const untouched = reinterpret_cast<vrntValuesError_t*>(0x10);
   vrntValuesError_t* error = untouched;
   EXPECT_EQ(vrntTypeCheckSubType(parseType("float[3]").get(), parseType("float[]").get(), &error),
@@ -551,12 +551,12 @@ TEST(vrntTypeCheckSubType, IsNullWithAnUntouchedLocationWhereTheTypesRelate) {
   EXPECT_EQ(error, untouched);
 }
 
-TEST(vrntTypeCheckSubType, OfATypeAgainstItselfDoesNotLookAtTheLocation) {
+TEST(vrntTypeCheckSubType, DoesNotUseTheErrorOutParameterForOneType) {
   const TypeHandle type = parseType("float");
   EXPECT_EQ(vrntTypeCheckSubType(type.get(), type.get(), nullptr), nullptr);
 }
 
-TEST(vrntTypeCheckSubType, GivesTheReasonAsAStringOfTheCallers) {
+TEST(vrntTypeCheckSubType, ReturnsTheReasonAsANewString) {
   auto* const untouched = reinterpret_cast<vrntValuesError_t*>(0x10);
   vrntValuesError_t* error = untouched;
   const TypeHandle a = parseType("float[3]");

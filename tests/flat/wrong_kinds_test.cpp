@@ -44,7 +44,7 @@ constexpr char kEnum[] = "enum { A; }";
 
 }  // namespace
 
-TEST(WrongKinds, AreToldByTheFunctionThatWasCalled) {
+TEST(WrongKinds, NameTheFunctionThatWasCalled) {
   std::int32_t shape[4];
   EXPECT_EQ(wordsFor(vrntTypeBasetype, kEnum),
             "vrntTypeBasetype: takes a base type or a struct, was given the enum { A; }");
@@ -72,7 +72,7 @@ TEST(WrongKinds, AreToldByTheFunctionThatWasCalled) {
             "vrntTypeFieldType: takes a struct or a function, was given the enum { A; }");
 }
 
-TEST(WrongKinds, OfAnAnnotationAreToldByItsKey) {
+TEST(WrongKinds, OfAnAnnotationNameItsKey) {
   const TypeHandle type = parseType("float @flag @text=\"words\" @value=2.5");
   EXPECT_EQ(wordsOf([&] { vrntMetadataString(type.get(), "flag"); }),
             "vrntMetadataString: takes an annotation with a text, was given the flag @flag");
@@ -84,7 +84,7 @@ TEST(WrongKinds, OfAnAnnotationAreToldByItsKey) {
             "vrntMetadataValue: takes an annotation with a value, was given the text @text");
 }
 
-TEST(WrongKinds, OfAPlaceInAValueAreToldToo) {
+TEST(WrongKinds, OfAViewNameTheFunctionToo) {
   vrntValueView_t view{};
   const std::int32_t index[4] = {};
   EXPECT_EQ(
@@ -100,7 +100,7 @@ TEST(WrongKinds, OfAPlaceInAValueAreToldToo) {
             "given the reference void*");
 }
 
-TEST(WrongKinds, AreToldByTheBeginningOfATypeWithALongerText) {
+TEST(WrongKinds, QuoteTheStartOfALongTypeText) {
   const std::string name(118, 'n');
   EXPECT_EQ(wordsFor(vrntTypeArrayDimension, ("{ int " + name + "; }").c_str()),
             "vrntTypeArrayDimension: takes an array, was given the struct { int " +
@@ -111,7 +111,7 @@ TEST(WrongKinds, AreToldByTheBeginningOfATypeWithALongerText) {
             "vrntTypeArrayDimension: takes an array, was given the base type " + label + "...");
 }
 
-TEST(WrongKinds, AreToldWithoutATextThatWouldHaveToBeMade) {
+TEST(WrongKinds, DoNotBuildTheTextOfAType) {
   std::string text = "{ ";
   for (int i = 0; i < 1000; ++i) text += "int f" + std::to_string(i) + "; ";
   EXPECT_EQ(wordsFor(vrntTypeArrayDimension, (text + "}").c_str()),
@@ -122,7 +122,7 @@ TEST(WrongKinds, AreToldWithoutATextThatWouldHaveToBeMade) {
             "vrntTypeBasetype: takes a base type or a struct, was given the enum with a long text");
 }
 
-TEST(WrongKinds, KeepTheirWordsWhenTheTypeHasEnded) {
+TEST(WrongKinds, KeepTheirMessageWhenTheTypeIsDestroyed) {
   std::exception_ptr kept;
   {
     const TypeHandle type = parseType("{ int ended; }");

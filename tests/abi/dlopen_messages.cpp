@@ -1,7 +1,7 @@
 // A host in C++ that knows the library by its path only: what an accessor throws is caught as a
 // std::exception and says which function was given what, in a host that was linked without the
 // library's own classes.
-// usage: dlopen_words LIBRARY
+// usage: dlopen_messages LIBRARY
 #include <dlfcn.h>
 
 #include <cstdio>
@@ -22,7 +22,7 @@ Function* find(void* library, const char* name) {
 int main(int count, char** arguments) {
   void* const library = count == 2 ? dlopen(arguments[1], RTLD_NOW | RTLD_LOCAL) : nullptr;
   if (library == nullptr) {
-    std::fprintf(stderr, "usage: dlopen_words LIBRARY\n");
+    std::fprintf(stderr, "usage: dlopen_messages LIBRARY\n");
     return 2;
   }
   const auto parse = find<decltype(vrntTypeParse)>(library, "vrntTypeParse");
