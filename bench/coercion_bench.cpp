@@ -1,5 +1,5 @@
-// Coercing and specializing large arrays, against what no way of doing it can be spared: the memory
-// of the result and one pass over the bytes.
+// Coercion and specialization of large arrays. The yardstick is the least work that any solution
+// needs: to allocate the result and pass over its bytes once.
 #include <benchmark/benchmark.h>
 
 #include <cstdint>
@@ -71,7 +71,7 @@ void specializeStructs(benchmark::State& state) {
       .run(state, vrntBuildSpecializationParameters);
 }
 
-// The same bytes with places known beforehand: 16 and 4 of each 32.
+// Copies the same bytes to places known at compile time: 16 and 4 of every 32 bytes.
 void moveStructs(benchmark::State& state) {
   char* const source = static_cast<char*>(std::calloc(kElements, 32));
   for (auto _ : state) {

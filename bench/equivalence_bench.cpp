@@ -1,5 +1,5 @@
-// Comparing and printing large scenes. The yardstick of the comparison is memcmp over the records
-// of both scenes, that of the dump the bare digest of the asset's bytes.
+// Comparison and text of large scenes. The yardstick of the comparison is memcmp over the records
+// of both scenes; the yardstick of the text is the plain digest of the asset's bytes.
 #include <benchmark/benchmark.h>
 #include <cryptopp/sha.h>
 
@@ -36,7 +36,7 @@ struct DestroyValue {
 };
 using ValuePtr = std::unique_ptr<vrntValue_t, DestroyValue>;
 
-// A scene that shares nothing with another one of the same size, and is equivalent to it.
+// Makes a scene that is equivalent to another one of the same size but shares no memory with it.
 Scene build(std::uint32_t shapes) {
   Scene scene;
   vrntValuesError_t* error = nullptr;
@@ -83,7 +83,7 @@ bool sameBytes(const Scene& a, const Scene& b) {
   return true;
 }
 
-// The materials have no records but their lists.
+// Leaves out the materials, whose only records are their lists.
 void compareRecords(benchmark::State& state, std::uint32_t shapes) {
   const Scene a = build(shapes);
   const Scene b = build(shapes);

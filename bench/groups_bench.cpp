@@ -1,4 +1,4 @@
-// Reading and writing a group of an object, against a malloc of its size and two copies of it.
+// Get and set of a group of an object, compared with one malloc of its size and two copies of it.
 #include <benchmark/benchmark.h>
 
 #include <cstdlib>
@@ -40,7 +40,7 @@ void allocateAndCopyTwice(benchmark::State& state, std::size_t size) {
   }
 }
 
-// The groups of 124 to 400 bytes, whatever the catalogue holds of them.
+// Registers all groups of 124 to 400 bytes in the catalogue.
 const int registered = [] {
   for (std::uint32_t objectClass = 0; objectClass < vrdmObjectTypeCount(); ++objectClass) {
     for (std::uint32_t group = 0; group < vrdmFieldCount(objectClass); ++group) {

@@ -1,5 +1,5 @@
-// Importing a large scene into one of the same size. The yardsticks: the same scene written to a
-// file and read back, and an import of half as many objects.
+// Import of a large scene into one of the same size. The yardsticks are to write the same scene to
+// a file and read it back, and to import half as many objects.
 #include <benchmark/benchmark.h>
 #include <unistd.h>
 
@@ -25,8 +25,8 @@ struct DestroyScene {
 };
 using ScenePtr = std::unique_ptr<vrdmScene_t, DestroyScene>;
 
-// For each shape a mesh; for each hundred of them a material, with a texture in its value, and a
-// transformation group.
+// Makes a mesh for each shape, and for every hundred shapes a transformation group and a material
+// with a texture in its value.
 ScenePtr build(int shapes) {
   ScenePtr made(vrdmCreateScene());
   vrdmScene_t* const scene = made.get();

@@ -1,7 +1,7 @@
-// What two threads get done against what one does: each benchmark runs on one thread and on two, on
-// things that the threads share and on things of their own. A table behind the usual one tells how
-// many times as much two threads do; a counter that is shared sets the bound for what shares a
-// count.
+// Scaling from one thread to two. Each benchmark runs on one thread and on two, with objects that
+// the threads share and with objects of their own. A table below the usual one shows the throughput
+// of two threads relative to one. The benchmark of a shared counter gives the upper bound for
+// functions whose threads share a reference count.
 #include <benchmark/benchmark.h>
 
 #include <atomic>
@@ -29,7 +29,7 @@ using TypeHandle = std::unique_ptr<vrntType_t, EndType>;
 using ValueHandle = std::unique_ptr<vrntValue_t, EndValue>;
 using SceneHandle = std::unique_ptr<vrdmScene_t, EndScene>;
 
-// As they print, so that the table answers while their types live.
+// Canonical texts, so that the library finds them in its table while their types are alive.
 const char* const kTypeTexts[] = {"{ float3 @default=float3(0.0, 0.0, 0.0) origin; int count; }",
                                   "{ float2[]* points; bool closed; }"};
 
@@ -72,7 +72,8 @@ SceneHandle makeScene() {
   return scene;
 }
 
-// Every read makes a value of the group's fixed type, whose count all threads share.
+// Reads a group. Every read makes a value of the group's fixed type, and all threads share the
+// reference count of that type.
 void readGroup(benchmark::State& state, bool shared) {
   static const SceneHandle common = makeScene();
   const SceneHandle own = makeScene();

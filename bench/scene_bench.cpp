@@ -1,6 +1,6 @@
-// Building, writing and reading large scenes. The yardsticks of the files write and read the same
-// bytes with bare system calls: a new file in pieces of 1 MiB; a file in the page cache into
-// freshly allocated memory.
+// Construction, writing and reading of large scenes. The yardsticks of the files write and read the
+// same bytes by plain system calls: to a new file in pieces of 1 MiB, and from a file in the page
+// cache into newly allocated memory.
 #include <benchmark/benchmark.h>
 #include <fcntl.h>
 #include <sys/stat.h>
@@ -92,7 +92,7 @@ void buildScene(benchmark::State& state) {
       benchmark::Counter::kIsIterationInvariantRate | benchmark::Counter::kInvert);
 }
 
-// A slot is freed and taken again beside many others. The yardstick does the same in a small scene.
+// Frees a slot and takes it again, among many others. The yardstick does the same in a small scene.
 void reuse(benchmark::State& state, int shapes) {
   const ScenePtr scene = build(shapes);
   for (auto _ : state) {
@@ -101,8 +101,8 @@ void reuse(benchmark::State& state, int shapes) {
   }
 }
 
-// What a host does that leaves no stale references: it counts before it removes. The material of a
-// shape changes in between.
+// Does what a host does to leave no stale references: counts the references to an object before it
+// removes it. In between, the material of a shape changes.
 void countAndRemove(benchmark::State& state, int shapes) {
   const ScenePtr scene = build(shapes);
   for (int i = 0; i < 3; ++i) vrdmCreateInstance(scene.get(), VRDM_CLASS_MATERIAL);
@@ -116,7 +116,8 @@ void countAndRemove(benchmark::State& state, int shapes) {
   }
 }
 
-// The first count on a scene, which reads it: each shape has a mesh of its own.
+// Counts references in a scene for the first time, which reads the whole scene. Each shape has a
+// mesh of its own.
 void firstCount(benchmark::State& state, int shapes) {
   const vrnt::detail::MeshDesc desc{};
   AssetStorage* const storage = vrdmAssetStorageCopy("", 0);

@@ -1,4 +1,4 @@
-// Parsing a text whose type is alive, against a look-up of the same texts in a std::map.
+// Parse of a text whose type is alive, compared with a look-up of the same text in a std::map.
 #include <benchmark/benchmark.h>
 
 #include <map>
@@ -11,7 +11,7 @@
 
 namespace {
 
-// The schemas of the whole catalogue, from 30 bytes to 16 KiB, with their types held.
+// The schemas of the whole catalogue, from 30 bytes to 16 KiB, with handles on their types.
 class Schemas {
  public:
   Schemas() {

@@ -135,7 +135,7 @@ class Value {
     return adopt(value);
   }
 
-  /// Converts this value to another type, as vrntCoerce() does. This must not be empty, and does
+  /// Coerces this value to another type, as vrntCoerce() does. This must not be empty, and does
   /// not change. Fails as create(), with the message of vrntCoerce().
   Result<Value> coerce(const vrntType_t* type) const {
     vrntValuesError_t* error = nullptr;
