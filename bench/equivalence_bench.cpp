@@ -12,6 +12,7 @@
 #include <string>
 
 #include "ratio_reporter.hpp"
+#include "vornath_data/handles.hpp"
 #include "vornath_data/scene.hpp"
 #include "vornath_data/vrdm.h"
 #include "vornath_data/vrnt.h"
@@ -31,11 +32,6 @@ constexpr char kMaterialValue[] =
     "{ color = float3(0.5, 0.25, 0.125); roughness = 0.5; metallic = false; layers = [ 1, 2, 3 ]; "
     "wrap = REPEAT : enum { CLAMP; BORDER; REPEAT; MIRROR; }; }";
 
-struct DestroyValue {
-  void operator()(vrntValue_t* value) const { vrntValueDestroy(value); }
-};
-using ValuePtr = std::unique_ptr<vrntValue_t, DestroyValue>;
-
 // Makes a scene that is equivalent to another one of the same size but shares no memory with it.
 Scene build(std::uint32_t shapes) {
   Scene scene;
@@ -50,7 +46,7 @@ Scene build(std::uint32_t shapes) {
   for (std::uint32_t i = 0; i < kMaterials; ++i) {
     const auto material =
         static_cast<std::int32_t>(vrdmCreateInstance(&scene, VRDM_CLASS_MATERIAL));
-    const ValuePtr value(vrntValueParse(kMaterialValue, &error));
+    const vrnt::UniqueValue value(vrntValueParse(kMaterialValue, &error));
     vrdmSetInstanceValue(&scene, VRDM_CLASS_MATERIAL, material, value.get());
   }
   for (std::uint32_t i = 0; i < kTransformationGroups; ++i) {

@@ -3,22 +3,18 @@
 
 #include <cstdlib>
 #include <cstring>
-#include <memory>
 #include <string>
 #include <vector>
 
 #include "ratio_reporter.hpp"
+#include "vornath_data/handles.hpp"
 #include "vornath_data/vrdm.h"
 #include "vornath_data/vrnt.h"
 
 namespace {
 
-struct DestroyScene {
-  void operator()(vrdmScene_t* scene) const { vrdmDestroyScene(scene); }
-};
-
 void getAndSet(benchmark::State& state, std::uint32_t objectClass, std::uint32_t group) {
-  const std::unique_ptr<vrdmScene_t, DestroyScene> scene(vrdmCreateScene());
+  const vrnt::UniqueScene scene(vrdmCreateScene());
   const auto index = static_cast<std::int32_t>(vrdmCreateInstance(scene.get(), objectClass));
   for (auto _ : state) {
     vrntValue_t* value = vrdmGetDataValue(scene.get(), objectClass, index, group);

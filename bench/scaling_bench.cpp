@@ -7,27 +7,18 @@
 #include <atomic>
 #include <cstdio>
 #include <map>
-#include <memory>
 #include <string>
 #include <vector>
 
+#include "vornath_data/handles.hpp"
 #include "vornath_data/vrdm.h"
 #include "vornath_data/vrnt.h"
 
 namespace {
 
-struct EndType {
-  void operator()(vrntType_t* type) const { vrntTypeDestroy(type); }
-};
-struct EndValue {
-  void operator()(vrntValue_t* value) const { vrntValueDestroy(value); }
-};
-struct EndScene {
-  void operator()(vrdmScene_t* scene) const { vrdmDestroyScene(scene); }
-};
-using TypeHandle = std::unique_ptr<vrntType_t, EndType>;
-using ValueHandle = std::unique_ptr<vrntValue_t, EndValue>;
-using SceneHandle = std::unique_ptr<vrdmScene_t, EndScene>;
+using vrnt::UniqueScene;
+using vrnt::UniqueType;
+using vrnt::UniqueValue;
 
 // Canonical texts, so that the library finds them in its table while their types are alive.
 const char* const kTypeTexts[] = {"{ float3 @default=float3(0.0, 0.0, 0.0) origin; int count; }",
@@ -38,7 +29,7 @@ constexpr std::uint32_t kClass = VRDM_CLASS_SHAPE;
 void parseCached(benchmark::State& state, bool shared) {
   const char* const text = kTypeTexts[shared ? 0 : state.thread_index()];
   vrntValuesError_t* error = nullptr;
-  const TypeHandle held(vrntTypeParse(text, &error));
+  const UniqueType held(vrntTypeParse(text, &error));
   for (auto _ : state) {
     vrntType_t* type = vrntTypeParse(text, &error);
     if (type != held.get()) state.SkipWithError("not answered from the table");
@@ -49,14 +40,14 @@ void parseCached(benchmark::State& state, bool shared) {
 
 vrntValue_t* sharedValue() {
   static vrntValuesError_t* error = nullptr;
-  static const ValueHandle value(vrntValueParse("{ a = 1; b = 2.0; }", &error));
+  static const UniqueValue value(vrntValueParse("{ a = 1; b = 2.0; }", &error));
   return value.get();
 }
 
 void copyValue(benchmark::State& state, bool shared) {
   const char* const texts[] = {"{ a = 1; b = 2.0; }", "{ c = 1; d = 2.0; }"};
   vrntValuesError_t* error = nullptr;
-  const ValueHandle own(vrntValueParse(texts[state.thread_index()], &error));
+  const UniqueValue own(vrntValueParse(texts[state.thread_index()], &error));
   const vrntValue_t* const value = shared ? sharedValue() : own.get();
   for (auto _ : state) {
     vrntValue_t* copy = vrntValueCopy(value);
@@ -66,8 +57,8 @@ void copyValue(benchmark::State& state, bool shared) {
   state.SetItemsProcessed(state.iterations());
 }
 
-SceneHandle makeScene() {
-  SceneHandle scene(vrdmCreateScene());
+UniqueScene makeScene() {
+  UniqueScene scene(vrdmCreateScene());
   vrdmCreateInstance(scene.get(), kClass);
   return scene;
 }
@@ -75,8 +66,8 @@ SceneHandle makeScene() {
 // Reads a group. Every read makes a value of the group's fixed type, and all threads share the
 // reference count of that type.
 void readGroup(benchmark::State& state, bool shared) {
-  static const SceneHandle common = makeScene();
-  const SceneHandle own = makeScene();
+  static const UniqueScene common = makeScene();
+  const UniqueScene own = makeScene();
   const vrdmScene_t* const scene = shared ? common.get() : own.get();
   for (auto _ : state) {
     vrntValue_t* value = vrdmGetDataValue(scene, kClass, 0, 0);

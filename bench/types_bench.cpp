@@ -6,6 +6,7 @@
 #include <vector>
 
 #include "ratio_reporter.hpp"
+#include "vornath_data/handles.hpp"
 #include "vornath_data/vrdm.h"
 #include "vornath_data/vrnt.h"
 
@@ -18,20 +19,17 @@ class Schemas {
     addClass(VRDM_CLASS_SCENE_DATA);
     for (std::uint32_t c = 0; c < vrdmObjectTypeCount(); ++c) addClass(c);
   }
-  ~Schemas() {
-    for (vrntType_t* type : types_) vrntTypeDestroy(type);
-  }
   const std::vector<std::string>& texts() const { return texts_; }
 
  private:
   void addClass(std::uint32_t objectClass) {
     for (std::uint32_t group = 0; group < vrdmFieldCount(objectClass); ++group) {
-      types_.push_back(vrdmFieldType(objectClass, group));
-      texts_.emplace_back(vrntTypeString(types_.back()));
+      types_.emplace_back(vrdmFieldType(objectClass, group));
+      texts_.emplace_back(vrntTypeString(types_.back().get()));
     }
   }
 
-  std::vector<vrntType_t*> types_;
+  std::vector<vrnt::UniqueType> types_;
   std::vector<std::string> texts_;
 };
 

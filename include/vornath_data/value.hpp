@@ -25,11 +25,11 @@ namespace detail {
 /// Calls vrntValueEqual(). If it gives a reason, copies it to `*reason`.
 inline bool equalAt(const vrntValue_t* a, const vrntValueView_t& viewA, const vrntValue_t* b,
                     const vrntValueView_t& viewB, float tolerance, std::string* reason) {
-  char* words = nullptr;
+  char* text = nullptr;
   const bool equal =
-      vrntValueEqual(a, &viewA, b, &viewB, tolerance, reason != nullptr ? &words : nullptr) != 0;
-  const std::unique_ptr<char, StringDestroyer> owned(words);
-  if (words != nullptr) *reason = words;
+      vrntValueEqual(a, &viewA, b, &viewB, tolerance, reason != nullptr ? &text : nullptr) != 0;
+  const std::unique_ptr<char, StringDeleter> owned(text);
+  if (text != nullptr) *reason = text;
   return equal;
 }
 
@@ -315,10 +315,10 @@ class ConstBasicView {
   std::string text(std::uint32_t flags = 0) const {
     const vrntValueView_t at = place();
     vrntValuesError_t* error = nullptr;
-    const std::unique_ptr<char, detail::StringDestroyer> words(
+    const std::unique_ptr<char, detail::StringDeleter> text(
         vrntValueString(owner_->get(), &at, flags, &error));
-    if (!words) detail::raiseError(error);
-    return words.get();
+    if (!text) detail::raiseError(error);
+    return text.get();
   }
 
  protected:

@@ -11,13 +11,13 @@
 
 namespace vrnt::detail {
 
-struct ErrorDestroyer {
+struct ErrorDeleter {
   void operator()(vrntValuesError_t* error) const noexcept { vrntValuesErrorDestroy(error); }
 };
-struct StringDestroyer {
-  void operator()(char* words) const noexcept { vrntDestroyString(words); }
+struct StringDeleter {
+  void operator()(char* string) const noexcept { vrntDestroyString(string); }
 };
-using OwnedError = std::unique_ptr<vrntValuesError_t, ErrorDestroyer>;
+using OwnedError = std::unique_ptr<vrntValuesError_t, ErrorDeleter>;
 
 /// Throws the error of a read or write of a value: std::bad_alloc if an allocation failed, else an
 /// Exception of code UnknownError with the message of the error object.

@@ -21,6 +21,7 @@
 
 #include "vornath_data/catalogue/material_graph.hpp"
 #include "vornath_data/catalogue/mesh.hpp"
+#include "vornath_data/handles.hpp"
 #include "vornath_data/host/record.hpp"
 #include "vornath_data/host/span.hpp"
 #include "vornath_data/host/storage.hpp"
@@ -392,10 +393,6 @@ class Scene {
   }
 
  private:
-  struct Destroyer {
-    void operator()(vrdmScene_t* scene) const noexcept { vrdmDestroyScene(scene); }
-  };
-
   static std::uint32_t sceneData() noexcept { return VRDM_CLASS_SCENE_DATA; }
 
   template <typename Desc>
@@ -522,7 +519,7 @@ class Scene {
                     "it has version " + std::to_string(version));
   }
 
-  std::unique_ptr<vrdmScene_t, Destroyer> scene_;
+  UniqueScene scene_;
 };
 
 }  // namespace vrnt::host
