@@ -12,7 +12,8 @@ namespace vrnt::data::detail {
 /// more, several threads share the work, and the function returns when all bytes are copied. For
 /// smaller sizes it is a plain copy; a size of 0 copies nothing. If the task scheduler has no
 /// memory or no threads, the calling thread copies everything. `source` and `destination` must not
-/// overlap. Errors: none.
+/// overlap.
+/// Errors: none.
 VRNT_API void trivialContainerCopy(void* destination, const void* source, std::uint64_t size);
 
 }  // namespace vrnt::data::detail

@@ -84,8 +84,8 @@ class Scene {
   /// free slot.
   ///
   /// Instances are added in order behind the last slot of their class. The class grows by as many
-  /// slots as the source has; the slots that are free in the source become free slots at the end.
-  /// A value is shared. But if it refers to textures, by vrntTypeTexture() or by a sampler of
+  /// slots as the source has; the slots that are free in the source become free slots at the end. A
+  /// value is shared. But if it refers to textures, by vrntTypeTexture() or by a sampler of
   /// vrntTypeSampler(), it is copied, and the copy gets the new texture indices.
   ///
   /// References are translated. A reference to a slot that is not live becomes -1. In a coded list,
@@ -101,19 +101,20 @@ class Scene {
   /// more.
   ///
   /// Errors: throws std::bad_alloc, and vrnt::Exception if a value cannot be written. This scene
-  /// then holds a part of the source. Threads: reads the source and writes this scene.
+  /// then holds a part of the source.
+  /// Threads: reads the source and writes this scene.
   VRNT_API detail::TupleOfClass<RefMap> import(const Scene& source);
 
   /// Returns true if two scenes have the same content in the same slots. Compares the scene-wide
   /// groups and, for each class, the number of slots, which slots are live, and the content of live
   /// slots. Ignores the ids of scenes, programs and assets, the counters, and the content of free
-  /// slots.
-  /// Groups are compared field by field: floats as numbers, bools by truth value, everything else
-  /// exactly. So an object that holds a NaN is not equivalent to itself. Programs are compared by
-  /// their text up to the first NUL, assets by descriptor and bytes, references word by word, and
-  /// values by their printed text. Bytes that both scenes share are not read.
+  /// slots. Groups are compared field by field: floats as numbers, bools by truth value, everything
+  /// else exactly. So an object that holds a NaN is not equivalent to itself. Programs are compared
+  /// by their text up to the first NUL, assets by descriptor and bytes, references word by word,
+  /// and values by their printed text. Bytes that both scenes share are not read.
   /// Errors: throws vrnt::Exception if the comparison reaches a value that cannot be printed, even
-  /// if both scenes share it; std::bad_alloc. Threads: reads both scenes.
+  /// if both scenes share it; std::bad_alloc.
+  /// Threads: reads both scenes.
   VRNT_API static bool equivalent(const Scene& a, const Scene& b);
 
   /// Returns the container of a class, which is selected by its Desc.

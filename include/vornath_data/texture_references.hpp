@@ -17,7 +17,8 @@ namespace vrnt::data {
 /// `float_sphere_texture`; a negative index refers to nothing and is left out. The value may be
 /// such a struct, or a struct that contains one at any depth. The search does not enter arrays and
 /// does not follow references. The value must not be empty.
-/// Errors: throws std::bad_alloc. Threads: may be called from any thread; reads the value.
+/// Errors: throws std::bad_alloc.
+/// Threads: may be called from any thread; reads the value.
 VRNT_API std::vector<Ref<Asset<vrnt::detail::TextureDesc>>> extractTextureReferences(
     const Value& value);
 

@@ -152,8 +152,9 @@ class FieldPath {
 template <typename T>
 class Field {
  public:
-  /// Finds the field. Errors: those of FieldPath; throws Exception "Incompatible type for accessor
-  /// -> {}." if T does not fit the type of the field.
+  /// Finds the field.
+  /// Errors: those of FieldPath; throws Exception "Incompatible type for accessor -> {}." if T does
+  /// not fit the type of the field.
   Field(const vrntType_t* type, std::string_view path) : Field(FieldPath(type, path), path) {}
   Field(const TypeHandle& type, std::string_view path) : Field(type.get(), path) {}
 
@@ -168,13 +169,15 @@ class Field {
     }
   }
 
-  /// Reads the field. Errors: as FieldPath::bytesIn().
+  /// Reads the field.
+  /// Errors: as FieldPath::bytesIn().
   T get(const Value& value) const {
     T result;
     vrnt::detail::load(result, path_.bytesIn(value));
     return result;
   }
-  /// Writes the field. Errors: as FieldPath::writeIn().
+  /// Writes the field.
+  /// Errors: as FieldPath::writeIn().
   void set(Value& value, const T& field) const {
     const auto fill = [&field](void* bytes) { vrnt::detail::store(bytes, field); };
     if constexpr (vrnt::detail::holdsNoWords<T>()) {
@@ -193,8 +196,9 @@ class Field {
 /// A field that is an enum, read and written by the names of its constructors.
 class EnumField {
  public:
-  /// Finds the field. Errors: those of FieldPath; throws Exception "Incompatible type for accessor
-  /// -> {}." if the field is not an enum.
+  /// Finds the field.
+  /// Errors: those of FieldPath; throws Exception "Incompatible type for accessor -> {}." if the
+  /// field is not an enum.
   EnumField(const vrntType_t* type, std::string_view path)
       : EnumField(FieldPath(type, path), path) {}
   EnumField(const TypeHandle& type, std::string_view path) : EnumField(type.get(), path) {}
@@ -216,9 +220,9 @@ class EnumField {
     throw Exception(ErrorCode::InvalidArguments, "Invalid enum constructor: {}", constructor);
   }
 
-  /// Reads the field as the name of a constructor, borrowed from the type. Errors: as
-  /// FieldPath::bytesIn(); throws Exception "Enum code out of range: {}" for a code without a
-  /// constructor.
+  /// Reads the field as the name of a constructor, borrowed from the type.
+  /// Errors: as FieldPath::bytesIn(); throws Exception "Enum code out of range: {}" for a code
+  /// without a constructor.
   std::string_view get(const Value& value) const {
     std::int32_t number = 0;
     vrnt::detail::load(number, path_.bytesIn(value));
@@ -228,7 +232,8 @@ class EnumField {
     }
     return vrntTypeConstructorName(path_.type(), static_cast<std::uint32_t>(number));
   }
-  /// Writes the code of a constructor. Errors: as FieldPath::writeIn() and code().
+  /// Writes the code of a constructor.
+  /// Errors: as FieldPath::writeIn() and code().
   void set(Value& value, std::string_view constructor) const {
     const std::int32_t number = code(constructor);
     path_.writePlainIn(value, [number](void* bytes) { vrnt::detail::store(bytes, number); });
@@ -243,8 +248,9 @@ class EnumField {
 /// A field that is an array of characters, read and written as a zero-terminated string.
 class TextField {
  public:
-  /// Finds the field. Errors: those of FieldPath; throws Exception "Incompatible type for accessor
-  /// -> {}." if the field is not an array of characters.
+  /// Finds the field.
+  /// Errors: those of FieldPath; throws Exception "Incompatible type for accessor -> {}." if the
+  /// field is not an array of characters.
   TextField(const vrntType_t* type, std::string_view path)
       : TextField(FieldPath(type, path), path) {}
   TextField(const TypeHandle& type, std::string_view path) : TextField(type.get(), path) {}
@@ -255,15 +261,16 @@ class TextField {
   /// Returns the maximal size of the string in bytes, without the terminator.
   std::size_t capacity() const { return vrntTypeSize(path_.type()) - 1; }
 
-  /// Reads the string up to the first zero, or the whole array. Errors: as FieldPath::bytesIn().
+  /// Reads the string up to the first zero, or the whole array.
+  /// Errors: as FieldPath::bytesIn().
   std::string get(const Value& value) const {
     const char* const bytes = static_cast<const char*>(path_.bytesIn(value));
     const void* const zero = std::memchr(bytes, '\0', capacity() + 1);
     return {bytes, zero != nullptr ? static_cast<const char*>(zero) : bytes + capacity() + 1};
   }
-  /// Writes the string and fills the rest of the array with zeros. Errors: as FieldPath::writeIn();
-  /// throws Exception "Text of {} bytes does not fit {}." if the string is too long or contains a
-  /// zero.
+  /// Writes the string and fills the rest of the array with zeros.
+  /// Errors: as FieldPath::writeIn(); throws Exception "Text of {} bytes does not fit {}." if the
+  /// string is too long or contains a zero.
   void set(Value& value, std::string_view text) const {
     if (text.size() > capacity() || text.find('\0') != std::string_view::npos) {
       throw Exception(ErrorCode::InvalidArguments, "Text of {} bytes does not fit {}.", text.size(),
@@ -314,8 +321,9 @@ struct SampledSpectrum {
 /// A field that is a spectrum: the struct of vrntTypeSpectrum(), or a subtype of it.
 class SpectrumField {
  public:
-  /// Finds the field. Errors: those of FieldPath; throws Exception "Incompatible type for accessor
-  /// -> {}." if the field is not a spectrum.
+  /// Finds the field.
+  /// Errors: those of FieldPath; throws Exception "Incompatible type for accessor -> {}." if the
+  /// field is not a spectrum.
   SpectrumField(const vrntType_t* type, std::string_view path)
       : SpectrumField(FieldPath(type, path), path) {}
   SpectrumField(const TypeHandle& type, std::string_view path) : SpectrumField(type.get(), path) {}

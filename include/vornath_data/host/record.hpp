@@ -58,7 +58,8 @@ class Record {
   }
 
   /// Reads one field. As a std::string, reads the name of an enum's constructor or an array of
-  /// characters. Errors: as set().
+  /// characters.
+  /// Errors: as set().
   template <typename T>
   T get(std::string_view path) const {
     FieldPath found = find(path);
@@ -72,8 +73,8 @@ class Record {
     }
   }
 
-  /// Returns the text of the whole value, as ConstBasicView::text() does. Errors: as set() if this
-  /// Record was moved from.
+  /// Returns the text of the whole value, as ConstBasicView::text() does.
+  /// Errors: as set() if this Record was moved from.
   std::string text() const {
     requireValue();
     return ConstView(&value_).text();

@@ -146,10 +146,10 @@ class Objects {
 /// Owns a scene and destroys it. A moved-from Scene owns none; it can only be assigned to or
 /// destroyed.
 ///
-/// Errors of all members: besides the errors that each function documents, throws Exception
-/// "There is no {} {}." if an object is not live, "{} is no class of {}." if an object or class is
-/// of the wrong kind, and std::bad_alloc. Nothing is changed then. Threads: use a scene on one
-/// thread at a time.
+/// Errors of all members: besides the errors that each function documents, throws Exception "There
+/// is no {} {}." if an object is not live, "{} is no class of {}." if an object or class is of the
+/// wrong kind, and std::bad_alloc. Nothing is changed then.
+/// Threads: use a scene on one thread at a time.
 class Scene {
  public:
   /// Creates an empty scene with the default settings.
@@ -252,6 +252,8 @@ class Scene {
   }
 
   /// Returns the descriptor of an asset: a vrdmMeshDesc, vrdmTextureDesc or vrdmMaterialGraphDesc.
+  /// Errors: throws Exception "The record of a {} is not that of a {}." if the asset has another
+  /// class.
   template <typename Desc>
   Desc desc(const Object& asset) const {
     requireClass(asset, classOf<Desc>());
@@ -269,14 +271,16 @@ class Scene {
 
   // Groups and values
 
-  /// Returns a copy of a group. Change it and pass it to setGroup(). Errors: as groupNumber().
+  /// Returns a copy of a group. Change it and pass it to setGroup().
+  /// Errors: as groupNumber().
   Record group(const Object& object, std::string_view name) const {
     require(object);
     return Record(Value::adopt(vrdmGetDataValue(get(), object.objectClass, object.index,
                                                 groupNumber(object.objectClass, name))));
   }
-  /// Writes a whole group. Errors: as groupNumber(); throws Exception "The group {} of {} does not
-  /// take {}." if the record has another type.
+  /// Writes a whole group.
+  /// Errors: as groupNumber(); throws Exception "The group {} of {} does not take {}." if the
+  /// record has another type or was moved from.
   void setGroup(const Object& object, std::string_view name, const Record& record) {
     require(object);
     const std::uint32_t group = groupNumber(object.objectClass, name);
@@ -289,7 +293,8 @@ class Scene {
   Record group(std::string_view name) const {
     return Record(Value::adopt(vrdmGetSceneDataValue(get(), groupNumber(sceneData(), name))));
   }
-  /// Writes a whole scene-wide group. Errors: as the other setGroup().
+  /// Writes a whole scene-wide group.
+  /// Errors: as the other setGroup().
   void setGroup(std::string_view name, const Record& record) {
     const std::uint32_t group = groupNumber(sceneData(), name);
     if (!record.value() || !vrdmSetSceneDataValue(get(), group, record.value().get())) {
@@ -306,6 +311,7 @@ class Scene {
     return Record(std::move(value));
   }
   /// Sets the value of a Camera, Light or Material. The scene shares it.
+  /// Errors: throws Exception "{} {} has no value." if the record was moved from.
   void setValue(const Object& object, const Record& record) {
     requireHasValue(object);
     if (!record.value()) raiseNoValue(object);
@@ -314,9 +320,9 @@ class Scene {
 
   // References
 
-  /// Makes a single slot refer to an object. Errors: as slotNumber(); throws Exception "The slot {}
-  /// of {} does not take {}." if the target has another class, and "The slot {} of {} is {}." if
-  /// the slot is a list.
+  /// Makes a single slot refer to an object.
+  /// Errors: as slotNumber(); throws Exception "The slot {} of {} does not take {}." if the target
+  /// has another class, and "The slot {} of {} is a list.".
   void refer(const Object& object, std::string_view slot, const Object& target) {
     const std::uint32_t number = requireSlot(object, slot, false);
     require(target);
@@ -325,15 +331,15 @@ class Scene {
     vrdmSetReference(get(), object.objectClass, object.index, number,
                      static_cast<std::uint32_t>(target.index));
   }
-  /// Makes a single slot refer to nothing. Errors: as slotNumber(); throws Exception "The slot {}
-  /// of
-  /// {} is {}." if the slot is a list.
+  /// Makes a single slot refer to nothing.
+  /// Errors: as slotNumber(); throws Exception "The slot {} of {} is a list.".
   void clear(const Object& object, std::string_view slot) {
     const std::uint32_t number = requireSlot(object, slot, false);
     vrdmSetReference(get(), object.objectClass, object.index, number, UINT32_MAX);
   }
   /// Returns the object that a single slot refers to. Its index is -1 if the slot refers to
-  /// nothing. Errors: as clear().
+  /// nothing.
+  /// Errors: as clear().
   Object target(const Object& object, std::string_view slot) const {
     const std::uint32_t number = requireSlot(object, slot, false);
     return {vrdmReferenceType(object.objectClass, number).targetClass,
@@ -342,8 +348,8 @@ class Scene {
 
   /// Returns the words of a list, borrowed until the length of the list changes or an object of the
   /// class is added. A word is a slot index. In the lists of emitters and decals it is coded, see
-  /// VRDM_REFERENCE_*. Errors: as slotNumber(); throws Exception "The slot {} of {} is {}." if the
-  /// slot is not a list.
+  /// VRDM_REFERENCE_*.
+  /// Errors: as slotNumber(); throws Exception "The slot {} of {} is no list.".
   Span<const std::int32_t> list(const Object& object, std::string_view slot) const {
     const std::uint32_t number = requireSlot(object, slot, true);
     const std::int32_t count =
@@ -351,7 +357,8 @@ class Scene {
     return {vrdmGetReferenceList(get(), object.objectClass, object.index, number),
             static_cast<std::size_t>(count)};
   }
-  /// Replaces a list by words, which are stored unchanged. Errors: as list().
+  /// Replaces a list by words, which are stored unchanged.
+  /// Errors: as list().
   void setWords(const Object& object, std::string_view slot, Span<const std::int32_t> words) {
     const std::uint32_t number = requireSlot(object, slot, true);
     // The words may be those of this list, which moves when its length changes.
@@ -368,8 +375,9 @@ class Scene {
   }
   /// Replaces a list by objects. Codes the lights and shapes of a LightGroup as needed. Does not
   /// take the list of a DecalList, where each decal needs a side: use setWords() with onFront() and
-  /// onBack(). Errors: as list(); throws Exception "The slot {} of {} does not take {}." if an
-  /// object has the wrong class.
+  /// onBack().
+  /// Errors: as list(); throws Exception "The slot {} of {} does not take {}." if an object has the
+  /// wrong class.
   void setList(const Object& object, std::string_view slot, Span<const Object> targets) {
     const vrdmReferenceInfo info =
         vrdmReferenceType(object.objectClass, requireSlot(object, slot, true));
