@@ -133,11 +133,11 @@ void drawReflectances(Picture& picture, const Csv& table) {
 constexpr char kUsage[] =
     "usage: blackbody [FILE [TABLE]]\n"
     "\n"
-    "Writes a plot of the black body's colours, and of measured reflectances beside what is\n"
-    "reconstructed from their colours, as SVG.\n"
+    "Plots the Planckian locus, and measured reflectances beside the distributions that are\n"
+    "reconstructed from their colours. Writes an SVG file.\n"
     "\n"
-    "  FILE   the picture, blackbody.svg unless told otherwise\n"
-    "  TABLE  comma-separated, with the columns wavelength, white, green and red\n";
+    "  FILE   the SVG file, by default blackbody.svg\n"
+    "  TABLE  a comma-separated file with the columns wavelength, white, green and red\n";
 
 int run(const std::vector<std::string>& arguments) {
   if (!arguments.empty() && arguments[0] == "--help") {

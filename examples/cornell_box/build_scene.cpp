@@ -236,15 +236,15 @@ void printSummary(const Scene& scene, const std::string& path) {
 constexpr char kUsage[] =
     "usage: build_scene [option value]... [output]\n"
     "\n"
-    "Makes a scene of the measured box and writes it to a file, cornell_box.vrnscene if none is\n"
-    "named.\n"
+    "Makes a scene of the measured box and writes it to a file. The default file is\n"
+    "cornell_box.vrnscene.\n"
     "\n"
-    "  --data FOLDER        where the four tables are\n"
-    "  --geometry FILE      each names one table apart from the folder\n"
+    "  --data FOLDER        the folder of the four tables\n"
+    "  --geometry FILE      one table from another place\n"
     "  --reflectance FILE\n"
     "  --light FILE\n"
     "  --camera FILE\n"
-    "  --programs FOLDER    where the programs' sources are\n";
+    "  --programs FOLDER    the folder of the program sources\n";
 
 int run(const std::vector<std::string>& arguments) {
   std::string data = CORNELL_BOX_FOLDER "/data";

@@ -612,8 +612,8 @@ class Checker {
 constexpr char kUsage[] =
     "usage: check_scene [--data FOLDER] [--programs FOLDER] [FILE]\n"
     "\n"
-    "Checks that a scene file, cornell_box.vrnscene if none is named, holds what the tables of\n"
-    "measurements say. Ends with status 1 and the first difference if it doesn't.\n";
+    "Compares a scene file with the tables of measurements. The default file is\n"
+    "cornell_box.vrnscene. Prints the first difference and exits with status 1 if there is one.\n";
 
 int run(const std::vector<std::string>& arguments) {
   std::string data = CORNELL_BOX_FOLDER "/data";

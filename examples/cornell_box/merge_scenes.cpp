@@ -49,11 +49,11 @@ void report(const std::string& path,
 constexpr char kUsage[] =
     "usage: merge_scenes [--empty] [--dump] OUT SCENE...\n"
     "\n"
-    "Reads the first scene, imports the others into it in order, writes OUT, and tells where the\n"
-    "objects went.\n"
+    "Reads the first scene, imports the others into it in order, and writes OUT. Prints, for each\n"
+    "class, how many objects were imported and the new index of the first.\n"
     "\n"
-    "  --empty  start with an empty scene and import the first one as well\n"
-    "  --dump   print the whole result as text\n";
+    "  --empty  start with an empty scene and import the first file, too\n"
+    "  --dump   print the whole merged scene as text\n";
 
 int run(const std::vector<std::string>& arguments) {
   bool startsEmpty = false;

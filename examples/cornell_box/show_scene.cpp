@@ -228,9 +228,9 @@ class ScenePrinter {
 constexpr char kUsage[] =
     "usage: show_scene [--changed] FILE\n"
     "\n"
-    "Prints all that a scene file holds, and beside each field that was changed its default.\n"
+    "Prints the content of a scene file. Prints the default beside each changed field.\n"
     "\n"
-    "  --changed  leave out the fields that have their default\n";
+    "  --changed  leave out fields that have their default\n";
 
 int run(const std::vector<std::string>& arguments) {
   bool changedOnly = false;

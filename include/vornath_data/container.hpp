@@ -18,9 +18,11 @@ namespace vrnt::data {
 /// tells whether its slot is live, by `live()`. Only valid() checks its index.
 ///
 /// The container records which slots are free, so that an addition finds the next free slot in a
-/// few steps, however many live slots lie in between. It calls `live()` before it chooses a slot.
-/// Code that fills or frees a slot reports that by the functions below. If a slot was made live in
-/// place without a report, additions skip it, unless it is the slot `firstFree`. If a slot was
+/// few steps, however many live slots lie in between. It calls `live()` before it moves `firstFree`
+/// to a slot.
+///
+/// Code that fills or frees a slot must report that by the functions below. If a slot was made live
+/// in place without a report, additions skip it, unless it is the slot `firstFree`. If a slot was
 /// freed in place without a report (through its flag, or through the data pointer of an asset's
 /// block that a host holds), additions may miss it until freed() is called for it. vrdmRemove()
 /// calls freed().
