@@ -1,4 +1,4 @@
-// Colour, against the arithmetic that can't be done without.
+// Colour functions, compared with the arithmetic that they cannot avoid.
 #include <benchmark/benchmark.h>
 
 #include <array>
@@ -13,7 +13,8 @@ namespace {
 
 constexpr std::size_t kRows = 61;
 
-// A spectrum of as many pairs as the tables have rows, `step` nm apart from 400 nm on.
+// Makes a spectrum with as many pairs as the tables have rows, at steps of `step` nm from 400 nm
+// on.
 vrntValue_t* makeSpectrum(float step) {
   std::vector<float> pairs(2 * kRows, 0.0F);
   for (std::size_t i = 1; i < kRows; ++i) {
@@ -49,7 +50,7 @@ void valueToRgb(benchmark::State& state, float step) {
   vrntValueDestroy(spectrum);
 }
 
-// The sums alone, on rows that lie side by side as the samples do.
+// Computes only the sums, on rows that are contiguous in memory like the samples.
 void scalarLoop(benchmark::State& state) {
   struct Row {
     float x, y, z, light, amplitude;
@@ -87,7 +88,7 @@ void blackbody(benchmark::State& state) {
   }
 }
 
-// Its calls into the mathematical library, bare.
+// Makes only the calls of black body functions into the mathematical library.
 void powAndExp(benchmark::State& state) {
   std::array<double, kRows> metres{};
   std::array<float, kRows> exponents{};

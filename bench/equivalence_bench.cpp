@@ -1,5 +1,5 @@
-// Comparing and printing large scenes. The yardstick of the comparison is memcmp over the records
-// of both scenes, that of the dump the bare digest of the asset's bytes.
+// Comparison and text of large scenes. The yardstick of the comparison is memcmp over the records
+// of both scenes; the yardstick of the text is the plain digest of the asset's bytes.
 #include <benchmark/benchmark.h>
 #include <cryptopp/sha.h>
 
@@ -12,6 +12,7 @@
 #include <string>
 
 #include "ratio_reporter.hpp"
+#include "vornath_data/handles.hpp"
 #include "vornath_data/scene.hpp"
 #include "vornath_data/vrdm.h"
 #include "vornath_data/vrnt.h"
@@ -31,12 +32,7 @@ constexpr char kMaterialValue[] =
     "{ color = float3(0.5, 0.25, 0.125); roughness = 0.5; metallic = false; layers = [ 1, 2, 3 ]; "
     "wrap = REPEAT : enum { CLAMP; BORDER; REPEAT; MIRROR; }; }";
 
-struct DestroyValue {
-  void operator()(vrntValue_t* value) const { vrntValueDestroy(value); }
-};
-using ValuePtr = std::unique_ptr<vrntValue_t, DestroyValue>;
-
-// A scene that shares nothing with another one of the same size, and is equivalent to it.
+// Makes a scene that is equivalent to another one of the same size but shares no memory with it.
 Scene build(std::uint32_t shapes) {
   Scene scene;
   vrntValuesError_t* error = nullptr;
@@ -50,7 +46,7 @@ Scene build(std::uint32_t shapes) {
   for (std::uint32_t i = 0; i < kMaterials; ++i) {
     const auto material =
         static_cast<std::int32_t>(vrdmCreateInstance(&scene, VRDM_CLASS_MATERIAL));
-    const ValuePtr value(vrntValueParse(kMaterialValue, &error));
+    const vrnt::UniqueValue value(vrntValueParse(kMaterialValue, &error));
     vrdmSetInstanceValue(&scene, VRDM_CLASS_MATERIAL, material, value.get());
   }
   for (std::uint32_t i = 0; i < kTransformationGroups; ++i) {
@@ -83,7 +79,7 @@ bool sameBytes(const Scene& a, const Scene& b) {
   return true;
 }
 
-// The materials have no records but their lists.
+// Leaves out the materials, whose only records are their lists.
 void compareRecords(benchmark::State& state, std::uint32_t shapes) {
   const Scene a = build(shapes);
   const Scene b = build(shapes);

@@ -1,4 +1,4 @@
-// Handing out fixed types, against the atomic operations that a counted handle can't do without.
+// Access to fixed types, compared with the atomic operations that a counted handle needs.
 #include <benchmark/benchmark.h>
 
 #include <atomic>
@@ -26,7 +26,7 @@ void atomicPair(benchmark::State& state) {
   }
 }
 
-// The last in the order of its kind, so that all the others are looked at first.
+// Recognises a type that is the last of its kind, so that all others are compared first.
 void recognise(benchmark::State& state, vrntType_t* type,
                std::int32_t (*number)(const vrntType_t*)) {
   for (auto _ : state) benchmark::DoNotOptimize(number(type));

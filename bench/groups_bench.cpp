@@ -1,24 +1,20 @@
-// Reading and writing a group of an object, against a malloc of its size and two copies of it.
+// Get and set of a group of an object, compared with one malloc of its size and two copies of it.
 #include <benchmark/benchmark.h>
 
 #include <cstdlib>
 #include <cstring>
-#include <memory>
 #include <string>
 #include <vector>
 
 #include "ratio_reporter.hpp"
+#include "vornath_data/handles.hpp"
 #include "vornath_data/vrdm.h"
 #include "vornath_data/vrnt.h"
 
 namespace {
 
-struct DestroyScene {
-  void operator()(vrdmScene_t* scene) const { vrdmDestroyScene(scene); }
-};
-
 void getAndSet(benchmark::State& state, std::uint32_t objectClass, std::uint32_t group) {
-  const std::unique_ptr<vrdmScene_t, DestroyScene> scene(vrdmCreateScene());
+  const vrnt::UniqueScene scene(vrdmCreateScene());
   const auto index = static_cast<std::int32_t>(vrdmCreateInstance(scene.get(), objectClass));
   for (auto _ : state) {
     vrntValue_t* value = vrdmGetDataValue(scene.get(), objectClass, index, group);
@@ -40,7 +36,7 @@ void allocateAndCopyTwice(benchmark::State& state, std::size_t size) {
   }
 }
 
-// The groups of 124 to 400 bytes, whatever the catalogue holds of them.
+// Registers all groups of 124 to 400 bytes in the catalogue.
 const int registered = [] {
   for (std::uint32_t objectClass = 0; objectClass < vrdmObjectTypeCount(); ++objectClass) {
     for (std::uint32_t group = 0; group < vrdmFieldCount(objectClass); ++group) {

@@ -1,16 +1,16 @@
-// Importing a large scene into one of the same size. The yardsticks: the same scene written to a
-// file and read back, and an import of half as many objects.
+// Import of a large scene into one of the same size. The yardsticks are to write the same scene to
+// a file and read it back, and to import half as many objects.
 #include <benchmark/benchmark.h>
 #include <unistd.h>
 
 #include <array>
 #include <cstdint>
 #include <filesystem>
-#include <memory>
 #include <string>
 
 #include "ratio_reporter.hpp"
 #include "vornath_data/catalogue/mesh.hpp"
+#include "vornath_data/handles.hpp"
 #include "vornath_data/parameters.h"
 #include "vornath_data/scene.hpp"
 #include "vornath_data/vrdm.h"
@@ -20,15 +20,12 @@ namespace {
 
 constexpr int kShapes = 100'000;
 
-struct DestroyScene {
-  void operator()(vrdmScene_t* scene) const { vrdmDestroyScene(scene); }
-};
-using ScenePtr = std::unique_ptr<vrdmScene_t, DestroyScene>;
+using vrnt::UniqueScene;
 
-// For each shape a mesh; for each hundred of them a material, with a texture in its value, and a
-// transformation group.
-ScenePtr build(int shapes) {
-  ScenePtr made(vrdmCreateScene());
+// Makes a mesh for each shape, and for every hundred shapes a transformation group and a material
+// with a texture in its value.
+UniqueScene build(int shapes) {
+  UniqueScene made(vrdmCreateScene());
   vrdmScene_t* const scene = made.get();
   const int shared = shapes / 100;
   const vrnt::detail::MeshDesc mesh{0, 1, 0, 0};
@@ -61,10 +58,10 @@ ScenePtr build(int shapes) {
 }
 
 void importScene(benchmark::State& state, int shapes) {
-  const ScenePtr source = build(shapes);
+  const UniqueScene source = build(shapes);
   for (auto _ : state) {
     state.PauseTiming();
-    ScenePtr target = build(shapes);
+    UniqueScene target = build(shapes);
     state.ResumeTiming();
     benchmark::DoNotOptimize(target->import(*source));
     state.PauseTiming();
@@ -74,7 +71,7 @@ void importScene(benchmark::State& state, int shapes) {
 }
 
 void writeAndRead(benchmark::State& state, int shapes) {
-  const ScenePtr source = build(shapes);
+  const UniqueScene source = build(shapes);
   const std::string path =
       (std::filesystem::temp_directory_path() / "vornath_bench_import.vrnscene").string();
   for (auto _ : state) {
@@ -82,7 +79,7 @@ void writeAndRead(benchmark::State& state, int shapes) {
     unlink(path.c_str());
     state.ResumeTiming();
     vrdmSerialize(source.get(), path.c_str());
-    ScenePtr copy(vrdmDeserialize(path.c_str()));
+    UniqueScene copy(vrdmDeserialize(path.c_str()));
     if (!copy) state.SkipWithError("not read");
     state.PauseTiming();
     copy.reset();

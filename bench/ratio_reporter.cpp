@@ -12,7 +12,7 @@ std::map<std::string, double>& aims() {
   return ratios;
 }
 
-// The reporter's names end in the settings of the run, as in "/repeats:5" or "/real_time".
+// Removes the run settings that the reporter appends to a name, for example "/repeats:5".
 std::string bareName(const benchmark::BenchmarkReporter::Run& run) {
   return run.run_name.args.empty() ? run.run_name.function_name
                                    : run.run_name.function_name + "/" + run.run_name.args;

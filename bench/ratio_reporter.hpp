@@ -1,6 +1,6 @@
-// A benchmark that has a yardstick is measured beside it in the same run: "Thing" and
-// "Thing/yardstick". This reporter prints the usual table, and behind it the medians of each pair
-// with their ratio and the ratio that is aimed at.
+// A reporter for benchmarks that are compared with a yardstick. In each run, the benchmark "Thing"
+// is measured beside "Thing/yardstick". The reporter prints the usual table and, below it, the
+// medians of each pair, their ratio, and the target ratio.
 #ifndef VORNATH_BENCH_RATIO_REPORTER_HPP
 #define VORNATH_BENCH_RATIO_REPORTER_HPP
 
@@ -12,7 +12,7 @@
 
 namespace bench {
 
-/// The ratio that "name" aims at against "name/yardstick".
+/// Sets the target for the ratio of "name" to "name/yardstick".
 void aim(const std::string& name, double ratio);
 
 class RatioReporter : public benchmark::ConsoleReporter {

@@ -1,35 +1,26 @@
-// What two threads get done against what one does: each benchmark runs on one thread and on two, on
-// things that the threads share and on things of their own. A table behind the usual one tells how
-// many times as much two threads do; a counter that is shared sets the bound for what shares a
-// count.
+// Scaling from one thread to two. Each benchmark runs on one thread and on two, with objects that
+// the threads share and with objects of their own. A table below the usual one shows the throughput
+// of two threads relative to one. The benchmark of a shared counter gives the upper bound for
+// functions whose threads share a reference count.
 #include <benchmark/benchmark.h>
 
 #include <atomic>
 #include <cstdio>
 #include <map>
-#include <memory>
 #include <string>
 #include <vector>
 
+#include "vornath_data/handles.hpp"
 #include "vornath_data/vrdm.h"
 #include "vornath_data/vrnt.h"
 
 namespace {
 
-struct EndType {
-  void operator()(vrntType_t* type) const { vrntTypeDestroy(type); }
-};
-struct EndValue {
-  void operator()(vrntValue_t* value) const { vrntValueDestroy(value); }
-};
-struct EndScene {
-  void operator()(vrdmScene_t* scene) const { vrdmDestroyScene(scene); }
-};
-using TypeHandle = std::unique_ptr<vrntType_t, EndType>;
-using ValueHandle = std::unique_ptr<vrntValue_t, EndValue>;
-using SceneHandle = std::unique_ptr<vrdmScene_t, EndScene>;
+using vrnt::UniqueScene;
+using vrnt::UniqueType;
+using vrnt::UniqueValue;
 
-// As they print, so that the table answers while their types live.
+// Canonical texts, so that the library finds them in its table while their types are alive.
 const char* const kTypeTexts[] = {"{ float3 @default=float3(0.0, 0.0, 0.0) origin; int count; }",
                                   "{ float2[]* points; bool closed; }"};
 
@@ -38,7 +29,7 @@ constexpr std::uint32_t kClass = VRDM_CLASS_SHAPE;
 void parseCached(benchmark::State& state, bool shared) {
   const char* const text = kTypeTexts[shared ? 0 : state.thread_index()];
   vrntValuesError_t* error = nullptr;
-  const TypeHandle held(vrntTypeParse(text, &error));
+  const UniqueType held(vrntTypeParse(text, &error));
   for (auto _ : state) {
     vrntType_t* type = vrntTypeParse(text, &error);
     if (type != held.get()) state.SkipWithError("not answered from the table");
@@ -49,14 +40,14 @@ void parseCached(benchmark::State& state, bool shared) {
 
 vrntValue_t* sharedValue() {
   static vrntValuesError_t* error = nullptr;
-  static const ValueHandle value(vrntValueParse("{ a = 1; b = 2.0; }", &error));
+  static const UniqueValue value(vrntValueParse("{ a = 1; b = 2.0; }", &error));
   return value.get();
 }
 
 void copyValue(benchmark::State& state, bool shared) {
   const char* const texts[] = {"{ a = 1; b = 2.0; }", "{ c = 1; d = 2.0; }"};
   vrntValuesError_t* error = nullptr;
-  const ValueHandle own(vrntValueParse(texts[state.thread_index()], &error));
+  const UniqueValue own(vrntValueParse(texts[state.thread_index()], &error));
   const vrntValue_t* const value = shared ? sharedValue() : own.get();
   for (auto _ : state) {
     vrntValue_t* copy = vrntValueCopy(value);
@@ -66,16 +57,17 @@ void copyValue(benchmark::State& state, bool shared) {
   state.SetItemsProcessed(state.iterations());
 }
 
-SceneHandle makeScene() {
-  SceneHandle scene(vrdmCreateScene());
+UniqueScene makeScene() {
+  UniqueScene scene(vrdmCreateScene());
   vrdmCreateInstance(scene.get(), kClass);
   return scene;
 }
 
-// Every read makes a value of the group's fixed type, whose count all threads share.
+// Reads a group. Every read makes a value of the group's fixed type, and all threads share the
+// reference count of that type.
 void readGroup(benchmark::State& state, bool shared) {
-  static const SceneHandle common = makeScene();
-  const SceneHandle own = makeScene();
+  static const UniqueScene common = makeScene();
+  const UniqueScene own = makeScene();
   const vrdmScene_t* const scene = shared ? common.get() : own.get();
   for (auto _ : state) {
     vrntValue_t* value = vrdmGetDataValue(scene, kClass, 0, 0);

@@ -1,6 +1,6 @@
-// Building, writing and reading large scenes. The yardsticks of the files write and read the same
-// bytes with bare system calls: a new file in pieces of 1 MiB; a file in the page cache into
-// freshly allocated memory.
+// Construction, writing and reading of large scenes. The yardsticks of the files write and read the
+// same bytes by plain system calls: to a new file in pieces of 1 MiB, and from a file in the page
+// cache into newly allocated memory.
 #include <benchmark/benchmark.h>
 #include <fcntl.h>
 #include <sys/stat.h>
@@ -9,13 +9,13 @@
 #include <cstdlib>
 #include <cstring>
 #include <filesystem>
-#include <memory>
 #include <string>
 #include <vector>
 
 #include "ratio_reporter.hpp"
 #include "vornath_data/catalogue/material_graph.hpp"
 #include "vornath_data/catalogue/mesh.hpp"
+#include "vornath_data/handles.hpp"
 #include "vornath_data/vrdm.h"
 #include "vornath_data/vrnt.h"
 
@@ -24,28 +24,21 @@ namespace {
 constexpr std::uint32_t kShape = VRDM_CLASS_SHAPE;
 constexpr int kShapes = 100'000;
 
-struct DestroyScene {
-  void operator()(vrdmScene_t* scene) const { vrdmDestroyScene(scene); }
-};
-using ScenePtr = std::unique_ptr<vrdmScene_t, DestroyScene>;
+using vrnt::UniqueScene;
+using vrnt::UniqueValue;
 
-struct DestroyValue {
-  void operator()(vrntValue_t* value) const { vrntValueDestroy(value); }
-};
-using ValuePtr = std::unique_ptr<vrntValue_t, DestroyValue>;
-
-ValuePtr defaultOf(std::uint32_t objectClass, std::uint32_t group) {
+UniqueValue defaultOf(std::uint32_t objectClass, std::uint32_t group) {
   vrntValuesError_t* error = nullptr;
   vrntType_t* type = vrdmFieldType(objectClass, group);
-  ValuePtr value(vrntValueCreateDefault(type, &error));
+  UniqueValue value(vrntValueCreateDefault(type, &error));
   vrntTypeDestroy(type);
   return value;
 }
 
-ScenePtr build(int shapes) {
-  static const ValuePtr transformation = defaultOf(kShape, 0);
-  static const ValuePtr general = defaultOf(kShape, 1);
-  ScenePtr scene(vrdmCreateScene());
+UniqueScene build(int shapes) {
+  static const UniqueValue transformation = defaultOf(kShape, 0);
+  static const UniqueValue general = defaultOf(kShape, 1);
+  UniqueScene scene(vrdmCreateScene());
   for (int i = 0; i < shapes; ++i) {
     const auto shape = static_cast<std::int32_t>(vrdmCreateInstance(scene.get(), kShape));
     vrdmSetDataValue(scene.get(), kShape, shape, 0, transformation.get());
@@ -57,10 +50,10 @@ ScenePtr build(int shapes) {
   return scene;
 }
 
-ScenePtr largeAsset() {
+UniqueScene largeAsset() {
   constexpr std::uint64_t size = std::uint64_t{256} << 20;
   const vrnt::data::MaterialGraphDesc desc{size, 0, 0};
-  ScenePtr scene(vrdmCreateScene());
+  UniqueScene scene(vrdmCreateScene());
   AssetStorage* storage = vrdmAssetStorageWrap(std::malloc(size), size, std::free);
   std::memset(storage->data, 1, size);
   vrdmAddAsset(scene.get(), VRDM_CLASS_MATERIAL_GRAPH, &desc, &storage);
@@ -82,7 +75,7 @@ struct RemoveFile {
 
 void buildScene(benchmark::State& state) {
   for (auto _ : state) {
-    ScenePtr scene = build(static_cast<int>(state.range(0)));
+    UniqueScene scene = build(static_cast<int>(state.range(0)));
     state.PauseTiming();
     scene.reset();
     state.ResumeTiming();
@@ -92,19 +85,19 @@ void buildScene(benchmark::State& state) {
       benchmark::Counter::kIsIterationInvariantRate | benchmark::Counter::kInvert);
 }
 
-// A slot is freed and taken again beside many others. The yardstick does the same in a small scene.
+// Frees a slot and takes it again, among many others. The yardstick does the same in a small scene.
 void reuse(benchmark::State& state, int shapes) {
-  const ScenePtr scene = build(shapes);
+  const UniqueScene scene = build(shapes);
   for (auto _ : state) {
     vrdmRemove(scene.get(), kShape, 0);
     benchmark::DoNotOptimize(vrdmCreateInstance(scene.get(), kShape));
   }
 }
 
-// What a host does that leaves no stale references: it counts before it removes. The material of a
-// shape changes in between.
+// Does what a host does to leave no stale references: counts the references to an object before it
+// removes it. In between, the material of a shape changes.
 void countAndRemove(benchmark::State& state, int shapes) {
-  const ScenePtr scene = build(shapes);
+  const UniqueScene scene = build(shapes);
   for (int i = 0; i < 3; ++i) vrdmCreateInstance(scene.get(), VRDM_CLASS_MATERIAL);
   std::uint32_t material = 1;
   for (auto _ : state) {
@@ -116,13 +109,14 @@ void countAndRemove(benchmark::State& state, int shapes) {
   }
 }
 
-// The first count on a scene, which reads it: each shape has a mesh of its own.
+// Counts references in a scene for the first time, which reads the whole scene. Each shape has a
+// mesh of its own.
 void firstCount(benchmark::State& state, int shapes) {
   const vrnt::detail::MeshDesc desc{};
   AssetStorage* const storage = vrdmAssetStorageCopy("", 0);
   for (auto _ : state) {
     state.PauseTiming();
-    ScenePtr scene = build(shapes);
+    UniqueScene scene = build(shapes);
     for (int i = 0; i < shapes; ++i) {
       vrdmAddAsset(scene.get(), VRDM_CLASS_MESH, &desc, &storage);
     }
@@ -135,8 +129,8 @@ void firstCount(benchmark::State& state, int shapes) {
   vrdmAssetStorageRelease(storage);
 }
 
-void serialize(benchmark::State& state, ScenePtr (*make)()) {
-  const ScenePtr scene = make();
+void serialize(benchmark::State& state, UniqueScene (*make)()) {
+  const UniqueScene scene = make();
   const RemoveFile file(filePath("written.vrnscene"));
   for (auto _ : state) {
     state.PauseTiming();
@@ -151,7 +145,7 @@ std::size_t sizeOf(const std::string& path) {
   return stat(path.c_str(), &status) == 0 ? static_cast<std::size_t>(status.st_size) : 0;
 }
 
-void writePieces(benchmark::State& state, ScenePtr (*make)()) {
+void writePieces(benchmark::State& state, UniqueScene (*make)()) {
   const RemoveFile file(filePath("pieces"));
   vrdmSerialize(make().get(), file.path_.c_str());
   const std::vector<char> bytes(sizeOf(file.path_), 1);
@@ -169,18 +163,18 @@ void writePieces(benchmark::State& state, ScenePtr (*make)()) {
   }
 }
 
-void deserialize(benchmark::State& state, ScenePtr (*make)()) {
+void deserialize(benchmark::State& state, UniqueScene (*make)()) {
   const RemoveFile file(filePath("read.vrnscene"));
   vrdmSerialize(make().get(), file.path_.c_str());
   for (auto _ : state) {
-    ScenePtr scene(vrdmDeserialize(file.path_.c_str()));
+    UniqueScene scene(vrdmDeserialize(file.path_.c_str()));
     state.PauseTiming();
     scene.reset();
     state.ResumeTiming();
   }
 }
 
-void readWhole(benchmark::State& state, ScenePtr (*make)()) {
+void readWhole(benchmark::State& state, UniqueScene (*make)()) {
   const RemoveFile file(filePath("whole.vrnscene"));
   vrdmSerialize(make().get(), file.path_.c_str());
   const std::size_t size = sizeOf(file.path_);
@@ -204,11 +198,11 @@ void readWhole(benchmark::State& state, ScenePtr (*make)()) {
   }
 }
 
-ScenePtr manyShapes() { return build(kShapes); }
+UniqueScene manyShapes() { return build(kShapes); }
 
-void registerPair(const std::string& name, double ratio, ScenePtr (*make)(),
-                  void (*measured)(benchmark::State&, ScenePtr (*)()),
-                  void (*yardstick)(benchmark::State&, ScenePtr (*)())) {
+void registerPair(const std::string& name, double ratio, UniqueScene (*make)(),
+                  void (*measured)(benchmark::State&, UniqueScene (*)()),
+                  void (*yardstick)(benchmark::State&, UniqueScene (*)())) {
   benchmark::RegisterBenchmark(name.c_str(), measured, make)->UseRealTime();
   benchmark::RegisterBenchmark((name + "/yardstick").c_str(), yardstick, make)->UseRealTime();
   bench::aim(name, ratio);

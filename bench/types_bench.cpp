@@ -1,4 +1,4 @@
-// Parsing a text whose type is alive, against a look-up of the same texts in a std::map.
+// Parse of a text whose type is alive, compared with a look-up of the same text in a std::map.
 #include <benchmark/benchmark.h>
 
 #include <map>
@@ -6,32 +6,30 @@
 #include <vector>
 
 #include "ratio_reporter.hpp"
+#include "vornath_data/handles.hpp"
 #include "vornath_data/vrdm.h"
 #include "vornath_data/vrnt.h"
 
 namespace {
 
-// The schemas of the whole catalogue, from 30 bytes to 16 KiB, with their types held.
+// The schemas of the whole catalogue, from 30 bytes to 16 KiB, with handles on their types.
 class Schemas {
  public:
   Schemas() {
     addClass(VRDM_CLASS_SCENE_DATA);
     for (std::uint32_t c = 0; c < vrdmObjectTypeCount(); ++c) addClass(c);
   }
-  ~Schemas() {
-    for (vrntType_t* type : types_) vrntTypeDestroy(type);
-  }
   const std::vector<std::string>& texts() const { return texts_; }
 
  private:
   void addClass(std::uint32_t objectClass) {
     for (std::uint32_t group = 0; group < vrdmFieldCount(objectClass); ++group) {
-      types_.push_back(vrdmFieldType(objectClass, group));
-      texts_.emplace_back(vrntTypeString(types_.back()));
+      types_.emplace_back(vrdmFieldType(objectClass, group));
+      texts_.emplace_back(vrntTypeString(types_.back().get()));
     }
   }
 
-  std::vector<vrntType_t*> types_;
+  std::vector<vrnt::UniqueType> types_;
   std::vector<std::string> texts_;
 };
 

@@ -1,4 +1,4 @@
-// Copying values, against the atomic operations that a copy can't do without.
+// Copies of values, compared with the atomic operations that a copy needs.
 #include <benchmark/benchmark.h>
 
 #include <atomic>

@@ -1,5 +1,4 @@
-// Reading and writing fields through views, against the flat functions that a view can't do
-// without.
+// Reads and writes of fields through views, compared with the flat functions that a view must call.
 #include <benchmark/benchmark.h>
 
 #include <cstring>
@@ -27,7 +26,7 @@ void readPlace(benchmark::State& state) {
   for (auto _ : state) benchmark::DoNotOptimize(field.read<float>());
 }
 
-// What finding and reading the place takes without a check of the type.
+// Finds and reads the place without a check of its type.
 void readPlaceFlat(benchmark::State& state) {
   const Value value = makeValue();
   const vrntType_t* const type = value.type();
@@ -86,7 +85,7 @@ void writeField(benchmark::State& state) {
   }
 }
 
-// Through a pointer that the compiler can't see through.
+// Uses a pointer whose value the compiler cannot know.
 void copyFloat(benchmark::State& state) {
   Value value = makeValue();
   const void* bytes = value.data();

@@ -109,7 +109,7 @@ ImageFormat::ImageFormat(vrnt::TextureFormat format, vrnt::TextureLayout /*layou
 std::uint64_t imageSize(ImageExtent extent, ImageFormat format) {
   if (extent.width <= 0 || extent.height <= 0 || extent.depth <= 0) return 0;
   const std::int32_t edge = format.kind < kBlockKind ? 1 : kBlockEdge;
-  // A zero element size comes in first, so that it doesn't meet a product that is out of range.
+  // The element size is the first factor, so that a size of 0 gives 0 even if the extents overflow.
   std::uint64_t size = static_cast<std::uint64_t>(format.elementSize);
   size = saturatingProduct(size, elementsAlong(extent.width, edge));
   size = saturatingProduct(size, elementsAlong(extent.height, edge));

@@ -1,4 +1,4 @@
-// How the pixels of a texture lie in memory, and how many bytes an image takes.
+// The storage of a texture's pixels, and the size of an image in bytes.
 #ifndef VORNATH_COMMON_IMAGE_FORMAT_HPP
 #define VORNATH_COMMON_IMAGE_FORMAT_HPP
 
@@ -8,17 +8,18 @@
 
 namespace qex::vornath {
 
-/// The storage of a texture format.
+/// The storage of the pixels of a texture format.
 struct ImageFormat {
-  /// A format without a name is stored pixel by pixel in elements of no size. The layout changes
-  /// nothing: the faces of a cube and the layers of an array count in an image's depth.
+  /// Looks up the storage of a format. A format without a name is stored pixel by pixel, in
+  /// elements of size 0. The layout has no effect: the faces of a cube and the layers of an array
+  /// count in the depth of an image.
   ImageFormat(vrnt::TextureFormat format, vrnt::TextureLayout layout);
 
-  /// 1 to 4, the channels of a pixel, for a format that is stored pixel by pixel (0 without a
-  /// name); 5 and more for one that is stored in blocks of 4 by 4 pixels.
+  /// From 1 to 4, the number of channels of a pixel, if the format is stored pixel by pixel; 0 for
+  /// a format without a name. 5 or more if the format is stored in blocks of 4 by 4 pixels.
   std::int32_t kind = 0;
 
-  /// The bytes of one pixel or block.
+  /// The size of one pixel or block in bytes.
   std::int32_t elementSize = 0;
 };
 
@@ -29,8 +30,8 @@ struct ImageExtent {
   std::int32_t depth;
 };
 
-/// The bytes of one image. A block at the border counts whole. An extent that is zero or negative
-/// gives 0; a size beyond 64 bits gives the largest 64-bit number.
+/// Returns the size of one image in bytes. A partial block at the border counts as a whole block.
+/// Returns 0 if an extent is zero or negative, and UINT64_MAX if the size overflows 64 bits.
 std::uint64_t imageSize(ImageExtent extent, ImageFormat format);
 
 }  // namespace qex::vornath

@@ -1,4 +1,4 @@
-# Fails unless what PROGRAM prints is, byte for byte, the file EXPECTED.
+# Fails if the output of PROGRAM differs from the file EXPECTED in any byte.
 execute_process(COMMAND "${PROGRAM}" OUTPUT_VARIABLE printed RESULT_VARIABLE result)
 if(NOT result EQUAL 0)
   message(FATAL_ERROR "${PROGRAM} ended with ${result}")

@@ -1,7 +1,7 @@
 /*
- * Prints the catalogue as Markdown: each class with its reference slots and groups, and each group
- * with the offset, type, default, limits, label and description of its fields. All of it comes from
- * the discovery queries, so nothing here knows a class or a field.
+ * Prints the catalogue as Markdown: each class with its reference slots and groups, and for each
+ * group the offset, type, default, limits, label and description of its fields. It gets all of this
+ * from the discovery queries, so the program knows no class and no field by name.
  */
 #include <stdio.h>
 #include <string.h>
@@ -11,7 +11,7 @@
 #include "vornath_data/types.h"
 #include "vornath_data/values.h"
 
-/* A text within a table's cell. */
+/* Prints a text in a cell of a table. */
 static void printCell(const char* text) {
   for (; *text; ++text) {
     if (*text == '|' || *text == '\\') putchar('\\');
@@ -24,7 +24,7 @@ static void printValue(const vrntValue_t* value) {
   const vrntValueView_t whole = {vrntValueType(value), 0};
   char* text = vrntValueString(value, &whole, 0, &error);
   if (text) {
-    /* An enum's value repeats its type; its name says enough here. */
+    /* The value of an enum repeats its type. The name of the constructor is enough here. */
     char* type = strstr(text, " : enum");
     if (type) *type = '\0';
     printf("`%s`", text);
@@ -35,7 +35,7 @@ static void printValue(const vrntValue_t* value) {
   vrntValuesErrorDestroy(error);
 }
 
-/* The value of an annotation, if there is one. */
+/* Prints the value of an annotation, if there is one. */
 static int printAnnotation(const vrntType_t* type, const char* key, const char* before) {
   vrntValue_t* value;
   if (!vrntMetadataExists(type, key) || vrntMetadataType(type, key) != VRNT_METADATA_VALUE) {
@@ -63,7 +63,7 @@ static void printRange(const vrntType_t* type, const char* name, const char* low
   printAnnotation(type, high, "to ");
 }
 
-/* What is left of the annotations when label, description, default and limits have been told. */
+/* Prints the annotations other than label, description, default and limits. */
 static void printFurther(const vrntType_t* type) {
   static const char* const told[] = {"default", "desc",     "max",     "min",
                                      "name",    "soft_max", "soft_min"};
@@ -83,8 +83,8 @@ static void printFurther(const vrntType_t* type) {
   }
 }
 
-/* The constructors. What is known of them stands in the type's text alone, before its first brace
- * that closes outside of quotes. */
+/* Prints the constructors of an enum. Their annotations are only in the text of the type, up to the
+ * first closing brace outside of quotes. */
 static void printEnum(const vrntType_t* type) {
   const char* text = vrntTypeString(type);
   const char* end = text;

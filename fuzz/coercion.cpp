@@ -89,18 +89,18 @@ bool hasOpenExtents(const vrntType_t* type) {
 }
 
 // A type whose values this target makes.
-TypeHandle smallType(std::string_view text) {
-  ErrorLocation error;
-  TypeHandle type = parseType(std::string(text.substr(0, text.find('\0'))), error);
+UniqueType smallType(std::string_view text) {
+  ErrorParameter error;
+  UniqueType type = parseType(std::string(text.substr(0, text.find('\0'))), error);
   const bool small = type && !hasOpenExtents(type.get()) && vrntTypeSize(type.get()) < kLargeValue;
   return small ? std::move(type) : nullptr;
 }
 
 // Zeros where references are, the given bytes over and over elsewhere.
-void fill(ValueHandle& value, std::string_view bytes) {
+void fill(UniqueValue& value, std::string_view bytes) {
   const auto& slots = qex::vornath::blockType(value.get()).refSlots();
   const vrntValueView_t whole = wholeOf(value.get());
-  ErrorLocation error;
+  ErrorParameter error;
   vrntValue_t* handle = value.release();
   auto* const data = static_cast<char*>(vrntValueMap(&handle, &whole, error));
   value.reset(handle);
@@ -114,9 +114,9 @@ void fill(ValueHandle& value, std::string_view bytes) {
   vrntValueUnmap(value.get(), &whole);
 }
 
-ValueHandle sourceOf(const vrntType_t* type, std::string_view bytes) {
-  ErrorLocation error;
-  ValueHandle value(bytes.empty() ? vrntValueCreateDefault(type, error)
+UniqueValue sourceOf(const vrntType_t* type, std::string_view bytes) {
+  ErrorParameter error;
+  UniqueValue value(bytes.empty() ? vrntValueCreateDefault(type, error)
                                   : vrntValueCreate(type, error));
   error.check(value != nullptr);
   if (!value) {
@@ -128,11 +128,11 @@ ValueHandle sourceOf(const vrntType_t* type, std::string_view bytes) {
 }
 
 // The value as the other type; checks all that doesn't need the rules by which parts go over.
-ValueHandle coerced(const vrntType_t* type, const vrntValue_t* source) {
+UniqueValue coerced(const vrntType_t* type, const vrntValue_t* source) {
   const std::string before(bytesOf(source));
   const std::uint32_t count = source->refCount;
-  ErrorLocation error;
-  ValueHandle result(vrntCoerce(type, source, error));
+  ErrorParameter error;
+  UniqueValue result(vrntCoerce(type, source, error));
   error.check(result != nullptr);
   FUZZ_CHECK(bytesOf(source) == before);
   FUZZ_CHECK(result == nullptr || result.get() != source);
@@ -144,7 +144,7 @@ ValueHandle coerced(const vrntType_t* type, const vrntValue_t* source) {
                     error.message());
     return nullptr;
   }
-  const TypeHandle bare(vrntTypeStripMetadata(type));
+  const UniqueType bare(vrntTypeStripMetadata(type));
   FUZZ_CHECK(vrntValueType(result.get()) == bare.get());
   FUZZ_CHECK(result->refCount == 1);
   if (vrntTypeIsSubType(vrntValueType(source), type) == 1) {
@@ -155,12 +155,12 @@ ValueHandle coerced(const vrntType_t* type, const vrntValue_t* source) {
 
 void checkCoercion(const vrntType_t* first, const vrntType_t* second, const vrntValue_t* source) {
   coerced(first, source);
-  const ValueHandle there = coerced(second, source);
+  const UniqueValue there = coerced(second, source);
   if (!there) return;
-  const ValueHandle back = coerced(first, there.get());
+  const UniqueValue back = coerced(first, there.get());
   if (!back) return;
   // Going there once more brings nothing new: what was lost on the way is lost.
-  const ValueHandle again = coerced(first, back.get());
+  const UniqueValue again = coerced(first, back.get());
   FUZZ_CHECK(again != nullptr && bytesOf(again.get()) == bytesOf(back.get()));
 }
 
@@ -170,17 +170,17 @@ std::string specializedText(const vrntType_t* own, const vrntType_t* annotated) 
     case VRNT_DESCRIPTOR_STRUCT: {
       std::string text = "{ ";
       for (std::uint32_t i = 0; i < vrntTypeFieldCount(annotated); ++i) {
-        const TypeHandle field(vrntTypeFieldType(annotated, i));
+        const UniqueType field(vrntTypeFieldType(annotated, i));
         if (vrntMetadataExists(field.get(), "no_specialize") == 1) continue;
-        const TypeHandle ownField(vrntTypeFieldType(own, i));
+        const UniqueType ownField(vrntTypeFieldType(own, i));
         text += specializedText(ownField.get(), field.get()) + ' ' +
                 vrntTypeFieldLabel(annotated, i) + "; ";
       }
       return text + '}';
     }
     case VRNT_DESCRIPTOR_ARRAY: {
-      const TypeHandle element(vrntTypeElementType(annotated));
-      const TypeHandle ownElement(vrntTypeElementType(own));
+      const UniqueType element(vrntTypeElementType(annotated));
+      const UniqueType ownElement(vrntTypeElementType(own));
       const std::string whole = textOf(own);
       return specializedText(ownElement.get(), element.get()) +
              whole.substr(textOf(ownElement.get()).size());
@@ -192,8 +192,8 @@ std::string specializedText(const vrntType_t* own, const vrntType_t* annotated) 
 
 void checkSpecialization(const vrntType_t* type, const vrntValue_t* source) {
   const std::string before(bytesOf(source));
-  ErrorLocation error;
-  const ValueHandle result(vrntBuildSpecializationParameters(type, source, error));
+  ErrorParameter error;
+  const UniqueValue result(vrntBuildSpecializationParameters(type, source, error));
   error.check(result != nullptr);
   FUZZ_CHECK(bytesOf(source) == before);
   if (error.outOfMemory()) return;
@@ -218,15 +218,15 @@ void checkSpecialization(const vrntType_t* type, const vrntValue_t* source) {
 void runInput(std::string_view bytes) {
   const std::string_view firstText = takeLine(bytes);
   const std::string_view secondText = takeLine(bytes);
-  const TypeHandle first = smallType(firstText);
+  const UniqueType first = smallType(firstText);
   if (!first) return;
-  const TypeHandle second =
+  const UniqueType second =
       smallType(!secondText.empty() && secondText.front() == '~'
                     ? edited(vrntTypeString(first.get()), Program(secondText.substr(1)))
                     : std::string(secondText));
   if (!second) return;
 
-  const ValueHandle source = sourceOf(first.get(), bytes);
+  const UniqueValue source = sourceOf(first.get(), bytes);
   checkCoercion(first.get(), second.get(), source.get());
   checkSpecialization(first.get(), source.get());
   checkSpecialization(second.get(), source.get());

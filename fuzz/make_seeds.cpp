@@ -80,10 +80,10 @@ class Corpus {
   std::map<std::string, int> counts_;
 };
 
-std::vector<TypeHandle> allTypes() {
-  std::vector<TypeHandle> types;
+std::vector<UniqueType> allTypes() {
+  std::vector<UniqueType> types;
   for (const char* const text : kTypes) {
-    ErrorLocation error;
+    ErrorParameter error;
     types.push_back(parseType(text, error));
     FUZZ_CHECK_NOTE(types.back() != nullptr, text);
   }
@@ -97,14 +97,14 @@ std::vector<TypeHandle> allTypes() {
   types.emplace_back(vrntTypeSampler(0));
   for (std::uint32_t objectClass = 0; objectClass < vrdmObjectTypeCount(); ++objectClass) {
     // One group of each class: all of them have much in common.
-    if (TypeHandle group{vrdmFieldType(objectClass, 0)}) types.push_back(std::move(group));
+    if (UniqueType group{vrdmFieldType(objectClass, 0)}) types.push_back(std::move(group));
   }
   return types;
 }
 
 void addValue(Corpus& corpus, const vrntValue_t* value) {
-  ErrorLocation error;
-  const StringHandle text = print(value, 0, error);
+  ErrorParameter error;
+  const UniqueString text = print(value, 0, error);
   if (text && std::strstr(text.get(), "<<function>>") == nullptr) {
     corpus.add("value_text", text.get());
   }
@@ -194,11 +194,11 @@ std::int32_t addObject(Scene& scene, std::uint32_t objectClass) {
     for (const std::int32_t i : {0, 1, 2}) words[i] = i == 2 ? ~0 : i;
   }
   if (vrdmHasValue(objectClass)) {
-    ErrorLocation error;
+    ErrorParameter error;
     const char* const text = objectClass == VRDM_CLASS_LIGHT
                                  ? "{ t = { texture_ref = 0; }; r = &[ 1, 2 : int | 2 ]; }"
                                  : "{ a = 1; b = { texture_ref = 1; }; c = float2(1.0, -0.0); }";
-    const ValueHandle value = parseValue(text, error);
+    const UniqueValue value = parseValue(text, error);
     FUZZ_CHECK(value != nullptr);
     vrdmSetInstanceValue(&scene, objectClass, number, value.get());
   }
@@ -249,9 +249,9 @@ void addSceneCalls(Corpus& corpus) {
 
 // Both references of each level lead to the next one.
 void addSharedOnEachLevel(Corpus& corpus) {
-  ErrorLocation error;
-  const TypeHandle type = parseType("{ void* a; void* b; }", error);
-  ValueHandle value = parseValue("1", error);
+  ErrorParameter error;
+  const UniqueType type = parseType("{ void* a; void* b; }", error);
+  UniqueValue value = parseValue("1", error);
   for (int level = 0; level < 40; ++level) {
     vrntValue_t* pair = vrntValueCreate(type.get(), error);
     for (const std::uint32_t i : {0U, 1U}) {
@@ -282,7 +282,7 @@ void addIds(Corpus& corpus) {
   corpus.add(target, vrnt::toString(vrnt::TextureType::SphereData));
 }
 
-void addPairs(Corpus& corpus, const std::vector<TypeHandle>& types) {
+void addPairs(Corpus& corpus, const std::vector<UniqueType>& types) {
   const std::string target = "coercion";
   for (std::size_t i = 0; i + 1 < types.size(); i += 2) {
     const std::string first = textOf(types[i].get());
@@ -302,17 +302,17 @@ int main(int argc, char** argv) {
     return 1;
   }
   Corpus corpus(argv[1]);
-  const std::vector<TypeHandle> types = allTypes();
-  for (const TypeHandle& type : types) {
+  const std::vector<UniqueType> types = allTypes();
+  for (const UniqueType& type : types) {
     corpus.add("type_text", textOf(type.get()));
-    ErrorLocation error;
-    const ValueHandle value(vrntValueCreateDefault(type.get(), error));
+    ErrorParameter error;
+    const UniqueValue value(vrntValueCreateDefault(type.get(), error));
     FUZZ_CHECK_NOTE(value != nullptr, textOf(type.get()));
     addValue(corpus, value.get());
   }
   for (const char* const text : kValues) {
-    ErrorLocation error;
-    const ValueHandle value = parseValue(text, error);
+    ErrorParameter error;
+    const UniqueValue value = parseValue(text, error);
     FUZZ_CHECK_NOTE(value != nullptr, text);
     corpus.add("value_text", text);
     addValue(corpus, value.get());

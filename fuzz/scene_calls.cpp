@@ -38,11 +38,11 @@ std::int32_t someWord(Program& program) {
   return choice % 2 == 0 ? number : ~number;
 }
 
-const std::vector<ValueHandle>& values() {
+const std::vector<UniqueValue>& values() {
   static const auto& values = *[] {
-    auto* made = new std::vector<ValueHandle>;
+    auto* made = new std::vector<UniqueValue>;
     for (const char* const text : kValues) {
-      ErrorLocation error;
+      ErrorParameter error;
       made->push_back(parseValue(text, error));
       FUZZ_CHECK_NOTE(made->back() != nullptr, text);
     }
@@ -78,14 +78,6 @@ const std::vector<std::string>& textureLabels() {
       "normal_texture", "float_texture",    "float_sphere_texture"};
   return labels;
 }
-
-struct EndScene {
-  void operator()(vrdmScene_t* scene) const { vrdmDestroyScene(scene); }
-};
-struct EndStorage {
-  void operator()(AssetStorage* storage) const { vrdmAssetStorageRelease(storage); }
-};
-using StorageHandle = std::unique_ptr<AssetStorage, EndStorage>;
 
 // An asset's record and as many bytes as it says.
 struct Description {
@@ -180,7 +172,7 @@ class Side {
   void queryAll() const {
     for (std::uint32_t c = 0; c < kClasses; ++c) query(c);
     for (std::uint32_t g = 0; g <= kSceneGroups; ++g) {
-      const ValueHandle value(vrdmGetSceneDataValue(scene_.get(), g));
+      const UniqueValue value(vrdmGetSceneDataValue(scene_.get(), g));
       FUZZ_CHECK((value != nullptr) == (g < kSceneGroups));
       if (value) FUZZ_CHECK(bytesOf(value.get()) == model_.groups[g]);
     }
@@ -221,7 +213,7 @@ class Side {
       answer = vrdmAddProgram(scene_.get(), c, object.text.c_str());
     } else if (isAsset(c)) {
       const Description asset = someAsset(c, program);
-      const StorageHandle storage(vrdmAssetStorageCopy(asset.bytes.data(), asset.bytes.size()));
+      const vrnt::UniqueAsset storage(vrdmAssetStorageCopy(asset.bytes.data(), asset.bytes.size()));
       if (!storage) throw std::bad_alloc();
       AssetStorage* const handle = storage.get();
       answer = vrdmAddAsset(scene_.get(), c, asset.desc.data(), &handle);
@@ -313,14 +305,14 @@ class Side {
     return record;
   }
 
-  static ValueHandle recordValue(std::uint32_t c, std::uint32_t group, const std::string& record) {
-    ErrorLocation error;
-    const TypeHandle type(vrdmFieldType(c, group));
+  static UniqueValue recordValue(std::uint32_t c, std::uint32_t group, const std::string& record) {
+    ErrorParameter error;
+    const UniqueType type(vrdmFieldType(c, group));
     vrntValue_t* block = vrntValueCreate(type.get(), error);
     if (block == nullptr) throw std::bad_alloc();
     vrntValueWrite(&block, 0, record.data(), record.size(), error);
     error.check(true);
-    return ValueHandle(block);
+    return UniqueValue(block);
   }
 
   void setGroup(std::uint32_t c, std::int32_t i, ModelObject& object, Program& program) {
@@ -332,7 +324,7 @@ class Side {
       return;
     }
     object.groups[group] = changed(object.groups[group], program);
-    const ValueHandle value = recordValue(c, group, object.groups[group]);
+    const UniqueValue value = recordValue(c, group, object.groups[group]);
     FUZZ_CHECK(vrdmSetDataValue(scene_.get(), c, i, group, value.get()));
     FUZZ_CHECK(value->refCount == 1);
     ++object.groupVersions[group];
@@ -348,7 +340,7 @@ class Side {
     }
     std::string& record = model_.groups[group];
     record = changed(record, program);
-    const ValueHandle value = recordValue(VRDM_CLASS_SCENE_DATA, group, record);
+    const UniqueValue value = recordValue(VRDM_CLASS_SCENE_DATA, group, record);
     FUZZ_CHECK(vrdmSetSceneDataValue(scene_.get(), group, value.get()));
     ++model_.groupVersions[group];
     ++model_.version;
@@ -426,7 +418,7 @@ class Side {
     const std::size_t index = isAsset(c) ? place(c) : kMostSlots;
     if (index >= kMostSlots) return;
     const Description asset = someAsset(c, program);
-    const StorageHandle storage(vrdmAssetStorageWrap(nullptr, 0, nullptr));
+    const vrnt::UniqueAsset storage(vrdmAssetStorageWrap(nullptr, 0, nullptr));
     if (!storage) throw std::bad_alloc();
     AssetStorage* const handle = storage.get();
     rise(c);
@@ -543,11 +535,11 @@ class Side {
     FUZZ_CHECK(desc == object.desc + std::string(24 - object.desc.size(), '?'));
 
     for (std::uint32_t group = 0; group <= vrdmFieldCount(c); ++group) {
-      const ValueHandle value(vrdmGetDataValue(scene, c, i, group));
+      const UniqueValue value(vrdmGetDataValue(scene, c, i, group));
       FUZZ_CHECK((value != nullptr) == (group < vrdmFieldCount(c)));
       if (value) FUZZ_CHECK(bytesOf(value.get()) == object.groups[group]);
     }
-    const ValueHandle value(vrdmGetInstanceValue(scene, c, i));
+    const UniqueValue value(vrdmGetInstanceValue(scene, c, i));
     FUZZ_CHECK(value.get() == object.value);
 
     const std::uint32_t slots = vrdmReferenceCount(c);
@@ -567,7 +559,7 @@ class Side {
     }
   }
 
-  std::unique_ptr<vrdmScene_t, EndScene> scene_;
+  vrnt::UniqueScene scene_;
   ModelScene model_;
 };
 

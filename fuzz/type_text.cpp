@@ -40,8 +40,8 @@ void checkEntries(const vrntType_t* type) {
         FUZZ_CHECK(std::strchr(vrntMetadataString(type, key), '"') == nullptr);
         break;
       case VRNT_METADATA_VALUE: {
-        const ValueHandle value(vrntMetadataValue(type, key));
-        const TypeHandle bare(vrntTypeStripMetadata(vrntValueType(value.get())));
+        const UniqueValue value(vrntMetadataValue(type, key));
+        const UniqueType bare(vrntTypeStripMetadata(vrntValueType(value.get())));
         FUZZ_CHECK(bare.get() == vrntValueType(value.get()));
         break;
       }
@@ -70,7 +70,7 @@ void checkPlaces(const vrntType_t* type) {
     vrntValueView_t place;
     vrntValueArrayElement(&place, type, first);
     FUZZ_CHECK(place.offset == 0);
-    const TypeHandle element(vrntTypeElementType(type));
+    const UniqueType element(vrntTypeElementType(type));
     FUZZ_CHECK(place.type == element.get());
   }
 }
@@ -91,7 +91,7 @@ void walk(const vrntType_t* type) {
     case VRNT_DESCRIPTOR_STRUCT:
     case VRNT_DESCRIPTOR_FUNCTION:
       for (std::uint32_t i = 0; i < vrntTypeFieldCount(type); ++i) {
-        const TypeHandle part(vrntTypeFieldType(type, i));
+        const UniqueType part(vrntTypeFieldType(type, i));
         walk(part.get());
       }
       break;
@@ -103,12 +103,12 @@ void walk(const vrntType_t* type) {
       break;
     case VRNT_DESCRIPTOR_ARRAY: {
       FUZZ_CHECK(vrntTypeArrayDimension(type) - 1 < 4);
-      const TypeHandle element(vrntTypeElementType(type));
+      const UniqueType element(vrntTypeElementType(type));
       walk(element.get());
       break;
     }
     case VRNT_DESCRIPTOR_REFERENCE:
-      if (const TypeHandle target{vrntTypeReferencedType(type)}) walk(target.get());
+      if (const UniqueType target{vrntTypeReferencedType(type)}) walk(target.get());
       break;
     default:
       FUZZ_CHECK(false);
@@ -116,20 +116,20 @@ void walk(const vrntType_t* type) {
 }
 
 void checkStandsFor(const vrntType_t* a, const vrntType_t* b) {
-  ErrorLocation error;
+  ErrorParameter error;
   FUZZ_CHECK(vrntTypeIsSubType(a, b) == 1);
-  const StringHandle reason(vrntTypeCheckSubType(a, b, error));
+  const UniqueString reason(vrntTypeCheckSubType(a, b, error));
   FUZZ_CHECK(reason == nullptr);
 }
 
 void checkRelations(const vrntType_t* type) {
-  const TypeHandle bare(vrntTypeStripMetadata(type));
+  const UniqueType bare(vrntTypeStripMetadata(type));
   checkStandsFor(type, type);
   checkStandsFor(type, bare.get());
   checkStandsFor(bare.get(), type);
   FUZZ_CHECK(vrntTypeIsEqual(type, bare.get()) == 1);
   FUZZ_CHECK(vrntTypeSize(type) == vrntTypeSize(bare.get()));
-  const TypeHandle again(vrntTypeStripMetadata(bare.get()));
+  const UniqueType again(vrntTypeStripMetadata(bare.get()));
   FUZZ_CHECK(again.get() == bare.get());
   FUZZ_CHECK(vrntMetadataSize(bare.get()) == 0);
 
@@ -143,7 +143,7 @@ void checkRelations(const vrntType_t* type) {
       wider = "void*";
       break;
     case VRNT_DESCRIPTOR_ARRAY: {
-      const TypeHandle element(vrntTypeElementType(bare.get()));
+      const UniqueType element(vrntTypeElementType(bare.get()));
       wider =
           textOf(element.get()) + '[' + std::string(vrntTypeArrayDimension(type) - 1, ',') + ']';
       break;
@@ -151,13 +151,13 @@ void checkRelations(const vrntType_t* type) {
     default:
       return;
   }
-  ErrorLocation error;
-  if (const TypeHandle open = parseType(wider, error)) {
+  ErrorParameter error;
+  if (const UniqueType open = parseType(wider, error)) {
     checkStandsFor(type, open.get());
     if (open != bare) {
-      ErrorLocation none;
+      ErrorParameter none;
       FUZZ_CHECK(vrntTypeIsSubType(open.get(), type) == 0);
-      const StringHandle reason(vrntTypeCheckSubType(open.get(), type, none));
+      const UniqueString reason(vrntTypeCheckSubType(open.get(), type, none));
       FUZZ_CHECK(reason != nullptr || none.outOfMemory());
     }
   } else {
@@ -167,27 +167,27 @@ void checkRelations(const vrntType_t* type) {
 
 void checkDefault(const vrntType_t* type) {
   if (isOpenArray(type) || vrntTypeSize(type) >= kLargeValue) return;
-  ErrorLocation error;
-  const ValueHandle value(vrntValueCreateDefault(type, error));
+  ErrorParameter error;
+  const UniqueValue value(vrntValueCreateDefault(type, error));
   error.check(value != nullptr);
   if (!value) {
     FUZZ_CHECK_NOTE(error.outOfMemory(), error.message());
     return;
   }
-  const TypeHandle bare(vrntTypeStripMetadata(type));
+  const UniqueType bare(vrntTypeStripMetadata(type));
   FUZZ_CHECK(vrntValueType(value.get()) == bare.get());
   FUZZ_CHECK(value->refCount == 1);
   if (partsOf(value.get()) == kManyParts) return;
 
-  ErrorLocation second;
-  const ValueHandle another(vrntValueCreateDefault(type, second));
+  ErrorParameter second;
+  const UniqueValue another(vrntValueCreateDefault(type, second));
   if (!another) return;
   FUZZ_CHECK(another != value);
   std::string plain;
   for (const std::uint32_t flags : {0U, 1U, 4U, 5U}) {
-    ErrorLocation none;
-    const StringHandle text = print(value.get(), flags, none);
-    const StringHandle same = print(another.get(), flags, none);
+    ErrorParameter none;
+    const UniqueString text = print(value.get(), flags, none);
+    const UniqueString same = print(another.get(), flags, none);
     if (!text || !same) return;
     FUZZ_CHECK_NOTE(std::strcmp(text.get(), same.get()) == 0, std::string(text.get()) + same.get());
     if (flags == 0) plain = text.get();
@@ -200,17 +200,17 @@ void checkDefault(const vrntType_t* type) {
 
 void runInput(std::string_view bytes) {
   const std::string text(bytes.substr(0, bytes.find('\0')));
-  ErrorLocation error;
-  const TypeHandle type = parseType(text, error);
+  ErrorParameter error;
+  const UniqueType type = parseType(text, error);
   if (!type) return;
 
   const std::string canonical = textOf(type.get());
-  ErrorLocation none;
-  const TypeHandle found = parseType(canonical, none);
+  ErrorParameter none;
+  const UniqueType found = parseType(canonical, none);
   FUZZ_CHECK(found == type);
 
   // With a blank in front it isn't in the table of canonical texts and must be parsed.
-  const TypeHandle parsed = parseType(' ' + canonical, none);
+  const UniqueType parsed = parseType(' ' + canonical, none);
   if (parsed) {
     FUZZ_CHECK_NOTE(textOf(parsed.get()) == canonical, canonical + "\n" + textOf(parsed.get()));
     FUZZ_CHECK(vrntTypeIsEqual(parsed.get(), type.get()) == 1);

@@ -6,8 +6,8 @@ namespace vornath_fuzz {
 
 void runInput(std::string_view bytes) {
   StreamReader reader{bytes};
-  ErrorLocation error;
-  const ValueHandle value = readStream(reader, error);
+  ErrorParameter error;
+  const UniqueValue value = readStream(reader, error);
   FUZZ_CHECK(reader.position <= bytes.size());
   if (!value) return;
   FUZZ_CHECK(value->refCount == 1);
@@ -16,8 +16,8 @@ void runInput(std::string_view bytes) {
   const std::string tail = "tail";
   const std::string followed = first + tail;
   StreamReader again{followed};
-  ErrorLocation failure;
-  const ValueHandle back = readStream(again, failure);
+  ErrorParameter failure;
+  const UniqueValue back = readStream(again, failure);
   if (!back) {
     FUZZ_CHECK_NOTE(failure.outOfMemory(), failure.message());
     return;
@@ -35,10 +35,10 @@ void runInput(std::string_view bytes) {
   }
   if (partsOf(value.get()) == kManyParts) return;
   for (const std::uint32_t flags : {0U, 5U}) {
-    ErrorLocation a;
-    ErrorLocation b;
-    const StringHandle text = print(value.get(), flags, a);
-    const StringHandle same = print(back.get(), flags, b);
+    ErrorParameter a;
+    ErrorParameter b;
+    const UniqueString text = print(value.get(), flags, a);
+    const UniqueString same = print(back.get(), flags, b);
     if (a.outOfMemory() || b.outOfMemory()) return;
     FUZZ_CHECK((text == nullptr) == (same == nullptr));
     if (!text) {

@@ -8,15 +8,15 @@ namespace vornath_fuzz {
 namespace {
 
 // Prints with the flags, parses that, and prints it again: the same, or the library has told why.
-ValueHandle checkRoundTrip(const vrntValue_t* value, std::uint32_t flags) {
-  ErrorLocation failure;
-  const StringHandle text = print(value, flags, failure);
+UniqueValue checkRoundTrip(const vrntValue_t* value, std::uint32_t flags) {
+  ErrorParameter failure;
+  const UniqueString text = print(value, flags, failure);
   if (!text) {
     FUZZ_CHECK_NOTE(failure.outOfMemory(), failure.message());
     throw std::bad_alloc();
   }
-  ErrorLocation error;
-  ValueHandle back = parseValue(text.get(), error);
+  ErrorParameter error;
+  UniqueValue back = parseValue(text.get(), error);
   if (!back) {
     // A function's value has a text that isn't of the language.
     FUZZ_CHECK_NOTE(error.outOfMemory() || std::strstr(text.get(), "<<function>>") != nullptr,
@@ -24,8 +24,8 @@ ValueHandle checkRoundTrip(const vrntValue_t* value, std::uint32_t flags) {
     return nullptr;
   }
   FUZZ_CHECK(back->refCount == 1);
-  ErrorLocation none;
-  const StringHandle again = print(back.get(), flags, none);
+  ErrorParameter none;
+  const UniqueString again = print(back.get(), flags, none);
   if (!again) throw std::bad_alloc();
   FUZZ_CHECK_NOTE(std::strcmp(text.get(), again.get()) == 0,
                   std::string(text.get()) + "\n" + again.get());
@@ -36,15 +36,15 @@ ValueHandle checkRoundTrip(const vrntValue_t* value, std::uint32_t flags) {
 void checkParts(const vrntValue_t* value) {
   vrntType_t* const type = vrntValueType(value);
   const auto check = [&](const vrntValueView_t& view) {
-    ErrorLocation error;
-    const ValueHandle part(vrntValueFromView(value, &view, error));
+    ErrorParameter error;
+    const UniqueValue part(vrntValueFromView(value, &view, error));
     error.check(part != nullptr);
     if (!part) throw std::bad_alloc();
     FUZZ_CHECK(vrntValueType(part.get()) == view.type);
-    ErrorLocation first;
-    ErrorLocation second;
-    const StringHandle inside(vrntValueString(value, &view, 0, first));
-    const StringHandle alone = print(part.get(), 0, second);
+    ErrorParameter first;
+    ErrorParameter second;
+    const UniqueString inside(vrntValueString(value, &view, 0, first));
+    const UniqueString alone = print(part.get(), 0, second);
     if (!inside || !alone) throw std::bad_alloc();
     FUZZ_CHECK_NOTE(std::strcmp(inside.get(), alone.get()) == 0,
                     std::string(inside.get()) + "\n" + alone.get());
@@ -65,24 +65,24 @@ void checkParts(const vrntValue_t* value) {
 void runInput(std::string_view bytes) {
   const std::string source(bytes.substr(0, bytes.find('\0')));
   if (source == "vrntval") return;  // taken for a block
-  ErrorLocation error;
-  const ValueHandle value = parseValue(source, error);
+  ErrorParameter error;
+  const UniqueValue value = parseValue(source, error);
   if (!value) return;
   // However many elements without bytes there are, this ends at once; to print them takes its time.
   equal(value.get(), value.get());
   if (partsOf(value.get()) == kManyParts) return;
-  const TypeHandle bare(vrntTypeStripMetadata(vrntValueType(value.get())));
+  const UniqueType bare(vrntTypeStripMetadata(vrntValueType(value.get())));
   FUZZ_CHECK(bare.get() == vrntValueType(value.get()));
   FUZZ_CHECK(value->refCount == 1);
 
-  const ValueHandle plain = checkRoundTrip(value.get(), 0);
-  const ValueHandle exact = checkRoundTrip(value.get(), VRNT_STRING_EXACT);
+  const UniqueValue plain = checkRoundTrip(value.get(), 0);
+  const UniqueValue exact = checkRoundTrip(value.get(), VRNT_STRING_EXACT);
   checkRoundTrip(value.get(), VRNT_STRING_MULTILINE);
   checkRoundTrip(value.get(), VRNT_STRING_MULTILINE | VRNT_STRING_EXACT);
   checkParts(value.get());
 
-  ErrorLocation none;
-  const StringHandle text = print(value.get(), 0, none);
+  ErrorParameter none;
+  const UniqueString text = print(value.get(), 0, none);
   if (!text) return;
   const bool hasNan = std::strstr(text.get(), "NaN") != nullptr;
   // What a reference leads to keeps its type in the text, but not that of a void* that led there.
@@ -96,16 +96,16 @@ void runInput(std::string_view bytes) {
 
   const std::string stream = writeStream(value.get());
   StreamReader reader{stream};
-  ErrorLocation failure;
-  const ValueHandle read = readStream(reader, failure);
+  ErrorParameter failure;
+  const UniqueValue read = readStream(reader, failure);
   if (!read) {
     FUZZ_CHECK_NOTE(failure.outOfMemory(), failure.message());
     return;
   }
   FUZZ_CHECK(reader.position == stream.size());
   FUZZ_CHECK(vrntValueType(read.get()) == vrntValueType(value.get()));
-  ErrorLocation last;
-  const StringHandle same = print(read.get(), 0, last);
+  ErrorParameter last;
+  const UniqueString same = print(read.get(), 0, last);
   if (!same) return;
   FUZZ_CHECK_NOTE(std::strcmp(text.get(), same.get()) == 0, std::string(text.get()) + same.get());
   if (!hasNan) FUZZ_CHECK_NOTE(equal(value.get(), read.get()), text.get());

@@ -119,14 +119,14 @@ bool sameTree(const Tree& a, const Tree& b) {
 struct Kinds {
   Kinds() {
     for (std::size_t i = 0; i < kTypeCount; ++i) {
-      ErrorLocation error;
+      ErrorParameter error;
       types[i] = parseType(kTypes[i], error);
       FUZZ_CHECK(types[i] != nullptr);
       addPlaces(types[i].get(), 0, places[i]);
     }
   }
 
-  std::array<TypeHandle, kTypeCount> types;
+  std::array<UniqueType, kTypeCount> types;
   std::array<Places, kTypeCount> places;
 };
 
@@ -282,7 +282,7 @@ class Machine {
   }
 
   void create(Slot& slot, std::size_t type, bool asDefault) {
-    ErrorLocation error;
+    ErrorParameter error;
     vrntValue_t* const block = asDefault ? vrntValueCreateDefault(typeAt(type), error)
                                          : vrntValueCreate(typeAt(type), error);
     error.check(block != nullptr);
@@ -299,7 +299,7 @@ class Machine {
 
   void copy(Slot& slot, const Slot& from, unsigned how, Program& program) {
     const std::size_t type = from.tree->type;
-    ErrorLocation error;
+    ErrorParameter error;
     switch (how % 4) {
       case 0:
         slot.block = vrntValueCopy(from.block);
@@ -352,7 +352,7 @@ class Machine {
     TreePtr next = sized(std::move(tree));
     if (!next) return;
     const vrntValueView_t view = wordView(type, word);
-    ErrorLocation error;
+    ErrorParameter error;
     vrntValueSetReference(&slot.block, &view, target.block, error);
     error.check(!error.outOfMemory());
     if (error.outOfMemory()) throw std::bad_alloc();
@@ -362,7 +362,7 @@ class Machine {
   void map(Slot& slot, Program& program) {
     const auto& views = placesOf(slot.tree->type).views;
     slot.view = views[program.below(views.size())];
-    ErrorLocation error;
+    ErrorParameter error;
     void* const at = vrntValueMap(&slot.block, &slot.view, error);
     error.check(at != nullptr);
     if (at == nullptr) throw std::bad_alloc();
@@ -415,7 +415,7 @@ class Machine {
     const auto& [offset, size] = numbers[i];
     Tree tree = *slot.tree;
     tree.numbers[i] = std::string(size, static_cast<char>(program.byte()));
-    ErrorLocation error;
+    ErrorParameter error;
     vrntValueWrite(&slot.block, offset, tree.numbers[i].data(), size, error);
     if (error.outOfMemory()) throw std::bad_alloc();
     error.check(true);
@@ -431,7 +431,7 @@ class Machine {
     tree.words[i] = meaning;
     TreePtr next = sized(std::move(tree));
     if (!next) return;
-    ErrorLocation error;
+    ErrorParameter error;
     vrntValueWrite(&slot.block, words[i], &word, sizeof(word), error);
     if (error.outOfMemory()) throw std::bad_alloc();
     error.check(true);

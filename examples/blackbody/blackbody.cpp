@@ -1,5 +1,5 @@
-// Draws what the colour functions answer: the locus of the black body, and measured reflectances
-// beside the distributions that are reconstructed from their colours.
+// Plots the results of the colour functions: the Planckian locus, and measured reflectances beside
+// the distributions that are reconstructed from their colours.
 #include <array>
 #include <cstddef>
 #include <cstdint>
@@ -33,7 +33,7 @@ Value makeSpectrum(const Spectrum& spectrum) {
   return value;
 }
 
-// A measured column: each amplitude holds up to the next row's wavelength.
+// Reads a measured column. Each amplitude holds up to the wavelength of the next row.
 Value measuredSpectrum(const Csv& table, const std::string& column) {
   vrnt::host::SampledSpectrum spectrum;
   for (std::size_t row = 0; row < table.rows(); ++row) {
@@ -55,7 +55,7 @@ Rgb colourOf(const Value& spectrum) {
   return rgb;
 }
 
-// The distribution in bands of 5 nm, each as a step.
+// Returns the distribution in bands of 5 nm, each drawn as a step.
 std::vector<Point> curveOf(const Value& spectrum) {
   std::vector<float> pairs;
   for (int i = 0; i < 60; ++i)
@@ -75,7 +75,7 @@ std::vector<Point> curveOf(const Value& spectrum) {
   return curve;
 }
 
-// Chromaticity of linear sRGB (IEC 61966-2-1).
+// Returns the chromaticity of a linear sRGB colour (IEC 61966-2-1).
 Point chromaticity(const Rgb& rgb) {
   const double r = static_cast<double>(rgb[0]);
   const double g = static_cast<double>(rgb[1]);
@@ -126,18 +126,18 @@ void drawReflectances(Picture& picture, const Csv& table) {
     const std::vector<Point> curve = curveOf(measured);
     plot.line(curve, colour, 2.0);
     plot.line(curveOf(reconstructed), colour, 2.0, "6,3");
-    plot.text({655, curve[102].y + 0.045}, name);  // 102: at 655 nm
+    plot.text({655, curve[102].y + 0.045}, name);  // index 102 is 655 nm
   }
 }
 
 constexpr char kUsage[] =
     "usage: blackbody [FILE [TABLE]]\n"
     "\n"
-    "Writes a plot of the black body's colours, and of measured reflectances beside what is\n"
-    "reconstructed from their colours, as SVG.\n"
+    "Plots the Planckian locus, and measured reflectances beside the distributions that are\n"
+    "reconstructed from their colours. Writes an SVG file.\n"
     "\n"
-    "  FILE   the picture, blackbody.svg unless told otherwise\n"
-    "  TABLE  comma-separated, with the columns wavelength, white, green and red\n";
+    "  FILE   the SVG file, by default blackbody.svg\n"
+    "  TABLE  a comma-separated file with the columns wavelength, white, green and red\n";
 
 int run(const std::vector<std::string>& arguments) {
   if (!arguments.empty() && arguments[0] == "--help") {

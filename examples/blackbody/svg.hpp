@@ -1,4 +1,4 @@
-// As much of an SVG picture as a plot needs.
+// A writer for SVG pictures of plots, with only the elements that the example needs.
 #ifndef BLACKBODY_SVG_HPP
 #define BLACKBODY_SVG_HPP
 
@@ -13,18 +13,18 @@ struct Point {
   double x, y;
 };
 
-/// An axis: the numbers at its two ends, the step between its labels, and how these are printed.
+/// An axis: the numbers at its two ends, the step between labels, and the printf format of a label.
 struct Axis {
   double low, high, step;
   const char* format;
   std::string title;
 };
 
-/// A colour for the screen from linear sRGB: scaled down if it is too bright, with the transfer
-/// curve.
+/// Returns a screen colour for a linear sRGB colour. Scales it down if it is too bright, and
+/// applies the transfer curve.
 std::string screenColour(const std::array<float, 3>& linear);
 
-/// A picture of plots. Everything is written as it is added; the end is written at destruction.
+/// A picture of plots. Writes each element when it is added, and the closing tag on destruction.
 class Picture {
  public:
   Picture(std::ostream& out, int width, int height);
@@ -42,7 +42,7 @@ class Picture {
   std::ostream& out_;
 };
 
-/// A frame with axes on a picture, that places what is added by the axes' numbers.
+/// A frame with axes in a picture. Positions are given in the numbers of the axes.
 class Plot {
  public:
   Plot(Picture& picture, const Point& corner, double width, double height, Axis x, Axis y,

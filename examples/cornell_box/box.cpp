@@ -77,7 +77,7 @@ std::vector<Part> readParts(const std::string& path) {
   return parts;
 }
 
-// Wavelengths must rise, and a spectrum must hold enough of them to be one.
+// Reads the wavelengths of a spectrum. They must increase, and there must be two at least.
 std::vector<float> readWavelengths(const Csv& csv) {
   std::vector<float> wavelengths;
   for (std::size_t row = 0; row < csv.rows(); ++row) {
@@ -90,8 +90,8 @@ std::vector<float> readWavelengths(const Csv& csv) {
   return wavelengths;
 }
 
-// A measured reflectance holds from its wavelength to that of the next row, the last one as far as
-// the one before.
+// Reads the measured reflectances. Each holds from its wavelength to that of the next row. The last
+// one holds over as many nm as the one before it.
 std::map<std::string, Spectrum> readReflectances(const std::string& path) {
   const Csv csv(path, {"wavelength", "white", "green", "red"});
   const std::vector<float> wavelengths = readWavelengths(csv);
@@ -110,8 +110,9 @@ std::map<std::string, Spectrum> readReflectances(const std::string& path) {
   return reflectances;
 }
 
-// The lamp's few points are joined by straight lines. These are cut into steps of at most 5 nm,
-// each with the line's height at its middle, which is its mean over the step.
+// Reads the emission of the lamp, which has few points. They are joined by straight lines, and each
+// line is cut into steps of at most 5 nm. A step has the height of the line at the step's middle,
+// which is the line's mean over the step.
 Spectrum readEmission(const std::string& path) {
   constexpr double kStep = 5.0;
   const Csv csv(path, {"wavelength", "emission"});
@@ -167,16 +168,16 @@ Box readBox(const BoxFiles& files) {
   return box;
 }
 
-// A scene says how many bytes a mesh has, and leaves their order to those who write and read them.
-// In this file all are 32-bit words, in these blocks one after the other:
+// A scene stores the size of a mesh in bytes, but gives the bytes no order. The programs that write
+// and read them define it. In this file all data are 32-bit words, in these blocks in sequence:
 //
-//   3 indices for each triangle, counter-clockwise when seen from the front
-//   9 floats for each vertex: position (m), normal, tangent (the direction in which u rises)
-//   2 floats for each vertex: u and v of the one set of texture coordinates
+//   3 indices for each triangle, counter-clockwise as seen from the front
+//   9 floats for each vertex: position (m), normal, tangent (the direction in which u increases)
+//   2 floats for each vertex: u and v of the single set of texture coordinates
 //
-// Each face has vertices of its own, so that edges stay sharp, and two triangles, since four
-// measured corners need not lie in a plane. The normal stands at right angles to the two sides that
-// meet in the vertex. u runs from corner 0 to 1, v from corner 0 to 3.
+// Each face has vertices of its own, so that edges stay sharp. Each face has two triangles, because
+// its four measured corners need not lie in a plane. The normal of a vertex is perpendicular to the
+// two sides that meet in it. u increases from corner 0 to 1, v from corner 0 to 3.
 Mesh buildMesh(const std::vector<Quad>& faces) {
   Mesh mesh{{0, 0, 1, 0}, {}};
   const auto put = [&mesh](double number) {

@@ -1,4 +1,4 @@
-// The measured box as the files tell it, in metres, with the meshes and spectra made from it.
+// The measured box, read from its files and converted to metres, with its meshes and spectra.
 #ifndef CORNELL_BOX_BOX_HPP
 #define CORNELL_BOX_BOX_HPP
 
@@ -22,10 +22,10 @@ Vector operator*(const Vector& a, double factor);
 Vector cross(const Vector& a, const Vector& b);
 Vector normalised(const Vector& a);
 
-/// A quadrilateral, its corners in order around it and counter-clockwise when seen from its front.
+/// A quadrilateral with its corners in sequence, counter-clockwise as seen from its front.
 using Quad = std::array<Vector, 4>;
 
-/// A part of the box: one material, one or more faces.
+/// A part of the box: one material and one or more faces.
 struct Part {
   std::string name;
   std::string material;
@@ -38,9 +38,9 @@ struct BoxCamera {
 };
 
 struct Box {
-  std::vector<Part> parts;  ///< in the file's order
+  std::vector<Part> parts;  ///< in the order of the file
   std::map<std::string, Spectrum> reflectances;
-  Spectrum emission;  ///< of the lamp, without a unit
+  Spectrum emission;  ///< of the lamp; relative, without a unit
   BoxCamera camera;
 };
 
@@ -48,10 +48,10 @@ struct BoxFiles {
   std::string geometry, reflectance, light, camera;
 };
 
-/// Reads all four files. Errors name the file and the line.
+/// Reads all four files. An error names the file and the line.
 Box readBox(const BoxFiles& files);
 
-/// A mesh for a scene, in the arrangement that buildMesh() documents.
+/// A mesh for a scene. buildMesh() documents the layout of its words.
 struct Mesh {
   vrdmMeshDesc descriptor{};
   std::vector<std::uint32_t> words;

@@ -25,8 +25,8 @@ using vrnt::host::Scene;
 using Float2 = std::array<float, 2>;
 using Float4 = std::array<float, 4>;
 
-// The parameters of each program, in the order in which its source names them. An object that uses
-// the program carries a value of this type.
+// The parameter types of the programs, with the fields in the order of the program sources. An
+// object that uses a program has a value of its type.
 constexpr char kSpectrum[] = "{ enum { LUMINANCE; RGB; SPECTRAL; } encoding; float[]* spectrum; }";
 constexpr char kPinhole[] =
     R"({ float @default=0.035 @desc="Distance of the film from the hole" @min=0.0)"
@@ -43,7 +43,7 @@ const std::string kRectangle =
     std::string("{ ") + kSpectrum +
     R"( @desc="Light given by the surface, relative" @name="Emission" emission; })";
 
-// The lamp's own surface reflects alike at all wavelengths.
+// The surface of the lamp has the same reflectance at all wavelengths.
 constexpr float kLampReflectance = 0.78F;
 
 // The ceiling has no hole for the lamp, so the lamp hangs a little below it. In metres.
@@ -54,7 +54,7 @@ class SceneBuilder {
   SceneBuilder(Scene& scene, std::string programFolder)
       : scene_(scene), programFolder_(std::move(programFolder)) {}
 
-  /// Adds all that the box consists of.
+  /// Adds all objects of the box.
   void build(const Box& box) {
     addCamera(box.camera);
     addMaterials(box);
@@ -62,7 +62,7 @@ class SceneBuilder {
     addShapes(box.parts);
     addLamp(box);
     addTask();
-    // Small beside the lamp's distance from the ceiling.
+    // Small compared with the distance of the lamp from the ceiling.
     scene_.setGroup("Raytracer", scene_.group("Raytracer").set("ray_epsilon", 0.00001F));
   }
 
@@ -75,7 +75,7 @@ class SceneBuilder {
     return scene_.addProgram(objectClass, source);
   }
 
-  // The camera's x is its right, y its up, and it looks along -z.
+  // The camera's x axis points to its right, y points up, and it looks along -z.
   void addCamera(const BoxCamera& measured) {
     camera_ = scene_.create(VRDM_CLASS_CAMERA);
     scene_.refer(camera_, "program", addProgram(VRDM_CLASS_CAMERA_PROGRAM, "pinhole.camera"));
@@ -88,10 +88,10 @@ class SceneBuilder {
                         .set("matrix.y", row(cross(z, x), 0.0F))
                         .set("matrix.z", row(z, 0.0F))
                         .set("matrix.w", row(measured.position, 1.0F)));
-    // Nothing stands between the camera and the open side of the box.
+    // There is nothing between the camera and the open side of the box.
     scene_.setGroup(camera_, "General",
                     scene_.group(camera_, "General").set("near_distance", 0.5F));
-    // Black, where a ray leaves the box.
+    // The background is black, for rays that leave the box.
     scene_.setGroup(camera_, "Background", scene_.group(camera_, "Background").set("active", true));
 
     scene_.setValue(camera_,
@@ -101,7 +101,7 @@ class SceneBuilder {
                                                  static_cast<float>(measured.filmHeight)}));
   }
 
-  // One material for each name in the geometry; all painted ones share a program.
+  // Makes one material for each name in the geometry. All painted materials share a program.
   void addMaterials(const Box& box) {
     const Object diffuse = addProgram(VRDM_CLASS_MATERIAL_PROGRAM, "diffuse.material");
     const Object glowing = addProgram(VRDM_CLASS_MATERIAL_PROGRAM, "glowing.material");
@@ -125,7 +125,7 @@ class SceneBuilder {
     }
   }
 
-  // The lamp and each block can be moved without the rest.
+  // Makes groups, so that the lamp and each block can be moved on their own.
   void addTransformationGroups() {
     room_ = scene_.create(VRDM_CLASS_TRANSFORMATION_GROUP);
     for (const char* part : {"light", "short_block", "tall_block"}) {
@@ -159,8 +159,8 @@ class SceneBuilder {
     }
   }
 
-  // The lamp is there twice: as a shape, which the camera sees, and as a light, which lights the
-  // box. Each is told what the other does, so that nothing is lit by both.
+  // The lamp is in the scene twice: as a shape, which the camera sees, and as a light, which lights
+  // the box. The groups below prevent that both light the box.
   void addLamp(const Box& box) {
     const Part* part = nullptr;
     for (const Part& each : box.parts) {
@@ -173,7 +173,7 @@ class SceneBuilder {
     scene_.refer(light, "program", addProgram(VRDM_CLASS_LIGHT_PROGRAM, "rectangle.light"));
     scene_.refer(light, "transformationGroup", transformationGroupOf("light"));
     scene_.setValue(light, Record::ofType(kRectangle).set("emission", box.emission));
-    // The program's unit square is stretched over the lamp, its front side down.
+    // The light is the program's unit square, scaled to the lamp, with its front side down.
     const Vector centre = (face[0] + face[1] + face[2] + face[3]) * 0.25;
     const Vector x = face[1] - face[0];
     const Vector y = face[2] - face[1];
@@ -201,14 +201,14 @@ class SceneBuilder {
   void addTask() {
     const Object task = scene_.create(VRDM_CLASS_IMAGE_TASK);
     scene_.refer(task, "camera", camera_);
-    // White walls hand light on many times, but after 16 times little is left. A wavelength outside
-    // 400 to 700 nm asks for all wavelengths instead of three colours.
+    // White walls reflect light many times, but after 16 reflections little is left. A wavelength
+    // outside 400 to 700 nm selects spectral rendering instead of three colours.
     scene_.setGroup(
         task, "Wavefront",
         scene_.group(task, "Wavefront").set("max_bounces", 16).set("spectral_wavelength", 1.0F));
   }
 
-  // Adding zero makes a plain zero of a negative one.
+  // Adding zero turns -0.0 into 0.0.
   static Float4 row(const Vector& vector, float last) {
     return {static_cast<float>(vector[0] + 0.0), static_cast<float>(vector[1] + 0.0),
             static_cast<float>(vector[2] + 0.0), last};
@@ -236,15 +236,15 @@ void printSummary(const Scene& scene, const std::string& path) {
 constexpr char kUsage[] =
     "usage: build_scene [option value]... [output]\n"
     "\n"
-    "Makes a scene of the measured box and writes it to a file, cornell_box.vrnscene if none is\n"
-    "named.\n"
+    "Makes a scene of the measured box and writes it to a file. The default file is\n"
+    "cornell_box.vrnscene.\n"
     "\n"
-    "  --data FOLDER        where the four tables are\n"
-    "  --geometry FILE      each names one table apart from the folder\n"
+    "  --data FOLDER        the folder of the four tables\n"
+    "  --geometry FILE      one table from another place\n"
     "  --reflectance FILE\n"
     "  --light FILE\n"
     "  --camera FILE\n"
-    "  --programs FOLDER    where the programs' sources are\n";
+    "  --programs FOLDER    the folder of the program sources\n";
 
 int run(const std::vector<std::string>& arguments) {
   std::string data = CORNELL_BOX_FOLDER "/data";

@@ -1,7 +1,7 @@
-// Checks that a scene file holds what the tables say. It shares nothing with the program that wrote
-// the file but the reading of tables and the handles: positions, spectra and groups are worked out
-// again from the tables' own text, and groups are made from value texts, not written field by
-// field.
+// Checks that a scene file holds what the tables say. To be independent of build_scene, this
+// program shares only the table reader and the handles with it. It derives positions, spectra and
+// groups again from the text of the tables, and it makes groups from value texts instead of writing
+// fields.
 #include <charconv>
 #include <cmath>
 #include <cstdint>
@@ -29,14 +29,14 @@ using vrnt::host::Scene;
 
 [[noreturn]] void fail(const std::string& message) { throw std::runtime_error(message); }
 
-// The shortest text that reads back to the same number.
+// Returns the shortest text that reads back as the same number.
 template <typename Number>
 std::string show(Number number) {
   char text[32];
   return {text, std::to_chars(text, text + sizeof text, number).ptr};
 }
 
-// Millimetres in a table, as the text of metres.
+// Converts a text in millimetres, from a table, to a text in metres.
 std::string metres(const std::string& millimetres) { return millimetres + "e-3"; }
 float single(const std::string& text) { return std::strtof(text.c_str(), nullptr); }
 
@@ -211,12 +211,12 @@ class Checker {
     return vertices;
   }
 
-  // The normal and the tangent of a vertex: of length 1, at right angles, the normal to the front
-  // of the face and the tangent from corner 0 to 1 or from 3 to 2.
+  // Checks the normal and the tangent of a vertex. Both have length 1 and are perpendicular. The
+  // normal points to the front of the face; the tangent points from corner 0 to 1 or from 3 to 2.
   template <typename Position, typename Number>
   void checkFrame(const std::string& mesh, std::size_t vertex, const Position& position,
                   const Number& number, std::size_t word) {
-    constexpr double kTolerance = 1e-6;  // singles of length 1
+    constexpr double kTolerance = 1e-6;  // for vectors of length 1 in single precision
     const std::size_t face = vertex / 4 * 4;
     const Vector here = position(vertex);
     const Vector next = position(face + (vertex + 1) % 4) - here;
@@ -236,7 +236,7 @@ class Checker {
     }
   }
 
-  // What a slot should hold: its own words, or one word for a single slot.
+  // The expected words of each slot, by name: those of a list, or one word for a single slot.
   using Slots = std::map<std::string, std::vector<std::int32_t>>;
 
   void checkSlots(std::uint32_t objectClass, std::int32_t index, const Slots& expected) {
@@ -259,7 +259,7 @@ class Checker {
     }
   }
 
-  // The slot of the one shape that is made of a material.
+  // Returns the slot of the shape of a part.
   std::int32_t shapeNumber(const std::string& part) const {
     for (std::size_t i = 0; i < parts_.size(); ++i) {
       if (parts_[i] == part) return static_cast<std::int32_t>(i);
@@ -277,7 +277,7 @@ class Checker {
     checkSlots(VRDM_CLASS_CAMERA, 0, {{"program", {0}}});
     checkSlots(VRDM_CLASS_IMAGE_TASK, 0, {{"camera", {0}}});
     checkSlots(VRDM_CLASS_LIGHT, 0, {{"program", {0}}, {"transformationGroup", {1}}});
-    // Light 0 as the complement of its number, the shape as its number.
+    // Light 0 is coded as the complement of its index, the shape as its plain index.
     checkSlots(VRDM_CLASS_LIGHT_GROUP, 0, {{"emitters", {-1, shapeNumber("light")}}});
     for (std::size_t i = 0; i < materials_.size(); ++i) {
       checkSlots(VRDM_CLASS_MATERIAL, static_cast<std::int32_t>(i),
@@ -295,14 +295,15 @@ class Checker {
     note(std::to_string(slots_) + " reference slots");
   }
 
-  // The texts of the groups that the scene changes, by class, index and group; all other groups
-  // have their defaults.
+  // Returns the texts of the groups that the scene changes, keyed by class, index and group. All
+  // other groups must have their defaults.
   std::map<std::string, std::string> changedGroups() const {
     std::map<std::string, std::string> texts;
     texts["SceneData 0 Raytracer"] =
         "{ ray_epsilon = 0.00001; bvh_mode = AUTOMATIC : " + typeOf("Raytracer", "bvh_mode") +
         "; }";
-    // It looks along the box's z, so its own x, its right, is the box's -x, and its z the box's -z.
+    // The camera looks along the box's z. So its own x, to its right, is the box's -x, and its z is
+    // the box's -z.
     const std::string axes = cameraText("direction", "x") + cameraText("direction", "y") +
                              cameraText("direction", "z") + cameraText("up", "x") +
                              cameraText("up", "y") + cameraText("up", "z");
@@ -362,8 +363,8 @@ class Checker {
     return text + " ]; custom_data = 0; visible_in_mask = true; }";
   }
 
-  // The lamp is a rectangle along the axes: its sides are corner 0 to 1 and corner 1 to 2, its
-  // middle lies half way between corners 0 and 2, and it looks down.
+  // The lamp is a rectangle parallel to the axes. Its sides go from corner 0 to 1 and from corner 1
+  // to 2, its centre is half way between corners 0 and 2, and it faces down.
   std::string lampMatrix() const {
     const std::vector<std::size_t>& rows = rowsOf_.at("light");
     const auto millimetres = [&](std::size_t corner, const char* axis) {
@@ -388,7 +389,7 @@ class Checker {
     fail("there is no '" + quantity + "' among the camera's figures");
   }
 
-  // The plain type of a field of a scene-wide group.
+  // Returns the text of the unannotated type of a field of a scene-wide group.
   static std::string typeOf(const std::string& group, const std::string& field) {
     for (std::uint32_t i = 0; i < vrdmFieldCount(VRDM_CLASS_SCENE_DATA); ++i) {
       if (group != vrdmFieldName(VRDM_CLASS_SCENE_DATA, i)) continue;
@@ -437,8 +438,8 @@ class Checker {
          std::to_string(changes) + " of them other than the defaults");
   }
 
-  // The defaults of the group's type. An object refers to no texture, which its type can't tell:
-  // the three indices of textures begin at -1.
+  // Returns the defaults of a new object. They are those of the group's type, except for three
+  // texture indices: a new object refers to no texture, so these are -1.
   static Value untouched(const std::string& name, const vrntType_t* type) {
     Value value = Value::create(type, true).value();
     const auto endsWith = [&name](const std::string& end) {
@@ -455,7 +456,7 @@ class Checker {
 
   static Value parseValue(const std::string& text) { return Value::parse(text.c_str()).value(); }
 
-  // The reason of a difference in words, and then all bytes.
+  // Compares two values and reports the library's reason, then compares all bytes.
   static void checkEqual(const std::string& name, const Value& found, const Value& expected) {
     std::string reason = "no reason given";
     if (!found.equal(expected, 0.0F, &reason)) fail(name + " differs: " + reason);
@@ -464,7 +465,7 @@ class Checker {
     }
   }
 
-  // Parameters are found by walking the value, since a value tells its own type.
+  // Finds a field by its label. A value knows its own type.
   static vrntValueView_t fieldOf(const vrntValue_t* value, const vrntValueView_t& view,
                                  const std::string& label) {
     for (std::uint32_t field = 0; field < vrntTypeFieldCount(view.type); ++field) {
@@ -511,7 +512,7 @@ class Checker {
     note("the camera's lens and film");
   }
 
-  // The closing pairs of a step function, and the rise of its wavelengths.
+  // Checks the first and the last pair of a step function, and that its wavelengths increase.
   static void checkSteps(const std::string& name, const Spectrum& spectrum, float end) {
     const std::vector<float>& numbers = spectrum.numbers;
     if (spectrum.encoding != "SPECTRAL") fail(name + " is not spectral");
@@ -566,8 +567,8 @@ class Checker {
     note(std::to_string(steps) + " steps of the lamp's emission");
   }
 
-  // Between two rows of the table a line is cut into equal steps of at most 5 nm, each as high as
-  // the line is at its middle.
+  // Checks the emission. The line between two rows of the table is cut into equal steps of at most
+  // 5 nm, and each step has the height of the line at the step's middle.
   std::size_t checkEmission(const std::string& name, std::uint32_t objectClass,
                             std::int32_t index) {
     const Spectrum found = readSpectrum(objectClass, index, "emission");
@@ -611,8 +612,8 @@ class Checker {
 constexpr char kUsage[] =
     "usage: check_scene [--data FOLDER] [--programs FOLDER] [FILE]\n"
     "\n"
-    "Checks that a scene file, cornell_box.vrnscene if none is named, holds what the tables of\n"
-    "measurements say. Ends with status 1 and the first difference if it doesn't.\n";
+    "Compares a scene file with the tables of measurements. The default file is\n"
+    "cornell_box.vrnscene. Prints the first difference and exits with status 1 if there is one.\n";
 
 int run(const std::vector<std::string>& arguments) {
   std::string data = CORNELL_BOX_FOLDER "/data";

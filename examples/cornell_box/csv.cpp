@@ -21,7 +21,7 @@ std::vector<std::string> split(const std::string& line) {
   return cells;
 }
 
-// std::from_chars reads alike in every locale, and gives the nearest number.
+// std::from_chars does not depend on the locale and returns the nearest number.
 template <typename Number>
 bool read(const std::string& cell, Number& number) {
   const char* const end = cell.data() + cell.size();

@@ -1,4 +1,4 @@
-// Tables of comma-separated text with a header line.
+// A reader for tables of comma-separated text with a header line.
 #ifndef CORNELL_BOX_CSV_HPP
 #define CORNELL_BOX_CSV_HPP
 
@@ -9,25 +9,25 @@
 
 namespace cornell_box {
 
-/// A table that was read whole. Cells are found by their column's name, so that a column more or
-/// another order of columns does no harm. Every error is a std::runtime_error that begins with the
-/// file's path, and where there is one with the line.
+/// A table in memory. Cells are found by the name of their column, so that extra columns and
+/// another order of columns are allowed. Every error is a std::runtime_error whose message starts
+/// with the path of the file and, if it concerns a line, the line number.
 class Csv {
  public:
-  /// Reads a file that must have these columns and at least one row.
+  /// Reads a file. It must have these columns and at least one row.
   Csv(std::string path, const std::vector<std::string>& columns);
 
   std::size_t rows() const { return rows_.size(); }
   bool hasColumn(const std::string& column) const { return columns_.count(column) != 0; }
 
-  /// The cell as it stands in the file.
+  /// Returns the text of a cell.
   const std::string& text(std::size_t row, const std::string& column) const;
 
-  /// The cell as a finite number, and as the single that is nearest to it.
+  /// Return the cell as a finite number, in double or in single precision, correctly rounded.
   double number(std::size_t row, const std::string& column) const;
   float single(std::size_t row, const std::string& column) const;
 
-  /// Raises an error about a row.
+  /// Throws an error about a row.
   [[noreturn]] void fail(std::size_t row, const std::string& message) const;
 
  private:

@@ -1,4 +1,4 @@
-// Brings scenes together in one, by the exported class: what the flat functions don't do.
+// Merges scenes by the exported C++ class, because the flat functions cannot import.
 #include <cstdint>
 #include <fstream>
 #include <iostream>
@@ -32,7 +32,7 @@ void writeDataScene(const DataScene& scene, const std::string& path) {
   if (!file) throw std::runtime_error(path + ": the file can't be written");
 }
 
-// Tells for each class how many objects came, and where the first of them stands now.
+// Prints, for each class, how many objects were imported and the new index of the first.
 void report(const std::string& path,
             const vrnt::data::detail::TupleOfClass<vrnt::data::RefMap>& maps) {
   std::cout << path << '\n';
@@ -49,11 +49,11 @@ void report(const std::string& path,
 constexpr char kUsage[] =
     "usage: merge_scenes [--empty] [--dump] OUT SCENE...\n"
     "\n"
-    "Reads the first scene, imports the others into it in order, writes OUT, and tells where the\n"
-    "objects went.\n"
+    "Reads the first scene, imports the others into it in order, and writes OUT. Prints, for each\n"
+    "class, how many objects were imported and the new index of the first.\n"
     "\n"
-    "  --empty  start with an empty scene and import the first one as well\n"
-    "  --dump   print the whole result as text\n";
+    "  --empty  start with an empty scene and import the first file, too\n"
+    "  --dump   print the whole merged scene as text\n";
 
 int run(const std::vector<std::string>& arguments) {
   bool startsEmpty = false;

@@ -1,4 +1,4 @@
-// The life of a program that uses the library, from its arguments to its exit code.
+// The main function of an example program.
 #ifndef CORNELL_BOX_RUN_HOST_HPP
 #define CORNELL_BOX_RUN_HOST_HPP
 
@@ -11,8 +11,9 @@
 
 namespace cornell_box {
 
-/// Runs a host with its arguments, tells what it raises as "name: words" and exit code 1, and lets
-/// the library end its permanent types, which is a host's last call.
+/// Runs a host program with its arguments. Prints an exception as "name: message" and returns 1
+/// then. Calls vrntValuesShutdown(), a host's last call, which releases the library's permanent
+/// types.
 inline int runHost(const char* name, int count, char** arguments,
                    int (*run)(const std::vector<std::string>& arguments)) {
   int status = 1;

@@ -1,4 +1,4 @@
-// Prints a scene file. Nothing here knows a class of objects: what there is to print is asked for.
+// Prints a scene file. Knows no class of objects by name, but queries the library for all of them.
 #include <algorithm>
 #include <cstdint>
 #include <cstring>
@@ -100,8 +100,8 @@ class ScenePrinter {
     out_ << "\n  data        " << storage->size << " bytes\n";
   }
 
-  // No query tells how long a class's descriptor is. It is as long as what is written over, and
-  // that shows when it is read over two different backgrounds.
+  // No query returns the size of a class's descriptor. To find it, reads the descriptor into two
+  // buffers with different contents: the bytes that are equal afterwards belong to the descriptor.
   const AssetStorage* readAsset(std::uint32_t objectClass, std::int32_t index,
                                 std::vector<std::uint32_t>& descriptor) const {
     unsigned char onZeros[64];
@@ -153,8 +153,8 @@ class ScenePrinter {
     return count == 0 ? "empty list" : text;
   }
 
-  // What a word of a list stands for follows from the kind of the list. Its coding is the same
-  // whatever the class that has such a list.
+  // Prints a word of a list. The kind of the list tells the meaning and the coding of its words,
+  // whatever the class.
   std::string element(const vrdmReferenceInfo& info, std::int32_t word) const {
     constexpr std::int32_t kNoTarget = INT32_MIN;
     if (info.kind == VRDM_REFERENCE_LIST) {
@@ -173,7 +173,7 @@ class ScenePrinter {
            (vrdmValid(scene_, objectClass, index) ? "" : " (a free slot)");
   }
 
-  // Whether there was nothing to leave out, or something to print.
+  // Prints the groups. Returns false if all of them were left out because nothing was changed.
   bool printGroups(std::uint32_t objectClass, std::int32_t index) {
     bool isPrinted = vrdmFieldCount(objectClass) == 0;
     for (std::uint32_t group = 0; group < vrdmFieldCount(objectClass); ++group) {
@@ -196,8 +196,7 @@ class ScenePrinter {
                             : vrdmGetDataValue(scene, objectClass, index, group));
   }
 
-  // What an untouched group holds is read from an untouched object, the first of its class in a
-  // scene of its own.
+  // Returns the content of a group in a new object, which is created in a scene of its own.
   const vrntValue_t* standardGroup(std::uint32_t objectClass, std::uint32_t group) {
     Value& standard = standards_[{objectClass, group}];
     if (!standard) {
@@ -229,9 +228,9 @@ class ScenePrinter {
 constexpr char kUsage[] =
     "usage: show_scene [--changed] FILE\n"
     "\n"
-    "Prints all that a scene file holds, and beside each field that was changed its default.\n"
+    "Prints the content of a scene file. Prints the default beside each changed field.\n"
     "\n"
-    "  --changed  leave out the fields that have their default\n";
+    "  --changed  leave out fields that have their default\n";
 
 int run(const std::vector<std::string>& arguments) {
   bool changedOnly = false;

@@ -12,9 +12,9 @@ using vrnt::TypeHandle;
 using vrnt::Value;
 
 constexpr std::size_t kLineWidth = 100;
-constexpr int kDeepestReference = 8;  // a value may lead to itself
+constexpr int kDeepestReference = 8;  // because a value may refer to itself
 
-// The type of a spectrum counts among the base types, though it is a struct.
+// Returns true for a struct. The spectrum is a struct, although its descriptor is a base type.
 bool isStruct(const vrntType_t* type) {
   const std::uint32_t descriptor = vrntTypeDescriptor(type);
   return descriptor == VRNT_DESCRIPTOR_STRUCT ||
@@ -31,7 +31,8 @@ bool hasEntry(const vrntType_t* type, const char* key, std::uint32_t kind) {
   return vrntMetadataExists(type, key) && vrntMetadataType(type, key) == kind;
 }
 
-// The text of a vector begins with its type, annotations included, so these are taken off.
+// Returns the text of a part. The text of a vector starts with its type, so the annotations of the
+// type are removed first.
 std::string textOf(const vrntValue_t* value, const vrntValueView_t& view) {
   const TypeHandle plain = TypeHandle::adopt(vrntTypeStripMetadata(view.type));
   const Value held = Value::share(value);
@@ -41,12 +42,12 @@ std::string textOf(const vrntValue_t* value, const vrntValueView_t& view) {
   } catch (const vrnt::Exception& error) {
     return std::string("(") + error.what() + ")";
   }
-  // An enum's text goes on with its whole type.
+  // The text of an enum continues with its whole type.
   if (vrntTypeDescriptor(view.type) == VRNT_DESCRIPTOR_ENUM) text.resize(text.find(' '));
   return text;
 }
 
-// The characters of a `char` array up to the first zero.
+// Returns the characters of a `char` array up to the first zero.
 std::string quoted(const vrntValue_t* value, const vrntValueView_t& view) {
   const char* const bytes = static_cast<const char*>(vrntValueData(value)) + view.offset;
   std::string text = "\"";
@@ -68,7 +69,7 @@ bool isSpectrum(const vrntType_t* type) {
   return vrntTypeIsSubType(type, spectrum.get()) != 0;
 }
 
-// The colour of a spectrum, or nothing if it has none.
+// Returns the text of a spectrum's colour, or an empty string if it has none.
 std::string rgbText(const vrntValue_t* value, const vrntValueView_t& view,
                     std::int32_t colourSpace) {
   std::array<float, 3> rgb{};
@@ -109,7 +110,7 @@ void ValuePrinter::walkStruct(const Place& place) {
   const std::size_t heading = lines_.size();
   addHeading(place);
   for (std::uint32_t field = 0; field < vrntTypeFieldCount(place.view.type); ++field) {
-    // A view borrows the type that it stands on, so this reference holds it.
+    // A view only borrows its type, so this handle keeps the type alive.
     const TypeHandle type = TypeHandle::adopt(vrntTypeFieldType(place.view.type, field));
     vrntValueView_t child;
     vrntValueStructField(&child, place.view.type, field);
@@ -122,7 +123,7 @@ void ValuePrinter::walkStruct(const Place& place) {
   dropEmptyHeading(place, heading);
 }
 
-// Below what a spectrum holds, what it looks like.
+// Adds the colour of a spectrum below its fields.
 void ValuePrinter::addColour(const Place& place) {
   const std::string indent(2 * depth_, ' ');
   const std::string underE = rgbText(place.value, place.view, VRNT_COLOUR_SPACE_E);
@@ -136,7 +137,8 @@ void ValuePrinter::addColour(const Place& place) {
   }
 }
 
-// The value as a whole has no label, and so neither a line nor a depth of its own.
+// Adds the heading of a struct or list. The whole value has no label, so it has no heading and does
+// not indent its parts.
 void ValuePrinter::addHeading(const Place& place) {
   if (place.label.empty()) return;
   lines_.push_back({std::string(2 * depth_, ' ') + place.label, {}, {}, {}});
@@ -173,7 +175,7 @@ void ValuePrinter::walkArray(const Place& place) {
   }
 }
 
-// Elements that have parts of their own.
+// Adds the elements of an array, each with its own parts.
 void ValuePrinter::walkList(const Place& place, const vrntType_t* element, std::int32_t count) {
   const std::size_t heading = lines_.size();
   addHeading(place);
@@ -189,7 +191,7 @@ void ValuePrinter::walkList(const Place& place, const vrntType_t* element, std::
 }
 
 void ValuePrinter::walkReference(const Place& place) {
-  // Null, or an odd word, which is an address of the embedder's own and not this program's to read.
+  // An odd word is a foreign pointer, which this program must not read.
   const std::uint64_t word = wordAt(place.value, place.view);
   if (word == 0 || word % 2 != 0) {
     addLine(place, word == 0 ? "null" : textOf(place.value, place.view), "");
@@ -237,7 +239,7 @@ std::vector<std::string> ValuePrinter::elements(const Place& place, std::int32_t
   return texts;
 }
 
-// As many in a line as fit, an even number, since what comes in pairs is then seen in pairs.
+// Arranges texts in lines of kLineWidth. The number per line is even, so that pairs stay together.
 std::vector<std::string> ValuePrinter::columns(const std::vector<std::string>& texts) const {
   std::size_t width = 0;
   for (const std::string& text : texts) width = std::max(width, text.size());

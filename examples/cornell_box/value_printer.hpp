@@ -1,5 +1,5 @@
-// Prints any value by its type: a line for each field, named by the path of labels that leads to
-// it.
+// Prints a value of any type, with one line for each field. The fields of a struct are indented
+// below its label.
 #ifndef CORNELL_BOX_VALUE_PRINTER_HPP
 #define CORNELL_BOX_VALUE_PRINTER_HPP
 
@@ -17,24 +17,24 @@ class ValuePrinter {
  public:
   explicit ValuePrinter(std::string indent) : indent_(std::move(indent)) {}
 
-  /// Adds a value that nothing is known of but itself.
+  /// Adds a value of which only the value itself is known.
   void add(const vrntValue_t* value);
 
-  /// Adds a value with the annotated type that it was made for (the value's own type carries no
-  /// annotations) and the value that it had before anyone changed it. A field with a unit is
-  /// printed with it, and a field that was changed with what it was before.
+  /// Adds a value together with its annotated type (the value's own type has no annotations) and
+  /// its value before any change. A field with a unit is printed with the unit, and a changed field
+  /// with its former value. If `changedOnly`, leaves out unchanged fields.
   void add(const vrntValue_t* value, const vrntType_t* annotated, const vrntValue_t* standard,
            bool changedOnly);
 
   bool empty() const { return lines_.empty(); }
 
-  /// Prints what was added, the values in one column.
+  /// Prints what was added, with the values in one column.
   void print(std::ostream& out) const;
 
  private:
   struct Line {
     std::string label, text, note;   ///< the label is indented by its depth
-    std::vector<std::string> block;  ///< stands below the line
+    std::vector<std::string> block;  ///< lines below this one
   };
 
   /// A part of a value, and the same part of the unchanged value (null if there is none).

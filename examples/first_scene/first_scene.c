@@ -1,10 +1,10 @@
-/* A first scene: a textured floor under a lamp, written to a file and read again. */
+/* A first scene: a textured floor and a lamp. Writes the scene to a file and reads it again. */
 #include <stdio.h>
 #include <string.h>
 #include <vornath_data/vrdm.h>
 #include <vornath_data/vrnt.h>
 
-/* The parameters of the programs. An object with a program has one value, of such a type. */
+/* The types of the program parameters. An object with a program has one value of such a type. */
 #define SPECTRUM "{ enum { LUMINANCE; RGB; SPECTRAL; } encoding; float[]* spectrum; }"
 static const char kPinhole[] = "{ float @default=0.035 focal_length; float2 film_size; }";
 static const char kPainted[] =
@@ -19,7 +19,7 @@ static uint32_t groupNamed(uint32_t objectClass, const char* name) {
   return group;
 }
 
-/* Writes the field `a.b` of a struct value; `bytes` are as many as the field has. */
+/* Writes the field `a.b` of a struct value. `bytes` has the size of the field. */
 static void setField(vrntValue_t** value, const char* a, const char* b, const void* bytes) {
   vrntValueView_t place = {vrntValueType(*value), 0};
   const char* labels[2] = {a, b};
@@ -34,7 +34,8 @@ static void setField(vrntValue_t** value, const char* a, const char* b, const vo
   vrntValueWrite(value, place.offset, bytes, vrntTypeSize(place.type), &error);
 }
 
-/* Coerces a text's value to a type: what the text leaves out keeps its default. */
+/* Parses the text of a value and coerces it to a type. Fields that the text leaves out get their
+   defaults. */
 static vrntValue_t* valueOf(const char* typeText, const char* text) {
   vrntType_t* type = vrntTypeParse(typeText, &error);
   vrntValue_t* read = vrntValueParse(text, &error);
@@ -61,13 +62,13 @@ int main(int argc, char** argv) {
   const char* path = argc > 1 ? argv[1] : "first_scene.vrnscene";
   vrdmScene_t* scene = vrdmCreateScene();
 
-  /* Programs: texts that only the renderer reads. */
+  /* Programs: source texts that only the renderer interprets. */
   const uint32_t pinhole = vrdmAddProgram(scene, VRDM_CLASS_CAMERA_PROGRAM, "pinhole");
   const uint32_t painted = vrdmAddProgram(scene, VRDM_CLASS_MATERIAL_PROGRAM, "painted");
   const uint32_t square = vrdmAddProgram(scene, VRDM_CLASS_LIGHT_PROGRAM, "square");
 
-  /* A square of 2 m, in two triangles: indices, then position, normal and tangent of each vertex,
-     then its texture coordinates. */
+  /* A square of 2 m, made of two triangles: the vertex indices, then position, normal and tangent
+     of each vertex, then the texture coordinates. */
   struct {
     int32_t corners[2][3];
     float vertices[4][9];
@@ -81,15 +82,15 @@ int main(int argc, char** argv) {
   const vrdmMeshDesc meshRecord = {2, 4, 1, 0};
   const uint32_t floorMesh = addAsset(scene, VRDM_CLASS_MESH, &meshRecord, &mesh, sizeof mesh);
 
-  /* A chequered picture of 2 by 2 pixels. */
+  /* A chequered image of 2 by 2 pixels. */
   const uint8_t pixels[4][3] = {{230, 230, 230}, {40, 40, 40}, {40, 40, 40}, {230, 230, 230}};
   const vrdmTextureDesc textureRecord = {2, 2, 1, VRNT_TEXTURE_FORMAT_SRGB8,
                                          VRNT_TEXTURE_LAYOUT_2D};
   const int32_t chequers =
       (int32_t)addAsset(scene, VRDM_CLASS_TEXTURE, &textureRecord, pixels, sizeof pixels);
 
-  /* A material refers to its program, has a value for it, and lists the textures that the value
-     names. */
+  /* A material refers to its program, has a value with the parameters, and lists the textures that
+     the value refers to. */
   const int32_t material = (int32_t)vrdmCreateInstance(scene, VRDM_CLASS_MATERIAL);
   vrntValue_t* paint =
       valueOf(kPainted,
@@ -100,7 +101,8 @@ int main(int argc, char** argv) {
   vrdmSetReference(scene, VRDM_CLASS_MATERIAL, material, 0, painted);
   vrdmUpdateTextureReferences(scene, VRDM_CLASS_MATERIAL, material);
 
-  /* A lamp of 0.5 m, 2 m above the floor, shining down: the images of x, y, z and the origin. */
+  /* A lamp of 0.5 m, 2 m above the floor, that shines down. The rows of the matrix are the images
+     of the x, y and z axes and of the origin. */
   const int32_t light = (int32_t)vrdmCreateInstance(scene, VRDM_CLASS_LIGHT);
   const float lampRows[4][4] = {{0.5f, 0, 0, 0}, {0, 0, 0.5f, 0}, {0, -1, 0, 0}, {0, 2, 0, 1}};
   const uint32_t lightTransformation = groupNamed(VRDM_CLASS_LIGHT, "Transformation");
@@ -114,8 +116,8 @@ int main(int argc, char** argv) {
                    "  spectrum = &[ 0., 0., 400., 8., 500., 10., 600., 12., 705., 0. ]; }; }"));
   vrdmSetReference(scene, VRDM_CLASS_LIGHT, light, 0, square);
 
-  /* A light lights those shapes that refer to a group with it in. In the list a light stands as the
-     complement of its number. */
+  /* A light lights the shapes that refer to a light group that contains it. In the list, a light is
+     stored as the complement of its index. */
   const int32_t lamps = (int32_t)vrdmCreateInstance(scene, VRDM_CLASS_LIGHT_GROUP);
   vrdmSetReferenceCount(scene, VRDM_CLASS_LIGHT_GROUP, lamps, 0, 1);
   vrdmModifyReferenceList(scene, VRDM_CLASS_LIGHT_GROUP, lamps, 0)[0] = ~light;
@@ -125,7 +127,8 @@ int main(int argc, char** argv) {
   vrdmSetReference(scene, VRDM_CLASS_SHAPE, shape, 1, floorMesh);
   vrdmSetReference(scene, VRDM_CLASS_SHAPE, shape, 2, (uint32_t)lamps);
 
-  /* A camera 4 m in front, 1 m up, looking along its own -z, and the task to take its picture. */
+  /* A camera 4 m in front and 1 m up that looks along its own -z axis, and a task to render its
+     image. */
   const int32_t camera = (int32_t)vrdmCreateInstance(scene, VRDM_CLASS_CAMERA);
   const float place[4] = {0, 1, 4, 1};
   const uint32_t transformation = groupNamed(VRDM_CLASS_CAMERA, "Transformation");
@@ -139,7 +142,7 @@ int main(int argc, char** argv) {
   const int32_t task = (int32_t)vrdmCreateInstance(scene, VRDM_CLASS_IMAGE_TASK);
   vrdmSetReference(scene, VRDM_CLASS_IMAGE_TASK, task, 0, (uint32_t)camera);
 
-  vrdmSerialize(scene, path); /* reports nothing: reading again tells */
+  vrdmSerialize(scene, path); /* reports no errors; the read below shows whether it worked */
   vrdmDestroyScene(scene);
   scene = vrdmDeserialize(path);
   for (uint32_t i = 0; scene && i < vrdmObjectTypeCount(); ++i) {

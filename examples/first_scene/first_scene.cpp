@@ -1,4 +1,4 @@
-// A first scene: a textured floor under a lamp, written to a file and read again.
+// A first scene: a textured floor and a lamp. Writes the scene to a file and reads it again.
 #include <cstdio>
 #include <exception>
 #include <string>
@@ -7,7 +7,7 @@
 
 namespace host = vrnt::host;
 
-// The parameters of the programs. An object with a program has one value, of such a type.
+// The types of the program parameters. An object with a program has one value of such a type.
 const std::string kSpectrum = "{ enum { LUMINANCE; RGB; SPECTRAL; } encoding; float[]* spectrum; }";
 const std::string kPinhole = "{ float @default=0.035 focal_length; float2 film_size; }";
 const std::string kPainted =
@@ -16,8 +16,8 @@ const std::string kSquare = "{ " + kSpectrum + " emission; }";
 
 using Row = std::array<float, 4>;
 
-// A square of 2 m, in two triangles: indices, then position, normal and tangent of each vertex,
-// then its texture coordinates.
+// A square of 2 m, made of two triangles: the vertex indices, then position, normal and tangent of
+// each vertex, then the texture coordinates.
 struct FloorMesh {
   std::int32_t corners[2][3] = {{0, 1, 2}, {0, 2, 3}};
   float vertices[4][9] = {{-1, 0, 1, 0, 1, 0, 1, 0, 0},
@@ -30,21 +30,21 @@ struct FloorMesh {
 host::Scene makeScene() {
   host::Scene scene;
 
-  // Programs: texts that only the renderer reads.
+  // Programs: source texts that only the renderer interprets.
   const auto pinhole = scene.addProgram(VRDM_CLASS_CAMERA_PROGRAM, "pinhole");
   const auto painted = scene.addProgram(VRDM_CLASS_MATERIAL_PROGRAM, "painted");
   const auto square = scene.addProgram(VRDM_CLASS_LIGHT_PROGRAM, "square");
 
   const auto mesh =
       scene.addAsset(vrdmMeshDesc{2, 4, 1, 0}, host::moveBytes(std::vector<FloorMesh>(1)));
-  // A chequered picture of 2 by 2 pixels.
+  // A chequered image of 2 by 2 pixels.
   std::vector<std::uint8_t> pixels = {230, 230, 230, 40, 40, 40, 40, 40, 40, 230, 230, 230};
   const auto chequers =
       scene.addAsset(vrdmTextureDesc{2, 2, 1, VRNT_TEXTURE_FORMAT_SRGB8, VRNT_TEXTURE_LAYOUT_2D},
                      host::moveBytes(std::move(pixels)));
 
-  // A material refers to its program, has a value for it, and lists the textures that the value
-  // names.
+  // A material refers to its program, has a value with the parameters, and lists the textures that
+  // the value refers to.
   const auto material = scene.create(VRDM_CLASS_MATERIAL);
   auto paint = host::Record::ofType(kPainted);
   paint.set("reflectance", host::RgbSpectrum{0.8F, 0.7F, 0.6F})
@@ -53,7 +53,8 @@ host::Scene makeScene() {
   scene.refer(material, "program", painted);
   scene.setList(material, "textures", {chequers});
 
-  // A lamp of 0.5 m, 2 m above the floor, shining down: the images of x, y, z and the origin.
+  // A lamp of 0.5 m, 2 m above the floor, that shines down. The rows of the matrix are the images
+  // of the x, y and z axes and of the origin.
   const auto light = scene.create(VRDM_CLASS_LIGHT);
   auto place = scene.group(light, "Transformation");
   place.set("matrix.x", Row{0.5F, 0, 0, 0}).set("matrix.y", Row{0, 0, 0.5F, 0});
@@ -64,7 +65,7 @@ host::Scene makeScene() {
   scene.setValue(light, glow);
   scene.refer(light, "program", square);
 
-  // A light lights those shapes that refer to a group with it in.
+  // A light lights the shapes that refer to a light group that contains it.
   const auto lamps = scene.create(VRDM_CLASS_LIGHT_GROUP);
   scene.setList(lamps, "emitters", {light});
 
@@ -73,7 +74,8 @@ host::Scene makeScene() {
   scene.refer(shape, "mesh", mesh);
   scene.refer(shape, "lightGroup", lamps);
 
-  // A camera 4 m in front, 1 m up, looking along its own -z, and the task to take its picture.
+  // A camera 4 m in front and 1 m up that looks along its own -z axis, and a task to render its
+  // image.
   const auto camera = scene.create(VRDM_CLASS_CAMERA);
   place = scene.group(camera, "Transformation");
   place.set("matrix.w", Row{0, 1, 4, 1});
@@ -82,7 +84,8 @@ host::Scene makeScene() {
   lens.set("film_size", std::array<float, 2>{0.036F, 0.024F});
   scene.setValue(camera, lens);
   scene.refer(camera, "program", pinhole);
-  // As it was created. The default of the type would name texture 0.
+  // A new camera has this value: no texture. The default of the group's type would refer to texture
+  // 0.
   auto backplate = host::Record::ofType(host::groupType(VRDM_CLASS_CAMERA, "Backplate").get());
   backplate.set("image.spectrum_texture.index", std::int32_t{-1});
   scene.setGroup(camera, "Backplate", backplate);

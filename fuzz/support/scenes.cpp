@@ -131,7 +131,7 @@ bool sameRecord(const vrntType_t* type, const std::string& a, const std::string&
   }
   switch (vrntTypeDescriptor(type)) {
     case VRNT_DESCRIPTOR_ARRAY: {
-      const TypeHandle element(vrntTypeElementType(type));
+      const UniqueType element(vrntTypeElementType(type));
       const std::uint64_t step = vrntTypeSize(element.get());
       for (std::uint64_t at = 0; step != 0 && at < vrntTypeSize(type); at += step) {
         if (!sameRecord(element.get(), a, b, offset + at)) return false;
@@ -153,8 +153,8 @@ bool sameRecord(const vrntType_t* type, const std::string& a, const std::string&
   }
 }
 
-TypeHandle groupType(std::uint32_t objectClass, std::size_t group) {
-  return TypeHandle(vrdmFieldType(objectClass, static_cast<std::uint32_t>(group)));
+UniqueType groupType(std::uint32_t objectClass, std::size_t group) {
+  return UniqueType(vrdmFieldType(objectClass, static_cast<std::uint32_t>(group)));
 }
 
 bool sameRecords(std::uint32_t objectClass, const std::vector<std::string>& a,
@@ -167,20 +167,20 @@ bool sameRecords(std::uint32_t objectClass, const std::vector<std::string>& a,
 }
 
 std::optional<std::string> printed(const vrntValue_t* value) {
-  ErrorLocation error;
-  const StringHandle text = print(value, 0, error);
+  ErrorParameter error;
+  const UniqueString text = print(value, 0, error);
   if (error.outOfMemory()) throw std::bad_alloc();
   return text ? std::optional<std::string>(text.get()) : std::nullopt;
 }
 
 bool arePrintable(std::uint32_t objectClass, const std::vector<std::string>& groups) {
   for (std::size_t i = 0; i < groups.size(); ++i) {
-    ErrorLocation error;
+    ErrorParameter error;
     vrntValue_t* block = vrntValueCreate(groupType(objectClass, i).get(), error);
     if (block == nullptr) throw std::bad_alloc();
     vrntValueWrite(&block, 0, groups[i].data(), groups[i].size(), error);
     error.check(true);
-    const ValueHandle value(block);
+    const UniqueValue value(block);
     if (!printed(value.get())) return false;
   }
   return true;
@@ -238,7 +238,7 @@ std::int32_t translated(std::uint32_t targetClass, bool coded, std::int32_t word
 
 // Where a value has numbers of textures that an import changes. Types may nest as deep as a text.
 std::vector<std::uint64_t> texturePlaces(const vrntType_t* whole) {
-  const TypeHandle texture(vrntTypeTexture());
+  const UniqueType texture(vrntTypeTexture());
   std::vector<std::uint64_t> places;
   std::vector<vrntValueView_t> open{{const_cast<vrntType_t*>(whole), 0}};
   while (!open.empty()) {
@@ -332,8 +332,8 @@ ModelObject newInstance(std::uint32_t objectClass) {
   ModelObject object;
   object.live = true;
   for (std::uint32_t i = 0; i < vrdmFieldCount(objectClass); ++i) {
-    ErrorLocation error;
-    const ValueHandle value(vrntValueCreateDefault(groupType(objectClass, i).get(), error));
+    ErrorParameter error;
+    const UniqueValue value(vrntValueCreateDefault(groupType(objectClass, i).get(), error));
     if (!value) throw std::bad_alloc();
     object.groups.emplace_back(bytesOf(value.get()));
     // Textures, for which the types know no default.

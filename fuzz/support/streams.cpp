@@ -35,8 +35,8 @@ std::vector<Record> recordsOf(std::string_view stream) {
     Record record;
     record.type = take(loadWord(take(8).data()));
     record.word = loadWord(take(8).data());
-    ErrorLocation error;
-    const TypeHandle type = parseType(record.type, error);
+    ErrorParameter error;
+    const UniqueType type = parseType(record.type, error);
     if (!type) throw std::bad_alloc();
     record.data = take(vrntTypeSize(type.get()));
     record.slots = qex::vornath::typeOf(type.get()).refSlots();
@@ -56,7 +56,7 @@ void StreamReader::read(void* to, std::uint64_t size, void* reader) {
 
 std::string writeStream(const vrntValue_t* value) {
   std::string bytes;
-  ErrorLocation error;
+  ErrorParameter error;
   const auto append = [](const void* data, std::uint64_t size, void* user) {
     static_cast<std::string*>(user)->append(static_cast<const char*>(data), size);
   };
@@ -66,8 +66,8 @@ std::string writeStream(const vrntValue_t* value) {
   return bytes;
 }
 
-ValueHandle readStream(StreamReader& reader, ErrorLocation& error) {
-  ValueHandle value(vrntValueDeserialize(&StreamReader::read, &reader, error));
+UniqueValue readStream(StreamReader& reader, ErrorParameter& error) {
+  UniqueValue value(vrntValueDeserialize(&StreamReader::read, &reader, error));
   error.check(value != nullptr);
   return value;
 }

@@ -21,7 +21,7 @@ struct StreamReader {
 std::string writeStream(const vrntValue_t* value);
 
 // A null handle for an error; the reader tells how far it came.
-ValueHandle readStream(StreamReader& reader, ErrorLocation& error);
+UniqueValue readStream(StreamReader& reader, ErrorParameter& error);
 
 // The same stream with other names: each record's word becomes 16, 32, 48 ... in the order of the
 // records, there and where it is referred to. Addresses differ from run to run, these don't.

@@ -34,7 +34,7 @@ void failCheck(const char* condition, const char* file, int line, const std::str
   std::abort();
 }
 
-void ErrorLocation::check(bool succeeded) const {
+void ErrorParameter::check(bool succeeded) const {
   FUZZ_CHECK(succeeded == (error_ == nullptr));
   if (error_ == nullptr) return;
   FUZZ_CHECK(kind() <= VRNT_OTHER_ERROR);
@@ -42,21 +42,21 @@ void ErrorLocation::check(bool succeeded) const {
   if (kind() == VRNT_OUT_OF_MEMORY) FUZZ_CHECK(message() == "Out of memory.");
 }
 
-TypeHandle parseType(const std::string& text, ErrorLocation& error) {
-  TypeHandle type(vrntTypeParse(text.c_str(), error));
+UniqueType parseType(const std::string& text, ErrorParameter& error) {
+  UniqueType type(vrntTypeParse(text.c_str(), error));
   error.check(type != nullptr);
   return type;
 }
 
-ValueHandle parseValue(const std::string& text, ErrorLocation& error) {
-  ValueHandle value(vrntValueParse(text.c_str(), error));
+UniqueValue parseValue(const std::string& text, ErrorParameter& error) {
+  UniqueValue value(vrntValueParse(text.c_str(), error));
   error.check(value != nullptr);
   return value;
 }
 
-StringHandle print(const vrntValue_t* value, std::uint32_t flags, ErrorLocation& error) {
+UniqueString print(const vrntValue_t* value, std::uint32_t flags, ErrorParameter& error) {
   const vrntValueView_t whole = wholeOf(value);
-  StringHandle text(vrntValueString(value, &whole, flags, error));
+  UniqueString text(vrntValueString(value, &whole, flags, error));
   error.check(text != nullptr);
   return text;
 }
@@ -74,13 +74,13 @@ std::string_view bytesOf(const vrntValue_t* value) {
 std::uint64_t partsOf(const vrntType_t* type) {
   switch (vrntTypeDescriptor(type)) {
     case VRNT_DESCRIPTOR_ARRAY: {
-      const TypeHandle element(vrntTypeElementType(type));
+      const UniqueType element(vrntTypeElementType(type));
       return limited(1, limited(elementsOf(type), partsOf(element.get()), true), false);
     }
     case VRNT_DESCRIPTOR_STRUCT: {
       std::uint64_t parts = 1;
       for (std::uint32_t i = 0; i < vrntTypeFieldCount(type); ++i) {
-        const TypeHandle field(vrntTypeFieldType(type, i));
+        const UniqueType field(vrntTypeFieldType(type, i));
         parts = limited(parts, partsOf(field.get()), false);
       }
       return parts;

@@ -1,15 +1,16 @@
-// What every fuzz target uses: checks that end the program, handles that end themselves, and a
-// reader of the input's bytes. A target defines runInput(); support/entry.cpp calls it.
+// The parts that every fuzz target uses: checks that end the program, a reader of the input's
+// bytes, and functions that print and measure types and values. A target defines runInput(), which
+// support/entry.cpp calls.
 #ifndef VORNATH_FUZZ_TARGET_HPP
 #define VORNATH_FUZZ_TARGET_HPP
 
 #include <cstddef>
 #include <cstdint>
 #include <cstring>
-#include <memory>
 #include <string>
 #include <string_view>
 
+#include "vornath_data/handles.hpp"
 #include "vornath_data/vrnt.h"
 
 namespace vornath_fuzz {
@@ -31,26 +32,17 @@ extern OutdatedInput outdatedInput;
   ((condition) ? void() : ::vornath_fuzz::failCheck(#condition, __FILE__, __LINE__, note))
 #define FUZZ_CHECK(condition) FUZZ_CHECK_NOTE(condition, std::string())
 
-struct EndType {
-  void operator()(vrntType_t* type) const { vrntTypeDestroy(type); }
-};
-struct EndValue {
-  void operator()(vrntValue_t* value) const { vrntValueDestroy(value); }
-};
-struct EndString {
-  void operator()(char* string) const { vrntDestroyString(string); }
-};
-using TypeHandle = std::unique_ptr<vrntType_t, EndType>;
-using ValueHandle = std::unique_ptr<vrntValue_t, EndValue>;
-using StringHandle = std::unique_ptr<char, EndString>;
+using vrnt::UniqueString;
+using vrnt::UniqueType;
+using vrnt::UniqueValue;
 
-// An error location for one call.
-class ErrorLocation {
+// An error out-parameter for one call.
+class ErrorParameter {
  public:
-  ErrorLocation() = default;
-  ErrorLocation(const ErrorLocation&) = delete;
-  ErrorLocation& operator=(const ErrorLocation&) = delete;
-  ~ErrorLocation() { vrntValuesErrorDestroy(error_); }
+  ErrorParameter() = default;
+  ErrorParameter(const ErrorParameter&) = delete;
+  ErrorParameter& operator=(const ErrorParameter&) = delete;
+  ~ErrorParameter() { vrntValuesErrorDestroy(error_); }
 
   operator vrntValuesError_t**() { return &error_; }  // NOLINT(google-explicit-constructor)
 
@@ -69,11 +61,11 @@ inline vrntValueView_t wholeOf(const vrntValue_t* value) { return {vrntValueType
 inline std::string textOf(const vrntType_t* type) { return vrntTypeString(type); }
 
 // The type of a text, or null.
-TypeHandle parseType(const std::string& text, ErrorLocation& error);
-ValueHandle parseValue(const std::string& text, ErrorLocation& error);
+UniqueType parseType(const std::string& text, ErrorParameter& error);
+UniqueValue parseValue(const std::string& text, ErrorParameter& error);
 
 // The text of a value; null where the library reports that it has none or that memory ran out.
-StringHandle print(const vrntValue_t* value, std::uint32_t flags, ErrorLocation& error);
+UniqueString print(const vrntValue_t* value, std::uint32_t flags, ErrorParameter& error);
 
 bool equal(const vrntValue_t* a, const vrntValue_t* b);
 

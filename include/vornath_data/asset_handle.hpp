@@ -1,4 +1,4 @@
-/// The counted handle on an asset's bytes.
+/// A counted handle on the bytes of an asset.
 #ifndef VORNATH_DATA_ASSET_HANDLE_HPP
 #define VORNATH_DATA_ASSET_HANDLE_HPP
 
@@ -9,20 +9,21 @@
 
 namespace vrnt::data {
 
-/// Owns one reference on an AssetStorage, or none. A copy shares the block.
-/// Threads: one handle belongs to one thread; handles on one block may live on different threads.
+/// Owns one reference on an AssetStorage block, or is empty. A copy shares the block.
+/// Threads: use one handle on one thread at a time. Handles on the same block may be used on
+/// different threads.
 class AssetHandle {
  public:
   AssetHandle() noexcept = default;
 
-  /// Takes over a reference that the caller has on `storage`, which may be null.
+  /// Takes over the caller's reference on `storage`, which may be null.
   static AssetHandle adopt(AssetStorage* storage) noexcept {
     AssetHandle handle;
     handle.storage_ = storage;
     return handle;
   }
 
-  /// Adds a reference of its own on `storage`, which may be null.
+  /// Adds a reference to `storage`, which may be null. The caller keeps its own reference.
   static AssetHandle share(AssetStorage* storage) noexcept {
     return adopt(vrdmAssetStorageRetain(storage));
   }
@@ -36,14 +37,14 @@ class AssetHandle {
   }
   ~AssetHandle() { vrdmAssetStorageRelease(storage_); }
 
-  /// The block, which stays this handle's; null if it is empty.
+  /// Returns the block, or null if the handle is empty. The handle keeps its reference.
   AssetStorage* get() const noexcept { return storage_; }
 
-  /// Whether there are bytes: the handle is set, and so is the block's data pointer.
+  /// Returns true if the handle is not empty and the block's data pointer is not null.
   bool hasData() const noexcept { return storage_ && storage_->data; }
 
-  /// The place where the block's address stands, for the flat interface, which has no const
-  /// handles. Whoever writes there answers for the references.
+  /// Returns the address of the block pointer, for the flat functions, which take no const handles.
+  /// A caller that writes to it is responsible for the reference counts.
   AssetStorage** place() const noexcept { return const_cast<AssetStorage**>(&storage_); }
 
  private:

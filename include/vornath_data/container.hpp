@@ -1,4 +1,4 @@
-/// The store of one class's objects.
+/// A container for the objects of one class.
 #ifndef VORNATH_DATA_CONTAINER_HPP
 #define VORNATH_DATA_CONTAINER_HPP
 
@@ -13,22 +13,25 @@
 
 namespace vrnt::data {
 
-/// Objects in slots. Slots never move and their number never falls; a removed object leaves a free
-/// slot, and an addition takes the lowest one. Whether a slot is live is for its element to say,
-/// by `live()`. No index is checked except by valid().
+/// Stores objects in slots. A slot never moves, and the number of slots never falls. Removal of an
+/// object leaves a free slot; the next addition takes the lowest free slot. The element itself
+/// tells whether its slot is live, by `live()`. Only valid() checks its index.
 ///
-/// The container notes which slots are free, so that an addition finds the next one in a few steps
-/// however many lie in between, and asks `live()` before it stands on one. Whoever fills or empties
-/// a slot tells it so by the functions below. A slot that was brought to life in place is passed
-/// over, unless `firstFree` stands on it. One that was emptied in place (its flag, or the data
-/// pointer of an asset's block that a host holds) need not be found before freed() is called for
-/// it, which vrdmRemove() does.
+/// The container records which slots are free, so that an addition finds the next free slot in a
+/// few steps, however many live slots lie in between. It calls `live()` before it moves `firstFree`
+/// to a slot.
+///
+/// Code that fills or frees a slot must report that by the functions below. If a slot was made live
+/// in place without a report, additions skip it, unless it is the slot `firstFree`. If a slot was
+/// freed in place without a report (through its flag, or through the data pointer of an asset's
+/// block that a host holds), additions may miss it until freed() is called for it. vrdmRemove()
+/// calls freed().
 template <typename Element>
 struct Container {
   SlotVector<Element> slots;
 
-  /// Every slot below was in use when this was set, and the one here, if there is one, free. A slot
-  /// that a host brings to life or empties in place isn't noticed.
+  /// When this was set, every slot below it was live, and this slot, if it exists, was free. A slot
+  /// that a host makes live or frees in place does not change it.
   std::uint32_t firstFree = 0;
 
   Container() noexcept = default;
@@ -46,21 +49,22 @@ struct Container {
   }
   ~Container() = default;
 
-  /// The number of slots, free ones included.
+  /// Returns the number of slots, including free ones.
   std::uint32_t size() const noexcept { return static_cast<std::uint32_t>(slots.size()); }
 
-  /// The slot at an index below size(), which isn't checked.
+  /// Returns the slot at `index`. The index must be below size(); it is not checked.
   Element& at(std::int32_t index) { return slots[static_cast<std::size_t>(index)]; }
   const Element& at(std::int32_t index) const { return slots[static_cast<std::size_t>(index)]; }
 
-  /// Whether there is a live object at the index. Any index is allowed.
+  /// Returns true if the slot at `index` is live. Any index is allowed.
   bool valid(std::int32_t index) const {
     return index >= 0 && index < static_cast<std::int32_t>(size()) && at(index).live();
   }
 
-  /// Chooses the slot for an addition: the lowest free one, or a new one. It is free when this
-  /// returns, and the caller makes it live, or calls leftFree(). Amortised constant time.
-  /// Errors: std::bad_alloc, with nothing changed.
+  /// Chooses the slot for an addition: the lowest free slot, or a new one. The slot is still free
+  /// when this returns; the caller must make it live or call leftFree(). Takes amortised constant
+  /// time.
+  /// Errors: throws std::bad_alloc and changes nothing.
   std::uint32_t allocate() {
     const std::uint32_t chosen = firstFree;
     if (chosen >= size()) {
@@ -74,13 +78,13 @@ struct Container {
     return chosen;
   }
 
-  /// To be called when an object was put into a free slot otherwise than by allocate().
+  /// Reports that an object was put into a free slot by other means than allocate().
   void occupied(std::uint32_t index) noexcept {
     use(index);
     if (firstFree == index) findNextFree();
   }
 
-  /// To be called when a slot was freed.
+  /// Reports that a slot was freed.
   void freed(std::int32_t index) noexcept {
     leftFree(static_cast<std::uint32_t>(index));
     if (static_cast<std::uint32_t>(index) < firstFree) {
@@ -88,17 +92,18 @@ struct Container {
     }
   }
 
-  /// To be called when what was put into a slot isn't live, as an asset without data. An addition
-  /// takes the slot once a lower one was freed.
+  /// Reports that the content put into a slot is not live, for example an asset without data. An
+  /// addition takes the slot only after a lower slot was freed.
   void leftFree(std::uint32_t index) noexcept {
     if (index < known_) note(index);
   }
 
-  /// Adds free slots up to a count; never takes any away.
+  /// Adds free slots until there are `count` slots. Never removes a slot.
   void grow(std::uint32_t count) { slots.grow(count); }
 
  private:
-  // Notes a free slot below known_. Without the memory for that, it and all behind it are asked.
+  // Records a free slot below known_. If there is no memory for that, lowers known_ to the slot, so
+  // that this slot and all later ones are asked again.
   bool note(std::uint32_t index) noexcept {
     if (!freed_) freed_.reset(new (std::nothrow) vrnt::detail::SlotSet);
     if (freed_ && freed_->insert(index)) return true;
@@ -138,8 +143,8 @@ struct Container {
     firstFree = next;
   }
 
-  // Of the slots below known_, those in freed_ may be free, and all others are in use. The slots
-  // from there on were added by other means than allocate(), and each may be free.
+  // Below known_, the slots in freed_ may be free, and all others are live. Slots from known_ on
+  // were added by other means than allocate(), and each of them may be free.
   std::uint32_t known_ = 0;
   std::unique_ptr<vrnt::detail::SlotSet> freed_;
 };

@@ -1,4 +1,4 @@
-/// A copy of many bytes by several threads.
+/// A memory copy that uses several threads.
 #ifndef VORNATH_DATA_CONTAINER_COPY_HPP
 #define VORNATH_DATA_CONTAINER_COPY_HPP
 
@@ -8,10 +8,12 @@
 
 namespace vrnt::data::detail {
 
-/// Copies `size` bytes of a trivially copyable container's storage. From 1 MiB on several threads
-/// share the work, and the caller returns when all is copied; below it is a plain copy, which with
-/// a size of 0 does nothing. Where the task scheduler lacks memory or threads the caller copies
-/// alone. Source and destination don't overlap. Errors: none.
+/// Copies `size` bytes of the storage of a trivially copyable container. For sizes of 1 MiB or
+/// more, several threads share the work, and the function returns when all bytes are copied. For
+/// smaller sizes it is a plain copy; a size of 0 copies nothing. If the task scheduler has no
+/// memory or no threads, the calling thread copies everything. `source` and `destination` must not
+/// overlap.
+/// Errors: none.
 VRNT_API void trivialContainerCopy(void* destination, const void* source, std::uint64_t size);
 
 }  // namespace vrnt::data::detail

@@ -1,4 +1,4 @@
-/// What the containers of a scene hold: programs, assets and instances.
+/// The elements of a scene's containers: programs, assets and instances.
 #ifndef VORNATH_DATA_ELEMENTS_HPP
 #define VORNATH_DATA_ELEMENTS_HPP
 
@@ -15,11 +15,11 @@
 
 namespace vrnt::data {
 
-/// A source text.
+/// The source text of a program.
 template <typename Source>
 struct Program {
-  char* text = nullptr;      ///< owned, zero-terminated, from malloc; null for none
-  std::uint64_t length = 0;  ///< bytes without the terminator
+  char* text = nullptr;      ///< owned, zero-terminated, allocated by malloc; null if there is none
+  std::uint64_t length = 0;  ///< in bytes, without the terminator
   UniqueId id;               ///< UniqueId::hash() of the text; null in a free slot
 
   Program() noexcept = default;
@@ -37,29 +37,29 @@ struct Program {
 
   bool live() const noexcept { return !id.isNull(); }
 
-  /// Frees the slot. The text stays until the slot is used again.
+  /// Frees the slot. Keeps the text until the slot is used again.
   void markFree() noexcept { id = UniqueId(); }
 
-  /// The text, empty if there is none. Never null.
+  /// Returns the text, or an empty string if there is none. Never null.
   const char* source() const noexcept { return text ? text : ""; }
 };
 
-/// A descriptor and the bytes that it describes.
+/// An asset: a descriptor and the bytes that it describes.
 template <typename Desc>
 struct Asset {
-  UniqueId id;  ///< random at addition; it stays when the asset is removed or updated
+  UniqueId id;  ///< random, set on addition; removal and update keep it
   Desc desc;
   AssetHandle storage;
 
   bool live() const noexcept { return storage.hasData(); }
 
-  /// Frees the slot and drops the bytes. Id and descriptor stay.
+  /// Frees the slot and releases the bytes. Keeps the id and the descriptor.
   void markFree() noexcept { storage = AssetHandle(); }
 };
 
 namespace detail {
 
-// The parts of an instance that not every class has. An empty one takes no room.
+// Parts of an instance that only some classes have. An empty part takes no memory.
 template <bool Present>
 struct InstanceValue {};
 template <>
@@ -71,22 +71,23 @@ template <bool Present>
 struct InstanceReferencesVersion {};
 template <>
 struct InstanceReferencesVersion<true> {
-  std::uint32_t referencesVersion = 0;  ///< rises on any change to a slot
+  std::uint32_t referencesVersion = 0;  ///< incremented by any change to a reference slot
 };
 
 template <std::size_t Count>
 struct InstanceGroupVersions {
-  std::array<std::uint32_t, Count> groupVersions{};  ///< each rises when its group is written
+  std::array<std::uint32_t, Count> groupVersions{};  ///< one per group; incremented by each write
 };
 template <>
 struct InstanceGroupVersions<0> {};
 
-// Of a class with a list of plain slot numbers, the only ones that are counted.
+// Only in classes that have a list of plain slot indices, the only lists whose references are
+// counted.
 template <bool Present>
 struct InstanceListHandedOut {};
 template <>
 struct InstanceListHandedOut<true> {
-  std::uint32_t listHandedOut = 0;  ///< the library's own: when its elements could last be written
+  std::uint32_t listHandedOut = 0;  ///< internal: when a host could last write to the list
 };
 
 template <typename Desc>
@@ -104,13 +105,13 @@ struct InstanceDesc {
 };
 
 struct InstanceVersion {
-  std::uint32_t version = 0;  ///< rises on every change to the object
+  std::uint32_t version = 0;  ///< incremented by every change to the object
 };
 
 }  // namespace detail
 
-/// An object of references and groups. Its counters only ever rise, and go on when its slot is used
-/// again.
+/// An object with reference slots and groups. Its counters never decrease, and continue when the
+/// slot is used again.
 template <typename Desc>
 struct Instance : detail::InstanceDesc<Desc>,
                   detail::InstanceValue<ClassInfo<Desc>::kHasValue>,
@@ -120,12 +121,12 @@ struct Instance : detail::InstanceDesc<Desc>,
                   detail::InstanceListHandedOut<detail::hasPlainList<Desc>()> {
   bool deleted = true;
 
-  // Not defaulted: making an element in a container would then begin by zeroing all of it.
+  // Not defaulted, because then a container would zero each new element before it initialises it.
   Instance() noexcept {}
 
   bool live() const noexcept { return !deleted; }
 
-  /// Frees the slot. All that it holds stays until the slot is used again, the value even then.
+  /// Frees the slot. Keeps the content until the slot is used again, and the value even then.
   void markFree() noexcept { deleted = true; }
 };
 

@@ -1,16 +1,18 @@
-/// What a host in C++17 puts around the flat functions: scenes that end themselves, fields by path,
-/// bytes handed over without a copy. All of it is header-only; failures are thrown as
-/// vrnt::Exception or std::bad_alloc, and nothing leaks then.
+/// The C++17 interface for hosts, a layer over the flat functions. It offers scenes with automatic
+/// lifetime, access to fields by path, and assets that use a host's bytes without a copy. It is
+/// header-only. Failures throw vrnt::Exception or std::bad_alloc and leak nothing.
 ///
 ///     using namespace vrnt;
 ///     host::Scene scene;
 ///     host::Object camera = scene.create(VRDM_CLASS_CAMERA);
 ///     scene.refer(camera, "program", scene.addProgram(VRDM_CLASS_CAMERA_PROGRAM, source));
-///     scene.setGroup(camera, "General", scene.group(camera, "General").set("near_distance",
-///     0.5F)); scene.setValue(camera, host::Record::ofType("{ float focal_length; }"));
+///
+///     host::Record general = scene.group(camera, "General");
+///     scene.setGroup(camera, "General", general.set("near_distance", 0.5F));
+///     scene.setValue(camera, host::Record::ofType("{ float focal_length; }"));
 ///     scene.write("camera.vrnscene");
 ///
-/// Every handle is ended before vrntValuesShutdown(): scenes, records, fields, types and values.
+/// Destroy all scenes, records, fields, types and values before you call vrntValuesShutdown().
 #ifndef VORNATH_DATA_HOST_HPP
 #define VORNATH_DATA_HOST_HPP
 

@@ -1,4 +1,4 @@
-/// References between the objects of a scene: slot numbers, never pointers.
+/// References between the objects of a scene. A reference is a slot index, never a pointer.
 #ifndef VORNATH_DATA_REF_HPP
 #define VORNATH_DATA_REF_HPP
 
@@ -8,8 +8,9 @@
 
 namespace vrnt {
 
-/// The slot number of an object in the container of T; -1 for none. It holds no generation: after
-/// the object's removal it is the number of a free slot, and later of whatever takes that slot.
+/// The slot index of an object in the container of T, or -1 for none. It has no generation number:
+/// after the object is removed, the reference leads to a free slot, and later to the object that
+/// takes this slot.
 template <typename T>
 struct Ref {
   using Target = T;
@@ -23,7 +24,7 @@ struct Ref {
 static_assert(sizeof(Ref<void>) == 4 && std::is_trivially_copyable_v<Ref<void>>,
               "a reference goes to file as its 32-bit word");
 
-/// A list of slot numbers in the container of T; -1 for none.
+/// A list of slot indices in the container of T; -1 for none.
 template <typename T>
 struct RefList {
   using Target = T;
@@ -32,9 +33,9 @@ struct RefList {
   std::vector<std::int32_t> words;
 };
 
-/// A list whose words say in their sign which of two things they mean: 0 or more is a slot number
-/// as it stands (`nonNegative`), a negative word is the bitwise complement of one (`negative`).
-/// kNoTarget is the one word that stands for neither.
+/// A list whose words have two meanings, told apart by their sign. A word of 0 or more is a plain
+/// slot index (see nonNegative()). A negative word is the bitwise complement of a slot index (see
+/// negative()). Only the word kNoTarget refers to nothing.
 template <typename T>
 struct CodedRefList {
   using Target = T;

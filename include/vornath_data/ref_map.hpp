@@ -1,4 +1,4 @@
-/// Where objects of one scene are found in another.
+/// A map from the objects of a source scene to their copies in a target scene.
 #ifndef VORNATH_DATA_REF_MAP_HPP
 #define VORNATH_DATA_REF_MAP_HPP
 
@@ -10,20 +10,21 @@
 
 namespace vrnt::data {
 
-/// The renumbering of one class: pairs of a slot number in the source and the slot number in the
-/// target that it became, in ascending order of the source's numbers. T is what the class's
-/// container stores, as in Ref<T>.
-/// Threads: as a std::vector.
+/// The slot map of one class. Each pair holds a slot index in the source and the slot index in the
+/// target that it became, sorted by source index. T is the element that the class's container
+/// stores, as in Ref<T>.
+/// Threads: as for a std::vector.
 template <typename T>
 class RefMap {
  public:
   using Pair = std::pair<std::int32_t, std::int32_t>;
 
-  /// One pair for each live object of the source.
+  /// Returns the pairs, one for each live object of the source.
   const std::vector<Pair>& pairs() const noexcept { return pairs_; }
 
-  /// Puts in a pair, behind those of the same source number. Constant time in ascending order.
-  /// Errors: std::bad_alloc, with nothing changed.
+  /// Inserts a pair after all pairs with the same or a lower source index. Takes constant time if
+  /// the calls come in ascending order of the source index.
+  /// Errors: throws std::bad_alloc and changes nothing.
   void add(std::int32_t source, std::int32_t target) {
     auto place = pairs_.cend();
     if (!pairs_.empty() && source < pairs_.back().first) {
@@ -34,10 +35,11 @@ class RefMap {
     pairs_.insert(place, Pair(source, target));
   }
 
-  /// The target's number by the first pair of that source number, -1 if there is none. Any number
-  /// is allowed. Constant time below the source's first free slot, else logarithmic.
+  /// Returns the target index of the first pair with this source index, or -1 if there is none. Any
+  /// index is allowed. Takes constant time below the first free slot of the source, else
+  /// logarithmic time.
   std::int32_t lookup(std::int32_t source) const noexcept {
-    // Where the source has no gaps, an object's pair stands at the object's own number.
+    // If the source has no free slots below this one, the pair's position is the source index.
     const auto own = static_cast<std::size_t>(source);
     if (source >= 0 && own < pairs_.size() && pairs_[own].first == source &&
         (own == 0 || pairs_[own - 1].first != source)) {

@@ -1,4 +1,4 @@
-/// Error codes, exceptions and results: how the C++ side of the library reports a failure.
+/// Error codes, exceptions and results: how the C++ classes of the library report failures.
 #ifndef VORNATH_DATA_RESULT_HPP
 #define VORNATH_DATA_RESULT_HPP
 
@@ -13,9 +13,9 @@
 
 #include "vornath_data/api.h"
 
-/// Raised where a correct caller can't get to: a flat accessor was given a type of a kind that it
-/// doesn't accept. It has no text of its own; what the library throws is a class derived from it,
-/// whose what() says which function was given what.
+/// Thrown on API misuse: a flat accessor was called with a type of a kind that it does not accept.
+/// This class has no message of its own. The library throws a derived class, whose what() names the
+/// function and the type that it was given.
 class VRNT_API VornathValuesAssertionFailure : public std::exception {
  public:
   VornathValuesAssertionFailure() noexcept = default;
@@ -26,7 +26,7 @@ class VRNT_API VornathValuesAssertionFailure : public std::exception {
 
 namespace vrnt {
 
-/// The kinds of failure. The numbers are stable; 23 is not in use.
+/// The kinds of failure. The codes are stable; 23 is not used.
 enum class ErrorCode : std::int32_t {
   NoError = 0,
   InvalidArguments = 1,
@@ -55,13 +55,13 @@ enum class ErrorCode : std::int32_t {
   UnknownError = 25
 };
 
-/// A code and, if there is one, a text of its own. An empty text is stored as none.
-/// Owns the text; a copy duplicates it, a move takes it and leaves the source without one.
+/// An error code with an optional message. An empty message is stored as none.
+/// Owns the message. A copy duplicates it; a move takes it and leaves the source without one.
 class VRNT_API ErrorRecord {
  public:
   ErrorRecord() noexcept = default;
 
-  /// Copies `text`; null or empty gives no text. Throws std::bad_alloc.
+  /// Copies `text`, which may be null or empty for no message. Throws std::bad_alloc.
   explicit ErrorRecord(ErrorCode code, std::string_view text = {});
 
   ErrorRecord(const ErrorRecord& other);
@@ -72,14 +72,14 @@ class VRNT_API ErrorRecord {
 
   ErrorCode code() const noexcept { return code_; }
 
-  /// The text of its own, zero-terminated, or null. It belongs to the record.
+  /// Returns the message, zero-terminated, or null if there is none. Borrowed from the record.
   const char* message() const noexcept { return message_; }
 
-  /// The bytes of the text without the terminator; 0 when there is none.
+  /// Returns the size of the message in bytes, without the terminator; 0 if there is none.
   std::uint64_t length() const noexcept { return length_; }
 
-  /// The text of its own if there is one, else the fixed text of the code, as "IO error". Never
-  /// null.
+  /// Returns the message if there is one, else the fixed text of the code, for example "IO error".
+  /// Never null.
   const char* text() const noexcept;
 
  private:
@@ -90,7 +90,7 @@ class VRNT_API ErrorRecord {
 
 namespace detail {
 
-/// One argument of a message format, passed without exposing the formatting library.
+/// One argument of a message format. It keeps the formatting library out of the public headers.
 class FormatArgument {
  public:
   using Value =
@@ -108,7 +108,7 @@ class FormatArgument {
   const Value& value() const noexcept { return value_; }
 
  private:
-  // bool, char and float print in their own way; the other numbers print alike at every width.
+  // bool, char and float have formats of their own. Other numbers print the same at every width.
   template <typename T>
   using Stored = std::conditional_t<
       std::is_same_v<T, bool> || std::is_same_v<T, char> || std::is_same_v<T, float>, T,
@@ -120,14 +120,16 @@ class FormatArgument {
 
 }  // namespace detail
 
-/// What the library raises on purpose. It holds one ErrorRecord.
+/// The exception that the library throws for its own errors. It holds one ErrorRecord.
 class VRNT_API Exception : public std::exception {
  public:
-  /// Copies `text`; null or empty gives no text, and what() is then the fixed text of the code.
+  /// Copies `text`. If it is null or empty, there is no message, and what() returns the fixed text
+  /// of the code.
   explicit Exception(ErrorCode code, const char* text = nullptr);
   Exception(ErrorCode code, std::string_view text);
 
-  /// Puts one to three arguments, numbers or texts, into the `{}` of `format`.
+  /// Formats the message: replaces each `{}` in `format` by one of one to three arguments, which
+  /// are numbers or strings.
   template <typename A>
   Exception(ErrorCode code, const char* format, const A& a)
       : Exception(code, format, Args<1>{{a}}) {}
@@ -138,7 +140,7 @@ class VRNT_API Exception : public std::exception {
   Exception(ErrorCode code, const char* format, const A& a, const B& b, const C& c)
       : Exception(code, format, Args<3>{{a, b, c}}) {}
 
-  /// Takes the record over.
+  /// Takes over the record.
   explicit Exception(ErrorRecord&& record) noexcept;
 
   Exception(const Exception& other);
@@ -147,7 +149,7 @@ class VRNT_API Exception : public std::exception {
   Exception& operator=(Exception&& other) noexcept;
   ~Exception() override;
 
-  /// The text of its own if there is one, else the fixed text of the code.
+  /// Returns the message if there is one, else the fixed text of the code.
   const char* what() const noexcept override;
 
   ErrorCode code() const noexcept { return record_.code(); }
@@ -167,8 +169,8 @@ class VRNT_API Exception : public std::exception {
   ErrorRecord record_;
 };
 
-/// Either a T, or the record of why there is none. Default-constructed records don't occur in a
-/// failure: a failure's code isn't NoError.
+/// Holds either a T, or an ErrorRecord that tells why there is none. The code of a failure is never
+/// NoError.
 template <typename T>
 class Result {
  public:
@@ -180,7 +182,7 @@ class Result {
   bool hasValue() const noexcept { return value_.has_value(); }
   explicit operator bool() const noexcept { return hasValue(); }
 
-  /// The T. Throws a vrnt::Exception made from a copy of the record if there is none.
+  /// Returns the T. If there is none, throws a vrnt::Exception with a copy of the record.
   T& value() & {
     require();
     return *value_;
@@ -200,7 +202,8 @@ class Result {
   T* operator->() { return &value(); }
   const T* operator->() const { return &value(); }
 
-  /// The record: code NoError and no text on success. It belongs to the result.
+  /// Returns the record, borrowed from the result. On success its code is NoError and it has no
+  /// message.
   const ErrorRecord& error() const noexcept { return error_; }
 
  private:

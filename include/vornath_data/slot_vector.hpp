@@ -11,10 +11,9 @@
 
 namespace vrnt::data {
 
-/// A vector of elements that only grows. It differs from std::vector in how: elements that are
-/// plain bytes grow by realloc, which for large containers moves pages from one address to another
-/// instead of copying what is on them and touching fresh ones, the larger part of the cost of
-/// adding an object. It has no copy.
+/// A vector that only grows and cannot be copied. In contrast to std::vector, it grows trivially
+/// copyable elements by realloc(). For a large container, realloc() remaps pages instead of copying
+/// their bytes to newly allocated ones. Copying would be most of the cost of an addition.
 template <typename Element>
 class SlotVector {
   static_assert(std::is_nothrow_move_constructible_v<Element> &&
@@ -48,24 +47,25 @@ class SlotVector {
   const Element* begin() const noexcept { return elements_; }
   const Element* end() const noexcept { return elements_ + size_; }
 
-  /// The index isn't checked.
+  /// The index is not checked.
   Element& operator[](std::size_t index) noexcept { return elements_[index]; }
   const Element& operator[](std::size_t index) const noexcept { return elements_[index]; }
 
-  /// Makes room for that many elements. Errors: std::bad_alloc, with nothing changed.
+  /// Allocates memory for `count` elements.
+  /// Errors: throws std::bad_alloc and changes nothing.
   void reserve(std::size_t count) {
     if (count > capacity_) changeCapacity(count);
   }
 
-  /// Adds elements up to that many; never takes any away.
-  /// Errors: std::bad_alloc, with nothing changed.
+  /// Appends elements until there are `count`. Never removes an element.
+  /// Errors: throws std::bad_alloc and changes nothing.
   void grow(std::size_t count) {
     reserve(count);
     for (; size_ < count; ++size_) new (static_cast<void*>(elements_ + size_)) Element;
   }
 
-  /// Adds an element, in amortised constant time.
-  /// Errors: std::bad_alloc, with nothing changed.
+  /// Appends an element and returns it. Takes amortised constant time.
+  /// Errors: throws std::bad_alloc and changes nothing.
   Element& append() {
     if (size_ == capacity_) changeCapacity(capacity_ == 0 ? 1 : 2 * capacity_);
     Element* added = new (static_cast<void*>(elements_ + size_)) Element;
@@ -75,7 +75,7 @@ class SlotVector {
 
  private:
   void changeCapacity(std::size_t count) {
-    // No object is larger than the distance between two pointers.
+    // No object is larger than the largest pointer difference.
     constexpr auto kMostBytes =
         static_cast<std::size_t>(std::numeric_limits<std::ptrdiff_t>::max());
     if (count > kMostBytes / sizeof(Element)) throw std::bad_alloc();

@@ -1,4 +1,4 @@
-/// Texture formats, layouts and types with their names, and the descriptor of a texture asset.
+/// Formats, layouts and types of textures with their names, and the descriptor of a texture asset.
 #ifndef VORNATH_DATA_TEXTURE_HPP
 #define VORNATH_DATA_TEXTURE_HPP
 
@@ -11,10 +11,11 @@
 
 namespace vrnt {
 
-/// How one pixel is stored: the channels and the bits of each. SL and S... are gamma-encoded, L and
-/// RGB linear, H is a height, N a normal, NH a normal with a height, X to XYZW are data; 16 and 32
-/// are half and full floats. BC are the block-compressed formats, N normal and U unsigned variants.
-/// The numbers, which asset_records.h has, are stored in scene files; those without a name are
+/// The storage of a pixel: its channels, and the bits of each channel. Names that begin with S are
+/// gamma-encoded; L and RGB are linear. H is a height, N a normal, NH a normal with a height. X to
+/// XYZW hold data. Formats of 16 and 32 bits hold half and float channels. BC1 to BC7 are the
+/// block-compressed formats, where a suffix N means normal and a suffix U means unsigned.
+/// asset_records.h defines the codes, and scene files store them. Codes without a name are
 /// reserved.
 enum class TextureFormat : std::int32_t {
   SL8 = VRNT_TEXTURE_FORMAT_SL8,
@@ -66,9 +67,9 @@ enum class TextureFormat : std::int32_t {
   BC3U = VRNT_TEXTURE_FORMAT_BC3U
 };
 
-/// How the image is arranged: a shape (0 flat, 1 latitude-longitude, 2 cube map) and the flags
-/// 0x4000 DirectX orientation, 0x8000 mipmapped, 0x10000 spectral, 0x20000 array. Only these
-/// combinations have a name.
+/// The layout of an image. A code combines a shape (0 flat, 1 latitude-longitude, 2 cube map) with
+/// the flags 0x4000 DirectX orientation, 0x8000 mipmapped, 0x10000 spectral and 0x20000 array. Only
+/// the combinations below have a name.
 enum class TextureLayout : std::int32_t {
   Flat = VRNT_TEXTURE_LAYOUT_2D,
   LatLong = VRNT_TEXTURE_LAYOUT_LAT_LONG,
@@ -85,7 +86,7 @@ enum class TextureLayout : std::int32_t {
   FlatArrayMipmap = VRNT_TEXTURE_LAYOUT_2D_ARRAY_MIPMAP
 };
 
-/// What a texture's pixels stand for.
+/// The meaning of a texture's pixels.
 enum class TextureType : std::int32_t {
   Spectrum = VRNT_TEXTURE_TYPE_SPECTRUM,
   Sphere = VRNT_TEXTURE_TYPE_SPHERE,
@@ -94,38 +95,39 @@ enum class TextureType : std::int32_t {
   SphereData = VRNT_TEXTURE_TYPE_SPHERE_DATA
 };
 
-/// The number of the TextureFormat with that very name, as "SRGB8", or -1. The name is not null.
+/// Returns the code of the TextureFormat with exactly this name, for example "SRGB8", or -1 if
+/// there is none. The name must not be null.
 VRNT_API std::int32_t parseTextureFormat(const char* name);
 
-/// The number of the TextureLayout with that very name, as "2D-Mipmap", or -1. The name is not
-/// null.
+/// Returns the code of the TextureLayout with exactly this name, for example "2D-Mipmap", or -1 if
+/// there is none. The name must not be null.
 VRNT_API std::int32_t parseTextureLayout(const char* name);
 
-/// The number of the TextureType with that very name, as "Sphere data", or -1. The name is not
-/// null.
+/// Returns the code of the TextureType with exactly this name, for example "Sphere data", or -1 if
+/// there is none. The name must not be null.
 VRNT_API std::int32_t parseTextureType(const char* name);
 
-/// The name, or "Unknown" for a number without one. The text is static.
+/// Returns the name, or "Unknown" for a code without a name. The string is static.
 VRNT_API const char* toString(TextureFormat format);
-/// The same for a layout.
+/// Returns the name of a layout; as for a format.
 VRNT_API const char* toString(TextureLayout layout);
-/// The same for a type of texture.
+/// Returns the name of a texture type; as for a format.
 VRNT_API const char* toString(TextureType type);
 
 namespace detail {
 
-/// What a texture asset's bytes hold: five 32-bit words.
+/// The descriptor of a texture asset: five 32-bit words that describe its bytes.
 struct TextureDesc {
   std::int32_t width = 0;   ///< pixels
   std::int32_t height = 0;  ///< pixels
-  std::int32_t depth = 0;   ///< third extent; the same at every level of a mip chain. The
-                            ///< faces of a cube and the layers of an array count here
+  std::int32_t depth = 0;   ///< slices; equal at every level of a mip chain. The faces of a cube
+                            ///< and the layers of an array count as slices
   TextureFormat format = TextureFormat::SL8;
   TextureLayout layout = TextureLayout::Flat;
 
-  /// The size of the texture's bytes: of its one image, or of the whole chain, down to 1 by 1, if
-  /// the layout is mipmapped. 0 for a depth that isn't positive; the largest number if the size
-  /// doesn't fit.
+  /// Returns the size of the texture in bytes. A mipmapped layout counts the whole chain, down to
+  /// 1 by 1. Returns 0 if the depth is zero or negative; without a mip chain, also if the width or
+  /// height is. Returns SIZE_MAX if the size overflows.
   VRNT_API std::size_t size() const;
 };
 

@@ -1,4 +1,4 @@
-/// The textures that a value names.
+/// Search for the textures that a value refers to.
 #ifndef VORNATH_DATA_TEXTURE_REFERENCES_HPP
 #define VORNATH_DATA_TEXTURE_REFERENCES_HPP
 
@@ -11,13 +11,14 @@
 
 namespace vrnt::data {
 
-/// The textures that a value names, in the order of its fields, each as often as it is named. They
-/// are named by structs of one int field, which is called `texture_ref`, `spectrum_texture`,
-/// `spectrum_sphere_texture`, `normal_texture`, `float_texture` or `float_sphere_texture`; a
-/// negative number names none. The value may be such a struct itself, or a struct that has one at
-/// any depth. Arrays aren't looked into, nor is what references lead to.
-/// Argument: not empty.
-/// Errors: std::bad_alloc. Threads: may be called from any thread; reads the value.
+/// Returns the textures that a value refers to, in the order of its fields, one entry for each
+/// reference. A texture reference is a struct with a single int field named `texture_ref`,
+/// `spectrum_texture`, `spectrum_sphere_texture`, `normal_texture`, `float_texture` or
+/// `float_sphere_texture`; a negative index refers to nothing and is left out. The value may be
+/// such a struct, or a struct that contains one at any depth. The search does not enter arrays and
+/// does not follow references. The value must not be empty.
+/// Errors: throws std::bad_alloc.
+/// Threads: may be called from any thread; reads the value.
 VRNT_API std::vector<Ref<Asset<vrnt::detail::TextureDesc>>> extractTextureReferences(
     const Value& value);
 

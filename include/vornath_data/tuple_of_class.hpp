@@ -1,4 +1,4 @@
-/// One thing for each class.
+/// A tuple with one member for each class.
 #ifndef VORNATH_DATA_TUPLE_OF_CLASS_HPP
 #define VORNATH_DATA_TUPLE_OF_CLASS_HPP
 
@@ -11,8 +11,8 @@ namespace vrnt::data {
 
 namespace detail {
 
-// Members nest so that they lie in class order and end from the last class to the first, which
-// std::tuple leaves open.
+// The members are nested, so that they lie in class order and are destroyed from the last class to
+// the first. std::tuple leaves both open.
 template <template <typename> class Member, typename... Descs>
 struct ClassMembers {};
 
@@ -46,7 +46,8 @@ struct MembersOfList<Member, std::tuple<Descs...>> {
   using Members = ClassMembers<Member, Descs...>;
 };
 
-/// `Member` of what each class stores, in class order: `get<Desc>()` is that of a class.
+/// Holds a `Member` of the stored element for each class, in class order. `get<Desc>()` returns the
+/// member of a class.
 template <template <typename> class Member>
 using TupleOfClass = typename MembersOfList<Member, ClassList>::Members;
 

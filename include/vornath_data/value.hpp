@@ -1,5 +1,5 @@
-/// Values for C++ hosts: counted handles and typed places, thin and header-only over the flat
-/// functions.
+/// Values for C++ hosts: counted handles and typed views. This header is a thin, header-only layer
+/// over the flat functions.
 #ifndef VORNATH_DATA_VALUE_HPP
 #define VORNATH_DATA_VALUE_HPP
 
@@ -22,20 +22,20 @@ namespace vrnt {
 
 namespace detail {
 
-/// vrntValueEqual(), the reason as a std::string.
+/// Calls vrntValueEqual(). If it gives a reason, copies it to `*reason`.
 inline bool equalAt(const vrntValue_t* a, const vrntValueView_t& viewA, const vrntValue_t* b,
                     const vrntValueView_t& viewB, float tolerance, std::string* reason) {
-  char* words = nullptr;
+  char* text = nullptr;
   const bool equal =
-      vrntValueEqual(a, &viewA, b, &viewB, tolerance, reason != nullptr ? &words : nullptr) != 0;
-  const std::unique_ptr<char, StringDestroyer> owned(words);
-  if (words != nullptr) *reason = words;
+      vrntValueEqual(a, &viewA, b, &viewB, tolerance, reason != nullptr ? &text : nullptr) != 0;
+  const std::unique_ptr<char, StringDeleter> owned(text);
+  if (text != nullptr) *reason = text;
   return equal;
 }
 
 }  // namespace detail
 
-/// Owns one reference on a type; an empty one owns nothing.
+/// A counted handle on a type. Owns one reference, or is empty.
 class TypeHandle {
  public:
   TypeHandle() noexcept = default;
@@ -50,15 +50,15 @@ class TypeHandle {
     if (type_ != nullptr) vrntTypeDestroy(type_);
   }
 
-  /// Takes over a reference of the caller's.
+  /// Takes over the caller's reference on `type`, which may be null.
   static TypeHandle adopt(vrntType_t* type) noexcept {
     TypeHandle handle;
     handle.type_ = type;
     return handle;
   }
 
-  /// Parses a type's text. Fails with ParseFailed and the words of vrntTypeParse(), with
-  /// MemoryAllocationFailure without words, or with InternalError.
+  /// Parses the text of a type. Fails with ParseFailed and the message of vrntTypeParse(), with
+  /// MemoryAllocationFailure and no message, or with InternalError.
   static Result<TypeHandle> parse(const char* text) {
     vrntValuesError_t* error = nullptr;
     vrntType_t* const type = vrntTypeParse(text, &error);
@@ -66,22 +66,28 @@ class TypeHandle {
     return adopt(type);
   }
 
-  /// The handle, which stays this object's; null if it is empty.
+  /// Returns the flat handle, or null if this is empty. This object keeps its reference.
   vrntType_t* get() const noexcept { return type_; }
 
-  /// Gives the reference to the caller; the handle is empty then.
+  /// Gives the reference to the caller and leaves this empty.
   vrntType_t* release() noexcept { return std::exchange(type_, nullptr); }
 
-  /// Whether there is a handle.
+  /// Returns true if this is not empty.
   explicit operator bool() const noexcept { return type_ != nullptr; }
 
  private:
   vrntType_t* type_ = nullptr;
 };
 
-/// Owns one reference on a value's block; an empty one owns nothing. A copy shares the block; a
-/// write to a shared block moves the handle to a copy of it. One handle belongs to one thread at a
-/// time.
+/// A counted handle on a value. Owns one reference on the value's block, or is empty. A copy shares
+/// the block. A write to a shared block first makes a copy of the block for this handle:
+///
+///     Value a = Value::parse("{ x = 1; }").value();
+///     Value b = a;                                    // shares the block
+///     View(&b).field("x").write(std::int32_t{2});     // b moves to a copy; a still holds 1
+///
+/// Threads: use one handle on one thread at a time. Handles on the same block may be used on
+/// different threads.
 class Value {
  public:
   Value() noexcept = default;
@@ -96,18 +102,19 @@ class Value {
     if (value_ != nullptr) vrntValueDestroy(value_);
   }
 
-  /// Takes over a reference of the caller's.
+  /// Takes over the caller's reference on `value`, which may be null.
   static Value adopt(vrntValue_t* value) noexcept {
     Value handle;
     handle.value_ = value;
     return handle;
   }
 
-  /// Shares a block whose handle stays the caller's.
+  /// Adds a reference to `value`. The caller keeps its own reference.
   static Value share(const vrntValue_t* value) { return adopt(vrntValueCopy(value)); }
 
-  /// A value of the type: its default one if `withDefault`, else all bytes zero. Fails with
-  /// MemoryAllocationFailure without words, or with InternalError and the words of the flat error.
+  /// Creates a value of the type: the default value if `withDefault`, else a value of zero bytes.
+  /// Fails with MemoryAllocationFailure and no message, or with InternalError and the message of
+  /// the flat function.
   static Result<Value> create(const vrntType_t* type, bool withDefault) {
     vrntValuesError_t* error = nullptr;
     vrntValue_t* const value =
@@ -116,10 +123,11 @@ class Value {
     return adopt(value);
   }
 
-  /// Reads a value's text, as in `{ a = 1; b = [ 1.0, 2.0 ]; }`. Fails as create(), with the words
-  /// of vrntValueParse().
+  /// Parses the text of a value, for example `{ a = 1; b = [ 1.0, 2.0 ]; }`. Fails as create(),
+  /// with the message of vrntValueParse().
   static Result<Value> parse(const char* text) {
-    // These characters and their terminator are the magic of a block, for which they'd be taken.
+    // This text and its terminator equal the magic bytes of a block, so the parser would take the
+    // text for a block.
     if (text != nullptr && std::strcmp(text, "vrntval") == 0) text = " vrntval";
     vrntValuesError_t* error = nullptr;
     vrntValue_t* const value = vrntValueParse(text, &error);
@@ -127,8 +135,8 @@ class Value {
     return adopt(value);
   }
 
-  /// This value carried over to another type, as vrntCoerce() does it. This value is not empty, and
-  /// stays as it is. Fails as create(), with the words of vrntCoerce().
+  /// Coerces this value to another type, as vrntCoerce() does. This must not be empty, and does
+  /// not change. Fails as create(), with the message of vrntCoerce().
   Result<Value> coerce(const vrntType_t* type) const {
     vrntValuesError_t* error = nullptr;
     vrntValue_t* const value = vrntCoerce(type, value_, &error);
@@ -136,54 +144,56 @@ class Value {
     return adopt(value);
   }
 
-  /// Whether the values are equal, as vrntValueEqual() has it. `reason` may be null; if a reason is
-  /// known it receives the words. An empty handle is equal to an empty one alone.
-  /// Errors: those of vrntValueEqual(), thrown.
+  /// Compares two values as vrntValueEqual() does. If they differ and the reason is known, stores
+  /// it in `*reason`; `reason` may be null. An empty handle is equal only to another empty handle.
+  /// Errors: throws what vrntValueEqual() throws.
   bool equal(const Value& other, float tolerance = 0.0F, std::string* reason = nullptr) const {
     if (value_ == nullptr || other.value_ == nullptr) return value_ == other.value_;
     return detail::equalAt(value_, {type(), 0}, other.value_, {other.type(), 0}, tolerance, reason);
   }
 
-  /// The handle, which stays this object's; null if it is empty.
+  /// Returns the flat handle, or null if this is empty. This object keeps its reference.
   vrntValue_t* get() const noexcept { return value_; }
-  /// Whether there is a handle.
+  /// Returns true if this is not empty.
   explicit operator bool() const noexcept { return value_ != nullptr; }
 
-  /// Gives the reference to the caller; the handle is empty then.
+  /// Gives the reference to the caller and leaves this empty.
   vrntValue_t* release() noexcept { return std::exchange(value_, nullptr); }
 
-  /// The handle for the flat writing functions, which may replace it.
+  /// Returns the address of the flat handle, for the flat functions that write. They may replace
+  /// the handle.
   vrntValue_t** address() noexcept { return &value_; }
 
-  /// Borrowed: lives as long as the value.
+  /// Returns the type of the value, borrowed until the value is destroyed.
   vrntType_t* type() const { return vrntValueType(value_); }
-  /// The value's bytes, borrowed: they move when the value is written to.
+  /// Returns the bytes of the value, borrowed until the next write to it, which may move them.
   const void* data() const { return vrntValueData(value_); }
 
  private:
   vrntValue_t* value_ = nullptr;
 };
 
-/// A place in a value, for reading: the whole of it, a field of a struct, or an element of an
-/// array. `Owner` is `Value*` or `const Value*`: ConstView and View below are the usual names. A
-/// view holds no reference on the value, and lives no longer than the Value that it names, which is
-/// not empty. Field indices and labels are checked, and so are the types that are read and written;
-/// the indices of element() are not.
+/// A read-only view of a place in a value: the whole value, a field of a struct, or an element of
+/// an array. `Owner` is `Value*` or `const Value*`; use the names ConstView and View below. A view
+/// holds no reference on the value. The Value must not be empty and must outlive the view. Field
+/// indices, field labels and the types that are read and written are checked. The indices of
+/// element() are not.
 template <typename Owner>
 class ConstBasicView {
   static_assert(std::is_same_v<Owner, Value*> || std::is_same_v<Owner, const Value*>,
                 "a view's owner is a Value* or a const Value*");
 
  public:
-  /// The whole value.
+  /// Makes a view of the whole value.
   explicit ConstBasicView(Owner owner) : ConstBasicView(owner, owner->type(), 0) {}
 
-  /// The place of `type` at `offset`. The type isn't counted: it must outlive the view, as the
-  /// types within the value's own type do.
+  /// Makes a view of the place of type `type`, `offset` bytes from the beginning of the value.
+  /// Holds no reference on the type, which must outlive the view. A type that is part of the
+  /// value's own type does.
   ConstBasicView(Owner owner, const vrntType_t* type, std::uint64_t offset)
       : ConstBasicView(owner, const_cast<vrntType_t*>(type), offset, wholePosition(type), false) {}
 
-  /// The same, and the view and those made from it hold references on their types.
+  /// As above, but this view and all views made from it hold references on their types.
   ConstBasicView(Owner owner, const TypeHandle& type, std::uint64_t offset)
       : ConstBasicView(owner, vrntTypeCopy(type.get()), offset, wholePosition(type.get()), true) {}
 
@@ -194,7 +204,7 @@ class ConstBasicView {
         offset_(other.offset_),
         position_(other.position_) {}
 
-  /// A view for reading of the place that a view for writing has.
+  /// Makes a read-only view of the place that a writable view refers to.
   template <typename Other, typename = std::enable_if_t<std::is_same_v<Owner, const Value*> &&
                                                         std::is_same_v<Other, Value*>>>
   ConstBasicView(const ConstBasicView<Other>& other)  // NOLINT(google-explicit-constructor)
@@ -219,7 +229,7 @@ class ConstBasicView {
 
   Owner owner() const noexcept { return owner_; }
 
-  /// The place in flat form: its own type, borrowed, and its offset in the value.
+  /// Returns the place for the flat functions: its type, borrowed, and its offset in the value.
   vrntValueView_t place() const {
     if (!standsOnField()) return {type_, offset_};
     vrntValueView_t place{};
@@ -228,52 +238,52 @@ class ConstBasicView {
     return place;
   }
 
-  /// The type at the place, borrowed.
+  /// Returns the type of the place, borrowed.
   const vrntType_t* type() const { return place().type; }
 
-  /// The number of fields of a struct.
+  /// Returns the number of fields of a struct.
   std::uint32_t fieldCount() const { return vrntTypeFieldCount(type()); }
 
-  /// Throws Exception "Struct field index {} out of range.", and VornathValuesAssertionFailure for
-  /// a place that isn't a struct.
+  /// Returns a view of a field of a struct. Throws Exception "Struct field index {} out of range.",
+  /// and VornathValuesAssertionFailure if the place is not a struct.
   ConstBasicView field(std::uint32_t index) const {
     return ConstBasicView(*this, FieldIndex{index});
   }
-  /// Throws Exception "Field not found in struct: {}." as well.
+  /// As above, by label. Also throws Exception "Field not found in struct: {}.".
   ConstBasicView field(std::string_view label) const { return field(fieldIndex(label)); }
 
-  /// The index has as many numbers as the array has dimensions, the fastest running one first. The
-  /// numbers aren't checked against the extents. Throws Exception "Array of rank {} takes {}
-  /// indices, not {}." for another count, and VornathValuesAssertionFailure for a place that isn't
-  /// an array.
+  /// Returns a view of an element of an array. Takes one index for each dimension of the array; the
+  /// first index varies fastest in memory. Does not check the indices against the extents. Throws
+  /// Exception "Array of rank {} takes {} indices, not {}." for a wrong number of indices, and
+  /// VornathValuesAssertionFailure if the place is not an array.
   template <typename... Index>
   ConstBasicView element(Index... index) const {
     return ConstBasicView(*this, elementPlace("element", false, index...));
   }
-  /// element() with the numbers checked: throws Exception "Array index {} out of range [0, {})." as
-  /// well. An array whose extents are open has no elements.
+  /// As element(), but checks the indices. Also throws Exception "Array index {} out of range
+  /// [0, {}).". An unsized array has no elements.
   template <typename... Index>
   ConstBasicView at(Index... index) const {
     return ConstBasicView(*this, elementPlace("at", true, index...));
   }
 
-  /// The bytes at the place, borrowed.
+  /// Returns the bytes of the place, borrowed.
   const void* data() const { return static_cast<const char*>(owner_->data()) + place().offset; }
 
-  /// Reads a T, which fits the place's type:
+  /// Reads a T. T must fit the type of the place:
   ///
   /// | T | Fits |
   /// |---|---|
   /// | float | `float` |
-  /// | bool | `bool`: any word but 0 is true |
+  /// | bool | `bool`: any word except 0 is true |
   /// | std::int32_t, std::uint32_t, an enum of that size | `int`, an enum's code |
   /// | char, signed or unsigned, or an enum of that size | `char` |
   /// | std::uint16_t | `half`, as its bits |
-  /// | std::array<T, N> | N lanes or N elements of what T fits |
-  /// | a trivially copyable struct or union | what has its size, or three lanes of four |
+  /// | std::array<T, N> | N lanes or N elements of a type that T fits |
+  /// | a trivially copyable struct or union | its size; for three lanes, the size of 3 or of 4 |
   ///
-  /// Throws Exception "Incompatible type for accessor -> {}." for another type; what fits none,
-  /// such as a double or a pointer, doesn't compile.
+  /// Throws Exception "Incompatible type for accessor -> {}." if T does not fit the type of the
+  /// place. A T that fits no type, for example double or a pointer, does not compile.
   template <typename T>
   T read() const {
     requireFitting<T>();
@@ -284,15 +294,15 @@ class ConstBasicView {
     return value;
   }
 
-  /// What a reference leads to; empty for a null one. See vrntValueDereference(). Throws
-  /// VornathValuesAssertionFailure for a place that isn't a reference.
+  /// Returns the value that a reference refers to, or an empty Value for a null reference. See
+  /// vrntValueDereference(). Throws VornathValuesAssertionFailure if the place is not a reference.
   Value dereference() const {
     const vrntValueView_t at = place();
     requireReference("ConstBasicView::dereference", at.type);
     return Value::adopt(vrntValueDereference(owner_->get(), &at));
   }
 
-  /// Whether what stands at two places is equal, as Value::equal().
+  /// Compares the contents of two places, as Value::equal() does.
   template <typename Other>
   bool equal(const ConstBasicView<Other>& other, float tolerance = 0.0F,
              std::string* reason = nullptr) const {
@@ -300,15 +310,15 @@ class ConstBasicView {
                            reason);
   }
 
-  /// The value's text; `flags` as for vrntValueString(). Throws std::bad_alloc, and an Exception of
-  /// code UnknownError with the flat error's words.
+  /// Returns the text of the place. `flags` is as for vrntValueString(). Throws std::bad_alloc, and
+  /// an Exception of code UnknownError with the message of the flat function.
   std::string text(std::uint32_t flags = 0) const {
     const vrntValueView_t at = place();
     vrntValuesError_t* error = nullptr;
-    const std::unique_ptr<char, detail::StringDestroyer> words(
+    const std::unique_ptr<char, detail::StringDeleter> text(
         vrntValueString(owner_->get(), &at, flags, &error));
-    if (!words) detail::raiseError(error);
-    return words.get();
+    if (!text) detail::raiseError(error);
+    return text.get();
   }
 
  protected:
@@ -319,7 +329,7 @@ class ConstBasicView {
   ConstBasicView(const ConstBasicView& parent, FieldIndex index)
       : ConstBasicView(parent, requireField(parent.place(), index.value), index.value) {}
 
-  // A place within the parent's.
+  // Makes a view of a place within the parent's.
   ConstBasicView(const ConstBasicView& parent, const vrntValueView_t& place)
       : ConstBasicView(parent, place, wholePosition(place.type)) {}
 
@@ -430,7 +440,7 @@ class ConstBasicView {
     return detail::isStruct(type) ? vrntTypeFieldCount(type) : 0;
   }
 
-  // A view of a whole struct stands behind the last field. Any other type has the position 0.
+  // In a view of a whole struct, position_ is the field count. For other types it is 0.
   bool standsOnField() const {
     return (position_ != 0 || detail::isStruct(type_)) && position_ < vrntTypeFieldCount(type_);
   }
@@ -449,9 +459,9 @@ class ConstBasicView {
 template <typename Owner>
 class BasicView;
 
-/// A place in a value, for reading and writing. A write moves the Value to a copy if others share
-/// its block. What the flat functions report comes as std::bad_alloc or as an Exception of code
-/// UnknownError; nothing is written then.
+/// A writable view of a place in a value. If others share the value's block, a write first moves
+/// the Value to a copy of it. An error of the flat functions is thrown as std::bad_alloc or as an
+/// Exception of code UnknownError; nothing is written then.
 template <>
 class BasicView<Value*> : public ConstBasicView<Value*> {
  public:
@@ -469,11 +479,11 @@ class BasicView<Value*> : public ConstBasicView<Value*> {
     return BasicView(*this, elementPlace("at", true, index...));
   }
 
-  /// Copies `size` bytes to the place, whose type has that size; of three lanes they may be the
-  /// bytes of four or of three. Reference words among them then hold references: each is null, the
-  /// address of a value's bytes, or a word of the embedder's own times two plus one, as the two of
-  /// a function always are. Throws Exception "Incompatible type for accessor -> {}." for another
-  /// size.
+  /// Copies `size` bytes to the place. `size` must be the size of its type; for a vector of three
+  /// lanes it may be the size of four lanes or of three. If the type holds references, each
+  /// reference word must be null, or the address of a value's bytes, or a foreign pointer, which is
+  /// encoded as the pointer times two plus one. The two words of a function are always foreign
+  /// pointers. Throws Exception "Incompatible type for accessor -> {}." for another size.
   void write(const void* source, std::size_t size) const {
     const vrntValueView_t at = place();
     if (!detail::fitsSize(at.type, size)) raiseUnfitSize(at.type, size);
@@ -482,8 +492,8 @@ class BasicView<Value*> : public ConstBasicView<Value*> {
     });
   }
 
-  /// Writes a T, which fits the place's type as for read(). A true bool is written as all ones. The
-  /// code of an enum isn't checked. Throws as read().
+  /// Writes a T. T must fit the type of the place as for read(). Writes a true bool as all ones.
+  /// Does not check the code of an enum. Throws as read().
   template <typename T>
   void write(const T& value) const {
     requireFitting<T>();
@@ -492,8 +502,8 @@ class BasicView<Value*> : public ConstBasicView<Value*> {
     writeAt(at, [&value](void* bytes) { detail::store(bytes, value); });
   }
 
-  /// Makes a reference lead to `target`, whose type isn't checked, or nowhere if that is empty.
-  /// Throws VornathValuesAssertionFailure for a place that isn't a reference.
+  /// Makes a reference refer to `target`, or to nothing if `target` is empty. Does not check the
+  /// type of `target`. Throws VornathValuesAssertionFailure if the place is not a reference.
   void setReference(const Value& target) const {
     const vrntValueView_t at = place();
     requireReference("BasicView::setReference", at.type);
@@ -520,10 +530,10 @@ BasicView(Value*)->BasicView<Value*>;
 BasicView(Value*, const vrntType_t*, std::uint64_t)->BasicView<Value*>;
 BasicView(Value*, const TypeHandle&, std::uint64_t)->BasicView<Value*>;
 
-/// A place in a value that may be written to.
+/// A writable view of a place in a value.
 using View = BasicView<Value*>;
 
-/// A place in a value that is only read. A View turns into one.
+/// A read-only view of a place in a value. A View converts to it.
 using ConstView = ConstBasicView<const Value*>;
 
 }  // namespace vrnt

@@ -21,11 +21,11 @@ const InternedType& baseType(Type::TBasetype base);
 const InternedType& voidReferenceType();
 
 /// A truth value as it lies in memory.
-struct Bool32 {
+struct BoolWord {
   std::int32_t word;
 
-  Bool32() = default;
-  explicit Bool32(bool truth) : word(truth ? -1 : 0) {}
+  BoolWord() = default;
+  explicit BoolWord(bool truth) : word(truth ? -1 : 0) {}
   explicit operator bool() const { return word != 0; }
 };
 
@@ -34,7 +34,7 @@ struct ReferenceWord {
   std::uint64_t word;
 };
 
-/// The type under which a `T` is read and written: Bool32, std::int32_t, float, std::uint8_t,
+/// The type under which a `T` is read and written: BoolWord, std::int32_t, float, std::uint8_t,
 /// Float16, std::array of two to four of one of them, and ReferenceWord. An enum reads as a
 /// std::int32_t.
 template <typename T>
@@ -51,7 +51,7 @@ struct Scalar {
 }  // namespace fixed_types_detail
 
 template <>
-struct FixedType<Bool32> : fixed_types_detail::Scalar<Type::TBasetype::Bool> {};
+struct FixedType<BoolWord> : fixed_types_detail::Scalar<Type::TBasetype::Bool> {};
 template <>
 struct FixedType<std::int32_t> : fixed_types_detail::Scalar<Type::TBasetype::Int> {};
 template <>

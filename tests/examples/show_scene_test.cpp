@@ -12,9 +12,6 @@ namespace {
 
 class ShowScene : public ProcessTest {
  protected:
-  ShowScene() : scene_(vrdmCreateScene()) {}
-  ~ShowScene() override { vrdmDestroyScene(scene_); }
-
   std::int32_t create(std::uint32_t objectClass) {
     return static_cast<std::int32_t>(vrdmCreateInstance(scene_, objectClass));
   }
@@ -57,7 +54,8 @@ class ShowScene : public ProcessTest {
     return output.substr(body, end == std::string::npos ? end : end + 1 - body);
   }
 
-  vrdmScene_t* const scene_;
+  const SceneHandle owner_{vrdmCreateScene()};
+  vrdmScene_t* const scene_ = owner_.get();
 };
 
 TEST_F(ShowScene, PrintsWhichLightsAndShapesEmit) {

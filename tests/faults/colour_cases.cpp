@@ -11,7 +11,7 @@ namespace {
 FaultCase fixedType(const char* function, const char* what, vrntType_t* (*get)()) {
   return {function, what, Promise::BadAlloc,
           [get] {
-            return making<EndType, vrntType_t>(
+            return making<TypeHandle>(
                 [get](vrntValuesError_t**) { return get(); },
                 [get](vrntType_t* type) { EXPECT_EQ(TypeHandle(get()).get(), type); });
           },

@@ -63,10 +63,11 @@ inline FaultCase quiet(const char* function, std::function<std::function<bool()>
           }};
 }
 
-// A call that makes a T, which `right` looks at and `End` ends.
-template <typename End, typename T>
-Call making(std::function<T*(vrntValuesError_t**)> make, std::function<void(T*)> right) {
-  const auto made = std::make_shared<T*>(nullptr);
+// A call that makes a flat handle, which `right` looks at and a Handle releases.
+template <typename Handle>
+Call making(std::function<typename Handle::pointer(vrntValuesError_t**)> make,
+            std::function<void(typename Handle::pointer)> right) {
+  const auto made = std::make_shared<typename Handle::pointer>(nullptr);
   Call call;
   call.make = [made, make = std::move(make)](vrntValuesError_t** error) {
     *made = nullptr;
@@ -74,7 +75,7 @@ Call making(std::function<T*(vrntValuesError_t**)> make, std::function<void(T*)>
     return *made != nullptr;
   };
   call.right = [made, right = std::move(right)] {
-    const std::unique_ptr<T, End> owner(*made);
+    const Handle owner(*made);
     right(*made);
   };
   return call;
@@ -82,14 +83,14 @@ Call making(std::function<T*(vrntValuesError_t**)> make, std::function<void(T*)>
 
 inline Call makingType(std::function<vrntType_t*(vrntValuesError_t**)> make,
                        const std::string& text) {
-  return making<EndType, vrntType_t>(std::move(make), [text](vrntType_t* type) {
+  return making<TypeHandle>(std::move(make), [text](vrntType_t* type) {
     EXPECT_STREQ(vrntTypeString(type), text.c_str());
   });
 }
 
 inline Call makingValue(std::function<vrntValue_t*(vrntValuesError_t**)> make,
                         const std::string& text) {
-  return making<EndValue, vrntValue_t>(std::move(make), [text](vrntValue_t* value) {
+  return making<ValueHandle>(std::move(make), [text](vrntValue_t* value) {
     EXPECT_EQ(textOf(value), text);
     EXPECT_EQ(vrntValueBinary(value)->refCount, 1u);
   });

@@ -14,12 +14,9 @@ namespace {
 
 using vrnt::data::Scene;
 
-struct EndScene {
-  void operator()(vrdmScene_t* scene) const { vrdmDestroyScene(scene); }
-};
 using SharedScene = std::shared_ptr<vrdmScene_t>;
 
-SharedScene emptyScene() { return SharedScene(vrdmCreateScene(), EndScene()); }
+SharedScene emptyScene() { return SceneHandle(vrdmCreateScene()); }
 SharedScene filledScene() {
   SharedScene scene = emptyScene();
   fillAllClasses(scene.get());
@@ -59,7 +56,7 @@ void addCatalogue(FaultCases& cases) {
   // that no other case touches.
   cases.push_back({"vrdmFieldType", "first", Promise::BadAlloc,
                    [] {
-                     return making<EndType, vrntType_t>(
+                     return making<TypeHandle>(
                          [](vrntValuesError_t**) { return vrdmFieldType(VRDM_CLASS_BAKE_TASK, 0); },
                          [](vrntType_t* type) {
                            EXPECT_STREQ(vrntMetadataString(type, "name"),
@@ -84,7 +81,7 @@ Call setting(const SharedScene& scene, std::function<bool(vrdmScene_t*, const vr
 
 void addGroups(FaultCases& cases) {
   cases.push_back({"vrdmGetSceneDataValue", "first", Promise::BadAlloc, [] {
-                     return making<EndValue, vrntValue_t>(
+                     return making<ValueHandle>(
                          [scene = emptyScene()](vrntValuesError_t**) {
                            return vrdmGetSceneDataValue(scene.get(), 3);
                          },
@@ -107,7 +104,7 @@ void addGroups(FaultCases& cases) {
   cases.push_back({"vrdmGetDataValue", "first", Promise::BadAlloc, [] {
                      const SharedScene scene = emptyScene();
                      vrdmCreateInstance(scene.get(), VRDM_CLASS_DECAL);
-                     return making<EndValue, vrntValue_t>(
+                     return making<ValueHandle>(
                          [scene](vrntValuesError_t**) {
                            return vrdmGetDataValue(scene.get(), VRDM_CLASS_DECAL, 0, 0);
                          },
@@ -132,9 +129,9 @@ void addGroups(FaultCases& cases) {
     cases.push_back(quiet(ofScene ? "vrdmSetSceneDataValue" : "vrdmSetDataValue", [ofScene] {
       const SharedScene scene = emptyScene();
       vrdmCreateInstance(scene.get(), VRDM_CLASS_DECAL);
-      const SharedValue value(ofScene ? vrdmGetSceneDataValue(scene.get(), 1)
-                                      : vrdmGetDataValue(scene.get(), VRDM_CLASS_DECAL, 0, 1),
-                              EndValue());
+      const SharedValue value =
+          ValueHandle(ofScene ? vrdmGetSceneDataValue(scene.get(), 1)
+                              : vrdmGetDataValue(scene.get(), VRDM_CLASS_DECAL, 0, 1));
       EXPECT_NE(value, nullptr);
       return [=] {
         return ofScene ? vrdmSetSceneDataValue(scene.get(), 1, value.get())
@@ -309,12 +306,8 @@ void addAdding(FaultCases& cases) {
     std::uint32_t objectClass;
     std::uint32_t (*add)(vrdmScene_t*);
   };
-  static AssetStorage* const storage = [] {
-    AssetStorage* const made = vrdmAssetStorageCopy("bytes", 5);
-    return made;
-  }();
-  static const std::unique_ptr<AssetStorage, void (*)(AssetStorage*)> owner(
-      storage, vrdmAssetStorageRelease);
+  static const StorageHandle owner(vrdmAssetStorageCopy("bytes", 5));
+  static AssetStorage* const storage = owner.get();
   for (const Adding adding :
        {Adding{"vrdmAddProgram", VRDM_CLASS_LIGHT_PROGRAM,
                [](vrdmScene_t* scene) {
@@ -420,7 +413,7 @@ struct File {
 
 void addWhole(FaultCases& cases) {
   cases.push_back({"vrdmCreateScene", "", Promise::Failure, [] {
-                     return making<EndScene, vrdmScene_t>(
+                     return making<SceneHandle>(
                          [](vrntValuesError_t**) { return vrdmCreateScene(); },
                          [](vrdmScene_t* scene) { EXPECT_FALSE(vrdmSceneId(scene)->isNull()); });
                    }});
@@ -437,7 +430,7 @@ void addWhole(FaultCases& cases) {
                        return std::filesystem::exists(file->path);
                      };
                      call.right = [=] {
-                       const SharedScene read(vrdmDeserialize(file->path.c_str()), EndScene());
+                       const SceneHandle read(vrdmDeserialize(file->path.c_str()));
                        ASSERT_NE(read, nullptr);
                        EXPECT_TRUE(Scene::equivalent(*scene, *read));
                      };
@@ -449,7 +442,7 @@ void addWhole(FaultCases& cases) {
          const auto file = std::make_shared<File>();
          const SharedScene written = filledScene();
          vrdmSerialize(written.get(), file->path.c_str());
-         return making<EndScene, vrdmScene_t>(
+         return making<SceneHandle>(
              [file](vrntValuesError_t**) { return vrdmDeserialize(file->path.c_str()); },
              [written](vrdmScene_t* read) { EXPECT_TRUE(Scene::equivalent(*written, *read)); });
        }});

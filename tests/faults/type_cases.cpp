@@ -92,7 +92,7 @@ void addRelations(FaultCases& cases) {
   }
   cases.push_back(
       {"vrntTypeCheckSubType", "", Promise::ErrorObject, [] {
-         return making<EndString, char>(
+         return making<StringHandle>(
              [a = sharedType("{ int x; { float y; } z; }"),
               b = sharedType("{ int x; { float2 y; } z; }")](vrntValuesError_t** error) {
                return vrntTypeCheckSubType(a.get(), b.get(), error);
@@ -103,7 +103,7 @@ void addRelations(FaultCases& cases) {
        }});
   cases.push_back(
       {"vrntTypeCheckSubType", "deep", Promise::ErrorObject, [] {
-         return making<EndString, char>(
+         return making<StringHandle>(
              [a = sharedType(nested("int[3]*")),
               b = sharedType(nested("int[4]*"))](vrntValuesError_t** error) {
                return vrntTypeCheckSubType(a.get(), b.get(), error);
@@ -234,7 +234,7 @@ void addMetadata(FaultCases& cases) {
       {"vrntMetadataValue", "long", Promise::BadAlloc, [] {
          const std::string label(5000, 'x');
          const auto type = std::make_shared<SharedType>();
-         Call call = making<EndValue, vrntValue_t>(
+         Call call = making<ValueHandle>(
              [type](vrntValuesError_t**) { return vrntMetadataValue(type->get(), "default"); },
              [type, label](vrntValue_t* value) {
                EXPECT_EQ(value->refCount, 2u);
@@ -253,7 +253,7 @@ void addErrors(FaultCases& cases) {
   const auto error = [] {
     vrntValuesError_t* made = nullptr;
     EXPECT_EQ(vrntTypeParse("{ int a; int a; }", &made), nullptr);
-    return std::shared_ptr<vrntValuesError_t>(made, EndError());
+    return std::shared_ptr<vrntValuesError_t>(ErrorHandle(made));
   };
   cases.push_back(quiet("vrntValuesErrorCode", [error] {
     return [held = error()] { return vrntValuesErrorCode(held.get()) == VRNT_LIBRARY_ERROR; };

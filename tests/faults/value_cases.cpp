@@ -230,7 +230,7 @@ void addReading(FaultCases& cases) {
   const auto longChain = [](auto call) {
     return [call] {
       const auto value = std::make_shared<SharedValue>();
-      Call made = making<EndValue, vrntValue_t>(
+      Call made = making<ValueHandle>(
           [value, call](vrntValuesError_t** error) { return call(value->get(), error); },
           [](vrntValue_t* target) {
             EXPECT_EQ(target->refCount, 2u);
@@ -460,8 +460,8 @@ void addComparing(FaultCases& cases) {
                      const SharedValue a = sharedValue("{ p = &&[ 1 ]; q = &&[ 2 ]; }");
                      const SharedValue b = sharedValue("{ p = &&[ 1 ]; q = &&[ 2 ]; }");
                      const vrntValueView_t first{vrntTypeFieldType(vrntValueType(a.get()), 0), 0};
-                     const SharedType owner(first.type, EndType());
-                     const SharedValue held(vrntValueDereference(a.get(), &first), EndValue());
+                     const SharedType owner = TypeHandle(first.type);
+                     const SharedValue held = ValueHandle(vrntValueDereference(a.get(), &first));
                      Call call;
                      call.make = [=](vrntValuesError_t**) {
                        static_cast<void>(owner);
@@ -476,7 +476,7 @@ void addComparing(FaultCases& cases) {
     cases.push_back({"vrntValueString", "", Promise::ErrorObject, [text] {
                        const SharedValue value = sharedValue(text);
                        return leaving(value,
-                                      making<EndString, char>(
+                                      making<StringHandle>(
                                           [value](vrntValuesError_t** error) {
                                             const vrntValueView_t view = wholeOf(value.get());
                                             return vrntValueString(value.get(), &view, 0, error);

@@ -7,7 +7,6 @@
 #include <array>
 #include <cstdint>
 #include <cstring>
-#include <memory>
 #include <string>
 #include <vector>
 
@@ -17,16 +16,6 @@
 #include "vornath_data/vrdm.h"
 
 namespace vornath_test {
-
-struct EndScene {
-  void operator()(vrdmScene_t* scene) const { vrdmDestroyScene(scene); }
-};
-struct EndStorage {
-  void operator()(AssetStorage* storage) const { vrdmAssetStorageRelease(storage); }
-};
-
-using SceneHandle = std::unique_ptr<vrdmScene_t, EndScene>;
-using StorageHandle = std::unique_ptr<AssetStorage, EndStorage>;
 
 constexpr std::uint32_t kNothingAdded = 0xFFFFFFFFU;
 constexpr std::int32_t kNoTarget = INT32_MIN;

@@ -1,4 +1,4 @@
-// Handles of the flat family that end themselves, and the calls that every test of it makes.
+// Owners of flat handles, and the calls that every test of the flat functions makes.
 #ifndef VORNATH_TESTS_SUPPORT_FLAT_HANDLES_HPP
 #define VORNATH_TESTS_SUPPORT_FLAT_HANDLES_HPP
 
@@ -6,31 +6,20 @@
 
 #include <cstdint>
 #include <cstring>
-#include <memory>
 #include <optional>
 #include <string>
 
+#include "vornath_data/handles.hpp"
 #include "vornath_data/vrnt.h"
 
 namespace vornath_test {
 
-struct EndType {
-  void operator()(vrntType_t* type) const { vrntTypeDestroy(type); }
-};
-struct EndValue {
-  void operator()(vrntValue_t* value) const { vrntValueDestroy(value); }
-};
-struct EndError {
-  void operator()(vrntValuesError_t* error) const { vrntValuesErrorDestroy(error); }
-};
-struct EndString {
-  void operator()(char* string) const { vrntDestroyString(string); }
-};
-
-using TypeHandle = std::unique_ptr<vrntType_t, EndType>;
-using ValueHandle = std::unique_ptr<vrntValue_t, EndValue>;
-using ErrorHandle = std::unique_ptr<vrntValuesError_t, EndError>;
-using StringHandle = std::unique_ptr<char, EndString>;
+using TypeHandle = vrnt::UniqueType;
+using ValueHandle = vrnt::UniqueValue;
+using ErrorHandle = vrnt::UniqueError;
+using StringHandle = vrnt::UniqueString;
+using SceneHandle = vrnt::UniqueScene;
+using StorageHandle = vrnt::UniqueAsset;
 
 // The block behind a reference word, `offset` bytes behind the start of a value, as a host finds it
 // that reads the value's bytes.

@@ -4,7 +4,6 @@
 
 #include <array>
 #include <cstdint>
-#include <memory>
 #include <vector>
 
 #include "support/flat_handles.hpp"
@@ -15,14 +14,10 @@ namespace {
 
 using vornath_test::check;
 using vornath_test::kThreads;
+using vornath_test::SceneHandle;
 using vornath_test::together;
 using vornath_test::TypeHandle;
 using vornath_test::ValueHandle;
-
-struct EndScene {
-  void operator()(vrdmScene_t* scene) const { vrdmDestroyScene(scene); }
-};
-using SceneHandle = std::unique_ptr<vrdmScene_t, EndScene>;
 
 // The types of all groups, and of each group a value that is read and written back.
 std::vector<TypeHandle> useAllGroups(vrdmScene_t* scene) {

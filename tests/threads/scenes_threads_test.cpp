@@ -5,7 +5,6 @@
 #include <array>
 #include <cmath>
 #include <cstdint>
-#include <memory>
 #include <mutex>
 #include <set>
 #include <sstream>
@@ -22,14 +21,10 @@ namespace {
 using vornath_test::check;
 using vornath_test::kRounds;
 using vornath_test::parseValue;
+using vornath_test::SceneHandle;
 using vornath_test::ThreadsTest;
 using vornath_test::together;
 using vornath_test::ValueHandle;
-
-struct EndScene {
-  void operator()(vrdmScene_t* scene) const { vrdmDestroyScene(scene); }
-};
-using SceneHandle = std::unique_ptr<vrdmScene_t, EndScene>;
 
 class ScenesOnThreads : public ThreadsTest {};
 class IdsOnThreads : public ThreadsTest {};

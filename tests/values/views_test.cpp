@@ -70,7 +70,7 @@ TEST(ReadAs, GivesTheValueOfTheType) {
   EXPECT_EQ(readAs<float>(v.view().field("f")), 2.5f);
   EXPECT_EQ(readAs<std::uint8_t>(v.view().field("c")), 200);
   EXPECT_EQ(halfBits(readAs<Float16>(v.view().field("h"))), 0x3800);
-  EXPECT_TRUE(static_cast<bool>(readAs<Bool32>(v.view().field("b"))));
+  EXPECT_TRUE(static_cast<bool>(readAs<BoolWord>(v.view().field("b"))));
   EXPECT_EQ((readAs<std::array<float, 3>>(v.view().field("v"))), (std::array<float, 3>{1, 2, 3}));
   EXPECT_EQ(readAs<ReferenceWord>(v.view().field("r")).word,
             at<std::uint64_t>(v, v.view().field("r").offset));

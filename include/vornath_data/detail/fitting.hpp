@@ -1,5 +1,5 @@
-/// Which C++ types fit which types of values, how their bytes go in and out, and the words for what
-/// doesn't fit.
+/// Rules for reading and writing values as C++ types: which C++ types fit which types of values,
+/// how the bytes are converted, and the message for a type that does not fit.
 #ifndef VORNATH_DATA_DETAIL_FITTING_HPP
 #define VORNATH_DATA_DETAIL_FITTING_HPP
 
@@ -18,14 +18,14 @@
 
 namespace vrnt::detail {
 
-/// Whether the type is a struct: also the spectrum, which has the descriptor of a base type.
+/// Returns true for a struct type. The spectrum counts, although its descriptor is a base type.
 inline bool isStruct(const vrntType_t* type) {
   const std::uint32_t descriptor = vrntTypeDescriptor(type);
   return descriptor == VRNT_DESCRIPTOR_STRUCT ||
          (descriptor == VRNT_DESCRIPTOR_BASE && vrntTypeBasetype(type) == VRNT_BASETYPE_STRUCT);
 }
 
-/// The type's text, for the words of a refusal.
+/// Returns the text of a type for use in a message, shortened if it is long.
 inline std::string shownText(const vrntType_t* type) {
   const char* const text = vrntTypeString(type);
   if (text == nullptr) return "with a long text";
@@ -34,10 +34,10 @@ inline std::string shownText(const vrntType_t* type) {
   return std::string(whole.substr(0, shown)) + (shown < whole.size() ? "..." : "");
 }
 
-/// Throws a VornathValuesAssertionFailure with the words of WrongKind.
+/// Throws a VornathValuesAssertionFailure with the message of WrongKind.
 [[noreturn]] inline void raiseWrongKind(const char* function, const char* takes,
                                         const vrntType_t* given) {
-  const char* kind = "the ";  // the text of an enum begins with the kind's name
+  const char* kind = "the ";  // the text of an enum starts with the name of the kind
   if (isStruct(given)) {
     kind = "the struct ";
   } else {
@@ -62,14 +62,14 @@ inline std::string shownText(const vrntType_t* type) {
   throw WrongKind(function, takes, kind, text != nullptr ? text : "with a long text");
 }
 
-/// What an index of an element may be.
+/// True for the types that an element index may have.
 template <typename T>
 inline constexpr bool kIsIndex = std::is_integral_v<T> && !std::is_same_v<T, bool>;
 
 inline constexpr std::uint32_t kNoFamily = UINT32_MAX;
 
-/// The scalar family, VRNT_BASETYPE_*, that a C++ scalar stands for, or kNoFamily. A half is read
-/// and written as its bits.
+/// Returns the scalar family (VRNT_BASETYPE_*) of a C++ scalar, or kNoFamily. A half is read and
+/// written as its bits.
 template <typename T>
 constexpr std::uint32_t familyOf() {
   if constexpr (std::is_same_v<T, float>) {
@@ -95,7 +95,7 @@ constexpr std::uint32_t familyOf() {
 template <typename T>
 inline constexpr bool kIsScalar = familyOf<T>() != kNoFamily;
 
-/// A T[N] or std::array<T, N>.
+/// True for T[N] and std::array<T, N>.
 template <typename T>
 struct ArrayOf : std::false_type {};
 template <typename T, std::size_t N>
@@ -112,7 +112,7 @@ struct ArrayOf<std::array<T, N>> : std::true_type {
 template <typename T>
 inline constexpr bool kIsArray = ArrayOf<T>::value;
 
-/// A host's own struct, which the library can tell by its size alone.
+/// Returns true for a host's own struct or union. The library checks only its size.
 template <typename T>
 constexpr bool isRecord() {
   if (!std::is_class_v<T> && !std::is_union_v<T>) return false;
@@ -120,7 +120,7 @@ constexpr bool isRecord() {
   return std::is_trivially_copyable_v<T>;
 }
 
-/// Whether the bytes of a T are those of a value.
+/// Returns true if a T has the same bytes as the values that it fits.
 template <typename T>
 constexpr bool isPlain() {
   if constexpr (kIsArray<T>) {
@@ -130,8 +130,8 @@ constexpr bool isPlain() {
   }
 }
 
-/// Whether T is bool or an array of it. A bool of the library's is a word, all ones for true, so
-/// these are converted.
+/// Returns true for bool and arrays of bool. These are converted, because a bool of the library is
+/// a word, all ones for true.
 template <typename T>
 constexpr bool isBools() {
   if constexpr (kIsArray<T>) {
@@ -141,7 +141,7 @@ constexpr bool isBools() {
   }
 }
 
-/// Whether no value that a T fits has reference words in it: a T is a scalar or an array of such.
+/// Returns true if no type that T fits holds references: T is a scalar or an array of scalars.
 template <typename T>
 constexpr bool holdsNoWords() {
   if constexpr (kIsArray<T>) {
@@ -151,20 +151,21 @@ constexpr bool holdsNoWords() {
   }
 }
 
-/// Whether there are types of values that a T fits.
+/// True if T fits any type of value.
 template <typename T>
 inline constexpr bool kCanFit = isPlain<T>() || isBools<T>();
 
-/// Whether a record of that many bytes fits: it has the type's size, or that of three lanes, which
-/// have the room of four.
+/// Returns true if a record of `size` bytes fits: `size` is the size of the type or, for a vector
+/// of three lanes, which takes the memory of four, the size of three lanes.
 inline bool fitsSize(const vrntType_t* type, std::uint64_t size) {
   const std::uint64_t whole = vrntTypeSize(type);
   if (size == whole) return true;
   return size == whole / 4 * 3 && vrntTypeVectorDimension(type) == 3;
 }
 
-/// Whether a T fits the type: it has its scalar family and its lanes or elements, or, as a record,
-/// its size. An enum takes what an int does. Nothing is allocated.
+/// Returns true if T fits the type. A scalar or array must have the same scalar family and the same
+/// number of lanes or elements; a record must have the same size. An enum fits what an int fits.
+/// Allocates nothing.
 template <typename T>
 bool fits(const vrntType_t* type) {
   if constexpr (kIsArray<T>) {
@@ -172,7 +173,7 @@ bool fits(const vrntType_t* type) {
     constexpr std::size_t kCount = ArrayOf<T>::kCount;
     const std::uint32_t descriptor = vrntTypeDescriptor(type);
     if (descriptor == VRNT_DESCRIPTOR_ARRAY) {
-      // Without extents, or with one of 0, there are no elements.
+      // An unsized array, or one with an extent of 0, has no elements.
       if (vrntTypeSize(type) == 0) return false;
       const std::int32_t first[4] = {};
       vrntValueView_t element{};
@@ -189,15 +190,14 @@ bool fits(const vrntType_t* type) {
     return descriptor == VRNT_DESCRIPTOR_BASE && vrntTypeBasetype(type) == familyOf<T>() &&
            vrntTypeVectorDimension(type) == 1;
   } else {
-    // The words of a reference and of a function are no host's own bytes, though as many as those
-    // of many a struct.
+    // A host's struct must not overwrite a reference or a function, even if the size is the same.
     const std::uint32_t descriptor = vrntTypeDescriptor(type);
     return fitsSize(type, sizeof(T)) && descriptor != VRNT_DESCRIPTOR_REFERENCE &&
            descriptor != VRNT_DESCRIPTOR_FUNCTION;
   }
 }
 
-/// Reads the bytes of a type that a T fits.
+/// Reads a T from the bytes of a type that T fits.
 template <typename T>
 void load(T& value, const void* bytes) {
   if constexpr (!isBools<T>()) {
@@ -213,7 +213,7 @@ void load(T& value, const void* bytes) {
   }
 }
 
-/// Writes the bytes of a type that a T fits.
+/// Writes a T to the bytes of a type that T fits.
 template <typename T>
 void store(void* bytes, const T& value) {
   if constexpr (!isBools<T>()) {
@@ -228,7 +228,7 @@ void store(void* bytes, const T& value) {
   }
 }
 
-/// What a T would fit, in words.
+/// Returns the text of the types that T fits, for a message.
 template <typename T>
 std::string fittingText() {
   if constexpr (kIsArray<T>) {
@@ -246,8 +246,8 @@ std::string fittingText() {
   }
 }
 
-/// Throws Exception "Incompatible type for accessor -> {}." with what the place holds, where that
-/// is known the field that it is, and what the caller expected of it.
+/// Throws Exception "Incompatible type for accessor -> {}.". The message names the type of the
+/// place, the field if it is known, and the type that the caller expected.
 [[noreturn]] inline void raiseUnfit(const vrntType_t* type, std::string_view field,
                                     const std::string& expected) {
   std::string words = "type " + shownText(type);

@@ -1,5 +1,5 @@
-/// The way back from an error object of the flat interface to C++: an exception, or the record of a
-/// failed Result. Each function here ends the error object that it is given.
+/// Conversion of error objects of the flat functions to C++: to an exception, or to the record of a
+/// failed Result. Each function here destroys the error object that it takes.
 #ifndef VORNATH_DATA_DETAIL_RAISE_ERROR_HPP
 #define VORNATH_DATA_DETAIL_RAISE_ERROR_HPP
 
@@ -11,24 +11,24 @@
 
 namespace vrnt::detail {
 
-struct ErrorDestroyer {
+struct ErrorDeleter {
   void operator()(vrntValuesError_t* error) const noexcept { vrntValuesErrorDestroy(error); }
 };
-struct StringDestroyer {
-  void operator()(char* words) const noexcept { vrntDestroyString(words); }
+struct StringDeleter {
+  void operator()(char* string) const noexcept { vrntDestroyString(string); }
 };
-using OwnedError = std::unique_ptr<vrntValuesError_t, ErrorDestroyer>;
+using OwnedError = std::unique_ptr<vrntValuesError_t, ErrorDeleter>;
 
-/// What reading and writing a value makes of an error: throws std::bad_alloc if an allocation
-/// failed, else an Exception of code UnknownError with the object's message.
+/// Throws the error of a read or write of a value: std::bad_alloc if an allocation failed, else an
+/// Exception of code UnknownError with the message of the error object.
 [[noreturn]] inline void raiseError(vrntValuesError_t* error) {
   const OwnedError owned(error);
   if (vrntValuesErrorCode(error) == VRNT_OUT_OF_MEMORY) throw std::bad_alloc();
   throw Exception(ErrorCode::UnknownError, vrntValuesErrorMessage(error));
 }
 
-/// What the creation of a value makes of an error: MemoryAllocationFailure without a message, or
-/// InternalError with the object's.
+/// Returns the error of the creation of a value: MemoryAllocationFailure without a message if an
+/// allocation failed, else InternalError with the message of the error object.
 inline ErrorRecord creationFailure(vrntValuesError_t* error) {
   const OwnedError owned(error);
   if (vrntValuesErrorCode(error) == VRNT_OUT_OF_MEMORY) {
@@ -37,8 +37,8 @@ inline ErrorRecord creationFailure(vrntValuesError_t* error) {
   return ErrorRecord(ErrorCode::InternalError, vrntValuesErrorMessage(error));
 }
 
-/// What the parse of a type makes of an error: as creationFailure(), but ParseFailed with the
-/// object's message for what the library raised itself.
+/// Returns the error of the parse of a type: ParseFailed with the message of the error object if
+/// the library itself raised it, else as creationFailure().
 inline ErrorRecord typeParseFailure(vrntValuesError_t* error) {
   if (vrntValuesErrorCode(error) != VRNT_LIBRARY_ERROR) return creationFailure(error);
   const OwnedError owned(error);

@@ -1,4 +1,4 @@
-/// The containers of a scene, and what is known of who may change their objects.
+/// The containers of a scene, and a record of which of them a host may write to.
 #ifndef VORNATH_DATA_DETAIL_SCENE_CONTAINERS_HPP
 #define VORNATH_DATA_DETAIL_SCENE_CONTAINERS_HPP
 
@@ -14,8 +14,8 @@
 
 namespace vrnt::data::detail {
 
-/// What the library keeps beside the containers of a scene so that it need not read them; a host
-/// only ends it.
+/// Data that the library keeps beside the containers of a scene, to avoid reading them. A host only
+/// destroys it.
 class Kept {
  public:
   Kept() = default;
@@ -24,8 +24,8 @@ class Kept {
   virtual ~Kept() = default;
 };
 
-/// The container of each class: `get<Desc>()` is that of a class. A class whose container was once
-/// handed out for writing is one of which the library knows nothing without reading it.
+/// Holds the container of each class; `get<Desc>()` returns one. Once a container was handed out
+/// for writing, the library must read its objects to know their state.
 class SceneContainers {
  public:
   SceneContainers() noexcept { additions_.fill(1); }
@@ -34,7 +34,8 @@ class SceneContainers {
   }
   SceneContainers& operator=(SceneContainers&& other) noexcept {
     containers_ = std::exchange(other.containers_, TupleOfClass<Container>());
-    // What a host was handed out may be an object, which moves, or a container, which stays.
+    // A host may hold a pointer to an object, which moves, or to a container, which stays. So both
+    // scenes stay marked.
     handedOut_.fetch_or(other.handedOut_.load(std::memory_order_relaxed),
                         std::memory_order_relaxed);
     additions_ = other.additions_;
@@ -44,7 +45,7 @@ class SceneContainers {
   }
   ~SceneContainers() { delete kept_.load(std::memory_order_relaxed); }
 
-  /// For writing. Whoever only reads takes the container of a const scene.
+  /// Returns the container for writing. To only read, use the container of a const scene.
   template <typename Desc>
   Container<Stored<Desc>>& get() noexcept {
     constexpr std::uint32_t bit = classBit<Desc>();
@@ -69,9 +70,9 @@ class SceneContainers {
 
   TupleOfClass<Container> containers_;
   std::atomic<std::uint32_t> handedOut_{0};
-  // For each class the additions so far and one: what an Instance remembers of its list.
+  // For each class, the number of additions so far plus one. An Instance stores it with its list.
   std::array<std::uint32_t, kClassCount> additions_;
-  // Made when it is first needed, by a call that only reads the scene.
+  // Created on first use, by a call that takes the scene const.
   mutable std::atomic<Kept*> kept_{nullptr};
 };
 

@@ -1,4 +1,4 @@
-/// A set of slot numbers.
+/// A set of slot indices.
 #ifndef VORNATH_DATA_DETAIL_SLOT_SET_HPP
 #define VORNATH_DATA_DETAIL_SLOT_SET_HPP
 
@@ -12,16 +12,16 @@
 
 namespace vrnt::detail {
 
-/// Slot numbers in order, one bit each. Above these bits lie levels whose bits tell which words of
-/// the level below aren't zero, so that the next member is a few steps away, however far it is.
-/// Without a member yet it holds no memory, then an eighth of a byte for each slot up to twice the
-/// largest member.
+/// An ordered set of slot indices with one bit for each slot. Above the bits are further levels. A
+/// bit of a level tells whether a word of the level below is not zero. So the next member is found
+/// in a few steps, however far away it is. A set that never had a member holds no memory. Otherwise
+/// it holds an eighth of a byte for each slot, up to twice the largest member.
 class SlotSet {
  public:
   static constexpr std::uint32_t kNone = UINT32_MAX;
 
-  /// Adds a slot, which may be a member already. Result: false, with nothing changed, if there is
-  /// no memory.
+  /// Adds a slot, which may already be a member. Returns false and changes nothing if there is no
+  /// memory.
   bool insert(std::uint32_t slot) noexcept {
     if (slot / kBits >= starts_[1] && !growFor(slot)) return false;
     std::size_t bit = slot;
@@ -34,7 +34,7 @@ class SlotSet {
     return true;
   }
 
-  /// Takes a slot away, if it is a member.
+  /// Removes a slot. Does nothing if it is not a member.
   void erase(std::uint32_t slot) noexcept {
     if (slot / kBits >= starts_[1]) return;
     std::size_t bit = slot;
@@ -45,9 +45,9 @@ class SlotSet {
     }
   }
 
-  /// The lowest member that isn't below `from`; kNone if there is none.
+  /// Returns the lowest member that is `from` or higher, or kNone if there is none.
   std::uint32_t next(std::uint32_t from) const noexcept {
-    // Up until a word has a bit from here on, then down to the first bit below it.
+    // Go up until a word has a bit at this position or higher, then down to the first bit below it.
     std::size_t bit = from;
     for (std::size_t level = 0; level < levels_; ++level, bit = bit / kBits + 1) {
       if (bit / kBits >= starts_[level + 1] - starts_[level]) return kNone;
@@ -62,7 +62,7 @@ class SlotSet {
 
  private:
   static constexpr std::size_t kBits = 64;
-  // 64 to the power of 6 is more than there are slot numbers.
+  // 64 to the power of 6 is more than the number of slot indices.
   static constexpr std::size_t kMostLevels = 6;
 
   static std::size_t lowestBit(std::uint64_t word) noexcept {
@@ -87,7 +87,7 @@ class SlotSet {
                 words_.begin() + static_cast<std::ptrdiff_t>(starts_[level + 1]),
                 grown.words_.begin() + static_cast<std::ptrdiff_t>(grown.starts_[level]));
     }
-    // The former top is one word, and the levels above it tell whether that is zero.
+    // The former top level is one word. The levels above it tell whether that word is zero.
     for (std::size_t level = levels_; level != 0 && level < grown.levels_; ++level) {
       if (grown.words_[grown.starts_[level - 1]] != 0) grown.words_[grown.starts_[level]] = 1;
     }
@@ -95,7 +95,7 @@ class SlotSet {
     return true;
   }
 
-  // Level after level, each from its start up to the next one's; the last level is one word.
+  // All levels in sequence; level i starts at starts_[i]. The last level is a single word.
   std::vector<std::uint64_t> words_;
   std::array<std::size_t, kMostLevels + 1> starts_{};
   std::size_t levels_ = 0;

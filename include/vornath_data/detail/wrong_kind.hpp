@@ -1,4 +1,4 @@
-/// The words of a VornathValuesAssertionFailure: which function was given what.
+/// The message of a VornathValuesAssertionFailure, which names the function and what it was given.
 #ifndef VORNATH_DATA_DETAIL_WRONG_KIND_HPP
 #define VORNATH_DATA_DETAIL_WRONG_KIND_HPP
 
@@ -10,8 +10,8 @@
 
 namespace vrnt::detail {
 
-/// How much of a text is shown in words about it: 120 bytes at most, and no character of several
-/// bytes in part.
+/// Returns how many bytes of a text a message shows: at most 120, without splitting a multibyte
+/// character.
 inline std::size_t shownLength(std::string_view text) noexcept {
   constexpr std::size_t kMost = 120;
   if (text.size() <= kMost) return text.size();
@@ -20,11 +20,11 @@ inline std::size_t shownLength(std::string_view text) noexcept {
   return length;
 }
 
-/// What is thrown in place of a bare VornathValuesAssertionFailure, and caught as one: its what()
-/// is "FUNCTION: takes WHAT, was given KIND" and a text, as in "vrntTypeFieldType: takes a struct
-/// or a function, was given the enum { A; }". A long text is cut, and "..." stands for the rest.
-/// The words lie in the exception itself: they allocate nothing. `kind` ends where the text begins,
-/// with a blank in it.
+/// The exception that the library throws as a VornathValuesAssertionFailure. what() returns
+/// "FUNCTION: takes WHAT, was given KIND" followed by a text, for example "vrntTypeFieldType: takes
+/// a struct or a function, was given the enum { A; }". A long text is cut and ends with "...". The
+/// message is stored in the exception itself, so no memory is allocated. The text follows
+/// `kind` directly, so `kind` must include the space between them.
 class WrongKind final : public VornathValuesAssertionFailure {
  public:
   WrongKind(std::string_view function, std::string_view takes, std::string_view kind,

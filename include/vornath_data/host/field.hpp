@@ -1,5 +1,5 @@
-/// Fields of values, found once by a path of labels and then read and written in any value of the
-/// type, at the speed of a copy of their bytes.
+/// Access to fields of values. A field is found once, by a path of labels. It can then be read and
+/// written in any value of the type, at the cost of a copy of its bytes.
 #ifndef VORNATH_DATA_HOST_FIELD_HPP
 #define VORNATH_DATA_HOST_FIELD_HPP
 
@@ -20,15 +20,15 @@
 
 namespace vrnt::host {
 
-/// Where a field lies in the values of a type. It holds a reference on the type.
-/// Threads: constant once made; any number of threads may use one.
+/// The place of a field in the values of a type. Holds a reference on the type.
+/// Threads: immutable; any number of threads may use it at the same time.
 class FieldPath {
  public:
-  /// Finds a field by labels and indices, as `matrix.w`, `textures[2].index` or, in an array of two
-  /// dimensions, `grid[3,1]`. An empty path is the whole value; references aren't followed.
-  /// The type may carry annotations, as vrdmFieldType() does.
-  /// Errors: throws Exception "Field path {}: {}." with the label or the index that isn't there,
-  /// and in which type.
+  /// Finds a field by labels and indices, for example `matrix.w`, `textures[2].index` or, in an
+  /// array of two dimensions, `grid[3,1]`. An empty path is the whole value. References are not
+  /// followed. The type may carry annotations, as the type of vrdmFieldType() does.
+  /// Errors: throws Exception "Field path {}: {}.", which names the label or index that does not
+  /// exist and the type in which it was looked up.
   FieldPath(const vrntType_t* type, std::string_view path)
       : whole_(TypeHandle::adopt(vrntTypeStripMetadata(type))), place_{whole_.get(), 0} {
     for (std::size_t at = 0; at < path.size();) {
@@ -36,25 +36,26 @@ class FieldPath {
     }
   }
 
-  /// The type of the values that the field is in: without annotations, as that of every value.
+  /// Returns the type of the values that hold the field, without annotations, as every value's type
+  /// is.
   const TypeHandle& wholeType() const noexcept { return whole_; }
-  /// The type of the field, borrowed from that.
+  /// Returns the type of the field, borrowed from wholeType().
   const vrntType_t* type() const noexcept { return place_.type; }
-  /// Bytes from the beginning of the value.
+  /// Returns the offset in bytes from the beginning of the value.
   std::uint64_t offset() const noexcept { return place_.offset; }
-  /// Type and offset for the flat functions.
+  /// Returns the type and offset for the flat functions.
   const vrntValueView_t& place() const noexcept { return place_; }
 
-  /// The field's bytes in a value, borrowed until the value is written to.
-  /// Errors: throws Exception "Incompatible type for value -> {}." for a value of another type.
+  /// Returns the bytes of the field in a value, borrowed until the next write to the value.
+  /// Errors: throws Exception "Incompatible type for value -> {}." if the value has another type.
   const void* bytesIn(const Value& value) const {
     requireType(value);
     return firstByte(value.get()) + place_.offset;
   }
 
-  /// Lets `fill(void* bytes)` write the field's bytes, which moves the value to a copy if others
-  /// share it. `fill` doesn't throw.
-  /// Errors: as bytesIn(); std::bad_alloc, with nothing written.
+  /// Calls `fill(void* bytes)` to write the bytes of the field. If others share the value's block,
+  /// first moves the value to a copy. `fill` must not throw.
+  /// Errors: as bytesIn(); std::bad_alloc. Nothing is written then.
   template <typename Fill>
   void writeIn(Value& value, Fill&& fill) const {
     requireType(value);
@@ -65,7 +66,8 @@ class FieldPath {
     vrntValueUnmap(value.get(), &place_);
   }
 
-  /// writeIn() for a field without references, of which none has to be counted.
+  /// As writeIn(), but for a field without references. This is faster, because no reference counts
+  /// change.
   template <typename Fill>
   void writePlainIn(Value& value, Fill&& fill) const {
     requireType(value);
@@ -99,7 +101,7 @@ class FieldPath {
                     vrnt::detail::shownText(place_.type));
   }
 
-  // Both give the position behind what they have read.
+  // Both functions return the position behind the part of the path that they parsed.
 
   std::size_t enterField(std::string_view path, std::size_t at) {
     if (at != 0 && path[at++] != '.') raise(path, "a . or a [ is missing");
@@ -146,16 +148,17 @@ class FieldPath {
   vrntValueView_t place_;
 };
 
-/// A field that is a T, of the types that a view reads (see ConstBasicView::read()).
+/// A field that is read and written as a T. T is one of the types of ConstBasicView::read().
 template <typename T>
 class Field {
  public:
-  /// Errors: those of FieldPath; Exception "Incompatible type for accessor -> {}." if a T doesn't
-  /// fit the field.
+  /// Finds the field.
+  /// Errors: those of FieldPath; throws Exception "Incompatible type for accessor -> {}." if T does
+  /// not fit the type of the field.
   Field(const vrntType_t* type, std::string_view path) : Field(FieldPath(type, path), path) {}
   Field(const TypeHandle& type, std::string_view path) : Field(type.get(), path) {}
 
-  /// The same for a path that is found already; `name` is for the words of a refusal.
+  /// Takes a path that is already found. `name` is the field's name for error messages.
   explicit Field(FieldPath path, std::string_view name = {}) : path_(std::move(path)) {
     static_assert(vrnt::detail::kCanFit<T>,
                   "a field is a float, bool, 32-bit integer or character, std::uint16_t for the "
@@ -166,12 +169,14 @@ class Field {
     }
   }
 
+  /// Reads the field.
   /// Errors: as FieldPath::bytesIn().
   T get(const Value& value) const {
     T result;
     vrnt::detail::load(result, path_.bytesIn(value));
     return result;
   }
+  /// Writes the field.
   /// Errors: as FieldPath::writeIn().
   void set(Value& value, const T& field) const {
     const auto fill = [&field](void* bytes) { vrnt::detail::store(bytes, field); };
@@ -191,8 +196,9 @@ class Field {
 /// A field that is an enum, read and written by the names of its constructors.
 class EnumField {
  public:
-  /// Errors: those of FieldPath; Exception "Incompatible type for accessor -> {}." for a field of
-  /// another type.
+  /// Finds the field.
+  /// Errors: those of FieldPath; throws Exception "Incompatible type for accessor -> {}." if the
+  /// field is not an enum.
   EnumField(const vrntType_t* type, std::string_view path)
       : EnumField(FieldPath(type, path), path) {}
   EnumField(const TypeHandle& type, std::string_view path) : EnumField(type.get(), path) {}
@@ -202,7 +208,8 @@ class EnumField {
     }
   }
 
-  /// The code of a constructor. Throws Exception "Invalid enum constructor: {}".
+  /// Returns the code of a constructor. Throws Exception "Invalid enum constructor: {}" if there is
+  /// none of this name.
   std::int32_t code(std::string_view constructor) const {
     const std::uint32_t count = vrntTypeConstructorCount(path_.type());
     for (std::uint32_t i = 0; i < count; ++i) {
@@ -213,7 +220,9 @@ class EnumField {
     throw Exception(ErrorCode::InvalidArguments, "Invalid enum constructor: {}", constructor);
   }
 
-  /// The name belongs to the type. Throws Exception "Enum code out of range: {}" as well.
+  /// Reads the field as the name of a constructor, borrowed from the type.
+  /// Errors: as FieldPath::bytesIn(); throws Exception "Enum code out of range: {}" for a code
+  /// without a constructor.
   std::string_view get(const Value& value) const {
     std::int32_t number = 0;
     vrnt::detail::load(number, path_.bytesIn(value));
@@ -223,6 +232,8 @@ class EnumField {
     }
     return vrntTypeConstructorName(path_.type(), static_cast<std::uint32_t>(number));
   }
+  /// Writes the code of a constructor.
+  /// Errors: as FieldPath::writeIn() and code().
   void set(Value& value, std::string_view constructor) const {
     const std::int32_t number = code(constructor);
     path_.writePlainIn(value, [number](void* bytes) { vrnt::detail::store(bytes, number); });
@@ -234,11 +245,12 @@ class EnumField {
   FieldPath path_;
 };
 
-/// A field that is an array of characters, read and written as a text that a zero ends.
+/// A field that is an array of characters, read and written as a zero-terminated string.
 class TextField {
  public:
-  /// Errors: those of FieldPath; Exception "Incompatible type for accessor -> {}." for a field of
-  /// another type.
+  /// Finds the field.
+  /// Errors: those of FieldPath; throws Exception "Incompatible type for accessor -> {}." if the
+  /// field is not an array of characters.
   TextField(const vrntType_t* type, std::string_view path)
       : TextField(FieldPath(type, path), path) {}
   TextField(const TypeHandle& type, std::string_view path) : TextField(type.get(), path) {}
@@ -246,16 +258,19 @@ class TextField {
     if (!isText(path_.type())) vrnt::detail::raiseUnfit(path_.type(), name, "an array of char");
   }
 
-  /// The most bytes that a text may have.
+  /// Returns the maximal size of the string in bytes, without the terminator.
   std::size_t capacity() const { return vrntTypeSize(path_.type()) - 1; }
 
+  /// Reads the string up to the first zero, or the whole array.
+  /// Errors: as FieldPath::bytesIn().
   std::string get(const Value& value) const {
     const char* const bytes = static_cast<const char*>(path_.bytesIn(value));
     const void* const zero = std::memchr(bytes, '\0', capacity() + 1);
     return {bytes, zero != nullptr ? static_cast<const char*>(zero) : bytes + capacity() + 1};
   }
-  /// The rest of the array becomes zero. Throws Exception "Text of {} bytes does not fit {}.", also
-  /// for one with a zero in it.
+  /// Writes the string and fills the rest of the array with zeros.
+  /// Errors: as FieldPath::writeIn(); throws Exception "Text of {} bytes does not fit {}." if the
+  /// string is too long or contains a zero.
   void set(Value& value, std::string_view text) const {
     if (text.size() > capacity() || text.find('\0') != std::string_view::npos) {
       throw Exception(ErrorCode::InvalidArguments, "Text of {} bytes does not fit {}.", text.size(),
@@ -263,7 +278,7 @@ class TextField {
     }
     const std::size_t size = capacity() + 1;
     path_.writePlainIn(value, [text, size](void* bytes) {
-      // The text may be what stands there.
+      // The text may overlap the bytes of this field.
       if (!text.empty()) std::memmove(bytes, text.data(), text.size());
       std::memset(static_cast<char*>(bytes) + text.size(), 0, size - text.size());
     });
@@ -271,6 +286,7 @@ class TextField {
 
   const FieldPath& path() const noexcept { return path_; }
 
+  /// Returns true for a sized one-dimensional array of characters.
   static bool isText(const vrntType_t* type) {
     if (vrntTypeDescriptor(type) != VRNT_DESCRIPTOR_ARRAY || vrntTypeArrayDimension(type) != 1 ||
         vrntTypeSize(type) == 0) {
@@ -284,29 +300,30 @@ class TextField {
   FieldPath path_;
 };
 
-/// The same at all wavelengths.
+/// A spectrum with the same value at all wavelengths.
 struct FlatSpectrum {
   float value = 0;
 };
 
-/// Linear colour.
+/// A linear RGB colour.
 struct RgbSpectrum {
   float red = 0, green = 0, blue = 0;
 };
 
-/// Amplitudes over wavelengths in nm, which increase: each amplitude holds from its own wavelength
-/// to the next one, the last one to `end`.
+/// A step function over wavelengths in nm. The wavelengths must increase. Each amplitude holds from
+/// its own wavelength to the next one, and the last amplitude holds to `end`.
 struct SampledSpectrum {
   std::vector<float> wavelengths;
   std::vector<float> amplitudes;
   float end = 0;
 };
 
-/// A field that is a spectrum: the struct of vrntTypeSpectrum(), or a subtype.
+/// A field that is a spectrum: the struct of vrntTypeSpectrum(), or a subtype of it.
 class SpectrumField {
  public:
-  /// Errors: those of FieldPath; Exception "Incompatible type for accessor -> {}." for a field of
-  /// another type.
+  /// Finds the field.
+  /// Errors: those of FieldPath; throws Exception "Incompatible type for accessor -> {}." if the
+  /// field is not a spectrum.
   SpectrumField(const vrntType_t* type, std::string_view path)
       : SpectrumField(FieldPath(type, path), path) {}
   SpectrumField(const TypeHandle& type, std::string_view path) : SpectrumField(type.get(), path) {}
@@ -321,15 +338,15 @@ class SpectrumField {
     numbers_.offset += path_.offset();
   }
 
-  /// VRNT_ENCODING_*.
+  /// Returns the encoding, one of VRNT_ENCODING_*.
   std::int32_t encoding(const Value& value) const {
     std::int32_t code = 0;
     const auto* const bytes = static_cast<const char*>(path_.bytesIn(value));
     std::memcpy(&code, bytes + (encoding_.offset - path_.offset()), sizeof(code));
     return code;
   }
-  /// The numbers as they are stored: one, three, or pairs of wavelength and amplitude. None if the
-  /// spectrum refers to nothing.
+  /// Returns the numbers as they are stored: one, three, or pairs of wavelength and amplitude.
+  /// Returns none if the reference of the spectrum is null.
   std::vector<float> numbers(const Value& value) const {
     static_cast<void>(path_.bytesIn(value));
     const Value array = Value::adopt(vrntValueDereference(value.get(), &numbers_));
@@ -339,22 +356,23 @@ class SpectrumField {
     return floats;
   }
 
-  /// Errors, for all three: as FieldPath::writeIn(); Exception "Incompatible type for accessor ->
-  /// {}." where the field can't refer to that many numbers. Nothing is written then.
+  /// Writes the spectrum. Errors of all three overloads: as FieldPath::writeIn(); throws Exception
+  /// "Incompatible type for accessor -> {}." if the field cannot refer to this many numbers.
+  /// Nothing is written then.
   void set(Value& value, const FlatSpectrum& spectrum) const {
     write(value, VRNT_ENCODING_LUMINANCE, {spectrum.value});
   }
   void set(Value& value, const RgbSpectrum& spectrum) const {
     write(value, VRNT_ENCODING_RGB, {spectrum.red, spectrum.green, spectrum.blue});
   }
-  /// Throws Exception "Wavelengths and amplitudes are {} and {}." for counts that differ, and
-  /// "Wavelengths must increase: {} comes behind {}." as well.
+  /// Also throws Exception "Wavelengths and amplitudes are {} and {}." if the sizes differ, and
+  /// "Wavelengths must increase: {} comes behind {}.".
   void set(Value& value, const SampledSpectrum& spectrum) const {
     if (spectrum.wavelengths.size() != spectrum.amplitudes.size()) {
       throw Exception(ErrorCode::InvalidArguments, "Wavelengths and amplitudes are {} and {}.",
                       spectrum.wavelengths.size(), spectrum.amplitudes.size());
     }
-    // The first pair is (0, 0), and the last one closes the distribution with an amplitude of 0.
+    // The first pair is (0, 0). The last pair ends the distribution with an amplitude of 0.
     std::vector<float> pairs = {0.0F, 0.0F};
     pairs.reserve(2 * spectrum.wavelengths.size() + 4);
     for (std::size_t i = 0; i < spectrum.wavelengths.size(); ++i) {
@@ -377,8 +395,8 @@ class SpectrumField {
     pairs.push_back(amplitude);
   }
 
-  // The numbers are a value of their own. They come first: with that done the value's block isn't
-  // shared, and writing the encoding can't fail.
+  // The numbers are a value of their own, and are set first. After that the value's block is not
+  // shared, so that the write of the encoding cannot fail.
   void write(Value& value, std::int32_t encoding, const std::vector<float>& numbers) const {
     static_cast<void>(path_.bytesIn(value));
     const TypeHandle type = TypeHandle::adopt(vrtnTypeFloatArray(numbers.size()));

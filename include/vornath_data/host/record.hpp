@@ -1,4 +1,4 @@
-/// A value in the making, its fields reached by paths of labels.
+/// A value whose fields are read and written by paths of labels.
 #ifndef VORNATH_DATA_HOST_RECORD_HPP
 #define VORNATH_DATA_HOST_RECORD_HPP
 
@@ -12,28 +12,33 @@
 
 namespace vrnt::host {
 
-/// A value with setters by path, for what is written once; a Field, which finds its place once, is
-/// for what is read and written over and over. A copy shares the value until either is written to.
+/// A value with getters and setters by path. Each call searches for its field; to access a field
+/// many times, use a Field, which searches once. A copy shares the value until either is written
+/// to.
 ///
 ///     Record record = Record::ofType("{ float focal_length; enum { A; B; } mode; }");
 ///     record.set("focal_length", 0.035F).set("mode", "B");
 class Record {
  public:
-  /// Of a value that there is.
+  /// Takes an existing value.
   explicit Record(Value value) : value_(std::move(value)) {}
 
-  /// The default value of a type. Throws Exception as Value::create() and TypeHandle::parse() fail.
+  /// Creates the default value of a type. Throws an Exception if Value::create() or
+  /// TypeHandle::parse() fails.
   static Record ofType(const vrntType_t* type) { return Record(Value::create(type, true).value()); }
   static Record ofType(const char* typeText) {
     return ofType(TypeHandle::parse(typeText).value().get());
   }
   static Record ofType(const std::string& typeText) { return ofType(typeText.c_str()); }
 
-  /// Writes one field: a number, a bool, a std::array of lanes or elements, or a struct, as
-  /// Field<T>; a text, as the name of a constructor if the field is an enum, else as characters; or
-  /// a FlatSpectrum, RgbSpectrum or SampledSpectrum.
-  /// Errors: throws what the field classes throw, with nothing written; Exception "Incompatible
-  /// type for value -> no value." from a Record that was moved from.
+  /// Writes one field. `field` is one of:
+  /// - a number, a bool, a std::array of lanes or elements, or a struct, as for Field<T>;
+  /// - a string: the name of a constructor if the field is an enum, else the characters of an
+  /// array;
+  /// - a FlatSpectrum, RgbSpectrum or SampledSpectrum.
+  ///
+  /// Errors: throws what the field classes throw and writes nothing. Throws Exception "Incompatible
+  /// type for value -> no value." if this Record was moved from.
   template <typename T>
   Record& set(std::string_view path, const T& field) {
     FieldPath found = find(path);
@@ -52,7 +57,8 @@ class Record {
     return *this;
   }
 
-  /// Reads one field; as a std::string the name of an enum's constructor or a text.
+  /// Reads one field. As a std::string, reads the name of an enum's constructor or an array of
+  /// characters.
   /// Errors: as set().
   template <typename T>
   T get(std::string_view path) const {
@@ -67,8 +73,8 @@ class Record {
     }
   }
 
-  /// The whole value's text, as ConstBasicView::text(). Errors: as set() for a Record that was
-  /// moved from.
+  /// Returns the text of the whole value, as ConstBasicView::text() does.
+  /// Errors: as set() if this Record was moved from.
   std::string text() const {
     requireValue();
     return ConstView(&value_).text();

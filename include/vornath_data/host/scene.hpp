@@ -1,4 +1,4 @@
-/// Scenes that end themselves, their objects by class and number, and their parts by name.
+/// Scenes with automatic lifetime. Objects are named by class and index, their parts by name.
 #ifndef VORNATH_DATA_HOST_SCENE_HPP
 #define VORNATH_DATA_HOST_SCENE_HPP
 
@@ -21,6 +21,7 @@
 
 #include "vornath_data/catalogue/material_graph.hpp"
 #include "vornath_data/catalogue/mesh.hpp"
+#include "vornath_data/handles.hpp"
 #include "vornath_data/host/record.hpp"
 #include "vornath_data/host/span.hpp"
 #include "vornath_data/host/storage.hpp"
@@ -30,7 +31,7 @@
 
 namespace vrnt::host {
 
-/// An object of a scene: its class, VRDM_CLASS_*, and its slot number.
+/// Names an object of a scene by its class, VRDM_CLASS_*, and its slot index.
 struct Object {
   std::uint32_t objectClass = 0;
   std::int32_t index = -1;  ///< -1 for none
@@ -41,11 +42,11 @@ struct Object {
   friend bool operator!=(const Object& a, const Object& b) noexcept { return !(a == b); }
 };
 
-/// The words for decals in the list of a DecalList.
+/// Return the words that put a decal on the back or on the front side, for the list of a DecalList.
 inline std::int32_t onBack(const Object& decal) noexcept { return decal.index; }
 inline std::int32_t onFront(const Object& decal) noexcept { return ~decal.index; }
 
-/// The name of a class, "SceneData" for VRDM_CLASS_SCENE_DATA.
+/// Returns the name of a class, for example "Camera"; "SceneData" for VRDM_CLASS_SCENE_DATA.
 inline std::string className(std::uint32_t objectClass) {
   const char* const name = vrdmObjectName(objectClass);
   if (name != nullptr) return name;
@@ -53,7 +54,7 @@ inline std::string className(std::uint32_t objectClass) {
                                               : "class " + std::to_string(objectClass);
 }
 
-/// The position of a class's group, for a host that names it often.
+/// Returns the index of a group in its class. A host that uses a group often can keep the index.
 /// Errors: throws Exception "There is no group {} in {}.".
 inline std::uint32_t groupNumber(std::uint32_t objectClass, std::string_view name) {
   const std::uint32_t count = vrdmFieldCount(objectClass);
@@ -64,7 +65,7 @@ inline std::uint32_t groupNumber(std::uint32_t objectClass, std::string_view nam
                   className(objectClass));
 }
 
-/// The position of a class's reference slot.
+/// Returns the index of a reference slot in its class.
 /// Errors: throws Exception "There is no slot {} in {}.".
 inline std::uint32_t slotNumber(std::uint32_t objectClass, std::string_view name) {
   const std::uint32_t count = vrdmReferenceCount(objectClass);
@@ -75,15 +76,18 @@ inline std::uint32_t slotNumber(std::uint32_t objectClass, std::string_view name
                   className(objectClass));
 }
 
-/// The annotated type of a group, for Field and for defaults and limits.
-/// Errors: as groupNumber(); std::bad_alloc.
+/// Returns the type of a group with its annotations, for Field and for defaults and limits.
+/// Errors: as groupNumber(); throws std::bad_alloc.
 inline TypeHandle groupType(std::uint32_t objectClass, std::string_view name) {
   return TypeHandle::adopt(vrdmFieldType(objectClass, groupNumber(objectClass, name)));
 }
 
-/// The live objects of a class, in the order of their numbers, as `for (Object shape :
-/// scene.objects(VRDM_CLASS_SHAPE))`. Objects may be added and removed meanwhile; those in slots
-/// that are new aren't come to.
+/// A range of the live objects of a class, in ascending order of their indices:
+///
+///     for (Object shape : scene.objects(VRDM_CLASS_SHAPE)) ...
+///
+/// The loop may add and remove objects. It does not visit objects in slots that were added after
+/// the range was made.
 class Objects {
  public:
   class iterator {
@@ -139,27 +143,28 @@ class Objects {
   std::int32_t end_;
 };
 
-/// Owns a scene. It can be moved, which leaves the source without one, to be assigned to or ended.
+/// Owns a scene and destroys it. A moved-from Scene owns none; it can only be assigned to or
+/// destroyed.
 ///
-/// Errors: besides what each function names, Exception "There is no {} {}." for an object that
-/// isn't live, and "{} is no class of {}." for an object or class of another kind; std::bad_alloc.
-/// Nothing is changed then.
-/// Threads: a scene belongs to one thread at a time.
+/// Errors of all members: besides the errors that each function documents, throws Exception "There
+/// is no {} {}." if an object is not live, "{} is no class of {}." if an object or class is of the
+/// wrong kind, and std::bad_alloc. Nothing is changed then.
+/// Threads: use a scene on one thread at a time.
 class Scene {
  public:
-  /// An empty scene with the default settings.
+  /// Creates an empty scene with the default settings.
   Scene() : Scene(vrdmCreateScene()) {}
 
-  /// Takes over a scene of the caller's. Throws std::bad_alloc for null.
+  /// Takes over the caller's scene. Throws std::bad_alloc if it is null.
   explicit Scene(vrdmScene_t* scene) : scene_(scene) {
     if (scene == nullptr) throw std::bad_alloc();
   }
 
-  /// Reads a scene file. The path is UTF-8. A file that ends early gives a scene in which the rest
-  /// is empty.
+  /// Reads a scene file. The path is UTF-8. If the file ends early, the rest of the scene is empty.
   /// Errors: throws Exception "{}: there is no scene file that this program can read ({})." with
-  /// the path and the reason, of code FileNotFound, AccessDenied, IoError, InvalidArguments (it
-  /// isn't a scene file) or VersionMismatch; and "{}: {}" where a stored value can't be read.
+  /// the path and the reason. Its code is FileNotFound, AccessDenied, IoError, InvalidArguments
+  /// (not a scene file) or VersionMismatch. Throws Exception "{}: {}" if a stored value cannot be
+  /// read.
   static Scene read(const std::string& path) {
     vrdmScene_t* scene = nullptr;
     try {
@@ -171,11 +176,11 @@ class Scene {
     return Scene(scene);
   }
 
-  /// Writes the scene to a file, in place of one that stands there. The path is UTF-8.
-  /// Errors: throws Exception "{}: cannot write the file" of code IoError, where the file can't be
-  /// opened or isn't written to its end (what was written until then stays); "{} {} has no value."
-  /// for a Camera, Light or Material that was given none, before anything is written; and what a
-  /// value throws that can't be written.
+  /// Writes the scene to a file and replaces an existing file. The path is UTF-8.
+  /// Errors: throws Exception "{}: cannot write the file" of code IoError if the file cannot be
+  /// opened or not be written completely; a partly written file stays. Throws Exception "{} {} has
+  /// no value." if a Camera, Light or Material has no value, before anything is written. Also
+  /// throws the exception of a value that cannot be written.
   void write(const std::string& path) const {
     requireValues();
     constexpr std::size_t kBufferSize = std::size_t{1} << 20;
@@ -188,24 +193,24 @@ class Scene {
     if (!stream) throw Exception(ErrorCode::IoError, "{}: cannot write the file", path);
   }
 
-  /// The scene for the flat functions; it stays this object's.
+  /// Returns the scene for the flat functions. This object keeps ownership.
   vrdmScene_t* get() const noexcept { return scene_.get(); }
-  /// Gives the scene to the caller, who ends it with vrdmDestroyScene().
+  /// Gives the scene to the caller, who must release it with vrdmDestroyScene().
   vrdmScene_t* release() noexcept { return scene_.release(); }
 
   const UniqueId& id() const { return *vrdmSceneId(get()); }
 
-  // Objects.
+  // Objects
 
-  /// Adds a program of the class CameraProgram, MaterialProgram or LightProgram.
+  /// Adds a program. The class is CameraProgram, MaterialProgram or LightProgram.
   Object addProgram(std::uint32_t objectClass, const std::string& source) {
     requireKind(objectClass, VRDM_KIND_PROGRAM);
     return added(objectClass, vrdmAddProgram(get(), objectClass, source.c_str()));
   }
 
-  /// Adds an asset, whose class follows from its record. The scene shares the bytes.
+  /// Adds an asset. The type of the descriptor selects the class. The scene shares the bytes.
   /// Errors: throws Exception "The record of a {} asks for {} bytes, not {}." if the block has
-  /// fewer.
+  /// fewer bytes than the descriptor needs.
   Object addAsset(const vrdmMeshDesc& desc, const Storage& bytes) {
     const vrnt::detail::MeshDesc record{desc.triangles, desc.vertices, desc.texcoordSets,
                                         desc.flags};
@@ -222,31 +227,33 @@ class Scene {
     return addAsset(VRDM_CLASS_MATERIAL_GRAPH, record, bytes);
   }
 
-  /// Adds an object of any other class, with its defaults.
+  /// Adds an object of any other class with its default settings.
   Object create(std::uint32_t objectClass) {
     requireKind(objectClass, VRDM_KIND_INSTANCE);
     return added(objectClass, vrdmCreateInstance(get(), objectClass));
   }
 
-  /// Whether the object is live.
+  /// Returns true if the object is live.
   bool valid(const Object& object) const {
     return vrdmValid(get(), object.objectClass, object.index);
   }
-  /// Frees the object's slot. References to it stay.
+  /// Frees the object's slot. References to the object are not changed.
   void remove(const Object& object) {
     require(object);
     vrdmRemove(get(), object.objectClass, object.index);
   }
-  /// The live objects of a class.
+  /// Returns the live objects of a class.
   Objects objects(std::uint32_t objectClass) const { return {get(), objectClass}; }
 
-  /// The text of a program, borrowed until a program of the class is added.
+  /// Returns the text of a program, borrowed until the next addition of a program of its class.
   const char* source(const Object& program) const {
     require(program, VRDM_KIND_PROGRAM);
     return vrdmGetProgramSource(get(), program.objectClass, program.index);
   }
 
-  /// The record of an asset: a vrdmMeshDesc, vrdmTextureDesc or vrdmMaterialGraphDesc.
+  /// Returns the descriptor of an asset: a vrdmMeshDesc, vrdmTextureDesc or vrdmMaterialGraphDesc.
+  /// Errors: throws Exception "The record of a {} is not that of a {}." if the asset has another
+  /// class.
   template <typename Desc>
   Desc desc(const Object& asset) const {
     requireClass(asset, classOf<Desc>());
@@ -254,24 +261,26 @@ class Scene {
     vrdmGetAssetStorage(get(), asset.objectClass, asset.index, &desc);
     return desc;
   }
-  /// The bytes of an asset, borrowed until it is removed or updated.
+  /// Returns the bytes of an asset, borrowed until the asset is removed or updated.
   Span<const unsigned char> bytes(const Object& asset) const {
     const AssetStorage* const block = blockOf(asset);
     return {static_cast<const unsigned char*>(block->data), static_cast<std::size_t>(block->size)};
   }
-  /// A handle on the bytes of an asset, shared with the scene.
+  /// Returns a handle on the bytes of an asset, which it shares with the scene.
   Storage storage(const Object& asset) const { return Storage::share(blockOf(asset)); }
 
-  // Groups and values.
+  // Groups and values
 
-  /// A copy of a group, to be changed and handed to setGroup(). Errors: as groupNumber().
+  /// Returns a copy of a group. Change it and pass it to setGroup().
+  /// Errors: as groupNumber().
   Record group(const Object& object, std::string_view name) const {
     require(object);
     return Record(Value::adopt(vrdmGetDataValue(get(), object.objectClass, object.index,
                                                 groupNumber(object.objectClass, name))));
   }
-  /// Writes a group whole. Errors: as groupNumber(); throws Exception "The group {} of {} does not
-  /// take {}." for a value of another type.
+  /// Writes a whole group.
+  /// Errors: as groupNumber(); throws Exception "The group {} of {} does not take {}." if the
+  /// record has another type or was moved from.
   void setGroup(const Object& object, std::string_view name, const Record& record) {
     require(object);
     const std::uint32_t group = groupNumber(object.objectClass, name);
@@ -280,10 +289,12 @@ class Scene {
       raiseOtherType(object.objectClass, name, record);
     }
   }
-  /// A copy of a scene-wide group, as "General".
+  /// Returns a copy of a scene-wide group, for example "General".
   Record group(std::string_view name) const {
     return Record(Value::adopt(vrdmGetSceneDataValue(get(), groupNumber(sceneData(), name))));
   }
+  /// Writes a whole scene-wide group.
+  /// Errors: as the other setGroup().
   void setGroup(std::string_view name, const Record& record) {
     const std::uint32_t group = groupNumber(sceneData(), name);
     if (!record.value() || !vrdmSetSceneDataValue(get(), group, record.value().get())) {
@@ -291,25 +302,27 @@ class Scene {
     }
   }
 
-  /// The value of a Camera, Light or Material, shared with the scene. Errors: throws Exception
-  /// "{} {} has no value." if it was given none.
+  /// Returns the value of a Camera, Light or Material, which it shares with the scene.
+  /// Errors: throws Exception "{} {} has no value." if none was set.
   Record value(const Object& object) const {
     requireHasValue(object);
     Value value = Value::adopt(vrdmGetInstanceValue(get(), object.objectClass, object.index));
     if (!value) raiseNoValue(object);
     return Record(std::move(value));
   }
-  /// Gives a Camera, Light or Material its value, which the scene shares.
+  /// Sets the value of a Camera, Light or Material. The scene shares it.
+  /// Errors: throws Exception "{} {} has no value." if the record was moved from.
   void setValue(const Object& object, const Record& record) {
     requireHasValue(object);
     if (!record.value()) raiseNoValue(object);
     vrdmSetInstanceValue(get(), object.objectClass, object.index, record.value().get());
   }
 
-  // References.
+  // References
 
-  /// Makes a single slot refer to an object. Errors: as slotNumber(); throws Exception "The slot {}
-  /// of {} does not take {}." for an object of another class or a slot that is a list.
+  /// Makes a single slot refer to an object.
+  /// Errors: as slotNumber(); throws Exception "The slot {} of {} does not take {}." if the target
+  /// has another class, and "The slot {} of {} is a list.".
   void refer(const Object& object, std::string_view slot, const Object& target) {
     const std::uint32_t number = requireSlot(object, slot, false);
     require(target);
@@ -319,19 +332,24 @@ class Scene {
                      static_cast<std::uint32_t>(target.index));
   }
   /// Makes a single slot refer to nothing.
+  /// Errors: as slotNumber(); throws Exception "The slot {} of {} is a list.".
   void clear(const Object& object, std::string_view slot) {
     const std::uint32_t number = requireSlot(object, slot, false);
     vrdmSetReference(get(), object.objectClass, object.index, number, UINT32_MAX);
   }
-  /// What a single slot refers to; an index of -1 for nothing.
+  /// Returns the object that a single slot refers to. Its index is -1 if the slot refers to
+  /// nothing.
+  /// Errors: as clear().
   Object target(const Object& object, std::string_view slot) const {
     const std::uint32_t number = requireSlot(object, slot, false);
     return {vrdmReferenceType(object.objectClass, number).targetClass,
             vrdmGetReference(get(), object.objectClass, object.index, number)};
   }
 
-  /// The words of a list, borrowed until its length changes or the class is added to: numbers, in
-  /// the lists of emitters and decals coded as VRDM_REFERENCE_* tells.
+  /// Returns the words of a list, borrowed until the length of the list changes or an object of the
+  /// class is added. A word is a slot index. In the lists of emitters and decals it is coded, see
+  /// VRDM_REFERENCE_*.
+  /// Errors: as slotNumber(); throws Exception "The slot {} of {} is no list.".
   Span<const std::int32_t> list(const Object& object, std::string_view slot) const {
     const std::uint32_t number = requireSlot(object, slot, true);
     const std::int32_t count =
@@ -339,10 +357,11 @@ class Scene {
     return {vrdmGetReferenceList(get(), object.objectClass, object.index, number),
             static_cast<std::size_t>(count)};
   }
-  /// Replaces a list by words as they stand.
+  /// Replaces a list by words, which are stored unchanged.
+  /// Errors: as list().
   void setWords(const Object& object, std::string_view slot, Span<const std::int32_t> words) {
     const std::uint32_t number = requireSlot(object, slot, true);
-    // They may be those of this very list, which moves when its length changes.
+    // The words may be those of this list, which moves when its length changes.
     const std::vector<std::int32_t> copies(words.begin(), words.end());
     vrdmSetReferenceCount(get(), object.objectClass, object.index, number,
                           static_cast<std::uint32_t>(copies.size()));
@@ -354,8 +373,11 @@ class Scene {
                 std::initializer_list<std::int32_t> words) {
     setWords(object, slot, Span<const std::int32_t>(words.begin(), words.size()));
   }
-  /// Replaces a list by objects; lights and shapes of a LightGroup are coded as they have to be.
-  /// Decals stand on a side, so that a DecalList takes setWords() with onFront() and onBack().
+  /// Replaces a list by objects. Codes the lights and shapes of a LightGroup as needed. Does not
+  /// take the list of a DecalList, where each decal needs a side: use setWords() with onFront() and
+  /// onBack().
+  /// Errors: as list(); throws Exception "The slot {} of {} does not take {}." if an object has the
+  /// wrong class.
   void setList(const Object& object, std::string_view slot, Span<const Object> targets) {
     const vrdmReferenceInfo info =
         vrdmReferenceType(object.objectClass, requireSlot(object, slot, true));
@@ -379,10 +401,6 @@ class Scene {
   }
 
  private:
-  struct Destroyer {
-    void operator()(vrdmScene_t* scene) const noexcept { vrdmDestroyScene(scene); }
-  };
-
   static std::uint32_t sceneData() noexcept { return VRDM_CLASS_SCENE_DATA; }
 
   template <typename Desc>
@@ -486,7 +504,7 @@ class Scene {
                     className(object.objectClass), object.index);
   }
 
-  // Tells a file that isn't there from one that is no scene and one of another version.
+  // Finds out why a file cannot be read: it does not exist, is not a scene, or has another version.
   [[noreturn]] static void raiseUnreadable(const std::string& path) {
     constexpr char kWords[] = "{}: there is no scene file that this program can read ({}).";
     errno = 0;
@@ -509,7 +527,7 @@ class Scene {
                     "it has version " + std::to_string(version));
   }
 
-  std::unique_ptr<vrdmScene_t, Destroyer> scene_;
+  UniqueScene scene_;
 };
 
 }  // namespace vrnt::host

@@ -1,4 +1,4 @@
-/// Elements that lie one behind another and belong to somebody else.
+/// A view of contiguous elements that it does not own.
 #ifndef VORNATH_DATA_HOST_SPAN_HPP
 #define VORNATH_DATA_HOST_SPAN_HPP
 
@@ -8,15 +8,15 @@
 
 namespace vrnt::host {
 
-/// A pointer and a count. It owns nothing, and lives no longer than what it was made from.
+/// A pointer and a count. Owns nothing; the elements must outlive it.
 template <typename T>
 class Span {
  public:
   constexpr Span() noexcept = default;
   constexpr Span(T* data, std::size_t size) noexcept : data_(data), size_(size) {}
 
-  /// The elements of a std::vector, std::array or another Span. Of a temporary one they last for
-  /// the call that it is passed to.
+  /// Makes a span of the elements of a std::vector, std::array or other Span. If the container is a
+  /// temporary, the elements live until the end of the call that the span is passed to.
   template <typename Container,
             typename = std::enable_if_t<!std::is_same_v<std::decay_t<Container>, Span>>,
             typename Element = std::remove_pointer_t<decltype(std::declval<Container&>().data())>,
@@ -30,7 +30,7 @@ class Span {
   constexpr T* begin() const noexcept { return data_; }
   constexpr T* end() const noexcept { return data_ + size_; }
 
-  /// The index isn't checked.
+  /// The index is not checked.
   constexpr T& operator[](std::size_t index) const noexcept { return data_[index]; }
 
  private:

@@ -1,4 +1,4 @@
-/// Bytes of assets: what a host has, handed over as an AssetStorage without a copy.
+/// The bytes of assets: makes AssetStorage blocks from a host's memory or files, without a copy.
 #ifndef VORNATH_DATA_HOST_STORAGE_HPP
 #define VORNATH_DATA_HOST_STORAGE_HPP
 
@@ -24,19 +24,18 @@
 
 namespace vrnt::host {
 
-/// A counted handle on the bytes of an asset. The last handle, a scene's or a host's, gives them
-/// back on whichever thread it ends.
+/// A counted handle on the bytes of an asset. The last handle, of a scene or of a host, releases
+/// the bytes on the thread that destroys it.
 using Storage = data::AssetHandle;
 
 namespace detail {
 
-// A block that has an owner of the bytes in it. The bytes go with the block, so that they aren't
-// released apart from it.
+// A block together with the owner of its bytes, so that one release frees both.
 template <typename Owner>
 struct OwningBlock : AssetStorage {
   explicit OwningBlock() : AssetStorage{0, 1, 0, this, &OwningBlock::end} {}
 
-  // An asset without a data pointer would be a free slot, so that of no bytes points to its block.
+  // An asset without a data pointer is a free slot. So an empty asset points to its own block.
   void show(void* bytes, std::size_t count) noexcept {
     size = count;
     if (count != 0) this->data = bytes;
@@ -51,15 +50,16 @@ struct OwningBlock : AssetStorage {
 
 }  // namespace detail
 
-/// A block with a copy of `size` bytes. `bytes` may be null if `size` is 0. Throws std::bad_alloc.
+/// Makes a block with a copy of `size` bytes. `bytes` may be null if `size` is 0.
+/// Errors: throws std::bad_alloc.
 inline Storage copyBytes(const void* bytes, std::size_t size) {
   Storage storage = Storage::adopt(vrdmAssetStorageCopy(bytes, size));
   if (storage.get() == nullptr) throw std::bad_alloc();
   return storage;
 }
 
-/// A block around the elements of a vector, which moves into it. Throws std::bad_alloc; the vector
-/// is then as it was.
+/// Makes a block from a vector, without a copy: the vector moves into the block.
+/// Errors: throws std::bad_alloc; the vector is unchanged then.
 template <typename T>
 Storage moveBytes(std::vector<T>&& elements) {
   static_assert(std::is_trivially_copyable_v<T> && !std::is_same_v<T, bool>,
@@ -107,13 +107,13 @@ struct Descriptor {
 
 }  // namespace detail
 
-/// A block around a file that is mapped into memory, and read as its bytes are. What is written to
-/// the bytes stays in memory. A file that is made shorter meanwhile ends the process that reads
-/// what is gone.
+/// Makes a block from a file that is mapped into memory; pages are read on first access. A write to
+/// the bytes changes the memory only, not the file. If the file is truncated while it is mapped, an
+/// access to the missing part ends the process with a signal.
 /// Errors: throws Exception of code FileNotFound, AccessDenied or IoError with the path and the
-/// system's words; std::bad_alloc.
+/// system's error message; std::bad_alloc.
 inline Storage mapFile(const std::string& path) {
-  // Without waiting for what isn't a file, as a pipe that nobody writes to.
+  // O_NONBLOCK: do not wait if the path is not a regular file, for example a pipe without a writer.
   const detail::Descriptor file(::open(path.c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK));
   struct stat status {};
   if (file.number < 0 || fstat(file.number, &status) != 0) detail::raiseFileError(path, errno);
@@ -125,7 +125,7 @@ inline Storage mapFile(const std::string& path) {
   Storage storage = Storage::adopt(block);
   const auto size = static_cast<std::size_t>(status.st_size);
   if (size == 0) return storage;
-  // Private pages that may be written: whoever is the only owner of an asset may write to it.
+  // The pages are private and writable, because the only owner of an asset may write to it.
   int flags = MAP_PRIVATE;
 #if defined(MAP_NORESERVE)
   flags |= MAP_NORESERVE;
