@@ -5,9 +5,10 @@
 #include <unordered_set>
 #include <vector>
 
+#include "class_table.hpp"
 #include "group_type.hpp"
-#include "object_operations.hpp"
 #include "record_comparison.hpp"
+#include "reference_slots.hpp"
 #include "vornath_data/scene.hpp"
 
 namespace vrnt::data {
@@ -15,20 +16,27 @@ namespace vrnt::data {
 namespace {
 
 // How all groups of a class are compared, as the one block in which they lie.
+RecordComparison compareGroups(const ClassEntry& owner, std::size_t size) {
+  RecordComparison comparison(size);
+  for (const GroupEntry& group : owner.groups) {
+    comparison.add(groupType(group).plain, group.offset);
+  }
+  return comparison;
+}
+
 template <typename Desc>
 const RecordComparison& groupComparison() {
-  static const RecordComparison comparison = [] {
-    using Groups = typename Desc::Groups;
-    const Groups groups{};
-    RecordComparison made(sizeof(Groups));
-    forEachGroup<Desc>([&](const auto& group, auto position) {
-      const auto* const record = reinterpret_cast<const char*>(&(groups.*group.member));
-      const auto offset = static_cast<std::size_t>(record - reinterpret_cast<const char*>(&groups));
-      made.add(groupType<Desc>(position).plain, offset);
-    });
-    return made;
-  }();
+  static const RecordComparison comparison =
+      compareGroups(classEntry<Desc>(), sizeof(typename Desc::Groups));
   return comparison;
+}
+
+bool sameReferences(const ClassEntry& owner, const void* a, const void* b) {
+  if (std::memcmp(a, b, singleReferencesSize(owner)) != 0) return false;
+  for (const SlotEntry& slot : owner.slots.subspan(owner.singleSlots)) {
+    if (referenceList(a, slot) != referenceList(b, slot)) return false;
+  }
+  return true;
 }
 
 // Whether equal bytes of the type print as the same text, and nothing can fail in printing them. An
@@ -112,21 +120,11 @@ class Comparison {
     if constexpr (kGroupCount<Desc> != 0) {
       if (!groupComparison<Desc>().equal(&a.desc.groups, &b.desc.groups)) return false;
     }
-    bool equal = true;
-    forEachSlot<Desc>([&](const auto& slot, auto) {
-      equal = equal && sameLink(a.desc.*slot.member, b.desc.*slot.member);
-    });
-    if constexpr (ClassInfo<Desc>::kHasValue) equal = equal && sameText(a.value, b.value);
-    return equal;
-  }
-
-  template <typename Target>
-  static bool sameLink(const Ref<Target>& a, const Ref<Target>& b) {
-    return a == b;
-  }
-  template <typename List>
-  static bool sameLink(const List& a, const List& b) {
-    return a.words == b.words;
+    if constexpr (kSlotCount<Desc> != 0) {
+      if (!sameReferences(classEntry<Desc>(), &a.desc, &b.desc)) return false;
+    }
+    if constexpr (ClassInfo<Desc>::kHasValue) return sameText(a.value, b.value);
+    return true;
   }
 
   // Values are equal when they print alike. That says more than their bytes, since values of two

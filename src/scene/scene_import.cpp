@@ -1,5 +1,6 @@
 // Importing one scene into another. Objects are their slot numbers, so that an import is a copy of
 // containers in which every number is translated.
+#include <algorithm>
 #include <cstddef>
 #include <cstdint>
 #include <cstring>
@@ -8,8 +9,10 @@
 #include <utility>
 #include <vector>
 
+#include "class_table.hpp"
 #include "object_operations.hpp"
 #include "reference_counts.hpp"
+#include "reference_slots.hpp"
 #include "scene_access.hpp"
 #include "texture_references.hpp"
 #include "vornath_data/scene.hpp"
@@ -21,16 +24,10 @@ namespace {
 using RefMaps = detail::TupleOfClass<RefMap>;
 
 // Lists of lights and shapes are filled when all classes are done: their class comes before both.
-template <typename Link>
-inline constexpr bool kIsLate = std::is_same_v<Link, CodedRefList<Emitter>>;
+bool isLate(const SlotEntry& slot) { return slot.target == kEmitterTarget; }
 
-template <typename Desc>
-constexpr bool hasLateSlot() {
-  bool late = false;
-  forEachSlot<Desc>([&late](const auto& slot, auto) {
-    if (kIsLate<typename std::decay_t<decltype(slot)>::Member>) late = true;
-  });
-  return late;
+bool hasLateSlot(const ClassEntry& owner) {
+  return std::any_of(owner.slots.begin(), owner.slots.end(), isLate);
 }
 
 template <typename Element>
@@ -101,18 +98,18 @@ class ImportObjects {
   template <typename Desc>
   void copy(const Instance<Desc>& from, Instance<Desc>& to);
 
-  template <typename T>
-  void translate(Ref<T> from, Ref<T>& to) const;
-  template <typename T>
-  void translate(const RefList<T>& from, RefList<T>& to) const;
-  template <typename T>
-  void translate(const CodedRefList<T>& from, CodedRefList<T>& to) const;
-  void translate(const CodedRefList<Emitter>& from, CodedRefList<Emitter>& to) const;
+  void translate(const SlotEntry& slot, const void* from, void* to) const;
+  void translateIndices(ObjectClass target, const std::int32_t* from, std::int32_t* to,
+                        std::size_t count) const;
+  void translateComplements(ObjectClass target, const std::int32_t* from, std::int32_t* to,
+                            std::size_t count) const;
 
-  /// The pairs of the class whose container stores a T.
-  template <typename T>
-  const RefMap<T>& map() const {
-    return maps_.template get<typename DescOfStored<T>::Desc>();
+  // Calls `onMap(map)` with the RefMap of a class.
+  template <typename OnMap>
+  void visitMap(ObjectClass objectClass, const OnMap& onMap) const {
+    visitClass(
+        static_cast<std::uint32_t>(objectClass),
+        [&](auto tag) { onMap(maps_.template get<typename decltype(tag)::Desc>()); }, [] {});
   }
 
   const Scene& source_;
@@ -187,7 +184,7 @@ void ImportObjects::instances() {
     copy(from.slots[i], object);
     object.deleted = false;
     to.occupied(added);
-    noteAddition<Desc>(target_, added);
+    noteAddition(target_, ClassInfo<Desc>::kClass, added);
     countWholeChange(object);
     countClassChange<Desc>(target_);
     maps_.template get<Desc>().add(static_cast<std::int32_t>(i), static_cast<std::int32_t>(added));
@@ -200,13 +197,13 @@ void ImportObjects::copy(const Instance<Desc>& from, Instance<Desc>& to) {
   if constexpr (kGroupCount<Desc> != 0) to.desc.groups = from.desc.groups;
   if constexpr (ClassInfo<Desc>::kHasValue) {
     Value value = from.value;
-    if (value) remapValueTextures(value, map<Asset<vrnt::detail::TextureDesc>>(), textureWords_);
+    if (value)
+      remapValueTextures(value, maps_.template get<vrnt::detail::TextureDesc>(), textureWords_);
     to.value = std::move(value);
   }
-  forEachSlot<Desc>([&](const auto& slot, auto) {
-    using Link = typename std::decay_t<decltype(slot)>::Member;
-    if constexpr (!kIsLate<Link>) translate(from.desc.*slot.member, to.desc.*slot.member);
-  });
+  for (const SlotEntry& slot : classEntry<Desc>().slots) {
+    if (!isLate(slot)) translate(slot, &from.desc, &to.desc);
+  }
 }
 
 template <typename Desc>
@@ -216,45 +213,51 @@ void ImportObjects::lateSlots() {
     Instance<Desc>& to = writable<Desc>(target_).at(target);
     countReferenceChange(to);
     countClassChange<Desc>(target_);
-    forEachSlot<Desc>([&](const auto& slot, auto) {
-      using Link = typename std::decay_t<decltype(slot)>::Member;
-      if constexpr (kIsLate<Link>) translate(from.desc.*slot.member, to.desc.*slot.member);
-    });
+    for (const SlotEntry& slot : classEntry<Desc>().slots) {
+      if (isLate(slot)) translate(slot, &from.desc, &to.desc);
+    }
   }
 }
 
-// An unset slot has no pair and stays at -1, be it required or optional.
-template <typename T>
-void ImportObjects::translate(Ref<T> from, Ref<T>& to) const {
-  to.index = map<T>().lookup(from.index);
+void ImportObjects::translate(const SlotEntry& slot, const void* from, void* to) const {
+  if (slot.form == SlotForm::Single) {
+    const std::int32_t index = singleReference(from, slot);
+    if (index < 0) return;  // unset, and new slots are
+    translateIndices(slot.target, &index, &singleReference(to, slot), 1);
+    return;
+  }
+  const std::vector<std::int32_t>& words = referenceList(from, slot);
+  std::vector<std::int32_t>& translated = referenceList(to, slot);
+  translated.assign(words.size(), -1);
+  const bool emitters = slot.target == kEmitterTarget;
+  translateIndices(emitters ? ObjectClass::Shape : slot.target, words.data(), translated.data(),
+                   words.size());
+  if (slot.form == SlotForm::CodedList) {
+    translateComplements(emitters ? ObjectClass::Light : slot.target, words.data(),
+                         translated.data(), words.size());
+  }
 }
 
-template <typename T>
-void ImportObjects::translate(const RefList<T>& from, RefList<T>& to) const {
-  to.words.reserve(from.words.size());
-  for (const std::int32_t word : from.words) to.words.push_back(map<T>().lookup(word));
+// Leaves negative words alone: nothing has a pair with them.
+void ImportObjects::translateIndices(ObjectClass target, const std::int32_t* from, std::int32_t* to,
+                                     std::size_t count) const {
+  visitMap(target, [=](const auto& map) {
+    for (std::size_t i = 0; i < count; ++i) {
+      if (from[i] >= 0) to[i] = map.lookup(from[i]);
+    }
+  });
 }
 
 // The sign is kept, as it says which of two things the word means. A complement without a pair thus
 // becomes that of -1, so that the word for no target comes out as number 0 of the other sign, which
 // hosts know.
-template <typename List, typename NonNegative, typename Negative>
-void translateCoded(const List& from, List& to, const NonNegative& nonNegative,
-                    const Negative& negative) {
-  to.words.reserve(from.words.size());
-  for (const std::int32_t word : from.words) {
-    to.words.push_back(word >= 0 ? List::nonNegative(nonNegative.lookup(word))
-                                 : List::negative(negative.lookup(~word)));
-  }
-}
-
-template <typename T>
-void ImportObjects::translate(const CodedRefList<T>& from, CodedRefList<T>& to) const {
-  translateCoded(from, to, map<T>(), map<T>());
-}
-
-void ImportObjects::translate(const CodedRefList<Emitter>& from, CodedRefList<Emitter>& to) const {
-  translateCoded(from, to, map<Instance<ShapeDesc>>(), map<Instance<LightDesc>>());
+void ImportObjects::translateComplements(ObjectClass target, const std::int32_t* from,
+                                         std::int32_t* to, std::size_t count) const {
+  visitMap(target, [=](const auto& map) {
+    for (std::size_t i = 0; i < count; ++i) {
+      if (from[i] < 0) to[i] = ~map.lookup(~from[i]);
+    }
+  });
 }
 
 }  // namespace
@@ -264,7 +267,9 @@ RefMaps Scene::import(const Scene& source) {
   forEachClass([&](auto tag) { imported.objects<typename decltype(tag)::Desc>(); });
   forEachClass([&](auto tag) {
     using Desc = typename decltype(tag)::Desc;
-    if constexpr (hasLateSlot<Desc>()) imported.lateSlots<Desc>();
+    if constexpr (kSlotCount<Desc> != 0) {
+      if (hasLateSlot(classEntry<Desc>())) imported.lateSlots<Desc>();
+    }
   });
   return imported.takeMaps();
 }
