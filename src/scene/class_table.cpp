@@ -163,26 +163,24 @@ constexpr std::uint32_t countSingleSlots(std::span<const SlotEntry> slots) {
 
 constexpr auto makeClassTable() {
   std::array<ClassEntry, kClassCount + 1> table{};
-  std::size_t groups = 0;
-  std::size_t slots = 0;
+  for (std::size_t i = 0; i < table.size(); ++i) {
+    const FirstEntry first = kFirstEntries[i];
+    const FirstEntry end = kFirstEntries[i + 1];
+    table[i].groups = std::span(kGroupTable).subspan(first.group, end.group - first.group);
+    table[i].slots = std::span(kSlotTable).subspan(first.slot, end.slot - first.slot);
+    table[i].singleSlots = countSingleSlots(table[i].slots);
+  }
   forEachClass([&](auto tag) {
     using Desc = typename decltype(tag)::Desc;
     using Info = ClassInfo<Desc>;
-    const auto number = static_cast<std::size_t>(Info::kClass);
-    ClassEntry& entry = table[number];
+    ClassEntry& entry = table[kClassIndex<Desc>];
     entry.name = Info::kName;
     entry.kind = Info::kKind;
     entry.hasValue = Info::kHasValue;
-    entry.groups = std::span(kGroupTable).subspan(groups, kGroupCount<Desc>);
-    entry.slots = std::span(kSlotTable).subspan(slots, kSlotCount<Desc>);
-    entry.singleSlots = countSingleSlots(entry.slots);
-    const std::size_t first = kReferrers.first[number];
-    entry.referrers =
-        std::span(kReferrers.slots).subspan(first, kReferrers.first[number + 1] - first);
-    groups += kGroupCount<Desc>;
-    slots += kSlotCount<Desc>;
+    const std::size_t first = kReferrers.first[kClassIndex<Desc>];
+    const std::size_t end = kReferrers.first[kClassIndex<Desc> + 1];
+    entry.referrers = std::span(kReferrers.slots).subspan(first, end - first);
   });
-  table[kClassCount].groups = std::span(kGroupTable).subspan(groups);
   return table;
 }
 

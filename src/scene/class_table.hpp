@@ -51,11 +51,27 @@ struct ClassEntry {
   std::span<const SlotEntry* const> referrers;
 };
 
-inline constexpr std::size_t kTotalSlotCount = [] {
-  std::size_t count = 0;
-  forEachClass([&count](auto tag) { count += kSlotCount<typename decltype(tag)::Desc>; });
-  return count;
+/// Where the groups and slots of a class begin in the tables of all groups and slots. Behind the
+/// last class are the groups of SceneData, and then the end.
+struct FirstEntry {
+  std::size_t group;
+  std::size_t slot;
+};
+inline constexpr std::array<FirstEntry, kClassCount + 2> kFirstEntries = [] {
+  std::array<FirstEntry, kClassCount + 2> first{};
+  std::size_t next = 0;
+  const auto add = [&](std::size_t groups, std::size_t slots) {
+    first[next + 1] = {first[next].group + groups, first[next].slot + slots};
+    ++next;
+  };
+  forEachClass([&](auto tag) {
+    using Desc = typename decltype(tag)::Desc;
+    add(kGroupCount<Desc>, kSlotCount<Desc>);
+  });
+  add(kGroupCount<SceneData>, 0);
+  return first;
 }();
+inline constexpr std::size_t kTotalSlotCount = kFirstEntries.back().slot;
 
 /// All groups in class order, those of SceneData last.
 extern const std::array<GroupEntry, kTotalGroupCount> kGroupTable;
@@ -69,14 +85,16 @@ inline const ClassEntry& classEntry(ObjectClass objectClass) {
   return kClassTable[static_cast<std::size_t>(objectClass)];
 }
 
+/// The position of a Desc's class in kClassTable.
+template <typename Desc>
+inline constexpr std::size_t kClassIndex = static_cast<std::size_t>(ClassInfo<Desc>::kClass);
+template <>
+inline constexpr std::size_t kClassIndex<SceneData> = kClassCount;
+
 /// The entry of a Desc's class.
 template <typename Desc>
 const ClassEntry& classEntry() {
-  return classEntry(ClassInfo<Desc>::kClass);
-}
-template <>
-inline const ClassEntry& classEntry<SceneData>() {
-  return kClassTable[kClassCount];
+  return kClassTable[kClassIndex<Desc>];
 }
 
 /// The entry of the class with that number; null if it is no class.
@@ -90,14 +108,24 @@ inline const ClassEntry* findClassOrSceneData(std::uint32_t number) {
   return findClass(number);
 }
 
-/// The group at a position; null past the last one.
+/// The group of a class at a position; null past the last one.
 inline const GroupEntry* findGroup(const ClassEntry& owner, std::uint32_t position) {
   return position < owner.groups.size() ? &owner.groups[position] : nullptr;
 }
+template <typename Desc>
+const GroupEntry* findGroup(std::uint32_t position) {
+  if (position >= kGroupCount<Desc>) return nullptr;
+  return &kGroupTable[kFirstEntries[kClassIndex<Desc>].group + position];
+}
 
-/// The slot at a position; null past the last one.
+/// The slot of a class at a position; null past the last one.
 inline const SlotEntry* findSlot(const ClassEntry& owner, std::uint32_t position) {
   return position < owner.slots.size() ? &owner.slots[position] : nullptr;
+}
+template <typename Desc>
+const SlotEntry* findSlot(std::uint32_t position) {
+  if (position >= kSlotCount<Desc>) return nullptr;
+  return &kSlotTable[kFirstEntries[kClassIndex<Desc>].slot + position];
 }
 
 }  // namespace vrnt::data

@@ -16,7 +16,6 @@
 
 using vrnt::Value;
 using vrnt::data::AssetHandle;
-using vrnt::data::classEntry;
 using vrnt::data::ClassEntry;
 using vrnt::data::ClassInfo;
 using vrnt::data::findClass;
@@ -69,21 +68,6 @@ const void* groupsOf(const Scene& scene, std::uint32_t objectClass, std::int32_t
       answerNull<const void>);
 }
 
-// The Desc of an object, which begins with the object's slots; null for a class without slots.
-const void* descOf(const Scene& scene, std::uint32_t objectClass, std::int32_t index) {
-  return visitClass(
-      objectClass,
-      [&scene, index](auto tag) -> const void* {
-        using Desc = typename decltype(tag)::Desc;
-        if constexpr (kSlotCount<Desc> == 0) {
-          return nullptr;
-        } else {
-          return &scene.container<Desc>().at(index).desc;
-        }
-      },
-      answerNull<const void>);
-}
-
 }  // namespace
 
 Scene* vrdmCreateScene() { return new (std::nothrow) Scene(); }
@@ -99,12 +83,12 @@ void vrdmSerialize(const Scene* scene, const char* path) {
 Scene* vrdmDeserialize(const char* path) { return vrnt::data::readSceneFile(path).release(); }
 
 vrntValue_t* vrdmGetSceneDataValue(const Scene* scene, std::uint32_t group) {
-  const GroupEntry* const found = findGroup(classEntry<SceneData>(), group);
+  const GroupEntry* const found = findGroup<SceneData>(group);
   return found ? vrnt::data::groupValue(&scene->data, *found).release() : nullptr;
 }
 
 bool vrdmSetSceneDataValue(Scene* scene, std::uint32_t group, const vrntValue_t* value) {
-  const GroupEntry* const found = findGroup(classEntry<SceneData>(), group);
+  const GroupEntry* const found = findGroup<SceneData>(group);
   // Unlike for the groups of an object, no counter is incremented before the check.
   if (!found || !vrnt::data::hasGroupType(value, *found)) return false;
   ++scene->versions.groups[group];
@@ -270,7 +254,7 @@ bool vrdmSetDataValue(Scene* scene, std::uint32_t objectClass, std::int32_t inde
         if constexpr (kGroupCount<Desc> == 0) {
           return false;
         } else {
-          const GroupEntry* const found = findGroup(classEntry<Desc>(), group);
+          const GroupEntry* const found = findGroup<Desc>(group);
           if (!found || !vrnt::data::hasGroupType(value, *found)) return false;
           auto& object = vrnt::data::writable<Desc>(*scene).at(index);
           ++object.groupVersions[group];
@@ -317,12 +301,21 @@ bool vrdmSetInstanceValue(Scene* scene, std::uint32_t objectClass, std::int32_t 
 
 std::int32_t vrdmGetReference(const Scene* scene, std::uint32_t objectClass, std::int32_t index,
                               std::uint32_t slot) {
-  const ClassEntry* const owner = findClass(objectClass);
-  if (!owner) return 0;
-  if (owner->kind != vrnt::data::ObjectKind::Instance) return -1;
-  const SlotEntry* const found = findSlot(*owner, slot);
-  if (!found) return 0;
-  return vrnt::data::referenceOrCount(descOf(*scene, objectClass, index), *found);
+  return visitClass(
+      objectClass,
+      [=](auto tag) -> std::int32_t {
+        using Desc = typename decltype(tag)::Desc;
+        if constexpr (!kIsInstance<Desc>) {
+          return -1;
+        } else if constexpr (kSlotCount<Desc> == 0) {
+          return 0;
+        } else {
+          const SlotEntry* const found = findSlot<Desc>(slot);
+          if (!found) return 0;
+          return vrnt::data::referenceOrCount(&scene->container<Desc>().at(index).desc, *found);
+        }
+      },
+      [] { return std::int32_t{0}; });
 }
 
 // Hosts link to both names of each pair; the kind of slot alone decides what is meant.
@@ -341,7 +334,7 @@ bool vrdmSetReference(Scene* scene, std::uint32_t objectClass, std::int32_t inde
         if constexpr (kSlotCount<Desc> == 0) {
           return false;
         } else {
-          const SlotEntry* const found = findSlot(classEntry<Desc>(), slot);
+          const SlotEntry* const found = findSlot<Desc>(slot);
           if (!found) return false;
           auto& object = vrnt::data::writable<Desc>(*scene).at(index);
           vrnt::data::setReference(*scene, *found, index, &object.desc, word);
@@ -359,10 +352,19 @@ bool vrdmSetReferenceCount(Scene* scene, std::uint32_t objectClass, std::int32_t
 
 const std::int32_t* vrdmGetReferenceList(const Scene* scene, std::uint32_t objectClass,
                                          std::int32_t index, std::uint32_t slot) {
-  const ClassEntry* const owner = findClass(objectClass);
-  const SlotEntry* const found = owner ? findSlot(*owner, slot) : nullptr;
-  if (!found) return nullptr;
-  return vrnt::data::referenceElements(descOf(*scene, objectClass, index), *found);
+  return visitClass(
+      objectClass,
+      [=](auto tag) -> const std::int32_t* {
+        using Desc = typename decltype(tag)::Desc;
+        if constexpr (kSlotCount<Desc> == 0) {
+          return nullptr;
+        } else {
+          const SlotEntry* const found = findSlot<Desc>(slot);
+          if (!found) return nullptr;
+          return vrnt::data::referenceElements(&scene->container<Desc>().at(index).desc, *found);
+        }
+      },
+      answerNull<const std::int32_t>);
 }
 
 std::int32_t* vrdmModifyReferenceList(Scene* scene, std::uint32_t objectClass, std::int32_t index,
@@ -375,10 +377,10 @@ std::int32_t* vrdmModifyReferenceList(Scene* scene, std::uint32_t objectClass, s
         if constexpr (kSlotCount<Desc> == 0) {
           return nullptr;
         } else {
-          const SlotEntry* const found = findSlot(classEntry<Desc>(), slot);
+          const SlotEntry* const found = findSlot<Desc>(slot);
           if (!found) return nullptr;
           auto& object = vrnt::data::writable<Desc>(*scene).at(index);
-          vrnt::data::noteElementsGivenOut(*scene, *found, index, &object.desc);
+          vrnt::data::noteListHandedOut<Desc>(*scene, *found, index);
           // Also for a single slot: a host may call this just to record a change.
           vrnt::data::countReferenceChange(object);
           return vrnt::data::referenceElements(&object.desc, *found);

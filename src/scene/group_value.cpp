@@ -1,8 +1,5 @@
 #include "group_value.hpp"
 
-#include <cstring>
-
-#include "group_type.hpp"
 #include "value_or_throw.hpp"
 
 namespace vrnt::data {
@@ -14,17 +11,6 @@ Value groupValue(const void* groups, const GroupEntry& group) {
   vrntValueWrite(value.address(), 0, static_cast<const char*>(groups) + group.offset, group.size,
                  &error);
   return value;
-}
-
-bool hasGroupType(const vrntValue_t* value, const GroupEntry& group) {
-  // A value's type has no metadata, and two types without metadata are equal only if they are one.
-  const vrntType_t* type = vrntValueType(value);
-  const GroupType expected = groupType(group);
-  return type == expected.plain || vrntTypeIsEqual(type, expected.annotated) != 0;
-}
-
-void storeGroupValue(void* groups, const GroupEntry& group, const vrntValue_t* value) {
-  std::memcpy(static_cast<char*>(groups) + group.offset, vrntValueData(value), group.size);
 }
 
 }  // namespace vrnt::data

@@ -16,13 +16,25 @@ namespace {
 // A count for each word that a slot can hold.
 class WordCounts {
  public:
-  // Counts a word once more. Words below `targets`, the number of slots that can be referred to,
-  // take four bytes each. Others refer to nothing and take more: there are at most `maxInvalid`.
-  // Result: false, with nothing changed, if there would be more.
+  // Counts a word once more, if that takes no memory. Result: whether it was counted.
+  bool increment(std::int32_t word) noexcept {
+    if (word == -1) {
+      ++unset_;
+    } else if (word >= 0 && static_cast<std::size_t>(word) < counts_.size()) {
+      ++counts_[static_cast<std::size_t>(word)];
+    } else {
+      return false;
+    }
+    return true;
+  }
+
+  // Counts a word once more that increment() didn't. Words below `targets`, the size of the
+  // container that is referred to, take four bytes each. Others refer to nothing and take more:
+  // there are at most `maxInvalid`. Result: false, with nothing changed, if there would be more.
   // Errors: throws std::bad_alloc, with nothing changed.
   bool add(std::int32_t word, std::size_t targets, std::size_t maxInvalid);
 
-  // Counts a word once less. It was added.
+  // Counts a word once less. It was counted.
   void remove(std::int32_t word) noexcept;
 
   std::uint32_t count(std::int32_t word) const noexcept;
@@ -35,12 +47,8 @@ class WordCounts {
 };
 
 bool WordCounts::add(std::int32_t word, std::size_t targets, std::size_t maxInvalid) {
-  if (word == -1) {
-    ++unset_;
-    return true;
-  }
   const auto place = static_cast<std::size_t>(word);
-  if (word >= 0 && place >= counts_.size() && place < targets) {
+  if (word >= 0 && place < targets) {
     counts_.resize(std::min(targets, std::max(place + 1, 2 * counts_.size())));
     for (auto other = invalid_.begin(); other != invalid_.end();) {
       if (other->first >= 0 && static_cast<std::size_t>(other->first) < counts_.size()) {
@@ -50,8 +58,6 @@ bool WordCounts::add(std::int32_t word, std::size_t targets, std::size_t maxInva
         ++other;
       }
     }
-  }
-  if (word >= 0 && place < counts_.size()) {
     ++counts_[place];
     return true;
   }
@@ -166,30 +172,12 @@ void forEachLive(const Scene& scene, ObjectClass objectClass, const OnReferrer& 
       [] {});
 }
 
-void setListHandedOut(Scene& scene, const SlotEntry& slot, std::int32_t index,
-                      std::uint32_t additions) noexcept {
-  visitClass(
-      static_cast<std::uint32_t>(slot.owner),
-      [&](auto tag) {
-        using Desc = typename decltype(tag)::Desc;
-        if constexpr (kSlotCount<Desc> != 0) {
-          if constexpr (detail::hasPlainList<Desc>()) {
-            writable<Desc>(scene).at(index).listHandedOut = additions;
-          }
-        }
-      },
-      [] {});
-}
-
 std::uint32_t containerSize(const Scene& scene, ObjectClass objectClass) noexcept {
   return visitClass(
       static_cast<std::uint32_t>(objectClass),
       [&scene](auto tag) { return scene.container<typename decltype(tag)::Desc>().size(); },
       [] { return std::uint32_t{0}; });
 }
-
-// Coded lists aren't counted.
-bool isCounted(const SlotEntry& slot) noexcept { return slot.form != SlotForm::CodedList; }
 
 // Whether a host may write to the elements of an object's list, by a pointer that it was given.
 bool listMayBeWritten(const Scene& scene, const SlotEntry& slot,
@@ -217,44 +205,39 @@ std::uint32_t countIn(const void* desc, const SlotEntry& slot, std::int32_t inde
   return found;
 }
 
-// Adds words to the counts of a slot.
-class WordAdder {
- public:
-  WordAdder(const Scene& scene, const SlotEntry& slot, SlotCounts& counts) noexcept
-      : counts_(counts),
-        targets_(containerSize(scene, slot.target)),
-        maxInvalid_(kFewInvalid + containerSize(scene, slot.owner)) {}
-
-  // Result: false if there are too many words that refer to nothing; the counts are then given up.
-  // Errors: throws std::bad_alloc, with nothing changed.
-  bool add(std::int32_t word) {
-    if (counts_.words.add(word, targets_, maxInvalid_)) return true;
-    counts_.words = WordCounts();
-    counts_.uncounted.clear();
-    counts_.givenUp = true;
-    return false;
-  }
-
- private:
+// countWord() for a word that WordCounts::increment() didn't count.
+[[gnu::noinline]] bool countNewWord(const Scene& scene, const SlotEntry& slot, SlotCounts& counts,
+                                    std::int32_t word) {
   // More words that refer to nothing than there are objects aren't worth their memory.
-  static constexpr std::size_t kFewInvalid = 4096;
+  constexpr std::size_t kFewInvalid = 4096;
+  if (counts.words.add(word, containerSize(scene, slot.target),
+                       kFewInvalid + containerSize(scene, slot.owner))) {
+    return true;
+  }
+  counts.words = WordCounts();
+  counts.uncounted.clear();
+  counts.givenUp = true;
+  return false;
+}
 
-  SlotCounts& counts_;
-  std::size_t targets_;
-  std::size_t maxInvalid_;
-};
+// Counts a word of a slot once more. Result: false if there are too many words that refer to
+// nothing; the counts are then given up.
+// Errors: throws std::bad_alloc, with nothing changed.
+bool countWord(const Scene& scene, const SlotEntry& slot, SlotCounts& counts, std::int32_t word) {
+  return counts.words.increment(word) || countNewWord(scene, slot, counts, word);
+}
 
 // Reads all objects of the slot's class. Null without memory.
 std::unique_ptr<SlotCounts> readCounts(const Scene& scene, const SlotEntry& slot) noexcept {
   try {
     auto counts = std::make_unique<SlotCounts>();
-    WordAdder adder(scene, slot, *counts);
     forEachLive(scene, slot.owner, [&](const Referrer& referrer, std::int32_t index) {
       if (listMayBeWritten(scene, slot, referrer)) {
         counts->uncounted.insert(index);
         return true;
       }
-      return forEachWord(referrer.desc, slot, [&](std::int32_t word) { return adder.add(word); });
+      return forEachWord(referrer.desc, slot,
+                         [&](std::int32_t word) { return countWord(scene, slot, *counts, word); });
     });
     return counts;
   } catch (const std::bad_alloc&) {
@@ -274,22 +257,29 @@ SlotCounts* countsOf(const Scene& scene, const SlotEntry& slot) noexcept {
                      [&] { return readCounts(scene, slot); });
 }
 
-// The counts of a slot that changes must keep up to date; null if there are none.
-SlotCounts* keptCounts(const Scene& scene, const SlotEntry& slot) noexcept {
+// The counts of a class's slots that changes must keep up to date; null if there are none.
+ReferenceCounts* keptCounts(const Scene& scene, ObjectClass objectClass) noexcept {
   detail::Kept* const all = detail::SceneAccess::kept(scene).load(std::memory_order_relaxed);
-  if (!all || detail::SceneAccess::handedOut(scene, slot.owner)) return nullptr;
-  SlotCounts* const counts =
-      static_cast<ReferenceCounts*>(all)->of(slot).load(std::memory_order_relaxed);
-  return counts && !counts->givenUp ? counts : nullptr;
+  if (!all || detail::SceneAccess::handedOut(scene, objectClass)) return nullptr;
+  return static_cast<ReferenceCounts*>(all);
 }
 
-// keptCounts(), if the object takes part in them.
+// Those of one slot.
+SlotCounts* keptCounts(ReferenceCounts* all, const SlotEntry& slot) noexcept {
+  SlotCounts* const counts = all ? all->of(slot).load(std::memory_order_relaxed) : nullptr;
+  return counts && !counts->givenUp ? counts : nullptr;
+}
+SlotCounts* keptCounts(const Scene& scene, const SlotEntry& slot) noexcept {
+  return keptCounts(keptCounts(scene, slot.owner), slot);
+}
+
+// Those that an object takes part in.
 SlotCounts* keptCounts(const Scene& scene, const SlotEntry& slot, std::int32_t index) noexcept {
   SlotCounts* const counts = keptCounts(scene, slot);
   return counts && referrerAt(scene, slot.owner, index).live ? counts : nullptr;
 }
 
-// keptCounts(), if what the object refers to is in them.
+// Those that include what an object refers to.
 SlotCounts* countsWith(const Scene& scene, const SlotEntry& slot, std::int32_t index) noexcept {
   SlotCounts* const counts = keptCounts(scene, slot, index);
   return counts && counts->uncounted.count(index) == 0 ? counts : nullptr;
@@ -297,15 +287,14 @@ SlotCounts* countsWith(const Scene& scene, const SlotEntry& slot, std::int32_t i
 
 // Without the memory to keep them, the counts of a slot are made anew at the next need.
 void dropCounts(const Scene& scene, const SlotEntry& slot) noexcept {
-  detail::Kept* const all = detail::SceneAccess::kept(scene).load(std::memory_order_relaxed);
-  delete static_cast<ReferenceCounts*>(all)->of(slot).exchange(nullptr);
+  delete keptCounts(scene, slot.owner)->of(slot).exchange(nullptr);
 }
 
-// Result: false if there are no counts any more.
-bool addWord(const Scene& scene, const SlotEntry& slot, WordAdder& adder,
+// countWord() for kept counts. Result: false if there are no counts any more.
+bool addWord(const Scene& scene, const SlotEntry& slot, SlotCounts& counts,
              std::int32_t word) noexcept {
   try {
-    return adder.add(word);
+    return countWord(scene, slot, counts, word);
   } catch (const std::bad_alloc&) {
     dropCounts(scene, slot);
     return false;
@@ -314,9 +303,8 @@ bool addWord(const Scene& scene, const SlotEntry& slot, WordAdder& adder,
 
 bool addAll(const Scene& scene, const SlotEntry& slot, SlotCounts& counts,
             const void* desc) noexcept {
-  WordAdder adder(scene, slot, counts);
   return forEachWord(desc, slot,
-                     [&](std::int32_t word) { return addWord(scene, slot, adder, word); });
+                     [&](std::int32_t word) { return addWord(scene, slot, counts, word); });
 }
 
 void removeAll(const SlotEntry& slot, SlotCounts& counts, const void* desc) noexcept {
@@ -328,14 +316,21 @@ void removeAll(const SlotEntry& slot, SlotCounts& counts, const void* desc) noex
 
 // Nobody has a pointer to the elements of the list that an object has now.
 void noteNewList(Scene& scene, const SlotEntry& slot, std::int32_t index) noexcept {
-  setListHandedOut(scene, slot, index, 0);
+  visitClass(
+      static_cast<std::uint32_t>(slot.owner),
+      [&scene, index](auto tag) {
+        using Desc = typename decltype(tag)::Desc;
+        if constexpr (detail::hasPlainList<Desc>()) {
+          writable<Desc>(scene).at(index).listHandedOut = 0;
+        }
+      },
+      [] {});
   if (SlotCounts* counts = keptCounts(scene, slot, index)) counts->uncounted.erase(index);
 }
 
-// Counts the lists again that can't be written to any more. It does so only after a count has read
-// them, so that it costs no more than that count did.
+// Counts the lists of a slot again that can't be written to any more. It does so only after a count
+// has read them, so that it costs no more than that count did.
 void countUnwritableLists(const Scene& scene, const SlotEntry& slot) noexcept {
-  if (slot.form != SlotForm::List) return;
   SlotCounts* const counts = keptCounts(scene, slot);
   if (!counts || !counts->uncountedWereRead.load(std::memory_order_relaxed)) return;
   counts->uncountedWereRead.store(false, std::memory_order_relaxed);
@@ -386,27 +381,33 @@ std::uint32_t countReferences(const Scene& scene, ObjectClass target, std::int32
 
 namespace detail {
 
-void countAddedObject(Scene& scene, ObjectClass objectClass, std::int32_t index) noexcept {
+void countAddedObject(const Scene& scene, ObjectClass objectClass, std::int32_t index) noexcept {
+  ReferenceCounts* const all = keptCounts(scene, objectClass);
+  if (!all) return;
+  const void* const desc = referrerAt(scene, objectClass, index).desc;
   for (const SlotEntry& slot : classEntry(objectClass).slots) {
-    if (!isCounted(slot)) continue;
-    if (SlotCounts* counts = keptCounts(scene, slot)) {
-      addAll(scene, slot, *counts, referrerAt(scene, objectClass, index).desc);
-    }
-    countUnwritableLists(scene, slot);
+    if (SlotCounts* counts = keptCounts(all, slot)) addAll(scene, slot, *counts, desc);
+    if (slot.form == SlotForm::List) countUnwritableLists(scene, slot);
   }
 }
 
-void discountRemovedObject(Scene& scene, ObjectClass objectClass, std::int32_t index) noexcept {
+void discountRemovedObject(const Scene& scene, ObjectClass objectClass,
+                           std::int32_t index) noexcept {
   const ClassEntry& entry = classEntry(objectClass);
-  for (const SlotEntry& slot : entry.slots) {
-    if (!isCounted(slot)) continue;
-    SlotCounts* const counts = keptCounts(scene, slot, index);
-    if (counts && counts->uncounted.erase(index) == 0) {
-      removeAll(slot, *counts, referrerAt(scene, objectClass, index).desc);
+  ReferenceCounts* const all = keptCounts(scene, objectClass);
+  const Referrer referrer = referrerAt(scene, objectClass, index);
+  if (all && referrer.live) {
+    for (const SlotEntry& slot : entry.slots) {
+      SlotCounts* const counts = keptCounts(all, slot);
+      if (counts && counts->uncounted.erase(index) == 0) {
+        removeAll(slot, *counts, referrer.desc);
+      }
     }
   }
   // Hosts count before they remove.
-  for (const SlotEntry* const slot : entry.referrers) countUnwritableLists(scene, *slot);
+  for (const SlotEntry* const slot : entry.referrers) {
+    if (slot->form == SlotForm::List) countUnwritableLists(scene, *slot);
+  }
 }
 
 void setCountedReference(Scene& scene, const SlotEntry& slot, std::int32_t index, void* desc,
@@ -415,15 +416,14 @@ void setCountedReference(Scene& scene, const SlotEntry& slot, std::int32_t index
     referenceList(desc, slot).resize(word, CodedRefList<void>::kNoTarget);
     return;
   }
-  SlotCounts* counts = countsWith(scene, slot, index);
+  SlotCounts* const counts = countsWith(scene, slot, index);
   if (slot.form == SlotForm::Single) {
     std::int32_t& stored = singleReference(desc, slot);
     const std::int32_t former = stored;
     stored = static_cast<std::int32_t>(word);
     if (!counts || stored == former) return;
     counts->words.remove(former);
-    WordAdder adder(scene, slot, *counts);
-    addWord(scene, slot, adder, stored);
+    addWord(scene, slot, *counts, stored);
     return;
   }
   constexpr std::int32_t kNoTarget = RefList<void>::kNoTarget;
@@ -431,13 +431,21 @@ void setCountedReference(Scene& scene, const SlotEntry& slot, std::int32_t index
   const std::size_t former = list.size();
   for (std::size_t i = word; counts && i < former; ++i) counts->words.remove(list[i]);
   list.resize(word, kNoTarget);
-  if (counts && word > former) {
-    WordAdder adder(scene, slot, *counts);
-    for (std::size_t i = former; i < word; ++i) {
-      if (!addWord(scene, slot, adder, kNoTarget)) break;
-    }
+  for (std::size_t i = former; counts && i < word; ++i) {
+    if (!addWord(scene, slot, *counts, kNoTarget)) break;
   }
   if (word == 0) noteNewList(scene, slot, index);
+}
+
+void discountList(const Scene& scene, const SlotEntry& slot, std::int32_t index,
+                  const void* desc) noexcept {
+  SlotCounts* const counts = keptCounts(scene, slot, index);
+  if (!counts) return;
+  try {
+    if (counts->uncounted.insert(index).second) removeAll(slot, *counts, desc);
+  } catch (const std::bad_alloc&) {
+    dropCounts(scene, slot);
+  }
 }
 
 }  // namespace detail
@@ -448,20 +456,6 @@ void replaceReferenceList(Scene& scene, const SlotEntry& slot, std::int32_t inde
   referenceList(desc, slot) = std::move(words);
   noteNewList(scene, slot, index);
   if (SlotCounts* counts = keptCounts(scene, slot, index)) addAll(scene, slot, *counts, desc);
-}
-
-void noteElementsGivenOut(Scene& scene, const SlotEntry& slot, std::int32_t index,
-                          const void* desc) noexcept {
-  if (slot.form != SlotForm::List || referenceList(desc, slot).empty()) return;
-  setListHandedOut(scene, slot, index,
-                   detail::SceneAccess::additions(std::as_const(scene), slot.owner));
-  SlotCounts* const counts = keptCounts(scene, slot, index);
-  if (!counts) return;
-  try {
-    if (counts->uncounted.insert(index).second) removeAll(slot, *counts, desc);
-  } catch (const std::bad_alloc&) {
-    dropCounts(scene, slot);
-  }
 }
 
 }  // namespace vrnt::data

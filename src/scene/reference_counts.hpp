@@ -2,9 +2,9 @@
 //
 // The first count for a class reads all objects that can refer to it. The scene then keeps the
 // counts of each slot that was read, and the functions below keep them up to date. What a host can
-// change without a call is read again for each count: a list whose elements were given out for
+// change without a call is read again for each count: a list whose elements were handed out for
 // writing, until the next addition to its class, which ends the pointers to them; and all objects
-// of a class whose container was given out for writing.
+// of a class whose container was handed out for writing.
 #ifndef VORNATH_SCENE_REFERENCE_COUNTS_HPP
 #define VORNATH_SCENE_REFERENCE_COUNTS_HPP
 
@@ -32,17 +32,20 @@ inline bool countsAreKept(const Scene& scene) noexcept {
 
 namespace detail {
 
-void countAddedObject(Scene& scene, ObjectClass objectClass, std::int32_t index) noexcept;
-void discountRemovedObject(Scene& scene, ObjectClass objectClass, std::int32_t index) noexcept;
+void countAddedObject(const Scene& scene, ObjectClass objectClass, std::int32_t index) noexcept;
+void discountRemovedObject(const Scene& scene, ObjectClass objectClass,
+                           std::int32_t index) noexcept;
 void setCountedReference(Scene& scene, const SlotEntry& slot, std::int32_t index, void* desc,
                          std::uint32_t word);
+void discountList(const Scene& scene, const SlotEntry& slot, std::int32_t index,
+                  const void* desc) noexcept;
 
 }  // namespace detail
 
 /// To be called after an object became live by an addition, with what it refers to.
 inline void noteAddition(Scene& scene, ObjectClass objectClass, std::uint32_t index) noexcept {
   std::uint32_t& additions = detail::SceneAccess::additions(scene, objectClass);
-  // 0 stands for a list that was never given out.
+  // 0 stands for a list that was never handed out.
   if (++additions == 0) additions = 1;
   if (countsAreKept(scene)) {
     detail::countAddedObject(scene, objectClass, static_cast<std::int32_t>(index));
@@ -70,10 +73,17 @@ inline void setReference(Scene& scene, const SlotEntry& slot, std::int32_t index
 void replaceReferenceList(Scene& scene, const SlotEntry& slot, std::int32_t index, void* desc,
                           std::vector<std::int32_t>&& words) noexcept;
 
-/// To be called before the elements of a slot of an object are given out for writing. Only plain
-/// lists that aren't empty have any that are counted.
-void noteElementsGivenOut(Scene& scene, const SlotEntry& slot, std::int32_t index,
-                          const void* desc) noexcept;
+/// To be called before the elements of a list are handed out for writing. Nothing is noted for
+/// coded lists and empty ones, nor for single slots.
+template <typename Desc>
+void noteListHandedOut(Scene& scene, const SlotEntry& slot, std::int32_t index) noexcept {
+  if constexpr (detail::hasPlainList<Desc>()) {
+    Instance<Desc>& object = writable<Desc>(scene).at(index);
+    if (slot.form != SlotForm::List || referenceList(&object.desc, slot).empty()) return;
+    object.listHandedOut = detail::SceneAccess::additions(scene, slot.owner);
+    if (countsAreKept(scene)) detail::discountList(scene, slot, index, &object.desc);
+  }
+}
 
 }  // namespace vrnt::data
 
