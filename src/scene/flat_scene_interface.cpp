@@ -34,7 +34,7 @@ using vrnt::data::visitClass;
 
 namespace {
 
-/// Not a slot number: nothing was added.
+/// Not an index: nothing was added.
 constexpr std::uint32_t kNothingAdded = UINT32_MAX;
 
 // The answers for a number that is no class.
@@ -45,7 +45,7 @@ constexpr T* answerNull() {
   return nullptr;
 }
 
-// A host's descriptor: its bytes, wherever they lie.
+// A host's descriptor, which need not be aligned.
 template <typename Desc>
 Desc readDesc(const void* bytes) {
   Desc desc;
@@ -154,7 +154,7 @@ std::uint32_t vrdmAddProgram(Scene* scene, std::uint32_t objectClass, const char
           return kNothingAdded;
         }
       },
-      // Hosts know that an addition past the last class looks like slot 0.
+      // Hosts know that an addition past the last class looks like index 0.
       answerZero);
 }
 

@@ -29,8 +29,8 @@ struct CacheRelease {
   }
 };
 
-// Moves the handle into the place, or drops it if another thread was faster. Two threads may hold
-// different annotated types of one schema here; the first stays.
+// Moves the handle into the place, or releases it if another thread was first. The two threads may
+// have different annotated types of one schema.
 void publish(std::atomic<vrntType_t*>& place, TypeHandle type) {
   vrntType_t* expected = nullptr;
   if (place.compare_exchange_strong(expected, type.get(), std::memory_order_acq_rel)) {

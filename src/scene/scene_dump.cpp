@@ -1,4 +1,4 @@
-// A scene as text. Each word of it is kept as it stands: people compare dumps of two runs.
+// A scene as text. The text is fixed in every detail: people compare the dumps of two runs.
 #include <ostream>
 #include <string>
 #include <vector>
@@ -50,7 +50,7 @@ class Dump {
   static bool isShown(const Element& element) {
     return element.live();
   }
-  // An asset without bytes is live, and yet there is nothing of it to show.
+  // An asset without bytes is live, but prints as a free slot.
   template <typename Desc>
   static bool isShown(const Asset<Desc>& asset) {
     return asset.live() && asset.storage.get()->size != 0;
@@ -115,7 +115,7 @@ class Dump {
     }
   }
 
-  // As the value layer prints it: what numbers it has don't follow the stream's settings.
+  // As the value layer prints it: the stream's settings don't apply to its numbers.
   void text(const Value& value) {
     stream_ << ConstBasicView<const Value*>(&value).text() << std::endl;
   }

@@ -1,4 +1,4 @@
-// Whether two scenes have the same content: a walk over both side by side.
+// Whether two scenes have the same content.
 #include <cstring>
 #include <type_traits>
 #include <unordered_map>
@@ -39,12 +39,12 @@ bool sameReferences(const ClassEntry& owner, const void* a, const void* b) {
   return true;
 }
 
-// Whether equal bytes of the type print as the same text, and nothing can fail in printing them. An
-// enum's code can be one that it doesn't have, and a reference leads to more bytes.
+// Whether values of the type with equal bytes print as the same text, and printing them can't fail.
+// An enum may hold a code that it doesn't declare, and a reference leads to more bytes.
 bool printsByBytes(const vrntType_t* type) {
   std::vector<const vrntType_t*> open{type};
   std::unordered_set<const vrntType_t*> seen{type};
-  // What a type is made of lives as long as the type.
+  // A type holds its parts.
   const auto enter = [&](const vrntType_t* part) {
     if (seen.insert(part).second) open.push_back(part);
   };
@@ -98,7 +98,7 @@ class Comparison {
     return true;
   }
 
-  // Nothing that is identity or history is compared: no ids, no counters.
+  // Ids and counters aren't compared.
 
   template <typename Source>
   bool same(const Program<Source>& a, const Program<Source>& b) {
@@ -127,8 +127,8 @@ class Comparison {
     return true;
   }
 
-  // Values are equal when they print alike. That says more than their bytes, since values of two
-  // types can print alike, and less, since a printed float doesn't tell all NaNs apart.
+  // Values are equal if they print as the same text: values of two types can be, and so can two
+  // NaNs of different bits.
   bool sameText(const Value& a, const Value& b) {
     const vrntType_t* const type = a.type();
     if (type == b.type() && byBytes(type) &&
@@ -136,7 +136,7 @@ class Comparison {
       return true;
     }
     const std::string text = ConstBasicView<const Value*>(&a).text();
-    // One block has one text; it was printed all the same, for what can't be printed is an error.
+    // A shared block has one text. It was printed all the same, because a failure must be reported.
     return a.get() == b.get() || text == ConstBasicView<const Value*>(&b).text();
   }
 

@@ -36,7 +36,7 @@ static_assert(std::endian::native == std::endian::little,
 constexpr char kLive = 1;
 constexpr char kFree = 0;
 
-// The value layer's callbacks lead to a function object, so that it sees no stream.
+// The value layer's callbacks call a function object, so that the value layer knows no stream.
 template <typename Writer>
 void writeThrough(const void* bytes, std::uint64_t size, void* user) {
   (*static_cast<Writer*>(user))(static_cast<const char*>(bytes), static_cast<std::size_t>(size));
@@ -147,12 +147,11 @@ class DeserializeObjects {
   template <typename Desc>
   void section() {
     auto& container = writable<Desc>(scene_);
-    // Trusted as it stands, and so are all counts and sizes below: nothing tells how much a stream
-    // still holds.
+    // Not checked, nor are the counts and sizes below: how much a stream still holds isn't known.
     const std::uint32_t count = readCount();
-    // Each slot is made just before it is read, while its memory is at hand.
+    // Each slot is constructed just before it is read, so that its memory is in the cache.
     container.slots.reserve(count);
-    // A failed stream would give no more than flags of 0.
+    // A failed stream would only deliver flags of 0.
     for (std::uint32_t i = 0; i < count && !stream_.fail(); ++i) {
       container.grow(i + 1);
       char flag = kFree;
