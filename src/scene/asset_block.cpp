@@ -9,9 +9,9 @@ namespace vrnt::data {
 
 namespace {
 
-// A large block begins on a huge page's boundary, so that a system that gives huge pages unasked
-// can back it with whole ones. They aren't asked for: where memory is fragmented the system then
-// stops to compact it, which was seen to cost several times the read that fills the block.
+// A large block is aligned to a huge page, so that a system that uses huge pages by itself can back
+// it with whole ones. They aren't requested: where memory is fragmented the system would compact it
+// first, which was measured to cost several times the read that fills the block.
 constexpr std::size_t kHugePage = std::size_t{2} << 20;
 constexpr std::size_t kLargeBlock = 2 * kHugePage;
 
@@ -19,7 +19,7 @@ void* allocateBytes(std::size_t size) {
 #if defined(__unix__) || defined(__APPLE__)
   if (size >= kLargeBlock) {
     void* bytes = nullptr;
-    // Like memory from malloc, this is given back by `free`, as the block's release promises.
+    // Like memory from malloc, it is freed by `free`, which is the block's release function.
     return posix_memalign(&bytes, kHugePage, size) == 0 ? bytes : nullptr;
   }
 #endif

@@ -1,4 +1,4 @@
-// Asset blocks that the library makes itself.
+// The blocks of asset bytes that the library allocates itself.
 #ifndef VORNATH_SCENE_ASSET_BLOCK_HPP
 #define VORNATH_SCENE_ASSET_BLOCK_HPP
 
@@ -8,12 +8,12 @@
 
 namespace vrnt::data {
 
-/// A block with room for `size` bytes, which are not initialised, behind its five fields.
+/// Allocates a block of `size` bytes, uninitialised, behind its five fields.
 /// Errors: throws std::bad_alloc.
 AssetHandle allocateAsset(std::size_t size);
 
-/// Makes the handle, which is set, the only owner of its bytes, by a copy if they are shared, and
-/// returns them for writing.
+/// Makes the handle, which is not null, the only owner of its bytes, by a copy if they are shared.
+/// Result: the bytes, for writing.
 /// Errors: throws std::bad_alloc, with nothing changed.
 void* makeUnique(AssetHandle& handle);
 

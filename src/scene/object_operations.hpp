@@ -1,4 +1,4 @@
-// Adding and removing objects, written once for all classes. A class is named by its
+// Adding, changing and removing objects, written once for all classes. A class is named by its
 // Desc.
 #ifndef VORNATH_SCENE_OBJECT_OPERATIONS_HPP
 #define VORNATH_SCENE_OBJECT_OPERATIONS_HPP
@@ -10,11 +10,14 @@
 #include <new>
 #include <type_traits>
 #include <utility>
+#include <vector>
 
 #include "asset_block.hpp"
+#include "class_table.hpp"
 #include "reference_counts.hpp"
 #include "scene_access.hpp"
 #include "vornath_data/scene.hpp"
+#include "vornath_data/texture_references.hpp"
 
 namespace vrnt::data {
 
@@ -25,21 +28,21 @@ inline constexpr bool kIsAsset = ClassInfo<Desc>::kKind == ObjectKind::Asset;
 template <typename Desc>
 inline constexpr bool kIsInstance = ClassInfo<Desc>::kKind == ObjectKind::Instance;
 
-/// Raises the counters that say that an object of the class was added, removed or changed.
+/// Increments the counters of the class and of the scene: an object was added, removed or changed.
 template <typename Desc>
 void countClassChange(Scene& scene) {
   ++scene.versions.classes[static_cast<std::size_t>(ClassInfo<Desc>::kClass)];
   ++scene.versions.version;
 }
 
-/// Raises the counters that say that a slot of the object changed.
+/// Increments the object's counters of its references and of any change.
 template <typename Desc>
 void countReferenceChange(Instance<Desc>& object) {
   ++object.referencesVersion;
   ++object.version;
 }
 
-/// Raises every counter of the object.
+/// Increments every counter of the object.
 template <typename Desc>
 void countWholeChange(Instance<Desc>& object) {
   ++object.version;
@@ -49,7 +52,7 @@ void countWholeChange(Instance<Desc>& object) {
   }
 }
 
-/// Room for a program's text and its terminator, all zero. Errors: throws std::bad_alloc.
+/// Memory for a program's text and its terminator, all zero. Errors: throws std::bad_alloc.
 inline char* allocateText(std::size_t length) {
   auto* text = static_cast<char*>(std::calloc(length + 1, 1));
   if (!text) throw std::bad_alloc();
@@ -83,8 +86,8 @@ std::uint32_t addAsset(Scene& scene, const Desc& desc, AssetHandle storage) {
   return index;
 }
 
-/// Replaces an asset's descriptor, and its bytes by a copy of as many as the new one says. The slot
-/// isn't checked for being live, so that this can bring a free one to life.
+/// Replaces an asset's descriptor, and its bytes by a copy of as many as the new descriptor says.
+/// Whether the slot is live isn't checked: this makes a free slot live.
 /// Errors: throws std::bad_alloc, with nothing changed.
 template <typename Desc>
 void updateAsset(Scene& scene, std::int32_t index, const Desc& desc, const void* bytes) {
@@ -97,8 +100,8 @@ void updateAsset(Scene& scene, std::int32_t index, const Desc& desc, const void*
   countClassChange<Desc>(scene);
 }
 
-/// Adds an object with the class's defaults. A value that the slot's former object left stays, and
-/// so do the counts.
+/// Adds an object with the class's defaults. What the slot's former object left of its value stays,
+/// and the counters go on from where they were.
 template <typename Desc>
 std::uint32_t createInstance(Scene& scene) {
   auto& container = writable<Desc>(scene);
@@ -106,20 +109,38 @@ std::uint32_t createInstance(Scene& scene) {
   Instance<Desc>& created = container.slots[index];
   created.deleted = false;
   created.desc = Desc();
-  noteAddition<Desc>(scene, index);
+  noteAddition(scene, ClassInfo<Desc>::kClass, index);
   countWholeChange(created);
   countClassChange<Desc>(scene);
   return index;
 }
 
-/// Frees a slot. No reference to the object is looked for.
+/// Frees a slot. References to the object stay as they are.
 template <typename Desc>
 void removeObject(Scene& scene, std::int32_t index) {
   countClassChange<Desc>(scene);
   auto& container = writable<Desc>(scene);
-  noteRemoval<Desc>(scene, index);
+  noteRemoval(scene, ClassInfo<Desc>::kClass, index);
   container.at(index).markFree();
   container.freed(index);
+}
+
+/// Replaces the list "textures" of an object, if its class has one, by the textures that the
+/// object's value names. No counter is incremented.
+/// Errors: throws std::bad_alloc, with nothing changed.
+template <typename Desc>
+void updateTextureReferences(Scene& scene, std::int32_t index) {
+  Instance<Desc>& object = writable<Desc>(scene).at(index);
+  for (const SlotEntry& slot : classEntry<Desc>().slots) {
+    if (slot.form != SlotForm::List || slot.target != ObjectClass::Texture) continue;
+    std::vector<std::int32_t> words;
+    if (object.value) {
+      for (const auto texture : extractTextureReferences(object.value)) {
+        words.push_back(texture.index);
+      }
+    }
+    replaceReferenceList(scene, slot, index, &object.desc, std::move(words));
+  }
 }
 
 }  // namespace vrnt::data

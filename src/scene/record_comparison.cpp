@@ -19,8 +19,9 @@ T load(const void* record, std::size_t offset) {
 
 constexpr std::uint32_t mask(bool condition) { return condition ? ~std::uint32_t{0} : 0; }
 
-// All ones for floats that aren't equal as numbers. Not by the processor's comparison, for which a
-// host may have made small numbers zeros. No branches, so that the loop over words becomes vectors.
+// All ones for floats that aren't equal as numbers. The processor's comparison isn't used: a host
+// may have set it to treat small numbers as zeros. No branches, so that the loop over words
+// vectorises.
 constexpr std::uint32_t floatsDiffer(std::uint32_t a, std::uint32_t b) {
   constexpr std::int32_t kInfinity = 0x7F800000;
   const std::uint32_t notBothZero = mask(((a | b) << 1) != 0);

@@ -1,5 +1,5 @@
-// Comparing the records of objects field by field, as their types say, at the speed of a comparison
-// of bytes.
+// Compares the records of objects field by field, according to their types, at the speed of a
+// comparison of bytes.
 #ifndef VORNATH_SCENE_RECORD_COMPARISON_HPP
 #define VORNATH_SCENE_RECORD_COMPARISON_HPP
 
@@ -11,20 +11,20 @@
 
 namespace vrnt::data {
 
-/// What counts as equal in each word of a record of plain data, worked out once from the types of
-/// what stands in the record. Floats are equal as numbers (0 is -0, a NaN is equal to nothing),
-/// bools by truth, all else bit by bit; bytes that belong to no field aren't looked at.
-/// Threads: any number of threads may compare by one object.
+/// How each word of a record of plain data is compared, derived once from the types in the record.
+/// Floats are equal as numbers (0 equals -0, a NaN equals nothing), bools by truth, all else bit by
+/// bit; bytes that belong to no field are ignored.
+/// Threads: any number of threads may compare with one object.
 class RecordComparison {
  public:
-  /// For records of that many bytes, a multiple of 4, of which nothing is compared yet.
+  /// For records of `size` bytes, a multiple of 4. Nothing is compared yet.
   explicit RecordComparison(std::size_t size);
 
-  /// Compares also what a value of the type holds that stands at `offset`. The type is concrete, as
-  /// deep as a schema of the catalogue at most, and lies within the record.
+  /// Adds a value of the type at `offset` to what is compared. The type is concrete, nests no
+  /// deeper than a schema of the catalogue, and lies within the record.
   void add(const vrntType_t* type, std::size_t offset);
 
-  /// Whether two records are equal. They are read as bytes, wherever they lie.
+  /// Whether two records are equal. They need not be aligned.
   bool equal(const void* a, const void* b) const;
 
  private:
@@ -33,8 +33,8 @@ class RecordComparison {
   void addLanes(const vrntType_t* type, std::size_t offset);
   void addBytes(std::size_t offset, std::size_t size);
 
-  // Each word of the record has a mask of the bits that are compared exactly; and is all ones among
-  // the floats or the bools if it is one.
+  // For each word of the record: the bits that are compared exactly, and all ones if it is a float
+  // or a bool.
   std::vector<std::uint32_t> exact_;
   std::vector<std::uint32_t> floats_;
   std::vector<std::uint32_t> bools_;

@@ -1,4 +1,4 @@
-// The library's own way to the containers of a scene.
+// How the library itself reaches the containers of a scene, and what the scene knows of their use.
 #ifndef VORNATH_SCENE_SCENE_ACCESS_HPP
 #define VORNATH_SCENE_SCENE_ACCESS_HPP
 
@@ -19,20 +19,18 @@ class SceneAccess {
     return scene.containers.containers_.template get<Desc>();
   }
 
-  /// Whether a host was handed out the class's container for writing.
-  template <typename Desc>
-  static bool handedOut(const Scene& scene) noexcept {
-    return (scene.containers.handedOut_.load(std::memory_order_relaxed) &
-            SceneContainers::classBit<Desc>()) != 0;
+  /// Whether a host was given the class's container for writing.
+  static bool handedOut(const Scene& scene, ObjectClass objectClass) noexcept {
+    const std::uint32_t classes = scene.containers.handedOut_.load(std::memory_order_relaxed);
+    return ((classes >> static_cast<unsigned>(objectClass)) & 1U) != 0;
   }
 
-  template <typename Desc>
-  static std::uint32_t& additions(Scene& scene) noexcept {
-    return scene.containers.additions_[static_cast<std::size_t>(ClassInfo<Desc>::kClass)];
+  /// The number of additions to the class so far, plus one.
+  static std::uint32_t& additions(Scene& scene, ObjectClass objectClass) noexcept {
+    return scene.containers.additions_[static_cast<std::size_t>(objectClass)];
   }
-  template <typename Desc>
-  static std::uint32_t additions(const Scene& scene) noexcept {
-    return scene.containers.additions_[static_cast<std::size_t>(ClassInfo<Desc>::kClass)];
+  static std::uint32_t additions(const Scene& scene, ObjectClass objectClass) noexcept {
+    return scene.containers.additions_[static_cast<std::size_t>(objectClass)];
   }
 
   static std::atomic<Kept*>& kept(const Scene& scene) noexcept { return scene.containers.kept_; }
@@ -40,8 +38,8 @@ class SceneAccess {
 
 }  // namespace detail
 
-/// The container of a class for the library's own writing, which keeps count of what it changes.
-/// Through Scene::container() a host gets to write, and what it changes isn't known.
+/// The container of a class for writing by the library, which keeps the reference counts in step.
+/// Scene::container() would note that a host may write to it unseen.
 template <typename Desc>
 Container<Stored<Desc>>& writable(Scene& scene) noexcept {
   return detail::SceneAccess::container<Desc>(scene);

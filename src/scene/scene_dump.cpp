@@ -1,28 +1,19 @@
-// A scene as text. Each word of it is kept as it stands: people compare dumps of two runs.
+// A scene as text. The text is fixed in every detail: people compare the dumps of two runs.
 #include <ostream>
 #include <string>
-#include <type_traits>
+#include <vector>
 
+#include "class_table.hpp"
 #include "digest.hpp"
-#include "group_access.hpp"
-#include "object_operations.hpp"
+#include "group_value.hpp"
+#include "reference_slots.hpp"
 #include "vornath_data/scene.hpp"
 
 namespace vrnt::data {
 
 namespace {
 
-// The name under which a slot's line stands: that of the target's class, or what a coded list is
-// of.
-template <typename Element>
-struct TargetName;
-template <template <typename> class Element, typename Desc>
-struct TargetName<Element<Desc>> {
-  static constexpr const char* kName = ClassInfo<Desc>::kName;
-};
-
-// The number and the side of an element of a coded list. What stands for no target has no form of
-// its own.
+// The index that a word of a coded list holds. The word for no target isn't told from an index.
 constexpr std::int32_t codedIndex(std::int32_t word) { return word < 0 ? ~word : word; }
 
 class Dump {
@@ -31,7 +22,7 @@ class Dump {
 
   void head() {
     stream_ << " Scene " << scene_.id << " [v" << scene_.versions.version << "]" << std::endl;
-    groups<SceneData>(scene_.data, scene_.versions.groups);
+    groups(classEntry<SceneData>(), &scene_.data, scene_.versions.groups.data());
   }
 
   template <typename Desc>
@@ -59,7 +50,7 @@ class Dump {
   static bool isShown(const Element& element) {
     return element.live();
   }
-  // An asset without bytes is live, and yet there is nothing of it to show.
+  // An asset without bytes is live, but prints as a free slot.
   template <typename Desc>
   static bool isShown(const Asset<Desc>& asset) {
     return asset.live() && asset.storage.get()->size != 0;
@@ -100,14 +91,15 @@ class Dump {
     stream_ << " [vv" << instance.version << "]" << std::endl;
     if constexpr (kSlotCount<Desc> != 0) {
       stream_ << "\treferences [vv" << instance.referencesVersion << "]" << std::endl;
-      forEachSlot<Desc>([&](const auto& slot, auto) {
+      for (const SlotEntry& slot : classEntry<Desc>().slots) {
         stream_ << "\t\t";
-        link(instance.desc.*slot.member, slot.kind);
+        references(&instance.desc, slot);
         stream_ << std::endl;
-      });
+      }
     }
-    if constexpr (kGroupCount<Desc> != 0)
-      groups<Desc>(instance.desc.groups, instance.groupVersions);
+    if constexpr (kGroupCount<Desc> != 0) {
+      groups(classEntry<Desc>(), &instance.desc.groups, instance.groupVersions.data());
+    }
     if constexpr (ClassInfo<Desc>::kHasValue) {
       const void* const address = instance.value.get();
       stream_ << "\tvalue: [v" << address << "] ";
@@ -115,44 +107,51 @@ class Dump {
     }
   }
 
-  template <typename Desc, typename Groups, typename Versions>
-  void groups(const Groups& records, const Versions& versions) {
+  void groups(const ClassEntry& owner, const void* records, const std::uint32_t* versions) {
     stream_ << "\tdata" << std::endl;
-    forEachGroup<Desc>([&](const auto& group, auto position) {
-      stream_ << "\t\t" << group.name << ": [vv" << versions[position] << "] ";
-      text(groupValue<Desc>(position, records.*group.member));
-    });
+    for (const GroupEntry& group : owner.groups) {
+      stream_ << "\t\t" << group.name << ": [vv" << *versions++ << "] ";
+      text(groupValue(records, group));
+    }
   }
 
-  // As the value layer prints it: what numbers it has don't follow the stream's settings.
+  // As the value layer prints it: the stream's settings don't apply to its numbers.
   void text(const Value& value) {
     stream_ << ConstBasicView<const Value*>(&value).text() << std::endl;
   }
 
-  template <typename Target>
-  void link(const Ref<Target>& single, ReferenceKind kind) {
-    stream_ << TargetName<Target>::kName << ": ";
-    if (kind == ReferenceKind::Optional && single.index == -1) {
-      stream_ << "null";
-    } else {
-      stream_ << single.index;
+  void references(const void* desc, const SlotEntry& slot) {
+    switch (slot.form) {
+      case SlotForm::Single:
+        return single(singleReference(desc, slot), slot);
+      case SlotForm::List:
+        return list(referenceList(desc, slot), slot);
+      case SlotForm::CodedList:
+        return codedList(referenceList(desc, slot), slot);
     }
   }
 
-  template <typename Target>
-  void link(const RefList<Target>& list, ReferenceKind) {
-    stream_ << TargetName<Target>::kName << "s: [ ";
-    for (const std::int32_t word : list.words) stream_ << word << ", ";
+  void single(std::int32_t index, const SlotEntry& slot) {
+    stream_ << classEntry(slot.target).name << ": ";
+    if (slot.kind == ReferenceKind::Optional && index == -1) {
+      stream_ << "null";
+    } else {
+      stream_ << index;
+    }
+  }
+
+  void list(const std::vector<std::int32_t>& indices, const SlotEntry& slot) {
+    stream_ << classEntry(slot.target).name << "s: [ ";
+    for (const std::int32_t index : indices) stream_ << index << ", ";
     stream_ << "]";
   }
 
-  template <typename Target>
-  void link(const CodedRefList<Target>& list, ReferenceKind kind) {
-    const bool decals = kind == ReferenceKind::OrderedDecal;
+  void codedList(const std::vector<std::int32_t>& words, const SlotEntry& slot) {
+    const bool decals = slot.kind == ReferenceKind::OrderedDecal;
     const char* const negative = decals ? " (Front), " : " (Light), ";
     const char* const nonNegative = decals ? " (Back), " : " (Shape), ";
     stream_ << (decals ? "OrderedDecals: [ " : "Emitters: [ ");
-    for (const std::int32_t word : list.words) {
+    for (const std::int32_t word : words) {
       stream_ << codedIndex(word) << (word < 0 ? negative : nonNegative);
     }
     stream_ << "]";

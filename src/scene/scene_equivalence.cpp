@@ -1,13 +1,14 @@
-// Whether two scenes have the same content: a walk over both side by side.
+// Whether two scenes have the same content.
 #include <cstring>
 #include <type_traits>
 #include <unordered_map>
 #include <unordered_set>
 #include <vector>
 
+#include "class_table.hpp"
 #include "group_type.hpp"
-#include "object_operations.hpp"
 #include "record_comparison.hpp"
+#include "reference_slots.hpp"
 #include "vornath_data/scene.hpp"
 
 namespace vrnt::data {
@@ -15,28 +16,35 @@ namespace vrnt::data {
 namespace {
 
 // How all groups of a class are compared, as the one block in which they lie.
-template <typename Desc>
-const RecordComparison& groupComparison() {
-  static const RecordComparison comparison = [] {
-    using Groups = typename Desc::Groups;
-    const Groups groups{};
-    RecordComparison made(sizeof(Groups));
-    forEachGroup<Desc>([&](const auto& group, auto position) {
-      const auto* const record = reinterpret_cast<const char*>(&(groups.*group.member));
-      const auto offset = static_cast<std::size_t>(record - reinterpret_cast<const char*>(&groups));
-      made.add(groupType<Desc>(position).plain, offset);
-    });
-    return made;
-  }();
+RecordComparison compareGroups(const ClassEntry& owner, std::size_t size) {
+  RecordComparison comparison(size);
+  for (const GroupEntry& group : owner.groups) {
+    comparison.add(groupType(group).plain, group.offset);
+  }
   return comparison;
 }
 
-// Whether equal bytes of the type print as the same text, and nothing can fail in printing them. An
-// enum's code can be one that it doesn't have, and a reference leads to more bytes.
+template <typename Desc>
+const RecordComparison& groupComparison() {
+  static const RecordComparison comparison =
+      compareGroups(classEntry<Desc>(), sizeof(typename Desc::Groups));
+  return comparison;
+}
+
+bool sameReferences(const ClassEntry& owner, const void* a, const void* b) {
+  if (std::memcmp(a, b, singleReferencesSize(owner)) != 0) return false;
+  for (const SlotEntry& slot : owner.slots.subspan(owner.singleSlots)) {
+    if (referenceList(a, slot) != referenceList(b, slot)) return false;
+  }
+  return true;
+}
+
+// Whether values of the type with equal bytes print as the same text, and printing them can't fail.
+// An enum may hold a code that it doesn't declare, and a reference leads to more bytes.
 bool printsByBytes(const vrntType_t* type) {
   std::vector<const vrntType_t*> open{type};
   std::unordered_set<const vrntType_t*> seen{type};
-  // What a type is made of lives as long as the type.
+  // A type holds its parts.
   const auto enter = [&](const vrntType_t* part) {
     if (seen.insert(part).second) open.push_back(part);
   };
@@ -90,7 +98,7 @@ class Comparison {
     return true;
   }
 
-  // Nothing that is identity or history is compared: no ids, no counters.
+  // Ids and counters aren't compared.
 
   template <typename Source>
   bool same(const Program<Source>& a, const Program<Source>& b) {
@@ -112,25 +120,15 @@ class Comparison {
     if constexpr (kGroupCount<Desc> != 0) {
       if (!groupComparison<Desc>().equal(&a.desc.groups, &b.desc.groups)) return false;
     }
-    bool equal = true;
-    forEachSlot<Desc>([&](const auto& slot, auto) {
-      equal = equal && sameLink(a.desc.*slot.member, b.desc.*slot.member);
-    });
-    if constexpr (ClassInfo<Desc>::kHasValue) equal = equal && sameText(a.value, b.value);
-    return equal;
+    if constexpr (kSlotCount<Desc> != 0) {
+      if (!sameReferences(classEntry<Desc>(), &a.desc, &b.desc)) return false;
+    }
+    if constexpr (ClassInfo<Desc>::kHasValue) return sameText(a.value, b.value);
+    return true;
   }
 
-  template <typename Target>
-  static bool sameLink(const Ref<Target>& a, const Ref<Target>& b) {
-    return a == b;
-  }
-  template <typename List>
-  static bool sameLink(const List& a, const List& b) {
-    return a.words == b.words;
-  }
-
-  // Values are equal when they print alike. That says more than their bytes, since values of two
-  // types can print alike, and less, since a printed float doesn't tell all NaNs apart.
+  // Values are equal if they print as the same text: values of two types can be, and so can two
+  // NaNs of different bits.
   bool sameText(const Value& a, const Value& b) {
     const vrntType_t* const type = a.type();
     if (type == b.type() && byBytes(type) &&
@@ -138,7 +136,7 @@ class Comparison {
       return true;
     }
     const std::string text = ConstBasicView<const Value*>(&a).text();
-    // One block has one text; it was printed all the same, for what can't be printed is an error.
+    // A shared block has one text. It was printed all the same, because a failure must be reported.
     return a.get() == b.get() || text == ConstBasicView<const Value*>(&b).text();
   }
 

@@ -2,16 +2,20 @@
 
 #include <fmt/format.h>
 
-#include <array>
 #include <bit>
 #include <cstring>
+#include <fstream>
 #include <istream>
 #include <ostream>
 #include <type_traits>
 #include <utility>
+#include <vector>
 
 #include "asset_block.hpp"
+#include "class_table.hpp"
 #include "object_operations.hpp"
+#include "path.hpp"
+#include "reference_slots.hpp"
 #include "scene_access.hpp"
 
 namespace vrnt::data {
@@ -20,48 +24,19 @@ namespace {
 
 constexpr char kMagic[8] = {'V', 'R', 'N', 'S', 'C', 'E', 'N', 'E'};
 
-// A file's version says all about its layout, since plain records go to file as they lie in memory.
+// The version alone tells a file's layout, since plain records are written as they lie in memory.
 // Whoever changes a group's record, the order of groups, slots or classes, or what stands between
-// them, raises the number and adds a line here. Other versions are not read.
+// them, increments the number and adds a line here. Files of other versions are not read.
 //   173  the first of this library: 18 classes, group blocks as in tests/scene/data
 constexpr std::uint32_t kVersion = 173;
 
 static_assert(std::endian::native == std::endian::little,
-              "the file is little-endian, and nothing here swaps bytes");
+              "the file is little-endian, and no code here swaps bytes");
 
 constexpr char kLive = 1;
 constexpr char kFree = 0;
 
-template <typename Link>
-inline constexpr bool kIsSingle = false;
-template <typename Target>
-inline constexpr bool kIsSingle<Ref<Target>> = true;
-
-// The single slots of a class come before its lists, in the file as in its Desc, so that they are
-// one run of words.
-template <typename Desc>
-constexpr bool singleSlotsComeFirst() {
-  bool first = true;
-  bool afterList = false;
-  forEachSlot<Desc>([&](const auto& slot, auto) {
-    using Link = typename std::decay_t<decltype(slot)>::Member;
-    if (!kIsSingle<Link>) afterList = true;
-    if (kIsSingle<Link> && afterList) first = false;
-  });
-  return first;
-}
-
-template <typename Desc>
-constexpr std::size_t countSingleSlots() {
-  static_assert(singleSlotsComeFirst<Desc>(), "scene files have a class's lists last");
-  std::size_t count = 0;
-  forEachSlot<Desc>([&count](const auto& slot, auto) {
-    if (kIsSingle<typename std::decay_t<decltype(slot)>::Member>) ++count;
-  });
-  return count;
-}
-
-// The value layer's callbacks lead to a function object, so that it sees no stream.
+// The value layer's callbacks call a function object, so that the value layer knows no stream.
 template <typename Writer>
 void writeThrough(const void* bytes, std::uint64_t size, void* user) {
   (*static_cast<Writer*>(user))(static_cast<const char*>(bytes), static_cast<std::size_t>(size));
@@ -71,208 +46,218 @@ void readThrough(void* bytes, std::uint64_t size, void* user) {
   (*static_cast<Reader*>(user))(static_cast<char*>(bytes), static_cast<std::size_t>(size));
 }
 
-}  // namespace
+// Writes the parts of a scene to a stream, each item by one call. The stream isn't tested.
+class SerializeObjects {
+ public:
+  SerializeObjects(const Scene& scene, std::ostream& stream) : scene_(scene), stream_(stream) {}
 
-void SerializeObjects::write(const void* bytes, std::size_t size) {
-  stream_.write(static_cast<const char*>(bytes), static_cast<std::streamsize>(size));
-}
-
-void SerializeObjects::header() {
-  write(kMagic, sizeof(kMagic));
-  write(&kVersion, sizeof(kVersion));
-  write(scene_.id.begin(), static_cast<std::size_t>(UniqueId::size()));
-  write(&scene_.data, sizeof(scene_.data));
-}
-
-template <typename Desc>
-void SerializeObjects::section() {
-  const auto& container = scene_.container<Desc>();
-  const std::uint32_t count = container.size();
-  write(&count, sizeof(count));
-  for (std::uint32_t i = 0; i < count; ++i) {
-    const auto& element = container.slots[i];
-    if (!element.live()) {
-      write(&kFree, sizeof(kFree));
-      continue;
-    }
-    write(&kLive, sizeof(kLive));
-    if constexpr (kIsInstance<Desc>) {
-      references(element);
-      if constexpr (kGroupCount<Desc> != 0) {
-        write(&element.desc.groups, sizeof(element.desc.groups));
-      }
-      if constexpr (ClassInfo<Desc>::kHasValue) {
-        handle(Ref<Instance<Desc>>{static_cast<std::int32_t>(i)});
-      }
-    } else {
-      record(element);
-    }
+  // Magic, version, id and the scene-wide groups.
+  void header() {
+    write(kMagic, sizeof(kMagic));
+    write(&kVersion, sizeof(kVersion));
+    write(scene_.id.begin(), static_cast<std::size_t>(UniqueId::size()));
+    write(&scene_.data, sizeof(scene_.data));
   }
-}
 
-template <typename Source>
-void SerializeObjects::record(const Program<Source>& program) {
-  // Not the stored length: a text from a file can hold a NUL, and what is behind it isn't kept.
-  const char* text = program.source();
-  const auto length = static_cast<std::uint32_t>(std::strlen(text));
-  write(&length, sizeof(length));
-  write(text, length);
-}
-
-template <typename Desc>
-void SerializeObjects::record(const Asset<Desc>& asset) {
-  write(asset.id.begin(), static_cast<std::size_t>(UniqueId::size()));
-  write(&asset.desc, sizeof(asset.desc));
-  // As many bytes as the descriptor says: the reader knows no other number. That the block holds
-  // them is the host's to see to.
-  write(asset.storage.get()->data, asset.desc.size());
-}
-
-template <typename Desc>
-void SerializeObjects::references(const Instance<Desc>& object) {
-  constexpr std::size_t singles = countSingleSlots<Desc>();
-  if constexpr (singles != 0) {
-    std::array<std::int32_t, singles> words;
-    std::size_t next = 0;
-    forEachSlot<Desc>([&](const auto& slot, auto) {
-      using Link = typename std::decay_t<decltype(slot)>::Member;
-      if constexpr (kIsSingle<Link>) words[next++] = (object.desc.*slot.member).index;
-    });
-    write(words.data(), sizeof(words));
-  }
-  forEachSlot<Desc>([&](const auto& slot, auto) {
-    using Link = typename std::decay_t<decltype(slot)>::Member;
-    if constexpr (!kIsSingle<Link>) list((object.desc.*slot.member).words);
-  });
-}
-
-void SerializeObjects::list(const std::vector<std::int32_t>& words) {
-  const auto count = static_cast<std::uint32_t>(words.size());
-  write(&count, sizeof(count));
-  write(words.data(), words.size() * sizeof(std::int32_t));
-}
-
-template <typename Desc>
-void SerializeObjects::handle(Ref<Instance<Desc>> ref) {
-  const Value value = scene_.container<Desc>().at(ref.index).value;
-  auto writer = [this](const char* bytes, std::size_t size) { write(bytes, size); };
-  vrntValuesError_t* error = nullptr;
-  vrntValueSerialize(value.get(), writeThrough<decltype(writer)>, &writer, &error);
-  if (error) vrnt::detail::raiseError(error);
-}
-
-void DeserializeObjects::read(void* bytes, std::size_t size) {
-  stream_.read(static_cast<char*>(bytes), static_cast<std::streamsize>(size));
-}
-
-std::uint32_t DeserializeObjects::readCount() {
-  std::uint32_t count = 0;
-  read(&count, sizeof(count));
-  return count;
-}
-
-void DeserializeObjects::sceneData() { read(&scene_.data, sizeof(scene_.data)); }
-
-template <typename Desc>
-void DeserializeObjects::section() {
-  auto& container = writable<Desc>(scene_);
-  // Trusted as it stands, and so are all counts and sizes below: nothing tells how much a stream
-  // still holds.
-  const std::uint32_t count = readCount();
-  // Each slot is made just before it is read, while its memory is at hand.
-  container.slots.reserve(count);
-  // A failed stream would give no more than flags of 0.
-  for (std::uint32_t i = 0; i < count && !stream_.fail(); ++i) {
-    container.grow(i + 1);
-    char flag = kFree;
-    read(&flag, sizeof(flag));
-    if (flag != kLive) continue;
-    auto& element = container.slots[i];
-    if constexpr (kIsInstance<Desc>) {
-      element.deleted = false;
-      container.occupied(i);
-      countClassChange<Desc>(scene_);
-      if constexpr (kSlotCount<Desc> != 0) {
-        references(element);
-        countReferenceChange(element);
+  // The section of a class.
+  template <typename Desc>
+  void section() {
+    const auto& container = scene_.container<Desc>();
+    const std::uint32_t count = container.size();
+    write(&count, sizeof(count));
+    for (std::uint32_t i = 0; i < count; ++i) {
+      const auto& element = container.slots[i];
+      if (!element.live()) {
+        write(&kFree, sizeof(kFree));
+        continue;
       }
-      if constexpr (kGroupCount<Desc> != 0) {
-        read(&element.desc.groups, sizeof(element.desc.groups));
-        for (std::uint32_t& groupVersion : element.groupVersions) ++groupVersion;
-        ++element.version;
+      write(&kLive, sizeof(kLive));
+      if constexpr (kIsInstance<Desc>) {
+        if constexpr (kSlotCount<Desc> != 0) references(classEntry<Desc>(), &element.desc);
+        if constexpr (kGroupCount<Desc> != 0) {
+          write(&element.desc.groups, sizeof(element.desc.groups));
+        }
+        if constexpr (ClassInfo<Desc>::kHasValue) {
+          handle(Ref<Instance<Desc>>{static_cast<std::int32_t>(i)});
+        }
+      } else {
+        record(element);
       }
-      if constexpr (ClassInfo<Desc>::kHasValue) {
-        handle(Ref<Instance<Desc>>{static_cast<std::int32_t>(i)});
-      }
-    } else {
-      record(element);
-      container.occupied(i);
-      countClassChange<Desc>(scene_);
     }
   }
-  container.grow(count);
-}
 
-template <typename Source>
-void DeserializeObjects::record(Program<Source>& program) {
-  const std::uint32_t length = readCount();
-  program.text = allocateText(length);
-  program.length = length;
-  read(program.text, length);
-  program.id = UniqueId::hash(program.text, length);
-}
-
-template <typename Desc>
-void DeserializeObjects::record(Asset<Desc>& asset) {
-  read(asset.id.begin(), static_cast<std::size_t>(UniqueId::size()));
-  read(&asset.desc, sizeof(asset.desc));
-  const std::size_t size = asset.desc.size();
-  AssetHandle storage = allocateAsset(size);
-  auto* bytes = static_cast<char*>(makeUnique(storage));
-  read(bytes, size);
-  const auto delivered = static_cast<std::size_t>(stream_.gcount());
-  if (delivered < size) std::memset(bytes + delivered, 0, size - delivered);
-  asset.storage = std::move(storage);
-}
-
-template <typename Desc>
-void DeserializeObjects::references(Instance<Desc>& object) {
-  constexpr std::size_t singles = countSingleSlots<Desc>();
-  if constexpr (singles != 0) {
-    std::array<std::int32_t, singles> words;
-    words.fill(-1);
-    read(words.data(), sizeof(words));
-    std::size_t next = 0;
-    forEachSlot<Desc>([&](const auto& slot, auto) {
-      using Link = typename std::decay_t<decltype(slot)>::Member;
-      if constexpr (kIsSingle<Link>) (object.desc.*slot.member).index = words[next++];
-    });
+  // The value of a camera, light or material, which must have one.
+  // Errors: throws vrnt::Exception or std::bad_alloc, as the value layer reports.
+  template <typename Desc>
+  void handle(Ref<Instance<Desc>> ref) {
+    const Value value = scene_.container<Desc>().at(ref.index).value;
+    auto writer = [this](const char* bytes, std::size_t size) { write(bytes, size); };
+    vrntValuesError_t* error = nullptr;
+    vrntValueSerialize(value.get(), writeThrough<decltype(writer)>, &writer, &error);
+    if (error) vrnt::detail::raiseError(error);
   }
-  forEachSlot<Desc>([&](const auto& slot, auto) {
-    using Link = typename std::decay_t<decltype(slot)>::Member;
-    if constexpr (!kIsSingle<Link>) list((object.desc.*slot.member).words);
-  });
-}
 
-void DeserializeObjects::list(std::vector<std::int32_t>& words) {
-  words.assign(readCount(), -1);
-  read(words.data(), words.size() * sizeof(std::int32_t));
-}
+ private:
+  template <typename Source>
+  void record(const Program<Source>& program) {
+    // Not the stored length: a text from a file can hold a NUL, and what follows it isn't kept.
+    const char* text = program.source();
+    const auto length = static_cast<std::uint32_t>(std::strlen(text));
+    write(&length, sizeof(length));
+    write(text, length);
+  }
 
-template <typename Desc>
-void DeserializeObjects::handle(Ref<Instance<Desc>> ref) {
-  auto reader = [this](char* bytes, std::size_t size) {
+  template <typename Desc>
+  void record(const Asset<Desc>& asset) {
+    write(asset.id.begin(), static_cast<std::size_t>(UniqueId::size()));
+    write(&asset.desc, sizeof(asset.desc));
+    // As many bytes as the descriptor says: the reader knows no other number. The host must see to
+    // it that the block holds them.
+    write(asset.storage.get()->data, asset.desc.size());
+  }
+
+  void references(const ClassEntry& owner, const void* desc) {
+    if (owner.singleSlots != 0) write(desc, singleReferencesSize(owner));
+    for (const SlotEntry& slot : owner.slots.subspan(owner.singleSlots)) {
+      const std::vector<std::int32_t>& list = referenceList(desc, slot);
+      const auto count = static_cast<std::uint32_t>(list.size());
+      write(&count, sizeof(count));
+      write(list.data(), list.size() * sizeof(std::int32_t));
+    }
+  }
+
+  void write(const void* bytes, std::size_t size) {
+    stream_.write(static_cast<const char*>(bytes), static_cast<std::streamsize>(size));
+  }
+
+  const Scene& scene_;
+  std::ostream& stream_;
+};
+
+// Reads what SerializeObjects writes into a new scene, each item by one call. What the stream no
+// longer delivers keeps its preset: 0 for counts and flags, -1 for references, zero bytes.
+class DeserializeObjects {
+ public:
+  DeserializeObjects(Scene& scene, std::istream& stream) : scene_(scene), stream_(stream) {}
+
+  // The scene-wide groups.
+  void sceneData() { read(&scene_.data, sizeof(scene_.data)); }
+
+  // The section of a class.
+  template <typename Desc>
+  void section() {
+    auto& container = writable<Desc>(scene_);
+    // Not checked, nor are the counts and sizes below: how much a stream still holds isn't known.
+    const std::uint32_t count = readCount();
+    // Each slot is constructed just before it is read, so that its memory is in the cache.
+    container.slots.reserve(count);
+    // A failed stream would only deliver flags of 0.
+    for (std::uint32_t i = 0; i < count && !stream_.fail(); ++i) {
+      container.grow(i + 1);
+      char flag = kFree;
+      read(&flag, sizeof(flag));
+      if (flag != kLive) continue;
+      auto& element = container.slots[i];
+      if constexpr (kIsInstance<Desc>) {
+        element.deleted = false;
+        container.occupied(i);
+        countClassChange<Desc>(scene_);
+        if constexpr (kSlotCount<Desc> != 0) {
+          references(classEntry<Desc>(), &element.desc);
+          countReferenceChange(element);
+        }
+        if constexpr (kGroupCount<Desc> != 0) {
+          read(&element.desc.groups, sizeof(element.desc.groups));
+          for (std::uint32_t& groupVersion : element.groupVersions) ++groupVersion;
+          ++element.version;
+        }
+        if constexpr (ClassInfo<Desc>::kHasValue) {
+          handle(Ref<Instance<Desc>>{static_cast<std::int32_t>(i)});
+        }
+      } else {
+        record(element);
+        container.occupied(i);
+        countClassChange<Desc>(scene_);
+      }
+    }
+    container.grow(count);
+  }
+
+  // The value of a camera, light or material.
+  // Errors: throws vrnt::Exception or std::bad_alloc, as the value layer reports.
+  template <typename Desc>
+  void handle(Ref<Instance<Desc>> ref) {
+    auto reader = [this](char* bytes, std::size_t size) { readOrZero(bytes, size); };
+    vrntValuesError_t* error = nullptr;
+    vrntValue_t* value = vrntValueDeserialize(readThrough<decltype(reader)>, &reader, &error);
+    if (!value) vrnt::detail::raiseError(error);
+    Instance<Desc>& object = writable<Desc>(scene_).at(ref.index);
+    object.value = Value::adopt(value);
+    ++object.version;
+  }
+
+ private:
+  template <typename Source>
+  void record(Program<Source>& program) {
+    const std::uint32_t length = readCount();
+    program.text = allocateText(length);
+    program.length = length;
+    read(program.text, length);
+    program.id = UniqueId::hash(program.text, length);
+  }
+
+  template <typename Desc>
+  void record(Asset<Desc>& asset) {
+    read(asset.id.begin(), static_cast<std::size_t>(UniqueId::size()));
+    read(&asset.desc, sizeof(asset.desc));
+    const std::size_t size = asset.desc.size();
+    AssetHandle storage = allocateAsset(size);
+    readOrZero(static_cast<char*>(makeUnique(storage)), size);
+    asset.storage = std::move(storage);
+  }
+
+  // The object is new, so that its single slots hold -1.
+  void references(const ClassEntry& owner, void* desc) {
+    if (owner.singleSlots != 0) read(desc, singleReferencesSize(owner));
+    for (const SlotEntry& slot : owner.slots.subspan(owner.singleSlots)) {
+      std::vector<std::int32_t>& list = referenceList(desc, slot);
+      list.assign(readCount(), -1);
+      read(list.data(), list.size() * sizeof(std::int32_t));
+    }
+  }
+
+  void read(void* bytes, std::size_t size) {
+    stream_.read(static_cast<char*>(bytes), static_cast<std::streamsize>(size));
+  }
+
+  // Zero where the stream delivers no more.
+  void readOrZero(char* bytes, std::size_t size) {
     read(bytes, size);
     const auto delivered = static_cast<std::size_t>(stream_.gcount());
     if (delivered < size) std::memset(bytes + delivered, 0, size - delivered);
-  };
-  vrntValuesError_t* error = nullptr;
-  vrntValue_t* value = vrntValueDeserialize(readThrough<decltype(reader)>, &reader, &error);
-  if (!value) vrnt::detail::raiseError(error);
-  Instance<Desc>& object = writable<Desc>(scene_).at(ref.index);
-  object.value = Value::adopt(value);
-  ++object.version;
+  }
+
+  std::uint32_t readCount() {
+    std::uint32_t count = 0;
+    read(&count, sizeof(count));
+    return count;
+  }
+
+  Scene& scene_;
+  std::istream& stream_;
+};
+
+// A scene is written and read item by item, most of them small.
+constexpr std::size_t kBufferSize = std::size_t{1} << 20;
+
+// Gives a stream that isn't open yet its buffer, which must outlive it, and opens it.
+template <typename Stream>
+void openBuffered(Stream& stream, char* buffer, const char* path, std::ios::openmode mode) {
+  stream.rdbuf()->pubsetbuf(buffer, static_cast<std::streamsize>(kBufferSize));
+  stream.open(vrnt::detail::pathFromUtf8(path), mode);
 }
+
+}  // namespace
 
 void Scene::serialize(const Scene& scene, std::ostream& stream) {
   SerializeObjects objects(scene, stream);
@@ -306,6 +291,21 @@ Result<Scene> Scene::deserialize(std::istream& stream, const UniqueId& id) {
   objects.sceneData();
   forEachClass([&objects](auto tag) { objects.section<typename decltype(tag)::Desc>(); });
   return Result<Scene>(std::move(scene));
+}
+
+void writeSceneFile(const Scene& scene, const char* path) {
+  const auto buffer = std::make_unique_for_overwrite<char[]>(kBufferSize);
+  std::ofstream stream;
+  openBuffered(stream, buffer.get(), path, std::ios::binary | std::ios::out | std::ios::trunc);
+  Scene::serialize(scene, stream);
+}
+
+std::unique_ptr<Scene> readSceneFile(const char* path) {
+  const auto buffer = std::make_unique_for_overwrite<char[]>(kBufferSize);
+  std::ifstream stream;
+  openBuffered(stream, buffer.get(), path, std::ios::binary | std::ios::in);
+  auto read = Scene::deserialize(stream, vrnt::UniqueId::null());
+  return read ? std::make_unique<Scene>(std::move(*read)) : nullptr;
 }
 
 }  // namespace vrnt::data

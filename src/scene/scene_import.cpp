@@ -1,5 +1,6 @@
-// Importing one scene into another. Objects are their slot numbers, so that an import is a copy of
-// containers in which every number is translated.
+// Imports one scene into another. Objects are identified by their index, so that an import copies
+// containers and translates every index.
+#include <algorithm>
 #include <cstddef>
 #include <cstdint>
 #include <cstring>
@@ -8,8 +9,10 @@
 #include <utility>
 #include <vector>
 
+#include "class_table.hpp"
 #include "object_operations.hpp"
 #include "reference_counts.hpp"
+#include "reference_slots.hpp"
 #include "scene_access.hpp"
 #include "texture_references.hpp"
 #include "vornath_data/scene.hpp"
@@ -20,17 +23,11 @@ namespace {
 
 using RefMaps = detail::TupleOfClass<RefMap>;
 
-// Lists of lights and shapes are filled when all classes are done: their class comes before both.
-template <typename Link>
-inline constexpr bool kIsLate = std::is_same_v<Link, CodedRefList<Emitter>>;
+// Lists of lights and shapes are filled after all classes: their own class comes before both.
+bool isLate(const SlotEntry& slot) { return slot.target == kEmitterTarget; }
 
-template <typename Desc>
-constexpr bool hasLateSlot() {
-  bool late = false;
-  forEachSlot<Desc>([&late](const auto& slot, auto) {
-    if (kIsLate<typename std::decay_t<decltype(slot)>::Member>) late = true;
-  });
-  return late;
+bool hasLateSlot(const ClassEntry& owner) {
+  return std::any_of(owner.slots.begin(), owner.slots.end(), isLate);
 }
 
 template <typename Element>
@@ -42,10 +39,10 @@ std::vector<std::int32_t> liveSlots(const Container<Element>& container) {
   return live;
 }
 
-// So few programs are looked for one by one: a table of all that the target holds costs more.
+// So few programs are searched for one by one: a table of all programs of the target costs more.
 constexpr std::size_t kFewPrograms = 8;
 
-// The first live slot with the id, or -1.
+// The first live slot with the id; -1 if there is none.
 template <typename Container>
 std::int32_t firstOfId(const Container& container, const UniqueId& id) {
   for (std::uint32_t i = 0; i < container.size(); ++i) {
@@ -56,7 +53,7 @@ std::int32_t firstOfId(const Container& container, const UniqueId& id) {
   return -1;
 }
 
-// Ids of programs are digests, of which any part is as good as another.
+// The id of a program is a digest, so that any part of it is a hash.
 struct IdHash {
   std::size_t operator()(const UniqueId& id) const noexcept {
     std::size_t part = 0;
@@ -65,15 +62,16 @@ struct IdHash {
   }
 };
 
-/// One import. The classes go in file order, in which all that objects refer to comes before them.
-/// Source and target may be one scene, which then gets a second copy of what it held: nothing here
-/// holds on to a place in the source while the target grows, nor looks at slots that came later.
+// One import. The classes are imported in file order, in which the targets of references come
+// before the objects that refer to them, except for late slots. Source and target may be one scene,
+// which then gets a second copy of its objects: no pointer into the source is kept while the target
+// grows, and slots that were added since aren't read.
 class ImportObjects {
  public:
   ImportObjects(const Scene& source, Scene& target)
       : source_(source), target_(target), textureWords_(importedTextureWords()) {}
 
-  /// Takes over the objects of a class, but for their late slots.
+  // Imports the objects of a class, without their late slots.
   template <typename Desc>
   void objects() {
     if constexpr (kIsProgram<Desc>) {
@@ -85,7 +83,7 @@ class ImportObjects {
     }
   }
 
-  /// Fills the late slots of the objects of a class.
+  // Fills the late slots of the imported objects of a class.
   template <typename Desc>
   void lateSlots();
 
@@ -101,18 +99,18 @@ class ImportObjects {
   template <typename Desc>
   void copy(const Instance<Desc>& from, Instance<Desc>& to);
 
-  template <typename T>
-  void translate(Ref<T> from, Ref<T>& to) const;
-  template <typename T>
-  void translate(const RefList<T>& from, RefList<T>& to) const;
-  template <typename T>
-  void translate(const CodedRefList<T>& from, CodedRefList<T>& to) const;
-  void translate(const CodedRefList<Emitter>& from, CodedRefList<Emitter>& to) const;
+  void translate(const SlotEntry& slot, const void* from, void* to) const;
+  void translateIndices(ObjectClass target, const std::int32_t* from, std::int32_t* to,
+                        std::size_t count) const;
+  void translateComplements(ObjectClass target, const std::int32_t* from, std::int32_t* to,
+                            std::size_t count) const;
 
-  /// The pairs of the class whose container stores a T.
-  template <typename T>
-  const RefMap<T>& map() const {
-    return maps_.template get<typename DescOfStored<T>::Desc>();
+  // Calls `onMap(map)` with the RefMap of a class.
+  template <typename OnMap>
+  void visitMap(ObjectClass objectClass, const OnMap& onMap) const {
+    visitClass(
+        static_cast<std::uint32_t>(objectClass),
+        [&](auto tag) { onMap(maps_.template get<typename decltype(tag)::Desc>()); }, [] {});
   }
 
   const Scene& source_;
@@ -121,7 +119,7 @@ class ImportObjects {
   TextureWords textureWords_;
 };
 
-// A program that both scenes have is the target's first one of that id.
+// A program that both scenes have becomes the first one in the target with its id.
 template <typename Source>
 void ImportObjects::programs() {
   const std::vector<std::int32_t> live = liveSlots(source_.container<Source>());
@@ -146,13 +144,13 @@ void ImportObjects::programs() {
       maps_.template get<Source>().add(slot, known->second);
       continue;
     }
-    // A text from a file can hold a NUL: it ends there, and the id becomes another.
+    // A text from a file can hold a NUL. It is cut there, and gets another id.
     const char* text = program.source();
     const auto added =
         static_cast<std::int32_t>(addProgram<Source>(target_, text, std::strlen(text)));
     maps_.template get<Source>().add(slot, added);
     const auto entry = first.emplace(writable<Source>(target_).at(added).id, added).first;
-    // It may have filled a gap in front of one of its id.
+    // It may have taken a free slot before the first one with its id.
     if (added < entry->second) entry->second = added;
   }
 }
@@ -169,15 +167,15 @@ void ImportObjects::assets() {
   }
 }
 
-// The container grows by all of the source's slots. The live ones come first, so that the free ones
-// gather at the end.
+// The container grows by the source's number of slots. The live objects come first, and as many
+// free slots as the source has follow them.
 template <typename Desc>
 void ImportObjects::instances() {
   const auto& from = source_.container<Desc>();
   auto& to = writable<Desc>(target_);
   const std::uint32_t count = from.size();
   const std::uint32_t size = to.size() + count;
-  // Exactly for a large import; many small ones leave it to the container to grow ahead.
+  // A large import reserves exactly; many small ones rely on the container's own growth.
   if (count >= to.size()) to.slots.reserve(size);
   for (std::uint32_t i = 0; i < count; ++i) {
     if (!from.slots[i].live()) continue;
@@ -187,7 +185,7 @@ void ImportObjects::instances() {
     copy(from.slots[i], object);
     object.deleted = false;
     to.occupied(added);
-    noteAddition<Desc>(target_, added);
+    noteAddition(target_, ClassInfo<Desc>::kClass, added);
     countWholeChange(object);
     countClassChange<Desc>(target_);
     maps_.template get<Desc>().add(static_cast<std::int32_t>(i), static_cast<std::int32_t>(added));
@@ -200,13 +198,13 @@ void ImportObjects::copy(const Instance<Desc>& from, Instance<Desc>& to) {
   if constexpr (kGroupCount<Desc> != 0) to.desc.groups = from.desc.groups;
   if constexpr (ClassInfo<Desc>::kHasValue) {
     Value value = from.value;
-    if (value) remapValueTextures(value, map<Asset<vrnt::detail::TextureDesc>>(), textureWords_);
+    if (value)
+      remapValueTextures(value, maps_.template get<vrnt::detail::TextureDesc>(), textureWords_);
     to.value = std::move(value);
   }
-  forEachSlot<Desc>([&](const auto& slot, auto) {
-    using Link = typename std::decay_t<decltype(slot)>::Member;
-    if constexpr (!kIsLate<Link>) translate(from.desc.*slot.member, to.desc.*slot.member);
-  });
+  for (const SlotEntry& slot : classEntry<Desc>().slots) {
+    if (!isLate(slot)) translate(slot, &from.desc, &to.desc);
+  }
 }
 
 template <typename Desc>
@@ -216,45 +214,51 @@ void ImportObjects::lateSlots() {
     Instance<Desc>& to = writable<Desc>(target_).at(target);
     countReferenceChange(to);
     countClassChange<Desc>(target_);
-    forEachSlot<Desc>([&](const auto& slot, auto) {
-      using Link = typename std::decay_t<decltype(slot)>::Member;
-      if constexpr (kIsLate<Link>) translate(from.desc.*slot.member, to.desc.*slot.member);
-    });
+    for (const SlotEntry& slot : classEntry<Desc>().slots) {
+      if (isLate(slot)) translate(slot, &from.desc, &to.desc);
+    }
   }
 }
 
-// An unset slot has no pair and stays at -1, be it required or optional.
-template <typename T>
-void ImportObjects::translate(Ref<T> from, Ref<T>& to) const {
-  to.index = map<T>().lookup(from.index);
-}
-
-template <typename T>
-void ImportObjects::translate(const RefList<T>& from, RefList<T>& to) const {
-  to.words.reserve(from.words.size());
-  for (const std::int32_t word : from.words) to.words.push_back(map<T>().lookup(word));
-}
-
-// The sign is kept, as it says which of two things the word means. A complement without a pair thus
-// becomes that of -1, so that the word for no target comes out as number 0 of the other sign, which
-// hosts know.
-template <typename List, typename NonNegative, typename Negative>
-void translateCoded(const List& from, List& to, const NonNegative& nonNegative,
-                    const Negative& negative) {
-  to.words.reserve(from.words.size());
-  for (const std::int32_t word : from.words) {
-    to.words.push_back(word >= 0 ? List::nonNegative(nonNegative.lookup(word))
-                                 : List::negative(negative.lookup(~word)));
+void ImportObjects::translate(const SlotEntry& slot, const void* from, void* to) const {
+  if (slot.form == SlotForm::Single) {
+    const std::int32_t index = singleReference(from, slot);
+    if (index < 0) return;  // the new slot is unset as well
+    translateIndices(slot.target, &index, &singleReference(to, slot), 1);
+    return;
+  }
+  const std::vector<std::int32_t>& words = referenceList(from, slot);
+  std::vector<std::int32_t>& translated = referenceList(to, slot);
+  translated.assign(words.size(), -1);
+  const bool emitters = slot.target == kEmitterTarget;
+  translateIndices(emitters ? ObjectClass::Shape : slot.target, words.data(), translated.data(),
+                   words.size());
+  if (slot.form == SlotForm::CodedList) {
+    translateComplements(emitters ? ObjectClass::Light : slot.target, words.data(),
+                         translated.data(), words.size());
   }
 }
 
-template <typename T>
-void ImportObjects::translate(const CodedRefList<T>& from, CodedRefList<T>& to) const {
-  translateCoded(from, to, map<T>(), map<T>());
+// Translates the words that are indices, and leaves negative ones as they are in `to`.
+void ImportObjects::translateIndices(ObjectClass target, const std::int32_t* from, std::int32_t* to,
+                                     std::size_t count) const {
+  visitMap(target, [=](const auto& map) {
+    for (std::size_t i = 0; i < count; ++i) {
+      if (from[i] >= 0) to[i] = map.lookup(from[i]);
+    }
+  });
 }
 
-void ImportObjects::translate(const CodedRefList<Emitter>& from, CodedRefList<Emitter>& to) const {
-  translateCoded(from, to, map<Instance<ShapeDesc>>(), map<Instance<LightDesc>>());
+// Translates the words that are complements of indices. The sign is kept, since it says what the
+// word refers to. So a complement without a pair becomes that of -1, and the word for no target
+// becomes index 0 of the other sign, which hosts rely on.
+void ImportObjects::translateComplements(ObjectClass target, const std::int32_t* from,
+                                         std::int32_t* to, std::size_t count) const {
+  visitMap(target, [=](const auto& map) {
+    for (std::size_t i = 0; i < count; ++i) {
+      if (from[i] < 0) to[i] = ~map.lookup(~from[i]);
+    }
+  });
 }
 
 }  // namespace
@@ -264,7 +268,9 @@ RefMaps Scene::import(const Scene& source) {
   forEachClass([&](auto tag) { imported.objects<typename decltype(tag)::Desc>(); });
   forEachClass([&](auto tag) {
     using Desc = typename decltype(tag)::Desc;
-    if constexpr (hasLateSlot<Desc>()) imported.lateSlots<Desc>();
+    if constexpr (kSlotCount<Desc> != 0) {
+      if (hasLateSlot(classEntry<Desc>())) imported.lateSlots<Desc>();
+    }
   });
   return imported.takeMaps();
 }

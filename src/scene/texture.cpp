@@ -89,7 +89,7 @@ constexpr std::int32_t kFirstBlockKind = 5;
 std::int32_t levelExtent(std::int32_t extent, int level, std::int32_t blockEdge) {
   const std::int64_t pixels = std::max(extent >> level, 1);
   const std::int64_t rounded = (pixels + blockEdge - 1) / blockEdge * blockEdge;
-  // The last block of an extent that is too large to be rounded up counts whole all the same.
+  // The last block of an extent that is too large to round up counts as a whole one.
   constexpr std::int64_t kMax = std::numeric_limits<std::int32_t>::max();
   return static_cast<std::int32_t>(std::min(rounded, kMax));
 }

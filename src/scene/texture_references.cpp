@@ -16,7 +16,7 @@ namespace vrnt::data {
 
 namespace {
 
-// The structs of one int that stand for a texture. The field bears the name of the kind.
+// The structs of one int that name a texture. The field has the name of the kind.
 constexpr std::array<std::string_view, 6> kTextureKinds = {
     "spectrum_texture", "spectrum_sphere_texture", "normal_texture",
     "float_texture",    "float_sphere_texture",    "texture_ref"};
@@ -47,7 +47,7 @@ std::int32_t readWord(const Value& value, const vrntValueView_t& word) {
   return number;
 }
 
-// Known by its field alone: a struct of any texture kind, which may also lie outside a sampler.
+// A struct of any texture kind, recognised by its field alone, in a sampler or not.
 bool findNamedTexture(const vrntType_t* structType, vrntValueView_t& word) {
   if (vrntTypeFieldCount(structType) != 1) return false;
   const std::string_view label = vrntTypeFieldLabel(structType, 0);
@@ -59,8 +59,8 @@ bool findNamedTexture(const vrntType_t* structType, vrntValueView_t& word) {
   return false;
 }
 
-// Known as a whole: a texture reference, or a sampler. The texture of a sampler is its first field,
-// a struct of one int. Of the other kinds of texture none counts by itself.
+// A texture reference or a sampler, recognised by its whole type. The texture of a sampler is its
+// first field, a struct of one int. The other kinds of texture count only within a sampler.
 bool findImportedTexture(const vrntType_t* structType, vrntValueView_t& word) {
   const TypeHandle texture = TypeHandle::adopt(vrntTypeTexture());
   if (vrntTypeIsEqual(structType, texture.get()) != 0) {
@@ -74,7 +74,7 @@ bool findImportedTexture(const vrntType_t* structType, vrntValueView_t& word) {
 
 }  // namespace
 
-// A struct whose fields are being looked into.
+// A struct whose fields are being searched.
 struct TextureWords::OpenStruct {
   vrntValueView_t place;
   std::uint32_t nextField;
@@ -89,8 +89,8 @@ const std::vector<vrntValueView_t>& TextureWords::in(const vrntType_t* type) {
   return words_.emplace(type, std::move(words)).first->second;
 }
 
-// Structs may nest as deeply as memory allows, hence no recursion; and one that is used in many
-// places holds the same in all of them, so that it is looked into again only if that is something.
+// Structs may nest as deeply as memory allows, hence no recursion. A struct type that was found to
+// hold no index isn't searched again.
 void TextureWords::walk(const vrntType_t* type, std::vector<vrntValueView_t>& words) {
   std::vector<OpenStruct> open;
   const auto enter = [&](const vrntValueView_t& place) {

@@ -15,14 +15,16 @@ namespace {
 
 using namespace vornath_test;
 using vrnt::ErrorCode;
+using vrnt::data::classEntry;
+using vrnt::data::GroupEntry;
 using vrnt::data::GroupType;
 using vrnt::data::groupType;
+using vrnt::data::kGroupTable;
 using vrnt::data::kTotalGroupCount;
 
 // First, while no type is there yet.
 TEST(groupType, RaisesAFailedAllocationAndTriesAgainAtTheNextCall) {
-  using vrnt::data::kFirstGroupOrdinal;
-  constexpr std::size_t shape = kFirstGroupOrdinal<vrnt::data::ShapeDesc>;
+  const GroupEntry& shape = classEntry<vrnt::data::ShapeDesc>().groups[0];
   bool ranOut = false;
   {
     const FailingAllocations failing;
@@ -40,8 +42,8 @@ TEST(groupType, RaisesAFailedAllocationAndTriesAgainAtTheNextCall) {
 
 TEST(groupType, GivesTheSameHandlesAtEachCall) {
   for (std::size_t i = 0; i < kTotalGroupCount; ++i) {
-    const GroupType first = groupType(i);
-    const GroupType second = groupType(i);
+    const GroupType first = groupType(kGroupTable[i]);
+    const GroupType second = groupType(kGroupTable[i]);
     EXPECT_EQ(first.annotated, second.annotated) << i;
     EXPECT_EQ(first.plain, second.plain) << i;
   }
@@ -49,7 +51,7 @@ TEST(groupType, GivesTheSameHandlesAtEachCall) {
 
 TEST(groupType, GivesTheTypeThatValuesOfTheGroupHave) {
   for (std::size_t i = 0; i < kTotalGroupCount; ++i) {
-    const GroupType type = groupType(i);
+    const GroupType type = groupType(kGroupTable[i]);
     const TypeHandle stripped(vrntTypeStripMetadata(type.annotated));
     EXPECT_EQ(type.plain, stripped.get()) << i;
     vrntValuesError_t* error = nullptr;
@@ -59,19 +61,12 @@ TEST(groupType, GivesTheTypeThatValuesOfTheGroupHave) {
   }
 }
 
-TEST(groupType, NumbersTheGroupsThroughInClassOrder) {
+TEST(groupType, TakesTheGroupsOfAClassByTheirPosition) {
   using namespace vrnt::data;
-  EXPECT_EQ(kFirstGroupOrdinal<KeyframeDesc>, 0U);
-  EXPECT_EQ(kFirstGroupOrdinal<CameraDesc>, 1U);
-  EXPECT_EQ(kFirstGroupOrdinal<TransformationGroupDesc>, 5U);
-  EXPECT_EQ(kFirstGroupOrdinal<LightDesc>, 6U);
-  EXPECT_EQ(kFirstGroupOrdinal<DecalDesc>, 12U);
-  EXPECT_EQ(kFirstGroupOrdinal<ShapeDesc>, 14U);
-  EXPECT_EQ(kFirstGroupOrdinal<ImageTaskDesc>, 28U);
-  EXPECT_EQ(kFirstGroupOrdinal<BakeTaskDesc>, 39U);
-  EXPECT_EQ(kFirstGroupOrdinal<SceneData>, 50U);
-  EXPECT_STREQ(vrntTypeString(groupType<CameraDesc>(3).annotated), kCameraBackplate.text);
-  EXPECT_STREQ(vrntTypeString(groupType<SceneData>(3).annotated), kSceneGeneral);
+  EXPECT_STREQ(vrntTypeString(groupType(classEntry<CameraDesc>().groups[3]).annotated),
+               kCameraBackplate.text);
+  EXPECT_STREQ(vrntTypeString(groupType(classEntry<SceneData>().groups[3]).annotated),
+               kSceneGeneral);
 }
 
 TEST(groupType, AgreesAcrossThreads) {
@@ -83,7 +78,7 @@ TEST(groupType, AgreesAcrossThreads) {
       // Each begins elsewhere, so that some meet at a group that is new to both.
       for (std::size_t i = 0; i < kTotalGroupCount; ++i) {
         const std::size_t ordinal = (i + t / 2) % kTotalGroupCount;
-        seen[t][ordinal] = groupType(ordinal);
+        seen[t][ordinal] = groupType(kGroupTable[ordinal]);
       }
     });
   }

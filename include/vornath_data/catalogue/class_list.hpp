@@ -158,19 +158,6 @@ using Position = std::integral_constant<std::size_t, Index>;
 
 namespace detail {
 
-template <std::size_t Index, typename Tuple, typename OnItem, typename Otherwise>
-constexpr auto visitItem([[maybe_unused]] const Tuple& items,
-                         [[maybe_unused]] std::uint32_t position, [[maybe_unused]] OnItem&& onItem,
-                         [[maybe_unused]] Otherwise&& otherwise) -> decltype(otherwise()) {
-  if constexpr (Index == std::tuple_size_v<Tuple>) {
-    return otherwise();
-  } else {
-    if (position == Index) return onItem(std::get<Index>(items), Position<Index>{});
-    return visitItem<Index + 1>(items, position, std::forward<OnItem>(onItem),
-                                std::forward<Otherwise>(otherwise));
-  }
-}
-
 template <typename Tuple, typename Callback, std::size_t... Indices>
 constexpr void forEachItem([[maybe_unused]] const Tuple& items,
                            [[maybe_unused]] Callback&& callback, std::index_sequence<Indices...>) {
@@ -186,14 +173,6 @@ constexpr void forEachGroup(Callback&& callback) {
                       std::make_index_sequence<kGroupCount<Desc>>{});
 }
 
-/// Calls `onGroup(group, Position{})` for the Group at a position, and `otherwise()` past the end.
-template <typename Desc, typename OnGroup, typename Otherwise>
-constexpr auto visitGroup(std::uint32_t position, OnGroup&& onGroup, Otherwise&& otherwise)
-    -> decltype(otherwise()) {
-  return detail::visitItem<0>(ClassInfo<Desc>::kGroups, position, std::forward<OnGroup>(onGroup),
-                              std::forward<Otherwise>(otherwise));
-}
-
 /// Calls `callback(slot, Position{})` for each Slot of a Desc, in order.
 template <typename Desc, typename Callback>
 constexpr void forEachSlot(Callback&& callback) {
@@ -201,80 +180,12 @@ constexpr void forEachSlot(Callback&& callback) {
                       std::make_index_sequence<kSlotCount<Desc>>{});
 }
 
-/// Calls `onSlot(slot, Position{})` for the Slot at a position, and `otherwise()` past the end.
-template <typename Desc, typename OnSlot, typename Otherwise>
-constexpr auto visitSlot(std::uint32_t position, OnSlot&& onSlot, Otherwise&& otherwise)
-    -> decltype(otherwise()) {
-  return detail::visitItem<0>(ClassInfo<Desc>::kSlots, position, std::forward<OnSlot>(onSlot),
-                              std::forward<Otherwise>(otherwise));
-}
-
-namespace detail {
-
-template <typename Desc, std::size_t... Indices>
-constexpr std::size_t groupsBefore(std::index_sequence<Indices...>) {
-  constexpr auto number = static_cast<std::size_t>(ClassInfo<Desc>::kClass);
-  return (std::size_t{0} + ... + (Indices < number ? kGroupCount<ClassAt<Indices>> : 0));
-}
-
-}  // namespace detail
-
-/// All groups of the catalogue are numbered through, in class order with those of SceneData last:
-/// the number of the first group of a class.
-template <typename Desc>
-inline constexpr std::size_t kFirstGroupOrdinal =
-    detail::groupsBefore<Desc>(std::make_index_sequence<kClassCount>{});
-
-inline constexpr std::size_t kTotalGroupCount =
-    kFirstGroupOrdinal<SceneData> + kGroupCount<SceneData>;
-
-// A slot's member refers to what the slot declares as its target, in the form of its kind.
-namespace detail {
-
-template <typename Desc>
-constexpr bool slotsMatchTheirMembers() {
-  bool match = true;
-  forEachSlot<Desc>([&match](const auto& slot, auto) {
-    using Link = typename std::decay_t<decltype(slot)>::Member;
-    using Target = typename Link::Target;
-    const bool single = std::is_same_v<Link, Ref<Target>>;
-    const bool list = std::is_same_v<Link, RefList<Target>>;
-    const bool coded = std::is_same_v<Link, CodedRefList<Target>>;
-    switch (slot.kind) {
-      case ReferenceKind::Required:
-      case ReferenceKind::Optional:
-        match = match && single;
-        break;
-      case ReferenceKind::List:
-        match = match && list;
-        break;
-      case ReferenceKind::OrderedDecal:
-        match = match && coded && std::is_same_v<Target, Instance<DecalDesc>>;
-        break;
-      case ReferenceKind::Emitter:
-        match = match && coded && std::is_same_v<Target, Emitter>;
-        break;
-    }
-    const bool known = visitClass(
-        static_cast<std::uint32_t>(slot.target),
-        [](auto tag) { return std::is_same_v<Target, Stored<typename decltype(tag)::Desc>>; },
-        [&slot] { return slot.target == kEmitterTarget && std::is_same_v<Target, Emitter>; });
-    match = match && known;
-  });
-  return match;
-}
-
-constexpr bool allSlotsMatchTheirMembers() {
-  bool match = true;
-  forEachClass([&match](auto tag) {
-    match = match && slotsMatchTheirMembers<typename decltype(tag)::Desc>();
-  });
-  return match;
-}
-
-static_assert(allSlotsMatchTheirMembers(), "a slot's kind and target are those of its member");
-
-}  // namespace detail
+/// The groups of all classes and of SceneData.
+inline constexpr std::size_t kTotalGroupCount = [] {
+  std::size_t count = kGroupCount<SceneData>;
+  forEachClass([&count](auto tag) { count += kGroupCount<typename decltype(tag)::Desc>; });
+  return count;
+}();
 
 }  // namespace vrnt::data
 

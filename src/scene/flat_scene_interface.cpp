@@ -1,51 +1,51 @@
-// The flat functions over the objects of a scene. Each goes from a class number to the class's Desc
-// by visitClass() and says there, kind by kind, what the class allows; nothing is caught.
-#include "vornath_data/scene_interface.h"
-
+// The flat functions over scenes. visitClass() leads from a class number to the class's Desc, and
+// each function says there, kind by kind, what the class allows; groups and slots are looked up in
+// the class's table. No exception is caught.
 #include <cstring>
 #include <new>
-#include <type_traits>
-#include <utility>
-#include <vector>
 
-#include "group_access.hpp"
-#include "links.hpp"
+#include "class_table.hpp"
+#include "group_value.hpp"
 #include "object_operations.hpp"
 #include "reference_counts.hpp"
+#include "reference_slots.hpp"
 #include "scene_access.hpp"
+#include "scene_file.hpp"
 #include "vornath_data/scene.hpp"
-#include "vornath_data/texture_references.hpp"
+#include "vornath_data/scene_interface.h"
 
 using vrnt::Value;
 using vrnt::data::AssetHandle;
+using vrnt::data::ClassEntry;
 using vrnt::data::ClassInfo;
-using vrnt::data::CountedSlot;
+using vrnt::data::findClass;
+using vrnt::data::findGroup;
+using vrnt::data::findSlot;
+using vrnt::data::GroupEntry;
 using vrnt::data::kGroupCount;
 using vrnt::data::kIsAsset;
-using vrnt::data::kIsCounted;
 using vrnt::data::kIsInstance;
 using vrnt::data::kIsProgram;
 using vrnt::data::kSlotCount;
 using vrnt::data::Scene;
 using vrnt::data::SceneData;
+using vrnt::data::SlotEntry;
 using vrnt::data::visitClass;
-using vrnt::data::visitLink;
-using vrnt::data::visitRecord;
-using vrnt::data::visitSlot;
 
 namespace {
 
-/// Not a slot number: nothing was added.
+/// Not an index: nothing was added.
 constexpr std::uint32_t kNothingAdded = UINT32_MAX;
 
-constexpr auto kFalse = [] { return false; };
-
+// The answers for a number that is no class.
+constexpr auto answerFalse = [] { return false; };
+constexpr auto answerZero = [] { return std::uint32_t{0}; };
 template <typename T>
-constexpr T* null() {
+constexpr T* answerNull() {
   return nullptr;
 }
 
-// A host's descriptor: its bytes, wherever they lie.
+// A host's descriptor, which need not be aligned.
 template <typename Desc>
 Desc readDesc(const void* bytes) {
   Desc desc;
@@ -53,22 +53,19 @@ Desc readDesc(const void* bytes) {
   return desc;
 }
 
-// What a value names becomes the whole of the object's textures.
-template <typename Desc>
-void replaceTextures(Scene& scene, std::int32_t index) {
-  using Texture = vrnt::data::Asset<vrnt::detail::TextureDesc>;
-  vrnt::data::forEachCountedSlot<Desc>([&scene, index](auto slot) {
-    if constexpr (std::is_same_v<typename decltype(slot)::Link, vrnt::RefList<Texture>>) {
-      const Value& value = vrnt::data::writable<Desc>(scene).at(index).value;
-      std::vector<std::int32_t> words;
-      if (value) {
-        for (const auto texture : vrnt::data::extractTextureReferences(value)) {
-          words.push_back(texture.index);
+// The groups of an object; null for a class without groups.
+const void* groupsOf(const Scene& scene, std::uint32_t objectClass, std::int32_t index) {
+  return visitClass(
+      objectClass,
+      [&scene, index](auto tag) -> const void* {
+        using Desc = typename decltype(tag)::Desc;
+        if constexpr (kGroupCount<Desc> == 0) {
+          return nullptr;
+        } else {
+          return &scene.container<Desc>().at(index).desc.groups;
         }
-      }
-      decltype(slot)::replaceList(scene, index, std::move(words));
-    }
-  });
+      },
+      answerNull<const void>);
 }
 
 }  // namespace
@@ -79,41 +76,39 @@ void vrdmDestroyScene(Scene* scene) { delete scene; }
 
 const vrnt::UniqueId* vrdmSceneId(const Scene* scene) { return &scene->id; }
 
+void vrdmSerialize(const Scene* scene, const char* path) {
+  vrnt::data::writeSceneFile(*scene, path);
+}
+
+Scene* vrdmDeserialize(const char* path) { return vrnt::data::readSceneFile(path).release(); }
+
 vrntValue_t* vrdmGetSceneDataValue(const Scene* scene, std::uint32_t group) {
-  return visitRecord<SceneData>(
-      scene->data, group,
-      [](const auto& record, auto position) {
-        return vrnt::data::groupValue<SceneData>(position, record).release();
-      },
-      null<vrntValue_t>);
+  const GroupEntry* const found = findGroup<SceneData>(group);
+  return found ? vrnt::data::groupValue(&scene->data, *found).release() : nullptr;
 }
 
 bool vrdmSetSceneDataValue(Scene* scene, std::uint32_t group, const vrntValue_t* value) {
-  return visitRecord<SceneData>(
-      scene->data, group,
-      [=](auto& record, auto position) {
-        // Unlike for the groups of an object, nothing counts before the check.
-        if (!vrnt::data::hasGroupType<SceneData>(position, value)) return false;
-        ++scene->versions.groups[position];
-        ++scene->versions.version;
-        vrnt::data::storeGroup(record, value);
-        return true;
-      },
-      kFalse);
+  const GroupEntry* const found = findGroup<SceneData>(group);
+  // Unlike for the groups of an object, no counter is incremented before the check.
+  if (!found || !vrnt::data::hasGroupType(value, *found)) return false;
+  ++scene->versions.groups[group];
+  ++scene->versions.version;
+  vrnt::data::storeGroupValue(&scene->data, *found, value);
+  return true;
 }
 
 std::uint32_t vrdmContainerSize(const Scene* scene, std::uint32_t objectClass) {
   return visitClass(
       objectClass,
       [scene](auto tag) { return scene->container<typename decltype(tag)::Desc>().size(); },
-      [] { return std::uint32_t{0}; });
+      answerZero);
 }
 
 bool vrdmValid(const Scene* scene, std::uint32_t objectClass, std::int32_t index) {
   return visitClass(
       objectClass,
       [=](auto tag) { return scene->container<typename decltype(tag)::Desc>().valid(index); },
-      kFalse);
+      answerFalse);
 }
 
 const vrnt::UniqueId* vrdmGetUniqueId(const Scene* scene, std::uint32_t objectClass,
@@ -128,7 +123,7 @@ const vrnt::UniqueId* vrdmGetUniqueId(const Scene* scene, std::uint32_t objectCl
           return &scene->container<Desc>().at(index).id;
         }
       },
-      null<const vrnt::UniqueId>);
+      answerNull<const vrnt::UniqueId>);
 }
 
 bool vrdmRemove(Scene* scene, std::uint32_t objectClass, std::int32_t index) {
@@ -138,17 +133,14 @@ bool vrdmRemove(Scene* scene, std::uint32_t objectClass, std::int32_t index) {
         vrnt::data::removeObject<typename decltype(tag)::Desc>(*scene, index);
         return true;
       },
-      kFalse);
+      answerFalse);
 }
 
 std::uint32_t vrdmCountReferences(const Scene* scene, std::uint32_t objectClass,
                                   std::int32_t index) {
-  return visitClass(
-      objectClass,
-      [=](auto tag) {
-        return vrnt::data::countReferences<typename decltype(tag)::Desc>(*scene, index);
-      },
-      [] { return std::uint32_t{0}; });
+  if (!findClass(objectClass)) return 0;
+  return vrnt::data::countReferences(
+      *scene, vrnt::data::ObjectClass{static_cast<std::int32_t>(objectClass)}, index);
 }
 
 std::uint32_t vrdmAddProgram(Scene* scene, std::uint32_t objectClass, const char* text) {
@@ -162,8 +154,8 @@ std::uint32_t vrdmAddProgram(Scene* scene, std::uint32_t objectClass, const char
           return kNothingAdded;
         }
       },
-      // Hosts know that an addition past the last class looks like slot 0.
-      [] { return std::uint32_t{0}; });
+      // Hosts know that an addition past the last class looks like index 0.
+      answerZero);
 }
 
 const char* vrdmGetProgramSource(const Scene* scene, std::uint32_t objectClass,
@@ -178,7 +170,7 @@ const char* vrdmGetProgramSource(const Scene* scene, std::uint32_t objectClass,
           return nullptr;
         }
       },
-      null<const char>);
+      answerNull<const char>);
 }
 
 std::uint32_t vrdmAddAsset(Scene* scene, std::uint32_t objectClass, const void* desc,
@@ -193,7 +185,7 @@ std::uint32_t vrdmAddAsset(Scene* scene, std::uint32_t objectClass, const void* 
           return kNothingAdded;
         }
       },
-      [] { return std::uint32_t{0}; });
+      answerZero);
 }
 
 AssetStorage** vrdmGetAssetStorage(const Scene* scene, std::uint32_t objectClass,
@@ -210,7 +202,7 @@ AssetStorage** vrdmGetAssetStorage(const Scene* scene, std::uint32_t objectClass
           return nullptr;
         }
       },
-      null<AssetStorage*>);
+      answerNull<AssetStorage*>);
 }
 
 bool vrdmUpdateAsset(Scene* scene, std::uint32_t objectClass, std::int32_t index, const void* desc,
@@ -226,7 +218,7 @@ bool vrdmUpdateAsset(Scene* scene, std::uint32_t objectClass, std::int32_t index
           return false;
         }
       },
-      kFalse);
+      answerFalse);
 }
 
 std::uint32_t vrdmCreateInstance(Scene* scene, std::uint32_t objectClass) {
@@ -240,27 +232,15 @@ std::uint32_t vrdmCreateInstance(Scene* scene, std::uint32_t objectClass) {
           return kNothingAdded;
         }
       },
-      [] { return std::uint32_t{0}; });
+      answerZero);
 }
 
 vrntValue_t* vrdmGetDataValue(const Scene* scene, std::uint32_t objectClass, std::int32_t index,
                               std::uint32_t group) {
-  return visitClass(
-      objectClass,
-      [=](auto tag) -> vrntValue_t* {
-        using Desc = typename decltype(tag)::Desc;
-        if constexpr (kGroupCount<Desc> == 0) {
-          return nullptr;
-        } else {
-          return visitRecord<Desc>(
-              scene->container<Desc>().at(index).desc.groups, group,
-              [](const auto& record, auto position) {
-                return vrnt::data::groupValue<Desc>(position, record).release();
-              },
-              null<vrntValue_t>);
-        }
-      },
-      null<vrntValue_t>);
+  const ClassEntry* const owner = findClass(objectClass);
+  const GroupEntry* const found = owner ? findGroup(*owner, group) : nullptr;
+  if (!found) return nullptr;
+  return vrnt::data::groupValue(groupsOf(*scene, objectClass, index), *found).release();
 }
 
 bool vrdmSetDataValue(Scene* scene, std::uint32_t objectClass, std::int32_t index,
@@ -274,20 +254,16 @@ bool vrdmSetDataValue(Scene* scene, std::uint32_t objectClass, std::int32_t inde
         if constexpr (kGroupCount<Desc> == 0) {
           return false;
         } else {
+          const GroupEntry* const found = findGroup<Desc>(group);
+          if (!found || !vrnt::data::hasGroupType(value, *found)) return false;
           auto& object = vrnt::data::writable<Desc>(*scene).at(index);
-          return visitRecord<Desc>(
-              object.desc.groups, group,
-              [&object, value](auto& record, auto position) {
-                if (!vrnt::data::hasGroupType<Desc>(position, value)) return false;
-                ++object.groupVersions[position];
-                ++object.version;
-                vrnt::data::storeGroup(record, value);
-                return true;
-              },
-              kFalse);
+          ++object.groupVersions[group];
+          ++object.version;
+          vrnt::data::storeGroupValue(&object.desc.groups, *found, value);
+          return true;
         }
       },
-      kFalse);
+      answerFalse);
 }
 
 vrntValue_t* vrdmGetInstanceValue(const Scene* scene, std::uint32_t objectClass,
@@ -302,7 +278,7 @@ vrntValue_t* vrdmGetInstanceValue(const Scene* scene, std::uint32_t objectClass,
           return nullptr;
         }
       },
-      null<vrntValue_t>);
+      answerNull<vrntValue_t>);
 }
 
 bool vrdmSetInstanceValue(Scene* scene, std::uint32_t objectClass, std::int32_t index,
@@ -317,10 +293,10 @@ bool vrdmSetInstanceValue(Scene* scene, std::uint32_t objectClass, std::int32_t 
           ++object.version;
           vrnt::data::countClassChange<Desc>(*scene);
         }
-        // An instance without a value takes note of nothing, and still says yes.
+        // For an instance without a value nothing is done, and the answer is true all the same.
         return kIsInstance<Desc>;
       },
-      kFalse);
+      answerFalse);
 }
 
 std::int32_t vrdmGetReference(const Scene* scene, std::uint32_t objectClass, std::int32_t index,
@@ -334,10 +310,9 @@ std::int32_t vrdmGetReference(const Scene* scene, std::uint32_t objectClass, std
         } else if constexpr (kSlotCount<Desc> == 0) {
           return 0;
         } else {
-          return visitLink(
-              scene->container<Desc>().at(index), slot,
-              [](const auto& link) { return vrnt::data::linkWord(link); },
-              [] { return std::int32_t{0}; });
+          const SlotEntry* const found = findSlot<Desc>(slot);
+          if (!found) return 0;
+          return vrnt::data::referenceOrCount(&scene->container<Desc>().at(index).desc, *found);
         }
       },
       [] { return std::int32_t{0}; });
@@ -359,23 +334,15 @@ bool vrdmSetReference(Scene* scene, std::uint32_t objectClass, std::int32_t inde
         if constexpr (kSlotCount<Desc> == 0) {
           return false;
         } else {
+          const SlotEntry* const found = findSlot<Desc>(slot);
+          if (!found) return false;
           auto& object = vrnt::data::writable<Desc>(*scene).at(index);
-          return visitSlot<Desc>(
-              slot,
-              [=, &object](const auto& declared, auto position) {
-                using Link = typename std::decay_t<decltype(declared)>::Member;
-                if constexpr (kIsCounted<Link>) {
-                  CountedSlot<Desc, decltype(position)::value>::setWord(*scene, index, word);
-                } else {
-                  (object.desc.*declared.member).words.resize(word, Link::kNoTarget);
-                }
-                vrnt::data::countReferenceChange(object);
-                return true;
-              },
-              kFalse);
+          vrnt::data::setReference(*scene, *found, index, &object.desc, word);
+          vrnt::data::countReferenceChange(object);
+          return true;
         }
       },
-      kFalse);
+      answerFalse);
 }
 
 bool vrdmSetReferenceCount(Scene* scene, std::uint32_t objectClass, std::int32_t index,
@@ -392,13 +359,12 @@ const std::int32_t* vrdmGetReferenceList(const Scene* scene, std::uint32_t objec
         if constexpr (kSlotCount<Desc> == 0) {
           return nullptr;
         } else {
-          return visitLink(
-              scene->container<Desc>().at(index), slot,
-              [](const auto& link) { return vrnt::data::linkElements(link); },
-              null<const std::int32_t>);
+          const SlotEntry* const found = findSlot<Desc>(slot);
+          if (!found) return nullptr;
+          return vrnt::data::referenceElements(&scene->container<Desc>().at(index).desc, *found);
         }
       },
-      null<const std::int32_t>);
+      answerNull<const std::int32_t>);
 }
 
 std::int32_t* vrdmModifyReferenceList(Scene* scene, std::uint32_t objectClass, std::int32_t index,
@@ -411,22 +377,16 @@ std::int32_t* vrdmModifyReferenceList(Scene* scene, std::uint32_t objectClass, s
         if constexpr (kSlotCount<Desc> == 0) {
           return nullptr;
         } else {
+          const SlotEntry* const found = findSlot<Desc>(slot);
+          if (!found) return nullptr;
           auto& object = vrnt::data::writable<Desc>(*scene).at(index);
-          return visitSlot<Desc>(
-              slot,
-              [=, &object](const auto& declared, auto position) {
-                using Link = typename std::decay_t<decltype(declared)>::Member;
-                if constexpr (kIsCounted<Link>) {
-                  CountedSlot<Desc, decltype(position)::value>::noteHandingOut(*scene, index);
-                }
-                // Also for a single slot: a host may call this just to record a change.
-                vrnt::data::countReferenceChange(object);
-                return vrnt::data::linkElements(object.desc.*declared.member);
-              },
-              null<std::int32_t>);
+          vrnt::data::noteListHandedOut<Desc>(*scene, *found, index);
+          // Also for a single slot: a host may call this just to record a change.
+          vrnt::data::countReferenceChange(object);
+          return vrnt::data::referenceElements(&object.desc, *found);
         }
       },
-      null<std::int32_t>);
+      answerNull<std::int32_t>);
 }
 
 void vrdmUpdateTextureReferences(Scene* scene, std::uint32_t objectClass, std::int32_t index) {
@@ -436,9 +396,10 @@ void vrdmUpdateTextureReferences(Scene* scene, std::uint32_t objectClass, std::i
         using Desc = typename decltype(tag)::Desc;
         if constexpr (kIsInstance<Desc>) vrnt::data::countClassChange<Desc>(*scene);
         if constexpr (kSlotCount<Desc> != 0) {
-          auto& object = vrnt::data::writable<Desc>(*scene).at(index);
-          if constexpr (ClassInfo<Desc>::kHasValue) replaceTextures<Desc>(*scene, index);
-          vrnt::data::countReferenceChange(object);
+          if constexpr (ClassInfo<Desc>::kHasValue) {
+            vrnt::data::updateTextureReferences<Desc>(*scene, index);
+          }
+          vrnt::data::countReferenceChange(vrnt::data::writable<Desc>(*scene).at(index));
         }
       },
       [] {});

@@ -1,22 +1,18 @@
-// The flat queries of the catalogue. Each goes from a class number to the class's declarations; all
-// of them answer any number.
-#include <type_traits>
-
+// The flat queries of the catalogue: a look-up in its tables. All of them answer any number.
+#include "class_table.hpp"
 #include "group_type.hpp"
 #include "vornath_data/catalogue.h"
-#include "vornath_data/catalogue/class_list.hpp"
 
-using vrnt::data::ClassInfo;
+using vrnt::data::ClassEntry;
+using vrnt::data::findClass;
+using vrnt::data::findClassOrSceneData;
+using vrnt::data::findGroup;
+using vrnt::data::findSlot;
+using vrnt::data::GroupEntry;
 using vrnt::data::kClassCount;
-using vrnt::data::kGroupCount;
-using vrnt::data::kSlotCount;
 using vrnt::data::ObjectClass;
 using vrnt::data::ReferenceKind;
-using vrnt::data::SceneData;
-using vrnt::data::visitClass;
-using vrnt::data::visitClassOrSceneData;
-using vrnt::data::visitGroup;
-using vrnt::data::visitSlot;
+using vrnt::data::SlotEntry;
 
 namespace {
 
@@ -53,87 +49,58 @@ static_assert(VRDM_REFERENCE_REQUIRED == static_cast<int>(ReferenceKind::Require
 constexpr vrdmReferenceInfo kClassWithoutSlots{UINT32_MAX, UINT32_MAX, nullptr};
 constexpr vrdmReferenceInfo kNoSuchSlot{0, 0, nullptr};
 
+const GroupEntry* findGroupOf(std::uint32_t objectClass, std::uint32_t position) {
+  const ClassEntry* const owner = findClassOrSceneData(objectClass);
+  return owner ? findGroup(*owner, position) : nullptr;
+}
+
 }  // namespace
 
 std::uint32_t vrdmObjectTypeCount() { return kClassCount; }
 
 std::uint32_t vrdmObjectClass(std::uint32_t objectClass) {
-  return visitClass(
-      objectClass,
-      [](auto tag) {
-        return static_cast<std::uint32_t>(ClassInfo<typename decltype(tag)::Desc>::kKind);
-      },
-      [] { return std::uint32_t{0}; });
+  const ClassEntry* const found = findClass(objectClass);
+  return found ? static_cast<std::uint32_t>(found->kind) : 0;
 }
 
 const char* vrdmObjectName(std::uint32_t objectClass) {
-  return visitClass(
-      objectClass, [](auto tag) { return ClassInfo<typename decltype(tag)::Desc>::kName; },
-      []() -> const char* { return nullptr; });
+  const ClassEntry* const found = findClass(objectClass);
+  return found ? found->name : nullptr;
 }
 
 std::uint32_t vrdmFieldCount(std::uint32_t objectClass) {
-  return visitClassOrSceneData(
-      objectClass,
-      [](auto tag) {
-        return static_cast<std::uint32_t>(kGroupCount<typename decltype(tag)::Desc>);
-      },
-      [] { return std::uint32_t{0}; });
+  const ClassEntry* const found = findClassOrSceneData(objectClass);
+  return found ? static_cast<std::uint32_t>(found->groups.size()) : 0;
 }
 
 const char* vrdmFieldName(std::uint32_t objectClass, std::uint32_t field) {
-  const auto none = []() -> const char* { return nullptr; };
-  return visitClassOrSceneData(
-      objectClass,
-      [&](auto tag) {
-        return visitGroup<typename decltype(tag)::Desc>(
-            field, [](const auto& group, auto) { return group.name; }, none);
-      },
-      none);
+  const GroupEntry* const group = findGroupOf(objectClass, field);
+  return group ? group->name : nullptr;
 }
 
 vrntType_t* vrdmFieldType(std::uint32_t objectClass, std::uint32_t field) {
-  return visitClassOrSceneData(
-      objectClass,
-      [field](auto tag) -> vrntType_t* {
-        using Desc = typename decltype(tag)::Desc;
-        if (field >= kGroupCount<Desc>) return nullptr;
-        return vrnt::data::newGroupType(vrnt::data::kFirstGroupOrdinal<Desc> + field).release();
-      },
-      []() -> vrntType_t* { return nullptr; });
+  const GroupEntry* const group = findGroupOf(objectClass, field);
+  return group ? vrnt::data::newGroupType(*group).release() : nullptr;
 }
 
 std::uint32_t vrdmReferenceCount(std::uint32_t objectClass) {
-  return visitClass(
-      objectClass,
-      [](auto tag) { return static_cast<std::uint32_t>(kSlotCount<typename decltype(tag)::Desc>); },
-      [] { return std::uint32_t{0}; });
+  const ClassEntry* const found = findClass(objectClass);
+  return found ? static_cast<std::uint32_t>(found->slots.size()) : 0;
 }
 
 vrdmReferenceInfo vrdmReferenceType(std::uint32_t objectClass, std::uint32_t slot) {
-  return visitClassOrSceneData(
-      objectClass,
-      [slot](auto tag) {
-        using Desc = typename decltype(tag)::Desc;
-        // Hosts rely on two different answers for no slot: they tell a class without any from a
-        // position past the end.
-        if constexpr (kSlotCount<Desc> == 0) {
-          return kClassWithoutSlots;
-        } else {
-          return visitSlot<Desc>(
-              slot,
-              [](const auto& found, auto) {
-                return vrdmReferenceInfo{static_cast<std::uint32_t>(found.kind),
-                                         static_cast<std::uint32_t>(found.target), found.name};
-              },
-              [] { return kNoSuchSlot; });
-        }
-      },
-      [] { return kNoSuchSlot; });
+  const ClassEntry* const owner = findClassOrSceneData(objectClass);
+  if (!owner) return kNoSuchSlot;
+  // Hosts rely on two different answers for no slot: they tell a class without any from a position
+  // past the end.
+  if (owner->slots.empty()) return kClassWithoutSlots;
+  const SlotEntry* const found = findSlot(*owner, slot);
+  if (!found) return kNoSuchSlot;
+  return {static_cast<std::uint32_t>(found->kind), static_cast<std::uint32_t>(found->target),
+          found->name};
 }
 
 bool vrdmHasValue(std::uint32_t objectClass) {
-  return visitClass(
-      objectClass, [](auto tag) { return ClassInfo<typename decltype(tag)::Desc>::kHasValue; },
-      [] { return false; });
+  const ClassEntry* const found = findClass(objectClass);
+  return found && found->hasValue;
 }

@@ -1,0 +1,16 @@
+#include "group_value.hpp"
+
+#include "value_or_throw.hpp"
+
+namespace vrnt::data {
+
+Value groupValue(const void* groups, const GroupEntry& group) {
+  Value value = valueOrThrow(Value::create(groupType(group).plain, false));
+  // A new value's block isn't shared, so the write can't fail.
+  vrntValuesError_t* error = nullptr;
+  vrntValueWrite(value.address(), 0, static_cast<const char*>(groups) + group.offset, group.size,
+                 &error);
+  return value;
+}
+
+}  // namespace vrnt::data
