@@ -11,7 +11,7 @@ install(TARGETS vornath_data EXPORT vornath_dataTargets
   INCLUDES DESTINATION "${CMAKE_INSTALL_INCLUDEDIR}")
 install(DIRECTORY "${PROJECT_SOURCE_DIR}/include/vornath_data"
   DESTINATION "${CMAKE_INSTALL_INCLUDEDIR}"
-  FILES_MATCHING PATTERN "*.h" PATTERN "*.hpp")
+  FILES_MATCHING PATTERN "*.h" PATTERN "*.hpp" PATTERN "*.def" PATTERN "*.inc")
 
 # What a C++ compiler links by itself and a C compiler doesn't.
 set(VORNATH_CXX_RUNTIME ${CMAKE_CXX_IMPLICIT_LINK_LIBRARIES})

@@ -35,7 +35,7 @@ TEST(groupType, RaisesAFailedAllocationAndTriesAgainAtTheNextCall) {
   EXPECT_TRUE(ranOut);
   const GroupType type = groupType(shape);
   ASSERT_NE(type.annotated, nullptr);
-  EXPECT_STREQ(vrntTypeString(type.annotated), vrnt::data::kShapeTransformation.text);
+  EXPECT_STREQ(vrntTypeString(type.annotated), vrnt::data::kShapeTransformation);
 }
 
 TEST(groupType, GivesTheSameHandlesAtEachCall) {
@@ -70,7 +70,7 @@ TEST(groupType, NumbersTheGroupsThroughInClassOrder) {
   EXPECT_EQ(kFirstGroupOrdinal<ImageTaskDesc>, 28U);
   EXPECT_EQ(kFirstGroupOrdinal<BakeTaskDesc>, 39U);
   EXPECT_EQ(kFirstGroupOrdinal<SceneData>, 50U);
-  EXPECT_STREQ(vrntTypeString(groupType<CameraDesc>(3).annotated), kCameraBackplate.text);
+  EXPECT_STREQ(vrntTypeString(groupType<CameraDesc>(3).annotated), kCameraBackplate);
   EXPECT_STREQ(vrntTypeString(groupType<SceneData>(3).annotated), kSceneGeneral);
 }
 
