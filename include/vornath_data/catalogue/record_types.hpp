@@ -42,10 +42,13 @@ struct EnumConstant {
 /// byte.
 template <std::size_t Count, typename Record, std::size_t Offset>
 struct Fill {
+  static constexpr std::size_t kSize = Count;
   unsigned char bytes[Count] = {};
 };
 template <typename Record, std::size_t Offset>
-struct Fill<0, Record, Offset> {};
+struct Fill<0, Record, Offset> {
+  static constexpr std::size_t kSize = 0;
+};
 
 struct alignas(8) Int2 {
   std::int32_t x = 0, y = 0;
