@@ -1,5 +1,6 @@
-// A record goes to scene files as it lies in memory, so that each of its bytes belongs to a member. That
-// is checked here, once for the whole build: the sizes of the members add up to that of the record.
+// A record goes to scene files as it lies in memory, so that each of its bytes belongs to a member.
+// That is checked here, once for the whole build: the sizes of the members add up to that of the
+// record.
 #include <cstddef>
 
 #include "vornath_data/catalogue/class_list.hpp"

@@ -18,14 +18,7 @@ namespace {
 using namespace vornath_test;
 
 std::vector<std::string> constructorsOf(const GoldenField& field) {
-  std::vector<std::string> names;
-  if (field.type.rfind("enum { ", 0) != 0) return golden::split(field.type.substr(5), ", ");
-  // Annotations of a constructor stand behind its name.
-  const std::string list = field.type.substr(7, field.type.size() - 8);
-  for (const std::string& part : golden::split(list, "; ")) {
-    if (part != " ") names.push_back(part.substr(0, part.find(' ')));
-  }
-  return names;
+  return golden::constructorsIn(field.type);
 }
 
 std::string plainEnumText(const GoldenField& field) {

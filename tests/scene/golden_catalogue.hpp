@@ -4,11 +4,14 @@
 #define VORNATH_TESTS_SCENE_GOLDEN_CATALOGUE_HPP
 
 #include <algorithm>
+#include <cctype>
 #include <cstdint>
+#include <cstring>
 #include <fstream>
 #include <map>
 #include <stdexcept>
 #include <string>
+#include <utility>
 #include <vector>
 
 namespace vornath_test {
@@ -202,6 +205,120 @@ inline const GoldenClass& goldenClass(const std::string& name) {
     if (found.name == name) return found;
   }
   throw std::runtime_error("docs/catalogue.md has no class " + name);
+}
+
+inline const GoldenGroup& goldenGroup(const std::string& className, const std::string& name) {
+  for (const GoldenGroup& found : goldenClass(className).groups) {
+    if (found.name == name) return found;
+  }
+  throw std::runtime_error("docs/catalogue.md has no group " + name + " of " + className);
+}
+
+namespace golden {
+
+// The names in an enum's type, "enum A, B" or "enum { A @name="..."; B; }".
+inline std::vector<std::string> constructorsIn(const std::string& type) {
+  std::vector<std::string> names;
+  if (type.rfind("enum { ", 0) != 0) return split(type.substr(5), ", ");
+  for (const std::string& part : split(type.substr(7, type.size() - 8), "; ")) {
+    if (part != " ") names.push_back(part.substr(0, part.find(' ')));
+  }
+  return names;
+}
+
+// A number, or true or false, as its four bytes.
+inline std::string wordOf(const std::string& text, bool isFloat) {
+  std::int32_t word = text == "true" ? -1 : text == "false" ? 0 : 1;
+  if (isFloat) {
+    const float number = std::stof(text);
+    std::memcpy(&word, &number, sizeof word);
+  } else if (text != "true" && text != "false") {
+    word = std::stoi(text);
+  }
+  return {reinterpret_cast<const char*>(&word), sizeof word};
+}
+
+// The bytes of a field that starts as the page says; none for a struct, and for what starts at
+// zero.
+inline std::string bytesOf(const GoldenField& field) {
+  const auto found = field.annotations.find("default");
+  if (found == field.annotations.end()) return "";
+  const std::string& text = found->second;
+  if (field.isEnum()) {
+    const std::vector<std::string> names = constructorsIn(field.type);
+    const auto at = std::find(names.begin(), names.end(), text);
+    if (at == names.end()) throw std::runtime_error(field.path + ": no constructor " + text);
+    return wordOf(std::to_string(at - names.begin()), false);
+  }
+  // "float3(0.0, 0.0, 1.0)", "[ true, true ]" or one number.
+  const std::size_t open = text.find_first_of("([");
+  const std::string list =
+      open == std::string::npos ? text : text.substr(open + 1, text.size() - open - 2);
+  std::string bytes;
+  for (const std::string& number : split(list, ",")) {
+    bytes += wordOf(trimmed(number), field.type.rfind("float", 0) == 0);
+  }
+  return bytes;
+}
+
+}  // namespace golden
+
+// The groups of a new object as the page has them: zeros where it gives no default, and no texture.
+// Of an array of structs it has the first element.
+inline std::string goldenBlock(const std::string& className) {
+  const GoldenClass& listed = goldenClass(className);
+  std::string block(listed.blockSize, '\0');
+  for (const GoldenGroup& group : listed.groups) {
+    for (const GoldenField& field : group.fields) {
+      const auto alias = field.annotations.find("alias");
+      const bool texture = alias != field.annotations.end() && alias->second == "\"texture_ref\"";
+      const std::string bytes = texture ? golden::wordOf("-1", false) : golden::bytesOf(field);
+      block.replace(group.offset + field.offset, bytes.size(), bytes);
+    }
+  }
+  return block;
+}
+
+// The text of a group's value in a new object, with some fields of its own at another value.
+inline std::string goldenText(const std::string& className, const std::string& group,
+                              const std::map<std::string, std::string>& changed = {}) {
+  const std::vector<GoldenField>& fields = goldenGroup(className, group).fields;
+  std::string text = "{ ";
+  std::string structs;  // the prefix of the path that the text is in
+  const auto leaveFor = [&](const std::string& path) {
+    while (path.rfind(structs, 0) != 0) {
+      text += "}; ";
+      structs.erase(structs.find_last_of('.', structs.size() - 2) + 1);
+    }
+  };
+  for (const GoldenField& field : fields) {
+    leaveFor(field.path);
+    text += field.path.substr(structs.size()) + " = ";
+    if (field.type == "struct") {
+      text += "{ ";
+      structs = field.path + ".";
+      continue;
+    }
+    const auto change = changed.find(field.path);
+    const auto found = field.annotations.find("default");
+    if (change != changed.end()) {
+      text += change->second;
+    } else if (field.isEnum()) {
+      const std::vector<std::string> names = golden::constructorsIn(field.type);
+      text += (found == field.annotations.end() ? names.front() : found->second) + " : enum { ";
+      for (const std::string& name : names) text += name + "; ";
+      text += "}";
+    } else if (found != field.annotations.end()) {
+      text += found->second;
+    } else if (field.path == structs + "index") {
+      text += "-1";  // no texture
+    } else {
+      text += field.type == "bool" ? "false" : field.type == "float" ? "0.0" : "0";
+    }
+    text += "; ";
+  }
+  leaveFor("");
+  return text + "}";
 }
 
 }  // namespace vornath_test
