@@ -204,7 +204,7 @@ bool isTestOfTheBuild(const std::string& name) {
   return has("examples/CMakeLists.txt", "add_test(NAME " + name + "\n");
 }
 
-// Each row of the two lists names, in its first cell, a file that exists, and in its last one tests
+// Each row of the lists names, in its first cell, a file that exists, and in its last one tests
 // that exist. Returns the rows.
 int rowsOfFiles(const std::string& document, const std::string& heading) {
   const std::set<std::string> tests = testNames();
@@ -228,7 +228,8 @@ int rowsOfFiles(const std::string& document, const std::string& heading) {
 
 TEST(ContributingDocument, ListsFilesThatExistAndTestsThatAskForThem) {
   const std::string document = readFile(kSource / "CONTRIBUTING.md");
-  EXPECT_GE(rowsOfFiles(document, "## A new field of a group"), 10);
+  EXPECT_GE(rowsOfFiles(document, "## A new field of a group"), 5);
+  EXPECT_GE(rowsOfFiles(document, "## A new class"), 7);
   EXPECT_GE(rowsOfFiles(document, "## A new flat function"), 5);
   // Wherever else a file is named, it is there too.
   const std::vector<std::string> names = pathsIn(document);
