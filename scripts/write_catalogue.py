@@ -28,8 +28,10 @@ def read_page(text):
         if heading := re.match(r"## (?:(\d+): )?(.*)", line):
             place = group = heading.group(2)
             layout[place] = heading.group(1)
-        elif line.startswith(("Kind: ", "Its groups take ")):
-            layout[f"{place}, {line.split()[0]}"] = line
+        elif line.startswith("Kind: "):
+            layout[f"{place}, kind"] = line[6:].rstrip(".")
+        elif line.startswith("Its groups take "):
+            layout[f"{place}, groups"] = line[16:].rstrip(".")
         elif slot := re.match(r"\| (\d+) \| `(\w+)` \| (.*) \|$", line):
             layout[f'{place}, slot "{slot.group(2)}"'] = f"slot {slot.group(1)}: {slot.group(3)}"
         elif heading := re.match(r"### Group \d+: (.*)", line):

@@ -22,8 +22,8 @@ constexpr char kMagic[8] = {'V', 'R', 'N', 'S', 'C', 'E', 'N', 'E'};
 
 // A file's version says all about its layout, since plain records go to file as they lie in memory.
 // Whoever changes a group's record, the order of groups, slots or classes, or what stands between
-// them, raises the number and adds a line here, and runs scripts/write_catalogue.py. Other versions are
-// not read.
+// them, raises the number and adds a line here, and runs scripts/write_catalogue.py. Other versions
+// are not read.
 //   173  the first of this library: 18 classes, group blocks as in docs/catalogue.md
 constexpr std::uint32_t kVersion = 173;
 

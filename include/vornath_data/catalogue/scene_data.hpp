@@ -14,8 +14,8 @@
 
 namespace vrnt::data {
 
-// A line of scene_data.def is a field. Declares the records and schemas of its groups, kSceneData and
-// SceneData: the block of 320 bytes behind a scene file's header.
+// A line of scene_data.def is a field. Declares the records and schemas of its groups, kSceneData
+// and SceneData: the block of 320 bytes behind a scene file's header.
 #define VRNT_FIELDS "vornath_data/catalogue/scene_data.def"
 #define VRNT_BLOCK SceneData
 #include "vornath_data/catalogue/declare_groups.inc"
