@@ -11,7 +11,7 @@ install(TARGETS vornath_data EXPORT vornath_dataTargets
   INCLUDES DESTINATION "${CMAKE_INSTALL_INCLUDEDIR}")
 install(DIRECTORY "${PROJECT_SOURCE_DIR}/include/vornath_data"
   DESTINATION "${CMAKE_INSTALL_INCLUDEDIR}"
-  FILES_MATCHING PATTERN "*.h" PATTERN "*.hpp")
+  FILES_MATCHING PATTERN "*.h" PATTERN "*.hpp" PATTERN "*.def" PATTERN "*.inc")
 
 # The component embed: the headers of the layers, and the static library.
 if(VORNATH_DATA_BUILD_EMBED)

@@ -1,13 +1,18 @@
 /*
- * Prints the catalogue as Markdown: each class with its reference slots and groups, and for each
- * group the offset, type, default, limits, label and description of its fields. It gets all of this
- * from the discovery queries, so the program knows no class and no field by name.
+ * Prints the catalogue as Markdown: the version of scene files, each class with its reference slots
+ * and groups, and for each group the offset, type, default, limits, label and description of its
+ * fields. It gets all of this from the discovery queries, so the program knows no class and no field
+ * by name.
  */
+#define _POSIX_C_SOURCE 200809L
 #include <stdio.h>
+#include <stdlib.h>
 #include <string.h>
+#include <unistd.h>
 
 #include "vornath_data/catalogue.h"
 #include "vornath_data/metadata.h"
+#include "vornath_data/scene_interface.h"
 #include "vornath_data/types.h"
 #include "vornath_data/values.h"
 
@@ -176,14 +181,40 @@ static void printFields(const vrntType_t* structType, const char* path, uint64_t
   }
 }
 
-static void printGroups(uint32_t objectClass) {
+static uint64_t alignedTo(uint64_t alignment, uint64_t offset) {
+  return (offset + alignment - 1) / alignment * alignment;
+}
+
+/* The groups of an object are one block: each stands at the alignment of its type behind the one
+ * before. */
+static uint64_t offsetOfGroup(uint32_t objectClass, uint32_t group) {
+  uint64_t offset = 0;
+  uint64_t largest = 1;
   uint32_t i;
   for (i = 0; i < vrdmFieldCount(objectClass); ++i) {
+    vrntType_t* type = vrdmFieldType(objectClass, i);
+    const uint64_t alignment = vrntTypeAlignment(type);
+    if (alignment > largest) largest = alignment;
+    offset = alignedTo(alignment, offset);
+    if (i < group) offset += vrntTypeSize(type);
+    vrntTypeDestroy(type);
+    if (i == group) return offset;
+  }
+  return alignedTo(largest, offset);
+}
+
+static void printGroups(uint32_t objectClass) {
+  const uint32_t count = vrdmFieldCount(objectClass);
+  uint32_t i;
+  if (count == 0) return;
+  printf("\nIts groups take %llu bytes.\n", (unsigned long long)offsetOfGroup(objectClass, count));
+  for (i = 0; i < count; ++i) {
     vrntType_t* type = vrdmFieldType(objectClass, i);
     printf("\n### Group %u: %s\n\n", (unsigned)i, vrdmFieldName(objectClass, i));
     printText(type, "desc");
     printFurther(type);
-    printf("\n\n%llu bytes, aligned to %llu.\n\n", (unsigned long long)vrntTypeSize(type),
+    printf("\n\n%llu bytes at %llu, aligned to %llu.\n\n", (unsigned long long)vrntTypeSize(type),
+           (unsigned long long)offsetOfGroup(objectClass, i),
            (unsigned long long)vrntTypeAlignment(type));
     fputs("| Field | Offset | Type | Default | Limits | Label | Description |\n", stdout);
     fputs("|---|---|---|---|---|---|---|\n", stdout);
@@ -221,11 +252,41 @@ static void printSlots(uint32_t objectClass) {
   }
 }
 
+/* The version of the scene files that the library writes: the word behind the first eight bytes. 0
+ * if no file can be written. */
+static uint32_t versionOfSceneFiles(void) {
+  char path[] = "/tmp/list_catalogue.XXXXXX";
+  unsigned char bytes[12] = {0};
+  uint32_t version = 0;
+  vrdmScene_t* scene;
+  FILE* file;
+  const int descriptor = mkstemp(path);
+  if (descriptor < 0) return 0;
+  close(descriptor);
+  scene = vrdmCreateScene();
+  vrdmSerialize(scene, path);
+  vrdmDestroyScene(scene);
+  file = fopen(path, "rb");
+  if (file) {
+    if (fread(bytes, 1, sizeof bytes, file) == sizeof bytes) {
+      version = bytes[8] | (uint32_t)bytes[9] << 8 | (uint32_t)bytes[10] << 16 |
+                (uint32_t)bytes[11] << 24;
+    }
+    fclose(file);
+  }
+  remove(path);
+  return version;
+}
+
 int main(void) {
   static const char* const kinds[] = {"program", "asset", "instance"};
   uint32_t i;
-  fputs("# The catalogue\n\nPrinted by `examples/list_catalogue.c` from the discovery queries.\n",
-        stdout);
+  printf("# The catalogue\n\nScene files: version %u.\n\n", (unsigned)versionOfSceneFiles());
+  fputs(
+      "Printed by `examples/list_catalogue.c` from the discovery queries; offsets and sizes are in "
+      "bytes.\n"
+      "`scripts/write_catalogue.py` writes this page anew.\n",
+      stdout);
   for (i = 0; i < vrdmObjectTypeCount(); ++i) {
     printf("\n## %u: %s\n\nKind: %s%s.\n", (unsigned)i, vrdmObjectName(i),
            kinds[vrdmObjectClass(i)], vrdmHasValue(i) ? ", with a value for its program" : "");

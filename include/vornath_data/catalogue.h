@@ -28,26 +28,12 @@
 
 VRNT_BEGIN_DECLS
 
-/** Class codes, in the order of the sections of a scene file. */
+/** Class codes, in the order of the sections of a scene file: VRDM_CLASS_CAMERA_PROGRAM = 0 and so
+    on, as catalogue/classes.def lists them. */
 enum {
-  VRDM_CLASS_CAMERA_PROGRAM = 0,
-  VRDM_CLASS_MATERIAL_PROGRAM = 1,
-  VRDM_CLASS_LIGHT_PROGRAM = 2,
-  VRDM_CLASS_MESH = 3,
-  VRDM_CLASS_TEXTURE = 4,
-  VRDM_CLASS_MATERIAL_GRAPH = 5,
-  VRDM_CLASS_KEYFRAME = 6,
-  VRDM_CLASS_KEYFRAME_LIST = 7,
-  VRDM_CLASS_CAMERA = 8,
-  VRDM_CLASS_TRANSFORMATION_GROUP = 9,
-  VRDM_CLASS_LIGHT_GROUP = 10,
-  VRDM_CLASS_LIGHT = 11,
-  VRDM_CLASS_MATERIAL = 12,
-  VRDM_CLASS_DECAL = 13,
-  VRDM_CLASS_DECAL_LIST = 14,
-  VRDM_CLASS_SHAPE = 15,
-  VRDM_CLASS_IMAGE_TASK = 16,
-  VRDM_CLASS_BAKE_TASK = 17
+#define VRNT_CLASS(number, name, constant, Desc) constant = number,
+#include "vornath_data/catalogue/classes.def"
+#undef VRNT_CLASS
 };
 
 /** Selects the scene-wide groups in place of a class: -1 as a 32-bit integer. */

@@ -16,26 +16,6 @@ using vrnt::data::SlotEntry;
 
 namespace {
 
-static_assert(VRDM_CLASS_CAMERA_PROGRAM == static_cast<int>(ObjectClass::CameraProgram) &&
-                  VRDM_CLASS_MATERIAL_PROGRAM == static_cast<int>(ObjectClass::MaterialProgram) &&
-                  VRDM_CLASS_LIGHT_PROGRAM == static_cast<int>(ObjectClass::LightProgram) &&
-                  VRDM_CLASS_MESH == static_cast<int>(ObjectClass::Mesh) &&
-                  VRDM_CLASS_TEXTURE == static_cast<int>(ObjectClass::Texture) &&
-                  VRDM_CLASS_MATERIAL_GRAPH == static_cast<int>(ObjectClass::MaterialGraph) &&
-                  VRDM_CLASS_KEYFRAME == static_cast<int>(ObjectClass::Keyframe) &&
-                  VRDM_CLASS_KEYFRAME_LIST == static_cast<int>(ObjectClass::KeyframeList) &&
-                  VRDM_CLASS_CAMERA == static_cast<int>(ObjectClass::Camera) &&
-                  VRDM_CLASS_TRANSFORMATION_GROUP ==
-                      static_cast<int>(ObjectClass::TransformationGroup) &&
-                  VRDM_CLASS_LIGHT_GROUP == static_cast<int>(ObjectClass::LightGroup) &&
-                  VRDM_CLASS_LIGHT == static_cast<int>(ObjectClass::Light) &&
-                  VRDM_CLASS_MATERIAL == static_cast<int>(ObjectClass::Material) &&
-                  VRDM_CLASS_DECAL == static_cast<int>(ObjectClass::Decal) &&
-                  VRDM_CLASS_DECAL_LIST == static_cast<int>(ObjectClass::DecalList) &&
-                  VRDM_CLASS_SHAPE == static_cast<int>(ObjectClass::Shape) &&
-                  VRDM_CLASS_IMAGE_TASK == static_cast<int>(ObjectClass::ImageTask) &&
-                  VRDM_CLASS_BAKE_TASK == static_cast<int>(ObjectClass::BakeTask),
-              "the numbers in catalogue.h are those of the C++ enumerations");
 static_assert(VRDM_CLASS_SCENE_DATA == static_cast<std::uint32_t>(ObjectClass::SceneData),
               "the numbers in catalogue.h are those of the C++ enumerations");
 static_assert(VRDM_REFERENCE_REQUIRED == static_cast<int>(ReferenceKind::Required) &&

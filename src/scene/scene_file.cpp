@@ -26,8 +26,9 @@ constexpr char kMagic[8] = {'V', 'R', 'N', 'S', 'C', 'E', 'N', 'E'};
 
 // The version alone tells a file's layout, since plain records are written as they lie in memory.
 // Whoever changes a group's record, the order of groups, slots or classes, or what stands between
-// them, increments the number and adds a line here. Files of other versions are not read.
-//   173  the first of this library: 18 classes, group blocks as in tests/scene/data
+// them, increments the number, adds a line here, and runs scripts/write_catalogue.py. Files of other
+// versions are not read.
+//   173  the first of this library: 18 classes, group blocks as in docs/catalogue.md
 constexpr std::uint32_t kVersion = 173;
 
 static_assert(std::endian::native == std::endian::little,

@@ -75,6 +75,20 @@ TEST(SceneFormatDocument, NamesTheVersionThatIsWritten) {
   EXPECT_EQ(dump[0].substr(dump[0].rfind(' ') + 1), version) << "in the example";
 }
 
+TEST(FileVersion, HasALineInItsHistory) {
+  const std::string source = readFile(kSource / "src/scene/scene_file.cpp");
+  EXPECT_NE(source.find("\n//   " + std::to_string(writtenVersion()) + "  "), std::string::npos)
+      << "the history in src/scene/scene_file.cpp ends before version " << writtenVersion();
+}
+
+TEST(FileVersion, IsThatOfTheNewestChanges) {
+  // The newest version of the library is the first section.
+  const std::string changes = readFile(kSource / "CHANGELOG.md");
+  const std::vector<std::string> versions = between(changes, "Scene files: version ", ".");
+  ASSERT_FALSE(versions.empty());
+  EXPECT_EQ(versions[0], std::to_string(writtenVersion())) << "in CHANGELOG.md";
+}
+
 TEST(SceneFormatDocument, HasTheOffsetsAndSizesOfTheHeader) {
   Rows expected{{"0", "8", "\"VRNSCENE\""},
                 {"8", "4", "version, " + std::to_string(writtenVersion())},

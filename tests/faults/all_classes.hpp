@@ -16,7 +16,7 @@
 
 namespace vornath_test {
 
-inline constexpr std::uint32_t kClasses = 18;
+inline constexpr std::uint32_t kClasses = vrnt::data::kClassCount;
 
 // The flat handle of a scene is its address.
 inline vrdmScene_t* flat(vrnt::data::Scene& scene) {

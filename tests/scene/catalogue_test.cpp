@@ -11,10 +11,11 @@
 #include <fstream>
 #include <string>
 #include <type_traits>
-#include <typeinfo>
 #include <vector>
 
 #include "field_walk.hpp"
+#include "golden_catalogue.hpp"
+#include "record_members.hpp"
 #include "vornath_data/catalogue/class_list.hpp"
 #include "vornath_data/scene_interface.h"
 
@@ -25,14 +26,6 @@ using vrnt::data::ClassInfo;
 using vrnt::data::ClassTag;
 using vrnt::data::SceneData;
 
-constexpr std::uint32_t kProgram = 0;
-constexpr std::uint32_t kAsset = 1;
-constexpr std::uint32_t kInstance = 2;
-constexpr std::uint32_t kRequired = 0;
-constexpr std::uint32_t kOptional = 1;
-constexpr std::uint32_t kList = 2;
-constexpr std::uint32_t kOrderedDecal = 3;
-constexpr std::uint32_t kEmitter = 100;
 constexpr std::uint32_t kAllBits = 0xFFFFFFFF;
 
 struct SlotRow {
@@ -49,73 +42,58 @@ struct ClassRow {
   bool hasValue;
 };
 
-const std::vector<std::string> kTaskGroupNames{
-    "General",     "Accumulation",       "Render region", "Global illumination",
-    "Photon maps", "Ambient occlusion",  "Wavefront",     "Realtime gi",
-    "Rasterizer",  "Whitted raytracing", "Diagnostic"};
+// A position in a list of words, as the page has them; a failure for a word that isn't there.
+std::uint32_t positionOf(const std::string& word, const std::vector<std::string>& words) {
+  const auto found = std::find(words.begin(), words.end(), word);
+  EXPECT_NE(found, words.end()) << "docs/catalogue.md: " << word;
+  return static_cast<std::uint32_t>(found - words.begin());
+}
 
-const std::vector<ClassRow> kClasses{
-    {"CameraProgram", kProgram, {}, {}, false},
-    {"MaterialProgram", kProgram, {}, {}, false},
-    {"LightProgram", kProgram, {}, {}, false},
-    {"Mesh", kAsset, {}, {}, false},
-    {"Texture", kAsset, {}, {}, false},
-    {"MaterialGraph", kAsset, {}, {}, false},
-    {"Keyframe", kInstance, {"Transformation"}, {}, false},
-    {"KeyframeList", kInstance, {}, {{"keyframes", kList, 6}}, false},
-    {"Camera",
-     kInstance,
-     {"Transformation", "General", "Background", "Backplate"},
-     {{"program", kRequired, 0}, {"backplate", kOptional, 4}, {"keyframes", kOptional, 7}},
-     true},
-    {"TransformationGroup", kInstance, {"Transformation"}, {}, false},
-    {"LightGroup", kInstance, {}, {{"emitters", kEmitter, 100}}, false},
-    {"Light",
-     kInstance,
-     {"Transformation", "General", "Target", "Sampling probability", "View space", "Visibility"},
-     {{"program", kRequired, 2}, {"transformationGroup", kOptional, 9}, {"textures", kList, 4}},
-     true},
-    {"Material",
-     kInstance,
-     {},
-     {{"program", kOptional, 1}, {"graph", kOptional, 5}, {"textures", kList, 4}},
-     true},
-    {"Decal",
-     kInstance,
-     {"Transformation", "Projection"},
-     {{"frontMaterial", kRequired, 12},
-      {"backMaterial", kRequired, 12},
-      {"transformationGroup", kOptional, 9}},
-     false},
-    {"DecalList", kInstance, {}, {{"decals", kOrderedDecal, 13}}, false},
-    {"Shape",
-     kInstance,
-     {"Transformation", "General", "Target", "Ambient occlusion", "Cut planes", "Face culling",
-      "Matte objects", "Nested priority", "Procedural UVs", "Rasterizer", "Hemilux",
-      "Sampling probability", "View space", "Visibility"},
-     {{"material", kRequired, 12},
-      {"mesh", kOptional, 3},
-      {"lightGroup", kOptional, 10},
-      {"transformationGroup", kOptional, 9},
-      {"decals", kOptional, 14},
-      {"hemilux", kOptional, 4},
-      {"hemiluxTonemapping", kOptional, 4},
-      {"fillingMaterial", kOptional, 12},
-      {"keyframes", kOptional, 7}},
-     false},
-    {"ImageTask", kInstance, kTaskGroupNames, {{"camera", kRequired, 8}}, false},
-    {"BakeTask", kInstance, kTaskGroupNames, {{"shapes", kList, 15}}, false}};
+std::vector<std::string> groupNamesOf(const GoldenClass& listed) {
+  std::vector<std::string> names;
+  for (const GoldenGroup& group : listed.groups) names.push_back(group.name);
+  return names;
+}
 
-const std::vector<std::string> kSceneGroupNames{"Cut planes", "Rasterizer", "Raytracer", "General"};
+// The classes as docs/catalogue.md has them.
+const std::vector<ClassRow> kClasses = [] {
+  std::vector<std::string> names;
+  for (const GoldenClass& listed : goldenCatalogue().classes) names.push_back(listed.name);
+  std::vector<ClassRow> rows;
+  for (const GoldenClass& listed : goldenCatalogue().classes) {
+    if (listed.name == "SceneData") continue;
+    ClassRow row{listed.name,
+                 positionOf(listed.kind, {"program", "asset", "instance"}),
+                 groupNamesOf(listed),
+                 {},
+                 listed.hasValue};
+    for (const GoldenSlot& slot : listed.slots) {
+      const bool emitters = slot.holds == "list, coded: lights and shapes";
+      row.slots.push_back({slot.name,
+                           emitters
+                               ? 100
+                               : positionOf(slot.holds, {"one, required", "one, optional", "list",
+                                                         "list, coded: front and back"}),
+                           slot.target == "Light or Shape" ? 100 : positionOf(slot.target, names)});
+    }
+    rows.push_back(row);
+  }
+  return rows;
+}();
+
+const std::vector<std::string> kSceneGroupNames = groupNamesOf(goldenClass("SceneData"));
+
+const auto kCount = static_cast<std::uint32_t>(kClasses.size());
 
 // Numbers that are no class. -1 is one for every query that knows no scene-wide groups.
-const std::vector<std::uint32_t> kNoClasses{18, 19, 100, 0x7FFFFFFF, 0x80000000, 0xFFFFFFFE};
+const std::vector<std::uint32_t> kNoClasses{kCount,     kCount + 1, 100,
+                                            0x7FFFFFFF, 0x80000000, 0xFFFFFFFE};
 
 std::uint32_t numberOf(const std::string& name) {
   for (std::uint32_t i = 0; i < kClasses.size(); ++i) {
     if (kClasses[i].name == name) return i;
   }
-  return name == "SceneData" ? kAllBits : 18;
+  return name == "SceneData" ? kAllBits : kCount;
 }
 
 TypeHandle typeOf(std::uint32_t objectClass, std::uint32_t group) {
@@ -218,7 +196,7 @@ TEST(vrdmFieldType, GivesAStructWithTheGroupsNameForEveryGroup) {
       EXPECT_STREQ(vrntMetadataString(type.get(), "name"), vrdmFieldName(objectClass, g));
     }
   };
-  for (std::uint32_t i = 0; i < 18; ++i) check(i);
+  for (std::uint32_t i = 0; i < kCount; ++i) check(i);
   check(VRDM_CLASS_SCENE_DATA);
 }
 
@@ -336,7 +314,7 @@ TEST(ObjectClass, NumbersTheClassesAsTheQueriesDo) {
     EXPECT_EQ(ClassInfo<Desc>::kName, kClasses[number].name);
     ++number;
   });
-  EXPECT_EQ(number, 18U);
+  EXPECT_EQ(number, kCount);
 }
 
 TEST(Ref, OfANewShapeIsUnsetInAllNineSlots) {
@@ -380,32 +358,6 @@ TEST(MaterialGraphDesc, MeasuresItsBytesByItsFirstWord) {
 
 // Schema against record, for every group.
 
-struct Member {
-  const char* path;
-  std::uint64_t offset;
-  std::uint64_t size;
-};
-
-struct MemberLine {
-  const std::type_info& record;
-  Member member;
-};
-
-std::vector<Member> membersOf(const std::type_info& record) {
-  using namespace vrnt::data;
-  static const MemberLine lines[] = {
-#define MEMBER(record, path) \
-  {typeid(record), {#path, offsetof(record, path), sizeof(static_cast<record*>(nullptr)->path)}},
-#include "data/record_members.inc"
-#undef MEMBER
-  };
-  std::vector<Member> members;
-  for (const MemberLine& line : lines) {
-    if (line.record == record) members.push_back(line.member);
-  }
-  return members;
-}
-
 template <typename Desc>
 std::string nameOf() {
   if constexpr (std::is_same_v<Desc, SceneData>) {
@@ -427,11 +379,18 @@ void forEveryGroup(Check&& check) {
       [&check](const auto& group, auto) { check(std::string("SceneData"), group); });
 }
 
-TEST(Catalogue, DeclaresFiftyFourGroups) {
-  int groups = 0;
-  forEveryGroup([&groups](const std::string&, const auto&) { ++groups; });
-  EXPECT_EQ(groups, 54);
-  EXPECT_EQ(vrnt::data::kTotalGroupCount, 54U);
+TEST(Catalogue, DeclaresTheGroupsThatItsPageLists) {
+  std::vector<std::string> listed;
+  for (const GoldenClass& object : goldenCatalogue().classes) {
+    for (const GoldenGroup& group : object.groups) listed.push_back(object.name + " " + group.name);
+  }
+  std::vector<std::string> declared;
+  forEveryGroup([&declared](const std::string& className, const auto& group) {
+    declared.push_back(className + " " + group.name);
+  });
+  EXPECT_EQ(declared, listed);
+  EXPECT_EQ(vrnt::data::kTotalGroupCount, listed.size());
+  EXPECT_GE(listed.size(), 54U);
 }
 
 TEST(Catalogue, WritesEverySchemaInCanonicalText) {
@@ -505,7 +464,7 @@ void expectNamedZeroPadding(const std::vector<Part>& parts) {
     ADD_FAILURE() << "the padding at byte " << i << ", behind "
                   << (before ? before->name : "nothing")
                   << (named ? ", isn't zero in a new record"
-                            : ", has no name: make it a member of type Padding32");
+                            : ", has no name: VRNT_FILL or VRNT_FILL_END gives it one");
     return;
   }
 }
@@ -518,12 +477,12 @@ TEST(Catalogue, LaysEveryRecordOutAsItsType) {
     ASSERT_NE(type, nullptr);
     EXPECT_EQ(vrntTypeSize(type.get()), sizeof(Record));
     EXPECT_EQ(vrntTypeAlignment(type.get()), alignof(Record));
-    const std::vector<Member> members = membersOf(typeid(Record));
+    const std::vector<Member> members = membersOf<Record>();
     const std::vector<WalkedField> fields = walkFields(type.get());
     std::vector<std::string> named;
-    for (const Member& member : members) named.emplace_back(member.path);
+    for (const Member& member : members) named.push_back(member.path);
     ASSERT_EQ(members.size(), fields.size())
-        << firstDifference(pathsOf(fields), "the schema", named, "data/record_members.inc");
+        << firstDifference(pathsOf(fields), "the schema", named, "the record");
     for (std::size_t i = 0; i < fields.size(); ++i) {
       EXPECT_EQ(members[i].path, fields[i].path) << "field " << i;
       EXPECT_EQ(members[i].offset, fields[i].offset) << fields[i].path;
@@ -614,57 +573,6 @@ TEST(Catalogue, StartsTextureIndicesAtNone) {
 
 // The layout of the records is that of the files of one version.
 
-struct LayoutField {
-  std::string path;
-  std::uint64_t offset;
-};
-
-struct Layout {
-  std::string className;
-  std::string group;
-  std::uint64_t size;
-  std::vector<LayoutField> fields;
-};
-
-constexpr std::uint32_t kLayoutVersion =
-#define VERSION(number) number
-#define LAYOUT(className, group, size)
-#define OFFSET(path, offset)
-#include "data/scene_file_layout.inc"
-    ;
-#undef VERSION
-#undef LAYOUT
-#undef OFFSET
-
-// A line of a class's group, or of a field if there is no class.
-struct LayoutLine {
-  const char* className;
-  const char* name;
-  std::uint64_t number;
-};
-
-const LayoutLine kLayoutLines[] = {
-#define VERSION(number)
-#define LAYOUT(className, group, size) {className, group, size},
-#define OFFSET(path, offset) {nullptr, path, offset},
-#include "data/scene_file_layout.inc"
-#undef VERSION
-#undef LAYOUT
-#undef OFFSET
-};
-
-std::vector<Layout> recordedLayouts() {
-  std::vector<Layout> layouts;
-  for (const LayoutLine& line : kLayoutLines) {
-    if (line.className != nullptr) {
-      layouts.push_back({line.className, line.name, line.number, {}});
-    } else {
-      layouts.back().fields.push_back({line.name, line.number});
-    }
-  }
-  return layouts;
-}
-
 // The version that the library writes, behind the eight bytes of the magic.
 std::uint32_t writtenVersion() {
   const std::string path = testing::TempDir() + "catalogue_test_version.vrnscene";
@@ -681,35 +589,55 @@ std::uint32_t writtenVersion() {
 }
 
 TEST(Catalogue, HasItsLayoutRecordedForTheVersionThatIsWritten) {
-  EXPECT_EQ(writtenVersion(), kLayoutVersion)
-      << "record the layouts of the new version in data/scene_file_layout.inc";
+  EXPECT_EQ(writtenVersion(), goldenCatalogue().version)
+      << "docs/catalogue.md is that of another file version: run scripts/write_catalogue.py";
 }
 
 TEST(Catalogue, KeepsTheLayoutThatTheFileVersionStandsFor) {
-  const std::vector<Layout> layouts = recordedLayouts();
-  std::size_t next = 0;
-  forEveryGroup([&](const std::string& className, const auto& group) {
-    SCOPED_TRACE(className + " \"" + group.name + "\": layout of scene files of version " +
-                 std::to_string(kLayoutVersion) +
-                 "; if it changes, so must the version, and this record with it");
-    ASSERT_LT(next, layouts.size());
-    const Layout& layout = layouts[next++];
-    EXPECT_EQ(layout.className, className);
-    EXPECT_EQ(layout.group, group.name);
-    EXPECT_EQ(layout.size, sizeof(typename std::decay_t<decltype(group)>::Record));
-    const TypeHandle type = parseType(group.schema);
-    ASSERT_NE(type, nullptr);
-    const std::vector<WalkedField> fields = walkFields(type.get());
-    std::vector<std::string> recorded;
-    for (const LayoutField& field : layout.fields) recorded.push_back(field.path);
-    ASSERT_EQ(layout.fields.size(), fields.size())
-        << firstDifference(pathsOf(fields), "the schema", recorded, "data/scene_file_layout.inc");
-    for (std::size_t i = 0; i < fields.size(); ++i) {
-      EXPECT_EQ(layout.fields[i].path, fields[i].path);
-      EXPECT_EQ(layout.fields[i].offset, fields[i].offset) << fields[i].path;
+  const std::string version = std::to_string(goldenCatalogue().version);
+  const std::string advice =
+      "; a file of version " + version +
+      " has it elsewhere. Raise kVersion in src/scene/scene_file.cpp, and run "
+      "scripts/write_catalogue.py";
+  const auto check = [&advice](auto tag) {
+    using Desc = typename decltype(tag)::Desc;
+    if constexpr (vrnt::data::kGroupCount<Desc> != 0) {
+      using Groups = typename Desc::Groups;
+      const GoldenClass& listed = goldenClass(nameOf<Desc>());
+      EXPECT_EQ(sizeof(Groups), listed.blockSize) << "the groups of " << listed.name << advice;
+      const Groups groups{};
+      vrnt::data::forEachGroup<Desc>([&](const auto& group, auto position) {
+        using Record = typename std::decay_t<decltype(group)>::Record;
+        const std::string place = listed.name + " \"" + group.name + '"';
+        ASSERT_LT(position, listed.groups.size()) << place << advice;
+        const GoldenGroup& layout = listed.groups[position];
+        ASSERT_EQ(group.name, layout.name) << place << advice;
+        EXPECT_EQ(sizeof(Record), layout.size) << place << advice;
+        EXPECT_EQ(alignof(Record), layout.alignment) << place << advice;
+        EXPECT_EQ(static_cast<std::uint64_t>(
+                      reinterpret_cast<const unsigned char*>(&(groups.*group.member)) -
+                      reinterpret_cast<const unsigned char*>(&groups)),
+                  layout.offset)
+            << place << advice;
+        const TypeHandle type = parseType(group.schema);
+        ASSERT_NE(type, nullptr);
+        const std::vector<WalkedField> fields = walkFields(type.get());
+        std::vector<std::string> recorded;
+        for (const GoldenField& field : layout.fields) recorded.push_back(field.path);
+        ASSERT_EQ(layout.fields.size(), fields.size())
+            << place << ": "
+            << firstDifference(pathsOf(fields), "the schema", recorded, "docs/catalogue.md")
+            << advice;
+        for (std::size_t i = 0; i < fields.size(); ++i) {
+          const std::string field = place + ": " + fields[i].path + advice;
+          EXPECT_EQ(layout.fields[i].path, fields[i].path) << field;
+          EXPECT_EQ(layout.fields[i].offset, fields[i].offset) << field;
+        }
+      });
     }
-  });
-  EXPECT_EQ(next, layouts.size());
+  };
+  vrnt::data::forEachClass(check);
+  check(ClassTag<SceneData>{});
 }
 
 }  // namespace

@@ -10,6 +10,7 @@
 #include <string>
 #include <vector>
 
+#include "golden_catalogue.hpp"
 #include "scenes.hpp"
 
 namespace {
@@ -315,43 +316,38 @@ TEST(SceneDump, ShowsCameras) {
   vrdmSetReference(&scene, VRDM_CLASS_CAMERA, 1, 2, 0x80000000);
   setWord(scene, VRDM_CLASS_CAMERA, 1, 2, 0, 1);           // "active" of "Background"
   setWord(scene, VRDM_CLASS_CAMERA, 1, 1, 0, 0x7F800000);  // "near_distance" of "General"
-  const std::string backplate =
-      "\t\tBackplate: [vv1] { mode = DISABLED : enum { DISABLED; FIT_SIZE; FIT_WIDTH; FIT_HEIGHT; "
-      "MANUAL; }; image = { spectrum_texture = { index = -1; }; wrapmode = { u = REPEAT : enum { "
-      "CLAMP; BORDER; REPEAT; MIRROR; }; v = REPEAT : enum { CLAMP; BORDER; REPEAT; MIRROR; }; }; "
-      "border_spectrum = float3(0.0, 0.0, 0.0); border_alpha = 1.0; }; brightness = 1.0; region = "
-      "{ min = float2(0.0, 0.0); max = float2(1.0, 1.0); }; visible_to_reflection = true; "
-      "visible_to_refraction = false; }\n";
-  EXPECT_EQ(
-      dumped(scene),
-      head(9) + "\n Cameras [v9]\n" + kRule +
-          "[0] Camera [vv2]\n"
-          "\treferences [vv1]\n"
-          "\t\tCameraProgram: -1\n"
-          "\t\tTexture: null\n"
-          "\t\tKeyframeList: null\n"
-          "\tdata\n"
-          "\t\tTransformation: [vv1] { matrix = " +
-          kMatrixText +
-          "; }\n"
-          "\t\tGeneral: [vv1] { near_distance = 0.0; shutter_open = 0.0; shutter_close = 0.0; "
-          "time_start = 0.0; time_end = 1.0; }\n"
-          "\t\tBackground: [vv1] { active = false; red = 0.0; green = 0.0; blue = 0.0; }\n" +
-          backplate + "\tvalue: [v" + valueAddress(scene, VRDM_CLASS_CAMERA, 0) +
-          "] { a = 1.5; b = [ 1, 2 ]; }\n"
-          "[1] Camera [vv7]\n"
-          "\treferences [vv4]\n"
-          "\t\tCameraProgram: 3\n"
-          "\t\tTexture: 4\n"
-          "\t\tKeyframeList: -2147483648\n"
-          "\tdata\n"
-          "\t\tTransformation: [vv1] { matrix = " +
-          kMatrixText +
-          "; }\n"
-          "\t\tGeneral: [vv2] { near_distance = inf; shutter_open = 0.0; shutter_close = 0.0; "
-          "time_start = 0.0; time_end = 1.0; }\n"
-          "\t\tBackground: [vv2] { active = true; red = 0.0; green = 0.0; blue = 0.0; }\n" +
-          backplate + "\tvalue: [v" + valueAddress(scene, VRDM_CLASS_CAMERA, 1) + "] { }\n");
+  const std::string backplate = "\t\tBackplate: [vv1] " + goldenText("Camera", "Backplate") + "\n";
+  EXPECT_EQ(dumped(scene),
+            head(9) + "\n Cameras [v9]\n" + kRule +
+                "[0] Camera [vv2]\n"
+                "\treferences [vv1]\n"
+                "\t\tCameraProgram: -1\n"
+                "\t\tTexture: null\n"
+                "\t\tKeyframeList: null\n"
+                "\tdata\n"
+                "\t\tTransformation: [vv1] { matrix = " +
+                kMatrixText +
+                "; }\n"
+                "\t\tGeneral: [vv1] " +
+                goldenText("Camera", "General") +
+                "\n"
+                "\t\tBackground: [vv1] { active = false; red = 0.0; green = 0.0; blue = 0.0; }\n" +
+                backplate + "\tvalue: [v" + valueAddress(scene, VRDM_CLASS_CAMERA, 0) +
+                "] { a = 1.5; b = [ 1, 2 ]; }\n"
+                "[1] Camera [vv7]\n"
+                "\treferences [vv4]\n"
+                "\t\tCameraProgram: 3\n"
+                "\t\tTexture: 4\n"
+                "\t\tKeyframeList: -2147483648\n"
+                "\tdata\n"
+                "\t\tTransformation: [vv1] { matrix = " +
+                kMatrixText +
+                "; }\n"
+                "\t\tGeneral: [vv2] " +
+                goldenText("Camera", "General", {{"near_distance", "inf"}}) +
+                "\n"
+                "\t\tBackground: [vv2] { active = true; red = 0.0; green = 0.0; blue = 0.0; }\n" +
+                backplate + "\tvalue: [v" + valueAddress(scene, VRDM_CLASS_CAMERA, 1) + "] { }\n");
 }
 
 TEST(SceneDump, ShowsTransformationGroups) {

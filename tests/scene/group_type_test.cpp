@@ -37,7 +37,7 @@ TEST(groupType, RaisesAFailedAllocationAndTriesAgainAtTheNextCall) {
   EXPECT_TRUE(ranOut);
   const GroupType type = groupType(shape);
   ASSERT_NE(type.annotated, nullptr);
-  EXPECT_STREQ(vrntTypeString(type.annotated), vrnt::data::kShapeTransformation.text);
+  EXPECT_STREQ(vrntTypeString(type.annotated), vrnt::data::kShapeTransformation);
 }
 
 TEST(groupType, GivesTheSameHandlesAtEachCall) {
@@ -64,7 +64,7 @@ TEST(groupType, GivesTheTypeThatValuesOfTheGroupHave) {
 TEST(groupType, TakesTheGroupsOfAClassByTheirPosition) {
   using namespace vrnt::data;
   EXPECT_STREQ(vrntTypeString(groupType(classEntry<CameraDesc>().groups[3]).annotated),
-               kCameraBackplate.text);
+               kCameraBackplate);
   EXPECT_STREQ(vrntTypeString(groupType(classEntry<SceneData>().groups[3]).annotated),
                kSceneGeneral);
 }

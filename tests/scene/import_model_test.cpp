@@ -20,7 +20,7 @@ using Words = std::vector<std::int32_t>;
 using Pairs = std::vector<std::pair<std::int32_t, std::int32_t>>;
 using AllPairs = std::vector<Pairs>;
 
-constexpr std::uint32_t kClasses = 18;
+constexpr std::uint32_t kClasses = vrnt::data::kClassCount;
 
 // --- Values ---
 

@@ -14,7 +14,7 @@ namespace {
 using namespace vornath_test;
 using vrnt::data::Scene;
 
-constexpr std::uint32_t kNumberOfClasses = 18;
+constexpr std::uint32_t kNumberOfClasses = vrnt::data::kClassCount;
 
 // What hosts would have to read without the call.
 std::uint32_t readReferences(const vrdmScene_t* scene, std::uint32_t target, std::int32_t index) {

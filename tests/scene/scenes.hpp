@@ -20,23 +20,36 @@ namespace vornath_test {
 constexpr std::uint32_t kNothingAdded = 0xFFFFFFFFU;
 constexpr std::int32_t kNoTarget = INT32_MIN;
 
-inline constexpr std::array<std::uint32_t, 3> kPrograms = {
-    VRDM_CLASS_CAMERA_PROGRAM, VRDM_CLASS_MATERIAL_PROGRAM, VRDM_CLASS_LIGHT_PROGRAM};
-inline constexpr std::array<std::uint32_t, 3> kAssets = {VRDM_CLASS_MESH, VRDM_CLASS_TEXTURE,
-                                                         VRDM_CLASS_MATERIAL_GRAPH};
-inline constexpr std::array<std::uint32_t, 12> kInstances = {
-    VRDM_CLASS_KEYFRAME,    VRDM_CLASS_KEYFRAME_LIST,
-    VRDM_CLASS_CAMERA,      VRDM_CLASS_TRANSFORMATION_GROUP,
-    VRDM_CLASS_LIGHT_GROUP, VRDM_CLASS_LIGHT,
-    VRDM_CLASS_MATERIAL,    VRDM_CLASS_DECAL,
-    VRDM_CLASS_DECAL_LIST,  VRDM_CLASS_SHAPE,
-    VRDM_CLASS_IMAGE_TASK,  VRDM_CLASS_BAKE_TASK};
+// The numbers of the classes of a kind.
+template <vrnt::data::ObjectKind Kind>
+constexpr auto classesOfKind() {
+  constexpr auto forEachOfKind = [](auto&& callback) {
+    vrnt::data::forEachClass([&callback](auto tag) {
+      using Info = vrnt::data::ClassInfo<typename decltype(tag)::Desc>;
+      if (Info::kKind == Kind) callback(static_cast<std::uint32_t>(Info::kClass));
+    });
+  };
+  constexpr std::size_t count = [forEachOfKind] {
+    std::size_t found = 0;
+    forEachOfKind([&found](std::uint32_t) { ++found; });
+    return found;
+  }();
+  std::array<std::uint32_t, count> numbers{};
+  std::size_t next = 0;
+  forEachOfKind([&](std::uint32_t number) { numbers[next++] = number; });
+  return numbers;
+}
+
+inline constexpr auto kPrograms = classesOfKind<vrnt::data::ObjectKind::Program>();
+inline constexpr auto kAssets = classesOfKind<vrnt::data::ObjectKind::Asset>();
+inline constexpr auto kInstances = classesOfKind<vrnt::data::ObjectKind::Instance>();
 
 inline constexpr std::array<std::uint32_t, 3> kWithValue = {VRDM_CLASS_CAMERA, VRDM_CLASS_LIGHT,
                                                             VRDM_CLASS_MATERIAL};
 
 // Class numbers that are none.
-inline constexpr std::array<std::uint32_t, 4> kNoClasses = {18, 19, 100, 0xFFFFFFFFU};
+inline constexpr std::array<std::uint32_t, 4> kNoClasses = {
+    vrnt::data::kClassCount, vrnt::data::kClassCount + 1, 100, 0xFFFFFFFFU};
 
 inline SceneHandle newScene() {
   SceneHandle scene(vrdmCreateScene());

@@ -26,12 +26,22 @@
 
 namespace vrnt::data {
 
-/// What describes an object of each class. The order is that of ObjectClass and of the file.
-using ClassList =
-    std::tuple<CameraSource, MaterialSource, LightSource, vrnt::detail::MeshDesc,
-               vrnt::detail::TextureDesc, MaterialGraphDesc, KeyframeDesc, KeyframeListDesc,
-               CameraDesc, TransformationGroupDesc, LightGroupDesc, LightDesc, MaterialDesc,
-               DecalDesc, DecalListDesc, ShapeDesc, ImageTaskDesc, BakeTaskDesc>;
+namespace detail {
+
+template <typename First, typename... Rest>
+struct TupleOfRest {
+  using Type = std::tuple<Rest...>;
+};
+
+}  // namespace detail
+
+/// What describes an object of each class. The order is that of classes.def, of ObjectClass and of
+/// the file.
+using ClassList = detail::TupleOfRest<void
+#define VRNT_CLASS(number, name, constant, Desc) , Desc
+#include "vornath_data/catalogue/classes.def"
+#undef VRNT_CLASS
+                                      >::Type;
 
 template <std::size_t Index>
 using ClassAt = std::tuple_element_t<Index, ClassList>;
@@ -42,26 +52,13 @@ struct ClassTag {
   using Desc = DescType;
 };
 
-// A class stands in the list at its number.
-static_assert(std::tuple_size_v<ClassList> == kClassCount, "ClassList has each class once");
-static_assert(ClassInfo<ClassAt<0>>::kClass == ObjectClass::CameraProgram, "ClassList order");
-static_assert(ClassInfo<ClassAt<1>>::kClass == ObjectClass::MaterialProgram, "ClassList order");
-static_assert(ClassInfo<ClassAt<2>>::kClass == ObjectClass::LightProgram, "ClassList order");
-static_assert(ClassInfo<ClassAt<3>>::kClass == ObjectClass::Mesh, "ClassList order");
-static_assert(ClassInfo<ClassAt<4>>::kClass == ObjectClass::Texture, "ClassList order");
-static_assert(ClassInfo<ClassAt<5>>::kClass == ObjectClass::MaterialGraph, "ClassList order");
-static_assert(ClassInfo<ClassAt<6>>::kClass == ObjectClass::Keyframe, "ClassList order");
-static_assert(ClassInfo<ClassAt<7>>::kClass == ObjectClass::KeyframeList, "ClassList order");
-static_assert(ClassInfo<ClassAt<8>>::kClass == ObjectClass::Camera, "ClassList order");
-static_assert(ClassInfo<ClassAt<9>>::kClass == ObjectClass::TransformationGroup, "ClassList order");
-static_assert(ClassInfo<ClassAt<10>>::kClass == ObjectClass::LightGroup, "ClassList order");
-static_assert(ClassInfo<ClassAt<11>>::kClass == ObjectClass::Light, "ClassList order");
-static_assert(ClassInfo<ClassAt<12>>::kClass == ObjectClass::Material, "ClassList order");
-static_assert(ClassInfo<ClassAt<13>>::kClass == ObjectClass::Decal, "ClassList order");
-static_assert(ClassInfo<ClassAt<14>>::kClass == ObjectClass::DecalList, "ClassList order");
-static_assert(ClassInfo<ClassAt<15>>::kClass == ObjectClass::Shape, "ClassList order");
-static_assert(ClassInfo<ClassAt<16>>::kClass == ObjectClass::ImageTask, "ClassList order");
-static_assert(ClassInfo<ClassAt<17>>::kClass == ObjectClass::BakeTask, "ClassList order");
+#define VRNT_CLASS(number, name, constant, Desc)                          \
+  static_assert(std::is_same_v<ClassAt<number>, Desc>,                    \
+                #name ": its number is not its position in classes.def"); \
+  static_assert(ClassInfo<Desc>::kClass == ObjectClass::name,             \
+                #name ": " #Desc " names another class than its row in classes.def does");
+#include "vornath_data/catalogue/classes.def"
+#undef VRNT_CLASS
 
 /// The groups of a class, or of SceneData.
 template <typename Desc>
@@ -100,42 +97,11 @@ template <typename OnClass, typename Otherwise>
 constexpr auto visitClass(std::uint32_t number, OnClass&& onClass, Otherwise&& otherwise)
     -> decltype(otherwise()) {
   switch (number) {
-    case 0:
-      return onClass(ClassTag<ClassAt<0>>{});
-    case 1:
-      return onClass(ClassTag<ClassAt<1>>{});
-    case 2:
-      return onClass(ClassTag<ClassAt<2>>{});
-    case 3:
-      return onClass(ClassTag<ClassAt<3>>{});
-    case 4:
-      return onClass(ClassTag<ClassAt<4>>{});
-    case 5:
-      return onClass(ClassTag<ClassAt<5>>{});
-    case 6:
-      return onClass(ClassTag<ClassAt<6>>{});
-    case 7:
-      return onClass(ClassTag<ClassAt<7>>{});
-    case 8:
-      return onClass(ClassTag<ClassAt<8>>{});
-    case 9:
-      return onClass(ClassTag<ClassAt<9>>{});
-    case 10:
-      return onClass(ClassTag<ClassAt<10>>{});
-    case 11:
-      return onClass(ClassTag<ClassAt<11>>{});
-    case 12:
-      return onClass(ClassTag<ClassAt<12>>{});
-    case 13:
-      return onClass(ClassTag<ClassAt<13>>{});
-    case 14:
-      return onClass(ClassTag<ClassAt<14>>{});
-    case 15:
-      return onClass(ClassTag<ClassAt<15>>{});
-    case 16:
-      return onClass(ClassTag<ClassAt<16>>{});
-    case 17:
-      return onClass(ClassTag<ClassAt<17>>{});
+#define VRNT_CLASS(number, name, constant, Desc) \
+  case number:                                   \
+    return onClass(ClassTag<Desc>{});
+#include "vornath_data/catalogue/classes.def"
+#undef VRNT_CLASS
     default:
       return otherwise();
   }

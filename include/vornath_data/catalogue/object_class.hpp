@@ -7,30 +7,19 @@
 namespace vrnt::data {
 
 /// The classes, in the order of the scene file's sections. The numbers are part of the flat
-/// interface and of the file: never change or reuse one.
+/// interface and of the file: never change or reuse one. classes.def lists them.
 enum class ObjectClass : std::int32_t {
   SceneData = -1,  ///< the scene-wide settings: groups, but no objects
-  CameraProgram = 0,
-  MaterialProgram = 1,
-  LightProgram = 2,
-  Mesh = 3,
-  Texture = 4,
-  MaterialGraph = 5,
-  Keyframe = 6,
-  KeyframeList = 7,
-  Camera = 8,
-  TransformationGroup = 9,
-  LightGroup = 10,
-  Light = 11,
-  Material = 12,
-  Decal = 13,
-  DecalList = 14,
-  Shape = 15,
-  ImageTask = 16,
-  BakeTask = 17
+#define VRNT_CLASS(number, name, constant, Desc) name = number,
+#include "vornath_data/catalogue/classes.def"
+#undef VRNT_CLASS
 };
 
-inline constexpr std::uint32_t kClassCount = 18;
+inline constexpr std::uint32_t kClassCount = 0
+#define VRNT_CLASS(number, name, constant, Desc) +1
+#include "vornath_data/catalogue/classes.def"
+#undef VRNT_CLASS
+    ;
 
 /// The target of an Emitter slot: lights and shapes, so it is no class.
 inline constexpr ObjectClass kEmitterTarget{100};

@@ -3,6 +3,7 @@
 #ifndef VORNATH_DATA_CATALOGUE_RECORD_TYPES_HPP
 #define VORNATH_DATA_CATALOGUE_RECORD_TYPES_HPP
 
+#include <cstddef>
 #include <cstdint>
 
 namespace vrnt::data {
@@ -15,8 +16,39 @@ inline constexpr Bool32 kTrue = -1;
 /// The position of a constructor in its enum.
 using EnumCode = std::int32_t;
 
-/// A word that only brings the next member, or the record's end, to its alignment.
-using Padding32 = std::uint32_t;
+/// The position of a constructor in "A; B; C;"; -1 for a text that is none.
+constexpr EnumCode codeOf(const char* constructors, const char* name) {
+  EnumCode code = 0;
+  while (*constructors != '\0') {
+    const char* rest = name;
+    while (*rest != '\0' && *rest == *constructors) ++rest, ++constructors;
+    if (*rest == '\0' && *constructors == ';') return code;
+    while (*constructors != ';') ++constructors;
+    ++constructors;
+    if (*constructors == ' ') ++constructors;
+    ++code;
+  }
+  return -1;
+}
+
+/// A code that is known at compile time.
+template <EnumCode Code>
+struct EnumConstant {
+  static constexpr EnumCode kCode = Code;
+};
+
+/// Zero bytes that bring the next member, or the record's end, to its alignment; nothing if there
+/// are none to fill. The record and the offset make it a type of its own, so that it never needs a
+/// byte.
+template <std::size_t Count, typename Record, std::size_t Offset>
+struct Fill {
+  static constexpr std::size_t kSize = Count;
+  unsigned char bytes[Count] = {};
+};
+template <typename Record, std::size_t Offset>
+struct Fill<0, Record, Offset> {
+  static constexpr std::size_t kSize = 0;
+};
 
 struct alignas(8) Int2 {
   std::int32_t x = 0, y = 0;
@@ -32,7 +64,7 @@ struct alignas(8) Float2 {
 
 struct alignas(16) Float3 {
   float x = 0, y = 0, z = 0;
-  Padding32 padding = 0;
+  std::uint32_t padding = 0;
 };
 
 struct alignas(16) Float4 {

@@ -5,25 +5,22 @@
 #include <cstddef>
 #include <cstdint>
 #include <tuple>
-#include <type_traits>
 
 #include "vornath_data/catalogue/group.hpp"
 #include "vornath_data/catalogue/object_class.hpp"
 #include "vornath_data/catalogue/record_types.hpp"
-#include "vornath_data/catalogue/schema_text.hpp"
 #include "vornath_data/catalogue/shared.hpp"
 
 namespace vrnt::data {
 
-inline constexpr auto kTransformationGroupTransformation = vrnt::detail::joinText(
-    R"s({ )s", kMatrix,
-    R"s( matrix; )s"
-    R"s(} @desc="The transformation which is applied to all members of the group" @mlcc_keep_alive @name="Transformation")s");
+// A line of transformation_group.def is a field. Declares the records and schemas of its groups,
+// TransformationGroupGroups and kTransformationGroupGroups.
+#define VRNT_FIELDS "vornath_data/catalogue/transformation_group.def"
+#define VRNT_BLOCK TransformationGroupGroups
+#include "vornath_data/catalogue/declare_groups.inc"
 
 struct TransformationGroupDesc {
-  struct Groups {
-    TransformationData transformation;
-  };
+  using Groups = TransformationGroupGroups;
 
   Groups groups;
 
@@ -31,13 +28,9 @@ struct TransformationGroupDesc {
   static constexpr ObjectKind kKind = ObjectKind::Instance;
   static constexpr const char* kName = "TransformationGroup";
   static constexpr bool kHasValue = false;
-  static constexpr auto kGroups = std::tuple{
-      Group{"Transformation", kTransformationGroupTransformation, &Groups::transformation}};
+  static constexpr auto kGroups = kTransformationGroupGroups;
   static constexpr std::tuple<> kSlots{};
 };
-static_assert(sizeof(TransformationGroupDesc::Groups) == 64 &&
-                  std::is_trivially_copyable_v<TransformationGroupDesc::Groups>,
-              "its bytes go to scene files: another size is another file version");
 
 }  // namespace vrnt::data
 
