@@ -1,11 +1,11 @@
 #!/bin/bash
 # Builds the fuzz targets with libFuzzer and runs one of them or all, side by side. A target
-# begins with its corpus; what it finds anew is kept in build/fuzz/corpus/, an input that fails in
+# begins with its seeds and its corpus; what it finds anew is kept in build/fuzz/corpus/, an input that fails in
 # build/fuzz/failures/. The last line tells how many targets ran and how many failed.
 # usage: scripts/fuzz.sh TARGET|all SECONDS|-runs=N [libFuzzer's options]
 #   SECONDS   for each target
-#   -runs=N   so many executions from the corpus of the repository alone, always the same ones, and
-#             at most 15 seconds for each target
+#   -runs=N   so many executions from the seeds and the corpus of the repository alone, always the
+#             same ones, and at most 15 seconds for each target
 set -euo pipefail
 cd "$(dirname "$0")/.."
 if [ $# -lt 2 ]; then
@@ -24,13 +24,8 @@ fi
 "${configure[@]}"
 build=fuzzers
 [ "$what" = all ] || build=fuzz_$what
-cmake --build --preset fuzz -j "$(nproc)" --target "$build"
+cmake --build --preset fuzz -j "$(nproc)" --target "$build" fuzz_make_seeds
 
-targets=("$what")
-if [ "$what" = all ]; then
-  targets=()
-  for corpus in fuzz/corpus/*/; do targets+=("$(basename "$corpus")"); done
-fi
 
 # A request for more memory than that fails, which is a correct outcome; libFuzzer's own limits lie
 # above, and end the program.
@@ -55,11 +50,20 @@ fuzz() {
       ;;
     *) run+=("-max_total_time=$bound" "build/fuzz/corpus/$target") ;;
   esac
+  [ ! -d "build/fuzz/seeds/$target" ] || run+=("build/fuzz/seeds/$target")
+  [ ! -d "fuzz/corpus/$target" ] || run+=("fuzz/corpus/$target")
   local status=0
-  "${run[@]}" "fuzz/corpus/$target" "$@" || status=$?
+  "${run[@]}" "$@" || status=$?
   [ -z "$work" ] || rm -rf "$work"
   return "$status"
 }
+
+build/fuzz/fuzz/fuzz_make_seeds build/fuzz/seeds
+targets=("$what")
+if [ "$what" = all ]; then
+  targets=()
+  for seeds in build/fuzz/seeds/*/; do targets+=("$(basename "$seeds")"); done
+fi
 
 failed=0
 if [ ${#targets[@]} -eq 1 ]; then
