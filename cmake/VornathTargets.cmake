@@ -55,7 +55,8 @@ function(vornath_layer)
 endfunction()
 
 if(VORNATH_DATA_SANITIZE)
-  add_compile_options(-fsanitize=${VORNATH_DATA_SANITIZE} -fno-omit-frame-pointer -g
+  # Reports name functions and lines, for which the least debug information is enough.
+  add_compile_options(-fsanitize=${VORNATH_DATA_SANITIZE} -fno-omit-frame-pointer -g1
                       -fno-sanitize-recover=all -D_GLIBCXX_ASSERTIONS)
   add_link_options(-fsanitize=${VORNATH_DATA_SANITIZE})
 endif()

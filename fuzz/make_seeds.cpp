@@ -1,5 +1,6 @@
 // Writes the seeds of the corpora, from the types and values that the library itself makes:
-// fuzz_make_seeds FOLDER makes FOLDER/<target>/seed-<name>. The same library gives the same bytes.
+// fuzz_make_seeds FOLDER makes FOLDER/<target>/seed-<name>, in place of the seeds that FOLDER has.
+// The same library gives the same bytes.
 #include <cstdio>
 #include <filesystem>
 #include <fstream>
@@ -58,7 +59,14 @@ constexpr const char* kValues[] = {"true",
 
 class Corpus {
  public:
-  explicit Corpus(fs::path folder) : folder_(std::move(folder)) {}
+  explicit Corpus(fs::path folder) : folder_(std::move(folder)) {
+    fs::create_directories(folder_);
+    std::vector<fs::path> old;
+    for (const auto& entry : fs::recursive_directory_iterator(folder_)) {
+      if (entry.path().filename().string().rfind("seed-", 0) == 0) old.push_back(entry.path());
+    }
+    for (const fs::path& seed : old) fs::remove(seed);
+  }
 
   void add(const std::string& target, const std::string& bytes,
            std::size_t longest = kLongestSeed) {
@@ -71,7 +79,10 @@ class Corpus {
   // An input that once failed keeps a name that tells why.
   void addNamed(const std::string& target, const std::string& name, const std::string& bytes) {
     fs::create_directories(folder_ / target);
-    std::ofstream(folder_ / target / name, std::ios::binary) << bytes;
+    std::ofstream file(folder_ / target / name, std::ios::binary);
+    file << bytes;
+    file.close();
+    FUZZ_CHECK_NOTE(file.good(), name.c_str());
   }
 
  private:

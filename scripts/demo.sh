@@ -14,8 +14,12 @@ heading "Dependencies"
 scripts/install_dependencies.sh library
 
 heading "Build"
-cmake -S . -B "$build" -G Ninja -DCMAKE_BUILD_TYPE=Release \
-  -DVORNATH_DATA_BUILD_TESTS=OFF -DVORNATH_DATA_BUILD_BENCH=OFF
+configure=(cmake -S . -B "$build" -G Ninja -DCMAKE_BUILD_TYPE=Release
+           -DVORNATH_DATA_BUILD_TESTS=OFF -DVORNATH_DATA_BUILD_BENCH=OFF)
+if command -v ccache >/dev/null; then
+  configure+=(-DCMAKE_C_COMPILER_LAUNCHER=ccache -DCMAKE_CXX_COMPILER_LAUNCHER=ccache)
+fi
+"${configure[@]}"
 cmake --build "$build" -j "$(nproc)" --target build_scene show_scene check_scene blackbody
 
 heading "build_scene: from the measurements to a scene file"

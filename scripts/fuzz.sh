@@ -1,11 +1,11 @@
 #!/bin/bash
-# Builds the fuzz targets with libFuzzer and runs one of them or all, one after the other. A target
-# begins with its corpus; what it finds anew is kept in build/fuzz/corpus/, an input that fails in
+# Builds the fuzz targets with libFuzzer and runs one of them or all, side by side. A target
+# begins with its seeds and its corpus; what it finds anew is kept in build/fuzz/corpus/, an input that fails in
 # build/fuzz/failures/. The last line tells how many targets ran and how many failed.
 # usage: scripts/fuzz.sh TARGET|all SECONDS|-runs=N [libFuzzer's options]
 #   SECONDS   for each target
-#   -runs=N   so many executions from the corpus of the repository alone, always the same ones, and
-#             at most 15 seconds for each target
+#   -runs=N   so many executions from the seeds and the corpus of the repository alone, always the
+#             same ones, and at most 15 seconds for each target
 set -euo pipefail
 cd "$(dirname "$0")/.."
 if [ $# -lt 2 ]; then
@@ -24,26 +24,22 @@ fi
 "${configure[@]}"
 build=fuzzers
 [ "$what" = all ] || build=fuzz_$what
-cmake --build --preset fuzz -j "$(nproc)" --target "$build"
+cmake --build --preset fuzz -j "$(nproc)" --target "$build" fuzz_make_seeds
 
-targets=("$what")
-if [ "$what" = all ]; then
-  targets=()
-  for corpus in fuzz/corpus/*/; do targets+=("$(basename "$corpus")"); done
-fi
 
 # A request for more memory than that fails, which is a correct outcome; libFuzzer's own limits lie
 # above, and end the program.
 export ASAN_OPTIONS="allocator_may_return_null=1:max_allocation_size_mb=24:${ASAN_OPTIONS:-}"
 export UBSAN_OPTIONS="print_stacktrace=1:${UBSAN_OPTIONS:-}"
 
-failed=0
-for target in "${targets[@]}"; do
-  echo "== $target"
+# What a target says goes to the terminal if it is the only one, and to a file if they run side by side.
+fuzz() {
+  local target=$1 work=""
+  shift
   mkdir -p "build/fuzz/corpus/$target" build/fuzz/failures
   # The entropic schedule takes longer here than the inputs do.
-  run=("build/fuzz/fuzz/fuzz_$target" -rss_limit_mb=4096 -malloc_limit_mb=256 -timeout=20 -entropic=0
-       -print_final_stats=1 "-artifact_prefix=build/fuzz/failures/$target-")
+  local run=("build/fuzz/fuzz/fuzz_$target" -rss_limit_mb=4096 -malloc_limit_mb=256 -timeout=20
+             -entropic=0 -print_final_stats=1 "-artifact_prefix=build/fuzz/failures/$target-")
   # A scene of all classes is longer than what libFuzzer tries by itself.
   [ "$target" != scene_file ] || run+=(-max_len=16384)
   [ ! -f "fuzz/$target.dict" ] || run+=("-dict=fuzz/$target.dict")
@@ -52,13 +48,42 @@ for target in "${targets[@]}"; do
       work=$(mktemp -d)
       run+=("$bound" -max_total_time=15 -seed=1 "$work")
       ;;
-    *)
-      work=""
-      run+=("-max_total_time=$bound" "build/fuzz/corpus/$target")
-      ;;
+    *) run+=("-max_total_time=$bound" "build/fuzz/corpus/$target") ;;
   esac
-  "${run[@]}" "fuzz/corpus/$target" "$@" || failed=$((failed + 1))
+  [ ! -d "build/fuzz/seeds/$target" ] || run+=("build/fuzz/seeds/$target")
+  [ ! -d "fuzz/corpus/$target" ] || run+=("fuzz/corpus/$target")
+  local status=0
+  "${run[@]}" "$@" || status=$?
   [ -z "$work" ] || rm -rf "$work"
-done
+  return "$status"
+}
+
+build/fuzz/fuzz/fuzz_make_seeds build/fuzz/seeds
+targets=("$what")
+if [ "$what" = all ]; then
+  targets=()
+  for seeds in build/fuzz/seeds/*/; do targets+=("$(basename "$seeds")"); done
+fi
+
+failed=0
+if [ ${#targets[@]} -eq 1 ]; then
+  echo "== $what"
+  fuzz "$what" "$@" || failed=1
+else
+  # As many at a time as there are processors.
+  logs=$(mktemp -d)
+  trap 'rm -rf "$logs"' EXIT
+  trap 'kill $(jobs -p); exit 130' INT TERM
+  for target in "${targets[@]}"; do
+    while [ "$(jobs -rp | wc -l)" -ge "$(nproc)" ]; do wait -n || true; done
+    { fuzz "$target" "$@" >"$logs/$target" 2>&1 && touch "$logs/$target.passed"; } &
+  done
+  wait
+  for target in "${targets[@]}"; do
+    echo "== $target"
+    cat "$logs/$target"
+    [ -e "$logs/$target.passed" ] || failed=$((failed + 1))
+  done
+fi
 echo "${#targets[@]} fuzz targets ran, $failed failed"
 [ "$failed" -eq 0 ]

@@ -33,9 +33,29 @@ if [ "$preset" = tsan ] && setarch -R true 2>/dev/null; then
   run=(setarch -R "${run[@]}")
 fi
 
-log=$(mktemp)
-trap 'rm -f "$log"' EXIT
+# Where ctest writes what each test printed.
+log=build/$preset/Testing/Temporary/LastTest.log
+rm -f "$log"
 status=0
-"${run[@]}" | tee "$log" || status=$?
-grep 'tests passed' "$log" || { echo "$preset: no test ran"; exit 1; }
-exit "$status"
+"${run[@]}" || status=$?
+
+# One test may be many cases of a program. The last line counts the cases that ran.
+awk -v status="$status" '
+  function end_of_test() {
+    if (!cases) cases = running
+    tests += cases
+    if (bad) failures += cases > passed ? cases - passed : 1
+    cases = passed = bad = 0
+  }
+  /^ *[0-9]+\/[0-9]+ Testing: / { end_of_test(); running = 1 }
+  /\[ RUN      \] / { ++cases }
+  /\[       OK \] |\[  SKIPPED \] .* ms\)$/ { ++passed }
+  /^Test Failed\.$/ { bad = 1 }
+  END {
+    end_of_test()
+    if (!tests) { print "no test ran"; exit 1 }
+    if (status && !failures) failures = 1
+    printf "%d%% tests passed, %d tests failed out of %d\n",
+           int((tests - failures) * 100 / tests), failures, tests
+    exit status
+  }' "$log"

@@ -7,7 +7,8 @@ scripts/install_dependencies.sh library tests tidy
 cmake --preset dev -DCMAKE_EXPORT_COMPILE_COMMANDS=ON >/dev/null
 cmake --build --preset dev -j "$(nproc)" --target vornath_grammar >/dev/null
 
-files=(common/*.cpp src/*/*.cpp src/*/tables/*.cpp)
+# The longest first, so that no processor waits for one of them at the end.
+mapfile -t files < <(ls -S common/*.cpp src/*/*.cpp src/*/tables/*.cpp)
 log=$(mktemp)
 trap 'rm -f "$log"' EXIT
 printf '%s\0' "${files[@]}" |

@@ -189,6 +189,9 @@ class BoundsFiller {
 
   void copyFirstElement(const InternedType& arrayType, std::uint64_t offset) {
     const auto [element, count] = arrayElements(arrayType);
+    // The element's type keeps its list of slots: in a nest of arrays of one element, the lists
+    // would take the square of its depth.
+    if (count == 1) return;
     const std::uint64_t size = element->size() * static_cast<std::uint64_t>(count);
     // Before the first copy: words that were copied and don't count yet would be released.
     const RefSlots slots(*element);

@@ -232,6 +232,7 @@ TEST_P(DeepValueText, IsCopiedAndWritten) {
 
 TEST_P(DeepValueText, IsCoercedAndSpecialized) {
   onMainStack([this] {
+    const PeakBytes peak;
     const ValueHandle value = parseValue(text("1"));
     const ValueHandle other = parseValue(text("1.0"));
     vrntValuesError_t* error = nullptr;
@@ -242,6 +243,7 @@ TEST_P(DeepValueText, IsCoercedAndSpecialized) {
     const ValueHandle special(
         vrntBuildSpecializationParameters(vrntValueType(value.get()), value.get(), &error));
     EXPECT_TRUE(special && equal(special, value));
+    EXPECT_LT(peak.value(), 2 * kMostMemory);
   });
 }
 
