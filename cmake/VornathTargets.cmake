@@ -41,14 +41,15 @@ function(vornath_part_of_library target)
   endif()
 endfunction()
 
-# A layer: one object library for each folder of src/, an include root of its own.
+# A layer: one object library for each folder of src/. Includes name the folder of their header;
+# the test abi.layers checks that none names a layer above.
 #   vornath_layer(NAME values SOURCES a.cpp b.cpp LINK vornath_types fmt::fmt)
 function(vornath_layer)
   cmake_parse_arguments(LAYER "" "NAME" "SOURCES;LINK" ${ARGN})
   set(target vornath_${LAYER_NAME})
   add_library(${target} OBJECT ${LAYER_SOURCES})
   target_include_directories(${target} PUBLIC
-    "${PROJECT_SOURCE_DIR}/include" "${PROJECT_SOURCE_DIR}/src" "${CMAKE_CURRENT_SOURCE_DIR}")
+    "${PROJECT_SOURCE_DIR}/include" "${PROJECT_SOURCE_DIR}/src")
   vornath_part_of_library(${target})
   target_link_libraries(${target} PUBLIC ${LAYER_LINK} PRIVATE vornath_flags)
   vornath_count_lines(${target})

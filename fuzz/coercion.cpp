@@ -6,8 +6,8 @@
 #include <iterator>
 #include <vector>
 
-#include "block.hpp"
 #include "support/target.hpp"
+#include "values/block.hpp"
 
 namespace vornath_fuzz {
 namespace {

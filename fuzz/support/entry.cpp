@@ -7,7 +7,7 @@
 #include <new>
 
 #include "support/target.hpp"
-#include "type_factory.hpp"
+#include "types/type_factory.hpp"
 
 namespace {
 

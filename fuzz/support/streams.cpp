@@ -3,8 +3,8 @@
 #include <map>
 #include <stdexcept>
 
-#include "block.hpp"
-#include "type_handle.hpp"
+#include "types/type_handle.hpp"
+#include "values/block.hpp"
 
 namespace vornath_fuzz {
 namespace {

@@ -5,7 +5,7 @@
 #include <cstdlib>
 #include <vector>
 
-#include "block.hpp"
+#include "values/block.hpp"
 
 namespace vornath_fuzz {
 namespace {

@@ -5,9 +5,9 @@
 #include <algorithm>
 #include <span>
 
-#include "reconstruction.hpp"
-#include "spectrum_view.hpp"
-#include "step_function.hpp"
+#include "colour/reconstruction.hpp"
+#include "colour/spectrum_view.hpp"
+#include "colour/step_function.hpp"
 
 namespace qex::vornath {
 

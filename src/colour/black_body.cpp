@@ -1,10 +1,10 @@
-#include "black_body.hpp"
+#include "colour/black_body.hpp"
 
 #include <array>
 #include <cmath>
 #include <cstddef>
 
-#include "tables/observer.hpp"
+#include "colour/tables/observer.hpp"
 
 namespace qex::vornath {
 namespace {

@@ -2,7 +2,7 @@
 #ifndef VORNATH_COLOUR_BLACK_BODY_HPP
 #define VORNATH_COLOUR_BLACK_BODY_HPP
 
-#include "colour_space.hpp"
+#include "colour/colour_space.hpp"
 
 namespace qex::vornath {
 

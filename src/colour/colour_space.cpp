@@ -1,4 +1,4 @@
-#include "colour_space.hpp"
+#include "colour/colour_space.hpp"
 
 #include <array>
 

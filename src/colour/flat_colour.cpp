@@ -1,14 +1,14 @@
 #include <cstdint>
 
-#include "black_body.hpp"
-#include "block.hpp"
-#include "boundary.hpp"
-#include "fixed_struct_types.hpp"
-#include "light_types.hpp"
-#include "spectrum_reading.hpp"
-#include "spectrum_record.hpp"
-#include "type_handle.hpp"
-#include "universal_spectrum.hpp"
+#include "colour/black_body.hpp"
+#include "colour/light_types.hpp"
+#include "colour/spectrum_reading.hpp"
+#include "colour/spectrum_record.hpp"
+#include "colour/universal_spectrum.hpp"
+#include "foundation/boundary.hpp"
+#include "types/fixed_struct_types.hpp"
+#include "types/type_handle.hpp"
+#include "values/block.hpp"
 #include "vornath_data/colour.h"
 
 namespace qex::vornath {

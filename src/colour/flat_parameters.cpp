@@ -1,9 +1,9 @@
-#include "material_parameter_types.hpp"
-#include "sampler_types.hpp"
-#include "texture_types.hpp"
-#include "type_handle.hpp"
+#include "colour/material_parameter_types.hpp"
+#include "colour/sampler_types.hpp"
+#include "colour/texture_types.hpp"
+#include "colour/wrap_mode.hpp"
+#include "types/type_handle.hpp"
 #include "vornath_data/parameters.h"
-#include "wrap_mode.hpp"
 
 using qex::vornath::allocateType;
 using qex::vornath::typeOf;

@@ -1,7 +1,7 @@
-#include "light_types.hpp"
+#include "colour/light_types.hpp"
 
-#include "fixed_struct_types.hpp"
-#include "type_making.hpp"
+#include "colour/type_making.hpp"
+#include "types/fixed_struct_types.hpp"
 
 namespace qex::vornath {
 namespace {

@@ -1,12 +1,33 @@
-#include "material_parameter_types.hpp"
+#include "colour/material_parameter_types.hpp"
 
-#include "type_making.hpp"
-#include "vornath_data/catalogue/schema_text.hpp"
+#include <cstddef>
+
+#include "colour/type_making.hpp"
 
 namespace qex::vornath {
 namespace {
 
-using vrnt::detail::joinText;
+// A text of a fixed length with its terminating NUL.
+template <std::size_t Length>
+struct JoinedText {
+  char text[Length + 1] = {};
+
+  constexpr operator const char*() const { return text; }  // NOLINT(google-explicit-constructor)
+};
+
+template <std::size_t Length, std::size_t Size>
+constexpr void appendText(JoinedText<Length>& joined, std::size_t& end, const char (&part)[Size]) {
+  for (std::size_t i = 0; i + 1 < Size; ++i) joined.text[end++] = part[i];
+}
+
+// Joins literals and fragments, all of them arrays that end in a NUL.
+template <std::size_t... Sizes>
+constexpr auto joinText(const char (&... parts)[Sizes]) {
+  JoinedText<(0 + ... + (Sizes - 1))> joined;
+  std::size_t end = 0;
+  (appendText(joined, end, parts), ...);
+  return joined;
+}
 
 constexpr char kSpectrum[] = "{ enum { LUMINANCE; RGB; SPECTRAL; } encoding; float[]* spectrum; }";
 constexpr char kWrapMode[] = "enum { CLAMP; BORDER; REPEAT; MIRROR; }";

@@ -5,7 +5,7 @@
 
 #include <cstdint>
 
-#include "type.hpp"
+#include "types/type.hpp"
 #include "vornath_data/parameters.h"
 
 namespace qex::vornath {

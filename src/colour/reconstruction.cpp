@@ -1,9 +1,9 @@
-#include "reconstruction.hpp"
+#include "colour/reconstruction.hpp"
 
 #include <cmath>
 #include <cstddef>
 
-#include "tables/reconstruction_curves.hpp"
+#include "colour/tables/reconstruction_curves.hpp"
 
 namespace qex::vornath {
 namespace {

@@ -2,9 +2,9 @@
 #ifndef VORNATH_COLOUR_RECONSTRUCTION_HPP
 #define VORNATH_COLOUR_RECONSTRUCTION_HPP
 
-#include "colour_space.hpp"
-#include "illuminant.hpp"
-#include "tables/grid.hpp"
+#include "colour/colour_space.hpp"
+#include "colour/illuminant.hpp"
+#include "colour/tables/grid.hpp"
 
 namespace qex::vornath {
 

@@ -1,12 +1,12 @@
-#include "sampler_types.hpp"
+#include "colour/sampler_types.hpp"
 
 #include <string>
 #include <variant>
 
-#include "fixed_struct_types.hpp"
-#include "metadata.hpp"
-#include "texture_types.hpp"
-#include "type_making.hpp"
+#include "colour/texture_types.hpp"
+#include "colour/type_making.hpp"
+#include "types/fixed_struct_types.hpp"
+#include "types/metadata.hpp"
 
 namespace qex::vornath {
 namespace {

@@ -5,9 +5,9 @@
 
 #include <cstdint>
 
-#include "texture_types.hpp"
-#include "type.hpp"
-#include "wrap_mode.hpp"
+#include "colour/texture_types.hpp"
+#include "colour/wrap_mode.hpp"
+#include "types/type.hpp"
 
 namespace qex::vornath {
 

@@ -1,10 +1,10 @@
-#include "spectral_integral.hpp"
+#include "colour/spectral_integral.hpp"
 
 #include <array>
 #include <cstdint>
 
-#include "tables/illuminants.hpp"
-#include "tables/observer.hpp"
+#include "colour/tables/illuminants.hpp"
+#include "colour/tables/observer.hpp"
 
 namespace qex::vornath {
 namespace {

@@ -2,9 +2,9 @@
 #ifndef VORNATH_COLOUR_SPECTRAL_INTEGRAL_HPP
 #define VORNATH_COLOUR_SPECTRAL_INTEGRAL_HPP
 
-#include "colour_space.hpp"
-#include "illuminant.hpp"
-#include "step_function.hpp"
+#include "colour/colour_space.hpp"
+#include "colour/illuminant.hpp"
+#include "colour/step_function.hpp"
 
 namespace qex::vornath {
 

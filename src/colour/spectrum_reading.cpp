@@ -1,10 +1,10 @@
-#include "spectrum_reading.hpp"
+#include "colour/spectrum_reading.hpp"
 
 #include <cstdint>
 #include <cstring>
 
-#include "dynamic_value.hpp"
-#include "fixed_struct_types.hpp"
+#include "types/fixed_struct_types.hpp"
+#include "values/dynamic_value.hpp"
 #include "vornath_data/result.hpp"
 
 namespace qex::vornath {

@@ -4,9 +4,9 @@
 
 #include <span>
 
-#include "block.hpp"
-#include "spectrum_view.hpp"
-#include "type.hpp"
+#include "colour/spectrum_view.hpp"
+#include "types/type.hpp"
+#include "values/block.hpp"
 
 namespace qex::vornath {
 

@@ -1,9 +1,9 @@
-#include "spectrum_record.hpp"
+#include "colour/spectrum_record.hpp"
 
 #include <span>
 #include <vector>
 
-#include "step_function.hpp"
+#include "colour/step_function.hpp"
 
 namespace qex::vornath {
 namespace {

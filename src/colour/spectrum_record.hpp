@@ -4,8 +4,8 @@
 
 #include <cstdint>
 
-#include "illuminant.hpp"
-#include "spectrum_view.hpp"
+#include "colour/illuminant.hpp"
+#include "colour/spectrum_view.hpp"
 #include "vornath_data/colour.h"
 
 namespace qex::vornath {

@@ -1,9 +1,9 @@
-#include "spectrum_view.hpp"
+#include "colour/spectrum_view.hpp"
 
-#include "band_averages.hpp"
-#include "spectral_integral.hpp"
-#include "step_function.hpp"
-#include "wavelengths.hpp"
+#include "colour/band_averages.hpp"
+#include "colour/spectral_integral.hpp"
+#include "colour/step_function.hpp"
+#include "colour/wavelengths.hpp"
 
 namespace qex::vornath {
 Rgb SpectrumView::storedRgb() const noexcept {

@@ -8,9 +8,9 @@
 #include <span>
 #include <vector>
 
-#include "colour_space.hpp"
-#include "illuminant.hpp"
-#include "spectrum_encoding.hpp"
+#include "colour/colour_space.hpp"
+#include "colour/illuminant.hpp"
+#include "types/spectrum_encoding.hpp"
 
 namespace qex::vornath {
 

@@ -1,7 +1,7 @@
-#include "step_function.hpp"
+#include "colour/step_function.hpp"
 
+#include "colour/wavelengths.hpp"
 #include "vornath_data/result.hpp"
-#include "wavelengths.hpp"
 
 namespace qex::vornath {
 PairsBuilder::PairsBuilder(std::size_t samples) {

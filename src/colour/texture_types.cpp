@@ -1,6 +1,6 @@
-#include "texture_types.hpp"
+#include "colour/texture_types.hpp"
 
-#include "type_making.hpp"
+#include "colour/type_making.hpp"
 
 namespace qex::vornath {
 namespace {

@@ -2,7 +2,7 @@
 #ifndef VORNATH_COLOUR_TEXTURE_TYPES_HPP
 #define VORNATH_COLOUR_TEXTURE_TYPES_HPP
 
-#include "type.hpp"
+#include "types/type.hpp"
 
 namespace qex::vornath {
 

@@ -10,9 +10,9 @@
 #include <utility>
 #include <vector>
 
-#include "relations.hpp"
-#include "type.hpp"
-#include "type_factory.hpp"
+#include "types/relations.hpp"
+#include "types/type.hpp"
+#include "types/type_factory.hpp"
 
 namespace qex::vornath {
 

@@ -1,9 +1,9 @@
-#include "universal_spectrum.hpp"
+#include "colour/universal_spectrum.hpp"
 
 #include <unordered_map>
 
-#include "fixed_struct_types.hpp"
-#include "type_making.hpp"
+#include "colour/type_making.hpp"
+#include "types/fixed_struct_types.hpp"
 
 namespace qex::vornath {
 namespace {

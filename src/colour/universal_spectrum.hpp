@@ -3,7 +3,7 @@
 #ifndef VORNATH_COLOUR_UNIVERSAL_SPECTRUM_HPP
 #define VORNATH_COLOUR_UNIVERSAL_SPECTRUM_HPP
 
-#include "type.hpp"
+#include "types/type.hpp"
 
 namespace qex::vornath {
 

@@ -1,4 +1,4 @@
-#include "wavelengths.hpp"
+#include "colour/wavelengths.hpp"
 
 #include "vornath_data/result.hpp"
 

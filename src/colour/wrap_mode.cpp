@@ -1,8 +1,8 @@
-#include "wrap_mode.hpp"
+#include "colour/wrap_mode.hpp"
 
 #include <string>
 
-#include "type_making.hpp"
+#include "colour/type_making.hpp"
 
 namespace qex::vornath {
 namespace {

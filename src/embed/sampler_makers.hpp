@@ -2,8 +2,8 @@
 #ifndef VORNATH_EMBED_SAMPLER_MAKERS_HPP
 #define VORNATH_EMBED_SAMPLER_MAKERS_HPP
 
-#include "type.hpp"
-#include "wrap_mode.hpp"
+#include "colour/wrap_mode.hpp"
+#include "types/type.hpp"
 
 namespace qex::vornath {
 

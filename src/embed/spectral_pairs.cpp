@@ -2,8 +2,8 @@
 
 #include <utility>
 
+#include "colour/step_function.hpp"
 #include "embed/wavelength.hpp"
-#include "step_function.hpp"
 #include "vornath_data/result.hpp"
 
 namespace qex::vornath {

@@ -3,11 +3,11 @@
 #include <array>
 #include <utility>
 
+#include "colour/spectrum_reading.hpp"
+#include "colour/step_function.hpp"
 #include "embed/spectral_pairs.hpp"
-#include "fixed_struct_types.hpp"
-#include "spectrum_reading.hpp"
-#include "spectrum_value.hpp"
-#include "step_function.hpp"
+#include "types/fixed_struct_types.hpp"
+#include "values/spectrum_value.hpp"
 
 namespace qex::vornath {
 namespace {

@@ -4,8 +4,8 @@
 
 #include <span>
 
-#include "dynamic_value.hpp"
-#include "spectrum_view.hpp"
+#include "colour/spectrum_view.hpp"
+#include "values/dynamic_value.hpp"
 
 namespace qex::vornath {
 

@@ -1,7 +1,7 @@
 // Readings of spectra that no flat function offers.
-#include "band_averages.hpp"
+#include "colour/band_averages.hpp"
+#include "colour/spectrum_view.hpp"
 #include "embed/wavelength.hpp"
-#include "spectrum_view.hpp"
 
 namespace qex::vornath {
 

@@ -13,7 +13,7 @@
 #include <type_traits>
 #include <utility>
 
-#include "error_object.hpp"
+#include "foundation/error_object.hpp"
 #include "vornath_data/result.hpp"
 
 namespace qex::vornath {

@@ -1,4 +1,4 @@
-#include "digest.hpp"
+#include "foundation/digest.hpp"
 
 #include <cryptopp/sha.h>
 

@@ -1,4 +1,4 @@
-#include "error_object.hpp"
+#include "foundation/error_object.hpp"
 
 #include <utility>
 

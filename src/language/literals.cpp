@@ -1,4 +1,4 @@
-#include "literals.hpp"
+#include "language/literals.hpp"
 
 #include <charconv>
 #include <limits>
@@ -7,7 +7,7 @@
 #include <sstream>
 #include <string>
 
-#include "half.hpp"
+#include "values/half.hpp"
 
 namespace qex::vornath {
 namespace {

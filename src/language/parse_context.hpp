@@ -5,8 +5,8 @@
 #include <optional>
 #include <string>
 
-#include "dynamic_value.hpp"
-#include "type.hpp"
+#include "types/type.hpp"
+#include "values/dynamic_value.hpp"
 
 namespace qex::vornath {
 

@@ -1,12 +1,12 @@
-#include "parse_driver.hpp"
+#include "language/parse_driver.hpp"
 
 #include <boost/thread/lock_guard.hpp>
 #include <boost/thread/mutex.hpp>
 
 #include "grammar.hpp"
-#include "scanner.hpp"
-#include "type_parser.hpp"
-#include "value_parser.hpp"
+#include "language/scanner.hpp"
+#include "types/type_parser.hpp"
+#include "values/value_parser.hpp"
 #include "vornath_data/result.hpp"
 
 namespace qex::vornath {

@@ -8,7 +8,7 @@
 #include <optional>
 #include <string>
 
-#include "parse_context.hpp"
+#include "language/parse_context.hpp"
 
 namespace qex::vornath {
 

@@ -12,8 +12,8 @@
 #include <utility>
 
 #include "grammar.hpp"
-#include "literals.hpp"
-#include "scanner.hpp"
+#include "language/literals.hpp"
+#include "language/scanner.hpp"
 
 using qex::vornath::Scan;
 using qex::vornath::grammar::parser;

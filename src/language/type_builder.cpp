@@ -1,9 +1,9 @@
-#include "type_builder.hpp"
+#include "language/type_builder.hpp"
 
 #include <utility>
 
-#include "metadata.hpp"
-#include "type_factory.hpp"
+#include "types/metadata.hpp"
+#include "types/type_factory.hpp"
 
 namespace qex::vornath::build {
 

@@ -6,8 +6,8 @@
 #include <string>
 #include <vector>
 
-#include "dynamic_value.hpp"
-#include "type.hpp"
+#include "types/type.hpp"
+#include "values/dynamic_value.hpp"
 
 namespace qex::vornath::build {
 

@@ -1,8 +1,8 @@
-#include "value_builder.hpp"
+#include "language/value_builder.hpp"
 
 #include <utility>
 
-#include "type_builder.hpp"
+#include "language/type_builder.hpp"
 
 namespace qex::vornath::build {
 namespace {

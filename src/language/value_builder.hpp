@@ -8,9 +8,9 @@
 #include <string>
 #include <vector>
 
-#include "dynamic_value.hpp"
-#include "type.hpp"
-#include "value_draft.hpp"
+#include "language/value_draft.hpp"
+#include "types/type.hpp"
+#include "values/dynamic_value.hpp"
 
 namespace qex::vornath::build {
 

@@ -1,4 +1,4 @@
-#include "value_draft.hpp"
+#include "language/value_draft.hpp"
 
 #include <algorithm>
 #include <cstring>

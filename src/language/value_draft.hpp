@@ -7,8 +7,8 @@
 #include <cstdint>
 #include <vector>
 
-#include "dynamic_value.hpp"
-#include "type.hpp"
+#include "types/type.hpp"
+#include "values/dynamic_value.hpp"
 
 namespace qex::vornath::build {
 

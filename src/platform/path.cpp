@@ -1,4 +1,4 @@
-#include "path.hpp"
+#include "platform/path.hpp"
 
 #include <cstring>
 #include <string>

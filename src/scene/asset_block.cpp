@@ -1,4 +1,4 @@
-#include "asset_block.hpp"
+#include "scene/asset_block.hpp"
 
 #include <cstdlib>
 #include <cstring>

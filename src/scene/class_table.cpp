@@ -1,26 +1,10 @@
-#include "class_table.hpp"
+#include "scene/class_table.hpp"
 
-#include <bit>
 #include <type_traits>
 
 namespace vrnt::data {
 
 namespace {
-
-// Where a group's record lies: set alone, it is all that is set in the bytes of the groups. It
-// begins with a field, never with padding.
-template <typename Groups, typename Record>
-constexpr std::uint32_t recordOffset(Record Groups::*member) {
-  using Bytes = std::array<unsigned char, sizeof(Groups)>;
-  std::array<unsigned char, sizeof(Record)> set{};
-  set.fill(0xFF);
-  auto groups = std::bit_cast<Groups>(Bytes{});
-  groups.*member = std::bit_cast<Record>(set);
-  const auto bytes = std::bit_cast<Bytes>(groups);
-  std::uint32_t offset = 0;
-  while (bytes[offset] == 0) ++offset;
-  return offset;
-}
 
 constexpr auto makeGroupTable() {
   std::array<GroupEntry, kTotalGroupCount> table{};
@@ -28,8 +12,8 @@ constexpr auto makeGroupTable() {
   const auto add = [&](auto tag) {
     forEachGroup<typename decltype(tag)::Desc>([&](const auto& group, auto) {
       using Record = typename std::decay_t<decltype(group)>::Record;
-      table[ordinal] = {group.name, group.schema, recordOffset(group.member), sizeof(Record),
-                        ordinal};
+      table[ordinal] = {group.name, group.schema, static_cast<std::uint32_t>(group.offset),
+                        sizeof(Record), ordinal};
       ++ordinal;
     });
   };

@@ -1,6 +1,6 @@
 // The flat queries of the catalogue: a look-up in its tables. All of them answer any number.
-#include "class_table.hpp"
-#include "group_type.hpp"
+#include "scene/class_table.hpp"
+#include "scene/group_type.hpp"
 #include "vornath_data/catalogue.h"
 
 using vrnt::data::ClassEntry;

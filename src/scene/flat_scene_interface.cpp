@@ -4,13 +4,13 @@
 #include <cstring>
 #include <new>
 
-#include "class_table.hpp"
-#include "group_value.hpp"
-#include "object_operations.hpp"
-#include "reference_counts.hpp"
-#include "reference_slots.hpp"
-#include "scene_access.hpp"
-#include "scene_file.hpp"
+#include "scene/class_table.hpp"
+#include "scene/group_value.hpp"
+#include "scene/object_operations.hpp"
+#include "scene/reference_counts.hpp"
+#include "scene/reference_slots.hpp"
+#include "scene/scene_access.hpp"
+#include "scene/scene_file.hpp"
 #include "vornath_data/scene.hpp"
 #include "vornath_data/scene_interface.h"
 

@@ -1,10 +1,10 @@
-#include "group_type.hpp"
+#include "scene/group_type.hpp"
 
 #include <array>
 #include <atomic>
 #include <utility>
 
-#include "value_or_throw.hpp"
+#include "scene/value_or_throw.hpp"
 
 namespace vrnt::data {
 

@@ -2,7 +2,7 @@
 #ifndef VORNATH_SCENE_GROUP_TYPE_HPP
 #define VORNATH_SCENE_GROUP_TYPE_HPP
 
-#include "class_table.hpp"
+#include "scene/class_table.hpp"
 #include "vornath_data/types.h"
 #include "vornath_data/value.hpp"
 

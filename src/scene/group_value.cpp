@@ -1,6 +1,6 @@
-#include "group_value.hpp"
+#include "scene/group_value.hpp"
 
-#include "value_or_throw.hpp"
+#include "scene/value_or_throw.hpp"
 
 namespace vrnt::data {
 

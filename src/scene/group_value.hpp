@@ -5,8 +5,8 @@
 
 #include <cstring>
 
-#include "class_table.hpp"
-#include "group_type.hpp"
+#include "scene/class_table.hpp"
+#include "scene/group_type.hpp"
 #include "vornath_data/value.hpp"
 
 namespace vrnt::data {

@@ -12,10 +12,10 @@
 #include <utility>
 #include <vector>
 
-#include "asset_block.hpp"
-#include "class_table.hpp"
-#include "reference_counts.hpp"
-#include "scene_access.hpp"
+#include "scene/asset_block.hpp"
+#include "scene/class_table.hpp"
+#include "scene/reference_counts.hpp"
+#include "scene/scene_access.hpp"
 #include "vornath_data/scene.hpp"
 #include "vornath_data/texture_references.hpp"
 

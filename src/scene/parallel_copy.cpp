@@ -1,4 +1,4 @@
-#include "parallel_copy.hpp"
+#include "scene/parallel_copy.hpp"
 
 #include <tbb/blocked_range.h>
 #include <tbb/parallel_for.h>

@@ -1,4 +1,4 @@
-#include "record_comparison.hpp"
+#include "scene/record_comparison.hpp"
 
 #include <cstring>
 

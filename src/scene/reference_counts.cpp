@@ -1,4 +1,4 @@
-#include "reference_counts.hpp"
+#include "scene/reference_counts.hpp"
 
 #include <algorithm>
 #include <array>

@@ -12,9 +12,9 @@
 #include <cstdint>
 #include <vector>
 
-#include "class_table.hpp"
-#include "reference_slots.hpp"
-#include "scene_access.hpp"
+#include "scene/class_table.hpp"
+#include "scene/reference_slots.hpp"
+#include "scene/scene_access.hpp"
 #include "vornath_data/scene.hpp"
 
 namespace vrnt::data {

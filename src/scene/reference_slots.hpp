@@ -8,7 +8,7 @@
 #include <type_traits>
 #include <vector>
 
-#include "class_table.hpp"
+#include "scene/class_table.hpp"
 #include "vornath_data/ref.hpp"
 
 namespace vrnt::data {

@@ -3,10 +3,10 @@
 #include <string>
 #include <vector>
 
-#include "class_table.hpp"
-#include "digest.hpp"
-#include "group_value.hpp"
-#include "reference_slots.hpp"
+#include "foundation/digest.hpp"
+#include "scene/class_table.hpp"
+#include "scene/group_value.hpp"
+#include "scene/reference_slots.hpp"
 #include "vornath_data/scene.hpp"
 
 namespace vrnt::data {

@@ -5,10 +5,10 @@
 #include <unordered_set>
 #include <vector>
 
-#include "class_table.hpp"
-#include "group_type.hpp"
-#include "record_comparison.hpp"
-#include "reference_slots.hpp"
+#include "scene/class_table.hpp"
+#include "scene/group_type.hpp"
+#include "scene/record_comparison.hpp"
+#include "scene/reference_slots.hpp"
 #include "vornath_data/scene.hpp"
 
 namespace vrnt::data {

@@ -1,4 +1,4 @@
-#include "scene_file.hpp"
+#include "scene/scene_file.hpp"
 
 #include <fmt/format.h>
 
@@ -11,12 +11,12 @@
 #include <utility>
 #include <vector>
 
-#include "asset_block.hpp"
-#include "class_table.hpp"
-#include "object_operations.hpp"
-#include "path.hpp"
-#include "reference_slots.hpp"
-#include "scene_access.hpp"
+#include "platform/path.hpp"
+#include "scene/asset_block.hpp"
+#include "scene/class_table.hpp"
+#include "scene/object_operations.hpp"
+#include "scene/reference_slots.hpp"
+#include "scene/scene_access.hpp"
 
 namespace vrnt::data {
 
@@ -26,8 +26,8 @@ constexpr char kMagic[8] = {'V', 'R', 'N', 'S', 'C', 'E', 'N', 'E'};
 
 // The version alone tells a file's layout, since plain records are written as they lie in memory.
 // Whoever changes a group's record, the order of groups, slots or classes, or what stands between
-// them, increments the number, adds a line here, and runs scripts/write_catalogue.py. Files of other
-// versions are not read.
+// them, increments the number, adds a line here, and runs scripts/write_catalogue.py. Files of
+// other versions are not read.
 //   173  the first of this library: 18 classes, group blocks as in docs/catalogue.md
 constexpr std::uint32_t kVersion = 173;
 

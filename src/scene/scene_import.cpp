@@ -9,12 +9,12 @@
 #include <utility>
 #include <vector>
 
-#include "class_table.hpp"
-#include "object_operations.hpp"
-#include "reference_counts.hpp"
-#include "reference_slots.hpp"
-#include "scene_access.hpp"
-#include "texture_references.hpp"
+#include "scene/class_table.hpp"
+#include "scene/object_operations.hpp"
+#include "scene/reference_counts.hpp"
+#include "scene/reference_slots.hpp"
+#include "scene/scene_access.hpp"
+#include "scene/texture_references.hpp"
 #include "vornath_data/scene.hpp"
 
 namespace vrnt::data {

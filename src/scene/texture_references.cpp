@@ -1,4 +1,4 @@
-#include "texture_references.hpp"
+#include "scene/texture_references.hpp"
 
 #include <array>
 #include <cstddef>

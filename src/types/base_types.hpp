@@ -5,7 +5,7 @@
 #include <array>
 #include <cstdint>
 
-#include "type.hpp"
+#include "types/type.hpp"
 #include "vornath_data/result.hpp"
 
 namespace qex::vornath {

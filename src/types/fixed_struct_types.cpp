@@ -1,7 +1,7 @@
-#include "fixed_struct_types.hpp"
+#include "types/fixed_struct_types.hpp"
 
-#include "metadata.hpp"
-#include "type_factory.hpp"
+#include "types/metadata.hpp"
+#include "types/type_factory.hpp"
 
 namespace qex::vornath {
 namespace {

@@ -2,7 +2,7 @@
 #ifndef VORNATH_TYPES_FIXED_STRUCT_TYPES_HPP
 #define VORNATH_TYPES_FIXED_STRUCT_TYPES_HPP
 
-#include "type.hpp"
+#include "types/type.hpp"
 
 namespace qex::vornath {
 

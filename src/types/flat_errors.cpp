@@ -1,8 +1,8 @@
 // Error objects and strings are foundation's; the shutdown releases types, hence this folder.
 #include <cstdlib>
 
-#include "error_object.hpp"
-#include "type_factory.hpp"
+#include "foundation/error_object.hpp"
+#include "types/type_factory.hpp"
 #include "vornath_data/errors.h"
 
 using qex::vornath::outOfMemoryError;

@@ -1,8 +1,8 @@
 #include <array>
 #include <iterator>
 
-#include "metadata_value.hpp"
-#include "type_handle.hpp"
+#include "types/metadata_value.hpp"
+#include "types/type_handle.hpp"
 #include "vornath_data/detail/wrong_kind.hpp"
 #include "vornath_data/metadata.h"
 

@@ -3,14 +3,14 @@
 #include <stdexcept>
 #include <string_view>
 
-#include "base_types.hpp"
-#include "boundary.hpp"
-#include "fixed_struct_types.hpp"
-#include "relations.hpp"
-#include "type_factory.hpp"
-#include "type_handle.hpp"
+#include "foundation/boundary.hpp"
+#include "types/base_types.hpp"
+#include "types/fixed_struct_types.hpp"
+#include "types/relations.hpp"
+#include "types/type_factory.hpp"
+#include "types/type_handle.hpp"
+#include "types/wrong_kind.hpp"
 #include "vornath_data/types.h"
-#include "wrong_kind.hpp"
 
 using qex::vornath::InternedType;
 using qex::vornath::raiseWrongKind;

@@ -1,4 +1,4 @@
-#include "layout.hpp"
+#include "types/layout.hpp"
 
 #include <algorithm>
 #include <boost/container/small_vector.hpp>
@@ -6,7 +6,7 @@
 #include <new>
 #include <utility>
 
-#include "base_types.hpp"
+#include "types/base_types.hpp"
 #include "vornath_data/result.hpp"
 
 namespace qex::vornath {

@@ -5,7 +5,7 @@
 #include <cstdint>
 #include <vector>
 
-#include "type.hpp"
+#include "types/type.hpp"
 
 namespace qex::vornath {
 

@@ -1,8 +1,8 @@
-#include "metadata.hpp"
+#include "types/metadata.hpp"
 
 #include <utility>
 
-#include "metadata_value.hpp"
+#include "types/metadata_value.hpp"
 
 namespace qex::vornath {
 

@@ -8,7 +8,7 @@
 #include <string_view>
 #include <variant>
 
-#include "heap_value.hpp"
+#include "types/heap_value.hpp"
 
 namespace qex::vornath {
 

@@ -4,7 +4,7 @@
 
 #include <string>
 
-#include "type.hpp"
+#include "types/type.hpp"
 
 namespace qex::vornath {
 

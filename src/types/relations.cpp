@@ -1,12 +1,12 @@
-#include "relations.hpp"
+#include "types/relations.hpp"
 
 #include <algorithm>
 #include <boost/container/small_vector.hpp>
 #include <utility>
 #include <vector>
 
-#include "base_types.hpp"
-#include "type_text.hpp"
+#include "types/base_types.hpp"
+#include "types/type_text.hpp"
 #include "vornath_data/result.hpp"
 
 namespace qex::vornath {

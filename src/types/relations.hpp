@@ -5,7 +5,7 @@
 #include <optional>
 #include <string>
 
-#include "type.hpp"
+#include "types/type.hpp"
 
 namespace qex::vornath {
 

@@ -1,11 +1,11 @@
-#include "type.hpp"
+#include "types/type.hpp"
 
 #include <unordered_set>
 
-#include "layout.hpp"
-#include "metadata.hpp"
-#include "type_handle.hpp"
-#include "type_text.hpp"
+#include "types/layout.hpp"
+#include "types/metadata.hpp"
+#include "types/type_handle.hpp"
+#include "types/type_text.hpp"
 #include "vornath_data/result.hpp"
 
 namespace qex::vornath {

@@ -10,10 +10,10 @@
 #include <variant>
 #include <vector>
 
-#include "metadata.hpp"
-#include "text_fingerprint.hpp"
-#include "type_desc.hpp"
-#include "type_pointer.hpp"
+#include "types/metadata.hpp"
+#include "types/text_fingerprint.hpp"
+#include "types/type_desc.hpp"
+#include "types/type_pointer.hpp"
 #include "vornath_data/type_library.hpp"
 
 namespace qex::vornath {

@@ -9,8 +9,8 @@
 #include <variant>
 #include <vector>
 
-#include "metadata.hpp"
-#include "type_pointer.hpp"
+#include "types/metadata.hpp"
+#include "types/type_pointer.hpp"
 #include "vornath_data/type_library.hpp"
 
 namespace qex::vornath {

@@ -1,12 +1,12 @@
-#include "type_factory.hpp"
+#include "types/type_factory.hpp"
 
 #include <boost/thread/recursive_mutex.hpp>
 #include <cstring>
 #include <mutex>
 #include <utility>
 
-#include "type_parser.hpp"
-#include "type_text.hpp"
+#include "types/type_parser.hpp"
+#include "types/type_text.hpp"
 
 namespace qex::vornath {
 namespace {

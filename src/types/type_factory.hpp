@@ -14,8 +14,8 @@
 #include <set>
 #include <string_view>
 
-#include "type.hpp"
-#include "type_order.hpp"
+#include "types/type.hpp"
+#include "types/type_order.hpp"
 
 namespace boost {
 class recursive_mutex;

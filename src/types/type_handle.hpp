@@ -2,7 +2,7 @@
 #ifndef VORNATH_TYPES_TYPE_HANDLE_HPP
 #define VORNATH_TYPES_TYPE_HANDLE_HPP
 
-#include "type.hpp"
+#include "types/type.hpp"
 
 namespace qex::vornath {
 

@@ -1,4 +1,4 @@
-#include "type_order.hpp"
+#include "types/type_order.hpp"
 
 #include <algorithm>
 #include <functional>

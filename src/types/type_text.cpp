@@ -1,12 +1,12 @@
-#include "type_text.hpp"
+#include "types/type_text.hpp"
 
 #include <algorithm>
 #include <new>
 #include <utility>
 #include <vector>
 
-#include "base_types.hpp"
-#include "metadata.hpp"
+#include "types/base_types.hpp"
+#include "types/metadata.hpp"
 
 namespace qex::vornath {
 namespace {

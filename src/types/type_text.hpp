@@ -11,7 +11,7 @@
 #include <string>
 #include <string_view>
 
-#include "type.hpp"
+#include "types/type.hpp"
 
 namespace qex::vornath {
 

@@ -1,4 +1,4 @@
-#include "wrong_kind.hpp"
+#include "types/wrong_kind.hpp"
 
 #include "vornath_data/detail/wrong_kind.hpp"
 

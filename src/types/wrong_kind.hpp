@@ -2,7 +2,7 @@
 #ifndef VORNATH_TYPES_WRONG_KIND_HPP
 #define VORNATH_TYPES_WRONG_KIND_HPP
 
-#include "type.hpp"
+#include "types/type.hpp"
 
 namespace qex::vornath {
 

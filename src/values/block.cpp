@@ -1,11 +1,11 @@
-#include "block.hpp"
+#include "values/block.hpp"
 
 #include <cstdlib>
 #include <limits>
 #include <new>
 
-#include "boundary.hpp"
-#include "type_handle.hpp"
+#include "foundation/boundary.hpp"
+#include "types/type_handle.hpp"
 
 namespace qex::vornath {
 namespace {

@@ -9,8 +9,8 @@
 #include <cstring>
 #include <utility>
 
-#include "ref_slots.hpp"
-#include "type.hpp"
+#include "types/ref_slots.hpp"
+#include "types/type.hpp"
 
 namespace qex::vornath {
 

@@ -1,17 +1,17 @@
-#include "bounds.hpp"
+#include "values/bounds.hpp"
 
 #include <algorithm>
 #include <cstring>
 #include <limits>
 
-#include "base_types.hpp"
-#include "fixed_struct_types.hpp"
-#include "layout.hpp"
-#include "metadata.hpp"
-#include "ref_slots.hpp"
-#include "relations.hpp"
-#include "spectrum_encoding.hpp"
-#include "write_protocol.hpp"
+#include "types/base_types.hpp"
+#include "types/fixed_struct_types.hpp"
+#include "types/layout.hpp"
+#include "types/metadata.hpp"
+#include "types/ref_slots.hpp"
+#include "types/relations.hpp"
+#include "types/spectrum_encoding.hpp"
+#include "values/write_protocol.hpp"
 
 namespace qex::vornath {
 namespace {

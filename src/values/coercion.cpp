@@ -1,4 +1,4 @@
-#include "coercion.hpp"
+#include "values/coercion.hpp"
 
 #include <algorithm>
 #include <array>
@@ -8,12 +8,12 @@
 #include <unordered_map>
 #include <vector>
 
-#include "bounds.hpp"
-#include "pair_planner.hpp"
-#include "relations.hpp"
-#include "transfer.hpp"
+#include "types/relations.hpp"
+#include "values/bounds.hpp"
+#include "values/pair_planner.hpp"
+#include "values/transfer.hpp"
+#include "values/write_protocol.hpp"
 #include "vornath_data/result.hpp"
-#include "write_protocol.hpp"
 
 namespace qex::vornath {
 namespace {

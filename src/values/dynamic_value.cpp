@@ -1,11 +1,11 @@
-#include "dynamic_value.hpp"
+#include "values/dynamic_value.hpp"
 
-#include "fixed_types.hpp"
-#include "layout.hpp"
-#include "relations.hpp"
-#include "type_factory.hpp"
+#include "types/layout.hpp"
+#include "types/relations.hpp"
+#include "types/type_factory.hpp"
+#include "values/fixed_types.hpp"
+#include "values/write_protocol.hpp"
 #include "vornath_data/result.hpp"
-#include "write_protocol.hpp"
 
 namespace qex::vornath {
 namespace {

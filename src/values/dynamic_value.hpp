@@ -13,9 +13,9 @@
 #include <utility>
 #include <vector>
 
-#include "block.hpp"
-#include "type.hpp"
-#include "views.hpp"
+#include "types/type.hpp"
+#include "values/block.hpp"
+#include "values/views.hpp"
 
 namespace qex::vornath {
 

@@ -1,15 +1,15 @@
-#include "equality.hpp"
+#include "values/equality.hpp"
 
 #include <boost/container/small_vector.hpp>
 #include <cmath>
 #include <set>
 #include <utility>
 
-#include "base_types.hpp"
-#include "half.hpp"
-#include "layout.hpp"
-#include "relations.hpp"
-#include "value_text.hpp"
+#include "types/base_types.hpp"
+#include "types/layout.hpp"
+#include "types/relations.hpp"
+#include "values/half.hpp"
+#include "values/value_text.hpp"
 
 namespace qex::vornath {
 namespace {

@@ -1,9 +1,9 @@
-#include "fixed_types.hpp"
+#include "values/fixed_types.hpp"
 
 #include <utility>
 
-#include "base_types.hpp"
-#include "type_factory.hpp"
+#include "types/base_types.hpp"
+#include "types/type_factory.hpp"
 
 namespace qex::vornath {
 namespace {

@@ -8,9 +8,9 @@
 #include <cstring>
 #include <type_traits>
 
-#include "half.hpp"
-#include "type.hpp"
-#include "views.hpp"
+#include "types/type.hpp"
+#include "values/half.hpp"
+#include "values/views.hpp"
 
 namespace qex::vornath {
 

@@ -4,20 +4,20 @@
 #include <stdexcept>
 #include <string>
 
-#include "boundary.hpp"
-#include "bounds.hpp"
-#include "coercion.hpp"
-#include "dynamic_value.hpp"
-#include "equality.hpp"
-#include "layout.hpp"
-#include "specialization.hpp"
-#include "stream.hpp"
-#include "type_handle.hpp"
-#include "value_parser.hpp"
-#include "value_text.hpp"
+#include "foundation/boundary.hpp"
+#include "types/layout.hpp"
+#include "types/type_handle.hpp"
+#include "types/wrong_kind.hpp"
+#include "values/bounds.hpp"
+#include "values/coercion.hpp"
+#include "values/dynamic_value.hpp"
+#include "values/equality.hpp"
+#include "values/specialization.hpp"
+#include "values/stream.hpp"
+#include "values/value_parser.hpp"
+#include "values/value_text.hpp"
+#include "values/write_protocol.hpp"
 #include "vornath_data/values.h"
-#include "write_protocol.hpp"
-#include "wrong_kind.hpp"
 
 namespace qex::vornath {
 namespace {

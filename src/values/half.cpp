@@ -1,4 +1,4 @@
-#include "half.hpp"
+#include "values/half.hpp"
 
 // Without the table of all halves there is no library to link.
 #define IMATH_HALF_NO_LOOKUP_TABLE

@@ -1,7 +1,7 @@
 // The box of values in metadata: defined here, where DynamicValue is complete.
-#include "heap_value.hpp"
+#include "types/heap_value.hpp"
 
-#include "dynamic_value.hpp"
+#include "values/dynamic_value.hpp"
 
 namespace qex::vornath {
 

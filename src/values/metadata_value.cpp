@@ -1,7 +1,7 @@
-#include "metadata_value.hpp"
+#include "types/metadata_value.hpp"
 
-#include "dynamic_value.hpp"
-#include "value_text.hpp"
+#include "values/dynamic_value.hpp"
+#include "values/value_text.hpp"
 
 namespace qex::vornath {
 

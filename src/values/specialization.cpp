@@ -1,4 +1,4 @@
-#include "specialization.hpp"
+#include "values/specialization.hpp"
 
 #include <boost/container/small_vector.hpp>
 #include <optional>
@@ -7,12 +7,12 @@
 #include <unordered_set>
 #include <vector>
 
-#include "equality.hpp"
-#include "layout.hpp"
-#include "pair_planner.hpp"
-#include "relations.hpp"
-#include "transfer.hpp"
-#include "type_factory.hpp"
+#include "types/layout.hpp"
+#include "types/relations.hpp"
+#include "types/type_factory.hpp"
+#include "values/equality.hpp"
+#include "values/pair_planner.hpp"
+#include "values/transfer.hpp"
 #include "vornath_data/result.hpp"
 
 namespace qex::vornath {

@@ -3,7 +3,7 @@
 #ifndef VORNATH_VALUES_SPECIALIZATION_HPP
 #define VORNATH_VALUES_SPECIALIZATION_HPP
 
-#include "dynamic_value.hpp"
+#include "values/dynamic_value.hpp"
 
 namespace qex::vornath {
 

@@ -1,8 +1,8 @@
-#include "spectrum_value.hpp"
+#include "values/spectrum_value.hpp"
 
 #include <cstring>
 
-#include "fixed_struct_types.hpp"
+#include "types/fixed_struct_types.hpp"
 
 namespace qex::vornath {
 

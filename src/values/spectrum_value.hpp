@@ -4,8 +4,8 @@
 
 #include <span>
 
-#include "dynamic_value.hpp"
-#include "spectrum_encoding.hpp"
+#include "types/spectrum_encoding.hpp"
+#include "values/dynamic_value.hpp"
 
 namespace qex::vornath {
 

@@ -1,4 +1,4 @@
-#include "stream.hpp"
+#include "values/stream.hpp"
 
 #include <new>
 #include <string>
@@ -6,8 +6,8 @@
 #include <utility>
 #include <vector>
 
-#include "type_factory.hpp"
-#include "type_text.hpp"
+#include "types/type_factory.hpp"
+#include "types/type_text.hpp"
 
 namespace qex::vornath {
 namespace {

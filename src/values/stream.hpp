@@ -10,7 +10,7 @@
 #include <memory>
 #include <type_traits>
 
-#include "dynamic_value.hpp"
+#include "values/dynamic_value.hpp"
 #include "vornath_data/values.h"
 
 namespace qex::vornath {

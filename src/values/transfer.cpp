@@ -1,12 +1,12 @@
-#include "transfer.hpp"
+#include "values/transfer.hpp"
 
 #include <algorithm>
 #include <boost/container/small_vector.hpp>
 #include <cstring>
 #include <utility>
 
-#include "block.hpp"
-#include "ref_slots.hpp"
+#include "types/ref_slots.hpp"
+#include "values/block.hpp"
 
 namespace qex::vornath {
 namespace {

@@ -8,7 +8,7 @@
 #include <variant>
 #include <vector>
 
-#include "type.hpp"
+#include "types/type.hpp"
 
 namespace qex::vornath {
 

@@ -5,7 +5,7 @@
 
 #include <string>
 
-#include "dynamic_value.hpp"
+#include "values/dynamic_value.hpp"
 
 namespace qex::vornath {
 

@@ -1,4 +1,4 @@
-#include "value_text.hpp"
+#include "values/value_text.hpp"
 
 #include <fmt/format.h>
 
@@ -7,9 +7,9 @@
 #include <ostream>
 #include <vector>
 
-#include "base_types.hpp"
-#include "half.hpp"
-#include "type_text.hpp"
+#include "types/base_types.hpp"
+#include "types/type_text.hpp"
+#include "values/half.hpp"
 
 namespace qex::vornath {
 namespace {

@@ -6,7 +6,7 @@
 #include <iosfwd>
 #include <string>
 
-#include "dynamic_value.hpp"
+#include "values/dynamic_value.hpp"
 
 namespace qex::vornath {
 

@@ -1,8 +1,8 @@
-#include "views.hpp"
+#include "values/views.hpp"
 
-#include "dynamic_value.hpp"
-#include "layout.hpp"
-#include "relations.hpp"
+#include "types/layout.hpp"
+#include "types/relations.hpp"
+#include "values/dynamic_value.hpp"
 #include "vornath_data/result.hpp"
 
 namespace qex::vornath {

@@ -7,7 +7,7 @@
 #include <string_view>
 #include <type_traits>
 
-#include "type.hpp"
+#include "types/type.hpp"
 
 namespace qex::vornath {
 

@@ -7,10 +7,10 @@
 #include <limits>
 #include <optional>
 
-#include "block.hpp"
-#include "dynamic_value.hpp"
-#include "fixed_types.hpp"
-#include "type.hpp"
+#include "types/type.hpp"
+#include "values/block.hpp"
+#include "values/dynamic_value.hpp"
+#include "values/fixed_types.hpp"
 
 namespace qex::vornath {
 

@@ -1,9 +1,10 @@
 # Installs a built library below the build tree, and builds and runs consumers of the installed copy:
 # through the CMake package and through pkg-config, in C++ and in C.
 # cmake -DBUILD_DIR= -DWORK_DIR= -DCONSUMER_DIR= -DHOST= -DGENERATOR= -DCC= -DCXX= -DFLAGS=
-#       -DPKG_CONFIG= -DSTATIC= -P install_test.cmake
+#       -DPKG_CONFIG= -DSTATIC= -DEMBED= -P install_test.cmake
 #   HOST    the source of a host in C
 #   STATIC  whether the library is a static one
+#   EMBED   whether the component embed is built
 include("${CMAKE_CURRENT_LIST_DIR}/run.cmake")
 
 file(REMOVE_RECURSE "${WORK_DIR}")
@@ -27,14 +28,21 @@ get_filename_component(package_dir "${package}" DIRECTORY)
 set(ENV{PKG_CONFIG_PATH} "${package_dir}")
 
 # Copies outside the tree, so that nothing of the tree is found by accident.
-foreach(consumer consumer consumer_in_c components)
+foreach(consumer consumer consumer_in_c embed_consumer components)
   file(COPY "${CONSUMER_DIR}/${consumer}" DESTINATION "${WORK_DIR}")
 endforeach()
 file(COPY_FILE "${HOST}" "${WORK_DIR}/consumer_in_c/host.c")
 set(configure "${CMAKE_COMMAND}" -G "${GENERATOR}" "-DCMAKE_PREFIX_PATH=${prefix}"
   "-DCMAKE_C_COMPILER=${CC}" "-DCMAKE_C_FLAGS=${FLAGS}"
   "-DCMAKE_CXX_COMPILER=${CXX}" "-DCMAKE_CXX_FLAGS=${FLAGS}")
-foreach(consumer consumer consumer_in_c)
+set(consumers consumer consumer_in_c)
+set(components core)
+if(EMBED)
+  list(APPEND consumers embed_consumer)
+  list(APPEND components embed)
+endif()
+list(JOIN components "\", \"" components)
+foreach(consumer IN LISTS consumers)
   set(build "${WORK_DIR}/${consumer}/build")
   run(${configure} -S "${WORK_DIR}/${consumer}" -B "${build}")
   run("${CMAKE_COMMAND}" --build "${build}")
@@ -56,7 +64,7 @@ ask_for_components("COMPONENTS;core" "core: TRUE; ")
 ask_for_components("OPTIONAL_COMPONENTS;core;paint" "core: TRUE; paint: FALSE; ")
 ask_for_components("COMPONENTS;core;OPTIONAL_COMPONENTS;paint" "core: TRUE; paint: FALSE; ")
 ask_for_components("COMPONENTS;paint;core;brush"
-  "not found: vornath_data has the component \"core\" and no \"paint\", \"brush\"")
+  "not found: vornath_data was installed with the components \"${components}\" and without \"paint\", \"brush\"")
 
 # As README.md says it, and with the version that the package tells.
 set(linking "")
@@ -75,6 +83,7 @@ run("${CC}" -std=c11 ${own_flags} "${WORK_DIR}/consumer_in_c/host.c" -o "${WORK_
 run("${WORK_DIR}/host_in_c")
 
 file(GLOB static_libraries "${libdir}/*.a")
+list(FILTER static_libraries EXCLUDE REGEX "/libvornath_data_embed[.]a$")
 file(GLOB shared_libraries "${libdir}/*.so*")
 if(STATIC)
   if(shared_libraries OR NOT static_libraries)

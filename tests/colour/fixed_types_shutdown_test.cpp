@@ -1,12 +1,12 @@
 // A shutdown ends the fixed types with all that they are made of. One case: there is no way back.
 #include <gtest/gtest.h>
 
+#include "colour/sampler_types.hpp"
+#include "colour/universal_spectrum.hpp"
 #include "embed/sampler_makers.hpp"
 #include "fixed_types_list.hpp"
-#include "sampler_types.hpp"
-#include "type_factory.hpp"
 #include "type_reading.hpp"
-#include "universal_spectrum.hpp"
+#include "types/type_factory.hpp"
 
 using namespace vornath_test;  // the test file's own vocabulary
 using qex::vornath::Type;

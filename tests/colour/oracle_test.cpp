@@ -5,13 +5,13 @@
 #include <cmath>
 #include <vector>
 
-#include "black_body.hpp"
 #include "case_table.hpp"
+#include "colour/black_body.hpp"
+#include "colour/reconstruction.hpp"
+#include "colour/step_function.hpp"
 #include "embed/spectral_pairs.hpp"
 #include "embed/spectrum.hpp"
-#include "reconstruction.hpp"
-#include "spectrum_value.hpp"
-#include "step_function.hpp"
+#include "values/spectrum_value.hpp"
 #include "vornath_data/colour.h"
 
 namespace qex::vornath {

@@ -1,12 +1,12 @@
 // The samplers that hosts get no number for.
-#include "sampler_types.hpp"
+#include "colour/sampler_types.hpp"
 
 #include <gtest/gtest.h>
 
+#include "colour/texture_types.hpp"
 #include "embed/sampler_makers.hpp"
-#include "texture_types.hpp"
-#include "type_handle.hpp"
 #include "type_reading.hpp"
+#include "types/type_handle.hpp"
 #include "types/type_support.hpp"
 
 namespace {

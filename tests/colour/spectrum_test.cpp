@@ -9,10 +9,10 @@
 #include <string>
 #include <vector>
 
+#include "colour/spectrum_reading.hpp"
+#include "colour/step_function.hpp"
 #include "embed/spectral_pairs.hpp"
-#include "spectrum_reading.hpp"
-#include "spectrum_value.hpp"
-#include "step_function.hpp"
+#include "values/spectrum_value.hpp"
 #include "vornath_data/result.hpp"
 #include "vornath_data/vrnt.h"
 

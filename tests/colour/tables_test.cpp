@@ -6,9 +6,9 @@
 #include <string>
 #include <vector>
 
-#include "tables/illuminants.hpp"
-#include "tables/observer.hpp"
-#include "tables/reconstruction_curves.hpp"
+#include "colour/tables/illuminants.hpp"
+#include "colour/tables/observer.hpp"
+#include "colour/tables/reconstruction_curves.hpp"
 
 namespace qex::vornath {
 namespace {

@@ -1,10 +1,10 @@
 // The rewriting of types on what would be hard for a plain recursion.
-#include "universal_spectrum.hpp"
+#include "colour/universal_spectrum.hpp"
 
 #include <gtest/gtest.h>
 
-#include "fixed_struct_types.hpp"
 #include "support/small_stack.hpp"
+#include "types/fixed_struct_types.hpp"
 #include "types/type_support.hpp"
 
 namespace {

@@ -1,10 +1,10 @@
 // Wrap modes: names, and types with another default.
-#include "wrap_mode.hpp"
+#include "colour/wrap_mode.hpp"
 
 #include <gtest/gtest.h>
 
-#include "type_handle.hpp"
 #include "type_reading.hpp"
+#include "types/type_handle.hpp"
 #include "types/type_support.hpp"
 
 namespace {

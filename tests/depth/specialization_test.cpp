@@ -1,16 +1,16 @@
 // Specialization of deep types beside what the flat functions show.
 
-#include "specialization.hpp"
+#include "values/specialization.hpp"
 
 #include <cstring>
 
-#include "bounds.hpp"
-#include "dynamic_value.hpp"
 #include "nests.hpp"
 #include "peak_bytes.hpp"
-#include "ref_slots.hpp"
+#include "types/ref_slots.hpp"
+#include "values/bounds.hpp"
+#include "values/dynamic_value.hpp"
+#include "values/write_protocol.hpp"
 #include "vornath_data/result.hpp"
-#include "write_protocol.hpp"
 
 namespace {
 

@@ -3,8 +3,8 @@
 #include <vector>
 
 #include "nests.hpp"
-#include "type_factory.hpp"
-#include "type_text.hpp"
+#include "types/type_factory.hpp"
+#include "types/type_text.hpp"
 
 namespace {
 

@@ -3,7 +3,7 @@
 #include <cstring>
 
 #include "fault_table.hpp"
-#include "type.hpp"
+#include "types/type.hpp"
 
 namespace vornath_test {
 namespace {
@@ -514,7 +514,8 @@ void addValueCases(FaultCases& cases) {
   using namespace qex::vornath;
   cases.push_back(quiet("qex::vornath::allocateValue(qex::vornath::DynamicValue const&)", [] {
     return [type = sharedType("float @default=0.25")] {
-      // The only DynamicValue within a host's reach; its inline reads need no symbol of the library.
+      // The only DynamicValue within a host's reach; its inline reads need no symbol of the
+      // library.
       const auto& metadata = reinterpret_cast<const InternedType*>(type.get())->metadata();
       const auto& entry = metadata.find(std::string_view("default"))->second;
       vrntValue_t* const value = allocateValue(*std::get<HeapValue<DynamicValue>>(entry));

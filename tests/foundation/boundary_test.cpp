@@ -1,4 +1,4 @@
-#include "boundary.hpp"
+#include "foundation/boundary.hpp"
 
 #include <gtest/gtest.h>
 

@@ -1,5 +1,5 @@
 // A run of the parser from inside: its status, its context, and the codes of what it raises.
-#include "parse_driver.hpp"
+#include "language/parse_driver.hpp"
 
 #include <gtest/gtest.h>
 
@@ -10,10 +10,10 @@
 #include <utility>
 #include <vector>
 
-#include "parse_context.hpp"
-#include "scanner.hpp"
-#include "type_factory.hpp"
-#include "value_parser.hpp"
+#include "language/parse_context.hpp"
+#include "language/scanner.hpp"
+#include "types/type_factory.hpp"
+#include "values/value_parser.hpp"
 #include "vornath_data/result.hpp"
 
 using qex::vornath::DynamicValue;

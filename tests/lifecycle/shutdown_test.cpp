@@ -1,7 +1,7 @@
 // A shutdown after a use, with nothing left but permanent types. One case: there is no way back.
 #include <gtest/gtest.h>
 
-#include "type_factory.hpp"
+#include "types/type_factory.hpp"
 #include "vornath_data/type_library.hpp"
 #include "vornath_data/vrnt.h"
 

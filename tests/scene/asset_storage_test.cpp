@@ -12,7 +12,7 @@
 #include <thread>
 #include <vector>
 
-#include "asset_block.hpp"
+#include "scene/asset_block.hpp"
 #include "vornath_data/asset_handle.hpp"
 
 namespace {

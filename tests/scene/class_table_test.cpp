@@ -1,5 +1,5 @@
 // The tables of the catalogue, held against the members of the classes' records.
-#include "class_table.hpp"
+#include "scene/class_table.hpp"
 
 #include <gtest/gtest.h>
 
@@ -8,7 +8,7 @@
 #include <type_traits>
 #include <vector>
 
-#include "reference_slots.hpp"
+#include "scene/reference_slots.hpp"
 #include "vornath_data/elements.hpp"
 
 namespace {

@@ -1,5 +1,5 @@
 // The types of groups, parsed once and shared.
-#include "group_type.hpp"
+#include "scene/group_type.hpp"
 
 #include <gtest/gtest.h>
 

@@ -1,5 +1,5 @@
 // Into which pieces a large copy is split, and that threads share them.
-#include "parallel_copy.hpp"
+#include "scene/parallel_copy.hpp"
 
 #include <gtest/gtest.h>
 #include <tbb/global_control.h>

@@ -1,5 +1,5 @@
 // Records compared by what their types say, for every kind of field that a schema can have.
-#include "record_comparison.hpp"
+#include "scene/record_comparison.hpp"
 
 #include <cmath>
 #include <cstdint>

@@ -3,9 +3,9 @@
 
 #include <vector>
 
-#include "dynamic_value.hpp"
-#include "type_order.hpp"
 #include "type_support.hpp"
+#include "types/type_order.hpp"
+#include "values/dynamic_value.hpp"
 
 namespace {
 

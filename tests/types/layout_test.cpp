@@ -1,5 +1,5 @@
 // Sizes, alignments, field offsets, places of references, and which types are concrete.
-#include "layout.hpp"
+#include "types/layout.hpp"
 
 #include <gtest/gtest.h>
 

@@ -1,5 +1,5 @@
 // Whether a value of one type may stand where another is expected, and why not.
-#include "relations.hpp"
+#include "types/relations.hpp"
 
 #include <gtest/gtest.h>
 

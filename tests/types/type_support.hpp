@@ -10,7 +10,7 @@
 #include <utility>
 #include <vector>
 
-#include "type_factory.hpp"
+#include "types/type_factory.hpp"
 #include "vornath_data/result.hpp"
 #include "vornath_data/type_library.hpp"
 

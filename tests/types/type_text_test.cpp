@@ -1,5 +1,5 @@
 // The canonical text of every kind of type, made from its parts.
-#include "type_text.hpp"
+#include "types/type_text.hpp"
 
 #include <gtest/gtest.h>
 
@@ -7,8 +7,8 @@
 #include <locale>
 #include <string>
 
-#include "metadata.hpp"
 #include "type_support.hpp"
+#include "types/metadata.hpp"
 
 namespace {
 

@@ -1,4 +1,4 @@
-#include "block.hpp"
+#include "values/block.hpp"
 
 #include "values_support.hpp"
 

@@ -1,9 +1,9 @@
-#include "bounds.hpp"
+#include "values/bounds.hpp"
 
 #include <limits>
 #include <set>
 
-#include "half.hpp"
+#include "values/half.hpp"
 #include "values_support.hpp"
 
 namespace qex::vornath::test {

@@ -1,14 +1,14 @@
-#include "coercion.hpp"
+#include "values/coercion.hpp"
 
 #include <array>
 #include <functional>
 #include <optional>
 
-#include "bounds.hpp"
 #include "random_values.hpp"
-#include "relations.hpp"
 #include "support/small_stack.hpp"
-#include "write_protocol.hpp"
+#include "types/relations.hpp"
+#include "values/bounds.hpp"
+#include "values/write_protocol.hpp"
 
 namespace qex::vornath::test {
 namespace {

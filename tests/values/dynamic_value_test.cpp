@@ -1,4 +1,4 @@
-#include "dynamic_value.hpp"
+#include "values/dynamic_value.hpp"
 
 #include <functional>
 

@@ -1,4 +1,4 @@
-#include "equality.hpp"
+#include "values/equality.hpp"
 
 #include <limits>
 

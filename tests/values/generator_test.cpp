@@ -3,8 +3,8 @@
 #include <algorithm>
 #include <random>
 
-#include "equality.hpp"
-#include "stream.hpp"
+#include "values/equality.hpp"
+#include "values/stream.hpp"
 #include "values_support.hpp"
 
 namespace qex::vornath::test {

@@ -1,5 +1,5 @@
 // Half-precision numbers, all of them.
-#include "half.hpp"
+#include "values/half.hpp"
 
 #include <gtest/gtest.h>
 

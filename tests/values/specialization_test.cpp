@@ -1,11 +1,11 @@
-#include "specialization.hpp"
+#include "values/specialization.hpp"
 
 #include <limits>
 
-#include "equality.hpp"
 #include "random_values.hpp"
-#include "relations.hpp"
 #include "support/small_stack.hpp"
+#include "types/relations.hpp"
+#include "values/equality.hpp"
 
 namespace qex::vornath::test {
 namespace {

@@ -1,8 +1,8 @@
-#include "stream.hpp"
+#include "values/stream.hpp"
 
 #include <stdexcept>
 
-#include "equality.hpp"
+#include "values/equality.hpp"
 #include "values_support.hpp"
 
 namespace qex::vornath::test {

@@ -1,4 +1,4 @@
-#include "value_text.hpp"
+#include "values/value_text.hpp"
 
 #include <limits>
 #include <optional>

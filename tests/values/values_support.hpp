@@ -7,10 +7,10 @@
 #include <cstring>
 #include <string>
 
-#include "dynamic_value.hpp"
-#include "type_factory.hpp"
-#include "value_parser.hpp"
-#include "value_text.hpp"
+#include "types/type_factory.hpp"
+#include "values/dynamic_value.hpp"
+#include "values/value_parser.hpp"
+#include "values/value_text.hpp"
 #include "vornath_data/result.hpp"
 
 namespace qex::vornath::test {

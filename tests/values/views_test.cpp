@@ -1,8 +1,8 @@
-#include "views.hpp"
+#include "values/views.hpp"
 
-#include "fixed_types.hpp"
+#include "values/fixed_types.hpp"
+#include "values/write_protocol.hpp"
 #include "values_support.hpp"
-#include "write_protocol.hpp"
 
 namespace qex::vornath::test {
 namespace {

@@ -1,4 +1,4 @@
-#include "write_protocol.hpp"
+#include "values/write_protocol.hpp"
 
 #include "values_support.hpp"
 

@@ -2,24 +2,27 @@
 #ifndef VORNATH_DATA_CATALOGUE_GROUP_HPP
 #define VORNATH_DATA_CATALOGUE_GROUP_HPP
 
+#include <cstddef>
 #include <type_traits>
 
 namespace vrnt::data {
 
-/// A group of a class: its name (the `@name` of its schema), its schema in canonical text, both
-/// static, and the place of its record among the class's groups.
+/// A group of a class: its name (the `@name` of its schema) and its schema in canonical text, both
+/// static; and its record among the class's groups, as a member and as an offset in bytes.
 template <typename Groups, typename Data>
 struct Group {
   static_assert(std::is_trivially_copyable_v<Data> && std::is_standard_layout_v<Data>,
                 "a group is read, written and stored by one memory copy");
   using Record = Data;
 
-  constexpr Group(const char* groupName, const char* groupSchema, Data Groups::*groupMember)
-      : name(groupName), schema(groupSchema), member(groupMember) {}
+  constexpr Group(const char* groupName, const char* groupSchema, Data Groups::*groupMember,
+                  std::size_t groupOffset)
+      : name(groupName), schema(groupSchema), member(groupMember), offset(groupOffset) {}
 
   const char* name;
   const char* schema;
   Data Groups::*member;
+  std::size_t offset;
 };
 
 }  // namespace vrnt::data

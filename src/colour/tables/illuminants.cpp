@@ -1,4 +1,4 @@
-#include "illuminants.hpp"
+#include "colour/tables/illuminants.hpp"
 
 namespace qex::vornath {
 

@@ -2,7 +2,7 @@
 #ifndef VORNATH_COLOUR_TABLES_ILLUMINANTS_HPP
 #define VORNATH_COLOUR_TABLES_ILLUMINANTS_HPP
 
-#include "grid.hpp"
+#include "colour/tables/grid.hpp"
 
 namespace qex::vornath {
 

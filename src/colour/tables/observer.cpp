@@ -1,4 +1,4 @@
-#include "observer.hpp"
+#include "colour/tables/observer.hpp"
 
 namespace qex::vornath {
 

@@ -4,7 +4,7 @@
 
 #include <array>
 
-#include "grid.hpp"
+#include "colour/tables/grid.hpp"
 
 namespace qex::vornath {
 

@@ -1,4 +1,4 @@
-#include "reconstruction_curves.hpp"
+#include "colour/tables/reconstruction_curves.hpp"
 
 namespace qex::vornath {
 

@@ -21,8 +21,7 @@ foreach(compiler IN LISTS COMPILERS)
     # As in the library's build, the exact flags come last.
     execute_process(
       COMMAND "${compiler}" -std=c++20 ${level} ${EXACT_FLAGS} "-I${SOURCE_DIR}/include"
-              "-I${SOURCE_DIR}/src" "-I${SOURCE_DIR}/src/types" "-I${SOURCE_DIR}/src/foundation"
-              "-I${SOURCE_DIR}/src/colour" ${sources} -lfmt -o "${program}"
+              "-I${SOURCE_DIR}/src" ${sources} -lfmt -o "${program}"
       RESULT_VARIABLE status ERROR_VARIABLE errors)
     if(NOT status EQUAL 0)
       message(FATAL_ERROR "${build} does not compile the colour arithmetic:\n${errors}")

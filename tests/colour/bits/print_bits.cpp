@@ -5,9 +5,9 @@
 #include <cstdio>
 #include <vector>
 
-#include "black_body.hpp"
-#include "spectrum_view.hpp"
-#include "step_function.hpp"
+#include "colour/black_body.hpp"
+#include "colour/spectrum_view.hpp"
+#include "colour/step_function.hpp"
 
 namespace {
 
