@@ -28,6 +28,7 @@ VRNT_BEGIN_DECLS
 /** The class numbers, in the order of a scene file's sections: VRDM_CLASS_CAMERA_PROGRAM = 0 and so
    on, as catalogue/classes.def lists them. */
 enum {
+/* NOLINTNEXTLINE(bugprone-macro-parentheses) */
 #define VRNT_CLASS(number, name, constant, Desc) constant = number,
 #include "vornath_data/catalogue/classes.def"
 #undef VRNT_CLASS
