@@ -31,6 +31,7 @@ VRNT_BEGIN_DECLS
 /** Class codes, in the order of the sections of a scene file: VRDM_CLASS_CAMERA_PROGRAM = 0 and so
     on, as catalogue/classes.def lists them. */
 enum {
+/* NOLINTNEXTLINE(bugprone-macro-parentheses) */
 #define VRNT_CLASS(number, name, constant, Desc) constant = number,
 #include "vornath_data/catalogue/classes.def"
 #undef VRNT_CLASS

@@ -8,6 +8,7 @@
 namespace vrnt::data {
 
 // clang-format off
+// NOLINTBEGIN(bugprone-macro-parentheses): parts of one sum
 #include "vornath_data/catalogue/shared_fields.inc"
 
 #define VRNT_SIZE_bool 4
@@ -43,6 +44,7 @@ namespace vrnt::data {
 #define VRNT_FILL_END(Scope) + decltype(Scope::fill_end)::kSize
 
 #include "vornath_data/catalogue/all_fields.def"
+// NOLINTEND(bugprone-macro-parentheses)
 // clang-format on
 
 }  // namespace vrnt::data

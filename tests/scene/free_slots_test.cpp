@@ -330,7 +330,7 @@ class SceneModel {
 
   std::mt19937 random_;
   SceneHandle scene_;
-  std::array<Model, 18> models_;
+  std::array<Model, vrnt::data::kClassCount> models_;
 };
 
 TEST(Slots, AreTakenInTheOrderOfStepsOfOneInEveryKindOfClass) {

@@ -117,10 +117,10 @@ TEST(SceneImport, OfAnEmptySceneChangesNothing) {
   const Counters before(target.get());
   const std::string file = fileOf(target);
   const SceneHandle source = newScene();
-  EXPECT_EQ(import(source, target), std::vector<Pairs>(18));
+  EXPECT_EQ(import(source, target), std::vector<Pairs>(vrnt::data::kClassCount));
   EXPECT_EQ(Counters(target.get()), before);
   EXPECT_EQ(fileOf(target), file);
-  EXPECT_EQ(import(source, newScene()), std::vector<Pairs>(18));
+  EXPECT_EQ(import(source, newScene()), std::vector<Pairs>(vrnt::data::kClassCount));
 }
 
 TEST(SceneImport, LeavesIdAndSettingsOfTheTarget) {

@@ -6,6 +6,7 @@
 
 namespace vrnt::data {
 
+// NOLINTBEGIN(bugprone-macro-parentheses): an enumerator and a part of a sum
 /// The classes, in the order of the scene file's sections. The numbers are part of the flat
 /// interface and of the file: never change or reuse one. classes.def lists them.
 enum class ObjectClass : std::int32_t {
@@ -20,6 +21,7 @@ inline constexpr std::uint32_t kClassCount = 0
 #include "vornath_data/catalogue/classes.def"
 #undef VRNT_CLASS
     ;
+// NOLINTEND(bugprone-macro-parentheses)
 
 /// The target of an Emitter slot: lights and shapes, so it is no class.
 inline constexpr ObjectClass kEmitterTarget{100};
