@@ -111,7 +111,7 @@ def scene_format(text, page, version):
     word = " ".join(f"{byte:02x}" for byte in struct.pack("<I", version))
     text = re.sub(r"version, \d+ \|", f"version, {version} |", text)
     text = re.sub(r"(    00008  )(?:\w\w ){4}( *)version \d+", rf"\g<1>{word} \g<2>version {version}", text)
-    text = re.sub(r"(named in the message beside\n  )\d+", rf"\g<1>{version}", text)
+    text = re.sub(r"(the message names that version and )\d+", rf"\g<1>{version}", text)
     text = re.sub(r"(the scene's id \|\n)(?:\|.*\n)*", lambda found: found.group(1) + header_rows(page), text,
                   count=1)
     rows = "".join(f"| `{name}` | {parts} |\n" for name, parts in instance_rows(page).items())
@@ -147,7 +147,7 @@ def main(arguments):
     write(document, scene_format(document.read_text(), page, version))
     changelog = ROOT / "CHANGELOG.md"
     # The newest version of the library is the first section.
-    write(changelog, re.sub(r"Scene files: version \d+", f"Scene files: version {version}",
+    write(changelog, re.sub(r"scene files of version \d+", f"scene files of version {version}",
                             changelog.read_text(), count=1))
     subprocess.run([sys.executable, str(ROOT / "scripts/raise_corpus_version.py")], check=True)
 
