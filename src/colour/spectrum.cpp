@@ -15,18 +15,18 @@ Spectrum spectral(const std::vector<float>& pairs) {
   return Spectrum(makeSpectrumValue(SpectrumEncoding::Spectral, pairs));
 }
 
-// Where the two parts of a spectrum stand. The type is a subtype of the spectrum type.
-struct Parts {
+// The two fields of a spectrum. The type is a subtype of the spectrum type.
+struct Fields {
   std::int32_t encoding;
   std::uint64_t word;
 };
 
-Parts partsAt(const Type& type, const char* data) {
+Fields fieldsAt(const Type& type, const char* data) {
   const auto& structure = std::get<Type::TStruct>(type.desc());
-  Parts parts{};
-  std::memcpy(&parts.encoding, data + structure.offsets[0], sizeof(parts.encoding));
-  parts.word = loadWord(data + structure.offsets[1]);
-  return parts;
+  Fields fields{};
+  std::memcpy(&fields.encoding, data + structure.offsets[0], sizeof(fields.encoding));
+  fields.word = loadWord(data + structure.offsets[1]);
+  return fields;
 }
 
 // An unknown code reads as a triple.
@@ -56,9 +56,9 @@ const Type& floatsType() {
 
 // The word is not null. What a host stored may be any block, of whose type nobody knows yet, or an
 // address of its own, which is not this layer's to read.
-const vrntValue_t* follow(const Parts& parts) {
-  if (!isBlockWord(parts.word)) throw vrnt::Exception(vrnt::ErrorCode::InvalidArguments);
-  const vrntValue_t* const block = blockOfWord(parts.word);
+const vrntValue_t* follow(const Fields& fields) {
+  if (!isBlockWord(fields.word)) throw vrnt::Exception(vrnt::ErrorCode::InvalidArguments);
+  const vrntValue_t* const block = blockOfWord(fields.word);
   if (!isFloatArray(blockType(block))) requireAccessible(blockType(block), floatsType());
   return block;
 }
@@ -98,12 +98,12 @@ Spectrum Spectrum::fromBand(float lambda, float deltaLambda, float amplitude) {
 SpectrumView Spectrum::view() const { return readSpectrum(value_.typeOf(), value_.data()); }
 
 void Spectrum::validate() const {
-  const Parts parts = partsAt(value_.typeOf(), value_.data());
-  if (parts.word == 0) return;
-  const vrntValue_t* const array = follow(parts);
+  const Fields fields = fieldsAt(value_.typeOf(), value_.data());
+  if (fields.word == 0) return;
+  const vrntValue_t* const array = follow(fields);
   const std::span<const float> floats = floatsOf(array);
   if (floats.empty()) return;
-  switch (encodingOf(parts.encoding)) {
+  switch (encodingOf(fields.encoding)) {
     case SpectrumEncoding::Luminance:
       requireFitting(blockType(array), *floatArrayType(1));
       break;
@@ -118,10 +118,10 @@ void Spectrum::validate() const {
 
 SpectrumView readSpectrum(const Type& type, const char* data) {
   requireAccessible(type, spectrumType());
-  const Parts parts = partsAt(type, data);
-  const SpectrumEncoding encoding = encodingOf(parts.encoding);
-  if (parts.word == 0) return {encoding, {}};
-  const vrntValue_t* const array = follow(parts);
+  const Fields fields = fieldsAt(type, data);
+  const SpectrumEncoding encoding = encodingOf(fields.encoding);
+  if (fields.word == 0) return {encoding, {}};
+  const vrntValue_t* const array = follow(fields);
   const std::span<const float> floats = floatsOf(array);
   if (encoding == SpectrumEncoding::Rgb && !floats.empty() && floats.size() < 3) {
     requireFitting(blockType(array), *floatArrayType(3));

@@ -17,7 +17,7 @@ TypePtr universalFor(const Type& compact) {
   if (compact.metadata().empty()) return TypePtr(&universal);
   Metadata metadata = compact.metadata();
   metadata.insert(universal.metadata().begin(), universal.metadata().end());
-  return Type::get_factory(true)->makeType(universal.desc(), metadata);
+  return makeType(universal.desc(), metadata);
 }
 
 // Each different part once, its own parts before it, on a stack of its own.
@@ -59,7 +59,7 @@ class Rebuild {
     if (const auto* array = type.getIf<Array>()) {
       const TypePtr& element = resultOf(array->element);
       if (element == array->element) return TypePtr(&type);
-      return Type::get_factory(true)->makeType(Array(element, array->shape), type.metadata());
+      return makeType(Array(element, array->shape), type.metadata());
     }
     const std::vector<Type::Field>& fields = type.getIf<TStruct>()->fields;
     std::vector<Type::Field> rebuilt;

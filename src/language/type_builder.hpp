@@ -7,6 +7,7 @@
 #include <vector>
 
 #include "dynamic_value.hpp"
+#include "extents.hpp"
 #include "vornath_data/type_library.hpp"
 
 namespace qex::vornath::build {
@@ -17,10 +18,7 @@ using Types = std::vector<TypePtr>;
 
 TypePtr type(TypeDesc desc, const Metadata& metadata);
 
-template <typename D>
-TypeDesc array(TypePtr element, std::optional<D> extents) {
-  return Type::TArrayND<D>(std::move(element), extents);
-}
+TypeDesc array(TypePtr element, const Extents& extents);
 TypeDesc structure(Fields fields);
 TypeDesc reference(TypePtr target);
 TypeDesc function(Types domain, TypePtr codomain);

@@ -1,3 +1,4 @@
+#include <algorithm>
 #include <cstring>
 #include <new>
 #include <stdexcept>
@@ -5,6 +6,7 @@
 
 #include "base_types.hpp"
 #include "boundary.hpp"
+#include "extents.hpp"
 #include "fixed_struct_types.hpp"
 #include "relations.hpp"
 #include "type_factory.hpp"
@@ -12,6 +14,7 @@
 #include "vornath_data/types.h"
 #include "wrong_kind.hpp"
 
+using qex::vornath::Extents;
 using qex::vornath::raiseWrongKind;
 using qex::vornath::Type;
 using qex::vornath::typeHandle;
@@ -37,15 +40,10 @@ auto visitType(const vrntType_t* type, Functions... functions) {
   return std::visit(Overloaded<Functions...>{std::move(functions)...}, typeOf(type).desc());
 }
 
-template <typename D>
-constexpr std::uint32_t kRank = sizeof(D) / sizeof(std::int32_t);
-
-void copyShape(int shape, std::int32_t* out) { *out = shape; }
-
-template <typename D>
-void copyShape(const D& shape, std::int32_t* out) {
-  static_assert(std::is_trivially_copyable_v<D>);
-  std::memcpy(out, &shape, sizeof shape);
+Extents extentsOf(const char* function, const vrntType_t* type) {
+  return visitType(
+      type, []<typename D>(const Type::TArrayND<D>& array) { return Extents(array); },
+      [&](const auto&) -> Extents { raiseWrongKind(function, "an array", typeOf(type)); });
 }
 
 // Each of these stands behind more than one name, and tells that of the function that was called.
@@ -150,24 +148,12 @@ uint32_t vrntTypeVectorDimension(const vrntType_t* type) {
 }
 
 uint32_t vrntTypeArrayDimension(const vrntType_t* type) {
-  return visitType(
-      type, []<typename D>(const Type::TArrayND<D>&) { return kRank<D>; },
-      [type](const auto&) -> std::uint32_t {
-        raiseWrongKind("vrntTypeArrayDimension", "an array", typeOf(type));
-      });
+  return static_cast<std::uint32_t>(extentsOf("vrntTypeArrayDimension", type).rank());
 }
 
 void vrntTypeArrayShape(const vrntType_t* type, int32_t* shape) {
-  visitType(
-      type,
-      [shape]<typename D>(const Type::TArrayND<D>& array) {
-        if (array.shape) {
-          copyShape(*array.shape, shape);
-        } else {
-          for (std::uint32_t i = 0; i < kRank<D>; ++i) shape[i] = -1;
-        }
-      },
-      [type](const auto&) { raiseWrongKind("vrntTypeArrayShape", "an array", typeOf(type)); });
+  const Extents extents = extentsOf("vrntTypeArrayShape", type);
+  std::copy(extents.begin(), extents.end(), shape);
 }
 
 vrntType_t* vrntTypeElementType(const vrntType_t* type) {

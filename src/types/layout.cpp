@@ -7,6 +7,7 @@
 #include <utility>
 
 #include "base_types.hpp"
+#include "extents.hpp"
 #include "vornath_data/result.hpp"
 
 namespace qex::vornath {
@@ -40,12 +41,6 @@ std::uint64_t arraySize(std::int32_t count, std::uint64_t elementSize) {
   return magnitude > kLeast ? kMost : 0 - magnitude;
 }
 
-std::int32_t product32(std::initializer_list<std::int32_t> extents) {
-  std::uint32_t product = 1;
-  for (const std::int32_t extent : extents) product *= static_cast<std::uint32_t>(extent);
-  return static_cast<std::int32_t>(product);
-}
-
 constexpr std::uint64_t kMostSlots = std::uint64_t{1} << 60;  // more than any memory holds
 
 Layout layoutOf(Type::TBasetype base) {
@@ -75,7 +70,7 @@ Layout layoutOf(const Type::TArrayND<D>& array) {
   const Type& element = *array.element;
   Layout layout{0, element.alignment(), false, false, 0, element.referenceDepth()};
   if (!array.shape) return layout;
-  const std::int32_t count = elementCount(*array.shape);
+  const std::int32_t count = Extents(array).count();
   layout.size = arraySize(count, element.size());
   layout.concrete = element.concrete();
   layout.deepConcrete = element.deepConcrete();
@@ -161,10 +156,9 @@ class SlotLister {
   }
   template <typename D>
   void begin(const Type::TArrayND<D>& array, std::uint64_t word) {
-    const std::int32_t count = array.shape ? elementCount(*array.shape) : 0;
-    if (count <= 0 || array.element->refSlotCount() == 0) return;
-    frames_.push_back({nullptr, word, 0, slots_.size(), static_cast<std::uint64_t>(count),
-                       array.element->size()});
+    const std::size_t count = Extents(array).elements();
+    if (count == 0 || array.element->refSlotCount() == 0) return;
+    frames_.push_back({nullptr, word, 0, slots_.size(), count, array.element->size()});
     part(*array.element, word);
   }
 
@@ -194,13 +188,6 @@ std::vector<std::uint64_t> structOffsets(const std::vector<Type::Field>& fields)
     position = sum(position, field.type->size());
   }
   return offsets;
-}
-
-std::int32_t elementCount(int shape) { return shape; }
-std::int32_t elementCount(const index2& shape) { return product32({shape.x, shape.y}); }
-std::int32_t elementCount(const index3& shape) { return product32({shape.x, shape.y, shape.z}); }
-std::int32_t elementCount(const index4& shape) {
-  return product32({shape.x, shape.y, shape.z, shape.w});
 }
 
 Layout computeLayout(const TypeDesc& desc) {

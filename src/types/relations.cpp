@@ -6,6 +6,7 @@
 #include <vector>
 
 #include "base_types.hpp"
+#include "extents.hpp"
 #include "type_text.hpp"
 #include "vornath_data/result.hpp"
 
@@ -50,7 +51,7 @@ bool sameLabels(const TStruct& a, const TStruct& b) {
 
 template <typename D>
 bool extentsFit(const Type::TArrayND<D>& a, const Type::TArrayND<D>& b) {
-  return !b.shape || (a.shape && *a.shape == *b.shape);
+  return !b.shape || Extents(a) == Extents(b);
 }
 
 // Whether two different descriptions relate, provided that the pairs added to `open` do.
@@ -101,27 +102,17 @@ struct Label {
     for (const Type::Field& field : structure.fields) text.append(field.label).append("; ");
     return text.append("}");
   }
-  std::string operator()(const Type::TArrayND<int>&) const { return "array"; }
-  std::string operator()(const Type::TArrayND<index2>&) const { return "array2d"; }
-  std::string operator()(const Type::TArrayND<index3>&) const { return "array3d"; }
-  std::string operator()(const Type::TArrayND<index4>&) const { return "array4d"; }
+  template <typename D>
+  std::string operator()(const Type::TArrayND<D>& array) const {
+    const std::size_t rank = Extents(array).rank();
+    return rank == 1 ? "array" : "array" + std::to_string(rank) + "d";
+  }
   std::string operator()(const TRef&) const { return "ref"; }
   std::string operator()(const TFun&) const { return "func"; }
 };
 
 std::string unrelated(const TypeDesc& a, const TypeDesc& b) {
   return "type " + std::visit(Label{}, a) + " does not match type " + std::visit(Label{}, b);
-}
-
-template <typename D>
-std::string shapeText(const std::optional<D>& shape) {
-  if (shape) return extentsText(*shape);
-  // As the flat interface tells unknown extents: -1 for each.
-  std::string text = "-1";
-  for (std::size_t i = sizeof(std::int32_t); i < sizeof(D); i += sizeof(std::int32_t)) {
-    text.append(",-1");
-  }
-  return text;
 }
 
 // The walk to the first pair of parts that doesn't relate, in the order of the parts. The pairs
@@ -179,8 +170,8 @@ class FirstReason {
   std::string begin(const Type& a, const Type& b, const Type::TArrayND<D>& x,
                     const Type::TArrayND<D>& y) {
     if (!extentsFit(x, y)) {
-      return "Expected array of size: " + shapeText(y.shape) +
-             " - provided array of size: " + shapeText(x.shape);
+      return "Expected array of size: " + Extents(y).text() +
+             " - provided array of size: " + Extents(x).text();
     }
     frames_.push_back({&a, &b, 1, 0});
     return {};

@@ -1,5 +1,6 @@
 #include <unordered_set>
 
+#include "extents.hpp"
 #include "layout.hpp"
 #include "metadata.hpp"
 #include "type_handle.hpp"
@@ -38,23 +39,6 @@ const T& keepFirst(std::atomic<const T*>& kept, T made) {
   }
   return *first;
 }
-
-const Type* arrayElement(const TypeDesc& desc) {
-  return std::visit(
-      [](const auto& alternative) -> const Type* {
-        if constexpr (requires { alternative.shape; }) {
-          return alternative.element.get();
-        } else {
-          return nullptr;
-        }
-      },
-      desc);
-}
-
-bool negative(int shape) { return shape < 0; }
-bool negative(const index2& s) { return s.x < 0 || s.y < 0; }
-bool negative(const index3& s) { return s.x < 0 || s.y < 0 || s.z < 0; }
-bool negative(const index4& s) { return s.x < 0 || s.y < 0 || s.z < 0 || s.w < 0; }
 
 }  // namespace
 
@@ -116,8 +100,9 @@ template <typename D>
 Type::TArrayND<D>::TArrayND(TypePtr elementType, std::optional<D> extents)
     : element(std::move(elementType)), shape(extents) {
   if (!element->concrete()) throw Exception(ErrorCode::InvalidArguments, "concrete type required");
-  if (shape && negative(*shape)) {
-    throw Exception(ErrorCode::InvalidArguments, "negative array length");
+  if (!shape) return;
+  for (const std::int32_t extent : Extents(*shape)) {
+    if (extent < 0) throw Exception(ErrorCode::InvalidArguments, "negative array length");
   }
 }
 
@@ -142,8 +127,8 @@ Type::Type(TypeDesc desc, const Metadata& metadata, TypePtr stripped,
   if (refSlotCount_ <= kFewRefSlots) {
     fewRefSlots_ = computeRefSlots(desc_, refSlotCount_);
     refSlots_.store(&fewRefSlots_, std::memory_order_relaxed);
-  } else if (const Type* const element = arrayElement(desc_)) {
-    slotPattern_ = &element->slotPattern();
+  } else if (const auto array = arrayDesc(desc_)) {
+    slotPattern_ = &(*array->element)->slotPattern();
   }
   const std::string metadataWords = metadataText(metadata_);
   if (auto text = qex::vornath::shortText(desc_, metadataWords)) {

@@ -6,6 +6,7 @@
 #include <vector>
 
 #include "base_types.hpp"
+#include "extents.hpp"
 #include "metadata.hpp"
 
 namespace qex::vornath {
@@ -70,10 +71,10 @@ void write(const Type::TStruct& structure, Sink& sink) {
 
 template <typename D, typename Sink>
 void write(const Type::TArrayND<D>& array, Sink& sink) {
-  constexpr auto commas = static_cast<std::size_t>(Type::TArrayND<D>::kRank - 1);
+  const Extents extents(array);
   sink.type(*array.element);
   sink.words("[");
-  sink.words(array.shape ? extentsText(*array.shape) : std::string(commas, ','));
+  sink.words(extents.known() ? extents.text() : std::string(extents.rank() - 1, ','));
   sink.words("]");
 }
 
@@ -183,15 +184,6 @@ struct PieceSink {
   std::vector<Piece>& later;
 };
 
-std::string joined(std::initializer_list<std::int32_t> extents) {
-  std::string text;
-  for (const std::int32_t extent : extents) {
-    if (!text.empty()) text.append(",");
-    text.append(std::to_string(extent));
-  }
-  return text;
-}
-
 }  // namespace
 
 void TextSum::add(std::string_view words) noexcept {
@@ -253,13 +245,6 @@ std::string enumText(const Type::TEnum& enumeration) {
   WholeSink sink{text};
   write(enumeration, sink);
   return text;
-}
-
-std::string extentsText(int shape) { return joined({shape}); }
-std::string extentsText(const index2& shape) { return joined({shape.x, shape.y}); }
-std::string extentsText(const index3& shape) { return joined({shape.x, shape.y, shape.z}); }
-std::string extentsText(const index4& shape) {
-  return joined({shape.x, shape.y, shape.z, shape.w});
 }
 
 }  // namespace qex::vornath

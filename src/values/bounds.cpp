@@ -5,8 +5,8 @@
 #include <limits>
 
 #include "base_types.hpp"
+#include "extents.hpp"
 #include "fixed_struct_types.hpp"
-#include "layout.hpp"
 #include "metadata.hpp"
 #include "ref_slots.hpp"
 #include "relations.hpp"
@@ -181,7 +181,7 @@ class BoundsFiller {
 
   template <typename D>
   bool fillLeaf(const Type::TArrayND<D>& array, std::uint64_t) {
-    return !array.shape || elementCount(*array.shape) <= 0;
+    return Extents(array).elements() == 0;
   }
 
   bool fillLeaf(const Type::TRef&, std::uint64_t) { return true; }

@@ -1,14 +1,13 @@
 #include "coercion.hpp"
 
 #include <algorithm>
-#include <array>
-#include <limits>
 #include <optional>
 #include <string_view>
 #include <unordered_map>
 #include <vector>
 
 #include "bounds.hpp"
+#include "extents.hpp"
 #include "pair_planner.hpp"
 #include "relations.hpp"
 #include "transfer.hpp"
@@ -21,11 +20,6 @@ namespace {
 using vrnt::ErrorCode;
 using vrnt::Exception;
 using Part = Transfer::Part;
-
-std::array<std::int32_t, 1> extentsOf(int shape) { return {shape}; }
-std::array<std::int32_t, 2> extentsOf(const index2& s) { return {s.x, s.y}; }
-std::array<std::int32_t, 3> extentsOf(const index3& s) { return {s.x, s.y, s.z}; }
-std::array<std::int32_t, 4> extentsOf(const index4& s) { return {s.x, s.y, s.z, s.w}; }
 
 // Finds the names of one list in another, each in constant time: a list that is in the same order
 // is followed, and only at the first name out of order is a table made.
@@ -164,14 +158,13 @@ class Planner : private PairPlanner<Planner, Outcome, Match> {
   template <typename D>
   Outcome close(const Frame& frame, const Type::TArrayND<D>& s, const Type::TArrayND<D>& t) {
     const Outcome& element = inner(frame, 0);
-    if (element.related && (!t.shape || (s.shape && *s.shape == *t.shape))) {
+    if (element.related && (!t.shape || Extents(s) == Extents(t))) {
       return {true, transfer_.copy(*frame.second)};
     }
     if (!s.shape || !t.shape) {
       return {false, transfer_.act([](const char*, char*) { throw std::bad_optional_access(); })};
     }
-    return {false, common(element.part, extentsOf(*s.shape), s.element->size(), extentsOf(*t.shape),
-                          t.element->size())};
+    return {false, common(element.part, s, s.element->size(), t, t.element->size())};
   }
 
   template <typename S, typename T>
@@ -180,11 +173,10 @@ class Planner : private PairPlanner<Planner, Outcome, Match> {
   }
 
   // The elements that both arrays have, x fastest.
-  template <std::size_t Rank>
-  Part common(Part part, const std::array<std::int32_t, Rank>& from, std::uint64_t fromStride,
-              const std::array<std::int32_t, Rank>& to, std::uint64_t toStride) {
+  Part common(Part part, const Extents& from, std::uint64_t fromStride, const Extents& to,
+              std::uint64_t toStride) {
     if (!hasElements(from) || !hasElements(to)) return {};
-    for (std::size_t i = 0; i < Rank; ++i) {
+    for (std::size_t i = 0; i < from.rank(); ++i) {
       part = transfer_.repeat(part, static_cast<std::uint64_t>(std::min(from[i], to[i])),
                               fromStride, toStride);
       fromStride *= static_cast<std::uint64_t>(from[i]);
@@ -194,14 +186,8 @@ class Planner : private PairPlanner<Planner, Outcome, Match> {
   }
 
   // Extents whose product ran over don't say where elements lie: such an array counts as empty.
-  template <std::size_t Rank>
-  static bool hasElements(const std::array<std::int32_t, Rank>& extents) {
-    std::int64_t count = 1;
-    for (const std::int32_t extent : extents) {
-      count *= extent;
-      if (count < 1 || count > std::numeric_limits<std::int32_t>::max()) return false;
-    }
-    return true;
+  static bool hasElements(const Extents& extents) {
+    return extents.count() > 0 && !extents.overflow();
   }
 
   Transfer& transfer_;

@@ -7,7 +7,6 @@
 
 #include "base_types.hpp"
 #include "half.hpp"
-#include "layout.hpp"
 #include "relations.hpp"
 #include "value_text.hpp"
 
@@ -140,10 +139,8 @@ class Comparison {
   template <typename D>
   Outcome begin(const Type::TArrayND<D>& array, const Side& a, const Side& b) {
     if (!array.shape) return Outcome::Equal;
-    const std::int32_t extent = elementCount(*array.shape);
     // Any number of elements without bytes may stand in a value, and they are all equal.
-    const bool empty = extent < 0 || array.element->size() == 0;
-    const std::size_t count = empty ? 0 : static_cast<std::size_t>(extent);
+    const std::size_t count = array.element->size() == 0 ? 0 : Extents(array).elements();
     std::size_t first = 0;
     // Numbers are the most of what is compared: the equal ones among them are passed over here.
     if (const auto* base = array.element->template getIf<Type::TBasetype>()) {

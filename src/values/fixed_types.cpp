@@ -3,19 +3,14 @@
 #include <utility>
 
 #include "base_types.hpp"
-#include "type_factory.hpp"
+#include "make_type.hpp"
 
 namespace qex::vornath {
 namespace {
 
-const Type& makeFixed(TypeDesc desc) {
-  Type::Factory& factory = *Type::get_factory(true);
-  return *factory.makePermanent(factory.makeType(std::move(desc)).get());
-}
-
 template <std::size_t Base>
 const Type& fixedBaseType() {
-  static const Type& type = makeFixed(static_cast<Type::TBasetype>(Base));
+  static const Type& type = permanentType(makeType(static_cast<Type::TBasetype>(Base)));
   return type;
 }
 
@@ -36,7 +31,7 @@ const Type& baseType(Type::TBasetype base) {
 }
 
 const Type& voidReferenceType() {
-  static const Type& type = makeFixed(Type::TRef{});
+  static const Type& type = permanentType(makeType(Type::TRef{}));
   return type;
 }
 

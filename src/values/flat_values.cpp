@@ -9,7 +9,7 @@
 #include "coercion.hpp"
 #include "dynamic_value.hpp"
 #include "equality.hpp"
-#include "layout.hpp"
+#include "parts.hpp"
 #include "specialization.hpp"
 #include "stream.hpp"
 #include "type_handle.hpp"
@@ -151,17 +151,9 @@ vrntValueView_t* vrntValueStructField(vrntValueView_t* out, const vrntType_t* st
 vrntValueView_t* vrntValueArrayElement(vrntValueView_t* out, const vrntType_t* arrayType,
                                        const int32_t* index) {
   const Type& type = typeOf(arrayType);
-  if (type.getIf<Type::TArrayND<int>>() != nullptr) return fill(out, elementPlace(type, index[0]));
-  if (type.getIf<Type::TArrayND<index2>>() != nullptr) {
-    return fill(out, elementPlace(type, index2{index[0], index[1]}));
-  }
-  if (type.getIf<Type::TArrayND<index3>>() != nullptr) {
-    return fill(out, elementPlace(type, index3{index[0], index[1], index[2]}));
-  }
-  if (type.getIf<Type::TArrayND<index4>>() != nullptr) {
-    return fill(out, elementPlace(type, index4{index[0], index[1], index[2], index[3]}));
-  }
-  raiseWrongKind("vrntValueArrayElement", "an array", type);
+  const auto array = arrayDesc(type.desc());
+  if (!array) raiseWrongKind("vrntValueArrayElement", "an array", type);
+  return fill(out, elementPlace(type, {index, array->extents.rank()}));
 }
 
 void* vrntValueMap(vrntValue_t** value, const vrntValueView_t* view, vrntValuesError_t** error) {

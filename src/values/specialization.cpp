@@ -8,21 +8,17 @@
 #include <vector>
 
 #include "equality.hpp"
-#include "layout.hpp"
+#include "extents.hpp"
+#include "make_type.hpp"
 #include "pair_planner.hpp"
 #include "relations.hpp"
 #include "transfer.hpp"
-#include "type_factory.hpp"
 #include "vornath_data/result.hpp"
 
 namespace qex::vornath {
 namespace {
 
 using Part = Transfer::Part;
-
-TypePtr makeType(TypeDesc desc, const Metadata& metadata = {}) {
-  return Type::get_factory(true)->makeType(std::move(desc), metadata);
-}
 
 bool isMarked(const Type& type) { return type.metadata().count("no_specialize") != 0; }
 
@@ -99,10 +95,8 @@ class Planner : private PairPlanner<Planner, Outcome, std::size_t> {
     const auto& own = *frame.first->getIf<Type::TArrayND<D>>();
     const Outcome& element = inner(frame, 0);
     TypePtr type = makeType(Type::TArrayND<D>(element.type, own.shape));
-    const std::int32_t count = elementCount(*own.shape);
-    const Part part =
-        transfer_.repeat(element.part, count < 0 ? 0 : static_cast<std::uint64_t>(count),
-                         own.element->size(), element.type->size());
+    const Part part = transfer_.repeat(element.part, Extents(own).elements(), own.element->size(),
+                                       element.type->size());
     return {std::move(type), part};
   }
 
@@ -169,11 +163,11 @@ class Difference {
              const Type::TArrayND<D>& array) {
     const D& extents = std::get<Type::TArrayND<D>>(a.type->desc()).shape.value();
     if (!(extents == std::get<Type::TArrayND<D>>(b.type->desc()).shape.value())) return true;
-    const std::int32_t count = elementCount(extents);
-    if (count <= 0) return false;
+    const std::size_t count = Extents(extents).elements();
+    if (count == 0) return false;
     // Elements without parts are compared all at once, which says the same.
     if (!hasParts(*array.element)) return !valuesEqual(a, b, 0);
-    frames_.push_back({a, b, &annotated, array.element.get(), static_cast<std::size_t>(count), 0});
+    frames_.push_back({a, b, &annotated, array.element.get(), count, 0});
     return false;
   }
 

@@ -6,7 +6,6 @@
 #include <utility>
 #include <vector>
 
-#include "type_factory.hpp"
 #include "type_text.hpp"
 
 namespace qex::vornath {
@@ -49,7 +48,7 @@ NewBlock readRecord(vrntReadFn read, void* user) {
   if (textLength > text.max_size()) throw std::bad_alloc();
   text.resize(textLength);
   read(text.data(), textLength, user);
-  const TypePtr type = Type::get_factory(true)->parseType(text);
+  const TypePtr type = Type::parse(text);
   std::uint64_t id = 0;
   read(&id, sizeof(id), user);
   NewBlock block(*type, Fill::Undefined);

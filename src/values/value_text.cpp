@@ -23,23 +23,6 @@ T load(const char* at) {
   return value;
 }
 
-// " | 2, 3": what tells an array of several dimensions from its neighbours of other extents.
-std::string extentsSuffix(const Type& arrayType) {
-  if (const auto* array = arrayType.getIf<Type::TArrayND<index2>>()) {
-    const index2& s = array->shape.value();
-    return fmt::format(" | {}, {}", s.x, s.y);
-  }
-  if (const auto* array = arrayType.getIf<Type::TArrayND<index3>>()) {
-    const index3& s = array->shape.value();
-    return fmt::format(" | {}, {}, {}", s.x, s.y, s.z);
-  }
-  if (const auto* array = arrayType.getIf<Type::TArrayND<index4>>()) {
-    const index4& s = array->shape.value();
-    return fmt::format(" | {}, {}, {}, {}", s.x, s.y, s.z, s.w);
-  }
-  return {};
-}
-
 struct Options {
   bool exact;
   bool multiline;
@@ -179,7 +162,9 @@ class Printer {
         text_ += count == 0 ? ": " : " : ";
         appendText(text_, *element);
       }
-      text_ += extentsSuffix(*frame.type);
+      // What tells an array of several dimensions from its neighbours of other extents.
+      const Extents extents = arrayDesc(frame.type->desc())->extents;
+      if (extents.rank() > 1) text_.append(" | ").append(extents.text(", "));
       text_ += " ]";
       frames_.pop_back();
       return;
