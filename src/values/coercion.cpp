@@ -142,13 +142,14 @@ class Planner : private PairPlanner<Planner, Outcome, Match> {
   }
 
   Outcome close(const Frame& frame, const Type::TStruct& s, const Type::TStruct& t) {
-    bool related = s.fields.size() == t.fields.size() && frame.fields.size() == s.fields.size();
+    // The fields of the same labels are those of the same indices then.
+    bool related = relateButForParts(*frame.first, *frame.second);
     std::vector<Part> parts;
     parts.reserve(frame.fields.size());
     for (std::size_t i = 0; i < frame.fields.size(); ++i) {
       const auto [from, to] = frame.fields[i];
       const Outcome& field = inner(frame, i);
-      related = related && from == to && field.related;
+      related = related && field.related;
       parts.push_back(field.part.at(s.offsets[from], t.offsets[to]));
     }
     if (related) return {true, transfer_.copy(*frame.second)};
@@ -158,7 +159,7 @@ class Planner : private PairPlanner<Planner, Outcome, Match> {
   template <typename D>
   Outcome close(const Frame& frame, const Type::TArrayND<D>& s, const Type::TArrayND<D>& t) {
     const Outcome& element = inner(frame, 0);
-    if (element.related && (!t.shape || Extents(s) == Extents(t))) {
+    if (element.related && relateButForParts(*frame.first, *frame.second)) {
       return {true, transfer_.copy(*frame.second)};
     }
     if (!s.shape || !t.shape) {
