@@ -26,17 +26,20 @@ struct Place {
 class Parts {
  public:
   /// None for a type that is neither a struct nor an array.
-  static Parts of(const Type& type) {
+  static Parts of(const TypeDesc& desc) {
     return std::visit(
-        [](const auto& desc) {
-          if constexpr (std::is_constructible_v<Parts, decltype(desc)>) {
-            return Parts(desc);
+        [](const auto& alternative) {
+          if constexpr (std::is_constructible_v<Parts, decltype(alternative)>) {
+            return Parts(alternative);
           } else {
             return Parts();
           }
         },
-        type.desc());
+        desc);
   }
+  static Parts of(const Type& type) { return of(type.desc()); }
+
+  Parts() = default;
 
   explicit Parts(const Type::TStruct& structure)
       : structure_(&structure), count_(structure.fields.size()) {}
@@ -64,8 +67,6 @@ class Parts {
   std::uint64_t stride() const { return stride_; }
 
  private:
-  Parts() = default;
-
   const Type::TStruct* structure_ = nullptr;
   const Type* element_ = nullptr;
   std::uint64_t stride_ = 0;

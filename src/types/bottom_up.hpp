@@ -1,0 +1,87 @@
+/// What is worked out for types, or pairs of them, from what was worked out for their parts.
+#ifndef VORNATH_TYPES_BOTTOM_UP_HPP
+#define VORNATH_TYPES_BOTTOM_UP_HPP
+
+#include <cstddef>
+#include <cstdint>
+#include <optional>
+#include <unordered_map>
+#include <utility>
+#include <vector>
+
+#include "vornath_data/type_library.hpp"
+#include "walk.hpp"
+
+namespace qex::vornath {
+
+using TypePair = std::pair<const Type*, const Type*>;
+
+/// For a type or a pair of them.
+struct TypeHash {
+  std::size_t operator()(const Type* type) const noexcept { return mixed(bits(type)); }
+  std::size_t operator()(const TypePair& pair) const noexcept {
+    return mixed(bits(pair.first) * 31 + bits(pair.second));
+  }
+
+ private:
+  static std::uint64_t bits(const Type* type) noexcept {
+    return reinterpret_cast<std::uintptr_t>(type);
+  }
+  static std::size_t mixed(std::uint64_t word) noexcept {
+    word *= 0x9E3779B97F4A7C15U;
+    return static_cast<std::size_t>(word ^ (word >> 32));
+  }
+};
+
+/// Works out the outcome of a key, a type or a pair of types, from the outcomes of the keys that it
+/// depends on: each once however often it occurs, and without recursion. No key depends on itself.
+/// A Maker derives from it and has, public:
+///
+///     std::optional<Outcome> open(Task& task);  // the outcome, or nothing and task.inner filled
+///     Outcome close(Task& task);                // once outcome(task, i) answers for each inner
+///     key
+///
+/// Note is what open() notes for each inner key, in task.notes, for close() to read.
+template <typename Maker, typename Key, typename Outcome, typename Note = std::size_t>
+class BottomUp {
+ public:
+  struct Task {
+    Key key;
+    std::vector<Key> inner{};
+    std::vector<Note> notes{};
+  };
+
+  // The visits of the walk.
+
+  Visit enter(Task& task) {
+    if (outcomes_.contains(task.key)) return Visit::leaf();
+    if (std::optional<Outcome> outcome = maker().open(task)) {
+      outcomes_.emplace(task.key, *std::move(outcome));
+      return Visit::leaf();
+    }
+    return Visit::parts(task.inner.size());
+  }
+  Task part(const Task& task, std::size_t i) { return {task.inner[i]}; }
+  void leave(Task& task) { outcomes_.emplace(task.key, maker().close(task)); }
+
+ protected:
+  /// Throws what the maker throws, and std::bad_alloc.
+  const Outcome& outcomeOf(const Key& key) {
+    Walk<Task>().run(*this, {key});
+    return outcomes_.find(key)->second;
+  }
+
+  /// That of an inner key, while the task is closed.
+  const Outcome& outcome(const Task& task, std::size_t i) const {
+    return outcomes_.find(task.inner[i])->second;
+  }
+
+ private:
+  Maker& maker() { return static_cast<Maker&>(*this); }
+
+  std::unordered_map<Key, Outcome, TypeHash> outcomes_;
+};
+
+}  // namespace qex::vornath
+
+#endif
