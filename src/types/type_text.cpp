@@ -8,6 +8,7 @@
 #include "base_types.hpp"
 #include "extents.hpp"
 #include "metadata.hpp"
+#include "walk.hpp"
 
 namespace qex::vornath {
 namespace {
@@ -184,6 +185,29 @@ struct PieceSink {
   std::vector<Piece>& later;
 };
 
+// Appends pieces, each with what it consists of.
+struct PieceAppender {
+  struct Node {
+    Piece piece;
+    std::vector<Piece> later{};
+  };
+
+  Visit enter(Node& node) {
+    const auto& [type, words] = node.piece;
+    if (type == nullptr) {
+      text.append(words);
+      return Visit::leaf();
+    }
+    PieceSink sink{text, node.later};
+    writeDesc(type->desc(), sink);
+    sink.words(metadataText(type->metadata()));
+    return Visit::parts(node.later.size());
+  }
+  Node part(Node& node, std::size_t i) { return {std::move(node.later[i])}; }
+
+  std::string& text;
+};
+
 }  // namespace
 
 void TextSum::add(std::string_view words) noexcept {
@@ -222,22 +246,8 @@ void appendText(std::string& out, const Type& type) {
   if (type.textSum().length > out.max_size() - out.size()) throw std::bad_alloc();
   if (out.empty()) out.reserve(type.textSum().length);
 
-  std::vector<Piece> open;  // the next one last
-  open.push_back({&type, {}});
-  std::vector<Piece> later;
-  while (!open.empty()) {
-    const Piece piece = std::move(open.back());
-    open.pop_back();
-    if (piece.type == nullptr) {
-      out.append(piece.words);
-      continue;
-    }
-    PieceSink sink{out, later};
-    writeDesc(piece.type->desc(), sink);
-    sink.words(metadataText(piece.type->metadata()));
-    std::move(later.rbegin(), later.rend(), std::back_inserter(open));
-    later.clear();
-  }
+  PieceAppender appender{out};
+  Walk<PieceAppender::Node, false>().run(appender, {{&type, {}}});
 }
 
 std::string enumText(const Type::TEnum& enumeration) {

@@ -219,6 +219,8 @@ class BlockPtr {
 /// is given up is freed without a look at them.
 class NewBlock {
  public:
+  /// None: nothing but empty() may be asked of it.
+  NewBlock() noexcept = default;
   /// Throws std::bad_alloc.
   NewBlock(const Type& type, Fill fill) : block_(allocateBlock(type, fill)) {}
   NewBlock(NewBlock&& other) noexcept : block_(std::exchange(other.block_, nullptr)) {}
@@ -227,6 +229,7 @@ class NewBlock {
     if (block_ != nullptr) discardBlock(block_);
   }
 
+  bool empty() const noexcept { return block_ == nullptr; }
   const Type& type() const noexcept { return blockType(block_); }
   char* data() const noexcept { return blockData(block_); }
 
@@ -240,7 +243,7 @@ class NewBlock {
   }
 
  private:
-  vrntValue_t* block_;
+  vrntValue_t* block_ = nullptr;
 };
 
 }  // namespace qex::vornath

@@ -6,9 +6,9 @@
 #include <unordered_map>
 #include <vector>
 
+#include "bottom_up.hpp"
 #include "bounds.hpp"
 #include "extents.hpp"
-#include "pair_planner.hpp"
 #include "relations.hpp"
 #include "transfer.hpp"
 #include "vornath_data/result.hpp"
@@ -51,52 +51,51 @@ struct Outcome {
 
 using Match = std::pair<std::size_t, std::size_t>;  // indices of fields
 
-class Planner : private PairPlanner<Planner, Outcome, Match> {
+class Planner : public BottomUp<Planner, TypePair, Outcome, Match> {
  public:
   Planner(Transfer& transfer, bool lenient) : transfer_(transfer), lenient_(lenient) {}
 
   // Both without metadata.
-  Outcome plan(const Type& source, const Type& target) { return decide(source, target); }
+  Outcome plan(const Type& source, const Type& target) { return outcomeOf({&source, &target}); }
 
- private:
-  friend PairPlanner;
-
-  // Decides the pair, or puts it on the stack if it has inner pairs to decide first.
-  void open(const Type& source, const Type& target) {
-    if (&source == &target) {
-      outcomes_.emplace(TypePair(&source, &target), Outcome{true, transfer_.copy(target)});
-      return;
-    }
-    std::visit([&](const auto& s, const auto& t) { open(source, target, s, t); }, source.desc(),
-               target.desc());
+  std::optional<Outcome> open(Task& task) {
+    const auto [source, target] = task.key;
+    if (source == target) return Outcome{true, transfer_.copy(*target)};
+    return std::visit([&](const auto& s, const auto& t) { return open(task, s, t); },
+                      source->desc(), target->desc());
   }
 
-  void open(const Type& source, const Type& target, const Type::TStruct& s,
-            const Type::TStruct& t) {
-    Frame frame{&source, &target, {}, {}, 0};
+  Outcome close(const Task& task) {
+    return std::visit([&](const auto& s, const auto& t) { return close(task, s, t); },
+                      task.key.first->desc(), task.key.second->desc());
+  }
+
+ private:
+  static std::optional<Outcome> open(Task& task, const Type::TStruct& s, const Type::TStruct& t) {
     NameTable labels;
     for (std::size_t i = 0; i < s.fields.size(); ++i) {
       const auto found =
           labels.find(s.fields[i].label, i, t.fields,
                       [](const Type::Field& field) -> std::string_view { return field.label; });
       if (!found) continue;
-      frame.inner.emplace_back(s.fields[i].type.get(), t.fields[*found].type.get());
-      frame.fields.emplace_back(i, *found);
+      task.inner.emplace_back(s.fields[i].type.get(), t.fields[*found].type.get());
+      task.notes.emplace_back(i, *found);
     }
-    frames_.push_back(std::move(frame));
+    return std::nullopt;
   }
 
   template <typename D>
-  void open(const Type& source, const Type& target, const Type::TArrayND<D>& s,
-            const Type::TArrayND<D>& t) {
-    frames_.push_back({&source, &target, {{s.element.get(), t.element.get()}}, {}, 0});
+  static std::optional<Outcome> open(Task& task, const Type::TArrayND<D>& s,
+                                     const Type::TArrayND<D>& t) {
+    task.inner.emplace_back(s.element.get(), t.element.get());
+    return std::nullopt;
   }
 
   template <typename S, typename T>
-  void open(const Type& source, const Type& target, const S& s, const T& t) {
-    const bool related = isSubType(source, target);
-    const Part part = related ? transfer_.copy(target) : convert(source, target, s, t);
-    outcomes_.emplace(TypePair(&source, &target), Outcome{related, part});
+  std::optional<Outcome> open(Task& task, const S& s, const T& t) {
+    const auto [source, target] = task.key;
+    const bool related = isSubType(*source, *target);
+    return Outcome{related, related ? transfer_.copy(*target) : convert(*source, *target, s, t)};
   }
 
   // The label says which constructor is meant, so a code is looked up in a table of the other's.
@@ -136,31 +135,27 @@ class Planner : private PairPlanner<Planner, Outcome, Match> {
     });
   }
 
-  Outcome close(const Frame& frame) {
-    return std::visit([&](const auto& s, const auto& t) { return close(frame, s, t); },
-                      frame.first->desc(), frame.second->desc());
-  }
-
-  Outcome close(const Frame& frame, const Type::TStruct& s, const Type::TStruct& t) {
+  Outcome close(const Task& task, const Type::TStruct& s, const Type::TStruct& t) {
+    const Type& target = *task.key.second;
     // The fields of the same labels are those of the same indices then.
-    bool related = relateButForParts(*frame.first, *frame.second);
+    bool related = relateButForParts(*task.key.first, target);
     std::vector<Part> parts;
-    parts.reserve(frame.fields.size());
-    for (std::size_t i = 0; i < frame.fields.size(); ++i) {
-      const auto [from, to] = frame.fields[i];
-      const Outcome& field = inner(frame, i);
+    parts.reserve(task.notes.size());
+    for (std::size_t i = 0; i < task.notes.size(); ++i) {
+      const auto [from, to] = task.notes[i];
+      const Outcome& field = outcome(task, i);
       related = related && field.related;
       parts.push_back(field.part.at(s.offsets[from], t.offsets[to]));
     }
-    if (related) return {true, transfer_.copy(*frame.second)};
+    if (related) return {true, transfer_.copy(target)};
     return {false, transfer_.sequence(parts)};
   }
 
   template <typename D>
-  Outcome close(const Frame& frame, const Type::TArrayND<D>& s, const Type::TArrayND<D>& t) {
-    const Outcome& element = inner(frame, 0);
-    if (element.related && relateButForParts(*frame.first, *frame.second)) {
-      return {true, transfer_.copy(*frame.second)};
+  Outcome close(const Task& task, const Type::TArrayND<D>& s, const Type::TArrayND<D>& t) {
+    const Outcome& element = outcome(task, 0);
+    if (element.related && relateButForParts(*task.key.first, *task.key.second)) {
+      return {true, transfer_.copy(*task.key.second)};
     }
     if (!s.shape || !t.shape) {
       return {false, transfer_.act([](const char*, char*) { throw std::bad_optional_access(); })};
@@ -169,8 +164,8 @@ class Planner : private PairPlanner<Planner, Outcome, Match> {
   }
 
   template <typename S, typename T>
-  Outcome close(const Frame&, const S&, const T&) {
-    return {};  // never on the stack
+  Outcome close(const Task&, const S&, const T&) {
+    return {};  // is never open
   }
 
   // The elements that both arrays have, x fastest.

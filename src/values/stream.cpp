@@ -7,6 +7,7 @@
 #include <vector>
 
 #include "type_text.hpp"
+#include "walk.hpp"
 
 namespace qex::vornath {
 namespace {
@@ -26,20 +27,6 @@ void writeRecord(const vrntValue_t* block, vrntWriteFn write, void* user) {
   write(blockData(block), type.size(), user);
 }
 
-// A block whose record is written, and the next of its words to follow.
-struct Written {
-  const vrntValue_t* block;
-  std::size_t next;
-};
-
-// A value whose record has been read, while those of the values that it refers to are read. The
-// words in it are the stream's until finish().
-struct Unfinished {
-  NewBlock block;
-  std::uint64_t word;  // under which another value refers to it
-  std::size_t next;    // slot
-};
-
 NewBlock readRecord(vrntReadFn read, void* user) {
   std::uint64_t textLength = 0;
   read(&textLength, sizeof(textLength), user);
@@ -56,56 +43,111 @@ NewBlock readRecord(vrntReadFn read, void* user) {
   return block;
 }
 
-// Puts addresses of values read in place of the stream's words, up to the first word that isn't in
-// the map: that one is returned. 0 if there is none.
-std::uint64_t resolveWords(Unfinished& value, const DynamicValue::StreamMap& map) {
-  const RefSlots slots(value.block.type());
-  for (auto slot = slots.from(value.next); slot != slots.end(); ++slot, ++value.next) {
-    char* const at = value.block.data() + *slot * kWordSize;
-    const std::uint64_t word = loadWord(at);
-    if (!isBlockWord(word)) continue;
-    const auto known = map.find(word);
-    if (known == map.end()) return word;
-    storeWord(at, known->second.word());
+// Writes the record of each block that the words lead to, before those that its own words lead to.
+class Writer {
+ public:
+  struct Node {
+    std::uint64_t word;
+  };
+
+  Writer(vrntWriteFn write, void* user) : write_(write), user_(user) {}
+
+  Visit enter(const Node& node) {
+    if (!isBlockWord(node.word) || !written_.insert(node.word).second) return Visit::leaf();
+    const vrntValue_t* const block = blockOfWord(node.word);
+    writeRecord(block, write_, user_);
+    return Visit::parts(blockType(block).refSlotCount());
   }
-  return 0;
-}
+
+  Node part(const Node& node, std::size_t i) {
+    const vrntValue_t* const block = blockOfWord(node.word);
+    return {loadWord(blockData(block) + RefSlots(blockType(block))[i] * kWordSize)};
+  }
+
+ private:
+  vrntWriteFn write_;
+  void* user_;
+  std::unordered_set<std::uint64_t> written_;
+};
+
+// Reads a record and then those of the values that it refers to. The words in a value are the
+// stream's until the walk has gone through them.
+class Reader {
+ public:
+  struct Node {
+    NewBlock block{};                     // none for a word whose value is there already
+    std::uint64_t word = 0;               // under which another value refers to it
+    std::vector<std::uint64_t> unread{};  // where words lie whose values come first, in bytes
+  };
+
+  Reader(vrntReadFn read, void* user, DynamicValue::StreamMap& map)
+      : read_(read), user_(user), map_(map) {}
+
+  DynamicValue value() {
+    walk_.run(*this, {readRecord(read_, user_)});
+    return DynamicValue(outermost_.get());
+  }
+
+  Visit enter(Node& node) {
+    if (node.block.empty()) return Visit::leaf();
+    RefSlots(node.block.type()).forEach([&](std::uint64_t slot) {
+      const std::uint64_t offset = slot * kWordSize;
+      if (!resolve(node.block.data() + offset)) node.unread.push_back(offset);
+    });
+    return Visit::parts(node.unread.size());
+  }
+
+  // The value may have been read for another word in the meantime.
+  Node part(const Node& node, std::size_t i) {
+    char* const at = node.block.data() + node.unread[i];
+    if (resolve(at)) return {};
+    const std::uint64_t word = loadWord(at);
+    return {readRecord(read_, user_), word};
+  }
+
+  void leave(Node& node) {
+    BlockPtr block = std::move(node.block).finish();
+    if (walk_.levels().empty()) {
+      outermost_ = std::move(block);
+      return;
+    }
+    map_.insert_or_assign(node.word, DynamicValue::VRef(wordOfBlock(block.get())));
+    const auto& outer = walk_.levels().back();
+    resolve(outer.node.block.data() + outer.node.unread[outer.current()]);
+  }
+
+ private:
+  // Puts the address of a value that was read in place of the stream's word. False for a word that
+  // isn't in the map.
+  bool resolve(char* at) const {
+    const std::uint64_t word = loadWord(at);
+    if (!isBlockWord(word)) return true;
+    const auto known = map_.find(word);
+    if (known == map_.end()) return false;
+    storeWord(at, known->second.word());
+    return true;
+  }
+
+  vrntReadFn read_;
+  void* user_;
+  DynamicValue::StreamMap& map_;
+  Walk<Node> walk_;
+  BlockPtr outermost_;
+};
 
 }  // namespace
 
 void serializeValue(const DynamicValue& value, vrntWriteFn write, void* user) {
-  writeRecord(value.block(), write, user);
-  if (blockType(value.block()).refSlotCount() == 0) return;
-
-  std::unordered_set<std::uint64_t> seen{wordOfBlock(value.block())};
-  std::vector<Written> open{{value.block(), 0}};
-  while (!open.empty()) {
-    const vrntValue_t* const block = open.back().block;
-    const RefSlots slots(blockType(block));
-    const std::uint64_t word = loadWord(blockData(block) + slots[open.back().next] * kWordSize);
-    // A block is done with its last word, before what that leads to: a chain needs no room here.
-    if (++open.back().next == slots.size()) open.pop_back();
-    if (!isBlockWord(word) || !seen.insert(word).second) continue;
-    const vrntValue_t* const target = blockOfWord(word);
-    writeRecord(target, write, user);
-    if (blockType(target).refSlotCount() != 0) open.push_back({target, 0});
+  if (value.typeOf().refSlotCount() == 0) {
+    writeRecord(value.block(), write, user);
+    return;
   }
+  Writer writer(write, user);
+  Walk<Writer::Node, false>().run(writer, {wordOfBlock(value.block())});
 }
 
 DynamicValue deserializeValue(vrntReadFn read, void* user, DynamicValue::StreamMap& map) {
-  std::vector<Unfinished> open;
-  open.push_back({readRecord(read, user), 0, 0});
-  for (;;) {
-    if (const std::uint64_t word = resolveWords(open.back(), map)) {
-      open.push_back({readRecord(read, user), word, 0});
-      continue;
-    }
-    const std::uint64_t word = open.back().word;
-    BlockPtr block = std::move(open.back().block).finish();
-    open.pop_back();
-    if (open.empty()) return DynamicValue(block.get());
-    map.insert_or_assign(word, DynamicValue::VRef(wordOfBlock(block.get())));
-  }
+  return Reader(read, user, map).value();
 }
 
 }  // namespace qex::vornath
