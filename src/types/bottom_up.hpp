@@ -38,7 +38,7 @@ struct TypeHash {
 /// A Maker derives from it and has, public:
 ///
 ///     std::optional<Outcome> open(Task& task);  // the outcome, or nothing and task.inner filled
-///     Outcome close(Task& task);                // once outcome(task, i) answers for each inner
+///     Outcome close(const Task& task);          // once outcome(task, i) answers for each inner
 ///     key
 ///
 /// Note is what open() notes for each inner key, in task.notes, for close() to read.
@@ -54,15 +54,16 @@ class BottomUp {
   // The visits of the walk.
 
   Visit enter(Task& task) {
-    if (outcomes_.contains(task.key)) return Visit::leaf();
+    const auto [entry, isNew] = outcomes_.try_emplace(task.key);
+    if (!isNew) return Visit::leaf();
     if (std::optional<Outcome> outcome = maker().open(task)) {
-      outcomes_.emplace(task.key, *std::move(outcome));
+      entry->second = *std::move(outcome);
       return Visit::leaf();
     }
     return Visit::parts(task.inner.size());
   }
   Task part(const Task& task, std::size_t i) { return {task.inner[i]}; }
-  void leave(Task& task) { outcomes_.emplace(task.key, maker().close(task)); }
+  void leave(const Task& task) { outcomes_.find(task.key)->second = maker().close(task); }
 
  protected:
   /// Throws what the maker throws, and std::bad_alloc.
@@ -79,7 +80,7 @@ class BottomUp {
  private:
   Maker& maker() { return static_cast<Maker&>(*this); }
 
-  std::unordered_map<Key, Outcome, TypeHash> outcomes_;
+  std::unordered_map<Key, Outcome, TypeHash> outcomes_;  // an empty one while the task is open
 };
 
 }  // namespace qex::vornath

@@ -40,12 +40,6 @@ auto visitType(const vrntType_t* type, Functions... functions) {
   return std::visit(Overloaded<Functions...>{std::move(functions)...}, typeOf(type).desc());
 }
 
-Extents extentsOf(const char* function, const vrntType_t* type) {
-  return visitType(
-      type, []<typename D>(const Type::TArrayND<D>& array) { return Extents(array); },
-      [&](const auto&) -> Extents { raiseWrongKind(function, "an array", typeOf(type)); });
-}
-
 // Each of these stands behind more than one name, and tells that of the function that was called.
 
 const TypePtr& elementOrTarget(const char* function, const vrntType_t* type) {
@@ -148,12 +142,23 @@ uint32_t vrntTypeVectorDimension(const vrntType_t* type) {
 }
 
 uint32_t vrntTypeArrayDimension(const vrntType_t* type) {
-  return static_cast<std::uint32_t>(extentsOf("vrntTypeArrayDimension", type).rank());
+  return visitType(
+      type,
+      []<typename D>(const Type::TArrayND<D>&) -> std::uint32_t {
+        return Type::TArrayND<D>::kRank;
+      },
+      [type](const auto&) -> std::uint32_t {
+        raiseWrongKind("vrntTypeArrayDimension", "an array", typeOf(type));
+      });
 }
 
 void vrntTypeArrayShape(const vrntType_t* type, int32_t* shape) {
-  const Extents extents = extentsOf("vrntTypeArrayShape", type);
-  std::copy(extents.begin(), extents.end(), shape);
+  visitType(
+      type,
+      [shape]<typename D>(const Type::TArrayND<D>& array) {
+        std::copy_n(Extents(array).begin(), Type::TArrayND<D>::kRank, shape);
+      },
+      [type](const auto&) { raiseWrongKind("vrntTypeArrayShape", "an array", typeOf(type)); });
 }
 
 vrntType_t* vrntTypeElementType(const vrntType_t* type) {

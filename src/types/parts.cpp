@@ -9,10 +9,17 @@ namespace {
 
 std::uint32_t bits(std::int32_t number) { return static_cast<std::uint32_t>(number); }
 
-ArrayDesc requireArray(const Type& type) {
-  const auto array = arrayDesc(type.desc());
-  if (!array) throw std::bad_variant_access();
-  return *array;
+// The running index is a 32-bit signed number.
+template <typename D>
+Place placeOf(const Type::TArrayND<D>& array, const std::int32_t* index) {
+  std::size_t dimension = Type::TArrayND<D>::kRank - 1;
+  std::uint32_t running = bits(index[dimension]);
+  if (dimension != 0) {
+    const auto extents = dimensions(array.shape.value());
+    while (dimension-- != 0) running = running * bits(extents[dimension]) + bits(index[dimension]);
+  }
+  const std::int64_t signedIndex = static_cast<std::int32_t>(running);
+  return {array.element.get(), static_cast<std::uint64_t>(signedIndex) * array.element->size()};
 }
 
 }  // namespace
@@ -30,21 +37,33 @@ Place fieldPlace(const Type& structType, std::string_view label) {
   return fieldPlace(structType, std::get<Type::TStruct>(structType.desc()).fieldIndex(label));
 }
 
+std::optional<Place> elementPlaceIfArray(const Type& type, const std::int32_t* index) {
+  return std::visit(
+      [index](const auto& desc) -> std::optional<Place> {
+        if constexpr (requires { desc.shape; }) {
+          return placeOf(desc, index);
+        } else {
+          return std::nullopt;
+        }
+      },
+      type.desc());
+}
+
 Place elementPlace(const Type& arrayType, std::span<const std::int32_t> index) {
-  const auto [element, extents] = requireArray(arrayType);
-  if (extents.rank() != index.size()) throw std::bad_variant_access();
-  std::size_t dimension = index.size() - 1;
-  std::uint32_t running = bits(index[dimension]);
-  if (dimension != 0) extents.requireKnown();
-  while (dimension-- != 0) running = running * bits(extents[dimension]) + bits(index[dimension]);
-  // The running index is a 32-bit signed number.
-  const std::int64_t signedIndex = static_cast<std::int32_t>(running);
-  return {element->get(), static_cast<std::uint64_t>(signedIndex) * (*element)->size()};
+  return std::visit(
+      [index](const auto& desc) -> Place {
+        if constexpr (requires { desc.shape; }) {
+          if (index.size() == desc.kRank) return placeOf(desc, index.data());
+        }
+        throw std::bad_variant_access();
+      },
+      arrayType.desc());
 }
 
 ArrayElements arrayElements(const Type& arrayType) {
-  const auto [element, extents] = requireArray(arrayType);
-  return {element->get(), extents.requireKnown().count()};
+  const auto array = arrayDesc(arrayType.desc());
+  if (!array) throw std::bad_variant_access();
+  return {array->element->get(), array->extents.requireKnown().count()};
 }
 
 }  // namespace qex::vornath

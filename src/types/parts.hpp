@@ -5,6 +5,7 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <optional>
 #include <span>
 #include <string_view>
 #include <type_traits>
@@ -47,16 +48,14 @@ class Parts {
   /// below 0.
   template <typename D>
   explicit Parts(const Type::TArrayND<D>& array)
-      : element_(array.element.get()),
-        stride_(array.element->size()),
-        count_(Extents(array).elements()) {}
+      : element_(array.element.get()), count_(Extents(array).elements()) {}
 
   std::size_t count() const { return count_; }
 
   /// The part with this index, which is below count().
   Place operator[](std::size_t i) const {
     if (structure_ != nullptr) return {structure_->fields[i].type.get(), structure_->offsets[i]};
-    return {element_, i * stride_};
+    return {element_, i * stride()};
   }
 
   /// The struct, or null if the parts are elements, which are alike.
@@ -64,12 +63,11 @@ class Parts {
   /// Of elements only.
   const Type& element() const { return *element_; }
   /// Bytes from one element to the next.
-  std::uint64_t stride() const { return stride_; }
+  std::uint64_t stride() const { return element_->size(); }
 
  private:
   const Type::TStruct* structure_ = nullptr;
   const Type* element_ = nullptr;
-  std::uint64_t stride_ = 0;
   std::size_t count_ = 0;
 };
 
@@ -83,6 +81,8 @@ Place fieldPlace(const Type& structType, std::string_view label);
 /// element's size is taken in 64. Throws std::bad_variant_access for a type of another kind or
 /// rank, and std::bad_optional_access where an extent is needed that the type leaves open.
 Place elementPlace(const Type& arrayType, std::span<const std::int32_t> index);
+/// The same with as many indices as the type's rank, and nothing for a type of another kind.
+std::optional<Place> elementPlaceIfArray(const Type& type, const std::int32_t* index);
 
 template <DimensionRecord D>
 Place elementPlace(const Type& arrayType, const D& index) {

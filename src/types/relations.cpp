@@ -33,11 +33,14 @@ bool sameLabels(const TStruct& a, const TStruct& b) {
 // then.
 
 struct Rule {
-  static Rule decided(bool related) { return {related, 0}; }
-  static Rule byParts(bool possible, std::size_t parts) { return {possible, parts}; }
+  static Rule decided(bool related) { return {related, 0, 0}; }
+  static Rule byParts(bool possible, std::size_t parts, std::size_t first = 0) {
+    return {possible, parts, first};
+  }
 
   bool related;       // provided that the parts are
   std::size_t parts;  // how many pairs of them there are
+  std::size_t first;  // the first one that isn't a type with itself
 };
 
 Rule rule(Type::TBasetype a, Type::TBasetype b) { return Rule::decided(a == b); }
@@ -47,7 +50,10 @@ Rule rule(const TEnum&, Type::TBasetype b) { return Rule::decided(b == Type::TBa
 Rule rule(const TEnum& a, const TEnum& b) { return Rule::decided(sameNames(a, b)); }
 
 Rule rule(const TStruct& a, const TStruct& b) {
-  return Rule::byParts(sameLabels(a, b), a.fields.size());
+  if (!sameLabels(a, b)) return Rule::decided(false);
+  std::size_t first = 0;
+  while (first < a.fields.size() && a.fields[first].type == b.fields[first].type) ++first;
+  return Rule::byParts(true, a.fields.size(), first);
 }
 
 template <typename D>
@@ -97,6 +103,10 @@ Pair part(const Leaf&, const Leaf&, std::size_t) {
 }
 
 Pair partOf(const Pair& pair, std::size_t i) {
+  // Most parts are fields.
+  if (const auto* const a = pair.a->getIf<TStruct>()) {
+    return part(*a, *pair.b->getIf<TStruct>(), i);
+  }
   return std::visit(
       [&](const auto& a) {
         return part(a, std::get<std::decay_t<decltype(a)>>(pair.b->desc()), i);
@@ -160,12 +170,14 @@ std::string reason(const TFun& a, const TFun& b) {
 }
 
 // The walk through the pairs of twins, which ends at the first one that doesn't relate.
+template <bool KeepsPath>
 class Relation {
  public:
   bool holds(const Type& a, const Type& b) { return walk_.run(*this, {&a, &b}); }
 
   // After holds() was false.
   std::string reason() const {
+    static_assert(KeepsPath);
     std::string text;
     for (const auto& level : walk_.levels()) {
       text += std::visit([&](const auto& a) { return leadTo(a, level.current()); },
@@ -182,12 +194,12 @@ class Relation {
       unrelated_ = pair;
       return Visit::stop();
     }
-    return rule.parts == 0 ? Visit::leaf() : Visit::parts(rule.parts);
+    return rule.first == rule.parts ? Visit::leaf() : Visit::parts(rule.parts, rule.first);
   }
   Pair part(const Pair& pair, std::size_t i) { return partOf(pair, i); }
 
  private:
-  Walk<Pair> walk_;
+  Walk<Pair, KeepsPath> walk_;
   Pair unrelated_{};
 };
 
@@ -196,20 +208,18 @@ class Relation {
 bool relateButForParts(const Type& a, const Type& b) { return ruleOf(a, b).related; }
 
 bool isSubType(const Type& a, const Type& b) {
-  return &a.stripped() == &b.stripped() || Relation().holds(a.stripped(), b.stripped());
+  return &a.stripped() == &b.stripped() || Relation<false>().holds(a.stripped(), b.stripped());
 }
 
 std::optional<std::string> checkSubType(const Type& a, const Type& b) {
-  Relation relation;
+  Relation<true> relation;
   if (relation.holds(a.stripped(), b.stripped())) return std::nullopt;
   return relation.reason();
 }
 
 void requireRelated(const Type& a, const Type& b, const char* format) {
-  if (&a.stripped() == &b.stripped()) return;
-  if (const auto reason = checkSubType(a, b)) {
-    throw vrnt::Exception(vrnt::ErrorCode::InvalidArguments, format, *reason);
-  }
+  if (isSubType(a, b)) return;
+  throw vrnt::Exception(vrnt::ErrorCode::InvalidArguments, format, checkSubType(a, b).value());
 }
 
 }  // namespace qex::vornath

@@ -13,24 +13,26 @@ namespace qex::vornath {
 class Visit {
  public:
   /// There is nothing inside: the walk goes on behind the node.
-  static constexpr Visit leaf() { return {Kind::Leaf, 0, 0}; }
+  static constexpr Visit leaf() { return {kLeaf, 0}; }
   /// The walk ends here.
-  static constexpr Visit stop() { return {Kind::Stop, 0, 0}; }
-  /// The walk goes on with the parts of the node from `first` on, and leaves it behind the last
-  /// one, also if there is none.
-  static constexpr Visit parts(std::size_t count, std::size_t first = 0) {
-    return {Kind::Parts, first, count};
-  }
+  static constexpr Visit stop() { return {kStop, 0}; }
+  /// The walk goes on with the parts of the node from `first` on, which is `count` at most, and
+  /// leaves it behind the last one, also if there is none.
+  static constexpr Visit parts(std::size_t count, std::size_t first = 0) { return {first, count}; }
 
  private:
   template <typename, bool, std::size_t>
   friend class Walk;
 
-  enum class Kind { Leaf, Stop, Parts };
-  constexpr Visit(Kind kind, std::size_t first, std::size_t count)
-      : kind_(kind), first_(first), count_(count) {}
+  // In the place of a first part, which is never beyond the count. Two words go in registers.
+  static constexpr std::size_t kLeaf = 1;
+  static constexpr std::size_t kStop = 2;
 
-  Kind kind_;
+  constexpr Visit(std::size_t first, std::size_t count) : first_(first), count_(count) {}
+
+  bool isStop() const { return first_ == kStop && count_ == 0; }
+  bool isParts() const { return first_ <= count_; }
+
   std::size_t first_;
   std::size_t count_;
 };
@@ -60,21 +62,29 @@ class Walk {
   /// Returns whether the walk came to the end of the root. If it was stopped, the levels around the
   /// node at which that happened stay open.
   template <typename Visitor>
-  bool run(Visitor& visitor, Node root) {
-    if (!come(visitor, root)) return false;
-    while (!levels_.empty()) {
-      Level& level = levels_.back();
-      if (level.next == level.count) {
-        close(visitor);
-        continue;
+  bool run(Visitor& visitor, Node node) {
+    for (;;) {
+      const Visit visit = visitor.enter(node);
+      if (visit.isStop()) return false;
+      if (visit.isParts()) {
+        if constexpr (!KeepsPath) {
+          if (visit.count_ - visit.first_ == 1) {
+            node = visitor.part(node, visit.first_);
+            continue;
+          }
+        }
+        levels_.push_back({std::move(node), visit.first_, visit.count_});
       }
-      Node part = visitor.part(level.node, level.next++);
+      for (;; close(visitor)) {
+        if (levels_.empty()) return true;
+        if (levels_.back().next != levels_.back().count) break;
+      }
+      Level& level = levels_.back();
+      node = visitor.part(level.node, level.next++);
       if constexpr (!KeepsPath) {
         if (level.next == level.count) close(visitor);
       }
-      if (!come(visitor, part)) return false;
     }
-    return true;
   }
 
   /// The open levels, the outermost first. While the visitor leaves a node, those around it.
@@ -82,15 +92,6 @@ class Walk {
   const Levels& levels() const { return levels_; }
 
  private:
-  template <typename Visitor>
-  bool come(Visitor& visitor, Node& node) {
-    const Visit visit = visitor.enter(node);
-    if (visit.kind_ == Visit::Kind::Parts) {
-      levels_.push_back({std::move(node), visit.first_, visit.count_});
-    }
-    return visit.kind_ != Visit::Kind::Stop;
-  }
-
   template <typename Visitor>
   void close(Visitor& visitor) {
     if constexpr (requires(Node & node) { visitor.leave(node); }) {

@@ -224,7 +224,10 @@ class NewBlock {
   /// Throws std::bad_alloc.
   NewBlock(const Type& type, Fill fill) : block_(allocateBlock(type, fill)) {}
   NewBlock(NewBlock&& other) noexcept : block_(std::exchange(other.block_, nullptr)) {}
-  NewBlock& operator=(NewBlock&&) = delete;
+  NewBlock& operator=(NewBlock&& other) noexcept {
+    std::swap(block_, other.block_);
+    return *this;
+  }
   ~NewBlock() {
     if (block_ != nullptr) discardBlock(block_);
   }

@@ -64,7 +64,7 @@ class Comparison {
         case Outcome::Equal:
           return Visit::leaf();
         case Outcome::Parts:
-          return Visit::parts(node.partsA.count(), firstToCompare(node));
+          return partsFrom(firstToCompare(node), node.partsA.count());
         case Outcome::Unequal:
           explain(node.a, node.b);
           return Visit::stop();
@@ -137,6 +137,10 @@ class Comparison {
 
   Outcome begin(const Type::TFun&, const Node& node) const {
     return outcome(std::memcmp(node.a.data, node.b.data, 2 * kWordSize) == 0);
+  }
+
+  static Visit partsFrom(std::size_t first, std::size_t count) {
+    return first == count ? Visit::leaf() : Visit::parts(count, first);
   }
 
   // Numbers are the most of what is compared: the equal ones that an array begins with are passed

@@ -151,9 +151,9 @@ vrntValueView_t* vrntValueStructField(vrntValueView_t* out, const vrntType_t* st
 vrntValueView_t* vrntValueArrayElement(vrntValueView_t* out, const vrntType_t* arrayType,
                                        const int32_t* index) {
   const Type& type = typeOf(arrayType);
-  const auto array = arrayDesc(type.desc());
-  if (!array) raiseWrongKind("vrntValueArrayElement", "an array", type);
-  return fill(out, elementPlace(type, {index, array->extents.rank()}));
+  const auto place = elementPlaceIfArray(type, index);
+  if (!place) raiseWrongKind("vrntValueArrayElement", "an array", type);
+  return fill(out, *place);
 }
 
 void* vrntValueMap(vrntValue_t** value, const vrntValueView_t* view, vrntValuesError_t** error) {

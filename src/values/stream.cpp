@@ -1,6 +1,7 @@
 #include "stream.hpp"
 
 #include <new>
+#include <optional>
 #include <string>
 #include <unordered_set>
 #include <utility>
@@ -61,13 +62,19 @@ class Writer {
 
   Node part(const Node& node, std::size_t i) {
     const vrntValue_t* const block = blockOfWord(node.word);
-    return {loadWord(blockData(block) + RefSlots(blockType(block))[i] * kWordSize)};
+    if (slotsOf_ != block) {
+      slots_.emplace(blockType(block));
+      slotsOf_ = block;
+    }
+    return {loadWord(blockData(block) + (*slots_)[i] * kWordSize)};
   }
 
  private:
   vrntWriteFn write_;
   void* user_;
   std::unordered_set<std::uint64_t> written_;
+  std::optional<RefSlots> slots_;  // of the block that was looked at last
+  const vrntValue_t* slotsOf_ = nullptr;
 };
 
 // Reads a record and then those of the values that it refers to. The words in a value are the
@@ -90,9 +97,11 @@ class Reader {
 
   Visit enter(Node& node) {
     if (node.block.empty()) return Visit::leaf();
+    char* const data = node.block.data();
     RefSlots(node.block.type()).forEach([&](std::uint64_t slot) {
       const std::uint64_t offset = slot * kWordSize;
-      if (!resolve(node.block.data() + offset)) node.unread.push_back(offset);
+      if (!isBlockWord(loadWord(data + offset))) return;
+      if (!resolve(data + offset)) node.unread.push_back(offset);
     });
     return Visit::parts(node.unread.size());
   }

@@ -15,7 +15,7 @@
 namespace qex::vornath {
 namespace {
 
-constexpr std::size_t kIndentStep = 2;
+constexpr std::uint32_t kIndentStep = 2;
 
 template <typename T>
 T load(const char* at) {
@@ -27,7 +27,7 @@ T load(const char* at) {
 struct Options {
   bool exact;
   bool multiline;
-  std::size_t indent;  // columns
+  std::uint32_t indent;  // columns
 };
 
 class Printer {
@@ -37,7 +37,6 @@ class Printer {
     const char* data;
     Options options;
     Parts parts{};
-    bool hasParts = false;  // even if their number is 0
   };
 
   std::string print(const Type& type, const char* data, const Options& options) {
@@ -48,11 +47,14 @@ class Printer {
   // Prints a value without parts, or what stands before the parts. Nothing follows the text of what
   // a reference leads to, so that a chain of references needs no levels.
   Visit enter(Node& node) {
-    while (const vrntValue_t* const target =
-               std::visit([&](const auto& desc) { return begin(desc, node); }, node.type->desc())) {
-      node = {&blockType(target), blockData(target), {}};
+    for (;;) {
+      const Next next =
+          std::visit([&](const auto& desc) { return begin(desc, node); }, node.type->desc());
+      if (next.target == nullptr) return next.visit;
+      node.type = &blockType(next.target);
+      node.data = blockData(next.target);
+      node.options = {};
     }
-    return node.hasParts ? Visit::parts(node.parts.count()) : Visit::leaf();
   }
 
   // Prints what stands before a part.
@@ -83,13 +85,17 @@ class Printer {
   }
 
  private:
-  // Each begin() returns the block with whose text this one goes on, or null.
+  // How the walk goes on, or the block with whose text this one does.
+  struct Next {
+    Visit visit = Visit::leaf();
+    const vrntValue_t* target = nullptr;
+  };
 
-  const vrntValue_t* begin(Type::TBasetype base, const Node& node) {
+  Next begin(Type::TBasetype base, const Node& node) {
     const BaseTypeInfo& info = baseTypeInfo(base);
     if (info.lanes == 1) {
       printLane(info.family, node.data, node.options.exact);
-      return nullptr;
+      return {};
     }
     appendText(text_, *node.type);
     text_ += '(';
@@ -98,36 +104,34 @@ class Printer {
       printLane(info.family, node.data + lane * info.laneSize, false);
     }
     text_ += ')';
-    return nullptr;
+    return {};
   }
 
-  const vrntValue_t* begin(const Type::TEnum& enumeration, const Node& node) {
+  Next begin(const Type::TEnum& enumeration, const Node& node) {
     text_ += enumeration.constructorName(load<std::int32_t>(node.data));
     text_ += " : ";
     appendText(text_, *node.type);
-    return nullptr;
+    return {};
   }
 
-  const vrntValue_t* begin(const Type::TStruct& structure, Node& node) {
+  Next begin(const Type::TStruct& structure, Node& node) {
     text_ += '{';
     text_ += node.options.multiline ? '\n' : ' ';
-    openParts(structure, node);
-    return nullptr;
+    return openParts(structure, node);
   }
 
   template <typename D>
-  const vrntValue_t* begin(const Type::TArrayND<D>& array, Node& node) {
+  Next begin(const Type::TArrayND<D>& array, Node& node) {
     Extents(array).requireKnown();
     text_ += "[ ";
-    openParts(array, node);
-    return nullptr;
+    return openParts(array, node);
   }
 
-  const vrntValue_t* begin(const Type::TRef& reference, const Node& node) {
+  Next begin(const Type::TRef& reference, const Node& node) {
     const std::uint64_t word = loadWord(node.data);
     if (isBlockWord(word)) {
       text_ += '&';
-      return blockOfWord(word);
+      return {Visit::leaf(), blockOfWord(word)};
     }
     const std::uint64_t address = word >> 1;
     if (reference.target) {
@@ -137,18 +141,18 @@ class Printer {
     } else {
       print("$0x{:016x}", address);
     }
-    return nullptr;
+    return {};
   }
 
-  const vrntValue_t* begin(const Type::TFun&, const Node&) {
+  Next begin(const Type::TFun&, const Node&) {
     text_ += "<<function>>";
-    return nullptr;
+    return {};
   }
 
   template <typename Desc>
-  static void openParts(const Desc& desc, Node& node) {
+  static Next openParts(const Desc& desc, Node& node) {
     node.parts = Parts(desc);
-    node.hasParts = true;
+    return {Visit::parts(node.parts.count())};
   }
 
   void endField(const Options& options) {
