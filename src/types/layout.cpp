@@ -188,6 +188,7 @@ Layout computeLayout(const TypeDesc& desc) {
 }
 
 std::vector<std::uint64_t> computeRefSlots(const TypeDesc& desc, std::uint64_t count) {
+  if (count == 0) return {};
   return SlotLister(count).list(desc);
 }
 

@@ -28,53 +28,45 @@ bool sameLabels(const TStruct& a, const TStruct& b) {
                     [](const auto& left, const auto& right) { return left.label == right.label; });
 }
 
-// The rules: what decides whether a value of one description may stand where the other is expected.
-// Pairs of one alternative may come down to the pairs of their parts, all of which must relate
-// then.
+// The rules: whether a value of one description may stand where the other is expected (leaf) or not
+// (stop), or whether that is up to the pairs of their parts, all of which must relate then.
 
-struct Rule {
-  static Rule decided(bool related) { return {related, 0, 0}; }
-  static Rule byParts(bool possible, std::size_t parts, std::size_t first = 0) {
-    return {possible, parts, first};
-  }
+Visit decided(bool related) { return related ? Visit::leaf() : Visit::stop(); }
 
-  bool related;       // provided that the parts are
-  std::size_t parts;  // how many pairs of them there are
-  std::size_t first;  // the first one that isn't a type with itself
-};
+Visit rule(Type::TBasetype a, Type::TBasetype b) { return decided(a == b); }
 
-Rule rule(Type::TBasetype a, Type::TBasetype b) { return Rule::decided(a == b); }
+Visit rule(const TEnum&, Type::TBasetype b) { return decided(b == Type::TBasetype::Int); }
 
-Rule rule(const TEnum&, Type::TBasetype b) { return Rule::decided(b == Type::TBasetype::Int); }
+Visit rule(const TEnum& a, const TEnum& b) { return decided(sameNames(a, b)); }
 
-Rule rule(const TEnum& a, const TEnum& b) { return Rule::decided(sameNames(a, b)); }
-
-Rule rule(const TStruct& a, const TStruct& b) {
-  if (!sameLabels(a, b)) return Rule::decided(false);
+Visit rule(const TStruct& a, const TStruct& b) {
+  if (!sameLabels(a, b)) return Visit::stop();
   std::size_t first = 0;
   while (first < a.fields.size() && a.fields[first].type == b.fields[first].type) ++first;
-  return Rule::byParts(true, a.fields.size(), first);
+  // Most fields are of one type on both sides.
+  return first == a.fields.size() ? Visit::leaf() : Visit::parts(a.fields.size(), first);
 }
 
 template <typename D>
-Rule rule(const Type::TArrayND<D>& a, const Type::TArrayND<D>& b) {
-  return Rule::byParts(!b.shape || Extents(a) == Extents(b), 1);
+Visit rule(const Type::TArrayND<D>& a, const Type::TArrayND<D>& b) {
+  return b.shape && Extents(a) != Extents(b) ? Visit::stop() : Visit::parts(1);
 }
 
-Rule rule(const TRef& a, const TRef& b) {
-  return b.target ? Rule::byParts(a.target != nullptr, 1) : Rule::decided(true);
+Visit rule(const TRef& a, const TRef& b) {
+  if (!b.target) return Visit::leaf();
+  return a.target ? Visit::parts(1) : Visit::stop();
 }
 
-Rule rule(const TFun& a, const TFun& b) {
-  return Rule::byParts(a.domain.size() == b.domain.size(), a.domain.size() + 1);
+Visit rule(const TFun& a, const TFun& b) {
+  return a.domain.size() == b.domain.size() ? Visit::parts(a.domain.size() + 1) : Visit::stop();
 }
 
 template <typename A, typename B>
-Rule rule(const A&, const B&) {
-  return Rule::decided(false);
+Visit rule(const A&, const B&) {
+  return decided(false);
 }
 
-Rule ruleOf(const Type& a, const Type& b) {
+Visit ruleOf(const Type& a, const Type& b) {
   return std::visit([](const auto& x, const auto& y) { return rule(x, y); }, a.desc(), b.desc());
 }
 
@@ -189,12 +181,9 @@ class Relation {
 
   Visit enter(const Pair& pair) {
     if (pair.a == pair.b) return Visit::leaf();
-    const Rule rule = ruleOf(*pair.a, *pair.b);
-    if (!rule.related) {
-      unrelated_ = pair;
-      return Visit::stop();
-    }
-    return rule.first == rule.parts ? Visit::leaf() : Visit::parts(rule.parts, rule.first);
+    const Visit visit = ruleOf(*pair.a, *pair.b);
+    if (visit.isStop()) unrelated_ = pair;
+    return visit;
   }
   Pair part(const Pair& pair, std::size_t i) { return partOf(pair, i); }
 
@@ -205,7 +194,7 @@ class Relation {
 
 }  // namespace
 
-bool relateButForParts(const Type& a, const Type& b) { return ruleOf(a, b).related; }
+bool relateButForParts(const Type& a, const Type& b) { return !ruleOf(a, b).isStop(); }
 
 bool isSubType(const Type& a, const Type& b) {
   return &a.stripped() == &b.stripped() || Relation<false>().holds(a.stripped(), b.stripped());

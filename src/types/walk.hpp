@@ -20,6 +20,8 @@ class Visit {
   /// leaves it behind the last one, also if there is none.
   static constexpr Visit parts(std::size_t count, std::size_t first = 0) { return {first, count}; }
 
+  constexpr bool isStop() const { return first_ == kStop && count_ == 0; }
+
  private:
   template <typename, bool, std::size_t>
   friend class Walk;
@@ -30,7 +32,6 @@ class Visit {
 
   constexpr Visit(std::size_t first, std::size_t count) : first_(first), count_(count) {}
 
-  bool isStop() const { return first_ == kStop && count_ == 0; }
   bool isParts() const { return first_ <= count_; }
 
   std::size_t first_;
@@ -57,7 +58,10 @@ class Walk {
     /// The index of the part that the walk is at.
     std::size_t current() const { return next - 1; }
   };
-  using Levels = boost::container::small_vector<Level, kInPlace>;
+  using Levels = boost::container::small_vector<
+      Level, kInPlace, void,
+      boost::container::small_vector_options_t<
+          boost::container::growth_factor<boost::container::growth_factor_100>>>;
 
   /// Returns whether the walk came to the end of the root. If it was stopped, the levels around the
   /// node at which that happened stay open.
@@ -87,7 +91,7 @@ class Walk {
     }
   }
 
-  /// The open levels, the outermost first. While the visitor leaves a node, those around it.
+  /// The open levels, the outermost first. That of a node which the visitor leaves is the last.
   Levels& levels() { return levels_; }
   const Levels& levels() const { return levels_; }
 
@@ -96,12 +100,9 @@ class Walk {
   void close(Visitor& visitor) {
     if constexpr (requires(Node & node) { visitor.leave(node); }) {
       static_assert(KeepsPath, "a node is left behind its last part");
-      Node node = std::move(levels_.back().node);
-      levels_.pop_back();
-      visitor.leave(node);
-    } else {
-      levels_.pop_back();
+      visitor.leave(levels_.back().node);
     }
+    levels_.pop_back();
   }
 
   Levels levels_;

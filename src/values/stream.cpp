@@ -1,11 +1,11 @@
 #include "stream.hpp"
 
+#include <boost/container/small_vector.hpp>
 #include <new>
 #include <optional>
 #include <string>
 #include <unordered_set>
 #include <utility>
-#include <vector>
 
 #include "type_text.hpp"
 #include "walk.hpp"
@@ -82,9 +82,10 @@ class Writer {
 class Reader {
  public:
   struct Node {
-    NewBlock block{};                     // none for a word whose value is there already
-    std::uint64_t word = 0;               // under which another value refers to it
-    std::vector<std::uint64_t> unread{};  // where words lie whose values come first, in bytes
+    NewBlock block{};        // none for a word whose value is there already
+    std::uint64_t word = 0;  // under which another value refers to it
+    // Where words lie whose values come first, in bytes.
+    boost::container::small_vector<std::uint64_t, 2> unread{};
   };
 
   Reader(vrntReadFn read, void* user, DynamicValue::StreamMap& map)
@@ -116,12 +117,13 @@ class Reader {
 
   void leave(Node& node) {
     BlockPtr block = std::move(node.block).finish();
-    if (walk_.levels().empty()) {
+    const auto& levels = walk_.levels();
+    if (levels.size() == 1) {
       outermost_ = std::move(block);
       return;
     }
     map_.insert_or_assign(node.word, DynamicValue::VRef(wordOfBlock(block.get())));
-    const auto& outer = walk_.levels().back();
+    const auto& outer = levels[levels.size() - 2];
     resolve(outer.node.block.data() + outer.node.unread[outer.current()]);
   }
 

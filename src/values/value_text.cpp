@@ -5,6 +5,7 @@
 #include <cmath>
 #include <iterator>
 #include <ostream>
+#include <utility>
 
 #include "base_types.hpp"
 #include "half.hpp"
@@ -48,11 +49,12 @@ class Printer {
   // a reference leads to, so that a chain of references needs no levels.
   Visit enter(Node& node) {
     for (;;) {
-      const Next next =
+      const Visit visit =
           std::visit([&](const auto& desc) { return begin(desc, node); }, node.type->desc());
-      if (next.target == nullptr) return next.visit;
-      node.type = &blockType(next.target);
-      node.data = blockData(next.target);
+      if (referred_ == nullptr) return visit;
+      const vrntValue_t* const block = std::exchange(referred_, nullptr);
+      node.type = &blockType(block);
+      node.data = blockData(block);
       node.options = {};
     }
   }
@@ -85,17 +87,11 @@ class Printer {
   }
 
  private:
-  // How the walk goes on, or the block with whose text this one does.
-  struct Next {
-    Visit visit = Visit::leaf();
-    const vrntValue_t* target = nullptr;
-  };
-
-  Next begin(Type::TBasetype base, const Node& node) {
+  Visit begin(Type::TBasetype base, const Node& node) {
     const BaseTypeInfo& info = baseTypeInfo(base);
     if (info.lanes == 1) {
       printLane(info.family, node.data, node.options.exact);
-      return {};
+      return Visit::leaf();
     }
     appendText(text_, *node.type);
     text_ += '(';
@@ -104,34 +100,35 @@ class Printer {
       printLane(info.family, node.data + lane * info.laneSize, false);
     }
     text_ += ')';
-    return {};
+    return Visit::leaf();
   }
 
-  Next begin(const Type::TEnum& enumeration, const Node& node) {
+  Visit begin(const Type::TEnum& enumeration, const Node& node) {
     text_ += enumeration.constructorName(load<std::int32_t>(node.data));
     text_ += " : ";
     appendText(text_, *node.type);
-    return {};
+    return Visit::leaf();
   }
 
-  Next begin(const Type::TStruct& structure, Node& node) {
+  Visit begin(const Type::TStruct& structure, Node& node) {
     text_ += '{';
     text_ += node.options.multiline ? '\n' : ' ';
     return openParts(structure, node);
   }
 
   template <typename D>
-  Next begin(const Type::TArrayND<D>& array, Node& node) {
+  Visit begin(const Type::TArrayND<D>& array, Node& node) {
     Extents(array).requireKnown();
     text_ += "[ ";
     return openParts(array, node);
   }
 
-  Next begin(const Type::TRef& reference, const Node& node) {
+  Visit begin(const Type::TRef& reference, const Node& node) {
     const std::uint64_t word = loadWord(node.data);
     if (isBlockWord(word)) {
       text_ += '&';
-      return {Visit::leaf(), blockOfWord(word)};
+      referred_ = blockOfWord(word);
+      return Visit::leaf();
     }
     const std::uint64_t address = word >> 1;
     if (reference.target) {
@@ -141,18 +138,18 @@ class Printer {
     } else {
       print("$0x{:016x}", address);
     }
-    return {};
+    return Visit::leaf();
   }
 
-  Next begin(const Type::TFun&, const Node&) {
+  Visit begin(const Type::TFun&, const Node&) {
     text_ += "<<function>>";
-    return {};
+    return Visit::leaf();
   }
 
   template <typename Desc>
-  static Next openParts(const Desc& desc, Node& node) {
+  static Visit openParts(const Desc& desc, Node& node) {
     node.parts = Parts(desc);
-    return {Visit::parts(node.parts.count())};
+    return Visit::parts(node.parts.count());
   }
 
   void endField(const Options& options) {
@@ -216,6 +213,7 @@ class Printer {
   }
 
   std::string text_;
+  const vrntValue_t* referred_ = nullptr;  // the block with whose text that of a reference goes on
 };
 
 }  // namespace
