@@ -44,9 +44,10 @@ class Visit {
 ///     Node part(Node& node, std::size_t i);     // the part with this index of an open node
 ///     void leave(Node& node);                   // behind the last part; may be missing
 ///
-/// What they throw passes through. With KeepsPath false a level is closed when its last part is
-/// come to, so that a chain needs no room however long it is, and levels() isn't the path to a
-/// node. Nothing is allocated as long as no more than kInPlace levels are open.
+/// part() may pass over parts by setting the last level's `next`. What they throw passes through.
+/// With KeepsPath false a level is closed when its last part is come to, so that a chain needs no
+/// room however long it is, and levels() isn't the path to a node. Nothing is allocated as long as
+/// no more than kInPlace levels are open.
 template <typename Node, bool KeepsPath = true, std::size_t kInPlace = 8>
 class Walk {
  public:

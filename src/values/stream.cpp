@@ -1,6 +1,5 @@
 #include "stream.hpp"
 
-#include <boost/container/small_vector.hpp>
 #include <new>
 #include <optional>
 #include <string>
@@ -82,10 +81,8 @@ class Writer {
 class Reader {
  public:
   struct Node {
-    NewBlock block{};        // none for a word whose value is there already
+    NewBlock block{};        // none behind the last word
     std::uint64_t word = 0;  // under which another value refers to it
-    // Where words lie whose values come first, in bytes.
-    boost::container::small_vector<std::uint64_t, 2> unread{};
   };
 
   Reader(vrntReadFn read, void* user, DynamicValue::StreamMap& map)
@@ -96,23 +93,22 @@ class Reader {
     return DynamicValue(outermost_.get());
   }
 
-  Visit enter(Node& node) {
-    if (node.block.empty()) return Visit::leaf();
-    char* const data = node.block.data();
-    RefSlots(node.block.type()).forEach([&](std::uint64_t slot) {
-      const std::uint64_t offset = slot * kWordSize;
-      if (!isBlockWord(loadWord(data + offset))) return;
-      if (!resolve(data + offset)) node.unread.push_back(offset);
-    });
-    return Visit::parts(node.unread.size());
+  Visit enter(const Node& node) {
+    return node.block.empty() ? Visit::leaf() : Visit::parts(node.block.type().refSlotCount());
   }
 
-  // The value may have been read for another word in the meantime.
+  // Passes over the words of values that are there.
   Node part(const Node& node, std::size_t i) {
-    char* const at = node.block.data() + node.unread[i];
-    if (resolve(at)) return {};
-    const std::uint64_t word = loadWord(at);
-    return {readRecord(read_, user_), word};
+    const RefSlots slots(node.block.type());
+    for (auto slot = slots.from(i); slot != slots.end(); ++slot, ++i) {
+      char* const at = node.block.data() + *slot * kWordSize;
+      const std::uint64_t word = loadWord(at);
+      if (!isBlockWord(word) || resolve(at)) continue;
+      walk_.levels().back().next = i + 1;
+      return {readRecord(read_, user_), word};
+    }
+    walk_.levels().back().next = slots.size();
+    return {};
   }
 
   void leave(Node& node) {
@@ -124,16 +120,15 @@ class Reader {
     }
     map_.insert_or_assign(node.word, DynamicValue::VRef(wordOfBlock(block.get())));
     const auto& outer = levels[levels.size() - 2];
-    resolve(outer.node.block.data() + outer.node.unread[outer.current()]);
+    const NewBlock& referring = outer.node.block;
+    resolve(referring.data() + RefSlots(referring.type())[outer.current()] * kWordSize);
   }
 
  private:
   // Puts the address of a value that was read in place of the stream's word. False for a word that
   // isn't in the map.
   bool resolve(char* at) const {
-    const std::uint64_t word = loadWord(at);
-    if (!isBlockWord(word)) return true;
-    const auto known = map_.find(word);
+    const auto known = map_.find(loadWord(at));
     if (known == map_.end()) return false;
     storeWord(at, known->second.word());
     return true;
