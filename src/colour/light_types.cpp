@@ -9,13 +9,13 @@ namespace {
 TypePtr makeLightUnit() {
   std::vector<Type::Constructor> units;
   for (const char* name : {"LUMEN", "CANDELA", "LUX", "NIT"}) units.push_back({name, {}, {}});
-  return Type::get_factory(true)->makeType(Type::TEnum(std::move(units)));
+  return makeType(Type::TEnum(std::move(units)));
 }
 
 TypePtr makeEmission() {
   std::vector<Type::Field> fields;
   fields.push_back(makeField(spectrumType(), "color"));
-  fields.emplace_back(Type::get_factory(true)->makeType(Type::TBasetype::Float), "value");
+  fields.emplace_back(makeType(Type::TBasetype::Float), "value");
   fields.push_back(makeField(lightUnitType(), "unit"));
   return makeStruct(std::move(fields));
 }

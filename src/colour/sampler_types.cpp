@@ -20,7 +20,7 @@ TypePtr makeSampler(std::vector<Type::Field> fields) {
 Type::Field labelledField(Type::TBasetype base, const char* name, const char* label) {
   Metadata metadata;
   setMetadata(metadata, "name", std::string(name));
-  return {Type::get_factory(true)->makeType(base, metadata), label};
+  return {makeType(base, metadata), label};
 }
 
 // Black, in place of the universal spectrum's own name and lack of a default.

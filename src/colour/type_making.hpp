@@ -1,6 +1,5 @@
-/// How the fixed types of this layer are made: each once, on its first use, and kept from then on.
-///
-/// A static in a function that throws while it is made stays unmade, and the next call tries again.
+/// How the fixed types of this layer are made: each once, on its first use, and kept from then on;
+/// see permanentType().
 #ifndef VORNATH_COLOUR_TYPE_MAKING_HPP
 #define VORNATH_COLOUR_TYPE_MAKING_HPP
 
@@ -10,19 +9,14 @@
 #include <utility>
 #include <vector>
 
+#include "types/make_type.hpp"
 #include "types/relations.hpp"
 #include "types/type.hpp"
-#include "types/type_factory.hpp"
 
 namespace qex::vornath {
 
-/// Keeps the type until shutdown, for a static that refers to it.
-inline const InternedType& permanentType(const TypePtr& type) {
-  return *Type::get_factory(true)->makePermanent(type.get());
-}
-
 inline TypePtr makeStruct(std::vector<Type::Field> fields, const Metadata& metadata = {}) {
-  return Type::get_factory(true)->makeType(Type::TStruct(std::move(fields)), metadata);
+  return makeType(Type::TStruct(std::move(fields)), metadata);
 }
 
 inline Type::Field makeField(const InternedType& type, const char* label) {

@@ -1,8 +1,10 @@
 #include "colour/universal_spectrum.hpp"
 
-#include <unordered_map>
+#include <optional>
+#include <vector>
 
 #include "colour/type_making.hpp"
+#include "types/bottom_up.hpp"
 #include "types/fixed_struct_types.hpp"
 
 namespace qex::vornath {
@@ -17,65 +19,45 @@ TypePtr universalFor(const InternedType& compact) {
   if (compact.metadata().empty()) return TypePtr(&universal);
   Metadata metadata = compact.metadata();
   metadata.insert(universal.metadata().begin(), universal.metadata().end());
-  return Type::get_factory(true)->makeType(universal.desc(), metadata);
+  return makeType(universal.desc(), metadata);
 }
 
-// Each different part once, its own parts before it, on a stack of its own.
-class Rebuild {
+class Rebuild : public BottomUp<Rebuild, const InternedType*, TypePtr> {
  public:
-  TypePtr run(const InternedType& root) {
-    open_.push_back(&root);
-    while (!open_.empty()) {
-      const InternedType& type = *open_.back();
-      const auto [entry, isNew] = results_.try_emplace(&type);
-      if (isNew) {
-        entry->second = begin(type);
-        continue;
-      }
-      open_.pop_back();
-      // No type is a part of itself: what has no result here has all its parts' results.
-      if (!entry->second) entry->second = finish(type);
-    }
-    return results_[&root];
-  }
+  TypePtr run(const InternedType& root) { return outcomeOf(&root); }
 
- private:
-  // The result, or null if it depends on parts, which are open then.
-  TypePtr begin(const InternedType& type) {
+  std::optional<TypePtr> open(Task& task) {
+    const InternedType& type = *task.key;
     if (const auto* array = type.getIf<Array>()) {
-      open_.push_back(array->element.get());
-      return nullptr;
+      task.inner.push_back(array->element.get());
+      return std::nullopt;
     }
     const auto* structure = type.getIf<TStruct>();
     if (structure == nullptr) return TypePtr(&type);
     if (isSameType(type, compactSpectrumType())) return universalFor(type);
-    for (const Type::Field& field : structure->fields) open_.push_back(field.type.get());
-    return nullptr;
+    for (const Type::Field& field : structure->fields) task.inner.push_back(field.type.get());
+    return std::nullopt;
   }
 
   // A type whose parts are as they were is returned itself: a copy of a value in its metadata would
   // make it another type.
-  TypePtr finish(const InternedType& type) const {
+  TypePtr close(const Task& task) {
+    const InternedType& type = *task.key;
     if (const auto* array = type.getIf<Array>()) {
-      const TypePtr& element = resultOf(array->element);
+      const TypePtr& element = outcome(task, 0);
       if (element == array->element) return TypePtr(&type);
-      return Type::get_factory(true)->makeType(Array(element, array->shape), type.metadata());
+      return makeType(Array(element, array->shape), type.metadata());
     }
     const std::vector<Type::Field>& fields = type.getIf<TStruct>()->fields;
     std::vector<Type::Field> rebuilt;
     rebuilt.reserve(fields.size());
     bool changed = false;
-    for (const Type::Field& field : fields) {
-      rebuilt.emplace_back(resultOf(field.type), field.label);
-      changed = changed || rebuilt.back().type != field.type;
+    for (std::size_t i = 0; i < fields.size(); ++i) {
+      rebuilt.emplace_back(outcome(task, i), fields[i].label);
+      changed = changed || rebuilt.back().type != fields[i].type;
     }
     return changed ? makeStruct(std::move(rebuilt), type.metadata()) : TypePtr(&type);
   }
-
-  const TypePtr& resultOf(const TypePtr& part) const { return results_.find(part.get())->second; }
-
-  std::unordered_map<const InternedType*, TypePtr> results_;  // null while a type's parts are open
-  std::vector<const InternedType*> open_;
 };
 
 }  // namespace

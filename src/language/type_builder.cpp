@@ -2,13 +2,17 @@
 
 #include <utility>
 
+#include "types/make_type.hpp"
 #include "types/metadata.hpp"
-#include "types/type_factory.hpp"
 
 namespace qex::vornath::build {
 
 TypePtr type(TypeDesc desc, const Metadata& metadata) {
-  return Type::get_factory(true)->makeType(std::move(desc), metadata);
+  return makeType(std::move(desc), metadata);
+}
+
+TypeDesc array(TypePtr element, const Extents& extents) {
+  return makeArrayDesc(std::move(element), extents);
 }
 
 TypeDesc structure(Fields fields) { return Type::TStruct(std::move(fields)); }

@@ -6,6 +6,7 @@
 #include <string>
 #include <vector>
 
+#include "types/extents.hpp"
 #include "types/type.hpp"
 #include "values/dynamic_value.hpp"
 
@@ -17,10 +18,7 @@ using Types = std::vector<TypePtr>;
 
 TypePtr type(TypeDesc desc, const Metadata& metadata);
 
-template <typename D>
-TypeDesc array(TypePtr element, std::optional<D> extents) {
-  return Type::TArrayND<D>(std::move(element), extents);
-}
+TypeDesc array(TypePtr element, const Extents& extents);
 TypeDesc structure(Fields fields);
 TypeDesc reference(TypePtr target);
 TypeDesc function(Types domain, TypePtr codomain);

@@ -9,6 +9,7 @@
 #include <vector>
 
 #include "language/value_draft.hpp"
+#include "types/extents.hpp"
 #include "types/type.hpp"
 #include "values/dynamic_value.hpp"
 
@@ -45,16 +46,10 @@ Draft structure(DraftFields fields);
 Draft array(Drafts values);
 Draft array(Drafts values, const TypePtr& element);
 
-/// An array with extents, of the first value's type or of the given one. A count without a type is
-/// that of the values.
-Draft shapedArray(Drafts values, int count);
-Draft shapedArray(Drafts values, const index2& extents);
-Draft shapedArray(Drafts values, const index3& extents);
-Draft shapedArray(Drafts values, const index4& extents);
-Draft shapedArray(Drafts values, int extent, const TypePtr& element);
-Draft shapedArray(Drafts values, const index2& extents, const TypePtr& element);
-Draft shapedArray(Drafts values, const index3& extents, const TypePtr& element);
-Draft shapedArray(Drafts values, const index4& extents, const TypePtr& element);
+/// An array with extents, of the first value's type or of the given one. One extent without a type
+/// is the number of values.
+Draft shapedArray(Drafts values, const Extents& extents);
+Draft shapedArray(Drafts values, const Extents& extents, const TypePtr& element);
 
 /// An address of the embedder's own, in a `void*` or in a reference to `target`.
 Draft address(std::uint64_t id);

@@ -4,6 +4,8 @@
 #include <cstring>
 #include <utility>
 
+#include "types/parts.hpp"
+
 namespace qex::vornath::build {
 namespace {
 
@@ -13,28 +15,30 @@ constexpr std::uint64_t kPieceBytes = 64;
 
 }  // namespace
 
-Draft Draft::of(const InternedType& type, std::vector<Draft> parts) {
+Draft Draft::of(const InternedType& type, std::vector<Draft> values) {
+  const Parts parts = Parts::of(type);
+  for (std::size_t i = 0; i < values.size(); ++i) values[i].offset_ += parts[i].offset;
   Draft draft;
   draft.type_ = TypePtr(&type.stripped());
   std::size_t count = 0;
-  for (const Draft& part : parts) count += part.pieceCount();
+  for (const Draft& value : values) count += value.pieceCount();
   if (type.size() / kPieceBytes <= count) {
     NewBlock made(type, Fill::Zero);
-    for (const Draft& part : parts) part.copyTo(made.data());
+    for (const Draft& value : values) value.copyTo(made.data());
     draft.whole_ = std::move(made).finish();
     return draft;
   }
   // The part with the most pieces stays as it is and the others join it, so that a piece moves a
   // few times only.
   const auto most = std::max_element(
-      parts.begin(), parts.end(),
+      values.begin(), values.end(),
       [](const Draft& a, const Draft& b) { return a.pieces_.size() < b.pieces_.size(); });
-  if (most != parts.end() && !most->pieces_.empty()) {
+  if (most != values.end() && !most->pieces_.empty()) {
     draft.offset_ = most->offset_;
     draft.pieces_ = std::move(most->pieces_);
     most->pieces_.clear();
   }
-  for (Draft& part : parts) part.moveTo(draft.pieces_, draft.offset_);
+  for (Draft& value : values) value.moveTo(draft.pieces_, draft.offset_);
   return draft;
 }
 

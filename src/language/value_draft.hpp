@@ -21,13 +21,9 @@ class Draft {
   // NOLINTNEXTLINE(google-explicit-constructor)
   Draft(const DynamicValue& value) : type_(value.type()), whole_(value.block()) {}
 
-  /// One value made of others, each at its offset: `place(i)` gives that of the part with index i.
-  /// The parts are used up. Throws std::bad_alloc.
-  template <typename Place>
-  static Draft of(const InternedType& type, std::vector<Draft> parts, Place place) {
-    for (std::size_t i = 0; i < parts.size(); ++i) parts[i].offset_ += place(i);
-    return of(type, std::move(parts));
-  }
+  /// A struct or an array of which these are the first parts. The values are used up. Throws
+  /// std::bad_alloc.
+  static Draft of(const InternedType& type, std::vector<Draft> values);
 
   /// Without metadata, as that of any value.
   const TypePtr& type() const noexcept { return type_; }
@@ -40,8 +36,6 @@ class Draft {
     std::uint64_t offset;  // without the draft's own
     BlockPtr block;
   };
-
-  static Draft of(const InternedType& type, std::vector<Draft> parts);
 
   std::size_t pieceCount() const { return whole_.get() != nullptr ? 1 : pieces_.size(); }
   void copyTo(char* destination) const;

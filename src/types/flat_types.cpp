@@ -1,3 +1,4 @@
+#include <algorithm>
 #include <cstring>
 #include <new>
 #include <stdexcept>
@@ -5,6 +6,7 @@
 
 #include "foundation/boundary.hpp"
 #include "types/base_types.hpp"
+#include "types/extents.hpp"
 #include "types/fixed_struct_types.hpp"
 #include "types/relations.hpp"
 #include "types/type_factory.hpp"
@@ -12,6 +14,7 @@
 #include "types/wrong_kind.hpp"
 #include "vornath_data/types.h"
 
+using qex::vornath::Extents;
 using qex::vornath::InternedType;
 using qex::vornath::raiseWrongKind;
 using qex::vornath::Type;
@@ -36,17 +39,6 @@ Overloaded(Functions...) -> Overloaded<Functions...>;
 template <typename... Functions>
 auto visitType(const vrntType_t* type, Functions... functions) {
   return std::visit(Overloaded<Functions...>{std::move(functions)...}, typeOf(type).desc());
-}
-
-template <typename D>
-constexpr std::uint32_t kRank = sizeof(D) / sizeof(std::int32_t);
-
-void copyShape(int shape, std::int32_t* out) { *out = shape; }
-
-template <typename D>
-void copyShape(const D& shape, std::int32_t* out) {
-  static_assert(std::is_trivially_copyable_v<D>);
-  std::memcpy(out, &shape, sizeof shape);
 }
 
 // Each of these stands behind more than one name, and tells that of the function that was called.
@@ -148,7 +140,10 @@ uint32_t vrntTypeVectorDimension(const vrntType_t* type) {
 
 uint32_t vrntTypeArrayDimension(const vrntType_t* type) {
   return visitType(
-      type, []<typename D>(const Type::TArrayND<D>&) { return kRank<D>; },
+      type,
+      []<typename D>(const Type::TArrayND<D>&) -> std::uint32_t {
+        return Type::TArrayND<D>::kRank;
+      },
       [type](const auto&) -> std::uint32_t {
         raiseWrongKind("vrntTypeArrayDimension", "an array", typeOf(type));
       });
@@ -158,11 +153,7 @@ void vrntTypeArrayShape(const vrntType_t* type, int32_t* shape) {
   visitType(
       type,
       [shape]<typename D>(const Type::TArrayND<D>& array) {
-        if (array.shape) {
-          copyShape(*array.shape, shape);
-        } else {
-          for (std::uint32_t i = 0; i < kRank<D>; ++i) shape[i] = -1;
-        }
+        std::copy_n(Extents(array).begin(), Type::TArrayND<D>::kRank, shape);
       },
       [type](const auto&) { raiseWrongKind("vrntTypeArrayShape", "an array", typeOf(type)); });
 }

@@ -1,12 +1,14 @@
 #include "types/layout.hpp"
 
 #include <algorithm>
-#include <boost/container/small_vector.hpp>
 #include <limits>
 #include <new>
 #include <utility>
 
 #include "types/base_types.hpp"
+#include "types/extents.hpp"
+#include "types/parts.hpp"
+#include "types/walk.hpp"
 #include "vornath_data/result.hpp"
 
 namespace qex::vornath {
@@ -40,12 +42,6 @@ std::uint64_t arraySize(std::int32_t count, std::uint64_t elementSize) {
   return magnitude > kLeast ? kMost : 0 - magnitude;
 }
 
-std::int32_t product32(std::initializer_list<std::int32_t> extents) {
-  std::uint32_t product = 1;
-  for (const std::int32_t extent : extents) product *= static_cast<std::uint32_t>(extent);
-  return static_cast<std::int32_t>(product);
-}
-
 constexpr std::uint64_t kMostSlots = std::uint64_t{1} << 60;  // more than any memory holds
 
 Layout layoutOf(Type::TBasetype base) {
@@ -75,7 +71,7 @@ Layout layoutOf(const Type::TArrayND<D>& array) {
   const InternedType& element = *array.element;
   Layout layout{0, element.alignment(), false, false, 0, element.referenceDepth()};
   if (!array.shape) return layout;
-  const std::int32_t count = elementCount(*array.shape);
+  const std::int32_t count = Extents(array).count();
   layout.size = arraySize(count, element.size());
   layout.concrete = element.concrete();
   layout.deepConcrete = element.deepConcrete();
@@ -101,85 +97,76 @@ Layout layoutOf(const Type::TFun&) { return {2 * kWord, kWord, true, true, 2, 0}
 // Lists the references of nested parts, the innermost ones first.
 class SlotLister {
  public:
+  // A part of the value. Its slots may be listed already.
+  struct Node {
+    const TypeDesc* desc;
+    std::uint64_t word;  // where it starts
+    const std::vector<std::uint64_t>* known = nullptr;
+    Parts parts{};
+    std::size_t first = 0;  // the first slot of an array
+  };
+
   explicit SlotLister(std::uint64_t count) {
     if (count > slots_.max_size()) throw std::bad_alloc();
     slots_.reserve(count);
   }
 
   std::vector<std::uint64_t> list(const TypeDesc& desc) {
-    open(desc, 0);
-    while (!frames_.empty()) {
-      Frame& frame = frames_.back();
-      if (frame.structure != nullptr) {
-        continueStruct(frame);
-      } else {
-        // All elements are alike.
-        const std::size_t length = slots_.size() - frame.first;
-        for (std::uint64_t i = 1; i < frame.count; ++i) {
-          const std::uint64_t shift = i * frame.elementSize / kWord;
-          for (std::size_t slot = 0; slot < length; ++slot) {
-            slots_.push_back(slots_[frame.first + slot] + shift);
-          }
-        }
-        frames_.pop_back();
-      }
-    }
+    Walk<Node>().run(*this, {&desc, 0});
     return std::move(slots_);
   }
 
- private:
-  struct Frame {
-    const Type::TStruct* structure;  // null for an array, whose first element is done
-    std::uint64_t word;              // where the part starts
-    std::size_t next;                // the next field
-    std::size_t first;               // the first slot of an array
-    std::uint64_t count;
-    std::uint64_t elementSize;
-  };
-
-  void open(const TypeDesc& desc, std::uint64_t word) {
-    std::visit([&](const auto& alternative) { begin(alternative, word); }, desc);
+  Visit enter(Node& node) {
+    if (node.known == nullptr) {
+      return std::visit([&](const auto& alternative) { return begin(alternative, node); },
+                        *node.desc);
+    }
+    for (const std::uint64_t slot : *node.known) slots_.push_back(node.word + slot);
+    return Visit::leaf();
   }
 
-  void part(const InternedType& type, std::uint64_t word) {
-    if (const auto* const known = type.knownRefSlots()) {
-      for (const std::uint64_t slot : *known) slots_.push_back(word + slot);
-    } else {
-      open(type.desc(), word);
+  Node part(const Node& node, std::size_t i) {
+    const auto [type, offset] = node.parts[i];
+    return {&type->desc(), node.word + offset / kWord, type->knownRefSlots()};
+  }
+
+  // The elements of an array are alike.
+  void leave(const Node& node) {
+    if (node.parts.structure() != nullptr) return;
+    const std::size_t length = slots_.size() - node.first;
+    for (std::uint64_t i = 1; i < node.parts.count(); ++i) {
+      const std::uint64_t shift = i * node.parts.stride() / kWord;
+      for (std::size_t slot = 0; slot < length; ++slot) {
+        slots_.push_back(slots_[node.first + slot] + shift);
+      }
     }
   }
 
-  void begin(Type::TBasetype, std::uint64_t) {}
-  void begin(const Type::TEnum&, std::uint64_t) {}
-  void begin(const Type::TRef&, std::uint64_t word) { slots_.push_back(word); }
-  void begin(const Type::TFun&, std::uint64_t word) {
-    slots_.push_back(word);
-    slots_.push_back(word + 1);
+ private:
+  Visit begin(Type::TBasetype, const Node&) { return Visit::leaf(); }
+  Visit begin(const Type::TEnum&, const Node&) { return Visit::leaf(); }
+  Visit begin(const Type::TRef&, const Node& node) {
+    slots_.push_back(node.word);
+    return Visit::leaf();
   }
-  void begin(const Type::TStruct& structure, std::uint64_t word) {
-    frames_.push_back({&structure, word, 0, 0, 0, 0});
+  Visit begin(const Type::TFun&, const Node& node) {
+    slots_.push_back(node.word);
+    slots_.push_back(node.word + 1);
+    return Visit::leaf();
+  }
+  Visit begin(const Type::TStruct& structure, Node& node) {
+    node.parts = Parts(structure);
+    return Visit::parts(node.parts.count());
   }
   template <typename D>
-  void begin(const Type::TArrayND<D>& array, std::uint64_t word) {
-    const std::int32_t count = array.shape ? elementCount(*array.shape) : 0;
-    if (count <= 0 || array.element->refSlotCount() == 0) return;
-    frames_.push_back({nullptr, word, 0, slots_.size(), static_cast<std::uint64_t>(count),
-                       array.element->size()});
-    part(*array.element, word);
-  }
-
-  void continueStruct(Frame& frame) {
-    const Type::TStruct& structure = *frame.structure;
-    if (frame.next == structure.fields.size()) {
-      frames_.pop_back();
-      return;
-    }
-    const std::size_t field = frame.next++;
-    part(*structure.fields[field].type, frame.word + structure.offsets[field] / kWord);
+  Visit begin(const Type::TArrayND<D>& array, Node& node) {
+    node.parts = Parts(array);
+    node.first = slots_.size();
+    const bool any = node.parts.count() != 0 && array.element->refSlotCount() != 0;
+    return any ? Visit::parts(1) : Visit::leaf();
   }
 
   std::vector<std::uint64_t> slots_;
-  boost::container::small_vector<Frame, 8> frames_;  // on the stack as long as they are few
 };
 
 }  // namespace
@@ -196,18 +183,12 @@ std::vector<std::uint64_t> structOffsets(const std::vector<Type::Field>& fields)
   return offsets;
 }
 
-std::int32_t elementCount(int shape) { return shape; }
-std::int32_t elementCount(const index2& shape) { return product32({shape.x, shape.y}); }
-std::int32_t elementCount(const index3& shape) { return product32({shape.x, shape.y, shape.z}); }
-std::int32_t elementCount(const index4& shape) {
-  return product32({shape.x, shape.y, shape.z, shape.w});
-}
-
 Layout computeLayout(const TypeDesc& desc) {
   return std::visit([](const auto& alternative) { return layoutOf(alternative); }, desc);
 }
 
 std::vector<std::uint64_t> computeRefSlots(const TypeDesc& desc, std::uint64_t count) {
+  if (count == 0) return {};
   return SlotLister(count).list(desc);
 }
 

@@ -12,13 +12,6 @@ namespace qex::vornath {
 /// The byte offset of each field: each at the next multiple of its type's alignment.
 std::vector<std::uint64_t> structOffsets(const std::vector<Type::Field>& fields);
 
-/// The number of elements that an array's extents give. More than one extent multiply in 32 bits,
-/// and run over as two's complement does.
-std::int32_t elementCount(int shape);
-std::int32_t elementCount(const index2& shape);
-std::int32_t elementCount(const index3& shape);
-std::int32_t elementCount(const index4& shape);
-
 struct Layout {
   std::uint64_t size;
   std::uint64_t alignment;

@@ -1,12 +1,12 @@
 #include "types/relations.hpp"
 
 #include <algorithm>
-#include <boost/container/small_vector.hpp>
 #include <utility>
-#include <vector>
 
 #include "types/base_types.hpp"
+#include "types/extents.hpp"
 #include "types/type_text.hpp"
+#include "types/walk.hpp"
 #include "vornath_data/result.hpp"
 
 namespace qex::vornath {
@@ -16,26 +16,6 @@ using TEnum = Type::TEnum;
 using TStruct = Type::TStruct;
 using TRef = Type::TRef;
 using TFun = Type::TFun;
-
-// Pairs of twins that must still relate for the whole question to be answered with yes. All of them
-// must, so their order is free, and a nest of types of any depth needs no call stack.
-class OpenPairs {
- public:
-  void add(const TypePtr& a, const TypePtr& b) {
-    if (a != b) pairs_.emplace_back(a.get(), b.get());
-  }
-  bool take(const InternedType*& a, const InternedType*& b) {
-    if (pairs_.empty()) return false;
-    a = pairs_.back().first;
-    b = pairs_.back().second;
-    pairs_.pop_back();
-    return true;
-  }
-
- private:
-  // On the stack as long as they are few: the common question allocates nothing.
-  boost::container::small_vector<std::pair<const InternedType*, const InternedType*>, 32> pairs_;
-};
 
 bool sameNames(const TEnum& a, const TEnum& b) {
   return std::equal(a.constructors.begin(), a.constructors.end(), b.constructors.begin(),
@@ -48,48 +28,102 @@ bool sameLabels(const TStruct& a, const TStruct& b) {
                     [](const auto& left, const auto& right) { return left.label == right.label; });
 }
 
+// The rules: whether a value of one description may stand where the other is expected (leaf) or not
+// (stop), or whether that is up to the pairs of their parts, all of which must relate then.
+
+Visit decided(bool related) { return related ? Visit::leaf() : Visit::stop(); }
+
+Visit rule(Type::TBasetype a, Type::TBasetype b) { return decided(a == b); }
+
+Visit rule(const TEnum&, Type::TBasetype b) { return decided(b == Type::TBasetype::Int); }
+
+Visit rule(const TEnum& a, const TEnum& b) { return decided(sameNames(a, b)); }
+
+Visit rule(const TStruct& a, const TStruct& b) {
+  if (!sameLabels(a, b)) return Visit::stop();
+  std::size_t first = 0;
+  while (first < a.fields.size() && a.fields[first].type == b.fields[first].type) ++first;
+  // Most fields are of one type on both sides.
+  return first == a.fields.size() ? Visit::leaf() : Visit::parts(a.fields.size(), first);
+}
+
 template <typename D>
-bool extentsFit(const Type::TArrayND<D>& a, const Type::TArrayND<D>& b) {
-  return !b.shape || (a.shape && *a.shape == *b.shape);
+Visit rule(const Type::TArrayND<D>& a, const Type::TArrayND<D>& b) {
+  return b.shape && Extents(a) != Extents(b) ? Visit::stop() : Visit::parts(1);
 }
 
-// Whether two different descriptions relate, provided that the pairs added to `open` do.
-bool relate(Type::TBasetype a, Type::TBasetype b, OpenPairs&) { return a == b; }
-
-bool relate(const TEnum&, Type::TBasetype b, OpenPairs&) { return b == Type::TBasetype::Int; }
-
-bool relate(const TEnum& a, const TEnum& b, OpenPairs&) { return sameNames(a, b); }
-
-bool relate(const TStruct& a, const TStruct& b, OpenPairs& open) {
-  if (!sameLabels(a, b)) return false;
-  for (std::size_t i = 0; i < a.fields.size(); ++i) open.add(a.fields[i].type, b.fields[i].type);
-  return true;
+Visit rule(const TRef& a, const TRef& b) {
+  if (!b.target) return Visit::leaf();
+  return a.target ? Visit::parts(1) : Visit::stop();
 }
 
-template <typename D>
-bool relate(const Type::TArrayND<D>& a, const Type::TArrayND<D>& b, OpenPairs& open) {
-  if (!extentsFit(a, b)) return false;
-  open.add(a.element, b.element);
-  return true;
-}
-
-bool relate(const TRef& a, const TRef& b, OpenPairs& open) {
-  if (!b.target) return true;
-  if (!a.target) return false;
-  open.add(a.target, b.target);
-  return true;
-}
-
-bool relate(const TFun& a, const TFun& b, OpenPairs& open) {
-  if (a.domain.size() != b.domain.size()) return false;
-  for (std::size_t i = 0; i < a.domain.size(); ++i) open.add(b.domain[i], a.domain[i]);
-  open.add(a.codomain, b.codomain);
-  return true;
+Visit rule(const TFun& a, const TFun& b) {
+  return a.domain.size() == b.domain.size() ? Visit::parts(a.domain.size() + 1) : Visit::stop();
 }
 
 template <typename A, typename B>
-bool relate(const A&, const B&, OpenPairs&) {
-  return false;
+Visit rule(const A&, const B&) {
+  return decided(false);
+}
+
+Visit ruleOf(const InternedType& a, const InternedType& b) {
+  return std::visit([](const auto& x, const auto& y) { return rule(x, y); }, a.desc(), b.desc());
+}
+
+// The first of a pair must relate to the second.
+struct Pair {
+  const InternedType* a;
+  const InternedType* b;
+};
+
+Pair part(const TStruct& a, const TStruct& b, std::size_t i) {
+  return {a.fields[i].type.get(), b.fields[i].type.get()};
+}
+template <typename D>
+Pair part(const Type::TArrayND<D>& a, const Type::TArrayND<D>& b, std::size_t) {
+  return {a.element.get(), b.element.get()};
+}
+Pair part(const TRef& a, const TRef& b, std::size_t) { return {a.target.get(), b.target.get()}; }
+// What a function takes may be more than what is expected of it, what it gives may be less.
+Pair part(const TFun& a, const TFun& b, std::size_t i) {
+  if (i == a.domain.size()) return {a.codomain.get(), b.codomain.get()};
+  return {b.domain[i].get(), a.domain[i].get()};
+}
+template <typename Leaf>
+Pair part(const Leaf&, const Leaf&, std::size_t) {
+  return {};  // has no parts
+}
+
+Pair partOf(const Pair& pair, std::size_t i) {
+  // Most parts are fields.
+  if (const auto* const a = pair.a->getIf<TStruct>()) {
+    return part(*a, *pair.b->getIf<TStruct>(), i);
+  }
+  return std::visit(
+      [&](const auto& a) {
+        return part(a, std::get<std::decay_t<decltype(a)>>(pair.b->desc()), i);
+      },
+      pair.a->desc());
+}
+
+// The words of a reason: those that lead to a part, and those that tell why a pair itself doesn't
+// relate.
+
+std::string leadTo(const TStruct& a, std::size_t i) {
+  return "Type mismatch for field " + a.fields[i].label + ": ";
+}
+template <typename D>
+std::string leadTo(const Type::TArrayND<D>&, std::size_t) {
+  return "Array type mismatch: ";
+}
+std::string leadTo(const TRef&, std::size_t) { return "Referenced type mismatch: "; }
+std::string leadTo(const TFun& a, std::size_t i) {
+  if (i == a.domain.size()) return "Function codomain mismatch: ";
+  return "Mismatch in function domain[" + std::to_string(i) + "]: ";
+}
+template <typename Leaf>
+std::string leadTo(const Leaf&, std::size_t) {
+  return {};  // has no parts
 }
 
 // What a side is called in a reason; not always its text.
@@ -101,194 +135,82 @@ struct Label {
     for (const Type::Field& field : structure.fields) text.append(field.label).append("; ");
     return text.append("}");
   }
-  std::string operator()(const Type::TArrayND<int>&) const { return "array"; }
-  std::string operator()(const Type::TArrayND<index2>&) const { return "array2d"; }
-  std::string operator()(const Type::TArrayND<index3>&) const { return "array3d"; }
-  std::string operator()(const Type::TArrayND<index4>&) const { return "array4d"; }
+  template <typename D>
+  std::string operator()(const Type::TArrayND<D>& array) const {
+    const std::size_t rank = Extents(array).rank();
+    return rank == 1 ? "array" : "array" + std::to_string(rank) + "d";
+  }
   std::string operator()(const TRef&) const { return "ref"; }
   std::string operator()(const TFun&) const { return "func"; }
 };
 
-std::string unrelated(const TypeDesc& a, const TypeDesc& b) {
-  return "type " + std::visit(Label{}, a) + " does not match type " + std::visit(Label{}, b);
+template <typename A, typename B>
+std::string reason(const A& a, const B& b) {
+  return "type " + Label()(a) + " does not match type " + Label()(b);
 }
-
 template <typename D>
-std::string shapeText(const std::optional<D>& shape) {
-  if (shape) return extentsText(*shape);
-  // As the flat interface tells unknown extents: -1 for each.
-  std::string text = "-1";
-  for (std::size_t i = sizeof(std::int32_t); i < sizeof(D); i += sizeof(std::int32_t)) {
-    text.append(",-1");
-  }
-  return text;
+std::string reason(const Type::TArrayND<D>& a, const Type::TArrayND<D>& b) {
+  return "Expected array of size: " + Extents(b).text() +
+         " - provided array of size: " + Extents(a).text();
+}
+std::string reason(const TRef&, const TRef& b) {
+  return "Provided reference is missing a reference type - expected: " + b.target->text();
+}
+std::string reason(const TFun& a, const TFun& b) {
+  return "Expected function with domain size: " + std::to_string(b.domain.size()) +
+         "  - function with domain size: " + std::to_string(a.domain.size());
 }
 
-// The walk to the first pair of parts that doesn't relate, in the order of the parts. The pairs
-// that lead to it are those that are open then.
-class FirstReason {
+// The walk through the pairs of twins, which ends at the first one that doesn't relate.
+template <bool KeepsPath>
+class Relation {
  public:
-  // The reason, or nothing.
-  std::optional<std::string> of(const InternedType& a, const InternedType& b) {
-    bool related = open(a, b);
-    while (related && !frames_.empty()) {
-      Frame& frame = frames_.back();
-      if (frame.next == frame.count) {
-        frames_.pop_back();
-      } else {
-        const auto [partA, partB] = part(frame, frame.next++);
-        related = partA == partB || open(*partA, *partB);
-      }
-    }
-    if (related) return std::nullopt;
+  bool holds(const InternedType& a, const InternedType& b) { return walk_.run(*this, {&a, &b}); }
+
+  // After holds() was false.
+  std::string reason() const {
+    static_assert(KeepsPath);
     std::string text;
-    for (const Frame& frame : frames_) {
-      const std::size_t at = frame.next - 1;
-      std::visit([&](const auto& desc) { lead(desc, at, text); }, frame.a->desc());
+    for (const auto& level : walk_.levels()) {
+      text += std::visit([&](const auto& a) { return leadTo(a, level.current()); },
+                         level.node.a->desc());
     }
-    return text.append(reason_);
+    return text + std::visit([](const auto& a, const auto& b) { return vornath::reason(a, b); },
+                             unrelated_.a->desc(), unrelated_.b->desc());
   }
+
+  Visit enter(const Pair& pair) {
+    if (pair.a == pair.b) return Visit::leaf();
+    const Visit visit = ruleOf(*pair.a, *pair.b);
+    if (visit.isStop()) unrelated_ = pair;
+    return visit;
+  }
+  Pair part(const Pair& pair, std::size_t i) { return partOf(pair, i); }
 
  private:
-  using Pair = std::pair<const InternedType*, const InternedType*>;
-
-  // Two types of the same alternative, all of whose parts must relate.
-  struct Frame {
-    const InternedType* a;
-    const InternedType* b;
-    std::size_t count;
-    std::size_t next;
-  };
-
-  // False with the last words of the reason, if that lies in the pair itself.
-  bool open(const InternedType& a, const InternedType& b) {
-    reason_ = std::visit([&](const auto& x, const auto& y) { return begin(a, b, x, y); }, a.desc(),
-                         b.desc());
-    return reason_.empty();
-  }
-
-  // Each begin() returns the last words of a reason, or none, with the pair's parts to follow.
-
-  std::string begin(const InternedType& a, const InternedType& b, const TStruct& x,
-                    const TStruct& y) {
-    if (!sameLabels(x, y)) return unrelated(a.desc(), b.desc());
-    frames_.push_back({&a, &b, x.fields.size(), 0});
-    return {};
-  }
-
-  template <typename D>
-  std::string begin(const InternedType& a, const InternedType& b, const Type::TArrayND<D>& x,
-                    const Type::TArrayND<D>& y) {
-    if (!extentsFit(x, y)) {
-      return "Expected array of size: " + shapeText(y.shape) +
-             " - provided array of size: " + shapeText(x.shape);
-    }
-    frames_.push_back({&a, &b, 1, 0});
-    return {};
-  }
-
-  std::string begin(const InternedType& a, const InternedType& b, const TRef& x, const TRef& y) {
-    if (!y.target) return {};
-    if (!x.target) {
-      return "Provided reference is missing a reference type - expected: " + y.target->text();
-    }
-    frames_.push_back({&a, &b, 1, 0});
-    return {};
-  }
-
-  std::string begin(const InternedType& a, const InternedType& b, const TFun& x, const TFun& y) {
-    if (x.domain.size() != y.domain.size()) {
-      return "Expected function with domain size: " + std::to_string(y.domain.size()) +
-             "  - function with domain size: " + std::to_string(x.domain.size());
-    }
-    frames_.push_back({&a, &b, x.domain.size() + 1, 0});
-    return {};
-  }
-
-  template <typename A, typename B>
-  std::string begin(const InternedType& a, const InternedType& b, const A& x, const B& y) {
-    OpenPairs none;
-    return relate(x, y, none) ? std::string() : unrelated(a.desc(), b.desc());
-  }
-
-  static Pair part(const Frame& frame, std::size_t i) {
-    return std::visit(
-        [&](const auto& x) {
-          return partOf(x, std::get<std::decay_t<decltype(x)>>(frame.b->desc()), i);
-        },
-        frame.a->desc());
-  }
-
-  static Pair partOf(const TStruct& x, const TStruct& y, std::size_t i) {
-    return {x.fields[i].type.get(), y.fields[i].type.get()};
-  }
-  template <typename D>
-  static Pair partOf(const Type::TArrayND<D>& x, const Type::TArrayND<D>& y, std::size_t) {
-    return {x.element.get(), y.element.get()};
-  }
-  static Pair partOf(const TRef& x, const TRef& y, std::size_t) {
-    return {x.target.get(), y.target.get()};
-  }
-  static Pair partOf(const TFun& x, const TFun& y, std::size_t i) {
-    if (i == x.domain.size()) return {x.codomain.get(), y.codomain.get()};
-    return {y.domain[i].get(), x.domain[i].get()};
-  }
-  template <typename Leaf>
-  static Pair partOf(const Leaf&, const Leaf&, std::size_t) {
-    return {};  // never open
-  }
-
-  // The words that lead to a part.
-  static void lead(const TStruct& x, std::size_t i, std::string& text) {
-    text.append("Type mismatch for field ").append(x.fields[i].label).append(": ");
-  }
-  template <typename D>
-  static void lead(const Type::TArrayND<D>&, std::size_t, std::string& text) {
-    text.append("Array type mismatch: ");
-  }
-  static void lead(const TRef&, std::size_t, std::string& text) {
-    text.append("Referenced type mismatch: ");
-  }
-  static void lead(const TFun& x, std::size_t i, std::string& text) {
-    if (i == x.domain.size()) {
-      text.append("Function codomain mismatch: ");
-    } else {
-      text.append("Mismatch in function domain[").append(std::to_string(i)).append("]: ");
-    }
-  }
-  template <typename Leaf>
-  static void lead(const Leaf&, std::size_t, std::string&) {}
-
-  std::string reason_;
-  std::vector<Frame> frames_;
+  Walk<Pair, KeepsPath> walk_;
+  Pair unrelated_{};
 };
 
 }  // namespace
 
+bool relateButForParts(const InternedType& a, const InternedType& b) {
+  return !ruleOf(a, b).isStop();
+}
+
 bool isSubType(const InternedType& a, const InternedType& b) {
-  const InternedType* left = &a.stripped();
-  const InternedType* right = &b.stripped();
-  if (left == right) return true;
-  OpenPairs open;
-  do {
-    const bool possible =
-        std::visit([&open](const auto& x, const auto& y) { return relate(x, y, open); },
-                   left->desc(), right->desc());
-    if (!possible) return false;
-  } while (open.take(left, right));
-  return true;
+  return &a.stripped() == &b.stripped() || Relation<false>().holds(a.stripped(), b.stripped());
 }
 
 std::optional<std::string> checkSubType(const InternedType& a, const InternedType& b) {
-  const InternedType& left = a.stripped();
-  const InternedType& right = b.stripped();
-  return &left == &right ? std::nullopt : FirstReason().of(left, right);
+  Relation<true> relation;
+  if (relation.holds(a.stripped(), b.stripped())) return std::nullopt;
+  return relation.reason();
 }
 
 void requireRelated(const InternedType& a, const InternedType& b, const char* format) {
-  if (&a.stripped() == &b.stripped() || isSubType(a, b)) return;
-  throw vrnt::Exception(vrnt::ErrorCode::InvalidArguments, format,
-                        checkSubType(a, b).value_or(std::string()));
+  if (isSubType(a, b)) return;
+  throw vrnt::Exception(vrnt::ErrorCode::InvalidArguments, format, checkSubType(a, b).value());
 }
 
 }  // namespace qex::vornath

@@ -20,6 +20,10 @@ inline bool isSameType(const InternedType& a, const InternedType& b) {
   return &a.stripped() == &b.stripped() || (isSubType(a, b) && isSubType(b, a));
 }
 
+/// isSubType() of two twins if it is known of each pair of their parts (fields of the same index,
+/// elements, targets, and the like) that the first relates to the second.
+bool relateButForParts(const InternedType& a, const InternedType& b);
+
 /// isSubType() with the first reason against it in words; nothing means yes.
 std::optional<std::string> checkSubType(const InternedType& a, const InternedType& b);
 

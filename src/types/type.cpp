@@ -2,6 +2,7 @@
 
 #include <unordered_set>
 
+#include "types/extents.hpp"
 #include "types/layout.hpp"
 #include "types/metadata.hpp"
 #include "types/type_handle.hpp"
@@ -39,23 +40,6 @@ const T& keepFirst(std::atomic<const T*>& kept, T made) {
   }
   return *first;
 }
-
-const InternedType* arrayElement(const TypeDesc& desc) {
-  return std::visit(
-      [](const auto& alternative) -> const InternedType* {
-        if constexpr (requires { alternative.shape; }) {
-          return alternative.element.get();
-        } else {
-          return nullptr;
-        }
-      },
-      desc);
-}
-
-bool negative(int shape) { return shape < 0; }
-bool negative(const index2& s) { return s.x < 0 || s.y < 0; }
-bool negative(const index3& s) { return s.x < 0 || s.y < 0 || s.z < 0; }
-bool negative(const index4& s) { return s.x < 0 || s.y < 0 || s.z < 0 || s.w < 0; }
 
 }  // namespace
 
@@ -117,8 +101,9 @@ template <typename D>
 Type::TArrayND<D>::TArrayND(TypePtr elementType, std::optional<D> extents)
     : element(std::move(elementType)), shape(extents) {
   if (!element->concrete()) throw Exception(ErrorCode::InvalidArguments, "concrete type required");
-  if (shape && negative(*shape)) {
-    throw Exception(ErrorCode::InvalidArguments, "negative array length");
+  if (!shape) return;
+  for (const std::int32_t extent : Extents(*shape)) {
+    if (extent < 0) throw Exception(ErrorCode::InvalidArguments, "negative array length");
   }
 }
 
@@ -143,8 +128,8 @@ InternedType::InternedType(TypeDesc desc, const Metadata& metadata, TypePtr stri
   if (refSlotCount_ <= kFewRefSlots) {
     fewRefSlots_ = computeRefSlots(desc_, refSlotCount_);
     refSlots_.store(&fewRefSlots_, std::memory_order_relaxed);
-  } else if (const InternedType* const element = arrayElement(desc_)) {
-    slotPattern_ = &element->slotPattern();
+  } else if (const auto array = arrayDesc(desc_)) {
+    slotPattern_ = &(*array->element)->slotPattern();
   }
   const std::string metadataWords = metadataText(metadata_);
   if (auto text = qex::vornath::shortText(desc_, metadataWords)) {

@@ -4,6 +4,8 @@
 #include <functional>
 #include <utility>
 
+#include "types/extents.hpp"
+
 namespace qex::vornath {
 namespace {
 
@@ -83,17 +85,11 @@ Difference compare(const Type::TStruct& a, const Type::TStruct& b) {
   });
 }
 
-auto extents(int shape) { return std::tuple(shape); }
-auto extents(const index2& shape) { return std::tuple(shape.x, shape.y); }
-auto extents(const index3& shape) { return std::tuple(shape.x, shape.y, shape.z); }
-auto extents(const index4& shape) { return std::tuple(shape.x, shape.y, shape.z, shape.w); }
-
 template <typename D>
 Difference compare(const Type::TArrayND<D>& a, const Type::TArrayND<D>& b) {
   const Difference elements = difference(a.element, b.element);
   if (elements.found()) return elements;
-  if (!a.shape || !b.shape) return {threeWay(a.shape.has_value(), b.shape.has_value())};
-  return {threeWay(extents(*a.shape), extents(*b.shape))};
+  return {threeWay(Extents(a), Extents(b))};
 }
 
 Difference compare(const Type::TRef& a, const Type::TRef& b) {

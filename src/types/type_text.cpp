@@ -6,7 +6,9 @@
 #include <vector>
 
 #include "types/base_types.hpp"
+#include "types/extents.hpp"
 #include "types/metadata.hpp"
+#include "types/walk.hpp"
 
 namespace qex::vornath {
 namespace {
@@ -70,10 +72,10 @@ void write(const Type::TStruct& structure, Sink& sink) {
 
 template <typename D, typename Sink>
 void write(const Type::TArrayND<D>& array, Sink& sink) {
-  constexpr auto commas = static_cast<std::size_t>(Type::TArrayND<D>::kRank - 1);
+  const Extents extents(array);
   sink.type(*array.element);
   sink.words("[");
-  sink.words(array.shape ? extentsText(*array.shape) : std::string(commas, ','));
+  sink.words(extents.known() ? extents.text() : std::string(extents.rank() - 1, ','));
   sink.words("]");
 }
 
@@ -183,14 +185,28 @@ struct PieceSink {
   std::vector<Piece>& later;
 };
 
-std::string joined(std::initializer_list<std::int32_t> extents) {
-  std::string text;
-  for (const std::int32_t extent : extents) {
-    if (!text.empty()) text.append(",");
-    text.append(std::to_string(extent));
+// Appends pieces, each with what it consists of.
+struct PieceAppender {
+  struct Node {
+    Piece piece;
+    std::vector<Piece> later{};
+  };
+
+  Visit enter(Node& node) {
+    const auto& [type, words] = node.piece;
+    if (type == nullptr) {
+      text.append(words);
+      return Visit::leaf();
+    }
+    PieceSink sink{text, node.later};
+    writeDesc(type->desc(), sink);
+    sink.words(metadataText(type->metadata()));
+    return Visit::parts(node.later.size());
   }
-  return text;
-}
+  Node part(Node& node, std::size_t i) { return {std::move(node.later[i])}; }
+
+  std::string& text;
+};
 
 }  // namespace
 
@@ -230,22 +246,8 @@ void appendText(std::string& out, const InternedType& type) {
   if (type.textFingerprint().length > out.max_size() - out.size()) throw std::bad_alloc();
   if (out.empty()) out.reserve(type.textFingerprint().length);
 
-  std::vector<Piece> open;  // the next one last
-  open.push_back({&type, {}});
-  std::vector<Piece> later;
-  while (!open.empty()) {
-    const Piece piece = std::move(open.back());
-    open.pop_back();
-    if (piece.type == nullptr) {
-      out.append(piece.words);
-      continue;
-    }
-    PieceSink sink{out, later};
-    writeDesc(piece.type->desc(), sink);
-    sink.words(metadataText(piece.type->metadata()));
-    std::move(later.rbegin(), later.rend(), std::back_inserter(open));
-    later.clear();
-  }
+  PieceAppender appender{out};
+  Walk<PieceAppender::Node, false>().run(appender, {{&type, {}}});
 }
 
 std::string enumText(const Type::TEnum& enumeration) {
@@ -253,13 +255,6 @@ std::string enumText(const Type::TEnum& enumeration) {
   WholeSink sink{text};
   write(enumeration, sink);
   return text;
-}
-
-std::string extentsText(int shape) { return joined({shape}); }
-std::string extentsText(const index2& shape) { return joined({shape.x, shape.y}); }
-std::string extentsText(const index3& shape) { return joined({shape.x, shape.y, shape.z}); }
-std::string extentsText(const index4& shape) {
-  return joined({shape.x, shape.y, shape.z, shape.w});
 }
 
 }  // namespace qex::vornath

@@ -32,12 +32,6 @@ void appendText(std::string& out, const InternedType& type);
 /// "enum { A; B; }", the metadata of the constructors included.
 std::string enumText(const Type::TEnum& enumeration);
 
-/// The extents joined by ",", as "2,3".
-std::string extentsText(int shape);
-std::string extentsText(const index2& shape);
-std::string extentsText(const index3& shape);
-std::string extentsText(const index4& shape);
-
 }  // namespace qex::vornath
 
 #endif

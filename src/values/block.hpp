@@ -219,14 +219,20 @@ class BlockPtr {
 /// is given up is freed without a look at them.
 class NewBlock {
  public:
+  /// None: nothing but empty() may be asked of it.
+  NewBlock() noexcept = default;
   /// Throws std::bad_alloc.
   NewBlock(const InternedType& type, Fill fill) : block_(allocateBlock(type, fill)) {}
   NewBlock(NewBlock&& other) noexcept : block_(std::exchange(other.block_, nullptr)) {}
-  NewBlock& operator=(NewBlock&&) = delete;
+  NewBlock& operator=(NewBlock&& other) noexcept {
+    std::swap(block_, other.block_);
+    return *this;
+  }
   ~NewBlock() {
     if (block_ != nullptr) discardBlock(block_);
   }
 
+  bool empty() const noexcept { return block_ == nullptr; }
   const InternedType& type() const noexcept { return blockType(block_); }
   char* data() const noexcept { return blockData(block_); }
 
@@ -240,7 +246,7 @@ class NewBlock {
   }
 
  private:
-  vrntValue_t* block_;
+  vrntValue_t* block_ = nullptr;
 };
 
 }  // namespace qex::vornath

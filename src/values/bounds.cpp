@@ -3,14 +3,16 @@
 #include <algorithm>
 #include <cstring>
 #include <limits>
+#include <vector>
 
 #include "types/base_types.hpp"
 #include "types/fixed_struct_types.hpp"
-#include "types/layout.hpp"
 #include "types/metadata.hpp"
+#include "types/parts.hpp"
 #include "types/ref_slots.hpp"
 #include "types/relations.hpp"
 #include "types/spectrum_encoding.hpp"
+#include "types/walk.hpp"
 #include "values/write_protocol.hpp"
 
 namespace qex::vornath {
@@ -98,49 +100,42 @@ bool takesFlatSpectrum(const InternedType& type) {
 // Fills bounds that nobody else holds and that are zero so far.
 class BoundsFiller {
  public:
+  struct Node {
+    const InternedType* type;
+    std::uint64_t offset;
+    Parts parts{};
+  };
+
   explicit BoundsFiller(std::span<DynamicValue> bounds) : bounds_(bounds) {}
 
-  void fill(const InternedType& type) {
-    open(type, 0);
-    while (!frames_.empty()) {
-      Frame& frame = frames_.back();
-      if (const auto* structure = frame.type->getIf<Type::TStruct>()) {
-        if (frame.next < structure->fields.size()) {
-          const std::size_t field = frame.next++;
-          open(*structure->fields[field].type, frame.offset + structure->offsets[field]);
-          continue;
-        }
-      } else if (frame.next == 0) {
-        // All elements are alike: one is worked out and the others are copies of it.
-        frame.next = 1;
-        open(*arrayElements(*frame.type).element, frame.offset);
-        continue;
-      } else {
-        copyFirstElement(*frame.type, frame.offset);
-      }
-      applyBoundsMetadata(*frame.type, bounds_, frame.offset);
-      frames_.pop_back();
+  void fill(const InternedType& type) { Walk<Node>().run(*this, {&type, 0}); }
+
+  Visit enter(Node& node) {
+    const InternedType& type = *node.type;
+    if (takesFlatSpectrum(type)) {
+      fillSpectrum(type, node.offset);
+    } else {
+      node.parts = Parts::of(type);
+      // All elements are alike: one is worked out and the others are copies of it.
+      if (node.parts.structure() != nullptr) return Visit::parts(node.parts.count());
+      if (node.parts.count() != 0) return Visit::parts(1);
+      std::visit([&](const auto& desc) { fillLeaf(desc, node.offset); }, type.desc());
     }
+    applyBoundsMetadata(type, bounds_, node.offset);
+    return Visit::leaf();
+  }
+
+  Node part(const Node& node, std::size_t i) {
+    const auto [type, offset] = node.parts[i];
+    return {type, node.offset + offset};
+  }
+
+  void leave(const Node& node) {
+    if (node.parts.structure() == nullptr) copyFirstElement(node);
+    applyBoundsMetadata(*node.type, bounds_, node.offset);
   }
 
  private:
-  struct Frame {
-    const InternedType* type;
-    std::uint64_t offset;
-    std::size_t next;  // the next field, or 1 when the first element is done
-  };
-
-  void open(const InternedType& type, std::uint64_t offset) {
-    if (takesFlatSpectrum(type)) {
-      fillSpectrum(type, offset);
-      applyBoundsMetadata(type, bounds_, offset);
-    } else if (std::visit([&](const auto& desc) { return fillLeaf(desc, offset); }, type.desc())) {
-      applyBoundsMetadata(type, bounds_, offset);
-    } else {
-      frames_.push_back({&type, offset, 0});
-    }
-  }
-
   void fillSpectrum(const InternedType& type, std::uint64_t offset) {
     const auto& offsets = type.getIf<Type::TStruct>()->offsets;
     const auto code = static_cast<std::int32_t>(SpectrumEncoding::Luminance);
@@ -153,8 +148,7 @@ class BoundsFiller {
     }
   }
 
-  // Whether the type has no parts that come first.
-  bool fillLeaf(Type::TBasetype base, std::uint64_t offset) {
+  void fillLeaf(Type::TBasetype base, std::uint64_t offset) {
     const BaseTypeInfo& info = baseTypeInfo(base);
     const Words& words = laneBounds(info.family);
     // The fourth byte of a char4 has no upper limit of its own: it stays 0 throughout.
@@ -165,39 +159,31 @@ class BoundsFiller {
         std::memcpy(at, &words[bound], info.laneSize);
       }
     }
-    return true;
   }
 
-  bool fillLeaf(const Type::TEnum& enumeration, std::uint64_t offset) {
+  void fillLeaf(const Type::TEnum& enumeration, std::uint64_t offset) {
     const auto last = static_cast<std::uint32_t>(enumeration.constructors.size() - 1);
     const Words codes{0, 0, last, 0, last};
     for (std::size_t bound = 0; bound < bounds_.size(); ++bound) {
       std::memcpy(bytesOf(bounds_[bound], offset), &codes[bound], sizeof(codes[bound]));
     }
-    return true;
   }
 
-  bool fillLeaf(const Type::TStruct&, std::uint64_t) { return false; }
+  // The rest stays zero.
+  template <typename Other>
+  void fillLeaf(const Other&, std::uint64_t) {}
 
-  template <typename D>
-  bool fillLeaf(const Type::TArrayND<D>& array, std::uint64_t) {
-    return !array.shape || elementCount(*array.shape) <= 0;
-  }
-
-  bool fillLeaf(const Type::TRef&, std::uint64_t) { return true; }
-  bool fillLeaf(const Type::TFun&, std::uint64_t) { return true; }
-
-  void copyFirstElement(const InternedType& arrayType, std::uint64_t offset) {
-    const auto [element, count] = arrayElements(arrayType);
+  void copyFirstElement(const Node& array) {
     // The element's type keeps its list of slots: in a nest of arrays of one element, the lists
     // would take the square of its depth.
-    if (count == 1) return;
-    const std::uint64_t size = element->size() * static_cast<std::uint64_t>(count);
+    if (array.parts.count() == 1) return;
+    const InternedType* const element = &array.parts.element();
+    const std::uint64_t size = array.parts.stride() * array.parts.count();
     // Before the first copy: words that were copied and don't count yet would be released.
     const RefSlots slots(*element);
     std::vector<std::uint64_t> own;  // where each element has an array of its own
     for (DynamicValue& bound : bounds_) {
-      char* const first = bytesOf(bound, offset);
+      char* const first = bytesOf(bound, array.offset);
       own.clear();
       slots.forEach([&](std::uint64_t slot) {
         if (leadsToOwnArray(loadWord(first + slot * kWordSize))) own.push_back(slot);
@@ -222,7 +208,6 @@ class BoundsFiller {
   }
 
   std::span<DynamicValue> bounds_;
-  std::vector<Frame> frames_;
 };
 
 }  // namespace

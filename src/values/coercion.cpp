@@ -1,16 +1,15 @@
 #include "values/coercion.hpp"
 
 #include <algorithm>
-#include <array>
-#include <limits>
 #include <optional>
 #include <string_view>
 #include <unordered_map>
 #include <vector>
 
+#include "types/bottom_up.hpp"
+#include "types/extents.hpp"
 #include "types/relations.hpp"
 #include "values/bounds.hpp"
-#include "values/pair_planner.hpp"
 #include "values/transfer.hpp"
 #include "values/write_protocol.hpp"
 #include "vornath_data/result.hpp"
@@ -21,11 +20,6 @@ namespace {
 using vrnt::ErrorCode;
 using vrnt::Exception;
 using Part = Transfer::Part;
-
-std::array<std::int32_t, 1> extentsOf(int shape) { return {shape}; }
-std::array<std::int32_t, 2> extentsOf(const index2& s) { return {s.x, s.y}; }
-std::array<std::int32_t, 3> extentsOf(const index3& s) { return {s.x, s.y, s.z}; }
-std::array<std::int32_t, 4> extentsOf(const index4& s) { return {s.x, s.y, s.z, s.w}; }
 
 // Finds the names of one list in another, each in constant time: a list that is in the same order
 // is followed, and only at the first name out of order is a table made.
@@ -57,54 +51,53 @@ struct Outcome {
 
 using Match = std::pair<std::size_t, std::size_t>;  // indices of fields
 
-class Planner : private PairPlanner<Planner, Outcome, Match> {
+class Planner : public BottomUp<Planner, TypePair, Outcome, Match> {
  public:
   Planner(Transfer& transfer, bool lenient) : transfer_(transfer), lenient_(lenient) {}
 
   // Both without metadata.
   Outcome plan(const InternedType& source, const InternedType& target) {
-    return decide(source, target);
+    return outcomeOf({&source, &target});
+  }
+
+  std::optional<Outcome> open(Task& task) {
+    const auto [source, target] = task.key;
+    if (source == target) return Outcome{true, transfer_.copy(*target)};
+    return std::visit([&](const auto& s, const auto& t) { return open(task, s, t); },
+                      source->desc(), target->desc());
+  }
+
+  Outcome close(const Task& task) {
+    return std::visit([&](const auto& s, const auto& t) { return close(task, s, t); },
+                      task.key.first->desc(), task.key.second->desc());
   }
 
  private:
-  friend PairPlanner;
-
-  // Decides the pair, or puts it on the stack if it has inner pairs to decide first.
-  void open(const InternedType& source, const InternedType& target) {
-    if (&source == &target) {
-      outcomes_.emplace(TypePair(&source, &target), Outcome{true, transfer_.copy(target)});
-      return;
-    }
-    std::visit([&](const auto& s, const auto& t) { open(source, target, s, t); }, source.desc(),
-               target.desc());
-  }
-
-  void open(const InternedType& source, const InternedType& target, const Type::TStruct& s,
-            const Type::TStruct& t) {
-    Frame frame{&source, &target, {}, {}, 0};
+  static std::optional<Outcome> open(Task& task, const Type::TStruct& s, const Type::TStruct& t) {
     NameTable labels;
     for (std::size_t i = 0; i < s.fields.size(); ++i) {
       const auto found =
           labels.find(s.fields[i].label, i, t.fields,
                       [](const Type::Field& field) -> std::string_view { return field.label; });
       if (!found) continue;
-      frame.inner.emplace_back(s.fields[i].type.get(), t.fields[*found].type.get());
-      frame.fields.emplace_back(i, *found);
+      task.inner.emplace_back(s.fields[i].type.get(), t.fields[*found].type.get());
+      task.notes.emplace_back(i, *found);
     }
-    frames_.push_back(std::move(frame));
+    return std::nullopt;
   }
 
   template <typename D>
-  void open(const InternedType& source, const InternedType& target, const Type::TArrayND<D>& s,
-            const Type::TArrayND<D>& t) {
-    frames_.push_back({&source, &target, {{s.element.get(), t.element.get()}}, {}, 0});
+  static std::optional<Outcome> open(Task& task, const Type::TArrayND<D>& s,
+                                     const Type::TArrayND<D>& t) {
+    task.inner.emplace_back(s.element.get(), t.element.get());
+    return std::nullopt;
   }
 
   template <typename S, typename T>
-  void open(const InternedType& source, const InternedType& target, const S& s, const T& t) {
-    const bool related = isSubType(source, target);
-    const Part part = related ? transfer_.copy(target) : convert(source, target, s, t);
-    outcomes_.emplace(TypePair(&source, &target), Outcome{related, part});
+  std::optional<Outcome> open(Task& task, const S& s, const T& t) {
+    const auto [source, target] = task.key;
+    const bool related = isSubType(*source, *target);
+    return Outcome{related, related ? transfer_.copy(*target) : convert(*source, *target, s, t)};
   }
 
   // The label says which constructor is meant, so a code is looked up in a table of the other's.
@@ -145,49 +138,44 @@ class Planner : private PairPlanner<Planner, Outcome, Match> {
     });
   }
 
-  Outcome close(const Frame& frame) {
-    return std::visit([&](const auto& s, const auto& t) { return close(frame, s, t); },
-                      frame.first->desc(), frame.second->desc());
-  }
-
-  Outcome close(const Frame& frame, const Type::TStruct& s, const Type::TStruct& t) {
-    bool related = s.fields.size() == t.fields.size() && frame.fields.size() == s.fields.size();
+  Outcome close(const Task& task, const Type::TStruct& s, const Type::TStruct& t) {
+    const InternedType& target = *task.key.second;
+    // The fields of the same labels are those of the same indices then.
+    bool related = relateButForParts(*task.key.first, target);
     std::vector<Part> parts;
-    parts.reserve(frame.fields.size());
-    for (std::size_t i = 0; i < frame.fields.size(); ++i) {
-      const auto [from, to] = frame.fields[i];
-      const Outcome& field = inner(frame, i);
-      related = related && from == to && field.related;
+    parts.reserve(task.notes.size());
+    for (std::size_t i = 0; i < task.notes.size(); ++i) {
+      const auto [from, to] = task.notes[i];
+      const Outcome& field = outcome(task, i);
+      related = related && field.related;
       parts.push_back(field.part.at(s.offsets[from], t.offsets[to]));
     }
-    if (related) return {true, transfer_.copy(*frame.second)};
+    if (related) return {true, transfer_.copy(target)};
     return {false, transfer_.sequence(parts)};
   }
 
   template <typename D>
-  Outcome close(const Frame& frame, const Type::TArrayND<D>& s, const Type::TArrayND<D>& t) {
-    const Outcome& element = inner(frame, 0);
-    if (element.related && (!t.shape || (s.shape && *s.shape == *t.shape))) {
-      return {true, transfer_.copy(*frame.second)};
+  Outcome close(const Task& task, const Type::TArrayND<D>& s, const Type::TArrayND<D>& t) {
+    const Outcome& element = outcome(task, 0);
+    if (element.related && relateButForParts(*task.key.first, *task.key.second)) {
+      return {true, transfer_.copy(*task.key.second)};
     }
     if (!s.shape || !t.shape) {
       return {false, transfer_.act([](const char*, char*) { throw std::bad_optional_access(); })};
     }
-    return {false, common(element.part, extentsOf(*s.shape), s.element->size(), extentsOf(*t.shape),
-                          t.element->size())};
+    return {false, common(element.part, s, s.element->size(), t, t.element->size())};
   }
 
   template <typename S, typename T>
-  Outcome close(const Frame&, const S&, const T&) {
-    return {};  // never on the stack
+  Outcome close(const Task&, const S&, const T&) {
+    return {};  // is never open
   }
 
   // The elements that both arrays have, x fastest.
-  template <std::size_t Rank>
-  Part common(Part part, const std::array<std::int32_t, Rank>& from, std::uint64_t fromStride,
-              const std::array<std::int32_t, Rank>& to, std::uint64_t toStride) {
+  Part common(Part part, const Extents& from, std::uint64_t fromStride, const Extents& to,
+              std::uint64_t toStride) {
     if (!hasElements(from) || !hasElements(to)) return {};
-    for (std::size_t i = 0; i < Rank; ++i) {
+    for (std::size_t i = 0; i < from.rank(); ++i) {
       part = transfer_.repeat(part, static_cast<std::uint64_t>(std::min(from[i], to[i])),
                               fromStride, toStride);
       fromStride *= static_cast<std::uint64_t>(from[i]);
@@ -197,14 +185,8 @@ class Planner : private PairPlanner<Planner, Outcome, Match> {
   }
 
   // Extents whose product ran over don't say where elements lie: such an array counts as empty.
-  template <std::size_t Rank>
-  static bool hasElements(const std::array<std::int32_t, Rank>& extents) {
-    std::int64_t count = 1;
-    for (const std::int32_t extent : extents) {
-      count *= extent;
-      if (count < 1 || count > std::numeric_limits<std::int32_t>::max()) return false;
-    }
-    return true;
+  static bool hasElements(const Extents& extents) {
+    return extents.count() > 0 && !extents.overflow();
   }
 
   Transfer& transfer_;

@@ -1,8 +1,10 @@
 #include "values/dynamic_value.hpp"
 
-#include "types/layout.hpp"
+#include <functional>
+
+#include "types/parts.hpp"
 #include "types/relations.hpp"
-#include "types/type_factory.hpp"
+#include "values/assembly.hpp"
 #include "values/fixed_types.hpp"
 #include "values/write_protocol.hpp"
 #include "vornath_data/result.hpp"
@@ -12,16 +14,6 @@ namespace {
 
 using vrnt::ErrorCode;
 using vrnt::Exception;
-
-TypePtr makeType(TypeDesc desc) { return Type::get_factory(true)->makeType(std::move(desc)); }
-
-template <typename Extents>
-TypePtr arrayTypeOf(const TypePtr& element, const Extents& extents, std::size_t values) {
-  TypePtr type = makeType(Type::TArrayND<Extents>(element, extents));
-  const std::int32_t count = elementCount(extents);
-  if (values > (count < 0 ? 0 : static_cast<std::size_t>(count))) refuseUntypedArray();
-  return type;
-}
 
 BlockPtr copyOf(const InternedType& type, const void* bytes) {
   NewBlock made(type, Fill::Undefined);
@@ -34,23 +26,22 @@ BlockPtr copyOf(const InternedType& type, const void* bytes) {
   return std::move(made).finish();
 }
 
+// The type with the values of the items for its first parts.
+template <typename Items, typename ValueOf>
+DynamicValue assembled(const TypePtr& type, const Items& items, ValueOf valueOf) {
+  NewBlock made(*type, Fill::Zero);
+  const Parts parts = Parts::of(*type);
+  for (std::size_t i = 0; i < items.size(); ++i) {
+    const auto [part, offset] = parts[i];
+    std::memcpy(made.data() + offset, std::invoke(valueOf, items[i]).data(), part->size());
+  }
+  return DynamicValue(std::move(made).finish().get());
+}
+
 }  // namespace
 
 void requireFitting(const InternedType& given, const InternedType& required) {
   requireRelated(given, required, "Incompatible type for value -> {}.");
-}
-
-TypePtr arrayType(const TypePtr& element, int extent, std::size_t values) {
-  return arrayTypeOf(element, extent, values);
-}
-TypePtr arrayType(const TypePtr& element, const index2& extents, std::size_t values) {
-  return arrayTypeOf(element, extents, values);
-}
-TypePtr arrayType(const TypePtr& element, const index3& extents, std::size_t values) {
-  return arrayTypeOf(element, extents, values);
-}
-TypePtr arrayType(const TypePtr& element, const index4& extents, std::size_t values) {
-  return arrayTypeOf(element, extents, values);
 }
 
 void refuseUntypedArray() {
@@ -83,60 +74,13 @@ DynamicValue DynamicValue::base(Type::TBasetype kind, const void* lanes, std::si
   return value;
 }
 
-template <typename Extents>
-DynamicValue DynamicValue::arrayOf(const std::vector<DynamicValue>& values, const Extents& extents,
-                                   const TypePtr& element) {
-  const TypePtr type = arrayTypeOf(element, extents, values.size());
-  NewBlock made(*type, Fill::Zero);
-  char* destination = made.data();
-  for (const DynamicValue& value : values) {
-    requireFitting(value.typeOf(), *element);
-    std::memcpy(destination, value.data(), element->size());
-    destination += element->size();
-  }
-  return {TypePtr(&type->stripped()), std::move(made).finish()};
-}
-
-DynamicValue DynamicValue::array(const std::vector<DynamicValue>& values, int extent,
+DynamicValue DynamicValue::array(const std::vector<DynamicValue>& values, const Extents& extents,
                                  const TypePtr& element) {
-  return arrayOf(values, extent, element);
+  return assembled(arrayTypeOf(values, extents, element), values, std::identity());
 }
 
-DynamicValue DynamicValue::array(const std::vector<DynamicValue>& values, const index2& extents,
-                                 const TypePtr& element) {
-  return arrayOf(values, extents, element);
-}
-
-DynamicValue DynamicValue::array(const std::vector<DynamicValue>& values, const index3& extents,
-                                 const TypePtr& element) {
-  return arrayOf(values, extents, element);
-}
-
-DynamicValue DynamicValue::array(const std::vector<DynamicValue>& values, const index4& extents,
-                                 const TypePtr& element) {
-  return arrayOf(values, extents, element);
-}
-
-DynamicValue DynamicValue::array(const std::vector<DynamicValue>& values, const index2& extents) {
-  if (values.empty()) refuseUntypedArray();
-  return arrayOf(values, extents, values.front().type());
-}
-
-DynamicValue DynamicValue::array(const std::vector<DynamicValue>& values, const index3& extents) {
-  if (values.empty()) refuseUntypedArray();
-  return arrayOf(values, extents, values.front().type());
-}
-
-DynamicValue DynamicValue::array(const std::vector<DynamicValue>& values, const index4& extents) {
-  if (values.empty()) refuseUntypedArray();
-  return arrayOf(values, extents, values.front().type());
-}
-
-DynamicValue DynamicValue::array(const std::vector<DynamicValue>& values, int count) {
-  if (values.empty() || count < 0 || values.size() != static_cast<std::size_t>(count)) {
-    refuseUntypedArray();
-  }
-  return arrayOf(values, count, values.front().type());
+DynamicValue DynamicValue::array(const std::vector<DynamicValue>& values, const Extents& extents) {
+  return assembled(arrayTypeOf(values, extents), values, std::identity());
 }
 
 DynamicValue DynamicValue::enumerator(const TypePtr& enumType, std::string_view constructor) {
@@ -169,18 +113,7 @@ DynamicValue DynamicValue::foreign(const TypePtr& referenceType, std::uint64_t i
 }
 
 DynamicValue DynamicValue::structure(const std::vector<Field>& fields) {
-  std::vector<Type::Field> fieldTypes;
-  fieldTypes.reserve(fields.size());
-  for (const Field& field : fields) fieldTypes.emplace_back(field.value.type(), field.label);
-  const TypePtr type = makeType(Type::TStruct(std::move(fieldTypes)));
-
-  NewBlock made(*type, Fill::Zero);
-  const auto& offsets = type->getIf<Type::TStruct>()->offsets;
-  for (std::size_t i = 0; i < fields.size(); ++i) {
-    const DynamicValue& value = fields[i].value;
-    std::memcpy(made.data() + offsets[i], value.data(), value.typeOf().size());
-  }
-  return {type, std::move(made).finish()};
+  return assembled(structTypeOf(fields), fields, &Field::value);
 }
 
 void DynamicValue::setLength(int length) {

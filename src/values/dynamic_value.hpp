@@ -13,6 +13,7 @@
 #include <utility>
 #include <vector>
 
+#include "types/extents.hpp"
 #include "types/type.hpp"
 #include "values/block.hpp"
 #include "values/views.hpp"
@@ -84,28 +85,18 @@ class DynamicValue {
     return base(kind, &lane, sizeof(lane));
   }
 
-  // Arrays. The values are copied in order to the running index; D is int, index2, index3 or
-  // index4. Making the array type comes first ("concrete type required", "negative array length").
+  // Arrays. The values are copied in order to the running index. Making the array type comes first
+  // ("concrete type required", "negative array length").
 
   /// An array of the element type. Fewer values than the extents hold leave zeros; more are refused
   /// with "Empty array without type is not allowed.". Each value must relate to the element type:
   /// "Incompatible type for value -> {}.".
-  static DynamicValue array(const std::vector<DynamicValue>& values, int extent,
-                            const TypePtr& element);
-  static DynamicValue array(const std::vector<DynamicValue>& values, const index2& extents,
-                            const TypePtr& element);
-  static DynamicValue array(const std::vector<DynamicValue>& values, const index3& extents,
-                            const TypePtr& element);
-  static DynamicValue array(const std::vector<DynamicValue>& values, const index4& extents,
+  static DynamicValue array(const std::vector<DynamicValue>& values, const Extents& extents,
                             const TypePtr& element);
   /// The first value's type is the element type. Without values: "Empty array without type is not
-  /// allowed.".
-  static DynamicValue array(const std::vector<DynamicValue>& values, const index2& extents);
-  static DynamicValue array(const std::vector<DynamicValue>& values, const index3& extents);
-  static DynamicValue array(const std::vector<DynamicValue>& values, const index4& extents);
-  /// One dimension, typed by the first value; a count other than the number of values is refused
-  /// with the same words, as this form has none of its own.
-  static DynamicValue array(const std::vector<DynamicValue>& values, int count);
+  /// allowed."; in one dimension an extent other than the number of values is refused with the same
+  /// words, as this form has none of its own.
+  static DynamicValue array(const std::vector<DynamicValue>& values, const Extents& extents);
 
   // Other kinds. A type of another kind throws std::bad_variant_access.
 
@@ -186,9 +177,6 @@ class DynamicValue {
   DynamicValue(TypePtr type, BlockPtr block) noexcept;
 
   static DynamicValue base(Type::TBasetype kind, const void* lanes, std::size_t size);
-  template <typename Extents>
-  static DynamicValue arrayOf(const std::vector<DynamicValue>& values, const Extents& extents,
-                              const TypePtr& element);
 
   TypePtr type_;
   std::int32_t length_ = 0;
@@ -205,16 +193,6 @@ struct DynamicValue::Field {
 /// Throws "Incompatible type for value -> {}." with the reason unless `given` may stand where
 /// `required` is expected.
 void requireFitting(const InternedType& given, const InternedType& required);
-
-/// The type of an array that is to take so many values. Throws what DynamicValue::array() throws
-/// before it looks at the values.
-TypePtr arrayType(const TypePtr& element, int extent, std::size_t values);
-TypePtr arrayType(const TypePtr& element, const index2& extents, std::size_t values);
-TypePtr arrayType(const TypePtr& element, const index3& extents, std::size_t values);
-TypePtr arrayType(const TypePtr& element, const index4& extents, std::size_t values);
-
-/// Throws "Empty array without type is not allowed.".
-[[noreturn]] void refuseUntypedArray();
 
 }  // namespace qex::vornath
 

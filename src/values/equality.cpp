@@ -1,13 +1,13 @@
 #include "values/equality.hpp"
 
-#include <boost/container/small_vector.hpp>
 #include <cmath>
 #include <set>
 #include <utility>
 
 #include "types/base_types.hpp"
-#include "types/layout.hpp"
+#include "types/parts.hpp"
 #include "types/relations.hpp"
+#include "types/walk.hpp"
 #include "values/half.hpp"
 #include "values/value_text.hpp"
 
@@ -44,72 +44,53 @@ Side partOf(const Side& whole, const Place& place) {
 // own for the words of a reason.
 class Comparison {
  public:
+  struct Node {
+    Side a, b;
+    Parts partsA{}, partsB{};
+  };
+
   Comparison(float tolerance, std::string* reason) : tolerance_(tolerance), reason_(reason) {}
 
   bool run(const Side& a, const Side& b) {
-    if (!sameType(*a.type, *b.type) || !open(a, b)) return false;
-    while (!frames_.empty()) {
-      Frame& frame = frames_.back();
-      if (frame.next == frame.count) {
-        frames_.pop_back();
-        continue;
-      }
-      const std::size_t part = frame.next++;
-      if (frame.a.type->getIf<Type::TStruct>() != nullptr) {
-        const Side partA = partOf(frame.a, fieldPlace(*frame.a.type, part));
-        const Side partB = partOf(frame.b, fieldPlace(*frame.b.type, part));
-        if (!open(partA, partB)) return false;
-      } else {
-        const InternedType* elementA = arrayElements(*frame.a.type).element;
-        const InternedType* elementB = arrayElements(*frame.b.type).element;
-        const std::uint64_t offset = part * elementA->size();
-        if (!open({elementA, frame.a.data + offset}, {elementB, frame.b.data + offset})) {
-          return false;
-        }
-      }
-    }
-    return true;
+    return sameType(*a.type, *b.type) && walk_.run(*this, {a, b});
   }
 
- private:
-  struct Frame {
-    Side a, b;
-    std::size_t count;
-    std::size_t next;
-  };
-
-  enum class Outcome { Equal, Unequal, Unexplained, Parts, Referred };
-
-  // Compares values without parts, following references; with parts they become the topmost frame.
-  // False on a mismatch.
-  bool open(Side a, Side b) {
+  // Compares values without parts, following references.
+  Visit enter(Node& node) {
     for (;;) {
-      const Outcome outcome =
-          std::visit([&](const auto& desc) { return begin(desc, a, b); }, a.type->desc());
-      switch (outcome) {
+      switch (
+          std::visit([&](const auto& desc) { return begin(desc, node); }, node.a.type->desc())) {
         case Outcome::Equal:
+          return Visit::leaf();
         case Outcome::Parts:
-          return true;
+          return partsFrom(firstToCompare(node), node.partsA.count());
         case Outcome::Unequal:
-          explain(a, b);
-          return false;
+          explain(node.a, node.b);
+          return Visit::stop();
         case Outcome::Unexplained:
-          return false;
+          return Visit::stop();
         case Outcome::Referred:
           break;
       }
-      vrntValue_t* const blockA = blockOfWord(loadWord(a.data));
-      vrntValue_t* const blockB = blockOfWord(loadWord(b.data));
-      if (wasMet(blockA, blockB)) return true;
-      a = {&blockType(blockA), blockData(blockA)};
-      b = {&blockType(blockB), blockData(blockB)};
-      if (!isSubType(*a.type, *b.type)) {
-        explainTypes("Referenced type mismatch: ", *a.type, *b.type);
-        return false;
+      vrntValue_t* const blockA = blockOfWord(loadWord(node.a.data));
+      vrntValue_t* const blockB = blockOfWord(loadWord(node.b.data));
+      if (wasMet(blockA, blockB)) return Visit::leaf();
+      node.a = {&blockType(blockA), blockData(blockA)};
+      node.b = {&blockType(blockB), blockData(blockB)};
+      if (!isSubType(*node.a.type, *node.b.type)) {
+        explainTypes("Referenced type mismatch: ", *node.a.type, *node.b.type);
+        return Visit::stop();
       }
-      if (!sameType(*a.type, *b.type)) return false;
+      if (!sameType(*node.a.type, *node.b.type)) return Visit::stop();
     }
   }
+
+  Node part(const Node& node, std::size_t i) {
+    return {partOf(node.a, node.partsA[i]), partOf(node.b, node.partsB[i])};
+  }
+
+ private:
+  enum class Outcome { Equal, Unequal, Unexplained, Parts, Referred };
 
   // Whether the pair was met before. It is then equal or the whole comparison fails on its account,
   // so it needs no second look: there are twice as many ways to a pair with each level that refers
@@ -123,47 +104,58 @@ class Comparison {
 
   static Outcome outcome(bool equal) { return equal ? Outcome::Equal : Outcome::Unequal; }
 
-  Outcome begin(Type::TBasetype base, const Side& a, const Side& b) const {
-    return outcome(basesEqual(baseTypeInfo(base), a.data, b.data));
+  Outcome begin(Type::TBasetype base, const Node& node) const {
+    return outcome(basesEqual(baseTypeInfo(base), node.a.data, node.b.data));
   }
 
-  Outcome begin(const Type::TEnum&, const Side& a, const Side& b) const {
-    return outcome(load<std::int32_t>(a.data) == load<std::int32_t>(b.data));
+  Outcome begin(const Type::TEnum&, const Node& node) const {
+    return outcome(load<std::int32_t>(node.a.data) == load<std::int32_t>(node.b.data));
   }
 
-  Outcome begin(const Type::TStruct& structure, const Side& a, const Side& b) {
-    frames_.push_back({a, b, structure.fields.size(), 0});
+  Outcome begin(const Type::TStruct& structure, Node& node) const {
+    node.partsA = Parts(structure);
+    node.partsB = Parts(*node.b.type->getIf<Type::TStruct>());
     return Outcome::Parts;
   }
 
   template <typename D>
-  Outcome begin(const Type::TArrayND<D>& array, const Side& a, const Side& b) {
-    if (!array.shape) return Outcome::Equal;
-    const std::int32_t extent = elementCount(*array.shape);
+  Outcome begin(const Type::TArrayND<D>& array, Node& node) const {
     // Any number of elements without bytes may stand in a value, and they are all equal.
-    const bool empty = extent < 0 || array.element->size() == 0;
-    const std::size_t count = empty ? 0 : static_cast<std::size_t>(extent);
-    std::size_t first = 0;
-    // Numbers are the most of what is compared: the equal ones among them are passed over here.
-    if (const auto* base = array.element->template getIf<Type::TBasetype>()) {
-      const std::uint64_t size = array.element->size();
-      const BaseTypeInfo& info = baseTypeInfo(*base);
-      while (first < count && basesEqual(info, a.data + first * size, b.data + first * size))
-        ++first;
-    }
-    frames_.push_back({a, b, count, first});
+    if (array.element->size() == 0) return Outcome::Equal;
+    node.partsA = Parts(array);
+    node.partsB = Parts(*node.b.type->getIf<Type::TArrayND<D>>());
     return Outcome::Parts;
   }
 
-  Outcome begin(const Type::TRef&, const Side& a, const Side& b) const {
-    const std::uint64_t wordA = loadWord(a.data);
-    const std::uint64_t wordB = loadWord(b.data);
+  Outcome begin(const Type::TRef&, const Node& node) const {
+    const std::uint64_t wordA = loadWord(node.a.data);
+    const std::uint64_t wordB = loadWord(node.b.data);
     if (wordA == wordB) return Outcome::Equal;
     return isBlockWord(wordA) && isBlockWord(wordB) ? Outcome::Referred : Outcome::Unexplained;
   }
 
-  Outcome begin(const Type::TFun&, const Side& a, const Side& b) const {
-    return outcome(std::memcmp(a.data, b.data, 2 * kWordSize) == 0);
+  Outcome begin(const Type::TFun&, const Node& node) const {
+    return outcome(std::memcmp(node.a.data, node.b.data, 2 * kWordSize) == 0);
+  }
+
+  static Visit partsFrom(std::size_t first, std::size_t count) {
+    return first == count ? Visit::leaf() : Visit::parts(count, first);
+  }
+
+  // Numbers are the most of what is compared: the equal ones that an array begins with are passed
+  // over here.
+  std::size_t firstToCompare(const Node& node) const {
+    std::size_t first = 0;
+    if (node.partsA.structure() != nullptr) return first;
+    if (const auto* base = node.partsA.element().getIf<Type::TBasetype>()) {
+      const std::uint64_t size = node.partsA.stride();
+      const BaseTypeInfo& info = baseTypeInfo(*base);
+      while (first < node.partsA.count() &&
+             basesEqual(info, node.a.data + first * size, node.b.data + first * size)) {
+        ++first;
+      }
+    }
+    return first;
   }
 
   bool basesEqual(const BaseTypeInfo& info, const char* a, const char* b) const {
@@ -215,9 +207,9 @@ class Comparison {
   // The parts that are open, outermost first.
   std::string path() const {
     std::string path;
-    for (const Frame& frame : frames_) {
-      const std::size_t part = frame.next - 1;
-      if (const auto* structure = frame.a.type->getIf<Type::TStruct>()) {
+    for (const auto& level : walk_.levels()) {
+      const std::size_t part = level.current();
+      if (const auto* const structure = level.node.partsA.structure()) {
         path.append(".").append(structure->fields[part].label);
       } else {
         path.append("[").append(std::to_string(part)).append("]");
@@ -228,7 +220,7 @@ class Comparison {
 
   float tolerance_;
   std::string* reason_;
-  boost::container::small_vector<Frame, 16> frames_;  // on the stack as long as they are few
+  Walk<Node> walk_;
   std::set<std::pair<const vrntValue_t*, const vrntValue_t*>> met_;
 };
 

@@ -3,19 +3,14 @@
 #include <utility>
 
 #include "types/base_types.hpp"
-#include "types/type_factory.hpp"
+#include "types/make_type.hpp"
 
 namespace qex::vornath {
 namespace {
 
-const InternedType& makeFixed(TypeDesc desc) {
-  Type::Factory& factory = *Type::get_factory(true);
-  return *factory.makePermanent(factory.makeType(std::move(desc)).get());
-}
-
 template <std::size_t Base>
 const InternedType& fixedBaseType() {
-  static const InternedType& type = makeFixed(static_cast<Type::TBasetype>(Base));
+  static const InternedType& type = permanentType(makeType(static_cast<Type::TBasetype>(Base)));
   return type;
 }
 
@@ -36,7 +31,7 @@ const InternedType& baseType(Type::TBasetype base) {
 }
 
 const InternedType& voidReferenceType() {
-  static const InternedType& type = makeFixed(Type::TRef{});
+  static const InternedType& type = permanentType(makeType(Type::TRef{}));
   return type;
 }
 

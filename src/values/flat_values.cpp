@@ -5,7 +5,7 @@
 #include <string>
 
 #include "foundation/boundary.hpp"
-#include "types/layout.hpp"
+#include "types/parts.hpp"
 #include "types/type_handle.hpp"
 #include "types/wrong_kind.hpp"
 #include "values/bounds.hpp"
@@ -151,17 +151,9 @@ vrntValueView_t* vrntValueStructField(vrntValueView_t* out, const vrntType_t* st
 vrntValueView_t* vrntValueArrayElement(vrntValueView_t* out, const vrntType_t* arrayType,
                                        const int32_t* index) {
   const InternedType& type = typeOf(arrayType);
-  if (type.getIf<Type::TArrayND<int>>() != nullptr) return fill(out, elementPlace(type, index[0]));
-  if (type.getIf<Type::TArrayND<index2>>() != nullptr) {
-    return fill(out, elementPlace(type, index2{index[0], index[1]}));
-  }
-  if (type.getIf<Type::TArrayND<index3>>() != nullptr) {
-    return fill(out, elementPlace(type, index3{index[0], index[1], index[2]}));
-  }
-  if (type.getIf<Type::TArrayND<index4>>() != nullptr) {
-    return fill(out, elementPlace(type, index4{index[0], index[1], index[2], index[3]}));
-  }
-  raiseWrongKind("vrntValueArrayElement", "an array", type);
+  const auto place = elementPlaceIfArray(type, index);
+  if (!place) raiseWrongKind("vrntValueArrayElement", "an array", type);
+  return fill(out, *place);
 }
 
 void* vrntValueMap(vrntValue_t** value, const vrntValueView_t* view, vrntValuesError_t** error) {

@@ -1,17 +1,17 @@
 #include "values/specialization.hpp"
 
-#include <boost/container/small_vector.hpp>
 #include <optional>
 #include <string_view>
 #include <unordered_map>
-#include <unordered_set>
 #include <vector>
 
-#include "types/layout.hpp"
+#include "types/bottom_up.hpp"
+#include "types/extents.hpp"
+#include "types/make_type.hpp"
+#include "types/parts.hpp"
 #include "types/relations.hpp"
-#include "types/type_factory.hpp"
+#include "types/walk.hpp"
 #include "values/equality.hpp"
-#include "values/pair_planner.hpp"
 #include "values/transfer.hpp"
 #include "vornath_data/result.hpp"
 
@@ -19,10 +19,6 @@ namespace qex::vornath {
 namespace {
 
 using Part = Transfer::Part;
-
-TypePtr makeType(TypeDesc desc, const Metadata& metadata = {}) {
-  return Type::get_factory(true)->makeType(std::move(desc), metadata);
-}
 
 bool isMarked(const InternedType& type) { return type.metadata().count("no_specialize") != 0; }
 
@@ -33,169 +29,150 @@ struct Outcome {
   Part part;
 };
 
-class Planner : private PairPlanner<Planner, Outcome, std::size_t> {
+class Planner : public BottomUp<Planner, TypePair, Outcome> {
  public:
   explicit Planner(Transfer& transfer) : transfer_(transfer) {}
 
   // The value's type is without metadata.
   Outcome plan(const InternedType& value, const InternedType& annotated) {
-    return decide(value, annotated);
+    return outcomeOf({&value, &annotated});
+  }
+
+  std::optional<Outcome> open(Task& task) {
+    return std::visit([&](const auto& desc) { return open(task, desc); }, task.key.second->desc());
+  }
+
+  Outcome close(const Task& task) {
+    return std::visit([&](const auto& desc) { return close(task, desc); }, task.key.second->desc());
   }
 
  private:
-  friend PairPlanner;
-
-  // Decides the pair, or puts it on the stack if it has inner pairs to decide first.
-  void open(const InternedType& value, const InternedType& annotated) {
-    std::visit([&](const auto& desc) { open(value, annotated, desc); }, annotated.desc());
-  }
-
-  void open(const InternedType& value, const InternedType& annotated,
-            const Type::TStruct& structure) {
-    Frame frame{&value, &annotated, {}, {}, 0};
+  // The notes are the indices of the fields that stay.
+  static std::optional<Outcome> open(Task& task, const Type::TStruct& structure) {
     for (std::size_t i = 0; i < structure.fields.size(); ++i) {
       const InternedType& field = *structure.fields[i].type;
       if (isMarked(field)) continue;
-      frame.inner.emplace_back(fieldPlace(value, i).type, &field);
-      frame.fields.push_back(i);
+      task.inner.emplace_back(fieldPlace(*task.key.first, i).type, &field);
+      task.notes.push_back(i);
     }
-    frames_.push_back(std::move(frame));
+    return std::nullopt;
   }
 
   template <typename D>
-  void open(const InternedType& value, const InternedType& annotated,
-            const Type::TArrayND<D>& array) {
-    const auto& own = std::get<Type::TArrayND<D>>(value.desc());
+  static std::optional<Outcome> open(Task& task, const Type::TArrayND<D>& array) {
+    const auto& own = std::get<Type::TArrayND<D>>(task.key.first->desc());
     // The elements to visit are those of the type that is passed.
     if (!array.shape || !own.shape) throw std::bad_optional_access();
-    frames_.push_back({&value, &annotated, {{own.element.get(), array.element.get()}}, {}, 0});
+    task.inner.emplace_back(own.element.get(), array.element.get());
+    return std::nullopt;
   }
 
   template <typename Leaf>
-  void open(const InternedType& value, const InternedType& annotated, const Leaf&) {
-    outcomes_.emplace(TypePair(&value, &annotated),
-                      Outcome{TypePtr(&value), transfer_.copy(value)});
+  std::optional<Outcome> open(Task& task, const Leaf&) {
+    const InternedType& value = *task.key.first;
+    return Outcome{TypePtr(&value), transfer_.copy(value)};
   }
 
-  Outcome close(const Frame& frame) {
-    return std::visit([&](const auto& desc) { return close(frame, desc); }, frame.second->desc());
-  }
-
-  Outcome close(const Frame& frame, const Type::TStruct& structure) {
+  Outcome close(const Task& task, const Type::TStruct& structure) {
     std::vector<Type::Field> fields;
-    fields.reserve(frame.fields.size());
-    for (std::size_t i = 0; i < frame.fields.size(); ++i) {
-      fields.emplace_back(inner(frame, i).type, structure.fields[frame.fields[i]].label);
+    fields.reserve(task.notes.size());
+    for (std::size_t i = 0; i < task.notes.size(); ++i) {
+      fields.emplace_back(outcome(task, i).type, structure.fields[task.notes[i]].label);
     }
     TypePtr type = makeType(Type::TStruct(std::move(fields)));
-    const auto& offsets = type->getIf<Type::TStruct>()->offsets;
+    const Parts to = Parts::of(*type);
     std::vector<Part> parts;
-    parts.reserve(frame.fields.size());
-    for (std::size_t i = 0; i < frame.fields.size(); ++i) {
-      const std::uint64_t from = fieldPlace(*frame.first, frame.fields[i]).offset;
-      parts.push_back(inner(frame, i).part.at(from, offsets[i]));
+    parts.reserve(task.notes.size());
+    for (std::size_t i = 0; i < task.notes.size(); ++i) {
+      const std::uint64_t from = fieldPlace(*task.key.first, task.notes[i]).offset;
+      parts.push_back(outcome(task, i).part.at(from, to[i].offset));
     }
     return {std::move(type), transfer_.sequence(parts)};
   }
 
   template <typename D>
-  Outcome close(const Frame& frame, const Type::TArrayND<D>&) {
-    const auto& own = *frame.first->getIf<Type::TArrayND<D>>();
-    const Outcome& element = inner(frame, 0);
+  Outcome close(const Task& task, const Type::TArrayND<D>&) {
+    const auto& own = *task.key.first->getIf<Type::TArrayND<D>>();
+    const Outcome& element = outcome(task, 0);
     TypePtr type = makeType(Type::TArrayND<D>(element.type, own.shape));
-    const std::int32_t count = elementCount(*own.shape);
-    const Part part =
-        transfer_.repeat(element.part, count < 0 ? 0 : static_cast<std::uint64_t>(count),
-                         own.element->size(), element.type->size());
+    const Part part = transfer_.repeat(element.part, Extents(own).elements(), own.element->size(),
+                                       element.type->size());
     return {std::move(type), part};
   }
 
   template <typename Leaf>
-  Outcome close(const Frame&, const Leaf&) {
-    return {};  // never on the stack
+  Outcome close(const Task&, const Leaf&) {
+    return {};  // is never open
   }
 
   Transfer& transfer_;
 };
 
-// The walk over two values at once.
+// The walk through two values at once.
 class Difference {
  public:
+  struct Node {
+    ConstView a, b;
+    const InternedType* annotated;
+    bool skipped = false;  // a field that specialization takes away
+  };
+
   bool found(const ConstView& a, const ConstView& b, const InternedType& annotated) {
-    if (differAt(a, b, annotated)) return true;
-    while (!frames_.empty()) {
-      Frame& frame = frames_.back();
-      if (frame.next == frame.count) {
-        frames_.pop_back();
-        continue;
-      }
-      const std::size_t i = frame.next++;
-      if (const auto* structure = frame.annotated->getIf<Type::TStruct>()) {
-        const InternedType& field = *structure->fields[i].type;
-        if (isMarked(field)) continue;
-        if (differAt(frame.a.field(i), frame.b.field(i), field)) return true;
-      } else {
-        const InternedType& element = *frame.element;
-        if (differAt(elementOf(frame.a, i), elementOf(frame.b, i), element)) return true;
-      }
+    return !Walk<Node, false>().run(*this, {a, b, &annotated});
+  }
+
+  Visit enter(const Node& node) {
+    if (node.skipped) return Visit::leaf();
+    return std::visit([&](const auto& desc) { return begin(node, desc); }, node.annotated->desc());
+  }
+
+  Node part(const Node& node, std::size_t i) {
+    if (const auto* structure = node.annotated->getIf<Type::TStruct>()) {
+      const InternedType& field = *structure->fields[i].type;
+      return {node.a.field(i), node.b.field(i), &field, isMarked(field)};
     }
-    return false;
+    const InternedType* const element = Parts::of(*node.annotated)[i].type;
+    return {elementOf(node.a, i), elementOf(node.b, i), element};
   }
 
  private:
-  struct Frame {
-    ConstView a, b;
-    const InternedType* annotated;
-    const InternedType* element;  // of the annotated type, if that is an array
-    std::size_t count;
-    std::size_t next;
-  };
-
   static ConstView elementOf(const ConstView& array, std::size_t i) {
-    const InternedType* const element = arrayElements(*array.type).element;
-    return {element, array.offset + i * element->size(), array.owner};
+    const auto [element, offset] = Parts::of(*array.type)[i];
+    return {element, array.offset + offset, array.owner};
   }
 
-  // Compares values without parts; with parts they become the topmost frame.
-  bool differAt(const ConstView& a, const ConstView& b, const InternedType& annotated) {
-    return std::visit([&](const auto& desc) { return begin(a, b, annotated, desc); },
-                      annotated.desc());
-  }
-
-  bool begin(const ConstView& a, const ConstView& b, const InternedType& annotated,
-             const Type::TStruct& structure) {
-    frames_.push_back({a, b, &annotated, nullptr, structure.fields.size(), 0});
-    return false;
+  Visit begin(const Node&, const Type::TStruct& structure) {
+    return Visit::parts(structure.fields.size());
   }
 
   template <typename D>
-  bool begin(const ConstView& a, const ConstView& b, const InternedType& annotated,
-             const Type::TArrayND<D>& array) {
-    const D& extents = std::get<Type::TArrayND<D>>(a.type->desc()).shape.value();
-    if (!(extents == std::get<Type::TArrayND<D>>(b.type->desc()).shape.value())) return true;
-    const std::int32_t count = elementCount(extents);
-    if (count <= 0) return false;
+  Visit begin(const Node& node, const Type::TArrayND<D>& array) {
+    const D& extents = std::get<Type::TArrayND<D>>(node.a.type->desc()).shape.value();
+    if (!(extents == std::get<Type::TArrayND<D>>(node.b.type->desc()).shape.value())) {
+      return Visit::stop();
+    }
+    const std::size_t count = Extents(extents).elements();
+    if (count == 0) return Visit::leaf();
     // Elements without parts are compared all at once, which says the same.
-    if (!hasParts(*array.element)) return !valuesEqual(a, b, 0);
-    frames_.push_back({a, b, &annotated, array.element.get(), static_cast<std::size_t>(count), 0});
-    return false;
+    return hasParts(*array.element) ? Visit::parts(count) : compare(node);
   }
 
   template <typename Leaf>
-  bool begin(const ConstView& a, const ConstView& b, const InternedType&, const Leaf&) {
-    return !valuesEqual(a, b, 0);
+  Visit begin(const Node& node, const Leaf&) {
+    return compare(node);
+  }
+
+  static Visit compare(const Node& node) {
+    return valuesEqual(node.a, node.b, 0) ? Visit::leaf() : Visit::stop();
   }
 
   static bool hasParts(const InternedType& type) {
-    return type.getIf<Type::TBasetype>() == nullptr && type.getIf<Type::TEnum>() == nullptr &&
-           type.getIf<Type::TRef>() == nullptr && type.getIf<Type::TFun>() == nullptr;
+    return type.getIf<Type::TStruct>() != nullptr || arrayDesc(type.desc());
   }
-
-  boost::container::small_vector<Frame, 16> frames_;  // on the stack as long as they are few
 };
 
-// What of one type another doesn't cover.
-class Remainder {
+// What of one type, the first of a pair, another doesn't cover.
+class Remainder : public BottomUp<Remainder, TypePair, TypePtr> {
  public:
   // The other has something that the type lacks.
   struct Exception {};
@@ -203,68 +180,52 @@ class Remainder {
   Remainder() : empty_(makeType(Type::TStruct())) {}
 
   TypePtr of(const InternedType& full, const InternedType& covered) {
-    TypePtr result = begin(full, covered);
-    while (!frames_.empty()) {
-      Frame& frame = frames_.back();
-      const auto& fields = frame.full->getIf<Type::TStruct>()->fields;
-      if (result) {
-        // That of the field that the frame waits for.
-        if (result != empty_) frame.kept.emplace_back(result, fields[frame.next].label);
-        result = nullptr;
-        ++frame.next;
-        continue;
-      }
-      if (frame.next == fields.size()) {
-        result = frame.kept.empty()
-                     ? empty_
-                     : makeType(Type::TStruct(std::move(frame.kept)), frame.full->metadata());
-        frames_.pop_back();
-        continue;
-      }
-      const Type::Field& field = fields[frame.next];
-      if (const auto found = frame.covered.find(field.label); found != frame.covered.end()) {
-        result = begin(*field.type, *found->second);
-      } else {
-        frame.kept.push_back(field);
-        ++frame.next;
+    return outcomeOf({&full, &covered});
+  }
+
+  // That one struct relates to another needs no question: then no field of it leaves anything over.
+  std::optional<TypePtr> open(Task& task) {
+    const auto [full, covered] = task.key;
+    const auto* const all = full->getIf<Type::TStruct>();
+    const auto* const some = covered->getIf<Type::TStruct>();
+    if (all == nullptr || some == nullptr) {
+      if (isSubType(*covered, *full)) return empty_;
+      throw Exception();
+    }
+    if (&full->stripped() == &covered->stripped()) return empty_;
+
+    std::unordered_map<std::string_view, const InternedType*> coveredFields;
+    coveredFields.reserve(some->fields.size());
+    for (const Type::Field& field : some->fields) {
+      coveredFields.emplace(field.label, field.type.get());
+    }
+    for (std::size_t i = 0; i < all->fields.size(); ++i) {
+      const auto found = coveredFields.find(all->fields[i].label);
+      if (found == coveredFields.end()) continue;
+      task.inner.emplace_back(all->fields[i].type.get(), found->second);
+      task.notes.push_back(i);
+    }
+    if (task.inner.size() != some->fields.size()) throw Exception();
+    return std::nullopt;
+  }
+
+  TypePtr close(const Task& task) {
+    const auto& fields = task.key.first->getIf<Type::TStruct>()->fields;
+    std::vector<Type::Field> kept;
+    std::size_t next = 0;  // of the fields that are covered
+    for (std::size_t i = 0; i < fields.size(); ++i) {
+      if (next == task.notes.size() || task.notes[next] != i) {
+        kept.push_back(fields[i]);
+      } else if (const TypePtr& rest = outcome(task, next++); rest != empty_) {
+        kept.emplace_back(rest, fields[i].label);
       }
     }
-    return result;
+    if (kept.empty()) return empty_;
+    return makeType(Type::TStruct(std::move(kept)), task.key.first->metadata());
   }
 
  private:
-  struct Frame {
-    const InternedType* full;
-    std::unordered_map<std::string_view, const InternedType*> covered;
-    std::vector<Type::Field> kept;
-    std::size_t next = 0;
-  };
-
-  // The result, or null with a new frame. That one struct relates to another needs no question:
-  // then no field of it leaves anything over.
-  TypePtr begin(const InternedType& full, const InternedType& covered) {
-    const auto* const all = full.getIf<Type::TStruct>();
-    const auto* const some = covered.getIf<Type::TStruct>();
-    if (all == nullptr || some == nullptr) {
-      if (isSubType(covered, full)) return empty_;
-      throw Exception();
-    }
-    if (&full.stripped() == &covered.stripped()) return empty_;
-
-    Frame frame{&full, {}, {}, 0};
-    frame.covered.reserve(some->fields.size());
-    for (const Type::Field& field : some->fields) {
-      frame.covered.emplace(field.label, field.type.get());
-    }
-    std::size_t common = 0;
-    for (const Type::Field& field : all->fields) common += frame.covered.count(field.label);
-    if (common != some->fields.size()) throw Exception();
-    frames_.push_back(std::move(frame));
-    return nullptr;
-  }
-
   TypePtr empty_;
-  std::vector<Frame> frames_;
 };
 
 }  // namespace

@@ -1,13 +1,13 @@
 #include "values/stream.hpp"
 
 #include <new>
+#include <optional>
 #include <string>
 #include <unordered_set>
 #include <utility>
-#include <vector>
 
-#include "types/type_factory.hpp"
 #include "types/type_text.hpp"
+#include "types/walk.hpp"
 
 namespace qex::vornath {
 namespace {
@@ -27,20 +27,6 @@ void writeRecord(const vrntValue_t* block, vrntWriteFn write, void* user) {
   write(blockData(block), type.size(), user);
 }
 
-// A block whose record is written, and the next of its words to follow.
-struct Written {
-  const vrntValue_t* block;
-  std::size_t next;
-};
-
-// A value whose record has been read, while those of the values that it refers to are read. The
-// words in it are the stream's until finish().
-struct Unfinished {
-  NewBlock block;
-  std::uint64_t word;  // under which another value refers to it
-  std::size_t next;    // slot
-};
-
 NewBlock readRecord(vrntReadFn read, void* user) {
   std::uint64_t textLength = 0;
   read(&textLength, sizeof(textLength), user);
@@ -49,7 +35,7 @@ NewBlock readRecord(vrntReadFn read, void* user) {
   if (textLength > text.max_size()) throw std::bad_alloc();
   text.resize(textLength);
   read(text.data(), textLength, user);
-  const TypePtr type = Type::get_factory(true)->parseType(text);
+  const TypePtr type = InternedType::parse(text);
   std::uint64_t id = 0;
   read(&id, sizeof(id), user);
   NewBlock block(*type, Fill::Undefined);
@@ -57,56 +43,117 @@ NewBlock readRecord(vrntReadFn read, void* user) {
   return block;
 }
 
-// Puts addresses of values read in place of the stream's words, up to the first word that isn't in
-// the map: that one is returned. 0 if there is none.
-std::uint64_t resolveWords(Unfinished& value, const DynamicValue::StreamMap& map) {
-  const RefSlots slots(value.block.type());
-  for (auto slot = slots.from(value.next); slot != slots.end(); ++slot, ++value.next) {
-    char* const at = value.block.data() + *slot * kWordSize;
-    const std::uint64_t word = loadWord(at);
-    if (!isBlockWord(word)) continue;
-    const auto known = map.find(word);
-    if (known == map.end()) return word;
-    storeWord(at, known->second.word());
+// Writes the record of each block that the words lead to, before those that its own words lead to.
+class Writer {
+ public:
+  struct Node {
+    std::uint64_t word;
+  };
+
+  Writer(vrntWriteFn write, void* user) : write_(write), user_(user) {}
+
+  Visit enter(const Node& node) {
+    if (!isBlockWord(node.word) || !written_.insert(node.word).second) return Visit::leaf();
+    const vrntValue_t* const block = blockOfWord(node.word);
+    writeRecord(block, write_, user_);
+    return Visit::parts(blockType(block).refSlotCount());
   }
-  return 0;
-}
+
+  Node part(const Node& node, std::size_t i) {
+    const vrntValue_t* const block = blockOfWord(node.word);
+    if (slotsOf_ != block) {
+      slots_.emplace(blockType(block));
+      slotsOf_ = block;
+    }
+    return {loadWord(blockData(block) + (*slots_)[i] * kWordSize)};
+  }
+
+ private:
+  vrntWriteFn write_;
+  void* user_;
+  std::unordered_set<std::uint64_t> written_;
+  std::optional<RefSlots> slots_;  // of the block that was looked at last
+  const vrntValue_t* slotsOf_ = nullptr;
+};
+
+// Reads a record and then those of the values that it refers to. The words in a value are the
+// stream's until the walk has gone through them.
+class Reader {
+ public:
+  struct Node {
+    NewBlock block{};        // none behind the last word
+    std::uint64_t word = 0;  // under which another value refers to it
+  };
+
+  Reader(vrntReadFn read, void* user, DynamicValue::StreamMap& map)
+      : read_(read), user_(user), map_(map) {}
+
+  DynamicValue value() {
+    walk_.run(*this, {readRecord(read_, user_)});
+    return DynamicValue(outermost_.get());
+  }
+
+  Visit enter(const Node& node) {
+    return node.block.empty() ? Visit::leaf() : Visit::parts(node.block.type().refSlotCount());
+  }
+
+  // Passes over the words of values that are there.
+  Node part(const Node& node, std::size_t i) {
+    const RefSlots slots(node.block.type());
+    for (auto slot = slots.from(i); slot != slots.end(); ++slot, ++i) {
+      char* const at = node.block.data() + *slot * kWordSize;
+      const std::uint64_t word = loadWord(at);
+      if (!isBlockWord(word) || resolve(at)) continue;
+      walk_.levels().back().next = i + 1;
+      return {readRecord(read_, user_), word};
+    }
+    walk_.levels().back().next = slots.size();
+    return {};
+  }
+
+  void leave(Node& node) {
+    BlockPtr block = std::move(node.block).finish();
+    const auto& levels = walk_.levels();
+    if (levels.size() == 1) {
+      outermost_ = std::move(block);
+      return;
+    }
+    map_.insert_or_assign(node.word, DynamicValue::VRef(wordOfBlock(block.get())));
+    const auto& outer = levels[levels.size() - 2];
+    const NewBlock& referring = outer.node.block;
+    resolve(referring.data() + RefSlots(referring.type())[outer.current()] * kWordSize);
+  }
+
+ private:
+  // Puts the address of a value that was read in place of the stream's word. False for a word that
+  // isn't in the map.
+  bool resolve(char* at) const {
+    const auto known = map_.find(loadWord(at));
+    if (known == map_.end()) return false;
+    storeWord(at, known->second.word());
+    return true;
+  }
+
+  vrntReadFn read_;
+  void* user_;
+  DynamicValue::StreamMap& map_;
+  Walk<Node> walk_;
+  BlockPtr outermost_;
+};
 
 }  // namespace
 
 void serializeValue(const DynamicValue& value, vrntWriteFn write, void* user) {
-  writeRecord(value.block(), write, user);
-  if (blockType(value.block()).refSlotCount() == 0) return;
-
-  std::unordered_set<std::uint64_t> seen{wordOfBlock(value.block())};
-  std::vector<Written> open{{value.block(), 0}};
-  while (!open.empty()) {
-    const vrntValue_t* const block = open.back().block;
-    const RefSlots slots(blockType(block));
-    const std::uint64_t word = loadWord(blockData(block) + slots[open.back().next] * kWordSize);
-    // A block is done with its last word, before what that leads to: a chain needs no room here.
-    if (++open.back().next == slots.size()) open.pop_back();
-    if (!isBlockWord(word) || !seen.insert(word).second) continue;
-    const vrntValue_t* const target = blockOfWord(word);
-    writeRecord(target, write, user);
-    if (blockType(target).refSlotCount() != 0) open.push_back({target, 0});
+  if (value.typeOf().refSlotCount() == 0) {
+    writeRecord(value.block(), write, user);
+    return;
   }
+  Writer writer(write, user);
+  Walk<Writer::Node, false>().run(writer, {wordOfBlock(value.block())});
 }
 
 DynamicValue deserializeValue(vrntReadFn read, void* user, DynamicValue::StreamMap& map) {
-  std::vector<Unfinished> open;
-  open.push_back({readRecord(read, user), 0, 0});
-  for (;;) {
-    if (const std::uint64_t word = resolveWords(open.back(), map)) {
-      open.push_back({readRecord(read, user), word, 0});
-      continue;
-    }
-    const std::uint64_t word = open.back().word;
-    BlockPtr block = std::move(open.back().block).finish();
-    open.pop_back();
-    if (open.empty()) return DynamicValue(block.get());
-    map.insert_or_assign(word, DynamicValue::VRef(wordOfBlock(block.get())));
-  }
+  return Reader(read, user, map).value();
 }
 
 }  // namespace qex::vornath

@@ -1,11 +1,11 @@
 #include "values/transfer.hpp"
 
 #include <algorithm>
-#include <boost/container/small_vector.hpp>
 #include <cstring>
 #include <utility>
 
 #include "types/ref_slots.hpp"
+#include "types/walk.hpp"
 #include "values/block.hpp"
 
 namespace qex::vornath {
@@ -135,47 +135,49 @@ void Transfer::runFlat(const Part& part, const char* from, char* to, const Repea
   }
 }
 
-void Transfer::run(const Part& whole, const char* from, char* to) const {
-  struct Frame {
-    const Node* node;
+class Transfer::Run {
+ public:
+  struct Node {
+    Part part;
     const char* from;
     char* to;
-    std::uint64_t next;
-  };
-  boost::container::small_vector<Frame, 16> frames;  // on the stack as long as they are few
-  const auto begin = [&](const Part& part, const char* source, char* target) {
-    if (isFlat(part)) {
-      runFlat(part, source, target, {part, 1, 0, 0});
-    } else {
-      frames.push_back(
-          {&nodes_[static_cast<std::size_t>(part.node)], source + part.from, target + part.to, 0});
-    }
   };
 
-  if (whole.empty()) return;
-  begin(whole, from, to);
-  while (!frames.empty()) {
-    Frame& frame = frames.back();
-    if (const auto* const sequence = std::get_if<Sequence>(frame.node)) {
-      if (frame.next == sequence->count) {
-        frames.pop_back();
-      } else {
-        const Part& part = parts_[sequence->first + frame.next++];
-        begin(part, frame.from, frame.to);
-      }
-      continue;
+  explicit Run(const Transfer& plan) : plan_(plan) {}
+
+  Visit enter(Node& node) {
+    const auto [part, from, to] = node;
+    if (plan_.isFlat(part)) {
+      plan_.runFlat(part, from, to, {part, 1, 0, 0});
+      return Visit::leaf();
     }
-    const auto& repeat = *std::get_if<Repeat>(frame.node);
-    if (isFlat(repeat.part)) {
-      runFlat(repeat.part, frame.from, frame.to, repeat);
-      frames.pop_back();
-    } else if (frame.next == repeat.count) {
-      frames.pop_back();
-    } else {
-      const std::uint64_t i = frame.next++;
-      begin(repeat.part, frame.from + i * repeat.fromStride, frame.to + i * repeat.toStride);
+    node.from += part.from;
+    node.to += part.to;
+    if (const auto* const sequence = plan_.getIf<Sequence>(part)) {
+      return Visit::parts(sequence->count);
     }
+    const auto& repeat = *plan_.getIf<Repeat>(part);
+    if (!plan_.isFlat(repeat.part)) return Visit::parts(repeat.count);
+    plan_.runFlat(repeat.part, node.from, node.to, repeat);
+    return Visit::leaf();
   }
+
+  Node part(const Node& node, std::size_t i) {
+    if (const auto* const sequence = plan_.getIf<Sequence>(node.part)) {
+      return {plan_.parts_[sequence->first + i], node.from, node.to};
+    }
+    const auto& repeat = *plan_.getIf<Repeat>(node.part);
+    return {repeat.part, node.from + i * repeat.fromStride, node.to + i * repeat.toStride};
+  }
+
+ private:
+  const Transfer& plan_;
+};
+
+void Transfer::run(const Part& whole, const char* from, char* to) const {
+  if (whole.empty()) return;
+  Run run(*this);
+  Walk<Run::Node, false>().run(run, {whole, from, to});
 }
 
 }  // namespace qex::vornath

@@ -49,6 +49,8 @@ class Transfer {
   void run(const Part& part, const char* from, char* to) const;
 
  private:
+  class Run;
+
   struct Copy {
     std::uint64_t bytes;
     const InternedType* counted;  // what lies in the bytes again and again; null without references

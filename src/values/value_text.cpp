@@ -5,16 +5,18 @@
 #include <cmath>
 #include <iterator>
 #include <ostream>
-#include <vector>
+#include <utility>
 
 #include "types/base_types.hpp"
+#include "types/parts.hpp"
 #include "types/type_text.hpp"
+#include "types/walk.hpp"
 #include "values/half.hpp"
 
 namespace qex::vornath {
 namespace {
 
-constexpr std::size_t kIndentStep = 2;
+constexpr std::uint32_t kIndentStep = 2;
 
 template <typename T>
 T load(const char* at) {
@@ -23,113 +25,110 @@ T load(const char* at) {
   return value;
 }
 
-// " | 2, 3": what tells an array of several dimensions from its neighbours of other extents.
-std::string extentsSuffix(const InternedType& arrayType) {
-  if (const auto* array = arrayType.getIf<Type::TArrayND<index2>>()) {
-    const index2& s = array->shape.value();
-    return fmt::format(" | {}, {}", s.x, s.y);
-  }
-  if (const auto* array = arrayType.getIf<Type::TArrayND<index3>>()) {
-    const index3& s = array->shape.value();
-    return fmt::format(" | {}, {}, {}", s.x, s.y, s.z);
-  }
-  if (const auto* array = arrayType.getIf<Type::TArrayND<index4>>()) {
-    const index4& s = array->shape.value();
-    return fmt::format(" | {}, {}, {}, {}", s.x, s.y, s.z, s.w);
-  }
-  return {};
-}
-
 struct Options {
   bool exact;
   bool multiline;
-  std::size_t indent;  // columns
-};
-
-// A struct or array that is being printed: what stands around its parts comes as they come and go.
-struct Frame {
-  const InternedType* type;
-  const char* data;
-  Options options;
-  std::size_t next;  // the next field or element
+  std::uint32_t indent;  // columns
 };
 
 class Printer {
  public:
+  struct Node {
+    const InternedType* type;
+    const char* data;
+    Options options;
+    Parts parts{};
+  };
+
   std::string print(const InternedType& type, const char* data, const Options& options) {
-    open(&type, data, options);
-    while (!frames_.empty()) {
-      if (const auto* structure = frames_.back().type->getIf<Type::TStruct>()) {
-        continueStruct(*structure);
-      } else {
-        continueArray();
-      }
-    }
+    Walk<Node>().run(*this, {&type, data, options});
     return std::move(text_);
   }
 
- private:
-  // Prints a value without parts; one with parts becomes the topmost frame. Nothing follows the
-  // text of what a reference leads to, so that a chain of references needs no frames.
-  void open(const InternedType* type, const char* data, Options options) {
-    while (const vrntValue_t* const target = std::visit(
-               [&](const auto& desc) { return begin(desc, *type, data, options); }, type->desc())) {
-      type = &blockType(target);
-      data = blockData(target);
-      options = {};
+  // Prints a value without parts, or what stands before the parts. Nothing follows the text of what
+  // a reference leads to, so that a chain of references needs no levels.
+  Visit enter(Node& node) {
+    for (;;) {
+      const Visit visit =
+          std::visit([&](const auto& desc) { return begin(desc, node); }, node.type->desc());
+      if (referred_ == nullptr) return visit;
+      const vrntValue_t* const block = std::exchange(referred_, nullptr);
+      node.type = &blockType(block);
+      node.data = blockData(block);
+      node.options = {};
     }
   }
 
-  // Each begin() returns the block with whose text this one goes on, or null.
+  // Prints what stands before a part.
+  Node part(const Node& node, std::size_t i) {
+    const auto [type, offset] = node.parts[i];
+    Node part{type, node.data + offset, node.options};
+    if (const auto* const structure = node.parts.structure()) {
+      if (i != 0) endField(node.options);
+      part.options.indent += kIndentStep;
+      if (node.options.multiline) text_.append(part.options.indent, ' ');
+      text_ += structure->fields[i].label;
+      text_ += " = ";
+    } else if (i != 0) {
+      text_ += ", ";
+    }
+    return part;
+  }
 
-  const vrntValue_t* begin(Type::TBasetype base, const InternedType& type, const char* data,
-                           const Options& options) {
+  // Prints what stands behind the last part.
+  void leave(const Node& node) {
+    if (node.parts.structure() == nullptr) {
+      endArray(node);
+      return;
+    }
+    if (node.parts.count() != 0) endField(node.options);
+    if (node.options.multiline) text_.append(node.options.indent, ' ');
+    text_ += '}';
+  }
+
+ private:
+  Visit begin(Type::TBasetype base, const Node& node) {
     const BaseTypeInfo& info = baseTypeInfo(base);
     if (info.lanes == 1) {
-      printLane(info.family, data, options.exact);
-      return nullptr;
+      printLane(info.family, node.data, node.options.exact);
+      return Visit::leaf();
     }
-    appendText(text_, type);
+    appendText(text_, *node.type);
     text_ += '(';
     for (std::uint32_t lane = 0; lane < info.lanes; ++lane) {
       if (lane != 0) text_ += ", ";
-      printLane(info.family, data + lane * info.laneSize, false);
+      printLane(info.family, node.data + lane * info.laneSize, false);
     }
     text_ += ')';
-    return nullptr;
+    return Visit::leaf();
   }
 
-  const vrntValue_t* begin(const Type::TEnum& enumeration, const InternedType& type,
-                           const char* data, const Options&) {
-    text_ += enumeration.constructorName(load<std::int32_t>(data));
+  Visit begin(const Type::TEnum& enumeration, const Node& node) {
+    text_ += enumeration.constructorName(load<std::int32_t>(node.data));
     text_ += " : ";
-    appendText(text_, type);
-    return nullptr;
+    appendText(text_, *node.type);
+    return Visit::leaf();
   }
 
-  const vrntValue_t* begin(const Type::TStruct&, const InternedType& type, const char* data,
-                           const Options& options) {
+  Visit begin(const Type::TStruct& structure, Node& node) {
     text_ += '{';
-    text_ += options.multiline ? '\n' : ' ';
-    frames_.push_back({&type, data, options, 0});
-    return nullptr;
+    text_ += node.options.multiline ? '\n' : ' ';
+    return openParts(structure, node);
   }
 
   template <typename D>
-  const vrntValue_t* begin(const Type::TArrayND<D>& array, const InternedType& type,
-                           const char* data, const Options& options) {
-    static_cast<void>(array.shape.value());
+  Visit begin(const Type::TArrayND<D>& array, Node& node) {
+    Extents(array).requireKnown();
     text_ += "[ ";
-    frames_.push_back({&type, data, options, 0});
-    return nullptr;
+    return openParts(array, node);
   }
 
-  const vrntValue_t* begin(const Type::TRef& reference, const InternedType&, const char* data,
-                           const Options&) {
-    const std::uint64_t word = loadWord(data);
+  Visit begin(const Type::TRef& reference, const Node& node) {
+    const std::uint64_t word = loadWord(node.data);
     if (isBlockWord(word)) {
       text_ += '&';
-      return blockOfWord(word);
+      referred_ = blockOfWord(word);
+      return Visit::leaf();
     }
     const std::uint64_t address = word >> 1;
     if (reference.target) {
@@ -139,53 +138,36 @@ class Printer {
     } else {
       print("$0x{:016x}", address);
     }
-    return nullptr;
+    return Visit::leaf();
   }
 
-  const vrntValue_t* begin(const Type::TFun&, const InternedType&, const char*, const Options&) {
+  Visit begin(const Type::TFun&, const Node&) {
     text_ += "<<function>>";
-    return nullptr;
+    return Visit::leaf();
   }
 
-  void continueStruct(const Type::TStruct& structure) {
-    Frame& frame = frames_.back();
-    const std::size_t field = frame.next++;
-    const bool multiline = frame.options.multiline;
-    if (field != 0) {
-      text_ += ';';
-      text_ += multiline ? '\n' : ' ';
-    }
-    if (field == structure.fields.size()) {
-      if (multiline) text_.append(frame.options.indent, ' ');
-      text_ += '}';
-      frames_.pop_back();
-      return;
-    }
-    Options inner = frame.options;
-    inner.indent += kIndentStep;
-    if (multiline) text_.append(inner.indent, ' ');
-    text_ += structure.fields[field].label;
-    text_ += " = ";
-    open(structure.fields[field].type.get(), frame.data + structure.offsets[field], inner);
+  template <typename Desc>
+  static Visit openParts(const Desc& desc, Node& node) {
+    node.parts = Parts(desc);
+    return Visit::parts(node.parts.count());
   }
 
-  void continueArray() {
-    Frame& frame = frames_.back();
-    const auto [element, extent] = arrayElements(*frame.type);
-    const std::size_t count = extent < 0 ? 0 : static_cast<std::size_t>(extent);
-    const std::size_t index = frame.next++;
-    if (index == count) {
-      if (count == 0 || !element->deepConcrete()) {
-        text_ += count == 0 ? ": " : " : ";
-        appendText(text_, *element);
-      }
-      text_ += extentsSuffix(*frame.type);
-      text_ += " ]";
-      frames_.pop_back();
-      return;
+  void endField(const Options& options) {
+    text_ += ';';
+    text_ += options.multiline ? '\n' : ' ';
+  }
+
+  void endArray(const Node& array) {
+    const InternedType& element = array.parts.element();
+    const bool none = array.parts.count() == 0;
+    if (none || !element.deepConcrete()) {
+      text_ += none ? ": " : " : ";
+      appendText(text_, element);
     }
-    if (index != 0) text_ += ", ";
-    open(element, frame.data + index * element->size(), frame.options);
+    // What tells an array of several dimensions from its neighbours of other extents.
+    const Extents extents = arrayDesc(array.type->desc())->extents;
+    if (extents.rank() > 1) text_.append(" | ").append(extents.text(", "));
+    text_ += " ]";
   }
 
   void printLane(BaseFamily family, const char* at, bool exact) {
@@ -231,7 +213,7 @@ class Printer {
   }
 
   std::string text_;
-  std::vector<Frame> frames_;
+  const vrntValue_t* referred_ = nullptr;  // the block with whose text that of a reference goes on
 };
 
 }  // namespace
