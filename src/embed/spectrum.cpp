@@ -6,8 +6,8 @@
 #include "colour/spectrum_reading.hpp"
 #include "colour/step_function.hpp"
 #include "embed/spectral_pairs.hpp"
+#include "embed/spectrum_value.hpp"
 #include "types/fixed_struct_types.hpp"
-#include "values/spectrum_value.hpp"
 
 namespace qex::vornath {
 namespace {

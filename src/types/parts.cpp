@@ -33,10 +33,6 @@ Place fieldPlace(const InternedType& structType, std::size_t field) {
   return Parts(structure)[field];
 }
 
-Place fieldPlace(const InternedType& structType, std::string_view label) {
-  return fieldPlace(structType, std::get<Type::TStruct>(structType.desc()).fieldIndex(label));
-}
-
 std::optional<Place> elementPlaceIfArray(const InternedType& type, const std::int32_t* index) {
   return std::visit(
       [index](const auto& desc) -> std::optional<Place> {

@@ -73,7 +73,7 @@ class Parts {
 
 /// Throws "Struct field index {} out of range.", and std::bad_variant_access for another kind.
 Place fieldPlace(const InternedType& structType, std::size_t field);
-/// Throws "Field not found in struct: {}.", and std::bad_variant_access for another kind.
+/// (embed) Throws "Field not found in struct: {}.", and std::bad_variant_access for another kind.
 Place fieldPlace(const InternedType& structType, std::string_view label);
 
 /// One index for each dimension, the one that runs fastest first. Indices aren't checked against

@@ -58,20 +58,6 @@ Type::TStruct::TStruct(std::vector<Field> structFields) : fields(std::move(struc
   offsets = structOffsets(fields);
 }
 
-bool Type::TStruct::hasField(std::string_view label) const {
-  for (const Field& field : fields) {
-    if (field.label == label) return true;
-  }
-  return false;
-}
-
-std::size_t Type::TStruct::fieldIndex(std::string_view label) const {
-  for (std::size_t i = 0; i < fields.size(); ++i) {
-    if (fields[i].label == label) return i;
-  }
-  throw Exception(ErrorCode::InvalidArguments, "Field not found in struct: {}.", label);
-}
-
 Type::TEnum::TEnum(std::vector<Constructor> enumConstructors)
     : constructors(std::move(enumConstructors)) {
   if (constructors.empty()) {

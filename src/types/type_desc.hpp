@@ -69,8 +69,9 @@ struct Type::TStruct {
   TStruct() = default;
   explicit TStruct(std::vector<Field> structFields);
 
+  /// (embed)
   bool hasField(std::string_view label) const;
-  /// Throws "Field not found in struct: {}.".
+  /// (embed) Throws "Field not found in struct: {}.".
   std::size_t fieldIndex(std::string_view label) const;
 
   std::vector<Field> fields;

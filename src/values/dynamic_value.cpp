@@ -1,8 +1,5 @@
 #include "values/dynamic_value.hpp"
 
-#include <functional>
-
-#include "types/parts.hpp"
 #include "types/relations.hpp"
 #include "values/assembly.hpp"
 #include "values/fixed_types.hpp"
@@ -26,18 +23,6 @@ BlockPtr copyOf(const InternedType& type, const void* bytes) {
   return std::move(made).finish();
 }
 
-// The type with the values of the items for its first parts.
-template <typename Items, typename ValueOf>
-DynamicValue assembled(const TypePtr& type, const Items& items, ValueOf valueOf) {
-  NewBlock made(*type, Fill::Zero);
-  const Parts parts = Parts::of(*type);
-  for (std::size_t i = 0; i < items.size(); ++i) {
-    const auto [part, offset] = parts[i];
-    std::memcpy(made.data() + offset, std::invoke(valueOf, items[i]).data(), part->size());
-  }
-  return DynamicValue(std::move(made).finish().get());
-}
-
 }  // namespace
 
 void requireFitting(const InternedType& given, const InternedType& required) {
@@ -57,12 +42,6 @@ DynamicValue::DynamicValue(const TypePtr& type)
 DynamicValue::DynamicValue(const TypePtr& type, const void* bytes)
     : DynamicValue(TypePtr(&type->stripped()), copyOf(*type, bytes)) {}
 
-DynamicValue DynamicValue::filled(const TypePtr& type, const Filler& filler) {
-  NewBlock made(*type, Fill::Undefined);
-  filler(made.type(), made.data());
-  return {TypePtr(&type->stripped()), std::move(made).finish()};
-}
-
 DynamicValue::DynamicValue(vrntValue_t* block)
     : DynamicValue(TypePtr(&blockType(block)), BlockPtr(block)) {}
 
@@ -74,25 +53,9 @@ DynamicValue DynamicValue::base(Type::TBasetype kind, const void* lanes, std::si
   return value;
 }
 
-DynamicValue DynamicValue::array(const std::vector<DynamicValue>& values, const Extents& extents,
-                                 const TypePtr& element) {
-  return assembled(arrayTypeOf(values, extents, element), values, std::identity());
-}
-
-DynamicValue DynamicValue::array(const std::vector<DynamicValue>& values, const Extents& extents) {
-  return assembled(arrayTypeOf(values, extents), values, std::identity());
-}
-
 DynamicValue DynamicValue::enumerator(const TypePtr& enumType, std::string_view constructor) {
   const std::int32_t code = std::get<Type::TEnum>(enumType->desc()).constructorIndex(constructor);
   return {enumType, &code};
-}
-
-DynamicValue DynamicValue::function(const TypePtr& functionType, std::uint64_t first,
-                                    std::uint64_t second) {
-  std::get<Type::TFun>(functionType->desc());
-  const std::uint64_t words[] = {foreignWord(first), foreignWord(second)};
-  return {functionType, words};
 }
 
 DynamicValue DynamicValue::reference(const DynamicValue& referee, const TypePtr& referenceType) {
@@ -112,26 +75,6 @@ DynamicValue DynamicValue::foreign(const TypePtr& referenceType, std::uint64_t i
   return {referenceType, &word};
 }
 
-DynamicValue DynamicValue::structure(const std::vector<Field>& fields) {
-  return assembled(structTypeOf(fields), fields, &Field::value);
-}
-
-void DynamicValue::setLength(int length) {
-  if (length < 0 || length > length_) {
-    throw Exception(ErrorCode::InvalidArguments, "Length was {}, expected number in range [0, {}).",
-                    length, length_);
-  }
-  makeExclusive(blockHandle());
-  block()->length = static_cast<std::uint32_t>(length);
-  notify(nullptr, 0);
-}
-
-void DynamicValue::swap(DynamicValue& other) {
-  requireFitting(other.typeOf(), typeOf());
-  requireFitting(typeOf(), other.typeOf());
-  std::swap(block_, other.block_);
-}
-
 void DynamicValue::assign(const DynamicValue& other) {
   type_ = other.type_;
   length_ = other.length_;
@@ -141,16 +84,6 @@ void DynamicValue::assign(const DynamicValue& other) {
 void DynamicValue::assign(DynamicValue&& other) noexcept {
   type_ = std::move(other.type_);
   length_ = other.length_;
-  block_ = std::move(other.block_);
-}
-
-void DynamicValue::assignChecked(const DynamicValue& other) {
-  requireFitting(other.typeOf(), typeOf());
-  block_ = other.block_;
-}
-
-void DynamicValue::assignChecked(DynamicValue&& other) {
-  requireFitting(other.typeOf(), typeOf());
   block_ = std::move(other.block_);
 }
 

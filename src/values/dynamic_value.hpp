@@ -24,6 +24,8 @@ namespace qex::vornath {
 /// a shared block moves to a copy of it first. One handle belongs to one thread at a time; the
 /// block may be read from any number of them.
 ///
+/// Members marked (embed) are defined in embed/: the shared library does not contain them.
+///
 /// A value's type never carries metadata: whatever type a value is made from, it keeps the stripped
 /// form. Failures are vrnt::Exception with InvalidArguments unless told otherwise, and
 /// std::bad_alloc; nothing half-made escapes.
@@ -65,8 +67,8 @@ class DynamicValue {
   /// A copy of as many bytes as the type has; each block word among them gets a new reference. With
   /// null the bytes stay undefined, reference words excepted, which are null.
   DynamicValue(const TypePtr& type, const void* bytes);
-  /// Bytes that the filler writes; each block word that it leaves gets a new reference. An empty
-  /// filler throws std::bad_function_call.
+  /// (embed) Bytes that the filler writes; each block word that it leaves gets a new reference. An
+  /// empty filler throws std::bad_function_call.
   static DynamicValue filled(const TypePtr& type, const Filler& filler);
   /// Shares the block.
   explicit DynamicValue(vrntValue_t* block);
@@ -85,7 +87,8 @@ class DynamicValue {
     return base(kind, &lane, sizeof(lane));
   }
 
-  // Arrays. The values are copied in order to the running index. Making the array type comes first
+  // (embed) Arrays. The values are copied in order to the running index. Making the array type
+  // comes first
   // ("concrete type required", "negative array length").
 
   /// An array of the element type. Fewer values than the extents hold leave zeros; more are refused
@@ -102,7 +105,7 @@ class DynamicValue {
 
   /// The code of a constructor. Throws "Invalid enum constructor: {}".
   static DynamicValue enumerator(const TypePtr& enumType, std::string_view constructor);
-  /// Two machine words of the embedder's own, each stored as w * 2 + 1, or 0.
+  /// (embed) Two foreign words, each stored as w * 2 + 1, or 0.
   static DynamicValue function(const TypePtr& functionType, std::uint64_t first,
                                std::uint64_t second);
   /// A reference to the referee's block. Without a target, the type takes any referee; otherwise
@@ -110,9 +113,9 @@ class DynamicValue {
   static DynamicValue reference(const DynamicValue& referee, const TypePtr& referenceType);
   /// A reference of the type `T*`, T being the referee's type.
   static DynamicValue reference(const DynamicValue& referee);
-  /// An address of the embedder's own, stored as id * 2 + 1; null for 0.
+  /// A foreign pointer, stored as id * 2 + 1; null for 0.
   static DynamicValue foreign(const TypePtr& referenceType, std::uint64_t id);
-  /// A struct with the labels and types of the fields. Throws what the struct type throws.
+  /// (embed) A struct with the labels and types of the fields. Throws what the struct type throws.
   static DynamicValue structure(const std::vector<Field>& fields);
 
   /// Reads a value and all that it refers to, leaving the reader behind its last byte. The reader
@@ -147,19 +150,19 @@ class DynamicValue {
   ConstView view() const { return {type_.get(), 0, this}; }
   View view() { return {{type_.get(), 0, this}, this}; }
 
-  /// Sets the number of used elements, from 0 to length(). Throws "Length was {}, expected number
-  /// in range [0, {}).", which is loose about the upper end on purpose.
+  /// (embed) Sets the number of used elements, from 0 to length(). Throws "Length was {}, expected
+  /// number in range [0, {}).", which is loose about the upper end on purpose.
   void setLength(int length);
 
-  /// Exchanges the blocks. Both types must relate: "Incompatible type for value -> {}.".
+  /// (embed) Exchanges the blocks. Both types must relate: "Incompatible type for value -> {}.".
   void swap(DynamicValue& other);
 
   /// Takes over type, length and block.
   void assign(const DynamicValue& other);
   void assign(DynamicValue&& other) noexcept;
 
-  /// Shares the block of a value that relates to this handle's type, which stays: "Incompatible
-  /// type for value -> {}.".
+  /// (embed) Shares the block of a value that relates to this handle's type, which stays:
+  /// "Incompatible type for value -> {}.".
   void assignChecked(const DynamicValue& other);
   void assignChecked(DynamicValue&& other);
 

@@ -226,8 +226,4 @@ std::string valueToString(const InternedType& type, const char* data) {
   return Printer().print(type, data, {});
 }
 
-std::ostream& operator<<(std::ostream& stream, const DynamicValue& value) {
-  return stream << valueToString(value.view());
-}
-
 }  // namespace qex::vornath

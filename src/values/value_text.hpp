@@ -19,7 +19,7 @@ std::string valueToString(const ConstView& view, bool exact = false, bool multil
 /// The text of the value of a type at an address, all options off.
 std::string valueToString(const InternedType& type, const char* data);
 
-/// The text with all options off.
+/// (embed) Prints the text with all options off.
 std::ostream& operator<<(std::ostream& stream, const DynamicValue& value);
 
 }  // namespace qex::vornath

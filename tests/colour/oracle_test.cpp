@@ -11,7 +11,7 @@
 #include "colour/step_function.hpp"
 #include "embed/spectral_pairs.hpp"
 #include "embed/spectrum.hpp"
-#include "values/spectrum_value.hpp"
+#include "embed/spectrum_value.hpp"
 #include "vornath_data/colour.h"
 
 namespace qex::vornath {

@@ -12,7 +12,7 @@
 #include "colour/spectrum_reading.hpp"
 #include "colour/step_function.hpp"
 #include "embed/spectral_pairs.hpp"
-#include "values/spectrum_value.hpp"
+#include "embed/spectrum_value.hpp"
 #include "vornath_data/result.hpp"
 #include "vornath_data/vrnt.h"
 

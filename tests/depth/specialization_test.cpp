@@ -4,6 +4,8 @@
 
 #include <cstring>
 
+#include "embed/specialization_difference.hpp"
+#include "embed/view_writing.hpp"
 #include "nests.hpp"
 #include "peak_bytes.hpp"
 #include "types/ref_slots.hpp"

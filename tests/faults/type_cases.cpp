@@ -15,6 +15,13 @@ std::string nested(const std::string& part) {
   return text;
 }
 
+// The inner struct comes first, so that what compares two of these keeps each level open.
+std::string nestedFirst(const std::string& part) {
+  std::string text = "{ float q; }";
+  for (int level = 0; level < 40; ++level) text = "{ " + text + " b; " + part + " a; }";
+  return text;
+}
+
 FaultCase quietType(const char* function, const char* text,
                     std::function<bool(const vrntType_t*)> check) {
   return quiet(function,
@@ -75,8 +82,8 @@ void addRelations(FaultCases& cases) {
     cases.push_back({relation.function, "deep", Promise::BadAlloc, [relation] {
                        const auto answer = std::make_shared<std::int32_t>();
                        Call call;
-                       call.make = [a = sharedType(nested("int[3]*")),
-                                    b = sharedType(nested("int[]*")), relation,
+                       call.make = [a = sharedType(nestedFirst("int[3]*")),
+                                    b = sharedType(nestedFirst("int[]*")), relation,
                                     answer](vrntValuesError_t**) {
                          *answer = relation.call(a.get(), b.get());
                          return true;

@@ -4,6 +4,7 @@
 #include <functional>
 #include <optional>
 
+#include "embed/view_writing.hpp"
 #include "random_values.hpp"
 #include "support/small_stack.hpp"
 #include "types/relations.hpp"

@@ -2,6 +2,7 @@
 
 #include <limits>
 
+#include "embed/specialization_difference.hpp"
 #include "random_values.hpp"
 #include "support/small_stack.hpp"
 #include "types/relations.hpp"

@@ -1,5 +1,6 @@
 #include "values/views.hpp"
 
+#include "embed/view_writing.hpp"
 #include "values/fixed_types.hpp"
 #include "values/write_protocol.hpp"
 #include "values_support.hpp"

@@ -1,5 +1,6 @@
 #include "values/write_protocol.hpp"
 
+#include "embed/view_writing.hpp"
 #include "values_support.hpp"
 
 namespace qex::vornath::test {

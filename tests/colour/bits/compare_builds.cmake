@@ -7,7 +7,8 @@ foreach(name black_body colour_space reconstruction spectral_integral spectrum_v
   list(APPEND arithmetic "${SOURCE_DIR}/src/colour/${name}.cpp")
 endforeach()
 set(sources "${SOURCE_DIR}/tests/colour/bits/print_bits.cpp" ${arithmetic}
-            "${SOURCE_DIR}/src/embed/spectrum_sampling.cpp" "${SOURCE_DIR}/src/embed/wavelength.cpp"
+            "${SOURCE_DIR}/src/embed/spectral_pairs.cpp" "${SOURCE_DIR}/src/embed/spectrum_sampling.cpp"
+            "${SOURCE_DIR}/src/embed/wavelength.cpp"
             "${SOURCE_DIR}/src/foundation/result.cpp")
 file(MAKE_DIRECTORY "${WORK_DIR}")
 

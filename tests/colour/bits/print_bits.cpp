@@ -8,6 +8,7 @@
 #include "colour/black_body.hpp"
 #include "colour/spectrum_view.hpp"
 #include "colour/step_function.hpp"
+#include "embed/spectral_pairs.hpp"
 
 namespace {
 

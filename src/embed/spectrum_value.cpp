@@ -1,4 +1,4 @@
-#include "values/spectrum_value.hpp"
+#include "embed/spectrum_value.hpp"
 
 #include <cstring>
 

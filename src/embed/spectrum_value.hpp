@@ -1,6 +1,6 @@
 /// Values of the universal spectrum type.
-#ifndef VORNATH_VALUES_SPECTRUM_VALUE_HPP
-#define VORNATH_VALUES_SPECTRUM_VALUE_HPP
+#ifndef VORNATH_EMBED_SPECTRUM_VALUE_HPP
+#define VORNATH_EMBED_SPECTRUM_VALUE_HPP
 
 #include <span>
 
