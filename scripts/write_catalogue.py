@@ -111,7 +111,7 @@ def scene_format(text, page, version):
     word = " ".join(f"{byte:02x}" for byte in struct.pack("<I", version))
     text = re.sub(r"version, \d+ \|", f"version, {version} |", text)
     text = re.sub(r"(    00008  )(?:\w\w ){4}( *)version \d+", rf"\g<1>{word} \g<2>version {version}", text)
-    text = re.sub(r"(named in the message beside\n  )\d+", rf"\g<1>{version}", text)
+    text = re.sub(r"(the message names that version and )\d+", rf"\g<1>{version}", text)
     text = re.sub(r"(the scene's id \|\n)(?:\|.*\n)*", lambda found: found.group(1) + header_rows(page), text,
                   count=1)
     rows = "".join(f"| `{name}` | {parts} |\n" for name, parts in instance_rows(page).items())
