@@ -1,6 +1,6 @@
-/// How the fixed types of this layer are made: each once, on its first use, and kept from then on.
+/// Makes the fixed types of this layer: each once, on its first use, and holds it from then on.
 ///
-/// A static in a function that throws while it is made stays unmade, and the next call tries again.
+/// If the initialisation of a function-local static throws, the next call tries again.
 #ifndef VORNATH_COLOUR_TYPE_MAKING_HPP
 #define VORNATH_COLOUR_TYPE_MAKING_HPP
 
@@ -16,7 +16,7 @@
 
 namespace qex::vornath {
 
-/// Keeps the type until shutdown, for a static that refers to it.
+/// Holds the type until shutdown, so that a static can refer to it. Returns it.
 inline const InternedType& permanentType(const TypePtr& type) {
   return *Type::get_factory(true)->makePermanent(type.get());
 }
@@ -29,13 +29,13 @@ inline Type::Field makeField(const InternedType& type, const char* label) {
   return {TypePtr(&type), label};
 }
 
-/// The types of a table of texts. The use of one doesn't make the others.
+/// The types of a table of texts. Each is made on its first use, without the others.
 template <const auto& kTexts>
 class TypesOfTexts {
  public:
   static constexpr std::size_t kCount = std::size(kTexts);
 
-  /// The index is below kCount.
+  /// Returns the type with an index below kCount.
   static const InternedType& at(std::size_t index) { return kGetters[index](); }
 
  private:
@@ -56,7 +56,7 @@ class TypesOfTexts {
       getters(std::make_index_sequence<kCount>());
 };
 
-/// The lowest number whose type is the same as this one but for metadata, or -1.
+/// Returns the lowest number whose type equals `type` except for metadata; -1 if there is none.
 template <typename TypeOfNumber>
 std::int32_t numberOfSameType(const InternedType& type, std::uint32_t count,
                               TypeOfNumber typeOfNumber) {
