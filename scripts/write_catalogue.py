@@ -146,8 +146,8 @@ def main(arguments):
     document = ROOT / "docs/scene_format.md"
     write(document, scene_format(document.read_text(), page, version))
     changelog = ROOT / "CHANGELOG.md"
-    # The first section describes the newest version of the library.
-    write(changelog, re.sub(r"Scene files: version \d+", f"Scene files: version {version}",
+    # The newest version of the library is the first section.
+    write(changelog, re.sub(r"scene files of version \d+", f"scene files of version {version}",
                             changelog.read_text(), count=1))
     subprocess.run([sys.executable, str(ROOT / "scripts/raise_corpus_version.py")], check=True)
 

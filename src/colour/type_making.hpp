@@ -1,6 +1,6 @@
-/// Makes the fixed types of this layer: each once, on its first use, and holds it from then on.
+/// How the fixed types of this layer are made: each once, on its first use, and kept from then on.
 ///
-/// If the initialisation of a function-local static throws, the next call tries again.
+/// A static in a function that throws while it is made stays unmade, and the next call tries again.
 #ifndef VORNATH_COLOUR_TYPE_MAKING_HPP
 #define VORNATH_COLOUR_TYPE_MAKING_HPP
 
@@ -16,7 +16,7 @@
 
 namespace qex::vornath {
 
-/// Holds the type until shutdown, so that a static can refer to it. Returns it.
+/// Keeps the type until shutdown, for a static that refers to it.
 inline const InternedType& permanentType(const TypePtr& type) {
   return *Type::get_factory(true)->makePermanent(type.get());
 }

@@ -20,8 +20,7 @@ TypePtr universalFor(const InternedType& compact) {
   return Type::get_factory(true)->makeType(universal.desc(), metadata);
 }
 
-// Rebuilds each different part of a type once, after its own parts. Uses a stack instead of
-// recursion.
+// Each different part once, its own parts before it, on a stack of its own.
 class Rebuild {
  public:
   TypePtr run(const InternedType& root) {
@@ -34,14 +33,14 @@ class Rebuild {
         continue;
       }
       open_.pop_back();
-      // No type is a part of itself, so if this part has no result yet, all its parts have one.
+      // No type is a part of itself: what has no result here has all its parts' results.
       if (!entry->second) entry->second = finish(type);
     }
     return results_[&root];
   }
 
  private:
-  // Returns the result; or null if it depends on parts, which are then on the stack.
+  // The result, or null if it depends on parts, which are open then.
   TypePtr begin(const InternedType& type) {
     if (const auto* array = type.getIf<Array>()) {
       open_.push_back(array->element.get());
@@ -54,8 +53,8 @@ class Rebuild {
     return nullptr;
   }
 
-  // Returns the type itself if its parts did not change: to make it again would copy the values in
-  // its metadata, and so give another type.
+  // A type whose parts are as they were is returned itself: a copy of a value in its metadata would
+  // make it another type.
   TypePtr finish(const InternedType& type) const {
     if (const auto* array = type.getIf<Array>()) {
       const TypePtr& element = resultOf(array->element);
@@ -75,7 +74,7 @@ class Rebuild {
 
   const TypePtr& resultOf(const TypePtr& part) const { return results_.find(part.get())->second; }
 
-  std::unordered_map<const InternedType*, TypePtr> results_;  // null while parts are on the stack
+  std::unordered_map<const InternedType*, TypePtr> results_;  // null while a type's parts are open
   std::vector<const InternedType*> open_;
 };
 

@@ -84,7 +84,7 @@ TEST(FileVersion, HasALineInItsHistory) {
 TEST(FileVersion, IsThatOfTheNewestChanges) {
   // The newest version of the library is the first section.
   const std::string changes = readFile(kSource / "CHANGELOG.md");
-  const std::vector<std::string> versions = between(changes, "Scene files: version ", ".");
+  const std::vector<std::string> versions = between(changes, "scene files of version ", ".");
   ASSERT_FALSE(versions.empty());
   EXPECT_EQ(versions[0], std::to_string(writtenVersion())) << "in CHANGELOG.md";
 }

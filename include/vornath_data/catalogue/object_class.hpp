@@ -6,8 +6,8 @@
 
 namespace vrnt::data {
 
-/// The codes of the classes, in the order of the sections of a scene file. They are part of the
-/// flat interface and of scene files: never change or reuse a code. classes.def lists the classes.
+/// The classes, in the order of the scene file's sections. The numbers are part of the flat
+/// interface and of the file: never change or reuse one. classes.def lists them.
 enum class ObjectClass : std::int32_t {
   SceneData = -1,  ///< the scene-wide settings: groups, but no objects
 #define VRNT_CLASS(number, name, constant, Desc) name = number,
