@@ -1,19 +1,19 @@
-# As a part of another project this one leaves that project's cache alone but for its own options,
-# VORNATH_DATA_*, and what project() sets for this project and for the languages. What finding a
-# dependency puts there is found again when CMake runs again.
+# As a subproject, this project leaves nothing in the cache of the parent project except its own options,
+# VORNATH_DATA_*, and the variables that project() sets for this project and for the languages. Variables
+# that find_package() stores there are removed; the next run of CMake finds the dependencies again.
 
-# WHEN is before_project or before_options.
+# Records which variables the cache contains. WHEN is before_project or before_options.
 macro(vornath_remember_cache WHEN)
   get_cmake_property(vornath_cache_${WHEN} CACHE_VARIABLES)
 endmacro()
 
-# At the end of the project.
+# Removes the other variables from the cache. Call it at the end of the project.
 function(vornath_leave_cache_alone)
   if(PROJECT_IS_TOP_LEVEL)
     return()
   endif()
   get_cmake_property(names CACHE_VARIABLES)
-  # The version of a top-level project that tells none would be this one's.
+  # A top-level project without a version would otherwise get the version of this one.
   set(version_names ${names})
   list(FILTER version_names INCLUDE REGEX "^CMAKE_PROJECT_VERSION")
   list(REMOVE_ITEM version_names ${vornath_cache_before_project})

@@ -1,4 +1,4 @@
-# What `cmake --install` puts in place: headers, library, CMake package, pkg-config file.
+# The files that `cmake --install` installs: headers, library, CMake package, pkg-config file.
 include(CMakePackageConfigHelpers)
 include(GNUInstallDirs)
 
@@ -13,7 +13,7 @@ install(DIRECTORY "${PROJECT_SOURCE_DIR}/include/vornath_data"
   DESTINATION "${CMAKE_INSTALL_INCLUDEDIR}"
   FILES_MATCHING PATTERN "*.h" PATTERN "*.hpp" PATTERN "*.def" PATTERN "*.inc")
 
-# The component embed: the headers of the layers, and the static library.
+# The component embed: the headers of the layers and the static library.
 if(VORNATH_DATA_BUILD_EMBED)
   set(embed_headers "${CMAKE_INSTALL_INCLUDEDIR}/vornath_data_embed")
   install(TARGETS vornath_data_embed EXPORT vornath_dataEmbedTargets
@@ -24,7 +24,7 @@ if(VORNATH_DATA_BUILD_EMBED)
   install(EXPORT vornath_dataEmbedTargets NAMESPACE vornath_data:: DESTINATION "${package_dir}")
 endif()
 
-# What a C++ compiler links by itself and a C compiler doesn't.
+# The libraries that a C++ compiler links by itself and a C compiler does not.
 set(VORNATH_CXX_RUNTIME ${CMAKE_CXX_IMPLICIT_LINK_LIBRARIES})
 list(REMOVE_ITEM VORNATH_CXX_RUNTIME ${CMAKE_C_IMPLICIT_LINK_LIBRARIES})
 list(REMOVE_DUPLICATES VORNATH_CXX_RUNTIME)
@@ -43,8 +43,8 @@ if(VORNATH_DATA_IS_STATIC OR VORNATH_DATA_BUILD_EMBED)
   install(FILES "${CMAKE_CURRENT_LIST_DIR}/vornath_dataCryptopp.cmake" DESTINATION "${package_dir}")
 endif()
 
-# The prefix is told relative to the file, so that the copy can be moved, and installed to another
-# prefix than the one that was configured.
+# The pkg-config file has the prefix relative to itself, so that an installed copy can be moved, and can
+# be installed under another prefix than the configured one.
 set(pkgconfig_dir "${CMAKE_INSTALL_LIBDIR}/pkgconfig")
 if(IS_ABSOLUTE "${pkgconfig_dir}")
   set(VORNATH_PC_PREFIX "${CMAKE_INSTALL_PREFIX}")

@@ -1,6 +1,6 @@
-# Crypto++ comes with a pkg-config file and no CMake package, so it is found here, by the build and by
-# the package of a static library: the target vornath_data::cryptopp, which isn't there if it wasn't
-# found.
+# Finds Crypto++, which has a pkg-config file but no CMake package, and creates the target
+# vornath_data::cryptopp. If Crypto++ is not found, the target does not exist. The build uses this file, and
+# so does the package of a static library.
 if(NOT TARGET vornath_data::cryptopp)
   find_path(VORNATH_DATA_CRYPTOPP_INCLUDE_DIR cryptopp/blake2.h)
   find_library(VORNATH_DATA_CRYPTOPP_LIBRARY NAMES crypto++ cryptopp)

@@ -1,9 +1,9 @@
 #!/usr/bin/env bash
-# Builds the benchmarks in Release and runs them on one core. Prints medians and, where there is a
-# yardstick, the ratio to it in the same run. Arguments go to the benchmark program, as in
-# --benchmark_filter=vrdmSerialize.
-# usage: scripts/bench.sh [--scaling] [the program's arguments]
-#   --scaling  what two threads get done against one, on all cores
+# Builds the benchmarks in Release and runs them on one core. Prints medians and, for benchmarks that
+# have a yardstick (a reference operation), the ratio to it in the same run. Other arguments are passed
+# to the benchmark program, for example --benchmark_filter=vrdmSerialize.
+# usage: scripts/bench.sh [--scaling] [ARGUMENT...]
+#   --scaling  measures the throughput of two threads relative to one, on all cores
 set -euo pipefail
 cd "$(dirname "${BASH_SOURCE[0]}")/.."
 

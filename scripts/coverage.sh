@@ -1,8 +1,8 @@
 #!/bin/bash
-# Tells which lines of src/ the tests run, and which they don't. Counts what the last whole run of
-# scripts/test.sh asan counted, and makes that run first if there is none. The last line is the share
-# of lines. usage: scripts/coverage.sh [LEAST]
-#   LEAST  percent of lines below which the script fails
+# Reports which lines of src/ the tests execute. Uses the counts of the last complete run of
+# scripts/test.sh asan, and starts this run if there are no counts. The last line is the line coverage.
+# usage: scripts/coverage.sh [LEAST]
+#   LEAST  the script fails if the line coverage is below this percentage
 set -euo pipefail
 cd "$(dirname "$0")/.."
 least=${1:-0}
@@ -13,9 +13,9 @@ scripts/install_dependencies.sh coverage
 
 report=$(mktemp)
 trap 'rm -f "$report"' EXIT
-# Generated code counts by the lines that it was generated from, which aren't under src/.
+# Counts for generated code refer to the lines that it was generated from, which are not under src/.
 gcovr --root . --filter 'src/' --exclude-unreachable-branches -j "$(nproc)" \
   --object-directory "$build" "$build" --txt "$report" --fail-under-line "$least" || status=$?
 cat "$report"
-echo "line coverage of src/: $(sed -n 's/^TOTAL.* \([0-9]*%\).*/\1/p' "$report") (at least $least% asked for)"
+echo "line coverage of src/: $(sed -n 's/^TOTAL.* \([0-9]*%\).*/\1/p' "$report") (required: $least%)"
 exit "${status:-0}"

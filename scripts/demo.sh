@@ -1,7 +1,7 @@
 #!/bin/bash
-# Installs what is missing, builds the library and the hosts of examples/ in Release, and lets one
-# program write a scene of a measured box, another one read and print it, a third one hold it against
-# the measurements, and a fourth one draw black bodies and the measured reflectances.
+# Installs missing packages and builds the library and its example programs in Release. Then one
+# program writes a scene of a measured box, another reads and prints it, a third compares it with the
+# measurements, and a fourth draws black bodies and the measured reflectances.
 set -euo pipefail
 cd "$(dirname "${BASH_SOURCE[0]}")/.."
 build=build/demo
@@ -25,13 +25,13 @@ cmake --build "$build" -j "$(nproc)" --target build_scene show_scene check_scene
 heading "build_scene: from the measurements to a scene file"
 "$hosts/build_scene" "$scene"
 
-heading "show_scene: what another program reads in it"
+heading "show_scene: the scene as another program reads it"
 "$hosts/show_scene" "$scene"
 
-heading "check_scene: the file against the measurements"
+heading "check_scene: the file compared with the measurements"
 "$hosts/check_scene" "$scene"
 
-heading "blackbody: colours drawn from what the library answers"
+heading "blackbody: colours that the library computes"
 "$build/examples/blackbody/blackbody" "$picture"
 
-printf '\nThe demo succeeded: what was read is what was written.\n'
+printf '\nThe demo succeeded: the programs read what was written.\n'

@@ -1,5 +1,6 @@
 #!/bin/sh
-# Names the exported flat functions that no test suite is named after; ends with 1 if there are any.
+# Prints the exported flat functions without a test suite of the same name. Exits with 1 if there are
+# any.
 set -eu
 cd "$(dirname "$0")/.."
 status=0

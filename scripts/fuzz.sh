@@ -1,11 +1,11 @@
 #!/bin/bash
-# Builds the fuzz targets with libFuzzer and runs one of them or all, side by side. A target
-# begins with its seeds and its corpus; what it finds anew is kept in build/fuzz/corpus/, an input that fails in
-# build/fuzz/failures/. The last line tells how many targets ran and how many failed.
-# usage: scripts/fuzz.sh TARGET|all SECONDS|-runs=N [libFuzzer's options]
-#   SECONDS   for each target
-#   -runs=N   so many executions from the seeds and the corpus of the repository alone, always the
-#             same ones, and at most 15 seconds for each target
+# Builds the fuzz targets with libFuzzer and runs one of them, or all in parallel. A target starts with
+# its seeds and its corpus. It stores new inputs in build/fuzz/corpus/, and failing inputs in
+# build/fuzz/failures/. The last line is the number of targets that ran, and of those that failed.
+# usage: scripts/fuzz.sh TARGET|all SECONDS|-runs=N [OPTION OF LIBFUZZER...]
+#   SECONDS   runs each target for this time
+#   -runs=N   runs each target N times, but at most for 15 seconds, starting only with the seeds and
+#             the corpus of the repository; the random seed is fixed
 set -euo pipefail
 cd "$(dirname "$0")/.."
 if [ $# -lt 2 ]; then
@@ -27,20 +27,20 @@ build=fuzzers
 cmake --build --preset fuzz -j "$(nproc)" --target "$build" fuzz_make_seeds
 
 
-# A request for more memory than that fails, which is a correct outcome; libFuzzer's own limits lie
-# above, and end the program.
+# A larger allocation fails, which is a correct outcome. libFuzzer's own limits are higher; they
+# terminate the program.
 export ASAN_OPTIONS="allocator_may_return_null=1:max_allocation_size_mb=24:${ASAN_OPTIONS:-}"
 export UBSAN_OPTIONS="print_stacktrace=1:${UBSAN_OPTIONS:-}"
 
-# What a target says goes to the terminal if it is the only one, and to a file if they run side by side.
+# Runs a target. Prints to the terminal; if targets run in parallel, the caller redirects the output.
 fuzz() {
   local target=$1 work=""
   shift
   mkdir -p "build/fuzz/corpus/$target" build/fuzz/failures
-  # The entropic schedule takes longer here than the inputs do.
+  # The entropic schedule takes more time here than the inputs themselves.
   local run=("build/fuzz/fuzz/fuzz_$target" -rss_limit_mb=4096 -malloc_limit_mb=256 -timeout=20
              -entropic=0 -print_final_stats=1 "-artifact_prefix=build/fuzz/failures/$target-")
-  # A scene of all classes is longer than what libFuzzer tries by itself.
+  # A scene with all classes is longer than libFuzzer's default maximum length.
   [ "$target" != scene_file ] || run+=(-max_len=16384)
   [ ! -f "fuzz/$target.dict" ] || run+=("-dict=fuzz/$target.dict")
   case $bound in
@@ -70,7 +70,7 @@ if [ ${#targets[@]} -eq 1 ]; then
   echo "== $what"
   fuzz "$what" "$@" || failed=1
 else
-  # As many at a time as there are processors.
+  # Runs as many targets at a time as there are processors.
   logs=$(mktemp -d)
   trap 'rm -rf "$logs"' EXIT
   trap 'kill $(jobs -p); exit 130' INT TERM

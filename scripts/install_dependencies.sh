@@ -1,10 +1,9 @@
 #!/bin/sh
-# Installs what the project needs, from Debian 12's packages, and only what is missing. Runs as root or
-# through sudo.
+# Installs the packages of Debian 12 that the project needs, if they are missing. Needs root or sudo.
 # usage: scripts/install_dependencies.sh [--list] [PURPOSE...]
-#   PURPOSE  library (and the examples), tests, bench, coverage, tidy or fuzz; library and tests if none
-#            is given
-#   --list   names the packages and installs nothing
+#   PURPOSE  library (includes the examples), tests, bench, coverage, tidy or fuzz; the default is
+#            library and tests
+#   --list   prints the names of the packages and installs nothing
 set -eu
 
 list=false
@@ -21,20 +20,20 @@ for purpose in "$@"; do
       packages="$packages bison cmake flex g++ gcc libboost-dev libc6-dev libcrypto++-dev libfmt-dev
                 libimath-dev libtbb-dev ninja-build"
       ;;
-    # The tests look into the built library, ask pkg-config, and have Python work out colours.
+    # The tests inspect the built library, call pkg-config, and compute colours with Python.
     tests) packages="$packages binutils libgtest-dev pkg-config python3" ;;
     bench) packages="$packages libbenchmark-dev" ;;
     coverage) packages="$packages gcovr" ;;
     tidy) packages="$packages clang-tidy" ;;
     fuzz) packages="$packages clang libclang-rt-14-dev" ;;
     *)
-      echo "install_dependencies.sh: no purpose is named $purpose" >&2
+      echo "install_dependencies.sh: unknown purpose: $purpose" >&2
       exit 2
       ;;
   esac
 done
 
-# Word splitting is meant: one argument a package.
+# Word splitting is intended: each package is one argument.
 # shellcheck disable=SC2086
 if $list; then
   printf '%s\n' $packages

@@ -1,6 +1,6 @@
 #!/bin/sh
-# Installs the Debian packages that are named as arguments, and only what of them is missing. Runs as
-# root or through sudo.
+# Installs those of the given Debian packages that are missing. Needs root or sudo.
+# usage: scripts/install_packages.sh PACKAGE...
 set -eu
 
 missing=""
@@ -17,12 +17,12 @@ echo "Installing:$missing"
 as_root=""
 if [ "$(id -u)" -ne 0 ]; then
   if ! command -v sudo >/dev/null; then
-    echo "Not root, and there is no sudo: install these as root:$missing" >&2
+    echo "This script needs root, and sudo is not installed. Install as root:$missing" >&2
     exit 1
   fi
   as_root="sudo"
 fi
 $as_root apt-get update
-# Word splitting is meant: one argument a package.
+# Word splitting is intended: each package is one argument.
 # shellcheck disable=SC2086
 $as_root env DEBIAN_FRONTEND=noninteractive apt-get install -y --no-install-recommends $missing

@@ -1,7 +1,7 @@
 #!/usr/bin/env python3
-"""Gives the scene files of the fuzz corpus, and the header in the dictionary, the version of
-src/scene/scene_file.cpp. To be run after that was raised: inputs of another version get no further
-than the check of it. Numbers that can't have been a version are left alone.
+"""Sets the version in the scene files of the fuzz corpus, and in the dictionary, to the version in
+src/scene/scene_file.cpp. Run it after you increment that version: the reader rejects inputs of other
+versions at once. Numbers that cannot have been a version do not change.
 usage: scripts/raise_corpus_version.py [SOURCE_FOLDER]
 """
 import pathlib
@@ -38,8 +38,8 @@ def main():
     changed = re.sub(r'"VRNSCENE(\\x[0-9a-f]{2}){4}"', lambda _: f'"VRNSCENE{escaped}"', text)
     if changed != text:
         dictionary.write_text(changed)
-    print(f"{raised} inputs raised to version {version}; the dictionary "
-          f"{'changed' if changed != text else 'had it already'}.")
+    print(f"{raised} inputs were changed to version {version}; the dictionary "
+          f"{'was changed' if changed != text else 'is up to date'}.")
 
 
 if __name__ == "__main__":

@@ -1,9 +1,9 @@
 #!/bin/bash
-# Installs what is missing, configures, builds and runs tests. The last line is the summary of what
-# ran.
+# Installs missing packages, and configures, builds and runs tests. The last line is a summary of the
+# tests that ran.
 # usage: scripts/test.sh [PRESET [FOLDER...]]
 #   PRESET  dev (the default), asan or tsan
-#   FOLDER  build and run the tests of these folders of tests/ only
+#   FOLDER  builds and runs only the tests of these folders of tests/
 set -euo pipefail
 cd "$(dirname "$0")/.."
 preset=${1:-dev}
@@ -24,22 +24,22 @@ if [ ${#folders[@]} -gt 0 ]; then
   run+=(-L "^($(IFS='|'; echo "${folders[*]}"))\$")
 fi
 cmake --build --preset "$preset" -j "$jobs" --target "${targets[@]}"
-# Only what this run runs is counted.
+# A run of all tests removes the counts of earlier runs.
 [ ${#folders[@]} -gt 0 ] || find "build/$preset" -name '*.gcda' -delete
 
 export UBSAN_OPTIONS="${UBSAN_OPTIONS:-print_stacktrace=1}"
 if [ "$preset" = tsan ] && setarch -R true 2>/dev/null; then
-  # The thread sanitizer wants its memory where the kernel may have put something else.
+  # The thread sanitizer needs fixed address ranges, which address space randomisation may use.
   run=(setarch -R "${run[@]}")
 fi
 
-# Where ctest writes what each test printed.
+# ctest writes the output of each test to this file.
 log=build/$preset/Testing/Temporary/LastTest.log
 rm -f "$log"
 status=0
 "${run[@]}" || status=$?
 
-# One test may be many cases of a program. The last line counts the cases that ran.
+# One test of ctest may run many cases of a program. The last line counts the cases.
 awk -v status="$status" '
   function end_of_test() {
     if (!cases) cases = running

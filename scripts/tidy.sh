@@ -1,13 +1,13 @@
 #!/bin/bash
-# Runs clang-tidy with the checks of .clang-tidy over the library's sources. The last line tells how
-# many files were looked at and how many have findings.
+# Runs clang-tidy with the checks of .clang-tidy on the sources of the library. The last line is the
+# number of files that were checked, and of those with findings.
 set -euo pipefail
 cd "$(dirname "$0")/.."
 scripts/install_dependencies.sh library tests tidy
 cmake --preset dev -DCMAKE_EXPORT_COMPILE_COMMANDS=ON >/dev/null
 cmake --build --preset dev -j "$(nproc)" --target vornath_grammar >/dev/null
 
-# The longest first, so that no processor waits for one of them at the end.
+# The longest files come first, so that at the end no processor waits for one of them.
 mapfile -t files < <(ls -S common/*.cpp src/*/*.cpp src/*/tables/*.cpp)
 log=$(mktemp)
 trap 'rm -f "$log"' EXIT
@@ -15,5 +15,5 @@ printf '%s\0' "${files[@]}" |
   xargs -0 -P "$(nproc)" -I{} sh -c \
     'clang-tidy -p build/dev --quiet --header-filter="^$PWD/(common|include|src)/" "$1" 2>/dev/null || echo "FINDINGS in $1"' sh {} | tee "$log"
 findings=$(grep -c '^FINDINGS in ' "$log" || true)
-echo "clang-tidy looked at ${#files[@]} files, $findings with findings"
+echo "clang-tidy checked ${#files[@]} files, $findings with findings"
 [ "$findings" -eq 0 ]

@@ -1,13 +1,13 @@
 #!/usr/bin/env python3
-"""Writes anew what follows from the tables of fields in include/vornath_data/catalogue/:
+"""Updates everything that follows from the tables of fields in include/vornath_data/catalogue/:
 docs/catalogue.md, the version and sizes in docs/scene_format.md, the version in CHANGELOG.md, and the
-version of the scene files of the fuzz corpus. To be run after a change of a class, group or field.
+version in the scene files of the fuzz corpus. Run it after you change a class, a group or a field.
 
-Refuses, and writes nothing, when the layout of scene files has changed and their version has not: raise
-kVersion in src/scene/scene_file.cpp first, with a line of its history.
+If the layout of scene files has changed but their version has not, it writes nothing and fails:
+increment kVersion in src/scene/scene_file.cpp first, and add a line to its history.
 
-usage: scripts/write_catalogue.py [BUILD_FOLDER]     BUILD_FOLDER is build/dev if it is not given
-       scripts/write_catalogue.py --compare OLD NEW  only says what differs between two such pages
+usage: scripts/write_catalogue.py [BUILD_FOLDER]     the default is build/dev
+       scripts/write_catalogue.py --compare OLD NEW  compares two catalogue pages and writes nothing
 """
 import pathlib
 import re
@@ -19,7 +19,7 @@ ROOT = pathlib.Path(__file__).resolve().parent.parent
 
 
 def read_page(text):
-    """The version, and the layout: (place, what stands there) in the page's order."""
+    """Returns the version, and the layout as pairs of a place and its description, in page order."""
     found = re.search(r"^Scene files: version (\d+)\.$", text, re.M)
     version = int(found.group(1)) if found else None
     layout = {}
@@ -40,7 +40,7 @@ def read_page(text):
             layout[group] = size.group()
         elif field := re.match(r"\| `([^`]+)` \| (\d+) \| ([^|]*) \|", line):
             path, offset, kind = field.groups()
-            # Names of constructors count in their order; labels of them are words for hosts.
+            # The order of constructors belongs to the layout; their labels do not.
             kind = re.sub(r' @\w+="[^"]*"', "", kind)
             layout[f"{group}: {path}"] = f"{kind} at {offset}"
     return version, layout
@@ -54,7 +54,7 @@ def layout_changes(old, new):
 
 
 def check(old_text, new_text):
-    """Exits with the changes if there are any that the version should tell and does not."""
+    """Exits with a list of the changes if the layout changed under the same version."""
     old_version, old = read_page(old_text)
     new_version, new = read_page(new_text)
     if not new_version:
@@ -66,12 +66,12 @@ def check(old_text, new_text):
         sys.exit("\n".join(
             [f"The layout of scene files has changed, and their version is still {new_version}:"]
             + [f"  {change}" for change in changes]
-            + ["Raise kVersion in src/scene/scene_file.cpp, and add a line to its history."]))
+            + ["Increment kVersion in src/scene/scene_file.cpp, and add a line to its history."]))
     return new_version, changes
 
 
 def instance_rows(page):
-    """The rows of docs/scene_format.md for the classes that are instances."""
+    """Returns the rows of docs/scene_format.md for the classes of instances."""
     rows = {}
     for section in re.split(r"^## ", page, flags=re.M)[1:]:
         title, body = section.split("\n", 1)
@@ -90,7 +90,7 @@ def instance_rows(page):
 
 
 def header_rows(page):
-    """The rows of docs/scene_format.md for the scene-wide groups and what is behind them."""
+    """Returns the rows of docs/scene_format.md for the scene-wide groups and the bytes behind them."""
     body = page.split("## The scene as a whole\n")[1]
     rows, end = [], 0
     groups = re.findall(r"### Group \d+: (.*?)\n.*?\n(\d+) bytes at (\d+),", body, re.S)

@@ -11,13 +11,13 @@
 
 namespace qex::vornath {
 
-/// From `lambda` to `lambda + deltaLambda`, in nm.
+/// The band from `lambda` to `lambda + deltaLambda`, in nm.
 struct Band {
   float lambda, deltaLambda;
 };
 
-/// Fills `bands` with averages of a spectrum. `bandAt(i)` returns the Band of index i; the bands'
-/// beginnings must not decrease.
+/// Fills `bands` with mean amplitudes of a spectrum. `bandAt(i)` returns the Band with index i. The
+/// beginnings of the bands must not decrease.
 template <typename BandAt>
 void fillBands(const SpectrumView& spectrum, std::span<float> bands, Illuminant illuminant,
                BandAt bandAt) {

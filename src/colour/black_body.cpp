@@ -16,7 +16,7 @@ constexpr float kBoltzmann = 1.3806486e-23F;    // in J / K
 constexpr double kLightSpeed = 299792448.0;     // in m / s: the nearest float to 299,792,458
 constexpr auto kLightSpeedSquared = static_cast<float>(kLightSpeed * kLightSpeed);
 
-// Planck's law at one wavelength, with what doesn't depend on the temperature worked out.
+// Planck's law at one wavelength. Computes the factors that do not depend on the temperature once.
 class PlanckAt {
  public:
   PlanckAt() = default;
@@ -62,7 +62,7 @@ Rgb blackBodyColour(float temperature) noexcept {
     sum.z += radiance * kObserver[i].z;
   }
   Rgb colour = rgbFromXyz(sum);
-  // Written so that a NaN stays one.
+  // This comparison keeps a NaN.
   for (float* const channel : {&colour.r, &colour.g, &colour.b}) {
     if (*channel < 0.0F) *channel = 0.0F;
   }

@@ -16,11 +16,11 @@ struct Xyz {
 Xyz xyzFromRgb(const Rgb& colour) noexcept;
 Rgb rgbFromXyz(const Xyz& colour) noexcept;
 
-/// The Y of xyzFromRgb().
+/// Returns the Y of xyzFromRgb().
 float luminanceOfRgb(const Rgb& colour) noexcept;
 
-/// From a colour relative to white D65 to the same look relative to the equal-energy white, by the
-/// Bradford transform: grey stays grey.
+/// Adapts a colour from the white D65 to the equal-energy white by the Bradford transform, so that
+/// it looks the same. Grey stays grey.
 Rgb adaptFromD65ToE(const Rgb& colour) noexcept;
 
 }  // namespace qex::vornath

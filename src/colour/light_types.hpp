@@ -1,5 +1,5 @@
-/// The types in which a light declares its strength. The library stores and passes such values; it
-/// does no photometric arithmetic.
+/// The types of a light's strength. The library stores and passes such values, but computes nothing
+/// with them.
 #ifndef VORNATH_COLOUR_LIGHT_TYPES_HPP
 #define VORNATH_COLOUR_LIGHT_TYPES_HPP
 
@@ -7,11 +7,11 @@
 
 namespace qex::vornath {
 
-/// The photometric units: `enum { LUMEN; CANDELA; LUX; NIT; }`. Borrowed.
+/// Returns the type of the photometric units: `enum { LUMEN; CANDELA; LUX; NIT; }`. Borrowed.
 const InternedType& lightUnitType();
 
-/// A coloured strength: the fields `color` (the universal spectrum), `value` (a float) and `unit`.
-/// Borrowed.
+/// Returns the type of a coloured strength: a struct with the fields `color` (the universal
+/// spectrum), `value` (a float) and `unit`. Borrowed.
 const InternedType& emissionType();
 
 }  // namespace qex::vornath

@@ -7,7 +7,7 @@
 namespace qex::vornath {
 namespace {
 
-// A text of a fixed length with its terminating NUL.
+// A text of a fixed length and its terminating NUL.
 template <std::size_t Length>
 struct JoinedText {
   char text[Length + 1] = {};
@@ -20,7 +20,7 @@ constexpr void appendText(JoinedText<Length>& joined, std::size_t& end, const ch
   for (std::size_t i = 0; i + 1 < Size; ++i) joined.text[end++] = part[i];
 }
 
-// Joins literals and fragments, all of them arrays that end in a NUL.
+// Joins texts, each an array that ends in a NUL.
 template <std::size_t... Sizes>
 constexpr auto joinText(const char (&... parts)[Sizes]) {
   JoinedText<(0 + ... + (Sizes - 1))> joined;
@@ -33,7 +33,7 @@ constexpr char kSpectrum[] = "{ enum { LUMINANCE; RGB; SPECTRAL; } encoding; flo
 constexpr char kWrapMode[] = "enum { CLAMP; BORDER; REPEAT; MIRROR; }";
 constexpr char kTextureReference[] = "{ int texture_ref; }";
 constexpr char kTransformation[] = "{ float2 x; float2 y; float2 z; }";
-// Columns of three, unlike the transformation above.
+// The columns have three elements, unlike those of the transformation above.
 constexpr char kUvTransformation[] = "{ float3 x; float3 y; float3 z; }";
 constexpr auto kWrapModes = joinText("{ ", kWrapMode, " u; ", kWrapMode, " v; }");
 
@@ -46,7 +46,7 @@ constexpr auto kNormalSampler =
     joinText("{ { int normal_texture; } normal_texture; ", kWrapModes.text,
              " wrapmode; float3 border_normal; float border_float; }");
 
-// `mode` says whether the value or the texture is in force.
+// `mode` selects the value or the texture.
 constexpr auto kColour =
     joinText("{ enum { VALUE; TEXTURE; } mode; ", kSpectrum, " color; { ", kSpectrumSampler.text,
              " sampler; ", kUvTransformation, " uvTransformation; ", kSpectrum, " colorOffset; ",
@@ -59,7 +59,7 @@ constexpr auto kNormal =
     joinText("{ bool enabled; ", kNormalSampler.text, " sampler; ", kUvTransformation,
              " uvTransformation; float3 normalOffset; float3 normalScale; }");
 
-// The flat forms have the texture's settings side by side with the value.
+// The flat forms have the settings of the texture beside the value, in the same struct.
 constexpr auto kTexturePlacement =
     joinText(kTextureReference, " texture; ", kTransformation, " transformation; ", kWrapMode,
              " wrap_u; ", kWrapMode, " wrap_v; ");
@@ -70,7 +70,7 @@ constexpr auto kSimpleFloat =
 constexpr auto kSimpleNormal =
     joinText("{ ", kTexturePlacement.text, "float3 scale; float3 offset; }");
 
-// In the order of their numbers.
+// In the order of their codes.
 constexpr std::array<const char*, kMaterialParameterCount> kTexts{
     kColour.text,       kFloat.text,       kNormal.text,
     kSimpleColour.text, kSimpleFloat.text, kSimpleNormal.text};

@@ -1,5 +1,5 @@
-/// The shapes that a parameter of a material or light program has: a fixed value, or a texture that
-/// is looked up. They carry no metadata.
+/// The types of the parameters of material and light programs. Each holds a fixed value or refers
+/// to a texture. The types have no metadata.
 #ifndef VORNATH_COLOUR_MATERIAL_PARAMETER_TYPES_HPP
 #define VORNATH_COLOUR_MATERIAL_PARAMETER_TYPES_HPP
 
@@ -10,13 +10,13 @@
 
 namespace qex::vornath {
 
-/// The numbers are those of the flat interface, VRNT_MATERIAL_PARAM_*.
+/// The number of parameter types. Their codes are VRNT_MATERIAL_PARAM_* of the flat interface.
 inline constexpr std::uint32_t kMaterialParameterCount = VRNT_MATERIAL_PARAM_SIMPLE_NORMAL + 1;
 
-/// The type of a number below kMaterialParameterCount. Borrowed.
+/// Returns the type with the code `number`, which must be below kMaterialParameterCount. Borrowed.
 const InternedType& materialParameterType(std::uint32_t number);
 
-/// The number of a parameter type, whatever its metadata; -1 if the type is none of them.
+/// Returns the code of a parameter type, whatever its metadata; -1 for other types.
 std::int32_t materialParameterNumber(const InternedType& type);
 
 }  // namespace qex::vornath

@@ -8,7 +8,7 @@
 namespace qex::vornath {
 namespace {
 
-// A place on the grid, in samples: the integer part and the fraction, both toward zero.
+// A position on the grid, in samples: its integer part, rounded toward zero, and its fraction.
 struct GridPlace {
   int index;
   float fraction;
@@ -17,7 +17,7 @@ struct GridPlace {
 };
 
 GridPlace split(float samples) noexcept {
-  // Beyond the grid only the side matters; an int holds no more than so much.
+  // Outside the grid, only the side matters. The limit keeps the number in the range of an int.
   constexpr float kFarOutside = 1000.0F;
   if (samples > kFarOutside) samples = kFarOutside;
   if (samples < -kFarOutside) samples = -kFarOutside;
@@ -31,8 +31,9 @@ constexpr int kSamples = static_cast<int>(kGridSize);
 
 Reconstruction::Reconstruction(const Rgb& colour, Illuminant illuminant) noexcept {
   const auto [r, g, b] = illuminant == Illuminant::D65 ? adaptFromD65ToE(colour) : colour;
-  // The least channel is white; the next one, over it, the secondary of the two larger channels;
-  // the largest, over that, its own primary. A NaN is not above anything.
+  // The smallest channel weighs white. What the middle channel has above it weighs the secondary
+  // colour of the two larger channels. What the largest channel has above that weighs its own
+  // primary. A NaN is not above any number.
   const auto mix = [&](float least, const GridRow& secondaryCurve, float first,
                        const GridRow& firstCurve, float second, const GridRow& secondCurve) {
     const bool secondIsLarger = !(first > second);
@@ -62,9 +63,10 @@ float Reconstruction::sample(std::size_t index) const noexcept {
 float Reconstruction::average(float lambda, float deltaLambda) const noexcept {
   if (std::isnan(lambda) || std::isnan(deltaLambda)) return lambda + deltaLambda;
 
-  // So far before its end a band that ends on a sample's edge doesn't reach into the sample.
+  // A band ends this much earlier, so that a band that ends on the edge of a sample does not reach
+  // into the sample.
   constexpr float kEndMargin = 1.1920929e-7F;
-  // The last sample's weight where a band runs beyond it.
+  // The weight of the last sample if a band extends beyond it.
   constexpr float kAlmostWhole = 0.9999999F;
 
   GridPlace first = split((lambda - kGridFirst) / kGridStep);

@@ -23,7 +23,7 @@ Type::Field labelledField(Type::TBasetype base, const char* name, const char* la
   return {makeType(base, metadata), label};
 }
 
-// Black, in place of the universal spectrum's own name and lack of a default.
+// The universal spectrum with a default, black, and another name.
 const InternedType& borderSpectrumType() {
   static const InternedType& type = permanentType(
       InternedType::parse(spectrumType().stripped().text() +

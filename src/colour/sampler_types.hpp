@@ -1,5 +1,5 @@
-/// Samplers: a texture with what its reader does outside of its bounds. Specialization leaves every
-/// sampler alone, so that it stays data.
+/// Types of samplers: a texture, and how it is read outside its bounds. Specialization does not
+/// change samplers, so they stay data.
 #ifndef VORNATH_COLOUR_SAMPLER_TYPES_HPP
 #define VORNATH_COLOUR_SAMPLER_TYPES_HPP
 
@@ -11,20 +11,21 @@
 
 namespace qex::vornath {
 
-/// The samplers that have a number in the flat interface, VRNT_SAMPLER_*.
+/// The number of samplers with a code in the flat interface, VRNT_SAMPLER_*.
 inline constexpr std::uint32_t kSamplerCount = VRNT_SAMPLER_SPECTRUM_SPHERE + 1;
 
-/// The sampler of a number below kSamplerCount, with the defaults REPEAT. Borrowed.
+/// Returns the sampler with the code `number`, which must be below kSamplerCount. The default wrap
+/// modes are REPEAT. Borrowed.
 const InternedType& samplerType(std::uint32_t number);
 
-/// The number of a sampler, whatever its metadata; -1 if the type is none of them.
+/// Returns the code of a sampler, whatever its metadata; -1 for other types.
 std::int32_t samplerNumber(const InternedType& type);
 
-/// The sampler of a texture with other wrap modes: a new type for each call.
+/// Makes the sampler of a texture with other wrap modes. Each call makes a new type.
 TypePtr makeSpectrumSampler(const InternedType& wrapMode);
 TypePtr makeFloatSampler(const InternedType& wrapMode);
 
-/// The sampler of a sphere texture, which has no wrap modes.
+/// Makes the sampler of a sphere texture, which has no wrap modes.
 TypePtr makeSphereSampler(TextureKind kind, const char* label);
 
 }  // namespace qex::vornath

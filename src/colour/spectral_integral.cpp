@@ -9,7 +9,7 @@
 namespace qex::vornath {
 namespace {
 
-// Four floats that are treated alike, each as a single one would be.
+// Four floats with the same operations; each has the result of a single float.
 using Lanes [[gnu::vector_size(16)]] = float;
 
 // The norm needs y; X, Y and Z need x, y and z. All need the illuminant's power.
@@ -17,7 +17,7 @@ struct Sample {
   Lanes match, power;
 };
 
-// The last sample stands twice, as the one after it, so that it needs no case of its own.
+// The last sample is stored twice, so that interpolation after it needs no special case.
 using Tables = std::array<Sample, kGridSize + 1>;
 
 Tables makeTables(const GridRow& power) {
@@ -56,10 +56,11 @@ Xyz xyzFromPairs(SpectralPairs pairs, Illuminant illuminant) noexcept {
       match = rest * samples[0].match + fraction * samples[1].match;
       light = rest * samples[0].power + fraction * samples[1].power;
     } else {
-      // The light of the nearer end, with 0 of the other sample. A NaN is at the beginning.
+      // The light at the nearer end of the grid. A NaN counts as the beginning.
       light = tables[wavelength > kGridLast ? kGridSize - 1 : 0].power;
     }
-    // What lies outside adds 0 times its amplitude, which is NaN if that is infinite.
+    // A pair outside the grid adds 0 times its amplitude, which is NaN if the amplitude is
+    // infinite.
     Lanes weight{amplitude, amplitude, amplitude, amplitude};
     weight[0] = 1.0F;
     sum += match * weight * light;

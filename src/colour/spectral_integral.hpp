@@ -1,4 +1,4 @@
-/// From spectral pairs to a colour, by the standard observer.
+/// Converts spectral pairs to a colour, by the standard observer.
 #ifndef VORNATH_COLOUR_SPECTRAL_INTEGRAL_HPP
 #define VORNATH_COLOUR_SPECTRAL_INTEGRAL_HPP
 
@@ -8,9 +8,9 @@
 
 namespace qex::vornath {
 
-/// The colour of a reflectance under the illuminant, with a Y of 1 for amplitudes of 1. Every pair
-/// counts once, whatever the width of its interval: an uneven grid weighs its dense regions more.
-/// Without a pair from 400 to 700 nm the result is NaN.
+/// Returns the colour of a reflectance under the illuminant; amplitudes of 1 have a Y of 1. Each
+/// pair counts once, whatever the width of its interval, so the dense regions of an uneven grid
+/// weigh more. Without a pair from 400 to 700 nm the result is NaN.
 Xyz xyzFromPairs(SpectralPairs pairs, Illuminant illuminant) noexcept;
 
 }  // namespace qex::vornath

@@ -10,7 +10,7 @@
 namespace qex::vornath {
 namespace {
 
-// An unknown code reads as a triple.
+// Returns Rgb for an unknown code.
 SpectrumEncoding encodingOf(std::int32_t code) {
   switch (code) {
     case static_cast<std::int32_t>(SpectrumEncoding::Luminance):
@@ -29,14 +29,14 @@ bool isFloatArray(const InternedType& type) {
   return element != nullptr && *element == Type::TBasetype::Float;
 }
 
-// The type of the array that a spectrum refers to.
+// Returns the type of the array that a spectrum refers to.
 const InternedType& floatsType() {
   const auto& structure = std::get<Type::TStruct>(spectrumType().desc());
   return *std::get<Type::TRef>(structure.fields[1].type->desc()).target;
 }
 
-// The word is not null. What a host stored may be any block, of whose type nobody knows yet, or an
-// address of its own, which is not this layer's to read.
+// Follows a reference word, which must not be null. A host may have stored any block, whose type is
+// still unknown, or a foreign pointer, which this layer must not follow.
 const vrntValue_t* follow(std::uint64_t word) {
   if (!isBlockWord(word)) throw vrnt::Exception(vrnt::ErrorCode::InvalidArguments);
   const vrntValue_t* const block = blockOfWord(word);

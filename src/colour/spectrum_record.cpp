@@ -12,8 +12,8 @@ std::span<float> recordFloats(const vrntSpectrumRec& record) {
   return {record.data, record.count < 0 ? 0 : static_cast<std::size_t>(record.count)};
 }
 
-// The wavelengths of a record's pairs without its two closing ones; none if it has no others. There
-// is room for one more.
+// Returns the wavelengths of a record's pairs, without the first and the last pair, which close the
+// step function. The vector has room for one more wavelength.
 std::vector<float> innerWavelengths(SpectralPairs pairs) {
   std::vector<float> lambdas;
   if (pairs.size() < 3) return lambdas;
@@ -24,7 +24,8 @@ std::vector<float> innerWavelengths(SpectralPairs pairs) {
   return lambdas;
 }
 
-// Gives the last wavelength a band of its own: the whole range by the number of wavelengths.
+// Gives the last wavelength a band, which is as wide as the whole range divided by the number of
+// wavelengths.
 void closeLastBand(std::vector<float>& lambdas) {
   if (lambdas.empty()) return;
   const auto count = static_cast<float>(lambdas.size());
@@ -41,12 +42,12 @@ std::vector<float> pairsOfRecord(const vrntSpectrumRec& record) {
   return pairsFromSamples(lambdas, amplitudes);
 }
 
-// Puts amplitudes beside the wavelengths, from pair `first` on.
+// Stores amplitudes in the pairs from `first` on.
 void putAmplitudes(const std::vector<float>& amplitudes, float* pairs, std::size_t first) {
   for (std::size_t i = 0; i < amplitudes.size(); ++i) pairs[2 * (first + i) + 1] = amplitudes[i];
 }
 
-// Writes the spectrum to a record in the record's encoding.
+// Converts the spectrum to the encoding of the record and writes it there.
 void convertTo(const SpectrumView& spectrum, Illuminant illuminant, vrntSpectrumRec& out) {
   switch (out.encoding) {
     case VRNT_ENCODING_LUMINANCE:

@@ -10,12 +10,13 @@
 
 namespace qex::vornath {
 
-/// Converts `in` to the encoding of `out` and writes the floats of `out`. A spectral `out` keeps
-/// its wavelengths. Throws what SpectrumView::sampleAt() and pairsFromSamples() do.
+/// Converts `in` to the encoding of `out` and writes the floats of `out`. If `out` is spectral, its
+/// wavelengths do not change.
+/// Errors: throws as SpectrumView::sampleAt() and pairsFromSamples() do.
 void convertRecord(const vrntSpectrumRec& in, vrntSpectrumRec& out, Illuminant illuminant);
 
-/// Writes the amplitudes of `count` pairs, whose wavelengths stand in `pairs` (nm). Throws what
-/// SpectrumView::sampleAt() does.
+/// Writes the amplitudes of `count` pairs. `pairs` contains their wavelengths, in nm.
+/// Errors: throws as SpectrumView::sampleAt() does.
 void fillPairs(const SpectrumView& spectrum, float* pairs, std::int32_t count);
 
 }  // namespace qex::vornath

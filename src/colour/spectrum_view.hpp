@@ -1,5 +1,5 @@
-/// A spectrum to read: an encoding and borrowed floats. Here are all readings of it; spectrum.hpp
-/// has the one that owns its floats.
+/// A read-only spectrum: an encoding and borrowed floats. It has all functions that read spectra;
+/// embed/spectrum.hpp has a spectrum that owns its floats.
 #ifndef VORNATH_COLOUR_SPECTRUM_VIEW_HPP
 #define VORNATH_COLOUR_SPECTRUM_VIEW_HPP
 
@@ -14,11 +14,11 @@
 
 namespace qex::vornath {
 
-/// One luminance, linear red, green and blue, or spectral pairs (see step_function.hpp). Without
-/// floats it is black in every encoding. Plain data: it lives no longer than the floats.
+/// One luminance, linear red, green and blue, or spectral pairs (see step_function.hpp). A spectrum
+/// without floats is black in every encoding. A view is valid as long as the floats.
 class SpectrumView {
  public:
-  /// At least 1 float for Luminance and 3 for Rgb, unless there are none.
+  /// Unless `floats` is empty, it must have at least 1 float for Luminance and 3 for Rgb.
   SpectrumView(SpectrumEncoding encoding, std::span<const float> floats) noexcept
       : encoding_(encoding), floats_(floats) {}
 
@@ -26,32 +26,37 @@ class SpectrumView {
   std::span<const float> floats() const noexcept { return floats_; }
   bool empty() const noexcept { return floats_.empty(); }
 
-  /// The band averages between adjacent wavelengths, one fewer than these, under D65. Throws what
-  /// requireWavelengths() does, and for an empty spectrum as well.
+  /// Returns the mean amplitude between each two adjacent wavelengths, under D65: one fewer than
+  /// there are wavelengths.
+  /// Errors: throws as requireWavelengths() does, even for an empty spectrum.
   std::vector<float> sampleAt(std::span<const float> lambdas) const;
 
-  /// Luminance counts as a grey Rgb; a spectral one is seen under the illuminant.
+  /// Returns the colour as XYZ. Luminance is converted like a grey Rgb. Only a spectral
+  /// distribution depends on the illuminant.
   Xyz toXyz(Illuminant illuminant) const noexcept;
-  /// The stored triple, or the spectral colour, unclamped.
+  /// Returns the stored triple, or the colour of a spectral distribution, unclamped.
   Rgb toRgb(Illuminant illuminant) const noexcept;
-  /// The Y of toXyz().
+  /// Returns the Y of toXyz().
   float toLuminance(Illuminant illuminant) const noexcept;
 
-  /// The stored triple, or the luminance as a grey. Undefined for a spectral or empty spectrum.
+  /// Returns the stored triple, or the luminance as a grey. Undefined for a spectral or empty
+  /// spectrum.
   Rgb storedRgb() const noexcept;
 
-  // For programs that build the library in; defined in embed/spectrum_sampling.cpp.
+  // The functions below are for programs that build the library in. They are defined in
+  // embed/spectrum_sampling.cpp.
 
-  /// The mean amplitude from `lambda` to `lambda + deltaLambda` nm. Luminance is the same at every
-  /// wavelength; Rgb is reconstructed, and only there the illuminant counts. Throws what
-  /// wavelengths.hpp says, in every encoding, but not for an empty spectrum.
+  /// Returns the mean amplitude from `lambda` to `lambda + deltaLambda` nm. Luminance is the same
+  /// at every wavelength. Rgb is reconstructed, and only this depends on the illuminant. Errors:
+  /// throws as the functions of embed/wavelength.hpp do, in every encoding, but not for an empty
+  /// spectrum.
   float bandAverage(float lambda, float deltaLambda, Illuminant illuminant) const;
 
-  /// `count` band averages; band i begins at i * deltaLambda + lambda0. Under D65. Throws as
-  /// bandAverage() does.
+  /// Returns `count` mean amplitudes, under D65; band i begins at i * deltaLambda + lambda0.
+  /// Errors: throws as bandAverage() does.
   std::vector<float> sampleUniform(float lambda0, float deltaLambda, std::size_t count) const;
 
-  /// sampleUniform() on the fixed grids of compact spectra: Bands bands over 320 nm from 400 nm.
+  /// Does the same on a fixed grid: `Bands` bands of equal width from 400 to 720 nm.
   template <std::size_t Bands>
   std::array<float, Bands> sampleCompact() const {
     static_assert(Bands == 8 || Bands == 16 || Bands == 32);

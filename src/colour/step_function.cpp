@@ -38,8 +38,8 @@ float StepFunctionAverager::average(float lambda, float deltaLambda) noexcept {
   while (first_ < size && !(pairs_.wavelength(first_) >= lambda)) ++first_;
   const std::size_t p = first_;
 
-  // The first pair is (0, 0), so that there is one before p. Pairs that begin later by mistake have
-  // no interval before p, and none before the band's end either if q is 0 as well.
+  // The first pair should be (0, 0), so there is a pair before p. If it is not, there is no
+  // interval before p, and if q is 0 as well, none before the end of the band.
   float sum = 0.0F;
   std::size_t k = p == 0 ? 0 : p - 1;
   std::size_t q = p;

@@ -1,4 +1,4 @@
-/// How values name a texture and place it: references of each kind, and the map of coordinates.
+/// The types with which values refer to textures and place them.
 #ifndef VORNATH_COLOUR_TEXTURE_TYPES_HPP
 #define VORNATH_COLOUR_TEXTURE_TYPES_HPP
 
@@ -6,18 +6,20 @@
 
 namespace qex::vornath {
 
-/// What is read from a texture.
+/// What a reader gets from a texture.
 enum class TextureKind { Spectrum, SpectrumSphere, Normal, Float, FloatSphere };
 
-/// A struct of one int, the index of a texture of the scene; -1, its default, is no texture. A
-/// schema's own reference, with a field `index`, is another type. Borrowed.
+/// Returns the type of a texture reference: a struct with one int, the index of a texture of the
+/// scene; the default -1 means no texture. Borrowed. The references in the schemas of the
+/// catalogue, with a field `index`, have another type.
 const InternedType& textureReferenceType();
 
-/// The same for one kind of texture: the field is named after the kind, and specialization leaves
-/// the struct alone. Borrowed.
+/// Returns the type of a reference to one kind of texture. The field is named after the kind, and
+/// specialization does not change the struct. Borrowed.
 const InternedType& textureReferenceType(TextureKind kind);
 
-/// An affine map of texture coordinates, a 2x3 matrix in three columns `x`, `y` and `z`. Borrowed.
+/// Returns the type of an affine map of texture coordinates: a 2x3 matrix with the three columns
+/// `x`, `y` and `z`. Borrowed.
 const InternedType& uvTransformationType();
 
 }  // namespace qex::vornath

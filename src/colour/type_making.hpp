@@ -23,13 +23,13 @@ inline Type::Field makeField(const InternedType& type, const char* label) {
   return {TypePtr(&type), label};
 }
 
-/// The types of a table of texts. The use of one doesn't make the others.
+/// The types of a table of texts. Each is made on its first use, without the others.
 template <const auto& kTexts>
 class TypesOfTexts {
  public:
   static constexpr std::size_t kCount = std::size(kTexts);
 
-  /// The index is below kCount.
+  /// Returns the type with an index below kCount.
   static const InternedType& at(std::size_t index) { return kGetters[index](); }
 
  private:
@@ -50,7 +50,7 @@ class TypesOfTexts {
       getters(std::make_index_sequence<kCount>());
 };
 
-/// The lowest number whose type is the same as this one but for metadata, or -1.
+/// Returns the lowest number whose type equals `type` except for metadata; -1 if there is none.
 template <typename TypeOfNumber>
 std::int32_t numberOfSameType(const InternedType& type, std::uint32_t count,
                               TypeOfNumber typeOfNumber) {

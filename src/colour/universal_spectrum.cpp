@@ -13,7 +13,7 @@ namespace {
 using Array = Type::TArrayND<int>;
 using TStruct = Type::TStruct;
 
-// The universal spectrum in the place of a compact one.
+// Returns the universal spectrum that replaces a compact one.
 TypePtr universalFor(const InternedType& compact) {
   const InternedType& universal = spectrumType();
   if (compact.metadata().empty()) return TypePtr(&universal);

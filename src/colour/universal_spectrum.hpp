@@ -1,5 +1,5 @@
-/// The compact spectrum, which stands in data that has been reduced to three channels, and the way
-/// from types with it to types with the universal one.
+/// The compact spectrum, for data that was reduced to three channels, and the conversion of types
+/// that contain it to types with the universal spectrum.
 #ifndef VORNATH_COLOUR_UNIVERSAL_SPECTRUM_HPP
 #define VORNATH_COLOUR_UNIVERSAL_SPECTRUM_HPP
 
@@ -7,14 +7,14 @@
 
 namespace qex::vornath {
 
-/// `{ float3 spectrum; }`. Borrowed.
+/// Returns the type of the compact spectrum, `{ float3 spectrum; }`. Borrowed.
 const InternedType& compactSpectrumType();
 
-/// The type with the universal spectrum in place of each compact one that lies in its bytes: fields
+/// Returns the type with the universal spectrum in place of each compact spectrum. Replaces fields
 /// of structs and elements of one-dimensional arrays, at any depth, but nothing behind a reference
-/// or in an array of more dimensions. Every part keeps its metadata; that of a compact spectrum
-/// goes before the universal type's own. A type without a compact spectrum is returned as it is.
-/// Linear in the number of different parts; no depth of a type exhausts the stack.
+/// and nothing in an array with more dimensions. Every part keeps its metadata; the metadata of a
+/// compact spectrum takes precedence over that of the universal spectrum. Returns a type without a
+/// compact spectrum unchanged. The time is linear in the number of different parts. No recursion.
 TypePtr toUniversalSpectrum(const InternedType& type);
 
 }  // namespace qex::vornath

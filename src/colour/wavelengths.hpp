@@ -1,4 +1,4 @@
-/// The check of the wavelengths, in nm, that an operation is asked for.
+/// Checks the wavelengths, in nm, that are passed to an operation.
 #ifndef VORNATH_COLOUR_WAVELENGTHS_HPP
 #define VORNATH_COLOUR_WAVELENGTHS_HPP
 
@@ -6,8 +6,9 @@
 
 namespace qex::vornath {
 
-/// Requires at least two wavelengths, the first above 0, each above the one before. Throws
-/// vrnt::Exception with InvalidArguments otherwise.
+/// Checks that there are at least two wavelengths, that the first is greater than 0, and that each
+/// is greater than the one before.
+/// Errors: throws vrnt::Exception with InvalidArguments.
 void requireWavelengths(std::span<const float> lambdas);
 
 }  // namespace qex::vornath

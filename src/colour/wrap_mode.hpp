@@ -1,4 +1,4 @@
-/// How a texture is read outside of its bounds: the modes, their names and their types.
+/// Wrap modes, which say how a texture is read outside its bounds: codes, names and types.
 #ifndef VORNATH_COLOUR_WRAP_MODE_HPP
 #define VORNATH_COLOUR_WRAP_MODE_HPP
 
@@ -9,7 +9,7 @@
 
 namespace qex::vornath {
 
-/// The numbers are the enum's codes, and those of the flat interface.
+/// The codes are those of the enum type and of the flat interface.
 enum class WrapMode : std::int32_t {
   Clamp = VRNT_WRAP_MODE_CLAMP,
   Border = VRNT_WRAP_MODE_BORDER,
@@ -17,20 +17,21 @@ enum class WrapMode : std::int32_t {
   Mirror = VRNT_WRAP_MODE_MIRROR
 };
 
-/// "CLAMP", "BORDER", "REPEAT" or "MIRROR"; "INVALID_WRAPMODE" for any other number.
+/// Returns "CLAMP", "BORDER", "REPEAT" or "MIRROR"; "INVALID_WRAPMODE" for any other code.
 const char* toString(WrapMode mode);
 
-/// The wrap mode enum whose default is REPEAT. Borrowed.
+/// Returns the wrap mode enum whose default is REPEAT. Borrowed.
 const InternedType& wrapModeType();
 
-/// The wrap mode enum with another default: a new type for each call. Throws what the parse throws
-/// for a number that is no mode.
+/// Makes the wrap mode enum with another default. Each call makes a new type.
+/// Errors: throws the exception of the parse for an invalid mode.
 TypePtr makeWrapModeType(WrapMode defaultMode);
 
-/// The modes of both directions, the fields `u` and `v`, each with the default REPEAT. Borrowed.
+/// Returns the type of the modes of both directions: a struct with the fields `u` and `v`, each
+/// with the default REPEAT. Borrowed.
 const InternedType& wrapMode2Type();
 
-/// The modes of both directions with these defaults; otherwise as makeWrapModeType().
+/// Makes the type of the modes of both directions with other defaults, as makeWrapModeType() does.
 TypePtr makeWrapMode2Type(WrapMode defaultU, WrapMode defaultV);
 
 }  // namespace qex::vornath

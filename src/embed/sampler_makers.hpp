@@ -7,14 +7,15 @@
 
 namespace qex::vornath {
 
-/// Returns the sampler of float sphere textures, the one without a number. Borrowed.
+/// Returns the sampler of float sphere textures, the only one without a VRNT_SAMPLER_* code.
+/// Borrowed.
 const InternedType& floatSphereSamplerType();
 
-/// Returns the spectrum sampler with other default wrap modes: a new type for each call. Throws
-/// what the parse throws for a number that is no mode.
+/// Returns the spectrum sampler with other default wrap modes. Each call makes a new type.
+/// Errors: throws the exception of the parse for an invalid mode.
 TypePtr makeSpectrumSamplerType(WrapMode defaultU, WrapMode defaultV);
 
-/// Returns the float sampler with other default wrap modes, as makeSpectrumSamplerType() does.
+/// Does the same as makeSpectrumSamplerType() for the float sampler.
 TypePtr makeFloatSamplerType(WrapMode defaultU, WrapMode defaultV);
 
 }  // namespace qex::vornath

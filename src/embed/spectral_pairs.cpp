@@ -35,7 +35,7 @@ std::vector<float> pairsFromBand(float lambda, float deltaLambda, float amplitud
 void validatePairs(std::span<const float> floats) {
   require(floats.size() >= 7, "At least 7 spectral values must be specified.");
   require(floats.size() % 2 == 0, "Number of spectral values must be even.");
-  // A NaN is neither zero nor an increase.
+  // A NaN fails each comparison below: it is neither zero nor an increase.
   require(floats[0] == 0.0F && floats[1] == 0.0F,
           "The first wave length and amplitude of the spectral value need to be zero.");
   const SpectralPairs pairs(floats);

@@ -1,4 +1,4 @@
-/// A spectrum as a value of its own: makers, check and reading.
+/// A spectrum that owns its value.
 #ifndef VORNATH_EMBED_SPECTRUM_HPP
 #define VORNATH_EMBED_SPECTRUM_HPP
 
@@ -9,33 +9,35 @@
 
 namespace qex::vornath {
 
-/// A value of the universal spectrum type. A copy shares the array; nobody writes to it.
+/// A value of the universal spectrum type. Copies share the array, to which nobody writes.
 ///
 /// All wavelengths are in nm. Failures are vrnt::Exception with InvalidArguments: those of
-/// wavelengths.hpp and of the operation.
+/// wavelengths.hpp, and those described below.
 class Spectrum {
  public:
   static Spectrum fromLuminance(float value);
   static Spectrum fromRgb(float red, float green, float blue);
-  /// An amplitude for each interval between adjacent wavelengths.
+  /// Creates a spectrum with one amplitude for each interval between adjacent wavelengths.
   static Spectrum fromSamples(std::span<const float> lambdas, std::span<const float> amplitudes);
-  /// An amplitude for each step of a grid from lambda0.
+  /// Creates a spectrum with one amplitude for each step of a grid that begins at `lambda0`.
   static Spectrum fromUniformSamples(float lambda0, float deltaLambda,
                                      std::span<const float> amplitudes);
-  /// One amplitude on one band. Nothing is checked.
+  /// Creates a spectrum with one amplitude on one band. Checks nothing.
   static Spectrum fromBand(float lambda, float deltaLambda, float amplitude);
 
-  /// Shares the value. Throws "Incompatible type for accessor -> {}." for one of an unrelated type.
+  /// Shares the value.
+  /// Errors: throws "Incompatible type for accessor -> {}." if its type is unrelated.
   explicit Spectrum(DynamicValue value);
 
   const DynamicValue& value() const noexcept { return value_; }
 
-  /// For all readings. Borrowed: it lives no longer than this. Throws what readSpectrum() does.
+  /// Returns a view with which the spectrum is read. Borrowed until this object is destroyed.
+  /// Errors: throws as readSpectrum() does.
   SpectrumView view() const;
 
-  /// Throws what is wrong: for Luminance and Rgb an array type other than `float[1]` and
-  /// `float[3]` ("Incompatible type for value -> {}."), for Spectral what validatePairs() says. An
-  /// empty spectrum is valid.
+  /// Throws an exception if the spectrum is invalid. An empty spectrum is valid.
+  /// Errors: "Incompatible type for value -> {}." if the array type is not `float[1]` for Luminance
+  /// or `float[3]` for Rgb; for Spectral, as validatePairs() throws.
   void validate() const;
 
  private:

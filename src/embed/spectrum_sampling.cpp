@@ -1,4 +1,4 @@
-// Readings of spectra that no flat function offers.
+// Ways to sample spectra that no flat function offers.
 #include "colour/band_averages.hpp"
 #include "colour/spectrum_view.hpp"
 #include "embed/wavelength.hpp"
@@ -25,7 +25,7 @@ std::vector<float> SpectrumView::sampleUniform(float lambda0, float deltaLambda,
 
 void SpectrumView::fillUniform(float lambda0, float deltaLambda, std::span<float> bands) const {
   if (!empty() && !bands.empty()) {
-    // The bands behind the first one begin later.
+    // Checking the first band suffices: the others begin later.
     requireWavelength(lambda0);
     requireWavelengthStep(deltaLambda);
   }

@@ -16,7 +16,7 @@ void requireWavelength(float lambda) {
 }
 
 void requireWavelengthStep(float deltaLambda) {
-  // Hosts compare the words: there is no full stop.
+  // Hosts compare this message: it has no full stop.
   if (deltaLambda <= 0.0F) refuse("Wavelength delta lambda must be greater than 0");
 }
 

@@ -1,5 +1,5 @@
-/// Checks of a single wavelength and step, in nm. Each throws vrnt::Exception with InvalidArguments
-/// for zero and below; NaN passes.
+/// Checks of a single wavelength and of a step, in nm. Each throws vrnt::Exception with
+/// InvalidArguments for numbers that are not greater than 0. A NaN passes.
 #ifndef VORNATH_EMBED_WAVELENGTH_HPP
 #define VORNATH_EMBED_WAVELENGTH_HPP
 

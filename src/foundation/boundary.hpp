@@ -1,10 +1,11 @@
-// The catch clauses of the flat vrnt functions. A flat function writes no `try` of its own: it runs
-// its work inside the template whose name says what the function's callers get to see. Each takes
-// the error location if the function has one, the value to return on failure and the work; a work
-// without a result goes without a failure value. On success the location isn't touched.
+// The catch clauses of the flat vrnt functions. A flat function has no `try` of its own: it runs
+// its work inside one of these templates, whose name says what the callers of the function get to
+// see. Each template takes the error out-parameter, if the function has one, the value to return on
+// failure, and the work. Work without a result needs no value for failure. On success, the error
+// out-parameter is left unchanged.
 //
-// The templates differ on purpose: which function reports one failure as which kind is part of the
-// interface that hosts rely on.
+// The templates differ on purpose: which function reports a failure as which kind of error is part
+// of the interface that hosts rely on.
 #ifndef VORNATH_FOUNDATION_BOUNDARY_HPP
 #define VORNATH_FOUNDATION_BOUNDARY_HPP
 
@@ -18,9 +19,9 @@
 
 namespace qex::vornath {
 
-/// Reports a vrnt::Exception as LibraryError with its words, a failed allocation as the
-/// out-of-memory object, and anything else as OtherError with "Unknown error.", whatever it says of
-/// itself.
+/// Reports a vrnt::Exception as LibraryError with its message, a failed allocation as the
+/// out-of-memory object, and anything else as OtherError with "Unknown error.", even if it has a
+/// message of its own.
 template <typename Work>
 std::invoke_result_t<Work> reportLibraryErrorsOrUnknown(vrntValuesError_t** error,
                                                         std::invoke_result_t<Work> failure,
@@ -37,9 +38,9 @@ std::invoke_result_t<Work> reportLibraryErrorsOrUnknown(vrntValuesError_t** erro
   return failure;
 }
 
-/// Reports a vrnt::Exception as LibraryError with its words, a failed allocation as the
-/// out-of-memory object, another std::exception as OtherError with its words, and anything else as
-/// OtherError with "Unknown error.".
+/// Reports a vrnt::Exception as LibraryError with its message, a failed allocation as the
+/// out-of-memory object, another std::exception as OtherError with its message, and anything else
+/// as OtherError with "Unknown error.".
 template <typename Work>
 std::invoke_result_t<Work> reportEveryError(vrntValuesError_t** error,
                                             std::invoke_result_t<Work> failure, Work&& work) {
@@ -57,8 +58,8 @@ std::invoke_result_t<Work> reportEveryError(vrntValuesError_t** error,
   return failure;
 }
 
-/// Reports a failed allocation as the out-of-memory object and every other std::exception, a
-/// vrnt::Exception among them, as OtherError with its words. Anything else passes through.
+/// Reports a failed allocation as the out-of-memory object, and every other std::exception,
+/// including vrnt::Exception, as OtherError with its message. Anything else passes through.
 template <typename Work>
 std::invoke_result_t<Work> reportOutOfMemoryOrOther(vrntValuesError_t** error,
                                                     std::invoke_result_t<Work> failure,
@@ -73,7 +74,7 @@ std::invoke_result_t<Work> reportOutOfMemoryOrOther(vrntValuesError_t** error,
   return failure;
 }
 
-/// reportOutOfMemoryOrOther() for a work without a result.
+/// Does the same for work without a result.
 template <typename Work>
 requires std::is_void_v<std::invoke_result_t<Work>>
 void reportOutOfMemoryOrOther(vrntValuesError_t** error, Work&& work) {
@@ -83,8 +84,7 @@ void reportOutOfMemoryOrOther(vrntValuesError_t** error, Work&& work) {
   });
 }
 
-/// Answers `failure` for everything that is thrown: for a function that reports no more than that
-/// it failed.
+/// Returns `failure` if anything is thrown. For functions that report only that they failed.
 template <typename Work>
 std::invoke_result_t<Work> reportFailureAs(std::invoke_result_t<Work> failure,
                                            Work&& work) noexcept {

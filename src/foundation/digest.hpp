@@ -1,4 +1,4 @@
-// The digest by which people compare contents with those of files.
+// The digest with which people compare asset bytes with the contents of files.
 #ifndef VORNATH_FOUNDATION_DIGEST_HPP
 #define VORNATH_FOUNDATION_DIGEST_HPP
 
@@ -7,7 +7,7 @@
 
 namespace vrnt {
 
-/// The SHA-256 digest of `size` bytes, in 64 lowercase hexadecimal digits.
+/// Returns the SHA-256 digest of `size` bytes as 64 lowercase hexadecimal digits.
 /// Errors: throws std::bad_alloc. Threads: any.
 std::string sha256Text(const void* bytes, std::size_t size);
 

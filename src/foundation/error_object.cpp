@@ -5,7 +5,7 @@
 namespace qex::vornath {
 namespace {
 
-// Keeps the object out of the destructors at unload: other destructors may still report through it.
+// Keeps the object from being destroyed at unload: other destructors may still report through it.
 union NeverDestroyed {
   constexpr NeverDestroyed() : object{OutOfMemory, "Out of memory."} {}
   // NOLINTNEXTLINE(modernize-use-equals-default): defaulted, it would be deleted
@@ -14,8 +14,9 @@ union NeverDestroyed {
   vrntValuesError_t object;
 };
 
-// The text is short enough to stand inside the string object, so nothing is allocated: the object
-// is there at compile time, or with a compiler that can't do that, when the library is loaded.
+// The text is short enough to be stored inside the string object, so nothing is allocated. The
+// object is initialised at compile time, or, if the compiler cannot do that, when the library is
+// loaded.
 NeverDestroyed outOfMemoryStorage;
 
 }  // namespace

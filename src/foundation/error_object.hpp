@@ -1,5 +1,5 @@
-// The error object of the flat vrnt functions, and the ways into it. The way back to an exception
-// is in vornath_data/detail/raise_error.hpp, for hosts and library alike.
+// The error object of the flat vrnt functions, and the functions that create it. The conversion
+// back to an exception is in vornath_data/detail/raise_error.hpp, for hosts and for the library.
 #ifndef VORNATH_FOUNDATION_ERROR_OBJECT_HPP
 #define VORNATH_FOUNDATION_ERROR_OBJECT_HPP
 
@@ -8,8 +8,8 @@
 
 #include "vornath_data/errors.h"
 
-/// What a flat function stores in its error location. `kind` says what was caught, and isn't a
-/// vrnt::ErrorCode.
+/// The object that a flat function stores in its error out-parameter. `kind` says what was caught;
+/// it is not a vrnt::ErrorCode.
 struct vrntValuesError_t {
   std::uint32_t kind;
   std::string message;
@@ -24,16 +24,16 @@ enum ErrorKind : std::uint32_t {
   OtherError = VRNT_OTHER_ERROR
 };
 
-/// The one object for every failed allocation, so that reporting one allocates nothing. It is never
-/// written and never ends: any number of threads may hold it.
+/// The one object for all failed allocations, so that reporting one allocates nothing. It is never
+/// written and never destroyed, so any number of threads may hold it.
 extern vrntValuesError_t& outOfMemoryError;
 
-/// Allocates an error object and moves `message` into it. Throws std::bad_alloc.
-/// Ownership: the caller's, ended with vrntValuesErrorDestroy().
+/// Allocates an error object and moves `message` into it.
+/// Ownership: the caller releases the object with vrntValuesErrorDestroy().
+/// Errors: throws std::bad_alloc.
 vrntValuesError_t* makeError(std::uint32_t kind, std::string message);
 
-/// Stores a new error object in `location`, or the out-of-memory object if there is no memory for
-/// one.
+/// Stores a new error object in `location`, or the out-of-memory object if memory runs out.
 void storeError(vrntValuesError_t** location, std::uint32_t kind, const char* message) noexcept;
 
 }  // namespace qex::vornath

@@ -15,10 +15,11 @@ namespace {
 
 constexpr std::size_t kSize = 16;
 
-// Tree mode sets the last-node flag in the last block, which is in every identifier that was ever
-// stored: a plain BLAKE2b of this length gives others. Its constructor allocates and a copy
-// doesn't, so that each digest begins as a copy of this one.
-// It holds no memory and never ends, since identifiers may be made while the process does.
+// The initial state of a digest. Tree mode sets the last-node flag in the last block. All stored
+// identifiers depend on this flag: a plain BLAKE2b of this length gives other digests. The
+// constructor of BLAKE2b allocates and its copy constructor does not, so each digest starts as a
+// copy of this one. It is never destroyed, since identifiers may be created while the process
+// exits; it holds no memory.
 union FreshDigest {
   FreshDigest() { new (&blake) CryptoPP::BLAKE2b(true, kSize); }
   FreshDigest(const FreshDigest&) = delete;
@@ -38,7 +39,7 @@ class Digest {
   void update(const void* data, std::size_t size) {
     if (size != 0) blake_.Update(static_cast<const CryptoPP::byte*>(data), size);
   }
-  // Leaves a fresh state behind.
+  // Resets the digest to its initial state.
   UniqueId finalize() {
     UniqueId id;
     blake_.Final(id.begin());
@@ -81,7 +82,7 @@ UniqueId& UniqueId::operator=(UniqueId&& other) noexcept {
 }
 
 UniqueId UniqueId::generate() {
-  // Its own for each call: the provider isn't for two threads at once.
+  // One for each call: two threads must not use the provider at the same time.
   const boost::uuids::uuid uuid = boost::uuids::random_generator_pure()();
   UniqueId id;
   std::copy(uuid.begin(), uuid.end(), id.begin());
@@ -98,8 +99,8 @@ bool UniqueId::isNull() const noexcept {
 UniqueId UniqueId::hash(const char* text) { return hash(text, std::strlen(text)); }
 
 UniqueId UniqueId::hash(const char* data, std::size_t size) {
-  // Not one for each thread: where there is no memory to note down that a thread's object is to end
-  // with the thread, the C library ends the process.
+  // Not thread_local: if the C library has no memory to register the destructor of a thread's
+  // object, it terminates the process.
   Digest digest;
   digest.update(data, size);
   return digest.finalize();

@@ -6,8 +6,8 @@
 namespace vrnt::detail {
 
 std::filesystem::path pathFromUtf8(const char* text) {
-  // The type of the characters is what tells the path that they are UTF-8 and not in the narrow
-  // encoding of the process.
+  // The character type tells the path that the text is UTF-8 and not in the narrow encoding of the
+  // process.
   return std::u8string(text, text + std::strlen(text));
 }
 

@@ -1,4 +1,4 @@
-// File paths as the system wants them.
+// Converts file paths to the system's form.
 #ifndef VORNATH_PLATFORM_PATH_HPP
 #define VORNATH_PLATFORM_PATH_HPP
 
@@ -6,9 +6,9 @@
 
 namespace vrnt::detail {
 
-/// The path that a UTF-8 text names, in the system's own form: wide characters where the system
-/// opens files by them, else the bytes as they stand.
-/// Errors: throws std::system_error where the text has no such form; std::bad_alloc.
+/// Converts a UTF-8 path to the system's own form: wide characters if the system opens files by
+/// them, else the unchanged bytes.
+/// Errors: throws std::system_error if the path cannot be converted; std::bad_alloc.
 std::filesystem::path pathFromUtf8(const char* text);
 
 }  // namespace vrnt::detail

@@ -9,9 +9,10 @@ namespace vrnt::data {
 
 namespace {
 
-// A large block is aligned to a huge page, so that a system that uses huge pages by itself can back
-// it with whole ones. They aren't requested: where memory is fragmented the system would compact it
-// first, which was measured to cost several times the read that fills the block.
+// Large blocks are aligned to huge pages, so that a system that uses huge pages by itself can back
+// them with whole pages. The library does not request huge pages: if memory is fragmented, the
+// system would compact it first, which was measured to cost several times the read that fills the
+// block.
 constexpr std::size_t kHugePage = std::size_t{2} << 20;
 constexpr std::size_t kLargeBlock = 2 * kHugePage;
 
@@ -19,7 +20,7 @@ void* allocateBytes(std::size_t size) {
 #if defined(__unix__) || defined(__APPLE__)
   if (size >= kLargeBlock) {
     void* bytes = nullptr;
-    // Like memory from malloc, it is freed by `free`, which is the block's release function.
+    // The block's release function is `free`, which frees this memory as it frees that of malloc.
     return posix_memalign(&bytes, kHugePage, size) == 0 ? bytes : nullptr;
   }
 #endif

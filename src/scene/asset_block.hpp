@@ -1,4 +1,4 @@
-// The blocks of asset bytes that the library allocates itself.
+// Allocation of asset bytes by the library itself.
 #ifndef VORNATH_SCENE_ASSET_BLOCK_HPP
 #define VORNATH_SCENE_ASSET_BLOCK_HPP
 
@@ -8,11 +8,12 @@
 
 namespace vrnt::data {
 
-/// Allocates a block of `size` bytes, uninitialised, behind its five fields.
+/// Allocates an asset block: its five fields, followed by `size` uninitialised bytes.
 /// Errors: throws std::bad_alloc.
 AssetHandle allocateAsset(std::size_t size);
 
-/// Makes the handle, which is not null, the only owner of its bytes, by a copy if they are shared.
+/// Makes the handle the only owner of its bytes, and copies them if they are shared. The handle
+/// must not be null.
 /// Result: the bytes, for writing.
 /// Errors: throws std::bad_alloc, with nothing changed.
 void* makeUnique(AssetHandle& handle);

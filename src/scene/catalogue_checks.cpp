@@ -1,5 +1,5 @@
-// A record goes to scene files as it lies in memory, so that each of its bytes belongs to a member.
-// That is checked here, once for the whole build: the sizes of the members add up to that of the
+// Scene files contain the bytes of records, so every byte of a record must belong to a member. This
+// file checks it once for the whole build: the sizes of the members add up to the size of the
 // record.
 #include <cstddef>
 

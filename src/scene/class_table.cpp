@@ -63,8 +63,9 @@ requires(kGroupCount<Desc> != 0) struct SizeOfGroups<Desc> {
   static constexpr std::size_t kAlignment = alignof(typename Desc::Groups);
 };
 
-// A Desc has its slots in order and its groups behind them, and nothing else. Its lists aren't
-// plain bytes, so that their offsets follow from this; tests hold them against the members.
+// A Desc consists of its slots in order, followed by its groups. The offsets of the slots follow
+// from this; offsetof is not used, since lists are not plain bytes. Tests compare the offsets with
+// the members.
 template <typename Desc, typename OnSlot>
 constexpr void forEachSlotOffset(const OnSlot& onSlot) {
   std::size_t end = 0;
@@ -106,7 +107,7 @@ constexpr std::array<SlotEntry, kTotalSlotCount> kSlotTable = makeSlotTable();
 
 namespace {
 
-// The slots whose references are counted, those with the same target side by side.
+// The slots whose references are counted, ordered by target.
 struct Referrers {
   std::array<const SlotEntry*, kTotalSlotCount> slots{};
   std::array<std::size_t, kClassCount + 1> first{};
@@ -130,7 +131,8 @@ constexpr Referrers makeReferrers() {
 
 constexpr Referrers kReferrers = makeReferrers();
 
-// The number of single slots. They come first and lie side by side, in scene files too.
+// Returns the number of single slots, which must be the first members, without gaps: scene files
+// contain them as one block.
 constexpr std::uint32_t countSingleSlots(std::span<const SlotEntry> slots) {
   std::uint32_t count = 0;
   while (count < slots.size() && slots[count].form == SlotForm::Single) {

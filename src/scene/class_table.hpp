@@ -1,5 +1,6 @@
-// The catalogue as constant tables: what code that is the same for all classes looks up by number.
-// Each is derived from the class's header; visitClass() leads to the C++ types.
+// The catalogue as constant tables, for code that is the same for all classes and looks classes,
+// groups and slots up by index. The tables are derived from the headers of the classes. For the C++
+// types of a class, use visitClass().
 #ifndef VORNATH_SCENE_CLASS_TABLE_HPP
 #define VORNATH_SCENE_CLASS_TABLE_HPP
 
@@ -16,8 +17,8 @@ namespace vrnt::data {
 struct GroupEntry {
   const char* name;       ///< static
   const char* schema;     ///< static, in canonical text
-  std::uint32_t offset;   ///< of the record in the class's Groups, in bytes
-  std::uint32_t size;     ///< of the record, in bytes
+  std::uint32_t offset;   ///< offset of the record in the class's Groups, in bytes
+  std::uint32_t size;     ///< size of the record, in bytes
   std::uint32_t ordinal;  ///< index in kGroupTable
 };
 
@@ -34,25 +35,25 @@ struct SlotEntry {
   ReferenceKind kind;
   ObjectClass target;     ///< a class, or kEmitterTarget
   ObjectClass owner;      ///< the class that has the slot
-  std::uint32_t offset;   ///< in the class's Desc, in bytes
+  std::uint32_t offset;   ///< offset in the class's Desc, in bytes
   std::uint32_t ordinal;  ///< index in kSlotTable
   SlotForm form;
 };
 
-/// A class, or SceneData, which has groups only.
+/// A class, or SceneData, which has only groups.
 struct ClassEntry {
   const char* name;  ///< static; null for SceneData
   ObjectKind kind;
   bool hasValue;
-  std::uint32_t singleSlots;  ///< the first slots are single ones, this many; all others are lists
+  std::uint32_t singleSlots;  ///< number of single slots; they come first, and lists follow
   std::span<const GroupEntry> groups;
   std::span<const SlotEntry> slots;
-  /// The slots of all classes that refer to objects of this one, except coded lists.
+  /// The slots of all classes that refer to objects of this class, without coded lists.
   std::span<const SlotEntry* const> referrers;
 };
 
-/// Where the groups and slots of a class begin in the tables of all groups and slots. Behind the
-/// last class are the groups of SceneData, and then the end.
+/// The indices at which the groups and slots of a class begin in the tables of all groups and
+/// slots. The last class is followed by SceneData, and SceneData by the sizes of the tables.
 struct FirstEntry {
   std::size_t group;
   std::size_t slot;
@@ -80,35 +81,35 @@ extern const std::array<SlotEntry, kTotalSlotCount> kSlotTable;
 /// All classes in order, SceneData last.
 extern const std::array<ClassEntry, kClassCount + 1> kClassTable;
 
-/// The entry of a class.
+/// Returns the entry of a class.
 inline const ClassEntry& classEntry(ObjectClass objectClass) {
   return kClassTable[static_cast<std::size_t>(objectClass)];
 }
 
-/// The position of a Desc's class in kClassTable.
+/// The index of a Desc's class in kClassTable.
 template <typename Desc>
 inline constexpr std::size_t kClassIndex = static_cast<std::size_t>(ClassInfo<Desc>::kClass);
 template <>
 inline constexpr std::size_t kClassIndex<SceneData> = kClassCount;
 
-/// The entry of a Desc's class.
+/// Returns the entry of a Desc's class.
 template <typename Desc>
 const ClassEntry& classEntry() {
   return kClassTable[kClassIndex<Desc>];
 }
 
-/// The entry of the class with that number; null if it is no class.
+/// Returns the entry of the class with the code `number`; null if no class has it.
 inline const ClassEntry* findClass(std::uint32_t number) {
   return number < kClassCount ? &kClassTable[number] : nullptr;
 }
 
-/// findClass(), with the entry of SceneData for all bits set.
+/// Does the same as findClass(), but returns the entry of SceneData if all bits are set.
 inline const ClassEntry* findClassOrSceneData(std::uint32_t number) {
   if (number == static_cast<std::uint32_t>(ObjectClass::SceneData)) return &classEntry<SceneData>();
   return findClass(number);
 }
 
-/// The group of a class at a position; null past the last one.
+/// Returns the group of a class with the index `position`; null if there is none.
 inline const GroupEntry* findGroup(const ClassEntry& owner, std::uint32_t position) {
   return position < owner.groups.size() ? &owner.groups[position] : nullptr;
 }
@@ -118,7 +119,7 @@ const GroupEntry* findGroup(std::uint32_t position) {
   return &kGroupTable[kFirstEntries[kClassIndex<Desc>].group + position];
 }
 
-/// The slot of a class at a position; null past the last one.
+/// Returns the slot of a class with the index `position`; null if there is none.
 inline const SlotEntry* findSlot(const ClassEntry& owner, std::uint32_t position) {
   return position < owner.slots.size() ? &owner.slots[position] : nullptr;
 }

@@ -1,4 +1,5 @@
-// The flat queries of the catalogue: a look-up in its tables. All of them answer any number.
+// The flat queries of the catalogue. Each is a look-up in its tables, and accepts any code or
+// index.
 #include "scene/class_table.hpp"
 #include "scene/group_type.hpp"
 #include "vornath_data/catalogue.h"
@@ -71,8 +72,8 @@ std::uint32_t vrdmReferenceCount(std::uint32_t objectClass) {
 vrdmReferenceInfo vrdmReferenceType(std::uint32_t objectClass, std::uint32_t slot) {
   const ClassEntry* const owner = findClassOrSceneData(objectClass);
   if (!owner) return kNoSuchSlot;
-  // Hosts rely on two different answers for no slot: they tell a class without any from a position
-  // past the end.
+  // Hosts rely on two different results if there is no such slot: one for a class without slots,
+  // and one for an index past the end.
   if (owner->slots.empty()) return kClassWithoutSlots;
   const SlotEntry* const found = findSlot(*owner, slot);
   if (!found) return kNoSuchSlot;

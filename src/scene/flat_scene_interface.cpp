@@ -1,6 +1,6 @@
-// The flat functions over scenes. visitClass() leads from a class number to the class's Desc, and
-// each function says there, kind by kind, what the class allows; groups and slots are looked up in
-// the class's table. No exception is caught.
+// The flat functions for scenes. Each calls visitClass() to get the Desc of a class code, and then
+// distinguishes what the kind of class allows. Groups and slots are looked up in the class's table.
+// No exception is caught.
 #include <cstring>
 #include <new>
 
@@ -34,10 +34,10 @@ using vrnt::data::visitClass;
 
 namespace {
 
-/// Not an index: nothing was added.
+/// Returned instead of an index if nothing was added.
 constexpr std::uint32_t kNothingAdded = UINT32_MAX;
 
-// The answers for a number that is no class.
+// The results for an invalid class code.
 constexpr auto answerFalse = [] { return false; };
 constexpr auto answerZero = [] { return std::uint32_t{0}; };
 template <typename T>
@@ -45,7 +45,7 @@ constexpr T* answerNull() {
   return nullptr;
 }
 
-// A host's descriptor, which need not be aligned.
+// Copies a host's descriptor, which need not be aligned.
 template <typename Desc>
 Desc readDesc(const void* bytes) {
   Desc desc;
@@ -53,7 +53,7 @@ Desc readDesc(const void* bytes) {
   return desc;
 }
 
-// The groups of an object; null for a class without groups.
+// Returns the records of an object's groups; null for a class without groups.
 const void* groupsOf(const Scene& scene, std::uint32_t objectClass, std::int32_t index) {
   return visitClass(
       objectClass,
@@ -89,7 +89,7 @@ vrntValue_t* vrdmGetSceneDataValue(const Scene* scene, std::uint32_t group) {
 
 bool vrdmSetSceneDataValue(Scene* scene, std::uint32_t group, const vrntValue_t* value) {
   const GroupEntry* const found = findGroup<SceneData>(group);
-  // Unlike for the groups of an object, no counter is incremented before the check.
+  // Unlike vrdmSetDataValue(), increments no counter before the check.
   if (!found || !vrnt::data::hasGroupType(value, *found)) return false;
   ++scene->versions.groups[group];
   ++scene->versions.version;
@@ -154,7 +154,7 @@ std::uint32_t vrdmAddProgram(Scene* scene, std::uint32_t objectClass, const char
           return kNothingAdded;
         }
       },
-      // Hosts know that an addition past the last class looks like index 0.
+      // Hosts rely on this: the result for an invalid class code looks like index 0.
       answerZero);
 }
 
@@ -249,7 +249,7 @@ bool vrdmSetDataValue(Scene* scene, std::uint32_t objectClass, std::int32_t inde
       objectClass,
       [=](auto tag) {
         using Desc = typename decltype(tag)::Desc;
-        // The class counts the attempt: only the object's own counters wait for the check.
+        // The counters of class and scene count the attempt; those of the object only a success.
         if constexpr (kIsInstance<Desc>) vrnt::data::countClassChange<Desc>(*scene);
         if constexpr (kGroupCount<Desc> == 0) {
           return false;
@@ -293,7 +293,7 @@ bool vrdmSetInstanceValue(Scene* scene, std::uint32_t objectClass, std::int32_t 
           ++object.version;
           vrnt::data::countClassChange<Desc>(*scene);
         }
-        // For an instance without a value nothing is done, and the answer is true all the same.
+        // An instance of a class without values stays as it is, and the result is still true.
         return kIsInstance<Desc>;
       },
       answerFalse);
@@ -318,7 +318,7 @@ std::int32_t vrdmGetReference(const Scene* scene, std::uint32_t objectClass, std
       [] { return std::int32_t{0}; });
 }
 
-// Hosts link to both names of each pair; the kind of slot alone decides what is meant.
+// Hosts link to both names of each pair. The two do the same: the slot decides what is accessed.
 std::int32_t vrdmGetReferenceCount(const Scene* scene, std::uint32_t objectClass,
                                    std::int32_t index, std::uint32_t slot) {
   return vrdmGetReference(scene, objectClass, index, slot);
@@ -381,7 +381,7 @@ std::int32_t* vrdmModifyReferenceList(Scene* scene, std::uint32_t objectClass, s
           if (!found) return nullptr;
           auto& object = vrnt::data::writable<Desc>(*scene).at(index);
           vrnt::data::noteListHandedOut<Desc>(*scene, *found, index);
-          // Also for a single slot: a host may call this just to record a change.
+          // Counts also for a single slot: a host may call this only to record a change.
           vrnt::data::countReferenceChange(object);
           return vrnt::data::referenceElements(&object.desc, *found);
         }

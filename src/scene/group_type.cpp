@@ -10,7 +10,7 @@ namespace vrnt::data {
 
 namespace {
 
-// `annotated` is stored last: whoever reads it can read the other one.
+// `annotated` is stored last: a thread that finds it can also read `plain`.
 struct CachedType {
   std::atomic<vrntType_t*> annotated{nullptr};
   std::atomic<vrntType_t*> plain{nullptr};
@@ -18,8 +18,8 @@ struct CachedType {
 
 constinit std::array<CachedType, kTotalGroupCount> cachedTypes{};
 
-// Releases the handles before the library is unloaded. It is constructed after the first parse, so
-// that it is destroyed before the factory of types is.
+// Releases the handles before the library is unloaded. It is constructed after the first parse and
+// therefore destroyed before the factory of types.
 struct CacheRelease {
   ~CacheRelease() {
     for (CachedType& cached : cachedTypes) {
@@ -29,8 +29,8 @@ struct CacheRelease {
   }
 };
 
-// Moves the handle into the place, or releases it if another thread was first. The two threads may
-// have different annotated types of one schema.
+// Stores the handle in `place`, or releases it if another thread has stored one already. Two
+// threads may get different annotated types for one schema.
 void publish(std::atomic<vrntType_t*>& place, TypeHandle type) {
   vrntType_t* expected = nullptr;
   if (place.compare_exchange_strong(expected, type.get(), std::memory_order_acq_rel)) {
@@ -57,7 +57,7 @@ GroupType groupType(const GroupEntry& group) {
 }
 
 TypeHandle newGroupType(const GroupEntry& group) {
-  groupType(group);  // held from now on, so that the parse finds it
+  groupType(group);  // from now on the type is held, so the parse finds it
   return valueOrThrow(TypeHandle::parse(group.schema));
 }
 

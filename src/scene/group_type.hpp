@@ -8,21 +8,22 @@
 
 namespace vrnt::data {
 
-/// The type of a group in its two forms. Both handles are borrowed: the library holds them until it
-/// is unloaded.
+/// The type of a group, with and without metadata. Both handles are borrowed: the library holds
+/// them until it is unloaded.
 struct GroupType {
-  vrntType_t* annotated;  ///< what the schema says, with defaults, limits and labels
-  vrntType_t* plain;      ///< the same without metadata: the type that values of the group have
+  vrntType_t* annotated;  ///< the type of the schema, with defaults, limits and labels
+  vrntType_t* plain;      ///< the same type without metadata, which values of the group have
 };
 
-/// The type of a group of kGroupTable. The first call for a group parses its schema, later ones
-/// read two words. Errors: throws the vrnt::Exception of TypeHandle::parse(); the next call then
-/// tries again. Threads: any.
+/// Returns the type of a group of kGroupTable. The first call for a group parses its schema, later
+/// calls read two words.
+/// Errors: throws the vrnt::Exception of TypeHandle::parse(); the next call then tries again.
+/// Threads: any.
 GroupType groupType(const GroupEntry& group);
 
-/// The annotated type as a parse of the schema gives it at this moment, for a host of its own. That
-/// is the type that groupType() holds, unless a parse of another spelling took its text's place in
-/// the table of types.
+/// Parses the schema and returns the type, with a new reference, for a host. This is the annotated
+/// type that groupType() holds, unless the parse of another spelling has replaced it in the table
+/// of canonical texts.
 /// Errors: as groupType(). Threads: any.
 TypeHandle newGroupType(const GroupEntry& group);
 

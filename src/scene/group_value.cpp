@@ -6,7 +6,7 @@ namespace vrnt::data {
 
 Value groupValue(const void* groups, const GroupEntry& group) {
   Value value = valueOrThrow(Value::create(groupType(group).plain, false));
-  // A new value's block isn't shared, so the write can't fail.
+  // The block of a new value is not shared, so the write cannot fail.
   vrntValuesError_t* error = nullptr;
   vrntValueWrite(value.address(), 0, static_cast<const char*>(groups) + group.offset, group.size,
                  &error);

@@ -1,5 +1,5 @@
-// Reading and writing the record of a group as a value of the group's type. The groups of an
-// object, or those of a scene as a whole, are given as plain memory.
+// Reads and writes the record of a group as a value of the group's type. `groups` points to the
+// records of an object, or to the scene-wide records.
 #ifndef VORNATH_SCENE_GROUP_VALUE_HPP
 #define VORNATH_SCENE_GROUP_VALUE_HPP
 
@@ -11,20 +11,20 @@
 
 namespace vrnt::data {
 
-/// A new value of the group's type with a copy of the group's record.
-/// Errors: std::bad_alloc.
+/// Returns a new value of the group's type with a copy of the group's record.
+/// Errors: throws std::bad_alloc, and as groupType() does.
 Value groupValue(const void* groups, const GroupEntry& group);
 
-/// Whether a value may be written to the group: its type is the group's.
-/// Errors: as groupType().
+/// Returns whether a value has the group's type, so that it can be written to the group.
+/// Errors: throws as groupType() does.
 inline bool hasGroupType(const vrntValue_t* value, const GroupEntry& group) {
-  // A value's type has no metadata, and two types without metadata are equal only if they are one.
+  // A value's type has no metadata. Types without metadata are equal only if they are identical.
   const vrntType_t* const type = vrntValueType(value);
   const GroupType expected = groupType(group);
   return type == expected.plain || vrntTypeIsEqual(type, expected.annotated) != 0;
 }
 
-/// Copies a value, which has the group's type, over the group's record.
+/// Copies a value over the group's record. The value must have the group's type.
 inline void storeGroupValue(void* groups, const GroupEntry& group, const vrntValue_t* value) {
   std::memcpy(static_cast<char*>(groups) + group.offset, vrntValueData(value), group.size);
 }

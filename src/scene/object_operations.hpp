@@ -1,5 +1,5 @@
-// Adding, changing and removing objects, written once for all classes. A class is named by its
-// Desc.
+// Adds, changes and removes objects. Each operation is written once for all classes; its template
+// parameter is the Desc of the class.
 #ifndef VORNATH_SCENE_OBJECT_OPERATIONS_HPP
 #define VORNATH_SCENE_OBJECT_OPERATIONS_HPP
 
@@ -28,21 +28,22 @@ inline constexpr bool kIsAsset = ClassInfo<Desc>::kKind == ObjectKind::Asset;
 template <typename Desc>
 inline constexpr bool kIsInstance = ClassInfo<Desc>::kKind == ObjectKind::Instance;
 
-/// Increments the counters of the class and of the scene: an object was added, removed or changed.
+/// Increments the change counters of the class and of the scene. Called when an object is added,
+/// removed or changed.
 template <typename Desc>
 void countClassChange(Scene& scene) {
   ++scene.versions.classes[static_cast<std::size_t>(ClassInfo<Desc>::kClass)];
   ++scene.versions.version;
 }
 
-/// Increments the object's counters of its references and of any change.
+/// Increments the object's change counter and its counter of reference changes.
 template <typename Desc>
 void countReferenceChange(Instance<Desc>& object) {
   ++object.referencesVersion;
   ++object.version;
 }
 
-/// Increments every counter of the object.
+/// Increments all change counters of the object.
 template <typename Desc>
 void countWholeChange(Instance<Desc>& object) {
   ++object.version;
@@ -52,14 +53,15 @@ void countWholeChange(Instance<Desc>& object) {
   }
 }
 
-/// Memory for a program's text and its terminator, all zero. Errors: throws std::bad_alloc.
+/// Allocates zeroed memory for a program's text and its terminating NUL.
+/// Errors: throws std::bad_alloc.
 inline char* allocateText(std::size_t length) {
   auto* text = static_cast<char*>(std::calloc(length + 1, 1));
   if (!text) throw std::bad_alloc();
   return text;
 }
 
-/// Adds a program with a copy of the text.
+/// Adds a program with a copy of the text. Returns its index.
 template <typename Source>
 std::uint32_t addProgram(Scene& scene, const char* text, std::size_t length) {
   Program<Source> added;
@@ -74,7 +76,7 @@ std::uint32_t addProgram(Scene& scene, const char* text, std::size_t length) {
   return index;
 }
 
-/// Adds an asset that shares the bytes.
+/// Adds an asset that shares the bytes. Returns its index.
 template <typename Desc>
 std::uint32_t addAsset(Scene& scene, const Desc& desc, AssetHandle storage) {
   const UniqueId id = UniqueId::generate();
@@ -86,8 +88,8 @@ std::uint32_t addAsset(Scene& scene, const Desc& desc, AssetHandle storage) {
   return index;
 }
 
-/// Replaces an asset's descriptor, and its bytes by a copy of as many as the new descriptor says.
-/// Whether the slot is live isn't checked: this makes a free slot live.
+/// Replaces an asset's descriptor, and replaces its bytes by a copy of `bytes`, whose size follows
+/// from the new descriptor. Does not check whether the slot is live: a free slot becomes live.
 /// Errors: throws std::bad_alloc, with nothing changed.
 template <typename Desc>
 void updateAsset(Scene& scene, std::int32_t index, const Desc& desc, const void* bytes) {
@@ -100,8 +102,8 @@ void updateAsset(Scene& scene, std::int32_t index, const Desc& desc, const void*
   countClassChange<Desc>(scene);
 }
 
-/// Adds an object with the class's defaults. What the slot's former object left of its value stays,
-/// and the counters go on from where they were.
+/// Adds an object with the defaults of its class. Returns its index. If the slot was used before,
+/// the new object keeps the value of the former object, and its change counters continue.
 template <typename Desc>
 std::uint32_t createInstance(Scene& scene) {
   auto& container = writable<Desc>(scene);
@@ -115,7 +117,7 @@ std::uint32_t createInstance(Scene& scene) {
   return index;
 }
 
-/// Frees a slot. References to the object stay as they are.
+/// Removes an object and frees its slot. References to the object do not change.
 template <typename Desc>
 void removeObject(Scene& scene, std::int32_t index) {
   countClassChange<Desc>(scene);
@@ -125,8 +127,8 @@ void removeObject(Scene& scene, std::int32_t index) {
   container.freed(index);
 }
 
-/// Replaces the list "textures" of an object, if its class has one, by the textures that the
-/// object's value names. No counter is incremented.
+/// Replaces the list "textures" of an object by the textures that its value refers to, if the class
+/// has such a list. Increments no change counter.
 /// Errors: throws std::bad_alloc, with nothing changed.
 template <typename Desc>
 void updateTextureReferences(Scene& scene, std::int32_t index) {

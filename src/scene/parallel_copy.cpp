@@ -17,8 +17,9 @@ namespace {
 constexpr std::size_t kParallelFrom = 0x100000;  // bytes
 constexpr std::size_t kPieces = 16;
 
-// A scheduler that had no memory to start with lets every call of it wait for ever, also one that
-// came while it started: one thread starts it, and after a failure it isn't called again.
+// If the scheduler runs out of memory while it starts, each call to it waits for ever, even a call
+// that was made during the start. Therefore one thread starts it, and after a failure it is not
+// called again.
 std::atomic<bool> schedulerFailed{false};
 
 bool schedulerRuns() {
@@ -36,7 +37,7 @@ bool schedulerRuns() {
 void shareOut(std::size_t size,
               const std::function<void(std::size_t start, std::size_t length)>& copy) {
   tbb::this_task_arena::isolate([&] {
-    // Of its own, so that a task of the host's that is cancelled still gets the whole copy.
+    // With a context of its own, the copy is completed even if the host cancels the calling task.
     tbb::task_group_context context(tbb::task_group_context::isolated);
     tbb::parallel_for(
         tbb::blocked_range<std::size_t>(0, size, (kPieces - 1 + size) / kPieces),
@@ -54,7 +55,7 @@ void forEachCopyPiece(std::size_t size,
       shareOut(size, copy);
       return;
     } catch (...) {
-      // No task of the copy is left when the scheduler gives up.
+      // When the scheduler gives up, no task of the copy is left.
       schedulerFailed.store(true, std::memory_order_relaxed);
     }
   }
@@ -62,7 +63,7 @@ void forEachCopyPiece(std::size_t size,
 }
 
 void parallelMemcpy(void* destination, const void* source, std::size_t size) {
-  // With a size of 0 the places may be null, which memcpy doesn't take.
+  // If the size is 0, the pointers may be null, which memcpy does not allow.
   if (size == 0) return;
   forEachCopyPiece(size, [=](std::size_t start, std::size_t length) {
     std::memcpy(static_cast<char*>(destination) + start, static_cast<const char*>(source) + start,

@@ -19,9 +19,9 @@ T load(const void* record, std::size_t offset) {
 
 constexpr std::uint32_t mask(bool condition) { return condition ? ~std::uint32_t{0} : 0; }
 
-// All ones for floats that aren't equal as numbers. The processor's comparison isn't used: a host
-// may have set it to treat small numbers as zeros. No branches, so that the loop over words
-// vectorises.
+// Returns all ones if two floats are not equal as numbers, else 0. It does not use the processor's
+// comparison, since a host may have configured the processor to treat small numbers as zeros. It
+// has no branches, so that the loop over words can be vectorised.
 constexpr std::uint32_t floatsDiffer(std::uint32_t a, std::uint32_t b) {
   constexpr std::int32_t kInfinity = 0x7F800000;
   const std::uint32_t notBothZero = mask(((a | b) << 1) != 0);
@@ -47,7 +47,7 @@ void RecordComparison::add(const vrntType_t* type, std::size_t offset) {
     case VRNT_DESCRIPTOR_ARRAY:
       return addArray(type, offset);
     case VRNT_DESCRIPTOR_BASE:
-      // The spectrum struct has the descriptor of a base type.
+      // The spectrum is a struct with the descriptor of a base type.
       if (vrntTypeBasetype(type) == VRNT_BASETYPE_STRUCT) return addStruct(type, offset);
       return addLanes(type, offset);
     default:
@@ -67,7 +67,7 @@ void RecordComparison::addArray(const vrntType_t* type, std::size_t offset) {
   const TypeHandle element = TypeHandle::adopt(vrntTypeElementType(type));
   const std::size_t end = offset + vrntTypeSize(type);
   const std::size_t step = vrntTypeSize(element.get());
-  // Elements of no size are arrays of none themselves.
+  // An element whose size is 0 is itself an array without elements.
   for (; step != 0 && offset < end; offset += step) add(element.get(), offset);
 }
 

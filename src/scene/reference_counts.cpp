@@ -13,10 +13,10 @@ namespace vrnt::data {
 
 namespace {
 
-// A count for each word that a slot can hold.
+// The number of occurrences of each word in a slot.
 class WordCounts {
  public:
-  // Counts a word once more, if that takes no memory. Result: whether it was counted.
+  // Increments the count of a word if that needs no memory. Returns whether it did.
   bool increment(std::int32_t word) noexcept {
     if (word == -1) {
       ++unset_;
@@ -28,21 +28,22 @@ class WordCounts {
     return true;
   }
 
-  // Counts a word once more that increment() didn't. Words below `targets`, the size of the
-  // container that is referred to, take four bytes each. Others refer to nothing and take more:
-  // there are at most `maxInvalid`. Result: false, with nothing changed, if there would be more.
+  // Increments the count of a word for which increment() returned false. `targets` is the size of
+  // the container that the slot refers to. Each word below it takes four bytes. Other words refer
+  // to nothing and take more memory, so at most `maxInvalid` of them are counted. Returns false,
+  // with nothing changed, if there would be more.
   // Errors: throws std::bad_alloc, with nothing changed.
   bool add(std::int32_t word, std::size_t targets, std::size_t maxInvalid);
 
-  // Counts a word once less. It was counted.
+  // Decrements the count of a word, which must have been counted.
   void remove(std::int32_t word) noexcept;
 
   std::uint32_t count(std::int32_t word) const noexcept;
 
  private:
-  std::uint32_t unset_ = 0;            // of -1, by far the most frequent word
-  std::vector<std::uint32_t> counts_;  // of the words from 0
-  // Of all words that are neither -1 nor indices of counts_.
+  std::uint32_t unset_ = 0;            // the count of -1, by far the most frequent word
+  std::vector<std::uint32_t> counts_;  // the counts of the words from 0 on
+  // The counts of all other words: neither -1 nor an index of counts_.
   std::unordered_map<std::int32_t, std::uint32_t> invalid_;
 };
 
@@ -91,15 +92,15 @@ std::uint32_t WordCounts::count(std::int32_t word) const noexcept {
   return known == invalid_.end() ? 0 : known->second;
 }
 
-// The counts of one slot over all live objects of its class.
+// The counts of one slot, for all live objects of its class.
 struct SlotCounts {
   WordCounts words;
-  std::unordered_set<std::int32_t> uncounted;  // the objects whose list isn't in `words`
-  std::atomic<bool> uncountedWereRead{false};  // by a count, since they were last looked through
-  bool givenUp = false;                        // too many words that refer to nothing
+  std::unordered_set<std::int32_t> uncounted;  // the objects whose list is not in `words`
+  std::atomic<bool> uncountedWereRead{false};  // by a count, since countUnwritableLists()
+  bool givenUp = false;                        // too many words refer to nothing
 };
 
-// The counts of a scene, by the ordinals of slots; null for a slot that nobody has asked about.
+// The counts of a scene, indexed by the ordinals of slots. Null for a slot that no count has read.
 class ReferenceCounts final : public detail::Kept {
  public:
   ~ReferenceCounts() override {
@@ -112,8 +113,9 @@ class ReferenceCounts final : public detail::Kept {
   std::array<std::atomic<SlotCounts*>, kTotalSlotCount> slots_{};
 };
 
-// What a place points to, created if that is nothing. Of several threads that create it at once,
-// one stores what it made, and the others take that. Null if `create()` gives null.
+// Returns what `place` points to. If it is null, creates an object and stores it there. If several
+// threads do so at the same time, one stores its object, and all return that one. Returns null if
+// `create()` returns null.
 template <typename T, typename Create>
 T* getOrCreate(std::atomic<T*>& place, const Create& create) {
   T* present = place.load(std::memory_order_acquire);
@@ -126,7 +128,7 @@ T* getOrCreate(std::atomic<T*>& place, const Create& create) {
   return present;
 }
 
-// An object of a class that has slots.
+// An object of a class with slots.
 struct Referrer {
   const void* desc = nullptr;
   std::uint32_t listHandedOut = 0;  // 0 also for a class without a plain list
@@ -179,14 +181,16 @@ std::uint32_t containerSize(const Scene& scene, ObjectClass objectClass) noexcep
       [] { return std::uint32_t{0}; });
 }
 
-// Whether a host may write to the elements of an object's list, by a pointer that it was given.
+// Returns whether a host can still write to the elements of an object's list, through a pointer
+// that it was given.
 bool listMayBeWritten(const Scene& scene, const SlotEntry& slot,
                       const Referrer& referrer) noexcept {
   return slot.form == SlotForm::List &&
          referrer.listHandedOut == detail::SceneAccess::additions(scene, slot.owner);
 }
 
-// Calls `onWord(word)` for what a slot holds until it returns false. Result: whether it never did.
+// Calls `onWord(word)` for each word in a slot until it returns false. Returns whether it never
+// did.
 template <typename OnWord>
 bool forEachWord(const void* desc, const SlotEntry& slot, const OnWord& onWord) {
   if (slot.form == SlotForm::Single) return onWord(singleReference(desc, slot));
@@ -205,10 +209,10 @@ std::uint32_t countIn(const void* desc, const SlotEntry& slot, std::int32_t inde
   return found;
 }
 
-// countWord() for a word that WordCounts::increment() didn't count.
+// Does the same as countWord(), for a word that WordCounts::increment() did not count.
 [[gnu::noinline]] bool countNewWord(const Scene& scene, const SlotEntry& slot, SlotCounts& counts,
                                     std::int32_t word) {
-  // More words that refer to nothing than there are objects aren't worth their memory.
+  // If more words refer to nothing than there are objects, counting them is not worth the memory.
   constexpr std::size_t kFewInvalid = 4096;
   if (counts.words.add(word, containerSize(scene, slot.target),
                        kFewInvalid + containerSize(scene, slot.owner))) {
@@ -220,14 +224,14 @@ std::uint32_t countIn(const void* desc, const SlotEntry& slot, std::int32_t inde
   return false;
 }
 
-// Counts a word of a slot once more. Result: false if there are too many words that refer to
-// nothing; the counts are then given up.
+// Increments the count of a word of a slot. If too many words refer to nothing, discards the counts
+// for good and returns false.
 // Errors: throws std::bad_alloc, with nothing changed.
 bool countWord(const Scene& scene, const SlotEntry& slot, SlotCounts& counts, std::int32_t word) {
   return counts.words.increment(word) || countNewWord(scene, slot, counts, word);
 }
 
-// Reads all objects of the slot's class. Null without memory.
+// Counts the words in a slot of all objects of its class. Returns null if memory runs out.
 std::unique_ptr<SlotCounts> readCounts(const Scene& scene, const SlotEntry& slot) noexcept {
   try {
     auto counts = std::make_unique<SlotCounts>();
@@ -245,8 +249,8 @@ std::unique_ptr<SlotCounts> readCounts(const Scene& scene, const SlotEntry& slot
   }
 }
 
-// The counts of a slot, made if need be. Null without memory, and if a host may have changed any
-// object unseen.
+// Returns the counts of a slot, and creates them if necessary. Returns null if memory runs out, or
+// if a host may have changed objects without a call.
 SlotCounts* countsOf(const Scene& scene, const SlotEntry& slot) noexcept {
   if (detail::SceneAccess::handedOut(scene, slot.owner)) return nullptr;
   detail::Kept* const all = getOrCreate(detail::SceneAccess::kept(scene), [] {
@@ -257,14 +261,14 @@ SlotCounts* countsOf(const Scene& scene, const SlotEntry& slot) noexcept {
                      [&] { return readCounts(scene, slot); });
 }
 
-// The counts of a class's slots that changes must keep up to date; null if there are none.
+// Returns the counts that changes of a class's slots must update; null if there are none.
 ReferenceCounts* keptCounts(const Scene& scene, ObjectClass objectClass) noexcept {
   detail::Kept* const all = detail::SceneAccess::kept(scene).load(std::memory_order_relaxed);
   if (!all || detail::SceneAccess::handedOut(scene, objectClass)) return nullptr;
   return static_cast<ReferenceCounts*>(all);
 }
 
-// Those of one slot.
+// Returns the counts that changes of one slot must update; null if there are none.
 SlotCounts* keptCounts(ReferenceCounts* all, const SlotEntry& slot) noexcept {
   SlotCounts* const counts = all ? all->of(slot).load(std::memory_order_relaxed) : nullptr;
   return counts && !counts->givenUp ? counts : nullptr;
@@ -273,24 +277,24 @@ SlotCounts* keptCounts(const Scene& scene, const SlotEntry& slot) noexcept {
   return keptCounts(keptCounts(scene, slot.owner), slot);
 }
 
-// Those that an object takes part in.
+// Does the same for the slot of one object; null also if the object is not live.
 SlotCounts* keptCounts(const Scene& scene, const SlotEntry& slot, std::int32_t index) noexcept {
   SlotCounts* const counts = keptCounts(scene, slot);
   return counts && referrerAt(scene, slot.owner, index).live ? counts : nullptr;
 }
 
-// Those that include what an object refers to.
+// Does the same, but returns null also if the counts do not include the object's list.
 SlotCounts* countsWith(const Scene& scene, const SlotEntry& slot, std::int32_t index) noexcept {
   SlotCounts* const counts = keptCounts(scene, slot, index);
   return counts && counts->uncounted.count(index) == 0 ? counts : nullptr;
 }
 
-// Without the memory to keep them, the counts of a slot are made anew at the next need.
+// Discards the counts of a slot because memory ran out. The next count creates them again.
 void dropCounts(const Scene& scene, const SlotEntry& slot) noexcept {
   delete keptCounts(scene, slot.owner)->of(slot).exchange(nullptr);
 }
 
-// countWord() for kept counts. Result: false if there are no counts any more.
+// Does the same as countWord(), for counts that are kept. Returns false if they were discarded.
 bool addWord(const Scene& scene, const SlotEntry& slot, SlotCounts& counts,
              std::int32_t word) noexcept {
   try {
@@ -314,7 +318,7 @@ void removeAll(const SlotEntry& slot, SlotCounts& counts, const void* desc) noex
   });
 }
 
-// Nobody has a pointer to the elements of the list that an object has now.
+// Notes that an object has a new list, to whose elements no host has a pointer.
 void noteNewList(Scene& scene, const SlotEntry& slot, std::int32_t index) noexcept {
   visitClass(
       static_cast<std::uint32_t>(slot.owner),
@@ -328,8 +332,8 @@ void noteNewList(Scene& scene, const SlotEntry& slot, std::int32_t index) noexce
   if (SlotCounts* counts = keptCounts(scene, slot, index)) counts->uncounted.erase(index);
 }
 
-// Counts the lists of a slot again that can't be written to any more. It does so only after a count
-// has read them, so that it costs no more than that count did.
+// Counts those uncounted lists of a slot that no host can write to any more. It does so only after
+// a count has read these lists, so it costs no more than that count did.
 void countUnwritableLists(const Scene& scene, const SlotEntry& slot) noexcept {
   SlotCounts* const counts = keptCounts(scene, slot);
   if (!counts || !counts->uncountedWereRead.load(std::memory_order_relaxed)) return;
@@ -345,10 +349,10 @@ void countUnwritableLists(const Scene& scene, const SlotEntry& slot) noexcept {
   }
 }
 
-// The references from one slot of all live objects of its class.
+// Returns the number of references from one slot of all live objects of its class.
 std::uint32_t countReferencesFrom(const Scene& scene, const SlotEntry& slot,
                                   std::int32_t index) noexcept {
-  // An unset optional slot refers to nothing; a required one is compared as it stands.
+  // Unset optional slots do not count; unset required slots count as references to -1.
   if (slot.kind == ReferenceKind::Optional && index == -1) return 0;
   SlotCounts* const counts = countsOf(scene, slot);
   if (!counts || counts->givenUp) {
@@ -404,7 +408,7 @@ void discountRemovedObject(const Scene& scene, ObjectClass objectClass,
       }
     }
   }
-  // Hosts count before they remove.
+  // Hosts count references before they remove an object.
   for (const SlotEntry* const slot : entry.referrers) {
     if (slot->form == SlotForm::List) countUnwritableLists(scene, *slot);
   }

@@ -1,9 +1,9 @@
-// How often objects are referred to, and the changes of references that the counts keep up with.
+// Counts the references to objects, and keeps the counts up to date when references change.
 //
 // The first count for a class reads all objects that can refer to it. The scene then keeps the
 // counts of each slot that was read, and the functions below keep them up to date. What a host can
 // change without a call is read again for each count: a list whose elements were handed out for
-// writing, until the next addition to its class, which ends the pointers to them; and all objects
+// writing, until the next addition to its class invalidates the pointers to them; and all objects
 // of a class whose container was handed out for writing.
 #ifndef VORNATH_SCENE_REFERENCE_COUNTS_HPP
 #define VORNATH_SCENE_REFERENCE_COUNTS_HPP
@@ -19,13 +19,14 @@
 
 namespace vrnt::data {
 
-/// The single slots and the elements of plain lists of live objects that refer to an object. Coded
-/// lists aren't counted, which hosts know: what is used by them alone (lights, decals, shapes in
-/// light groups) has a count of 0.
+/// Returns the number of references to an object: from single slots, and from elements of plain
+/// lists, of live objects. References from coded lists are not counted, and hosts rely on this:
+/// objects that only coded lists refer to (lights, decals, shapes in light groups) have a count
+/// of 0.
 /// Threads: any number of threads may count on one scene that none of them changes.
 std::uint32_t countReferences(const Scene& scene, ObjectClass target, std::int32_t index) noexcept;
 
-/// Whether the scene keeps counts: else a change of references needs no more than to be made.
+/// Returns whether the scene keeps counts. If not, a change of references has no counts to update.
 inline bool countsAreKept(const Scene& scene) noexcept {
   return detail::SceneAccess::kept(scene).load(std::memory_order_acquire) != nullptr;
 }
@@ -42,23 +43,24 @@ void discountList(const Scene& scene, const SlotEntry& slot, std::int32_t index,
 
 }  // namespace detail
 
-/// To be called after an object became live by an addition, with what it refers to.
+/// Updates the counts for a new object. Call it after the object became live with its references.
 inline void noteAddition(Scene& scene, ObjectClass objectClass, std::uint32_t index) noexcept {
   std::uint32_t& additions = detail::SceneAccess::additions(scene, objectClass);
-  // 0 stands for a list that was never handed out.
+  // 0 means that a list was never handed out.
   if (++additions == 0) additions = 1;
   if (countsAreKept(scene)) {
     detail::countAddedObject(scene, objectClass, static_cast<std::int32_t>(index));
   }
 }
 
-/// To be called before an object is freed. It may be free already.
+/// Updates the counts for an object that is being removed. Call it before the slot is freed. The
+/// slot may be free already.
 inline void noteRemoval(Scene& scene, ObjectClass objectClass, std::int32_t index) noexcept {
   if (countsAreKept(scene)) detail::discountRemovedObject(scene, objectClass, index);
 }
 
-/// Stores a word in a single slot of an object, which has the Desc; makes a list that many elements
-/// long.
+/// Stores `word` in a single slot of an object. If the slot is a list, changes its length to `word`
+/// instead. `desc` is the object's Desc.
 /// Errors: throws std::bad_alloc, with nothing changed.
 inline void setReference(Scene& scene, const SlotEntry& slot, std::int32_t index, void* desc,
                          std::uint32_t word) {
@@ -69,12 +71,12 @@ inline void setReference(Scene& scene, const SlotEntry& slot, std::int32_t index
   }
 }
 
-/// Replaces a plain list of an object, which has the Desc.
+/// Replaces a plain list of an object. `desc` is the object's Desc.
 void replaceReferenceList(Scene& scene, const SlotEntry& slot, std::int32_t index, void* desc,
                           std::vector<std::int32_t>&& words) noexcept;
 
-/// To be called before the elements of a list are handed out for writing. Nothing is noted for
-/// coded lists and empty ones, nor for single slots.
+/// Notes that a host can write to the elements of a list. Call it before they are handed out. Does
+/// nothing for single slots, coded lists and empty lists.
 template <typename Desc>
 void noteListHandedOut(Scene& scene, const SlotEntry& slot, std::int32_t index) noexcept {
   if constexpr (detail::hasPlainList<Desc>()) {

@@ -1,4 +1,5 @@
-// How the library itself reaches the containers of a scene, and what the scene knows of their use.
+// Gives the library itself access to the containers of a scene, and to the records that the scene
+// keeps of their use.
 #ifndef VORNATH_SCENE_SCENE_ACCESS_HPP
 #define VORNATH_SCENE_SCENE_ACCESS_HPP
 
@@ -19,13 +20,13 @@ class SceneAccess {
     return scene.containers.containers_.template get<Desc>();
   }
 
-  /// Whether a host was given the class's container for writing.
+  /// Returns whether the container of a class was handed out to a host for writing.
   static bool handedOut(const Scene& scene, ObjectClass objectClass) noexcept {
     const std::uint32_t classes = scene.containers.handedOut_.load(std::memory_order_relaxed);
     return ((classes >> static_cast<unsigned>(objectClass)) & 1U) != 0;
   }
 
-  /// The number of additions to the class so far, plus one.
+  /// Returns the number of additions to a class so far, plus one.
   static std::uint32_t& additions(Scene& scene, ObjectClass objectClass) noexcept {
     return scene.containers.additions_[static_cast<std::size_t>(objectClass)];
   }
@@ -38,8 +39,8 @@ class SceneAccess {
 
 }  // namespace detail
 
-/// The container of a class for writing by the library, which keeps the reference counts in step.
-/// Scene::container() would note that a host may write to it unseen.
+/// Returns the container of a class for changes by the library, which updates the reference counts
+/// itself. Scene::container() would note that a host can change the container without a call.
 template <typename Desc>
 Container<Stored<Desc>>& writable(Scene& scene) noexcept {
   return detail::SceneAccess::container<Desc>(scene);

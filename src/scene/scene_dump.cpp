@@ -1,4 +1,4 @@
-// A scene as text. The text is fixed in every detail: people compare the dumps of two runs.
+// Prints a scene as text. Every detail of the text is fixed, since people compare dumps.
 #include <ostream>
 #include <string>
 #include <vector>
@@ -13,7 +13,7 @@ namespace vrnt::data {
 
 namespace {
 
-// The index that a word of a coded list holds. The word for no target isn't told from an index.
+// Returns the index in a word of a coded list. Treats the word for no target like an index.
 constexpr std::int32_t codedIndex(std::int32_t word) { return word < 0 ? ~word : word; }
 
 class Dump {
@@ -50,7 +50,7 @@ class Dump {
   static bool isShown(const Element& element) {
     return element.live();
   }
-  // An asset without bytes is live, but prints as a free slot.
+  // An asset without bytes is live, but is printed as a free slot.
   template <typename Desc>
   static bool isShown(const Asset<Desc>& asset) {
     return asset.live() && asset.storage.get()->size != 0;
@@ -115,7 +115,7 @@ class Dump {
     }
   }
 
-  // As the value layer prints it: the stream's settings don't apply to its numbers.
+  // Prints the text of the value layer; the stream's settings do not apply to its numbers.
   void text(const Value& value) {
     stream_ << ConstBasicView<const Value*>(&value).text() << std::endl;
   }

@@ -1,4 +1,4 @@
-// Whether two scenes have the same content.
+// Compares the content of two scenes.
 #include <cstring>
 #include <type_traits>
 #include <unordered_map>
@@ -15,7 +15,7 @@ namespace vrnt::data {
 
 namespace {
 
-// How all groups of a class are compared, as the one block in which they lie.
+// Returns the comparison for all groups of a class, which are compared as one block of memory.
 RecordComparison compareGroups(const ClassEntry& owner, std::size_t size) {
   RecordComparison comparison(size);
   for (const GroupEntry& group : owner.groups) {
@@ -39,12 +39,13 @@ bool sameReferences(const ClassEntry& owner, const void* a, const void* b) {
   return true;
 }
 
-// Whether values of the type with equal bytes print as the same text, and printing them can't fail.
-// An enum may hold a code that it doesn't declare, and a reference leads to more bytes.
+// Returns whether values of the type with equal bytes have the same text, which can be printed
+// without failure. This excludes enums, which may hold a code that they do not declare, and
+// references, whose text depends on other bytes.
 bool printsByBytes(const vrntType_t* type) {
   std::vector<const vrntType_t*> open{type};
   std::unordered_set<const vrntType_t*> seen{type};
-  // A type holds its parts.
+  // A type holds references on its parts, so borrowed handles suffice.
   const auto enter = [&](const vrntType_t* part) {
     if (seen.insert(part).second) open.push_back(part);
   };
@@ -98,7 +99,7 @@ class Comparison {
     return true;
   }
 
-  // Ids and counters aren't compared.
+  // Ids and change counters are not compared.
 
   template <typename Source>
   bool same(const Program<Source>& a, const Program<Source>& b) {
@@ -127,8 +128,8 @@ class Comparison {
     return true;
   }
 
-  // Values are equal if they print as the same text: values of two types can be, and so can two
-  // NaNs of different bits.
+  // Values are equal if they have the same text. Therefore values of different types can be equal,
+  // and so can two NaNs with different bits.
   bool sameText(const Value& a, const Value& b) {
     const vrntType_t* const type = a.type();
     if (type == b.type() && byBytes(type) &&
@@ -136,7 +137,8 @@ class Comparison {
       return true;
     }
     const std::string text = ConstBasicView<const Value*>(&a).text();
-    // A shared block has one text. It was printed all the same, because a failure must be reported.
+    // Two handles on one block have the same text. It is printed anyway, since a failure must be
+    // reported.
     return a.get() == b.get() || text == ConstBasicView<const Value*>(&b).text();
   }
 
@@ -149,7 +151,7 @@ class Comparison {
   const Scene& a_;
   const Scene& b_;
   std::unordered_map<const vrntType_t*, bool>
-      byBytes_;  // by types of values, which the scenes hold
+      byBytes_;  // the results of printsByBytes() for types that the scenes hold
 };
 
 }  // namespace

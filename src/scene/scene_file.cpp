@@ -24,11 +24,11 @@ namespace {
 
 constexpr char kMagic[8] = {'V', 'R', 'N', 'S', 'C', 'E', 'N', 'E'};
 
-// The version alone tells a file's layout, since plain records are written as they lie in memory.
-// Whoever changes a group's record, the order of groups, slots or classes, or what stands between
-// them, increments the number, adds a line here, and runs scripts/write_catalogue.py. Files of
-// other versions are not read.
-//   173  the first of this library: 18 classes, group blocks as in docs/catalogue.md
+// Only the version identifies a file's layout, since records are written as they lie in memory. If
+// you change a group's record, the order of groups, slots or classes, or the bytes between them,
+// increment the version, add a line here, and run scripts/write_catalogue.py. Files of other
+// versions are not read.
+//   173  the first version of this library: 18 classes, groups as in docs/catalogue.md
 constexpr std::uint32_t kVersion = 173;
 
 static_assert(std::endian::native == std::endian::little,
@@ -37,7 +37,7 @@ static_assert(std::endian::native == std::endian::little,
 constexpr char kLive = 1;
 constexpr char kFree = 0;
 
-// The value layer's callbacks call a function object, so that the value layer knows no stream.
+// Callback for the value layer, which knows no streams: calls the function object in `user`.
 template <typename Writer>
 void writeThrough(const void* bytes, std::uint64_t size, void* user) {
   (*static_cast<Writer*>(user))(static_cast<const char*>(bytes), static_cast<std::size_t>(size));
@@ -47,12 +47,13 @@ void readThrough(void* bytes, std::uint64_t size, void* user) {
   (*static_cast<Reader*>(user))(static_cast<char*>(bytes), static_cast<std::size_t>(size));
 }
 
-// Writes the parts of a scene to a stream, each item by one call. The stream isn't tested.
+// Writes the parts of a scene to a stream, each item by one call. Does not check the stream's
+// state.
 class SerializeObjects {
  public:
   SerializeObjects(const Scene& scene, std::ostream& stream) : scene_(scene), stream_(stream) {}
 
-  // Magic, version, id and the scene-wide groups.
+  // Writes the magic, the version, the id and the scene-wide groups.
   void header() {
     write(kMagic, sizeof(kMagic));
     write(&kVersion, sizeof(kVersion));
@@ -60,7 +61,7 @@ class SerializeObjects {
     write(&scene_.data, sizeof(scene_.data));
   }
 
-  // The section of a class.
+  // Writes the section of a class.
   template <typename Desc>
   void section() {
     const auto& container = scene_.container<Desc>();
@@ -87,7 +88,7 @@ class SerializeObjects {
     }
   }
 
-  // The value of a camera, light or material, which must have one.
+  // Writes the value of a camera, light or material, which must have one.
   // Errors: throws vrnt::Exception or std::bad_alloc, as the value layer reports.
   template <typename Desc>
   void handle(Ref<Instance<Desc>> ref) {
@@ -101,7 +102,8 @@ class SerializeObjects {
  private:
   template <typename Source>
   void record(const Program<Source>& program) {
-    // Not the stored length: a text from a file can hold a NUL, and what follows it isn't kept.
+    // Does not use the stored length: a text from a file can contain a NUL, and the text behind it
+    // is dropped.
     const char* text = program.source();
     const auto length = static_cast<std::uint32_t>(std::strlen(text));
     write(&length, sizeof(length));
@@ -112,8 +114,8 @@ class SerializeObjects {
   void record(const Asset<Desc>& asset) {
     write(asset.id.begin(), static_cast<std::size_t>(UniqueId::size()));
     write(&asset.desc, sizeof(asset.desc));
-    // As many bytes as the descriptor says: the reader knows no other number. The host must see to
-    // it that the block holds them.
+    // The size follows from the descriptor, since the reader knows no other size. The host must
+    // ensure that the block has so many bytes.
     write(asset.storage.get()->data, asset.desc.size());
   }
 
@@ -135,24 +137,25 @@ class SerializeObjects {
   std::ostream& stream_;
 };
 
-// Reads what SerializeObjects writes into a new scene, each item by one call. What the stream no
-// longer delivers keeps its preset: 0 for counts and flags, -1 for references, zero bytes.
+// Reads the output of SerializeObjects into a new scene, each item by one call. If the stream ends
+// early, the rest keeps its initial state: 0 for counts and flags, -1 for references, zero bytes.
 class DeserializeObjects {
  public:
   DeserializeObjects(Scene& scene, std::istream& stream) : scene_(scene), stream_(stream) {}
 
-  // The scene-wide groups.
+  // Reads the scene-wide groups.
   void sceneData() { read(&scene_.data, sizeof(scene_.data)); }
 
-  // The section of a class.
+  // Reads the section of a class.
   template <typename Desc>
   void section() {
     auto& container = writable<Desc>(scene_);
-    // Not checked, nor are the counts and sizes below: how much a stream still holds isn't known.
+    // Neither this count nor the counts and sizes below are checked: the remaining length of a
+    // stream is unknown.
     const std::uint32_t count = readCount();
-    // Each slot is constructed just before it is read, so that its memory is in the cache.
+    // Constructs each slot just before it is read, so that its memory is in the cache.
     container.slots.reserve(count);
-    // A failed stream would only deliver flags of 0.
+    // A failed stream would only return flags of 0.
     for (std::uint32_t i = 0; i < count && !stream_.fail(); ++i) {
       container.grow(i + 1);
       char flag = kFree;
@@ -184,7 +187,7 @@ class DeserializeObjects {
     container.grow(count);
   }
 
-  // The value of a camera, light or material.
+  // Reads the value of a camera, light or material.
   // Errors: throws vrnt::Exception or std::bad_alloc, as the value layer reports.
   template <typename Desc>
   void handle(Ref<Instance<Desc>> ref) {
@@ -217,7 +220,7 @@ class DeserializeObjects {
     asset.storage = std::move(storage);
   }
 
-  // The object is new, so that its single slots hold -1.
+  // The object is new, so its single slots hold -1.
   void references(const ClassEntry& owner, void* desc) {
     if (owner.singleSlots != 0) read(desc, singleReferencesSize(owner));
     for (const SlotEntry& slot : owner.slots.subspan(owner.singleSlots)) {
@@ -231,7 +234,7 @@ class DeserializeObjects {
     stream_.read(static_cast<char*>(bytes), static_cast<std::streamsize>(size));
   }
 
-  // Zero where the stream delivers no more.
+  // Reads bytes; those behind the end of the stream become zero.
   void readOrZero(char* bytes, std::size_t size) {
     read(bytes, size);
     const auto delivered = static_cast<std::size_t>(stream_.gcount());
@@ -248,10 +251,11 @@ class DeserializeObjects {
   std::istream& stream_;
 };
 
-// A scene is written and read item by item, most of them small.
+// The size of the stream's buffer in bytes: most items of a scene are small.
 constexpr std::size_t kBufferSize = std::size_t{1} << 20;
 
-// Gives a stream that isn't open yet its buffer, which must outlive it, and opens it.
+// Sets the buffer of a stream, which must not be open yet, and opens it. The buffer must outlive
+// the stream.
 template <typename Stream>
 void openBuffered(Stream& stream, char* buffer, const char* path, std::ios::openmode mode) {
   stream.rdbuf()->pubsetbuf(buffer, static_cast<std::streamsize>(kBufferSize));

@@ -1,4 +1,4 @@
-// Scene files by their path. docs/scene_format.md has the layout of what Scene::serialize() writes.
+// Writes and reads scene files by their path. docs/scene_format.md describes their format.
 #ifndef VORNATH_SCENE_SCENE_FILE_HPP
 #define VORNATH_SCENE_SCENE_FILE_HPP
 
@@ -8,14 +8,14 @@
 
 namespace vrnt::data {
 
-/// Writes a scene to a file, in place of a file that exists. The path is UTF-8. A file that can't
-/// be opened or written isn't reported: the host finds out by reading it. Errors: as
-/// Scene::serialize().
+/// Writes a scene to a file, and replaces an existing file. The path is UTF-8. Does not report that
+/// a file cannot be opened or written: to find out, the host reads the file.
+/// Errors: throws as Scene::serialize() does.
 void writeSceneFile(const Scene& scene, const char* path);
 
-/// Reads a scene from a file, with the id that is stored there. The path is UTF-8.
+/// Reads a scene from a file, with the id that the file contains. The path is UTF-8.
 /// Result: null if Scene::deserialize() reports an error.
-/// Errors: as Scene::deserialize() throws.
+/// Errors: throws as Scene::deserialize() does.
 std::unique_ptr<Scene> readSceneFile(const char* path);
 
 }  // namespace vrnt::data

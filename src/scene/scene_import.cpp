@@ -1,5 +1,5 @@
-// Imports one scene into another. Objects are identified by their index, so that an import copies
-// containers and translates every index.
+// Imports one scene into another. Objects refer to each other by index, so an import copies the
+// containers and translates all indices.
 #include <algorithm>
 #include <cstddef>
 #include <cstdint>
@@ -23,7 +23,8 @@ namespace {
 
 using RefMaps = detail::TupleOfClass<RefMap>;
 
-// Lists of lights and shapes are filled after all classes: their own class comes before both.
+// Returns whether a slot is a list of lights and shapes. Such lists are filled after all classes
+// were imported, since their own class comes before the lights and the shapes.
 bool isLate(const SlotEntry& slot) { return slot.target == kEmitterTarget; }
 
 bool hasLateSlot(const ClassEntry& owner) {
@@ -39,10 +40,11 @@ std::vector<std::int32_t> liveSlots(const Container<Element>& container) {
   return live;
 }
 
-// So few programs are searched for one by one: a table of all programs of the target costs more.
+// Up to so many programs are searched for one by one, since a table of all programs of the target
+// would cost more.
 constexpr std::size_t kFewPrograms = 8;
 
-// The first live slot with the id; -1 if there is none.
+// Returns the first live slot with the id; -1 if there is none.
 template <typename Container>
 std::int32_t firstOfId(const Container& container, const UniqueId& id) {
   for (std::uint32_t i = 0; i < container.size(); ++i) {
@@ -53,7 +55,7 @@ std::int32_t firstOfId(const Container& container, const UniqueId& id) {
   return -1;
 }
 
-// The id of a program is a digest, so that any part of it is a hash.
+// The id of a program is a digest, so any part of it is a good hash.
 struct IdHash {
   std::size_t operator()(const UniqueId& id) const noexcept {
     std::size_t part = 0;
@@ -62,10 +64,10 @@ struct IdHash {
   }
 };
 
-// One import. The classes are imported in file order, in which the targets of references come
-// before the objects that refer to them, except for late slots. Source and target may be one scene,
-// which then gets a second copy of its objects: no pointer into the source is kept while the target
-// grows, and slots that were added since aren't read.
+// One import. The classes are imported in file order, in which the targets of references precede
+// the objects that refer to them, except for late slots. Source and target may be the same scene,
+// which then gets a second copy of its objects. Therefore no pointer into the source is kept while
+// the target grows, and slots that the import adds are not read.
 class ImportObjects {
  public:
   ImportObjects(const Scene& source, Scene& target)
@@ -119,7 +121,8 @@ class ImportObjects {
   TextureWords textureWords_;
 };
 
-// A program that both scenes have becomes the first one in the target with its id.
+// A program that both scenes contain is not added: references to it are translated to the first
+// program of the target with the same id.
 template <typename Source>
 void ImportObjects::programs() {
   const std::vector<std::int32_t> live = liveSlots(source_.container<Source>());
@@ -144,13 +147,13 @@ void ImportObjects::programs() {
       maps_.template get<Source>().add(slot, known->second);
       continue;
     }
-    // A text from a file can hold a NUL. It is cut there, and gets another id.
+    // A text from a file can contain a NUL. It is cut there, and the program gets another id.
     const char* text = program.source();
     const auto added =
         static_cast<std::int32_t>(addProgram<Source>(target_, text, std::strlen(text)));
     maps_.template get<Source>().add(slot, added);
     const auto entry = first.emplace(writable<Source>(target_).at(added).id, added).first;
-    // It may have taken a free slot before the first one with its id.
+    // The new program may be in a free slot before the first program with its id.
     if (added < entry->second) entry->second = added;
   }
 }
@@ -167,15 +170,16 @@ void ImportObjects::assets() {
   }
 }
 
-// The container grows by the source's number of slots. The live objects come first, and as many
-// free slots as the source has follow them.
+// The container grows by the number of slots of the source: first the live objects, then as many
+// free slots as the source has.
 template <typename Desc>
 void ImportObjects::instances() {
   const auto& from = source_.container<Desc>();
   auto& to = writable<Desc>(target_);
   const std::uint32_t count = from.size();
   const std::uint32_t size = to.size() + count;
-  // A large import reserves exactly; many small ones rely on the container's own growth.
+  // A large import reserves exactly what it needs. For many small ones, the container's own growth
+  // is faster.
   if (count >= to.size()) to.slots.reserve(size);
   for (std::uint32_t i = 0; i < count; ++i) {
     if (!from.slots[i].live()) continue;
@@ -239,7 +243,7 @@ void ImportObjects::translate(const SlotEntry& slot, const void* from, void* to)
   }
 }
 
-// Translates the words that are indices, and leaves negative ones as they are in `to`.
+// Translates the words that are not negative: indices. For other words, does not change `to`.
 void ImportObjects::translateIndices(ObjectClass target, const std::int32_t* from, std::int32_t* to,
                                      std::size_t count) const {
   visitMap(target, [=](const auto& map) {
@@ -249,9 +253,9 @@ void ImportObjects::translateIndices(ObjectClass target, const std::int32_t* fro
   });
 }
 
-// Translates the words that are complements of indices. The sign is kept, since it says what the
-// word refers to. So a complement without a pair becomes that of -1, and the word for no target
-// becomes index 0 of the other sign, which hosts rely on.
+// Translates the words that are complements of indices: each becomes the complement of the new
+// index. If there is no new index, the result is the complement of -1, which is the word 0: index 0
+// of the other target. The same happens to the word for no target. Hosts rely on this.
 void ImportObjects::translateComplements(ObjectClass target, const std::int32_t* from,
                                          std::int32_t* to, std::size_t count) const {
   visitMap(target, [=](const auto& map) {

@@ -56,7 +56,7 @@ constexpr Named<TextureLayout> kLayouts[] = {
     {TextureLayout::CubeDirectXMipmap, "CubeDirectX-Mipmap"},
     {TextureLayout::FlatSpectral, "2DSpectral"},
     {TextureLayout::FlatArray, "2D-Array"},
-    // Without a second hyphen: hosts store the name so.
+    // There is no second hyphen: hosts store the name in this form.
     {TextureLayout::FlatArrayMipmap, "2D-ArrayMipmap"},
 };
 
@@ -83,13 +83,14 @@ const char* nameOf(const Named<Enum> (&table)[N], Enum number) {
 }
 
 constexpr std::int32_t kMipmapped = 0x8000;
-// ImageFormat: kinds from here on are stored in blocks of 4 by 4 pixels.
+// Kinds of ImageFormat from this one on are stored in blocks of 4 by 4 pixels.
 constexpr std::int32_t kFirstBlockKind = 5;
 
 std::int32_t levelExtent(std::int32_t extent, int level, std::int32_t blockEdge) {
   const std::int64_t pixels = std::max(extent >> level, 1);
   const std::int64_t rounded = (pixels + blockEdge - 1) / blockEdge * blockEdge;
-  // The last block of an extent that is too large to round up counts as a whole one.
+  // An extent that is too large to be rounded up is limited to the largest number; its last block
+  // still counts as a whole one.
   constexpr std::int64_t kMax = std::numeric_limits<std::int32_t>::max();
   return static_cast<std::int32_t>(std::min(rounded, kMax));
 }

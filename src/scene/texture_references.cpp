@@ -16,12 +16,12 @@ namespace vrnt::data {
 
 namespace {
 
-// The structs of one int that name a texture. The field has the name of the kind.
+// The kinds of texture. A reference is a struct with one int, which has the name of its kind.
 constexpr std::array<std::string_view, 6> kTextureKinds = {
     "spectrum_texture", "spectrum_sphere_texture", "normal_texture",
     "float_texture",    "float_sphere_texture",    "texture_ref"};
 
-// A spectrum, whose descriptor is that of a base type, holds no texture.
+// Returns false for a spectrum, which contains no texture and has the descriptor of a base type.
 bool isStruct(const vrntType_t* type) { return vrntTypeDescriptor(type) == VRNT_DESCRIPTOR_STRUCT; }
 
 bool isInt(const vrntType_t* type) {
@@ -47,7 +47,7 @@ std::int32_t readWord(const Value& value, const vrntValueView_t& word) {
   return number;
 }
 
-// A struct of any texture kind, recognised by its field alone, in a sampler or not.
+// Finds references of any kind, in samplers or elsewhere. Identifies them by the field alone.
 bool findNamedTexture(const vrntType_t* structType, vrntValueView_t& word) {
   if (vrntTypeFieldCount(structType) != 1) return false;
   const std::string_view label = vrntTypeFieldLabel(structType, 0);
@@ -59,8 +59,9 @@ bool findNamedTexture(const vrntType_t* structType, vrntValueView_t& word) {
   return false;
 }
 
-// A texture reference or a sampler, recognised by its whole type. The texture of a sampler is its
-// first field, a struct of one int. The other kinds of texture count only within a sampler.
+// Finds texture references and samplers. Identifies them by the whole type. The texture of a
+// sampler is its first field, a struct with one int. References of the other kinds are found only
+// in samplers.
 bool findImportedTexture(const vrntType_t* structType, vrntValueView_t& word) {
   const TypeHandle texture = TypeHandle::adopt(vrntTypeTexture());
   if (vrntTypeIsEqual(structType, texture.get()) != 0) {
@@ -89,8 +90,8 @@ const std::vector<vrntValueView_t>& TextureWords::in(const vrntType_t* type) {
   return words_.emplace(type, std::move(words)).first->second;
 }
 
-// Structs may nest as deeply as memory allows, hence no recursion. A struct type that was found to
-// hold no index isn't searched again.
+// Structs may nest as deeply as memory allows, so there is no recursion. A struct type without an
+// index is not searched again.
 void TextureWords::walk(const vrntType_t* type, std::vector<vrntValueView_t>& words) {
   std::vector<OpenStruct> open;
   const auto enter = [&](const vrntValueView_t& place) {

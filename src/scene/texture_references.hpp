@@ -1,4 +1,4 @@
-// Finds and translates the texture indices within values.
+// Finds and translates texture indices in values.
 #ifndef VORNATH_SCENE_TEXTURE_REFERENCES_HPP
 #define VORNATH_SCENE_TEXTURE_REFERENCES_HPP
 
@@ -14,18 +14,18 @@ namespace vrnt::data {
 
 using TextureMap = RefMap<Asset<vrnt::detail::TextureDesc>>;
 
-/// Finds the places of the texture indices in the values of a type. They follow from the type
-/// alone, since only the fields of structs are searched. The places of each type are cached, so the
+/// Finds the offsets of the texture indices in the values of a type. They depend only on the type,
+/// since only the fields of structs are searched. The results for each type are cached, so the
 /// types must outlive this object.
 class TextureWords {
  public:
-  /// Returns whether a struct itself names a texture; if so, stores the place of the index within
-  /// the struct.
+  /// Returns whether a struct is itself a reference to a texture. If so, stores a view of the index
+  /// within the struct in `word`.
   using FindWord = bool (*)(const vrntType_t* structType, vrntValueView_t& word);
 
   explicit TextureWords(FindWord findWord) : findWord_(findWord) {}
 
-  /// The places of the indices in a value of the type, in the order of the fields.
+  /// Returns views of the indices in a value of the type, in the order of the fields.
   /// Errors: throws std::bad_alloc.
   const std::vector<vrntValueView_t>& in(const vrntType_t* type);
 
@@ -39,11 +39,12 @@ class TextureWords {
   std::unordered_set<const vrntType_t*> without_;  // structs without an index
 };
 
-/// The places that an import translates: those in texture references and in samplers.
+/// Returns an object that finds the indices that an import translates: those in texture references
+/// and in samplers.
 TextureWords importedTextureWords();
 
-/// Translates the texture indices in a value; an index without a pair becomes -1, a negative one
-/// stays. A shared value is copied first if it has an index that is not negative.
+/// Translates the texture indices in a value. An index that is not in `textures` becomes -1; a
+/// negative index does not change. Copies a shared value first if an index is not negative.
 /// Errors: throws vrnt::Exception or std::bad_alloc, as the value layer reports.
 void remapValueTextures(Value& value, const TextureMap& textures, TextureWords& places);
 

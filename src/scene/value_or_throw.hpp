@@ -1,4 +1,4 @@
-// Results for callers that report failures by exceptions, a failed allocation as std::bad_alloc.
+// Turns the error of a result into an exception; a failed allocation becomes std::bad_alloc.
 #ifndef VORNATH_SCENE_VALUE_OR_THROW_HPP
 #define VORNATH_SCENE_VALUE_OR_THROW_HPP
 
@@ -9,9 +9,9 @@
 
 namespace vrnt::data {
 
-/// The value of a result.
+/// Returns the value of a result.
 /// Errors: throws std::bad_alloc for MemoryAllocationFailure, else the vrnt::Exception of the
-/// result's record.
+/// result's error record.
 template <typename T>
 T valueOrThrow(Result<T>&& result) {
   if (!result && result.error().code() == ErrorCode::MemoryAllocationFailure) {

@@ -1,6 +1,6 @@
 #!/bin/sh
-# Compiles a public header alone, twice in one file; looks for macros that it leaks; and holds the
-# number of files that it includes in C++ to its bound: each of them costs every host build time.
+# Compiles a public header alone, included twice in one file; checks that it leaks no macros; and checks
+# that the number of files that it includes in C++ is within its bound, since each costs hosts build time.
 # usage: check_header.sh C_COMPILER CXX_COMPILER INCLUDE_DIR HEADER BOUNDS
 #   BOUNDS  a file with a line "HEADER FILES" for each public header
 set -eu
@@ -17,7 +17,7 @@ warnings="-Wall -Wextra -Wpedantic -Wshadow -Wconversion -Werror"
 printf '#include "%s"\n#include "%s"\nextern int something;\n' "$header" "$header" >"$work/source"
 compile() {
   "$@" $warnings -I"$include" -fsyntax-only "$work/source"
-  # With the definitions kept, the line markers tell which file makes which.
+  # With -dD, the output contains macro definitions, and line markers name the files that define them.
   "$@" -I"$include" -E -dD "$work/source" | awk -v dir="$include/vornath_data/" '
     /^# [0-9]+ "/ { split($0, part, "\""); ours = index(part[2], dir) == 1 }
     /^#define / && ours { split($2, words, "("); defined[words[1]] = 1 }

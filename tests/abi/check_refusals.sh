@@ -1,5 +1,5 @@
 #!/bin/sh
-# Compiles what no host may write, and looks for the words that the compiler is to say.
+# Compiles statements that hosts must not write, and checks the messages of the compiler.
 # usage: check_refusals.sh CXX_COMPILER INCLUDE_DIR
 set -eu
 export LC_ALL=C
@@ -9,7 +9,7 @@ work=$(mktemp -d)
 trap 'rm -rf "$work"' EXIT
 status=0
 
-# expect WORDS STATEMENT: without words the statement compiles.
+# expect MESSAGE STATEMENT: the compiler reports the message; if it is empty, the statement compiles.
 expect() {
   printf '#include "vornath_data/value.hpp"\nvoid f(const vrnt::View& view) { %s }\n' "$2" \
     >"$work/source.cpp"
@@ -18,7 +18,7 @@ expect() {
     echo "compiles: $2"
   else
     [ -n "$1" ] && grep -qF "$1" "$work/words" && return
-    echo "isn't refused with \"$1\": $2"
+    echo "is not rejected with \"$1\": $2"
     cat "$work/words"
   fi
   status=1

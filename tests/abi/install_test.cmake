@@ -1,9 +1,9 @@
-# Installs a built library below the build tree, and builds and runs consumers of the installed copy:
-# through the CMake package and through pkg-config, in C++ and in C.
+# Installs a built library into a folder of the build tree. Builds and runs consumers of the installed
+# copy, with the CMake package and with pkg-config, in C++ and in C.
 # cmake -DBUILD_DIR= -DWORK_DIR= -DCONSUMER_DIR= -DHOST= -DGENERATOR= -DCC= -DCXX= -DFLAGS=
 #       -DPKG_CONFIG= -DSTATIC= -DEMBED= -P install_test.cmake
 #   HOST    the source of a host in C
-#   STATIC  whether the library is a static one
+#   STATIC  whether the library is a static library
 #   EMBED   whether the component embed is built
 include("${CMAKE_CURRENT_LIST_DIR}/run.cmake")
 
@@ -11,7 +11,7 @@ file(REMOVE_RECURSE "${WORK_DIR}")
 set(first_prefix "${WORK_DIR}/installed")
 set(prefix "${WORK_DIR}/moved")
 run("${CMAKE_COMMAND}" --install "${BUILD_DIR}" --prefix "${first_prefix}")
-# The installed copy doesn't know where it stands.
+# An installed copy does not depend on its path, so it can be moved.
 file(RENAME "${first_prefix}" "${prefix}")
 
 foreach(path include/vornath_data/vrnt.h include/vornath_data/vrdm.h include/vornath_data/version.h)
@@ -27,7 +27,7 @@ endif()
 get_filename_component(package_dir "${package}" DIRECTORY)
 set(ENV{PKG_CONFIG_PATH} "${package_dir}")
 
-# Copies outside the tree, so that nothing of the tree is found by accident.
+# The consumers are copied, so that they cannot find files of the source tree by accident.
 foreach(consumer consumer consumer_in_c embed_consumer components)
   file(COPY "${CONSUMER_DIR}/${consumer}" DESTINATION "${WORK_DIR}")
 endforeach()
@@ -49,14 +49,14 @@ foreach(consumer IN LISTS consumers)
   run("${build}/${consumer}")
 endforeach()
 
-# What isn't there can't be asked for, and the answer tells what there is.
+# A component that was not installed is not found, and the message names the installed components.
 function(ask_for_components asked expected)
   execute_process(COMMAND ${configure} -S "${WORK_DIR}/components" -B "${WORK_DIR}/components/build"
       "-DASKED=${asked}"
     OUTPUT_VARIABLE output ERROR_VARIABLE errors RESULT_VARIABLE result)
   string(FIND "${output}" "${expected}" at)
   if(NOT result EQUAL 0 OR at EQUAL -1)
-    message(FATAL_ERROR "asked for ${asked}, CMake doesn't tell ${expected} but\n${output}${errors}")
+    message(FATAL_ERROR "for ${asked}, CMake does not print ${expected} but\n${output}${errors}")
   endif()
 endfunction()
 ask_for_components("" "core: TRUE; ")
@@ -66,7 +66,7 @@ ask_for_components("COMPONENTS;core;OPTIONAL_COMPONENTS;paint" "core: TRUE; pain
 ask_for_components("COMPONENTS;paint;core;brush"
   "not found: vornath_data was installed with the components \"${components}\" and without \"paint\", \"brush\"")
 
-# As README.md says it, and with the version that the package tells.
+# The commands of README.md, and the version that pkg-config reports.
 set(linking "")
 if(STATIC)
   set(linking --static)
@@ -93,7 +93,7 @@ else()
   if(static_libraries OR NOT shared_libraries)
     message(FATAL_ERROR "not one shared library: ${static_libraries} ${shared_libraries}")
   endif()
-  # A host of the shared library needs nothing of what the library uses.
+  # A host of the shared library does not link its dependencies.
   ask_pkg_config(static_flags --cflags --libs --static)
   if(NOT static_flags STREQUAL flags)
     message(FATAL_ERROR "more than ${flags}: ${static_flags}")

@@ -1,6 +1,6 @@
-# What the scripts of this folder share.
+# Functions that the scripts of this folder share.
 
-# Runs a command, and stops in words if it fails.
+# Runs a command. If it fails, stops and prints the command.
 function(run)
   execute_process(COMMAND ${ARGN} RESULT_VARIABLE result)
   if(NOT result EQUAL 0)
@@ -9,7 +9,7 @@ function(run)
   endif()
 endfunction()
 
-# The words that pkg-config answers, as a list.
+# Stores the output of pkg-config, as a list of words, in the variable `result`.
 function(ask_pkg_config result)
   execute_process(COMMAND "${PKG_CONFIG}" ${ARGN} vornath_data
     OUTPUT_VARIABLE output OUTPUT_STRIP_TRAILING_WHITESPACE COMMAND_ERROR_IS_FATAL ANY)

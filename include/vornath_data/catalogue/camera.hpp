@@ -18,8 +18,8 @@
 
 namespace vrnt::data {
 
-// A line of camera.def is a field. Declares the records and schemas of its groups,
-// CameraGroups and kCameraGroups.
+// Each row of camera.def is a field. Declares the record and the schema of each group, CameraGroups
+// (a struct of all records) and kCameraGroups (a tuple of a Group for each).
 #define VRNT_FIELDS "vornath_data/catalogue/camera.def"
 #define VRNT_BLOCK CameraGroups
 #include "vornath_data/catalogue/declare_groups.inc"

@@ -1,4 +1,4 @@
-/// Where generic code reads what the catalogue says of a class.
+/// The catalogue's description of a class, for generic code.
 #ifndef VORNATH_DATA_CATALOGUE_CLASS_INFO_HPP
 #define VORNATH_DATA_CATALOGUE_CLASS_INFO_HPP
 
@@ -6,10 +6,10 @@
 
 namespace vrnt::data {
 
-/// The class of the objects that are described by a Desc: its number, kind, static name, whether
-/// its objects carry a value for their program, its groups (a tuple of Group) and its slots (a
-/// tuple of Slot). A Desc says this itself; only descriptors that know nothing of the catalogue
-/// have a specialization, which stands in their class's header.
+/// Describes the class of a Desc: its code, its kind, its name (a static string), whether its
+/// objects have a value for their program, its groups (a tuple of Group) and its slots (a tuple of
+/// Slot). A Desc declares these members itself. A descriptor that does not depend on the catalogue
+/// has a specialization instead, in the header of its class.
 template <typename Desc>
 struct ClassInfo {
   static constexpr ObjectClass kClass = Desc::kClass;

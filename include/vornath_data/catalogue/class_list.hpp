@@ -1,4 +1,4 @@
-/// The classes of the catalogue in file order, and the ways to walk them, their groups and slots.
+/// The classes of the catalogue in file order, and functions that visit classes, groups and slots.
 #ifndef VORNATH_DATA_CATALOGUE_CLASS_LIST_HPP
 #define VORNATH_DATA_CATALOGUE_CLASS_LIST_HPP
 
@@ -35,8 +35,7 @@ struct TupleOfRest {
 
 }  // namespace detail
 
-/// What describes an object of each class. The order is that of classes.def, of ObjectClass and of
-/// the file.
+/// The Desc of each class, in the order of classes.def, of ObjectClass and of scene files.
 using ClassList = detail::TupleOfRest<void
 #define VRNT_CLASS(number, name, constant, Desc) , Desc
 #include "vornath_data/catalogue/classes.def"
@@ -46,7 +45,7 @@ using ClassList = detail::TupleOfRest<void
 template <std::size_t Index>
 using ClassAt = std::tuple_element_t<Index, ClassList>;
 
-/// A class as an argument of generic code: `using Desc = typename decltype(tag)::Desc;`.
+/// Passes a class to generic code, which reads it by `using Desc = typename decltype(tag)::Desc;`.
 template <typename DescType>
 struct ClassTag {
   using Desc = DescType;
@@ -60,7 +59,7 @@ struct ClassTag {
 #include "vornath_data/catalogue/classes.def"
 #undef VRNT_CLASS
 
-/// The groups of a class, or of SceneData.
+/// The number of groups of a class, or of SceneData.
 template <typename Desc>
 inline constexpr std::size_t kGroupCount =
     std::tuple_size_v<std::decay_t<decltype(ClassInfo<Desc>::kGroups)>>;
@@ -69,7 +68,7 @@ template <typename Desc>
 inline constexpr std::size_t kSlotCount =
     std::tuple_size_v<std::decay_t<decltype(ClassInfo<Desc>::kSlots)>>;
 
-/// What the container of a class stores: Program, Asset or Instance of its Desc.
+/// The type of the objects in the container of a class: Program, Asset or Instance of its Desc.
 template <typename Desc>
 using Stored = std::conditional_t<
     ClassInfo<Desc>::kKind == ObjectKind::Program, Program<Desc>,
@@ -91,8 +90,9 @@ constexpr void forEachClass(Callback&& callback) {
                          std::make_index_sequence<std::tuple_size_v<ClassList>>{});
 }
 
-/// Calls `onClass(ClassTag<Desc>{})` for the class of that number, and `otherwise()` for a number
-/// that is none; both return the same type, which is the result. The only switch on a class number.
+/// Calls `onClass(ClassTag<Desc>{})` for the class whose code is `number`, or `otherwise()` if no
+/// class has this code, and returns the result. Both must return the same type. This is the only
+/// switch on a class code.
 template <typename OnClass, typename Otherwise>
 constexpr auto visitClass(std::uint32_t number, OnClass&& onClass, Otherwise&& otherwise)
     -> decltype(otherwise()) {
@@ -107,8 +107,8 @@ constexpr auto visitClass(std::uint32_t number, OnClass&& onClass, Otherwise&& o
   }
 }
 
-/// visitClass(), with SceneData as `onClass(ClassTag<SceneData>{})` for all bits set: for what the
-/// scene-wide groups have in common with those of a class.
+/// Does the same as visitClass(), but calls `onClass(ClassTag<SceneData>{})` if all bits of
+/// `number` are set: for code that treats the scene-wide groups like those of a class.
 template <typename OnClass, typename Otherwise>
 constexpr auto visitClassOrSceneData(std::uint32_t number, OnClass&& onClass, Otherwise&& otherwise)
     -> decltype(otherwise()) {
@@ -118,7 +118,7 @@ constexpr auto visitClassOrSceneData(std::uint32_t number, OnClass&& onClass, Ot
   return visitClass(number, std::forward<OnClass>(onClass), std::forward<Otherwise>(otherwise));
 }
 
-/// A position in a tuple of groups or slots, as a constant of its type.
+/// An index into a tuple of groups or slots, as a type.
 template <std::size_t Index>
 using Position = std::integral_constant<std::size_t, Index>;
 
@@ -132,21 +132,21 @@ constexpr void forEachItem([[maybe_unused]] const Tuple& items,
 
 }  // namespace detail
 
-/// Calls `callback(group, Position{})` for each Group of a Desc, or of SceneData, in order.
+/// Calls `callback(group, Position<I>{})` for each Group of a Desc, or of SceneData, in order.
 template <typename Desc, typename Callback>
 constexpr void forEachGroup(Callback&& callback) {
   detail::forEachItem(ClassInfo<Desc>::kGroups, std::forward<Callback>(callback),
                       std::make_index_sequence<kGroupCount<Desc>>{});
 }
 
-/// Calls `callback(slot, Position{})` for each Slot of a Desc, in order.
+/// Calls `callback(slot, Position<I>{})` for each Slot of a Desc, in order.
 template <typename Desc, typename Callback>
 constexpr void forEachSlot(Callback&& callback) {
   detail::forEachItem(ClassInfo<Desc>::kSlots, std::forward<Callback>(callback),
                       std::make_index_sequence<kSlotCount<Desc>>{});
 }
 
-/// The groups of all classes and of SceneData.
+/// The number of groups of all classes and of SceneData together.
 inline constexpr std::size_t kTotalGroupCount = [] {
   std::size_t count = kGroupCount<SceneData>;
   forEachClass([&count](auto tag) { count += kGroupCount<typename decltype(tag)::Desc>; });

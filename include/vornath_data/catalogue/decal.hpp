@@ -17,8 +17,8 @@
 
 namespace vrnt::data {
 
-// A line of decal.def is a field. Declares the records and schemas of its groups,
-// DecalGroups and kDecalGroups.
+// Each row of decal.def is a field. Declares the record and the schema of each group, DecalGroups
+// (a struct of all records) and kDecalGroups (a tuple of a Group for each).
 #define VRNT_FIELDS "vornath_data/catalogue/decal.def"
 #define VRNT_BLOCK DecalGroups
 #include "vornath_data/catalogue/declare_groups.inc"

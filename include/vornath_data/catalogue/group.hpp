@@ -7,8 +7,9 @@
 
 namespace vrnt::data {
 
-/// A group of a class: its name (the `@name` of its schema) and its schema in canonical text, both
-/// static; and its record among the class's groups, as a member and as an offset in bytes.
+/// A group of a class. `name` is the `@name` of its schema, and `schema` is the canonical text of
+/// its type; both are static strings. `member` and `offset` (in bytes) locate the group's record in
+/// the struct of all records of the class.
 template <typename Groups, typename Data>
 struct Group {
   static_assert(std::is_trivially_copyable_v<Data> && std::is_standard_layout_v<Data>,

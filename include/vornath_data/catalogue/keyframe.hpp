@@ -15,8 +15,8 @@
 
 namespace vrnt::data {
 
-// A line of keyframe.def is a field. Declares the records and schemas of its groups,
-// KeyframeGroups and kKeyframeGroups.
+// Each row of keyframe.def is a field. Declares the record and the schema of each group,
+// KeyframeGroups (a struct of all records) and kKeyframeGroups (a tuple of a Group for each).
 #define VRNT_FIELDS "vornath_data/catalogue/keyframe.def"
 #define VRNT_BLOCK KeyframeGroups
 #include "vornath_data/catalogue/declare_groups.inc"

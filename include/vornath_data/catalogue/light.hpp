@@ -30,8 +30,8 @@ struct LightGroupDesc {
       Slot{"emitters", ReferenceKind::Emitter, kEmitterTarget, &LightGroupDesc::emitters}};
 };
 
-// A line of light.def is a field. Declares the records and schemas of its groups,
-// LightGroups and kLightGroups.
+// Each row of light.def is a field. Declares the record and the schema of each group, LightGroups
+// (a struct of all records) and kLightGroups (a tuple of a Group for each).
 #define VRNT_FIELDS "vornath_data/catalogue/light.def"
 #define VRNT_BLOCK LightGroups
 #include "vornath_data/catalogue/declare_groups.inc"

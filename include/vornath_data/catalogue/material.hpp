@@ -13,8 +13,8 @@
 
 namespace vrnt::data {
 
-// A material takes its behaviour from a program or from a graph, so that, unlike elsewhere, the
-// program is optional.
+// The behaviour of a material comes from a program or from a graph. Therefore its program is
+// optional, unlike that of a camera or a light.
 struct MaterialDesc {
   Ref<Program<MaterialSource>> program;
   Ref<Asset<MaterialGraphDesc>> graph;

@@ -12,13 +12,13 @@
 
 namespace vrnt::data {
 
-/// Where things lie in a material graph's bytes, which the library itself never reads.
+/// Offsets into the bytes of a material graph. The library itself never reads these bytes.
 struct MaterialGraphDesc {
   std::uint64_t binarySize = 0;       ///< bytes
   std::uint64_t rootOffset = 0;       ///< bytes
   std::uint64_t parameterOffset = 0;  ///< bytes
 
-  /// The bytes of the graph.
+  /// Returns the size of the graph in bytes.
   constexpr std::size_t size() const { return static_cast<std::size_t>(binarySize); }
 
   static constexpr ObjectClass kClass = ObjectClass::MaterialGraph;

@@ -13,16 +13,17 @@
 
 namespace vrnt::detail {
 
-/// How to read the bytes of a mesh.
+/// Describes the bytes of a mesh.
 struct MeshDesc {
   std::int32_t triangles = 0;
   std::int32_t vertices = 0;
   std::int32_t texcoordSets = 0;  ///< 0 counts as 1
   std::uint32_t flags = 0;        ///< bits 0 and 1 add a word for each triangle
 
-  /// The bytes of the mesh: three 32-bit indices and a word for each set flag a triangle, nine
-  /// words and two words for each texture coordinate set a vertex. Negative numbers and products
-  /// past 64 bits wrap: the numbers are the host's to get right.
+  /// Returns the size of the mesh in bytes. A triangle takes three 32-bit indices, and one word for
+  /// each flag that is set. A vertex takes nine words, and two words for each set of texture
+  /// coordinates. Negative numbers, and products of more than 64 bits, wrap; the host must pass
+  /// numbers for which they do not.
   constexpr std::size_t size() const {
     const auto wide = [](std::int32_t word) {
       return static_cast<std::uint64_t>(static_cast<std::int64_t>(word));

@@ -23,27 +23,29 @@ inline constexpr std::uint32_t kClassCount = 0
     ;
 // NOLINTEND(bugprone-macro-parentheses)
 
-/// The target of an Emitter slot: lights and shapes, so it is no class.
+/// The target of an Emitter slot. It is not the code of a class: the slot refers to lights and
+/// shapes.
 inline constexpr ObjectClass kEmitterTarget{100};
 
-/// What an object of a class is.
+/// What an object of a class consists of.
 enum class ObjectKind : std::uint32_t {
   Program = 0,  ///< a source text
   Asset = 1,    ///< a descriptor and a block of bytes
   Instance = 2  ///< references and groups of fields
 };
 
-/// What a reference slot holds. Nothing in the library tells Required from Optional: a new object
-/// has all its slots unset. The difference is there for hosts to read.
+/// What a reference slot holds. The difference between Required and Optional is for hosts: in a new
+/// object, slots of both kinds are unset. The library itself distinguishes them only when it counts
+/// the references to index -1: an unset Required slot counts, an unset Optional slot does not.
 enum class ReferenceKind : std::uint32_t {
-  Required = 0,      ///< one slot number
-  Optional = 1,      ///< one slot number
-  List = 2,          ///< slot numbers
-  OrderedDecal = 3,  ///< decals in order: 0 or more on the back, a complement on the front
-  Emitter = 100      ///< 0 or more is a shape, a complement is a light
+  Required = 0,      ///< the index of an object
+  Optional = 1,      ///< the index of an object, or -1 for none
+  List = 2,          ///< indices of objects
+  OrderedDecal = 3,  ///< ordered decals: an index is on the back, a complement on the front
+  Emitter = 100      ///< an index is a shape, a complement is a light
 };
 
-// What the container of a class stores.
+// The objects in the container of a class.
 template <typename Source>
 struct Program;
 template <typename Desc>

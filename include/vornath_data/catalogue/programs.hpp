@@ -1,4 +1,4 @@
-/// The classes whose objects are source texts.
+/// The classes whose objects are program source texts.
 #ifndef VORNATH_DATA_CATALOGUE_PROGRAMS_HPP
 #define VORNATH_DATA_CATALOGUE_PROGRAMS_HPP
 

@@ -1,5 +1,6 @@
-/// The fixed-width members of group records. A record is what the group's schema says in bytes: its
-/// members are in the schema's order, and padding is named and zero, since it goes to file.
+/// The fixed-width members of group records. A record has the memory layout of the group's type:
+/// its members are in the order of the schema. All padding has a name and is zero, since scene
+/// files contain it.
 #ifndef VORNATH_DATA_CATALOGUE_RECORD_TYPES_HPP
 #define VORNATH_DATA_CATALOGUE_RECORD_TYPES_HPP
 
@@ -8,15 +9,16 @@
 
 namespace vrnt::data {
 
-/// 0 is false, all ones is true.
+/// A bool: 0 is false; true has all bits set.
 using Bool32 = std::int32_t;
 inline constexpr Bool32 kFalse = 0;
 inline constexpr Bool32 kTrue = -1;
 
-/// The position of a constructor in its enum.
+/// The index of a constructor in its enum.
 using EnumCode = std::int32_t;
 
-/// The position of a constructor in "A; B; C;"; -1 for a text that is none.
+/// Returns the index of the constructor `name` in `constructors`, which has the form "A; B; C;";
+/// -1 if there is no such constructor.
 constexpr EnumCode codeOf(const char* constructors, const char* name) {
   EnumCode code = 0;
   while (*constructors != '\0') {
@@ -31,15 +33,15 @@ constexpr EnumCode codeOf(const char* constructors, const char* name) {
   return -1;
 }
 
-/// A code that is known at compile time.
+/// An enum code that is known at compile time.
 template <EnumCode Code>
 struct EnumConstant {
   static constexpr EnumCode kCode = Code;
 };
 
-/// Zero bytes that bring the next member, or the record's end, to its alignment; nothing if there
-/// are none to fill. The record and the offset make it a type of its own, so that it never needs a
-/// byte.
+/// `Count` zero bytes that align the next member or the end of the record. With a count of 0 it is
+/// empty. `Record` and `Offset` make each fill a distinct type: two empty members of the same type
+/// would need different addresses, and so a byte.
 template <std::size_t Count, typename Record, std::size_t Offset>
 struct Fill {
   static constexpr std::size_t kSize = Count;
@@ -71,7 +73,8 @@ struct alignas(16) Float4 {
   float x = 0, y = 0, z = 0, w = 0;
 };
 
-/// A texture named from within a group; -1 for none, which a parsed default (0) doesn't say.
+/// A reference to a texture in a group: a texture index, or -1 for none. A record starts at -1,
+/// while the default value of the group's type has 0 here.
 struct TextureRef {
   std::int32_t index = -1;
 };

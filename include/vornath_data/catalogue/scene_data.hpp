@@ -14,13 +14,14 @@
 
 namespace vrnt::data {
 
-// A line of scene_data.def is a field. Declares the records and schemas of its groups, kSceneData
-// and SceneData: the block of 320 bytes behind a scene file's header.
+// Each row of scene_data.def is a field. Declares the record and the schema of each group,
+// kSceneData (a tuple of a Group for each) and SceneData (a struct of all records, whose 320 bytes
+// follow the header of a scene file).
 #define VRNT_FIELDS "vornath_data/catalogue/scene_data.def"
 #define VRNT_BLOCK SceneData
 #include "vornath_data/catalogue/declare_groups.inc"
 
-/// The scene-wide groups are read as those of a class, but there is no name, no kind and no slot.
+/// Describes the scene-wide groups like those of a class. There is no name, no kind and no slot.
 template <>
 struct ClassInfo<SceneData> {
   static constexpr ObjectClass kClass = ObjectClass::SceneData;

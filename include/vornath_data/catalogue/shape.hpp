@@ -1,4 +1,4 @@
-/// Shapes: geometry with a material, placed in the scene.
+/// Shapes: meshes with materials, placed in the scene.
 #ifndef VORNATH_DATA_CATALOGUE_SHAPE_HPP
 #define VORNATH_DATA_CATALOGUE_SHAPE_HPP
 
@@ -22,8 +22,8 @@
 
 namespace vrnt::data {
 
-// A line of shape.def is a field. Declares the records and schemas of its groups,
-// ShapeGroups and kShapeGroups.
+// Each row of shape.def is a field. Declares the record and the schema of each group, ShapeGroups
+// (a struct of all records) and kShapeGroups (a tuple of a Group for each).
 #define VRNT_FIELDS "vornath_data/catalogue/shape.def"
 #define VRNT_BLOCK ShapeGroups
 #include "vornath_data/catalogue/declare_groups.inc"

@@ -10,7 +10,7 @@
 
 namespace vrnt::data {
 
-/// The default of a clamp that doesn't clamp.
+/// The default of a limit that clamps nothing.
 inline constexpr float kInfinity = std::numeric_limits<float>::infinity();
 
 // Matrix, TransformationData, TargetData, IblSampling.

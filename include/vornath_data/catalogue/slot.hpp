@@ -7,8 +7,8 @@
 
 namespace vrnt::data {
 
-/// A named link from an object to objects of one target: a Ref, RefList or CodedRefList of the
-/// Desc.
+/// A reference slot of a class. `name` is a static string, `target` is the class that the slot
+/// refers to (or kEmitterTarget), and `member` is the Desc's Ref, RefList or CodedRefList.
 template <typename Desc, typename Link>
 struct Slot {
   using Member = Link;

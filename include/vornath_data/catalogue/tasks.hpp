@@ -1,4 +1,4 @@
-/// Render tasks: of a camera's image, and of light baked onto shapes.
+/// Render tasks: one renders the image of a camera, the other bakes light onto shapes.
 #ifndef VORNATH_DATA_CATALOGUE_TASKS_HPP
 #define VORNATH_DATA_CATALOGUE_TASKS_HPP
 
@@ -17,8 +17,8 @@
 
 namespace vrnt::data {
 
-// A line of tasks.def is a field. Declares the records and schemas of its groups,
-// TaskGroups and kTaskGroups.
+// Each row of tasks.def is a field. Declares the record and the schema of each group, TaskGroups (a
+// struct of all records) and kTaskGroups (a tuple of a Group for each).
 #define VRNT_FIELDS "vornath_data/catalogue/tasks.def"
 #define VRNT_BLOCK TaskGroups
 #include "vornath_data/catalogue/declare_groups.inc"

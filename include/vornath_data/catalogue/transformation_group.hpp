@@ -1,4 +1,4 @@
-/// Transformations that several objects share.
+/// Transformations that several objects can share.
 #ifndef VORNATH_DATA_CATALOGUE_TRANSFORMATION_GROUP_HPP
 #define VORNATH_DATA_CATALOGUE_TRANSFORMATION_GROUP_HPP
 
@@ -13,8 +13,9 @@
 
 namespace vrnt::data {
 
-// A line of transformation_group.def is a field. Declares the records and schemas of its groups,
-// TransformationGroupGroups and kTransformationGroupGroups.
+// Each row of transformation_group.def is a field. Declares the record and the schema of each
+// group, TransformationGroupGroups (a struct of all records) and kTransformationGroupGroups (a
+// tuple of a Group for each).
 #define VRNT_FIELDS "vornath_data/catalogue/transformation_group.def"
 #define VRNT_BLOCK TransformationGroupGroups
 #include "vornath_data/catalogue/declare_groups.inc"
