@@ -1,7 +1,7 @@
 /// How the fixed types of this layer are made: each once, on its first use, and kept from then on;
 /// see permanentType().
-#ifndef VORNATH_COLOUR_TYPE_MAKING_HPP
-#define VORNATH_COLOUR_TYPE_MAKING_HPP
+#ifndef VORNATH_COLOUR_TYPE_CONSTRUCTION_HPP
+#define VORNATH_COLOUR_TYPE_CONSTRUCTION_HPP
 
 #include <array>
 #include <cstddef>
@@ -25,7 +25,7 @@ inline Type::Field makeField(const InternedType& type, const char* label) {
 
 /// The types of a table of texts. The use of one doesn't make the others.
 template <const auto& kTexts>
-class TypesOfTexts {
+class ParsedTypes {
  public:
   static constexpr std::size_t kCount = std::size(kTexts);
 
@@ -51,11 +51,10 @@ class TypesOfTexts {
 };
 
 /// The lowest number whose type is the same as this one but for metadata, or -1.
-template <typename TypeOfNumber>
-std::int32_t numberOfSameType(const InternedType& type, std::uint32_t count,
-                              TypeOfNumber typeOfNumber) {
-  for (std::uint32_t number = 0; number < count; ++number) {
-    if (isSameType(type, typeOfNumber(number))) return static_cast<std::int32_t>(number);
+template <typename TypeAt>
+std::int32_t indexOfSameType(const InternedType& type, std::uint32_t count, TypeAt typeAt) {
+  for (std::uint32_t index = 0; index < count; ++index) {
+    if (isSameType(type, typeAt(index))) return static_cast<std::int32_t>(index);
   }
   return -1;
 }
