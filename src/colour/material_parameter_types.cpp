@@ -77,12 +77,12 @@ constexpr std::array<const char*, kMaterialParameterCount> kTexts{
 
 }  // namespace
 
-const InternedType& materialParameterType(std::uint32_t index) {
-  return ParsedTypes<kTexts>::at(index);
+const InternedType& materialParameterType(std::uint32_t code) {
+  return ParsedTypes<kTexts>::at(code);
 }
 
-std::int32_t materialParameterIndex(const InternedType& type) {
-  return indexOfSameType(type, kMaterialParameterCount, materialParameterType);
+std::int32_t materialParameterCode(const InternedType& type) {
+  return codeOfSameType(type, kMaterialParameterCount, materialParameterType);
 }
 
 }  // namespace qex::vornath

@@ -14,10 +14,10 @@ namespace qex::vornath {
 inline constexpr std::uint32_t kMaterialParameterCount = VRNT_MATERIAL_PARAM_SIMPLE_NORMAL + 1;
 
 /// The type of a number below kMaterialParameterCount. Borrowed.
-const InternedType& materialParameterType(std::uint32_t index);
+const InternedType& materialParameterType(std::uint32_t code);
 
 /// The number of a parameter type, whatever its metadata; -1 if the type is none of them.
-std::int32_t materialParameterIndex(const InternedType& type);
+std::int32_t materialParameterCode(const InternedType& type);
 
 }  // namespace qex::vornath
 

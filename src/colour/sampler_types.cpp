@@ -84,14 +84,14 @@ const InternedType& spectrumSphereSamplerType() {
 
 }  // namespace
 
-const InternedType& samplerType(std::uint32_t index) {
+const InternedType& samplerType(std::uint32_t code) {
   static constexpr std::array<const InternedType& (*)(), kSamplerCount> kSamplers{
       &spectrumSamplerType, &normalSamplerType, &floatSamplerType, &spectrumSphereSamplerType};
-  return kSamplers[index]();
+  return kSamplers[code]();
 }
 
-std::int32_t samplerIndex(const InternedType& type) {
-  return indexOfSameType(type, kSamplerCount, samplerType);
+std::int32_t samplerCode(const InternedType& type) {
+  return codeOfSameType(type, kSamplerCount, samplerType);
 }
 
 }  // namespace qex::vornath

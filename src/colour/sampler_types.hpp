@@ -15,10 +15,10 @@ namespace qex::vornath {
 inline constexpr std::uint32_t kSamplerCount = VRNT_SAMPLER_SPECTRUM_SPHERE + 1;
 
 /// The sampler of a number below kSamplerCount, with the defaults REPEAT. Borrowed.
-const InternedType& samplerType(std::uint32_t index);
+const InternedType& samplerType(std::uint32_t code);
 
 /// The number of a sampler, whatever its metadata; -1 if the type is none of them.
-std::int32_t samplerIndex(const InternedType& type);
+std::int32_t samplerCode(const InternedType& type);
 
 /// The sampler of a texture with other wrap modes: a new type for each call.
 TypePtr makeSpectrumSampler(const InternedType& wrapMode);

@@ -52,9 +52,9 @@ class ParsedTypes {
 
 /// The lowest number whose type is the same as this one but for metadata, or -1.
 template <typename TypeAt>
-std::int32_t indexOfSameType(const InternedType& type, std::uint32_t count, TypeAt typeAt) {
-  for (std::uint32_t index = 0; index < count; ++index) {
-    if (isSameType(type, typeAt(index))) return static_cast<std::int32_t>(index);
+std::int32_t codeOfSameType(const InternedType& type, std::uint32_t count, TypeAt typeAt) {
+  for (std::uint32_t code = 0; code < count; ++code) {
+    if (isSameType(type, typeAt(code))) return static_cast<std::int32_t>(code);
   }
   return -1;
 }
