@@ -22,7 +22,7 @@ vrntType_t* vrntTypeMaterialParam(uint32_t number) {
 }
 
 int32_t vrntTypeMaterialParamType(const vrntType_t* type) {
-  return qex::vornath::materialParameterNumber(typeOf(type));
+  return qex::vornath::materialParameterCode(typeOf(type));
 }
 
 vrntType_t* vrntTypeSampler(uint32_t number) {
@@ -31,5 +31,5 @@ vrntType_t* vrntTypeSampler(uint32_t number) {
 }
 
 int32_t vrntTypeSamplerType(const vrntType_t* type) {
-  return qex::vornath::samplerNumber(typeOf(type));
+  return qex::vornath::samplerCode(typeOf(type));
 }

@@ -1,6 +1,6 @@
 #include "colour/light_types.hpp"
 
-#include "colour/type_making.hpp"
+#include "colour/type_construction.hpp"
 #include "types/fixed_struct_types.hpp"
 
 namespace qex::vornath {

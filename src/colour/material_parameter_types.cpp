@@ -2,7 +2,7 @@
 
 #include <cstddef>
 
-#include "colour/type_making.hpp"
+#include "colour/type_construction.hpp"
 
 namespace qex::vornath {
 namespace {
@@ -77,12 +77,12 @@ constexpr std::array<const char*, kMaterialParameterCount> kTexts{
 
 }  // namespace
 
-const InternedType& materialParameterType(std::uint32_t number) {
-  return TypesOfTexts<kTexts>::at(number);
+const InternedType& materialParameterType(std::uint32_t code) {
+  return ParsedTypes<kTexts>::at(code);
 }
 
-std::int32_t materialParameterNumber(const InternedType& type) {
-  return numberOfSameType(type, kMaterialParameterCount, materialParameterType);
+std::int32_t materialParameterCode(const InternedType& type) {
+  return codeOfSameType(type, kMaterialParameterCount, materialParameterType);
 }
 
 }  // namespace qex::vornath

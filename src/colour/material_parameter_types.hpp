@@ -13,11 +13,11 @@ namespace qex::vornath {
 /// The number of parameter types. Their codes are VRNT_MATERIAL_PARAM_* of the flat interface.
 inline constexpr std::uint32_t kMaterialParameterCount = VRNT_MATERIAL_PARAM_SIMPLE_NORMAL + 1;
 
-/// Returns the type with the code `number`, which must be below kMaterialParameterCount. Borrowed.
-const InternedType& materialParameterType(std::uint32_t number);
+/// Returns the type with `code`, which must be below kMaterialParameterCount. Borrowed.
+const InternedType& materialParameterType(std::uint32_t code);
 
 /// Returns the code of a parameter type, whatever its metadata; -1 for other types.
-std::int32_t materialParameterNumber(const InternedType& type);
+std::int32_t materialParameterCode(const InternedType& type);
 
 }  // namespace qex::vornath
 

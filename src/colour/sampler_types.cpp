@@ -4,7 +4,7 @@
 #include <variant>
 
 #include "colour/texture_types.hpp"
-#include "colour/type_making.hpp"
+#include "colour/type_construction.hpp"
 #include "types/fixed_struct_types.hpp"
 #include "types/metadata.hpp"
 
@@ -84,14 +84,14 @@ const InternedType& spectrumSphereSamplerType() {
 
 }  // namespace
 
-const InternedType& samplerType(std::uint32_t number) {
+const InternedType& samplerType(std::uint32_t code) {
   static constexpr std::array<const InternedType& (*)(), kSamplerCount> kSamplers{
       &spectrumSamplerType, &normalSamplerType, &floatSamplerType, &spectrumSphereSamplerType};
-  return kSamplers[number]();
+  return kSamplers[code]();
 }
 
-std::int32_t samplerNumber(const InternedType& type) {
-  return numberOfSameType(type, kSamplerCount, samplerType);
+std::int32_t samplerCode(const InternedType& type) {
+  return codeOfSameType(type, kSamplerCount, samplerType);
 }
 
 }  // namespace qex::vornath

@@ -14,12 +14,12 @@ namespace qex::vornath {
 /// The number of samplers with a code in the flat interface, VRNT_SAMPLER_*.
 inline constexpr std::uint32_t kSamplerCount = VRNT_SAMPLER_SPECTRUM_SPHERE + 1;
 
-/// Returns the sampler with the code `number`, which must be below kSamplerCount. The default wrap
+/// Returns the sampler with `code`, which must be below kSamplerCount. The default wrap
 /// modes are REPEAT. Borrowed.
-const InternedType& samplerType(std::uint32_t number);
+const InternedType& samplerType(std::uint32_t code);
 
 /// Returns the code of a sampler, whatever its metadata; -1 for other types.
-std::int32_t samplerNumber(const InternedType& type);
+std::int32_t samplerCode(const InternedType& type);
 
 /// Makes the sampler of a texture with other wrap modes. Each call makes a new type.
 TypePtr makeSpectrumSampler(const InternedType& wrapMode);

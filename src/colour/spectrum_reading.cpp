@@ -65,7 +65,7 @@ SpectrumView readSpectrum(const InternedType& type, const char* data) {
   const StoredSpectrum stored = storedSpectrum(type, data);
   const std::span<const float> floats = floatsOf(stored);
   if (stored.encoding == SpectrumEncoding::Rgb && !floats.empty() && floats.size() < 3) {
-    requireFitting(blockType(stored.array), *floatArrayType(3));
+    requireAssignable(blockType(stored.array), *floatArrayType(3));
   }
   return {stored.encoding, floats};
 }

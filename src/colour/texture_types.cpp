@@ -1,6 +1,6 @@
 #include "colour/texture_types.hpp"
 
-#include "colour/type_making.hpp"
+#include "colour/type_construction.hpp"
 
 namespace qex::vornath {
 namespace {
@@ -23,7 +23,7 @@ const InternedType& textureReferenceType() {
 }
 
 const InternedType& textureReferenceType(TextureKind kind) {
-  return TypesOfTexts<kKinds>::at(static_cast<std::size_t>(kind));
+  return ParsedTypes<kKinds>::at(static_cast<std::size_t>(kind));
 }
 
 const InternedType& uvTransformationType() {

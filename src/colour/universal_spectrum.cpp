@@ -3,7 +3,7 @@
 #include <optional>
 #include <vector>
 
-#include "colour/type_making.hpp"
+#include "colour/type_construction.hpp"
 #include "types/bottom_up.hpp"
 #include "types/fixed_struct_types.hpp"
 

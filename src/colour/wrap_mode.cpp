@@ -2,7 +2,7 @@
 
 #include <string>
 
-#include "colour/type_making.hpp"
+#include "colour/type_construction.hpp"
 
 namespace qex::vornath {
 namespace {

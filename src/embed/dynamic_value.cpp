@@ -6,7 +6,7 @@
 #include <ostream>
 
 #include "types/parts.hpp"
-#include "values/assembly.hpp"
+#include "values/aggregate_types.hpp"
 #include "values/value_text.hpp"
 #include "values/write_protocol.hpp"
 #include "vornath_data/result.hpp"
@@ -65,18 +65,18 @@ void DynamicValue::setLength(int length) {
 }
 
 void DynamicValue::swap(DynamicValue& other) {
-  requireFitting(other.typeOf(), typeOf());
-  requireFitting(typeOf(), other.typeOf());
+  requireAssignable(other.typeOf(), typeOf());
+  requireAssignable(typeOf(), other.typeOf());
   std::swap(block_, other.block_);
 }
 
 void DynamicValue::assignChecked(const DynamicValue& other) {
-  requireFitting(other.typeOf(), typeOf());
+  requireAssignable(other.typeOf(), typeOf());
   block_ = other.block_;
 }
 
 void DynamicValue::assignChecked(DynamicValue&& other) {
-  requireFitting(other.typeOf(), typeOf());
+  requireAssignable(other.typeOf(), typeOf());
   block_ = std::move(other.block_);
 }
 

@@ -1,7 +1,7 @@
 #include "embed/sampler_makers.hpp"
 
 #include "colour/sampler_types.hpp"
-#include "colour/type_making.hpp"
+#include "colour/type_construction.hpp"
 
 namespace qex::vornath {
 

@@ -52,10 +52,10 @@ void Spectrum::validate() const {
   if (floats.empty()) return;
   switch (stored.encoding) {
     case SpectrumEncoding::Luminance:
-      requireFitting(blockType(stored.array), *floatArrayType(1));
+      requireAssignable(blockType(stored.array), *floatArrayType(1));
       break;
     case SpectrumEncoding::Rgb:
-      requireFitting(blockType(stored.array), *floatArrayType(3));
+      requireAssignable(blockType(stored.array), *floatArrayType(3));
       break;
     case SpectrumEncoding::Spectral:
       validatePairs(floats);

@@ -19,8 +19,8 @@ std::size_t Type::TStruct::fieldIndex(std::string_view label) const {
   throw vrnt::Exception(vrnt::ErrorCode::InvalidArguments, "Field not found in struct: {}.", label);
 }
 
-Place fieldPlace(const InternedType& structType, std::string_view label) {
-  return fieldPlace(structType, std::get<Type::TStruct>(structType.desc()).fieldIndex(label));
+Part fieldPart(const InternedType& structType, std::string_view label) {
+  return fieldPart(structType, std::get<Type::TStruct>(structType.desc()).fieldIndex(label));
 }
 
 }  // namespace qex::vornath

@@ -18,7 +18,7 @@ std::string_view withoutPlus(std::string_view text) {
   return text;
 }
 
-float extractedFloat(std::string_view text) {
+float floatFromStream(std::string_view text) {
   std::istringstream stream{std::string(text)};
   stream.imbue(std::locale::classic());
   float value = 0;
@@ -60,7 +60,7 @@ float floatLiteral(std::string_view text) {
   float value = 0;
   const auto result = std::from_chars(number.data(), end, value);
   if (result.ec == std::errc() && result.ptr == end) return value;
-  return extractedFloat(text);
+  return floatFromStream(text);
 }
 
 std::uint16_t halfLiteral(std::string_view text) {

@@ -1,4 +1,4 @@
-/// The values of numeric literals. The texts are tokens that the scanner has matched.
+/// Converts numeric literals, the tokens that the scanner has matched, to values.
 #ifndef VORNATH_LANGUAGE_LITERALS_HPP
 #define VORNATH_LANGUAGE_LITERALS_HPP
 
@@ -8,20 +8,20 @@
 
 namespace qex::vornath {
 
-/// A decimal integer with an optional sign; beyond 64 bits it stays at the nearest end.
+/// Returns a decimal integer with an optional sign, clamped to 64 bits.
 std::int64_t decimalLiteral(std::string_view text);
 
-/// Decimal digits and a final "c"; nothing outside 0 to 255.
+/// Returns the value of decimal digits and a final "c", or nothing outside 0 to 255.
 std::optional<std::uint8_t> characterLiteral(std::string_view text);
 
-/// "0x" and hexadecimal digits; a final point is allowed and ignored.
+/// Returns the value of "0x" and hexadecimal digits; ignores a final point.
 std::uint64_t hexadecimalLiteral(std::string_view text);
 
-/// A number as a single, whatever the process's locale. Where the text isn't quite a number (an
-/// exponent without digits) or is out of range, the value is what a stream extraction leaves.
+/// Returns the value of a number as a float, whatever the process's locale. For a malformed number
+/// (an exponent without digits) or one out of range, returns what a stream extraction stores.
 float floatLiteral(std::string_view text);
 
-/// A number and a final "h", read as a single and rounded to the bits of a half.
+/// Returns the bits of a half for a number and a final "h", parsed as a float and then rounded.
 std::uint16_t halfLiteral(std::string_view text);
 
 }  // namespace qex::vornath

@@ -1,7 +1,7 @@
-/// Runs the scanner and the parser over a text: the only code that knows them.
+/// Runs the scanner and the parser on a text: the only code that calls them.
 ///
-/// parser_mutex is held for the whole of a run, since the scanner's state is global, and never with
-/// the factory's lock held. No action of the grammar may start a parse.
+/// A run holds parser_mutex, since the scanner's state is global, and never starts with the
+/// factory's lock held. No action of the grammar may start a parse.
 #ifndef VORNATH_LANGUAGE_PARSE_DRIVER_HPP
 #define VORNATH_LANGUAGE_PARSE_DRIVER_HPP
 
@@ -12,8 +12,8 @@
 
 namespace qex::vornath {
 
-/// Returns 0 and sets `out`, or another status with the parser's words in the context's error. What
-/// the construction of a type or value throws passes through.
+/// Parses a text. Returns 0 and sets `out`, or returns another status and stores the parser's
+/// message in the context's error. Throws what the construction of a type or value throws.
 int parseTypeText(ParseContext& context, const std::string& text, TypePtr& out);
 int parseValueText(ParseContext& context, const std::string& text,
                    std::optional<DynamicValue>& out);

@@ -1,5 +1,5 @@
-/// The scanner's run over one text. Its state is global to the process, so whoever makes one holds
-/// parser_mutex for as long as it lives.
+/// Points the scanner at one text. The scanner's state is global to the process: hold parser_mutex
+/// for the lifetime of a Scan.
 #ifndef VORNATH_LANGUAGE_SCANNER_HPP
 #define VORNATH_LANGUAGE_SCANNER_HPP
 
@@ -11,14 +11,14 @@ namespace qex::vornath {
 
 class Scan {
  public:
-  /// The language of a text: its start token is the first one that the scanner answers.
+  /// The language of a text, which determines the first token that the scanner returns.
   enum class Language { None, Type, Value };
 
-  /// The generated scanner counts in `int`. A longer text would end early for it, or lose the
+  /// The generated scanner counts in `int`. It would stop early in a longer text, or overflow the
   /// length of a name.
-  static constexpr std::size_t kLongestText = std::numeric_limits<int>::max() - 2;
+  static constexpr std::size_t kMaxTextLength = std::numeric_limits<int>::max() - 2;
 
-  /// Throws std::bad_alloc for a text of a length beyond that: it is as if there were no memory.
+  /// Throws std::bad_alloc for a length above kMaxTextLength, as if there were no memory.
   static void requireScannable(std::size_t length);
 
   /// Copies the text. Throws std::bad_alloc.

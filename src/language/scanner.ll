@@ -165,7 +165,7 @@ void* yyrealloc(void* memory, yy_size_t size) {
 namespace qex::vornath {
 
 void Scan::requireScannable(std::size_t length) {
-  if (length > kLongestText) throw std::bad_alloc();
+  if (length > kMaxTextLength) throw std::bad_alloc();
 }
 
 Scan::Scan(const std::string& text, Language language) {

@@ -1,4 +1,5 @@
-/// What the rules of the type grammar build. Each throws what the construction of its part throws.
+/// The functions that the type rules of the grammar call. Each throws what the construction of its
+/// part throws.
 #ifndef VORNATH_LANGUAGE_TYPE_BUILDER_HPP
 #define VORNATH_LANGUAGE_TYPE_BUILDER_HPP
 
@@ -27,10 +28,10 @@ Type::Constructor constructor(std::string name, Fields payload, Metadata metadat
 
 MetadataEntry valueEntry(DynamicValue value);
 
-/// Inserts the entry, or replaces the one of that key.
+/// Inserts the entry, or replaces the entry of that key.
 Metadata annotate(Metadata metadata, std::string key, MetadataEntry entry);
 
-/// The list with one more item at its end.
+/// Returns the list with one more item at its end.
 template <typename Item>
 std::vector<Item> append(std::vector<Item> list, Item item) {
   list.push_back(std::move(item));

@@ -3,7 +3,7 @@
 #include <utility>
 
 #include "language/type_builder.hpp"
-#include "values/assembly.hpp"
+#include "values/aggregate_types.hpp"
 
 namespace qex::vornath::build {
 
@@ -35,9 +35,9 @@ Draft shapedArray(Drafts values, const Extents& extents, const TypePtr& element)
   return Draft::of(*type, std::move(values));
 }
 
-Draft address(std::uint64_t id) { return address(id, nullptr); }
+Draft foreignPointer(std::uint64_t id) { return foreignPointer(id, nullptr); }
 
-Draft address(std::uint64_t id, const TypePtr& target) {
+Draft foreignPointer(std::uint64_t id, const TypePtr& target) {
   return DynamicValue::foreign(type(reference(target), {}), id);
 }
 

@@ -1,6 +1,6 @@
-/// A value while its text is read: the pieces that it is made of and where they come to lie.
-/// Putting each level of a nest together would copy what is inside it once a level, so that is left
-/// until the bytes are no more than the pieces take anyway, or somebody wants the value.
+/// A value that is being parsed: its pieces and their offsets. Building each level of a nest would
+/// copy the inner levels once for each outer one, so the bytes are built only when they take no
+/// more memory than the pieces, or when the value is requested.
 #ifndef VORNATH_LANGUAGE_VALUE_DRAFT_HPP
 #define VORNATH_LANGUAGE_VALUE_DRAFT_HPP
 
@@ -12,23 +12,23 @@
 
 namespace qex::vornath::build {
 
-/// Nothing but a place for another one if it is default constructed or was moved from. Ends without
-/// recursion, however deep the nest is.
+/// A default-constructed or moved-from draft may only be assigned to. The destructor does not
+/// recurse, however deep the nest is.
 class Draft {
  public:
   Draft() = default;
-  /// A value that is whole: one will do wherever a draft is expected.
+  /// Implicit: a finished value is accepted wherever a draft is.
   // NOLINTNEXTLINE(google-explicit-constructor)
   Draft(const DynamicValue& value) : type_(value.type()), whole_(value.block()) {}
 
-  /// A struct or an array of which these are the first parts. The values are used up. Throws
+  /// Builds a struct or an array whose first parts are the values, which are consumed. Throws
   /// std::bad_alloc.
   static Draft of(const InternedType& type, std::vector<Draft> values);
 
-  /// Without metadata, as that of any value.
+  /// Returns the type, without metadata like that of any value.
   const TypePtr& type() const noexcept { return type_; }
 
-  /// The value, put together. Throws std::bad_alloc.
+  /// Builds the value. Throws std::bad_alloc.
   DynamicValue value() &&;
 
  private:

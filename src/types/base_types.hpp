@@ -10,7 +10,7 @@
 
 namespace qex::vornath {
 
-/// The numbers are those of the flat interface.
+/// The codes are those of the flat interface.
 enum class BaseFamily : std::uint32_t {
   Char = VRNT_BASETYPE_CHAR,
   Half = VRNT_BASETYPE_HALF,

@@ -1,5 +1,5 @@
 /// The extents of an array of any rank. Only this file and its .cpp know which record (int, index2,
-/// index3 or index4) a rank has; what works on arrays takes and gives extents.
+/// index3 or index4) a rank uses; functions on arrays take and return Extents.
 #ifndef VORNATH_TYPES_EXTENTS_HPP
 #define VORNATH_TYPES_EXTENTS_HPP
 
@@ -17,28 +17,27 @@
 
 namespace qex::vornath {
 
-/// A record with one extent, or one index, for each dimension.
+/// A record that holds one extent, or one index, for each dimension.
 template <typename D>
 concept DimensionRecord = std::same_as<D, int> || std::same_as<D, index2> ||
     std::same_as<D, index3> || std::same_as<D, index4>;
 
-/// The members of such a record, the one that runs fastest first.
+/// Returns the members of such a record, the fastest dimension first.
 template <DimensionRecord D>
 constexpr auto dimensions(const D& record) {
   return std::bit_cast<std::array<std::int32_t, sizeof(D) / sizeof(std::int32_t)>>(record);
 }
 
-/// A rank with its extents, the one that runs fastest first. They are known or unknown all
-/// together; an unknown one reads as -1, as the flat interface tells it.
+/// A rank and its extents, the fastest dimension first. Either all extents are known or none is. An
+/// unknown extent reads as -1, as in the flat interface.
 class Extents {
  public:
-  static constexpr std::size_t kHighestRank = 4;
+  static constexpr std::size_t kMaxRank = 4;
 
-  /// Of a rank from 1 to kHighestRank.
+  /// Returns the extents of an unsized array. `rank` is from 1 to kMaxRank.
   static constexpr Extents unknown(std::size_t rank) { return Extents(rank); }
 
-  // Whatever gives the extents of an array is taken for them.
-  // NOLINTBEGIN(google-explicit-constructor)
+  // Implicit: each of these types denotes the extents of an array.
 
   template <DimensionRecord D>
   constexpr Extents(const D& record) : Extents(dimensions(record).size()) {
@@ -48,8 +47,7 @@ class Extents {
 
   template <std::same_as<std::int32_t>... Further>
   requires(sizeof...(Further) > 0 &&
-           sizeof...(Further) < kHighestRank) constexpr Extents(std::int32_t first,
-                                                                Further... further)
+           sizeof...(Further) < kMaxRank) constexpr Extents(std::int32_t first, Further... further)
       : rank_(1 + sizeof...(Further)), known_(true), extents_{first, further...} {}
 
   template <typename D>
@@ -60,7 +58,7 @@ class Extents {
 
   constexpr std::size_t rank() const { return rank_; }
   constexpr bool known() const { return known_; }
-  /// Throws std::bad_optional_access if the extents are unknown.
+  /// Returns *this. Throws std::bad_optional_access if the extents are unknown.
   constexpr const Extents& requireKnown() const {
     if (!known_) throw std::bad_optional_access();
     return *this;
@@ -70,26 +68,25 @@ class Extents {
   constexpr const std::int32_t* begin() const { return extents_.data(); }
   constexpr const std::int32_t* end() const { return extents_.data() + rank_; }
 
-  /// The product of the extents as the 32 bits of a layout give it: one that they don't hold runs
-  /// over as two's complement does, and may be negative. 0 for unknown extents.
+  /// Returns the product of the extents in 32 bits, as the layout of an array uses it. The product
+  /// wraps around in two's complement and may be negative. Returns 0 for unknown extents.
   constexpr std::int32_t count() const {
     std::uint32_t product = known_ ? 1 : 0;
     for (const std::int32_t extent : *this) product *= static_cast<std::uint32_t>(extent);
     return static_cast<std::int32_t>(product);
   }
-  /// The number of elements that a walk comes to: count(), but none where that is negative.
+  /// Returns the number of elements to visit: count(), or 0 if that is negative.
   constexpr std::size_t elements() const {
     const std::int32_t number = count();
     return number < 0 ? 0 : static_cast<std::size_t>(number);
   }
-  /// Whether the product ran over in count(). Extents of which one is 0 never do.
+  /// Returns whether count() wraps around. Extents of which one is 0 never do.
   bool overflow() const;
 
-  /// The extents joined by the separator, as "2,3".
+  /// Returns the extents joined by the separator, as "2,3".
   std::string text(std::string_view separator = ",") const;
 
-  /// The lower rank first, then unknown extents before known ones, then the first extent that
-  /// differs decides.
+  /// Orders by rank, then unknown extents before known ones, then by the first extent that differs.
   friend constexpr auto operator<=>(const Extents&, const Extents&) = default;
 
  private:
@@ -99,16 +96,16 @@ class Extents {
 
   std::size_t rank_;
   bool known_ = false;
-  std::array<std::int32_t, kHighestRank> extents_{};
+  std::array<std::int32_t, kMaxRank> extents_{};
 };
 
-/// An array type of any rank, taken apart.
+/// The element type and the extents of an array type of any rank.
 struct ArrayDesc {
   const TypePtr* element;  ///< in the description
   Extents extents;
 };
 
-/// Nothing if the description is another kind's.
+/// Returns nothing if the description is not that of an array.
 inline std::optional<ArrayDesc> arrayDesc(const TypeDesc& desc) {
   return std::visit(
       [](const auto& alternative) -> std::optional<ArrayDesc> {
@@ -121,8 +118,8 @@ inline std::optional<ArrayDesc> arrayDesc(const TypeDesc& desc) {
       desc);
 }
 
-/// The description of the rank's array type. Throws "concrete type required" and "negative array
-/// length".
+/// Returns the description of an array type of the rank of `extents`. Throws "concrete type
+/// required" and "negative array length".
 TypeDesc makeArrayDesc(TypePtr element, const Extents& extents);
 
 }  // namespace qex::vornath

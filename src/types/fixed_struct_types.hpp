@@ -1,4 +1,4 @@
-/// Fixed types that the type layer itself looks at. Each is made once, on first use, and permanent.
+/// Fixed types that the type layer itself uses. Each is created on first use and is permanent.
 #ifndef VORNATH_TYPES_FIXED_STRUCT_TYPES_HPP
 #define VORNATH_TYPES_FIXED_STRUCT_TYPES_HPP
 
@@ -6,12 +6,11 @@
 
 namespace qex::vornath {
 
-/// The universal spectrum: `{ enum { LUMINANCE; RGB; SPECTRAL; } encoding; float[]* spectrum; }
-/// @name="Spectrum"`. Borrowed.
+/// Returns the universal spectrum type: `{ enum { LUMINANCE; RGB; SPECTRAL; } encoding; float[]*
+/// spectrum; } @name="Spectrum"`. Ownership: the library's.
 const InternedType& spectrumType();
 
-/// `float[extent]` for the prepared extents 1, 3 and 166 without a look-up; else through the
-/// factory.
+/// Returns `float[extent]`. The extents 1, 3 and 166 need no look-up in the factory.
 TypePtr floatArrayType(std::int32_t extent);
 
 }  // namespace qex::vornath

@@ -6,7 +6,7 @@
 
 namespace qex::vornath {
 
-/// Owns one T on the heap; a copy of the box copies the T. Breaks the cycle between types, whose
+/// Owns one T on the heap; copying the box copies the T. Breaks the cycle between types, whose
 /// metadata hold values, and values, which have a type. Member functions that need a complete T are
 /// defined and instantiated in the value layer.
 template <typename T>

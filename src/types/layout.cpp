@@ -19,30 +19,33 @@ constexpr std::uint64_t kStructMinimum = 4;  // bytes, of size and of alignment
 
 // Where 64 bits don't hold a size or an offset, it stops here instead of running over: what had run
 // over would pass for a small one.
-constexpr std::uint64_t kMost = std::numeric_limits<std::uint64_t>::max();
+constexpr std::uint64_t kMax = std::numeric_limits<std::uint64_t>::max();
 
-std::uint64_t sum(std::uint64_t a, std::uint64_t b) { return b > kMost - a ? kMost : a + b; }
+std::uint64_t saturatingAdd(std::uint64_t a, std::uint64_t b) {
+  return b > kMax - a ? kMax : a + b;
+}
 
-std::uint64_t product(std::uint64_t a, std::uint64_t b) {
-  return b != 0 && a > kMost / b ? kMost : a * b;
+std::uint64_t saturatingMultiply(std::uint64_t a, std::uint64_t b) {
+  return b != 0 && a > kMax / b ? kMax : a * b;
 }
 
 std::uint64_t alignUp(std::uint64_t position, std::uint64_t alignment) {
-  const std::uint64_t beyond = position & (alignment - 1);  // alignments are powers of two
-  return beyond == 0 ? position : sum(position, alignment - beyond);
+  const std::uint64_t remainder = position & (alignment - 1);  // alignments are powers of two
+  return remainder == 0 ? position : saturatingAdd(position, alignment - remainder);
 }
 
 // A count that ran over to below 0 gives a negative size, which as an unsigned one is beyond all
 // memory.
 std::uint64_t arraySize(std::int32_t count, std::uint64_t elementSize) {
-  if (count >= 0) return product(static_cast<std::uint64_t>(count), elementSize);
-  constexpr std::uint64_t kLeast = std::uint64_t{1} << 63;  // the magnitude of the least number
+  if (count >= 0) return saturatingMultiply(static_cast<std::uint64_t>(count), elementSize);
+  constexpr std::uint64_t kMinMagnitude = std::uint64_t{1}
+                                          << 63;  // the magnitude of the least number
   const std::uint64_t magnitude =
-      product(static_cast<std::uint64_t>(-std::int64_t{count}), elementSize);
-  return magnitude > kLeast ? kMost : 0 - magnitude;
+      saturatingMultiply(static_cast<std::uint64_t>(-std::int64_t{count}), elementSize);
+  return magnitude > kMinMagnitude ? kMax : 0 - magnitude;
 }
 
-constexpr std::uint64_t kMostSlots = std::uint64_t{1} << 60;  // more than any memory holds
+constexpr std::uint64_t kMaxRefSlots = std::uint64_t{1} << 60;  // more than any memory holds
 
 Layout layoutOf(Type::TBasetype base) {
   const std::uint64_t size = baseTypeInfo(base).size;
@@ -56,11 +59,11 @@ Layout layoutOf(const Type::TStruct& structure) {
   for (std::size_t i = 0; i < structure.fields.size(); ++i) {
     const InternedType& type = *structure.fields[i].type;
     layout.alignment = std::max(layout.alignment, type.alignment());
-    layout.size = sum(structure.offsets[i], type.size());
+    layout.size = saturatingAdd(structure.offsets[i], type.size());
     layout.deepConcrete = layout.deepConcrete && type.deepConcrete();
     layout.refSlotCount += type.refSlotCount();
     layout.referenceDepth = std::max(layout.referenceDepth, type.referenceDepth());
-    if (layout.refSlotCount > kMostSlots) throw std::bad_alloc();
+    if (layout.refSlotCount > kMaxRefSlots) throw std::bad_alloc();
   }
   layout.size = alignUp(std::max(layout.size, kStructMinimum), layout.alignment);
   return layout;
@@ -77,7 +80,7 @@ Layout layoutOf(const Type::TArrayND<D>& array) {
   layout.deepConcrete = element.deepConcrete();
   if (count > 0) {
     const auto elements = static_cast<std::uint64_t>(count);
-    if (element.refSlotCount() > kMostSlots / elements) throw std::bad_alloc();
+    if (element.refSlotCount() > kMaxRefSlots / elements) throw std::bad_alloc();
     layout.refSlotCount = elements * element.refSlotCount();
   }
   return layout;
@@ -86,16 +89,16 @@ Layout layoutOf(const Type::TArrayND<D>& array) {
 Layout layoutOf(const Type::TRef& reference) {
   if (!reference.target) return {kWord, kWord, true, false, 1, 1};
   const std::uint32_t depth = reference.target->referenceDepth();
-  constexpr std::uint32_t kDeepest = std::numeric_limits<std::uint32_t>::max();
+  constexpr std::uint32_t kMaxDepth = std::numeric_limits<std::uint32_t>::max();
   return {kWord, kWord,
           true,  reference.target->deepConcrete(),
-          1,     depth < kDeepest ? depth + 1 : depth};
+          1,     depth < kMaxDepth ? depth + 1 : depth};
 }
 
 Layout layoutOf(const Type::TFun&) { return {2 * kWord, kWord, true, true, 2, 0}; }
 
 // Lists the references of nested parts, the innermost ones first.
-class SlotLister {
+class RefSlotCollector {
  public:
   // A part of the value. Its slots may be listed already.
   struct Node {
@@ -106,7 +109,7 @@ class SlotLister {
     std::size_t first = 0;  // the first slot of an array
   };
 
-  explicit SlotLister(std::uint64_t count) {
+  explicit RefSlotCollector(std::uint64_t count) {
     if (count > slots_.max_size()) throw std::bad_alloc();
     slots_.reserve(count);
   }
@@ -178,7 +181,7 @@ std::vector<std::uint64_t> structOffsets(const std::vector<Type::Field>& fields)
   for (const Type::Field& field : fields) {
     position = alignUp(position, field.type->alignment());
     offsets.push_back(position);
-    position = sum(position, field.type->size());
+    position = saturatingAdd(position, field.type->size());
   }
   return offsets;
 }
@@ -189,7 +192,7 @@ Layout computeLayout(const TypeDesc& desc) {
 
 std::vector<std::uint64_t> computeRefSlots(const TypeDesc& desc, std::uint64_t count) {
   if (count == 0) return {};
-  return SlotLister(count).list(desc);
+  return RefSlotCollector(count).list(desc);
 }
 
 }  // namespace qex::vornath

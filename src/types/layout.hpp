@@ -1,4 +1,4 @@
-/// Sizes, alignments, field offsets and the places of references, computed from a description.
+/// Computes sizes, alignments, field offsets and the slots of references from a description.
 #ifndef VORNATH_TYPES_LAYOUT_HPP
 #define VORNATH_TYPES_LAYOUT_HPP
 
@@ -9,7 +9,7 @@
 
 namespace qex::vornath {
 
-/// The byte offset of each field: each at the next multiple of its type's alignment.
+/// Returns the byte offset of each field: the next multiple of its type's alignment.
 std::vector<std::uint64_t> structOffsets(const std::vector<Type::Field>& fields);
 
 struct Layout {
@@ -21,11 +21,12 @@ struct Layout {
   std::uint32_t referenceDepth;  // see InternedType::referenceDepth()
 };
 
-/// Throws vrnt::Exception "Illegal base type." for a base type out of range, and std::bad_alloc.
+/// Computes the layout of a type. Throws vrnt::Exception "Illegal base type." for a base type out
+/// of range, and std::bad_alloc.
 Layout computeLayout(const TypeDesc& desc);
 
-/// The places of the references in a value of the description, of which the layout tells the count.
-/// The depth of the types doesn't matter. Throws std::bad_alloc.
+/// Returns the slots of the references in a value of the description. `count` is the refSlotCount
+/// of its layout. Does not recurse. Throws std::bad_alloc.
 std::vector<std::uint64_t> computeRefSlots(const TypeDesc& desc, std::uint64_t count);
 
 }  // namespace qex::vornath

@@ -21,8 +21,8 @@ std::string metadataText(const Metadata& metadata) {
   std::string text;
   for (const auto& [key, entry] : metadata) {
     text.append(" @").append(key);
-    if (const auto* words = std::get_if<std::string>(&entry)) {
-      text.append("=\"").append(*words).append("\"");
+    if (const auto* string = std::get_if<std::string>(&entry)) {
+      text.append("=\"").append(*string).append("\"");
     } else if (const auto* value = std::get_if<HeapValue<DynamicValue>>(&entry)) {
       text.append("=").append(metadataValueText(**value));
     }

@@ -1,4 +1,4 @@
-/// What metadata asks of the value layer, above it: the text of a boxed value.
+/// What metadata need of the value layer, above this one: the text of a boxed value.
 #ifndef VORNATH_TYPES_METADATA_VALUE_HPP
 #define VORNATH_TYPES_METADATA_VALUE_HPP
 
@@ -8,7 +8,7 @@
 
 namespace qex::vornath {
 
-/// The value in the text form, all options off.
+/// Returns the text of the value, without options.
 std::string metadataValueText(const DynamicValue& value);
 
 }  // namespace qex::vornath

@@ -11,7 +11,7 @@ std::uint32_t bits(std::int32_t number) { return static_cast<std::uint32_t>(numb
 
 // The running index is a 32-bit signed number.
 template <typename D>
-Place placeOf(const Type::TArrayND<D>& array, const std::int32_t* index) {
+Part elementOf(const Type::TArrayND<D>& array, const std::int32_t* index) {
   std::size_t dimension = Type::TArrayND<D>::kRank - 1;
   std::uint32_t running = bits(index[dimension]);
   if (dimension != 0) {
@@ -24,7 +24,7 @@ Place placeOf(const Type::TArrayND<D>& array, const std::int32_t* index) {
 
 }  // namespace
 
-Place fieldPlace(const InternedType& structType, std::size_t field) {
+Part fieldPart(const InternedType& structType, std::size_t field) {
   const auto& structure = std::get<Type::TStruct>(structType.desc());
   if (field >= structure.fields.size()) {
     throw vrnt::Exception(vrnt::ErrorCode::InvalidArguments, "Struct field index {} out of range.",
@@ -33,11 +33,11 @@ Place fieldPlace(const InternedType& structType, std::size_t field) {
   return Parts(structure)[field];
 }
 
-std::optional<Place> elementPlaceIfArray(const InternedType& type, const std::int32_t* index) {
+std::optional<Part> elementPartIfArray(const InternedType& type, const std::int32_t* index) {
   return std::visit(
-      [index](const auto& desc) -> std::optional<Place> {
+      [index](const auto& desc) -> std::optional<Part> {
         if constexpr (requires { desc.shape; }) {
-          return placeOf(desc, index);
+          return elementOf(desc, index);
         } else {
           return std::nullopt;
         }
@@ -45,11 +45,11 @@ std::optional<Place> elementPlaceIfArray(const InternedType& type, const std::in
       type.desc());
 }
 
-Place elementPlace(const InternedType& arrayType, std::span<const std::int32_t> index) {
+Part elementPart(const InternedType& arrayType, std::span<const std::int32_t> index) {
   return std::visit(
-      [index](const auto& desc) -> Place {
+      [index](const auto& desc) -> Part {
         if constexpr (requires { desc.shape; }) {
-          if (index.size() == desc.kRank) return placeOf(desc, index.data());
+          if (index.size() == desc.kRank) return elementOf(desc, index.data());
         }
         throw std::bad_variant_access();
       },

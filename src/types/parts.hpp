@@ -1,5 +1,5 @@
-/// The parts of a value that lie one beside the other in its bytes, the fields of a struct and the
-/// elements of an array: how many there are, of which type each is and where it lies.
+/// The parts of a value, the fields of a struct or the elements of an array: their number, types
+/// and offsets.
 #ifndef VORNATH_TYPES_PARTS_HPP
 #define VORNATH_TYPES_PARTS_HPP
 
@@ -16,17 +16,17 @@
 
 namespace qex::vornath {
 
-/// A part: its type, borrowed from the type around it, and the offset in bytes from the outer
-/// value's first byte.
-struct Place {
+/// A part of a value: its type, kept alive by the outer type, and its offset in bytes from the
+/// start of the outer value.
+struct Part {
   const InternedType* type;
   std::uint64_t offset;
 };
 
-/// All parts of one type, which must outlive them.
+/// The parts of one type, which must outlive them.
 class Parts {
  public:
-  /// None for a type that is neither a struct nor an array.
+  /// Returns no parts for a type that is neither a struct nor an array.
   static Parts of(const TypeDesc& desc) {
     return std::visit(
         [](const auto& alternative) {
@@ -44,25 +44,24 @@ class Parts {
 
   explicit Parts(const Type::TStruct& structure)
       : structure_(&structure), count_(structure.fields.size()) {}
-  /// An array of unknown extents has no elements, nor has one whose number of them ran over to
-  /// below 0.
+  /// An unsized array has no parts, nor has an array whose count() is negative.
   template <typename D>
   explicit Parts(const Type::TArrayND<D>& array)
       : element_(array.element.get()), count_(Extents(array).elements()) {}
 
   std::size_t count() const { return count_; }
 
-  /// The part with this index, which is below count().
-  Place operator[](std::size_t i) const {
+  /// Returns the part with this index, which must be below count().
+  Part operator[](std::size_t i) const {
     if (structure_ != nullptr) return {structure_->fields[i].type.get(), structure_->offsets[i]};
     return {element_, i * stride()};
   }
 
-  /// The struct, or null if the parts are elements, which are alike.
+  /// Returns the struct, or null if the parts are elements, which all have one type.
   const Type::TStruct* structure() const { return structure_; }
-  /// Of elements only.
+  /// Returns the type of the elements. The parts must be elements.
   const InternedType& element() const { return *element_; }
-  /// Bytes from one element to the next.
+  /// Returns the bytes from one element to the next. The parts must be elements.
   std::uint64_t stride() const { return element_->size(); }
 
  private:
@@ -71,22 +70,25 @@ class Parts {
   std::size_t count_ = 0;
 };
 
-/// Throws "Struct field index {} out of range.", and std::bad_variant_access for another kind.
-Place fieldPlace(const InternedType& structType, std::size_t field);
-/// (embed) Throws "Field not found in struct: {}.", and std::bad_variant_access for another kind.
-Place fieldPlace(const InternedType& structType, std::string_view label);
+/// Returns the field with this index. Throws "Struct field index {} out of range.", and
+/// std::bad_variant_access for a type that is not a struct.
+Part fieldPart(const InternedType& structType, std::size_t field);
+/// (embed) Returns the field with this label. Throws "Field not found in struct: {}.", and
+/// std::bad_variant_access for a type that is not a struct.
+Part fieldPart(const InternedType& structType, std::string_view label);
 
-/// One index for each dimension, the one that runs fastest first. Indices aren't checked against
-/// the extents. They are combined in 32 bits, as two's complement does, the product with the
-/// element's size is taken in 64. Throws std::bad_variant_access for a type of another kind or
-/// rank, and std::bad_optional_access where an extent is needed that the type leaves open.
-Place elementPlace(const InternedType& arrayType, std::span<const std::int32_t> index);
-/// The same with as many indices as the type's rank, and nothing for a type of another kind.
-std::optional<Place> elementPlaceIfArray(const InternedType& type, const std::int32_t* index);
+/// Returns the element at an index, which has one number for each dimension, the fastest dimension
+/// first. Does not check the index against the extents. The running index is computed in 32 bits in
+/// two's complement, its product with the element's size in 64. Throws std::bad_variant_access for
+/// a type of another kind or rank, and std::bad_optional_access for an unsized array of rank 2 to
+/// 4.
+Part elementPart(const InternedType& arrayType, std::span<const std::int32_t> index);
+/// Does the same for an index of the type's own rank. Returns nothing if the type is not an array.
+std::optional<Part> elementPartIfArray(const InternedType& type, const std::int32_t* index);
 
 template <DimensionRecord D>
-Place elementPlace(const InternedType& arrayType, const D& index) {
-  return elementPlace(arrayType, dimensions(index));
+Part elementPart(const InternedType& arrayType, const D& index) {
+  return elementPart(arrayType, dimensions(index));
 }
 
 /// The element type and the number of elements of an array of any rank.
@@ -95,8 +97,8 @@ struct ArrayElements {
   std::int32_t count;  ///< negative only if the product of the extents ran over
 };
 
-/// Throws std::bad_optional_access if the extents are open, and std::bad_variant_access for a type
-/// that is not an array.
+/// Returns the elements of an array type. Throws std::bad_optional_access for an unsized array, and
+/// std::bad_variant_access for a type that is not an array.
 ArrayElements arrayElements(const InternedType& arrayType);
 
 }  // namespace qex::vornath

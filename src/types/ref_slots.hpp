@@ -1,5 +1,5 @@
-/// The places of a type's references, one after the other, without a list of them all where it is
-/// an array: its elements are alike.
+/// The reference slots of a type, one after the other. Those of an array repeat those of its
+/// element, so an array needs no list of its own.
 #ifndef VORNATH_TYPES_REF_SLOTS_HPP
 #define VORNATH_TYPES_REF_SLOTS_HPP
 
@@ -11,11 +11,12 @@
 
 namespace qex::vornath {
 
-/// What InternedType::refSlots() lists, in 8-byte words and ascending. The type must outlive it.
+/// The slots that InternedType::refSlots() lists: 8-byte words, ascending. The type must outlive
+/// it.
 class RefSlots {
  public:
-  /// Throws std::bad_alloc if the elements have a long list that nobody has asked for yet; after
-  /// one that was made for the type, no other one throws.
+  /// Throws std::bad_alloc if there is no memory for a long list of the elements at its first
+  /// request. Once one RefSlots of a type was created, no other one of that type throws.
   explicit RefSlots(const InternedType& type)
       : list_(type.slotPattern().refSlots()),
         stride_(type.slotPattern().size() / 8),
@@ -29,7 +30,7 @@ class RefSlots {
     return i < length ? list_[i] : list_[i % length] + i / length * stride_;
   }
 
-  /// Calls with each place. Where nothing has to be resumed this is faster than the iterator.
+  /// Calls `call` with each slot. Faster than the iterator, which can be resumed.
   template <typename Call>
   void forEach(Call&& call) const {
     if (size_ == list_.size()) {
@@ -52,14 +53,14 @@ class RefSlots {
    public:
     std::uint64_t operator*() const noexcept { return origin_ + list_[next_]; }
     Iterator& operator++() noexcept {
-      --left_;
+      --remaining_;
       if (++next_ == length_) {
         next_ = 0;
         origin_ += stride_;
       }
       return *this;
     }
-    friend bool operator==(const Iterator& at, End) noexcept { return at.left_ == 0; }
+    friend bool operator==(const Iterator& at, End) noexcept { return at.remaining_ == 0; }
 
    private:
     friend RefSlots;
@@ -69,19 +70,19 @@ class RefSlots {
           next_(i < length_ || length_ == 0 ? i : i % length_),
           origin_(i < length_ || length_ == 0 ? 0 : i / length_ * slots.stride_),
           stride_(slots.stride_),
-          left_(slots.size_ - i) {}
+          remaining_(slots.size_ - i) {}
 
     const std::uint64_t* list_;
     std::size_t length_;
     std::size_t next_;
     std::uint64_t origin_;
     std::uint64_t stride_;
-    std::uint64_t left_;
+    std::uint64_t remaining_;
   };
 
   Iterator begin() const noexcept { return from(0); }
   End end() const noexcept { return {}; }
-  /// From the place with this index on, which is size() at most.
+  /// Returns an iterator to the slot with this index, which is at most size().
   Iterator from(std::uint64_t i) const noexcept { return {*this, i}; }
 
  private:

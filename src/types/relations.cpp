@@ -194,7 +194,7 @@ class Relation {
 
 }  // namespace
 
-bool relateButForParts(const InternedType& a, const InternedType& b) {
+bool isSubTypeGivenParts(const InternedType& a, const InternedType& b) {
   return !ruleOf(a, b).isStop();
 }
 

@@ -1,4 +1,5 @@
-/// Whether a value of one type may stand where another is expected. Metadata plays no part.
+/// The subtype relation of types: whether a value of one type may replace a value of another.
+/// Ignores metadata.
 #ifndef VORNATH_TYPES_RELATIONS_HPP
 #define VORNATH_TYPES_RELATIONS_HPP
 
@@ -9,25 +10,25 @@
 
 namespace qex::vornath {
 
-/// The type without metadata at any depth: its twin, or the type itself.
+/// Returns the type without metadata at any depth, which may be the type itself.
 inline const InternedType& stripMetadata(const InternedType& type) { return type.stripped(); }
 
-/// Whether a value of `a` may stand where `b` is expected.
+/// Returns whether a value of `a` is accepted where `b` is expected.
 bool isSubType(const InternedType& a, const InternedType& b);
 
-/// Whether each may stand for the other.
+/// Returns whether each type is a subtype of the other.
 inline bool isSameType(const InternedType& a, const InternedType& b) {
   return &a.stripped() == &b.stripped() || (isSubType(a, b) && isSubType(b, a));
 }
 
-/// isSubType() of two twins if it is known of each pair of their parts (fields of the same index,
-/// elements, targets, and the like) that the first relates to the second.
-bool relateButForParts(const InternedType& a, const InternedType& b);
+/// Returns isSubType() of two types without metadata, given that each part of the first (field of
+/// the same index, element, target and so on) is a subtype of the corresponding part of the second.
+bool isSubTypeGivenParts(const InternedType& a, const InternedType& b);
 
-/// isSubType() with the first reason against it in words; nothing means yes.
+/// Returns nothing if isSubType() holds, else the first reason why it does not.
 std::optional<std::string> checkSubType(const InternedType& a, const InternedType& b);
 
-/// Throws vrnt::Exception with `format`, its {} being the reason, unless `a` may stand for `b`.
+/// Throws vrnt::Exception with `format`, whose {} is the reason, unless isSubType() holds.
 void requireRelated(const InternedType& a, const InternedType& b, const char* format);
 
 }  // namespace qex::vornath

@@ -1,4 +1,4 @@
-/// The forms that a spectrum comes in.
+/// The encodings of a spectrum.
 #ifndef VORNATH_TYPES_SPECTRUM_ENCODING_HPP
 #define VORNATH_TYPES_SPECTRUM_ENCODING_HPP
 
@@ -6,7 +6,7 @@
 
 namespace qex::vornath {
 
-/// Numbered like the constructors of the spectrum type's enum.
+/// The values are the codes of the spectrum type's enum.
 enum class SpectrumEncoding : std::int32_t { Luminance = 0, Rgb = 1, Spectral = 2 };
 
 }  // namespace qex::vornath

@@ -15,9 +15,9 @@ namespace {
 using vrnt::ErrorCode;
 using vrnt::Exception;
 
-// The name of the first item that has a twin later in the list, or null.
+// Returns the name of the first item that occurs again later in the list, or null.
 template <typename Items, typename NameOf>
-const std::string* firstWithTwin(const Items& items, NameOf nameOf) {
+const std::string* firstDuplicate(const Items& items, NameOf nameOf) {
   std::unordered_set<std::string_view> later;
   const std::string* first = nullptr;
   for (auto item = items.rbegin(); item != items.rend(); ++item) {
@@ -27,15 +27,16 @@ const std::string* firstWithTwin(const Items& items, NameOf nameOf) {
   return first;
 }
 
-// A type of a nest of which each level adds references has nearly all of them.
-constexpr std::uint64_t kFewRefSlots = 64;
+// In a nest of which each level adds references, each type has nearly all of them.
+constexpr std::uint64_t kMaxInlineRefSlots = 64;
 
-// Of several threads that have made the same, one keeps its own for all.
+// Publishes a value. If another thread has published one first, drops this one. Returns the
+// published one.
 template <typename T>
-const T& keepFirst(std::atomic<const T*>& kept, T made) {
-  auto own = std::make_unique<const T>(std::move(made));
+const T& publishFirst(std::atomic<const T*>& slot, T value) {
+  auto own = std::make_unique<const T>(std::move(value));
   const T* first = nullptr;
-  if (kept.compare_exchange_strong(first, own.get(), std::memory_order_acq_rel)) {
+  if (slot.compare_exchange_strong(first, own.get(), std::memory_order_acq_rel)) {
     first = own.release();
   }
   return *first;
@@ -52,8 +53,8 @@ Type::Field::Field(TypePtr fieldType, std::string fieldLabel)
 
 Type::TStruct::TStruct(std::vector<Field> structFields) : fields(std::move(structFields)) {
   const auto label = [](const Field& field) -> const std::string& { return field.label; };
-  if (const std::string* twin = firstWithTwin(fields, label)) {
-    throw Exception(ErrorCode::InvalidArguments, "Duplicate struct field: {}.", *twin);
+  if (const std::string* duplicate = firstDuplicate(fields, label)) {
+    throw Exception(ErrorCode::InvalidArguments, "Duplicate struct field: {}.", *duplicate);
   }
   offsets = structOffsets(fields);
 }
@@ -64,8 +65,8 @@ Type::TEnum::TEnum(std::vector<Constructor> enumConstructors)
     throw Exception(ErrorCode::InvalidArguments, "Enum requires at least one constructor.");
   }
   const auto name = [](const Constructor& c) -> const std::string& { return c.name; };
-  if (const std::string* twin = firstWithTwin(constructors, name)) {
-    throw Exception(ErrorCode::InvalidArguments, "Duplicate enum constructor: {}.", *twin);
+  if (const std::string* duplicate = firstDuplicate(constructors, name)) {
+    throw Exception(ErrorCode::InvalidArguments, "Duplicate enum constructor: {}.", *duplicate);
   }
 }
 
@@ -111,43 +112,43 @@ InternedType::InternedType(TypeDesc desc, const Metadata& metadata, TypePtr stri
   deepConcrete_ = layout.deepConcrete;
   refSlotCount_ = layout.refSlotCount;
   referenceDepth_ = layout.referenceDepth;
-  if (refSlotCount_ <= kFewRefSlots) {
-    fewRefSlots_ = computeRefSlots(desc_, refSlotCount_);
-    refSlots_.store(&fewRefSlots_, std::memory_order_relaxed);
+  if (refSlotCount_ <= kMaxInlineRefSlots) {
+    inlineRefSlots_ = computeRefSlots(desc_, refSlotCount_);
+    refSlots_.store(&inlineRefSlots_, std::memory_order_relaxed);
   } else if (const auto array = arrayDesc(desc_)) {
     slotPattern_ = &(*array->element)->slotPattern();
   }
-  const std::string metadataWords = metadataText(metadata_);
-  if (auto text = qex::vornath::shortText(desc_, metadataWords)) {
+  const std::string metadataSuffix = metadataText(metadata_);
+  if (auto text = qex::vornath::shortText(desc_, metadataSuffix)) {
     shortText_ = *std::move(text);
     text_.store(&shortText_, std::memory_order_relaxed);
   } else {
-    textFingerprint_ = qex::vornath::textFingerprint(desc_, metadataWords);
+    textFingerprint_ = qex::vornath::textFingerprint(desc_, metadataSuffix);
   }
 }
 
 InternedType::~InternedType() {
-  delete keptDefault_.load(std::memory_order_acquire);
+  delete cachedDefault_.load(std::memory_order_acquire);
   const std::string* const text = text_.load(std::memory_order_acquire);
   if (text != &shortText_) delete text;
   const auto* const slots = refSlots_.load(std::memory_order_acquire);
-  if (slots != &fewRefSlots_) delete slots;
+  if (slots != &inlineRefSlots_) delete slots;
 }
 
 const std::string& InternedType::buildText() const {
   std::string text;
   appendText(text, *this);
-  return keepFirst(text_, std::move(text));
+  return publishFirst(text_, std::move(text));
 }
 
 const std::vector<std::uint64_t>& InternedType::buildRefSlots() const {
-  return keepFirst(refSlots_, computeRefSlots(desc_, refSlotCount_));
+  return publishFirst(refSlots_, computeRefSlots(desc_, refSlotCount_));
 }
 
-const DynamicValue& InternedType::keepDefault(DynamicValue&& value) const {
+const DynamicValue& InternedType::cacheDefault(DynamicValue&& value) const {
   auto kept = std::make_unique<const HeapValue<DynamicValue>>(std::move(value));
   const HeapValue<DynamicValue>* first = nullptr;
-  if (keptDefault_.compare_exchange_strong(first, kept.get(), std::memory_order_acq_rel)) {
+  if (cachedDefault_.compare_exchange_strong(first, kept.get(), std::memory_order_acq_rel)) {
     first = kept.release();
   }
   return **first;

@@ -18,27 +18,27 @@
 
 namespace qex::vornath {
 
-/// What a value's bytes mean: an immutable description with annotations, its size, its layout and
-/// the places of its references. Every Type is one; asInterned() goes from one to the other.
+/// The type of a value: an immutable description with annotations, its size, its layout and its
+/// reference slots. Every Type is an InternedType; asInterned() converts.
 ///
-/// Identity: only the Factory makes types, one object for each description and metadata, so that
+/// Identity: only the Factory creates types, one object for each description and metadata, so that
 /// equal types have equal addresses. Values in metadata are compared by their blocks' addresses, so
-/// that each parse of a text with such values makes a type of its own. Payloads of an enum's
-/// constructors are not compared: of two enums that differ only in payloads, the first stands for
+/// that each parse of a text with such values creates a type of its own. Payloads of an enum's
+/// constructors are not compared: of two enums that differ only in payloads, the first is used for
 /// both. Lifetime: until the reference count falls to zero or, if permanent, until
 /// vrntValuesShutdown(). Threads: everything but the count and `permanent` is constant after
 /// construction and is read without a lock.
 ///
 /// Long texts and long lists of references are built on the first request, since each type of a
-/// deep nest holds nearly all of the innermost one's: memory grows with the nest's text, not with
-/// its square.
+/// deep nest contains nearly all of the innermost one's: memory grows with the nest's text, not
+/// with its square.
 class InternedType final : public Type {
  public:
   /// Returns the type of a text. Throws what the parse throws.
   static TypePtr parse(std::string_view text);
 
   const TypeDesc& desc() const noexcept { return desc_; }
-  /// The alternative that the type is known to be.
+  /// Returns the alternative, which must be the one that the description holds.
   template <typename Alternative>
   const Alternative& get() const {
     return std::get<Alternative>(desc_);
@@ -50,55 +50,55 @@ class InternedType final : public Type {
   const Metadata& metadata() const noexcept { return metadata_; }
   std::uint64_t alignment() const noexcept { return alignment_; }
   std::uint64_t size() const noexcept { return size_; }
-  /// Whether the type has a definite size, so that a value of it can stand by itself.
+  /// Returns whether the type has a definite size, so that values of it can be created.
   bool concrete() const noexcept { return concrete_; }
-  /// concrete(), and every reference leads to a known type that is deepConcrete() too.
+  /// Returns concrete(), and whether every reference has a target that is deepConcrete() too.
   bool deepConcrete() const noexcept { return deepConcrete_; }
 
-  /// The canonical text; it lives as long as the type. Throws std::bad_alloc if there is no memory
-  /// for a long text at its first request.
+  /// Returns the canonical text, which lives as long as the type. Throws std::bad_alloc if there is
+  /// no memory for a long text at its first request.
   const std::string& text() const {
     const std::string* const known = knownText();
     return known ? *known : buildText();
   }
-  /// The canonical text, or null for a long one that was not requested yet.
+  /// Returns the canonical text, or null for a long one that was not requested yet.
   const std::string* knownText() const noexcept { return text_.load(std::memory_order_acquire); }
-  /// Whether the text is built on request; textFingerprint() is then set.
+  /// Returns whether the text is built on request; textFingerprint() is then set.
   bool hasLongText() const noexcept { return textFingerprint_.length != 0; }
-  /// The fingerprint of a long text; zero for a short one.
+  /// Returns the fingerprint of a long text; zero for a short one.
   const TextFingerprint& textFingerprint() const noexcept { return textFingerprint_; }
 
-  /// The places of the references in a value, in 8-byte words from its start, ascending. Throws
-  /// std::bad_alloc if there is no memory for a long list at its first request; later calls do not
-  /// throw.
+  /// Returns the slots of the references in a value, in 8-byte words from its start, ascending.
+  /// Throws std::bad_alloc if there is no memory for a long list at its first request; later calls
+  /// do not throw.
   const std::vector<std::uint64_t>& refSlots() const {
     const auto* const known = knownRefSlots();
     return known ? *known : buildRefSlots();
   }
-  /// The same list, or null for a long one that was not requested yet.
+  /// Returns the same list, or null for a long one that was not requested yet.
   const std::vector<std::uint64_t>* knownRefSlots() const noexcept {
     return refSlots_.load(std::memory_order_acquire);
   }
-  /// The length of refSlots(); does not build the list.
+  /// Returns the length of refSlots(); does not build the list.
   std::uint64_t refSlotCount() const noexcept { return refSlotCount_; }
-  /// The longest chain of references from a value as far as the type tells: 0 without references,
-  /// 1 for a `void*`, the target's plus one for any other reference.
+  /// Returns the length of the longest chain of references from a value that the type implies: 0
+  /// without references, 1 for a `void*`, the target's plus one for any other reference.
   std::uint32_t referenceDepth() const noexcept { return referenceDepth_; }
-  /// The type whose refSlots() repeat, one value after the other, to give those of this type: the
-  /// innermost element type of a long array, or this type.
+  /// Returns the type whose refSlots() repeat, one value after the other, to give those of this
+  /// type: the innermost element type of a long array, or this type.
   const InternedType& slotPattern() const noexcept { return slotPattern_ ? *slotPattern_ : *this; }
 
-  /// The same type without metadata at any depth; this type if it has none.
+  /// Returns this type without metadata at any depth, which may be this type.
   const InternedType& stripped() const noexcept { return stripped_ ? *stripped_ : *this; }
 
-  /// The default value that was kept for this type, or null. It lives as long as the type.
-  const DynamicValue* keptDefault() const noexcept {
-    const auto* kept = keptDefault_.load(std::memory_order_acquire);
-    return kept ? kept->get() : nullptr;
+  /// Returns the cached default value of this type, or null. It lives as long as the type.
+  const DynamicValue* cachedDefault() const noexcept {
+    const auto* cached = cachedDefault_.load(std::memory_order_acquire);
+    return cached ? cached->get() : nullptr;
   }
-  /// Keeps a default value and returns the kept one; the first that is kept stays. The value's type
-  /// must not be this type, which it would keep alive forever. Throws std::bad_alloc.
-  const DynamicValue& keepDefault(DynamicValue&& value) const;
+  /// Caches a default value and returns the cached one; later calls do not replace it. The value's
+  /// type must not be this type, which the cache would keep alive forever. Throws std::bad_alloc.
+  const DynamicValue& cacheDefault(DynamicValue&& value) const;
 
  private:
   friend class Type::Factory;
@@ -123,7 +123,7 @@ class InternedType final : public Type {
   const InternedType* slotPattern_ = nullptr;  // of a long array: kept alive by desc_
   TextFingerprint textFingerprint_;            // of a long text only
   std::string shortText_;
-  std::vector<std::uint64_t> fewRefSlots_;
+  std::vector<std::uint64_t> inlineRefSlots_;
   // These point to the members above or to heap objects that the type owns.
   mutable std::atomic<const std::string*> text_{nullptr};
   mutable std::atomic<const std::vector<std::uint64_t>*> refSlots_{nullptr};
@@ -132,7 +132,7 @@ class InternedType final : public Type {
   mutable std::atomic<std::uint32_t> references_{0};
   std::weak_ptr<Factory> factory_;
   TypePtr stripped_;
-  mutable std::atomic<const HeapValue<DynamicValue>*> keptDefault_{nullptr};
+  mutable std::atomic<const HeapValue<DynamicValue>*> cachedDefault_{nullptr};
   mutable const InternedType* nextUnlinked_ = nullptr;  // the factory's list of types to destroy
 };
 

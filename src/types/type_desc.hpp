@@ -32,7 +32,7 @@ struct index4 {
   }
 };
 
-/// Scalars and short vectors. The numbers are part of the order of types.
+/// Scalars and short vectors. The order of types compares the codes.
 enum class Type::TBasetype : std::int32_t {
   Bool,
   Bool2,
@@ -56,7 +56,8 @@ enum class Type::TBasetype : std::int32_t {
   Half4
 };
 
-/// A field of a struct. Throws "Not a concrete type: {}." for a type without a definite size.
+/// A field of a struct. The constructor throws "Not a concrete type: {}." for a type without a
+/// definite size.
 struct Type::Field {
   Field(TypePtr fieldType, std::string fieldLabel);
 
@@ -64,14 +65,14 @@ struct Type::Field {
   std::string label;
 };
 
-/// Named fields in order. Throws "Duplicate struct field: {}.".
+/// Named fields in order. The constructor throws "Duplicate struct field: {}.".
 struct Type::TStruct {
   TStruct() = default;
   explicit TStruct(std::vector<Field> structFields);
 
-  /// (embed)
+  /// (embed) Returns whether there is a field with this label.
   bool hasField(std::string_view label) const;
-  /// (embed) Throws "Field not found in struct: {}.".
+  /// (embed) Returns the index of a field. Throws "Field not found in struct: {}.".
   std::size_t fieldIndex(std::string_view label) const;
 
   std::vector<Field> fields;
@@ -84,21 +85,21 @@ struct Type::Constructor {
   TStruct payload;  ///< part of the type only: no value stores it
 };
 
-/// Constructors; the position of one is the code that a value stores. Throws "Enum requires at
-/// least one constructor." and "Duplicate enum constructor: {}.".
+/// The constructors; a value stores the index of one as its code. The constructor of this struct
+/// throws "Enum requires at least one constructor." and "Duplicate enum constructor: {}.".
 struct Type::TEnum {
   explicit TEnum(std::vector<Constructor> enumConstructors);
 
-  /// Throws "Invalid enum constructor: {}".
+  /// Returns the code of a constructor. Throws "Invalid enum constructor: {}".
   std::int32_t constructorIndex(std::string_view name) const;
-  /// Throws "Enum code out of range: {}".
+  /// Returns the name of a constructor. Throws "Enum code out of range: {}".
   const std::string& constructorName(std::int32_t code) const;
 
   std::vector<Constructor> constructors;
 };
 
-/// An array of rank 1 to 4 (D is int, index2, index3 or index4). No shape means unknown extents.
-/// Throws "concrete type required" and "negative array length".
+/// An array of rank 1 to 4 (D is int, index2, index3 or index4). An unsized array has no shape. The
+/// constructor throws "concrete type required" and "negative array length".
 template <typename D>
 struct Type::TArrayND {
   TArrayND(TypePtr elementType, std::optional<D> extents);
@@ -109,7 +110,7 @@ struct Type::TArrayND {
   std::optional<D> shape;
 };
 
-/// A reference; without a target it is `void*`.
+/// A reference. Without a target it is `void*`.
 struct Type::TRef {
   TypePtr target;
 };
@@ -119,7 +120,7 @@ struct Type::TFun {
   TypePtr codomain;
 };
 
-/// The order of the alternatives is the first criterion of the order of types.
+/// Types are ordered by the index of the alternative first.
 using TypeDesc = std::variant<Type::TBasetype, Type::TEnum, Type::TStruct, Type::TArrayND<int>,
                               Type::TArrayND<index2>, Type::TArrayND<index3>,
                               Type::TArrayND<index4>, Type::TRef, Type::TFun>;

@@ -14,31 +14,31 @@ namespace {
 std::mutex creationMutex;
 std::atomic<bool> created{false};  // whether `factory` may be read without the mutex
 
-// The one pointer to the factory. Nothing destroys it: a host that comes back after the library's
-// static destructors finds it empty.
-union FactoryPlace {
-  constexpr FactoryPlace() : pointer() {}
-  ~FactoryPlace() {}  // NOLINT(modernize-use-equals-default): that would be a deleted one
+// The one pointer to the factory. It is never destroyed: a host that calls after the library's
+// static destructors have run finds it empty.
+union FactoryStorage {
+  constexpr FactoryStorage() : pointer() {}
+  ~FactoryStorage() {}  // NOLINT(modernize-use-equals-default): that would be a deleted one
 
   std::shared_ptr<Type::Factory> pointer;
 };
-constinit FactoryPlace factory;
+constinit FactoryStorage factory;
 
-// Ends the factory when the library is unloaded.
-struct FactoryEnd {
-  ~FactoryEnd() {
+// Destroys the factory when the library is unloaded.
+struct FactoryDestroyer {
+  ~FactoryDestroyer() {
     const std::lock_guard guard(creationMutex);
     created.store(false, std::memory_order_release);
     factory.pointer.reset();
   }
 };
-const FactoryEnd factoryEnd;
+const FactoryDestroyer factoryDestroyer;
 
-TypePtr twin(const TypePtr& type) { return type ? TypePtr(&type->stripped()) : TypePtr(); }
+TypePtr strippedType(const TypePtr& type) { return type ? TypePtr(&type->stripped()) : TypePtr(); }
 
 bool annotated(const TypePtr& type) { return type && &type->stripped() != type.get(); }
 
-// The description of the twin without metadata, or nothing if there is none to take off.
+// Returns the description without metadata, or nothing if it has none.
 std::optional<TypeDesc> strippedDesc(Type::TBasetype base, bool own) {
   if (!own) return std::nullopt;
   return base;
@@ -63,19 +63,19 @@ std::optional<TypeDesc> strippedDesc(const Type::TStruct& structure, bool own) {
   for (const Type::Field& field : structure.fields) any = any || annotated(field.type);
   if (!any) return std::nullopt;
   Type::TStruct stripped = structure;
-  for (Type::Field& field : stripped.fields) field.type = twin(field.type);
+  for (Type::Field& field : stripped.fields) field.type = strippedType(field.type);
   return stripped;
 }
 
 template <typename D>
 std::optional<TypeDesc> strippedDesc(const Type::TArrayND<D>& array, bool own) {
   if (!own && !annotated(array.element)) return std::nullopt;
-  return Type::TArrayND<D>(twin(array.element), array.shape);
+  return Type::TArrayND<D>(strippedType(array.element), array.shape);
 }
 
 std::optional<TypeDesc> strippedDesc(const Type::TRef& reference, bool own) {
   if (!own && !annotated(reference.target)) return std::nullopt;
-  return Type::TRef{twin(reference.target)};
+  return Type::TRef{strippedType(reference.target)};
 }
 
 std::optional<TypeDesc> strippedDesc(const Type::TFun& function, bool own) {
@@ -83,8 +83,8 @@ std::optional<TypeDesc> strippedDesc(const Type::TFun& function, bool own) {
   for (const TypePtr& domain : function.domain) any = any || annotated(domain);
   if (!any) return std::nullopt;
   Type::TFun stripped = function;
-  stripped.codomain = twin(function.codomain);
-  for (TypePtr& domain : stripped.domain) domain = twin(domain);
+  stripped.codomain = strippedType(function.codomain);
+  for (TypePtr& domain : stripped.domain) domain = strippedType(domain);
   return stripped;
 }
 
@@ -153,20 +153,20 @@ Type::Factory::TextKey::TextKey(std::string_view typeText)
 TypePtr Type::Factory::findByTextLocked(std::string_view text) {
   const auto found = typesByText_.find(TextKey(text));
   if (found != typesByText_.end()) return TypePtr(found->second);
-  return text.size() > kLongestShortText ? findLongTextLocked(text) : TypePtr();
+  return text.size() > kMaxShortTextLength ? findLongTextLocked(text) : TypePtr();
 }
 
 TypePtr Type::Factory::findLongTextLocked(std::string_view text) {
-  TextFingerprint sum;
-  sum.add(text);
-  const auto found = typesByLongText_.find(LongTextKey(sum));
+  TextFingerprint fingerprint;
+  fingerprint.add(text);
+  const auto found = typesByLongText_.find(LongTextKey(fingerprint));
   if (found == typesByLongText_.end() || found->second->text() != text) return TypePtr();
   TypePtr type(found->second);
   indexLongTextLocked(type.get());
   return type;
 }
 
-// What was looked up once will be looked up again, and then costs no sum.
+// A text that was looked up once will be looked up again, and then needs no fingerprint.
 void Type::Factory::indexLongTextLocked(const InternedType* type) {
   if (!type->hasLongText() || type->indexed_) return;
   const auto found = typesByLongText_.find(LongTextKey(type->textFingerprint_));
@@ -175,12 +175,12 @@ void Type::Factory::indexLongTextLocked(const InternedType* type) {
   type->indexed_ = true;
 }
 
-void Type::Factory::enterTextLocked(InternedType* type) {
+void Type::Factory::insertTextLocked(InternedType* type) {
   if (type->hasLongText()) {
-    enterLongTextLocked(type);
+    insertLongTextLocked(type);
     return;
   }
-  // The older entry's key points into the older type's text and goes with it.
+  // The older entry's key points into the older type's text, so it is replaced too.
   auto node = typesByText_.extract(TextKey(type->shortText_));
   if (node.empty()) {
     typesByText_.emplace(TextKey(type->shortText_), type);
@@ -191,7 +191,7 @@ void Type::Factory::enterTextLocked(InternedType* type) {
   }
 }
 
-void Type::Factory::enterLongTextLocked(InternedType* type) {
+void Type::Factory::insertLongTextLocked(InternedType* type) {
   const auto [entry, isNew] =
       typesByLongText_.try_emplace(LongTextKey(type->textFingerprint_), type);
   if (isNew) return;
@@ -206,8 +206,8 @@ void Type::Factory::removeTextLocked(const InternedType* type) noexcept {
   }
   const auto entry = typesByLongText_.find(LongTextKey(type->textFingerprint_));
   if (entry == typesByLongText_.end()) return;
-  const InternedType* const entered = entry->second;
-  if (std::exchange(entered->indexed_, false)) typesByText_.erase(TextKey(*entered->knownText()));
+  const InternedType* const inserted = entry->second;
+  if (std::exchange(inserted->indexed_, false)) typesByText_.erase(TextKey(*inserted->knownText()));
   typesByLongText_.erase(entry);
 }
 
@@ -231,17 +231,17 @@ TypePtr Type::Factory::makeType(TypeDesc desc, const Metadata& metadata) {
   struct Delete {
     void operator()(InternedType* type) const { delete type; }
   };
-  std::unique_ptr<InternedType, Delete> made(
+  std::unique_ptr<InternedType, Delete> owned(
       new InternedType(std::move(desc), metadata, std::move(stripped), get_factory(true)));
-  InternedType* const type = made.get();
+  InternedType* const type = owned.get();
   const auto key = typesByKey_.emplace(Key{&type->metadata_, &type->desc_}, type).first;
   try {
-    enterTextLocked(type);
+    insertTextLocked(type);
   } catch (...) {
     typesByKey_.erase(key);
     throw;
   }
-  return TypePtr(made.release());
+  return TypePtr(owned.release());
 }
 
 TypePtr Type::Factory::parseType(std::string_view text) {
@@ -268,18 +268,18 @@ void Type::Factory::releaseType(const InternedType* type) noexcept {
   const boost::recursive_mutex::scoped_lock guard(*lock_);
   if (type->references_.fetch_sub(1, std::memory_order_acq_rel) != 1) return;
   if (type->permanent_.load(std::memory_order_relaxed) && !shuttingDown_) return;
-  endLocked(type);
+  destroyLocked(type);
 }
 
-void Type::Factory::endLocked(const InternedType* type) noexcept {
+void Type::Factory::destroyLocked(const InternedType* type) noexcept {
   typesByKey_.erase({&type->metadata_, &type->desc_});
   removeTextLocked(type);
-  type->nextUnlinked_ = ended_;
-  ended_ = type;
-  if (ending_) return;
-  ending_ = true;
-  while (ended_) delete std::exchange(ended_, ended_->nextUnlinked_);
-  ending_ = false;
+  type->nextUnlinked_ = unlinked_;
+  unlinked_ = type;
+  if (destroying_) return;
+  destroying_ = true;
+  while (unlinked_) delete std::exchange(unlinked_, unlinked_->nextUnlinked_);
+  destroying_ = false;
 }
 
 void Type::Factory::shutDown() {

@@ -1,9 +1,9 @@
-/// The one place where types come into being, are found again, and end.
+/// Creates, finds and destroys types.
 ///
 /// Lock order: parser_mutex before the factory's lock, always; no parse starts under the factory's
-/// lock. The last step of a type's count is decided under the lock together with its removal from
-/// the tables: otherwise a look-up could hand out a type that is going away. A count that stays
-/// above zero goes down without the lock, as nothing can tell the difference.
+/// lock. The decrement of a count to zero and the removal of the type from the tables are one step
+/// under the lock: otherwise a look-up could return a type that is being destroyed. A decrement to
+/// a count above zero takes no lock.
 #ifndef VORNATH_TYPES_TYPE_FACTORY_HPP
 #define VORNATH_TYPES_TYPE_FACTORY_HPP
 
@@ -30,25 +30,25 @@ class Type::Factory {
   Factory& operator=(const Factory&) = delete;
   ~Factory();
 
-  /// The one type of this description and metadata: an existing one with a new reference, or a new
-  /// one. The alternative's own constructor has checked the description. Throws std::bad_alloc and
-  /// "Illegal base type."; the tables are then as they were.
+  /// Returns the one type of this description and metadata: the existing one with a new reference,
+  /// or a new one. The alternative's own constructor has checked the description. Throws
+  /// std::bad_alloc and "Illegal base type."; the tables are then unchanged.
   TypePtr makeType(TypeDesc desc, const Metadata& metadata = {});
 
-  /// The type of a text: from the table if the text is the canonical one of a living type, else by
-  /// a parse. Throws what the parse throws.
+  /// Returns the type of a text: from the table if the text is the canonical one of a living type,
+  /// else by a parse. Throws what the parse throws.
   TypePtr parseType(std::string_view text);
 
-  /// Keeps the type alive until shutDown(). Returns the type that it was given.
+  /// Keeps the type alive until shutDown(). Returns its argument.
   const InternedType* makePermanent(const InternedType* type);
 
-  /// Drops a reference that may be the last one.
+  /// Releases a reference that may be the last one.
   void releaseType(const InternedType* type) noexcept;
 
-  /// Drops the references that keep permanent types alive. There is no way back.
+  /// Releases the references that keep permanent types alive. Cannot be undone.
   void shutDown();
 
-  /// How many types are alive: for tests that nothing is left over.
+  /// Returns the number of living types, for tests that look for leaks.
   std::size_t liveTypes() const;
 
  private:
@@ -63,8 +63,8 @@ class Type::Factory {
     }
   };
 
-  // A text with a digest of its length and a few samples, which nearly always decides, so that a
-  // look-up of a long text costs one comparison of it. The text points into the Type.
+  // A text with a digest of its length and a few samples of it. The digest nearly always decides,
+  // so that a look-up of a long text costs one comparison of it. The text points into the Type.
   struct TextKey {
     explicit TextKey(std::string_view typeText);
 
@@ -76,9 +76,9 @@ class Type::Factory {
     }
   };
 
-  // A long text that its type may not have put together. Texts of one key are nearly always equal,
-  // which a look-up makes sure of; elsewhere two that aren't may drive each other out of the table,
-  // which costs a parse.
+  // A long text that its type may not have built yet. Texts of one key are nearly always equal; a
+  // look-up compares them. Two that differ may displace each other in the table, which costs a
+  // parse.
   struct LongTextKey {
     explicit LongTextKey(const TextFingerprint& text) : length(text.length), digest(text.digest) {}
 
@@ -91,24 +91,24 @@ class Type::Factory {
   TypePtr findByTextLocked(std::string_view text);
   TypePtr findLongTextLocked(std::string_view text);
   void indexLongTextLocked(const InternedType* type);
-  void enterTextLocked(InternedType* type);
-  void enterLongTextLocked(InternedType* type);
+  void insertTextLocked(InternedType* type);
+  void insertLongTextLocked(InternedType* type);
   void removeTextLocked(const InternedType* type) noexcept;
   TypePtr makeStrippedLocked(const TypeDesc& desc, const Metadata& metadata);
-  void endLocked(const InternedType* type) noexcept;
+  void destroyLocked(const InternedType* type) noexcept;
 
   std::map<Key, InternedType*, KeyOrder> typesByKey_;
-  // All short texts, and of the long ones those that were looked up or parsed.
+  // All short texts, and those long ones that were looked up or parsed.
   std::map<TextKey, const InternedType*> typesByText_;
   std::map<LongTextKey, const InternedType*> typesByLongText_;
   std::set<TypePtr, TypeOrder> permanentTypes_;
   bool shuttingDown_ = false;
   const std::unique_ptr<boost::recursive_mutex> lock_;  // its header is a costly one
 
-  // Types that have ended and wait for their destruction, chained through nextEnded_: the end of a
-  // type ends its children, and a chain of them must not recurse.
-  const InternedType* ended_ = nullptr;
-  bool ending_ = false;
+  // Types that await destruction, chained through nextUnlinked_: the destruction of a type releases
+  // its children, and a chain of them must not recurse.
+  const InternedType* unlinked_ = nullptr;
+  bool destroying_ = false;
 };
 
 }  // namespace qex::vornath

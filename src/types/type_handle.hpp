@@ -1,4 +1,4 @@
-/// A flat type handle and the Type that it stands for: the same address.
+/// Converts between a flat type handle and the Type at the same address.
 #ifndef VORNATH_TYPES_TYPE_HANDLE_HPP
 #define VORNATH_TYPES_TYPE_HANDLE_HPP
 
@@ -10,7 +10,7 @@ inline const InternedType& typeOf(const vrntType_t* handle) {
   return *reinterpret_cast<const InternedType*>(handle);
 }
 
-/// Takes no reference. Types are immutable, whatever the handle says of const.
+/// Adds no reference. Types are immutable even through a handle that is not const.
 inline vrntType_t* typeHandle(const InternedType& type) {
   return reinterpret_cast<vrntType_t*>(const_cast<InternedType*>(&type));
 }

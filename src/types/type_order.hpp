@@ -1,4 +1,4 @@
-/// The total order of types, which decides what counts as one type.
+/// The total order of types, which decides which types are equal.
 #ifndef VORNATH_TYPES_TYPE_ORDER_HPP
 #define VORNATH_TYPES_TYPE_ORDER_HPP
 
@@ -6,14 +6,15 @@
 
 namespace qex::vornath {
 
-/// Negative, 0 or positive. First the alternative, then the description, then the metadata. An
-/// enum's payloads take no part; values in metadata are ordered by their boxes' addresses.
+/// Returns a negative number, 0 or a positive number. Compares the alternatives, then the
+/// descriptions, then the metadata. Ignores an enum's payloads; orders values in metadata by the
+/// addresses of their boxes.
 int compareTypes(const TypeDesc& descA, const Metadata& metadataA, const TypeDesc& descB,
                  const Metadata& metadataB);
 
-/// The same question for the descriptions of interned types, whose parts are one object exactly
-/// when they are equal: parts are told apart by address, so that the depth of a type costs nothing.
-/// Which of two unequal ones comes first is arbitrary, but stays while both live.
+/// Does the same for the descriptions of interned types. Compares their parts by address, as equal
+/// parts are one object, so that the cost does not grow with the depth of a type. Which of two
+/// unequal types comes first is arbitrary, but constant while both live.
 int compareInterned(const TypeDesc& descA, const Metadata& metadataA, const TypeDesc& descB,
                     const Metadata& metadataB);
 

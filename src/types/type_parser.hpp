@@ -1,5 +1,5 @@
-/// What the factory asks of the language layer, above it: the parse of a text that its table of
-/// canonical texts doesn't know. Defined by the parse driver.
+/// What the factory needs of the language layer, above this one: the parse of a text that its table
+/// of canonical texts does not hold. Defined by the parse driver.
 #ifndef VORNATH_TYPES_TYPE_PARSER_HPP
 #define VORNATH_TYPES_TYPE_PARSER_HPP
 
@@ -10,7 +10,7 @@
 namespace qex::vornath {
 
 /// Parses a type text. Throws vrnt::Exception with ParseFailed and "Unable to parse type: {}.\n{}",
-/// or what the construction of a type throws. The factory's lock must not be held.
+/// or what the construction of a type throws. The caller must not hold the factory's lock.
 TypePtr parseUncachedType(const std::string& text);
 
 }  // namespace qex::vornath

@@ -13,94 +13,75 @@
 namespace qex::vornath {
 namespace {
 
-// The digest of a text is its characters as the digits of a number, modulo a prime.
-constexpr std::uint64_t kPrime = (std::uint64_t{1} << 61) - 1;
-constexpr std::uint64_t kBase = 0x0B4F0E7C5A3D9B21U;
-
-__extension__ using Wide = unsigned __int128;
-
-std::uint64_t product(std::uint64_t a, std::uint64_t b) {
-  const Wide wide = Wide{a} * b;
-  const std::uint64_t folded =
-      static_cast<std::uint64_t>(wide & kPrime) + static_cast<std::uint64_t>(wide >> 61);
-  return folded >= kPrime ? folded - kPrime : folded;
-}
-
-std::uint64_t sum(std::uint64_t a, std::uint64_t b) {
-  const std::uint64_t added = a + b;
-  return added >= kPrime ? added - kPrime : added;
-}
-
-// The text of a description goes to a sink: words in pieces, types as a whole.
-
+// Writes the text of a description to a sink: literal text in pieces, each type as a whole.
 template <typename Sink>
 void write(Type::TBasetype base, Sink& sink) {
-  sink.words(baseTypeInfo(base).spelling);
+  sink.append(baseTypeInfo(base).spelling);
 }
 
 template <typename Sink>
 void write(const Type::TEnum& enumeration, Sink& sink) {
-  sink.words("enum { ");
+  sink.append("enum { ");
   for (const Type::Constructor& constructor : enumeration.constructors) {
-    sink.words(constructor.name);
+    sink.append(constructor.name);
     const char* separator = "( ";
     for (const Type::Field& field : constructor.payload.fields) {
-      sink.words(separator);
-      sink.type(*field.type);
-      sink.words(" ");
-      sink.words(field.label);
+      sink.append(separator);
+      sink.appendType(*field.type);
+      sink.append(" ");
+      sink.append(field.label);
       separator = ", ";
     }
-    if (!constructor.payload.fields.empty()) sink.words(" )");
-    if (!constructor.metadata.empty()) sink.words(metadataText(constructor.metadata));
-    sink.words("; ");
+    if (!constructor.payload.fields.empty()) sink.append(" )");
+    if (!constructor.metadata.empty()) sink.append(metadataText(constructor.metadata));
+    sink.append("; ");
   }
-  sink.words("}");
+  sink.append("}");
 }
 
 template <typename Sink>
 void write(const Type::TStruct& structure, Sink& sink) {
-  sink.words("{ ");
+  sink.append("{ ");
   for (const Type::Field& field : structure.fields) {
-    sink.type(*field.type);
-    sink.words(" ");
-    sink.words(field.label);
-    sink.words("; ");
+    sink.appendType(*field.type);
+    sink.append(" ");
+    sink.append(field.label);
+    sink.append("; ");
   }
-  sink.words("}");
+  sink.append("}");
 }
 
 template <typename D, typename Sink>
 void write(const Type::TArrayND<D>& array, Sink& sink) {
   const Extents extents(array);
-  sink.type(*array.element);
-  sink.words("[");
-  sink.words(extents.known() ? extents.text() : std::string(extents.rank() - 1, ','));
-  sink.words("]");
+  sink.appendType(*array.element);
+  sink.append("[");
+  sink.append(extents.known() ? extents.text() : std::string(extents.rank() - 1, ','));
+  sink.append("]");
 }
 
 template <typename Sink>
 void write(const Type::TRef& reference, Sink& sink) {
   if (reference.target) {
-    sink.type(*reference.target);
+    sink.appendType(*reference.target);
   } else {
-    sink.words("void");
+    sink.append("void");
   }
-  sink.words("*");
+  sink.append("*");
 }
 
 template <typename Sink>
 void write(const Type::TFun& function, Sink& sink) {
-  sink.words("((");
+  sink.append("((");
   const char* separator = "";
   for (const TypePtr& domain : function.domain) {
-    sink.words(separator);
-    sink.type(*domain);
+    sink.append(separator);
+    sink.appendType(*domain);
     separator = ", ";
   }
-  sink.words(") => ");
-  sink.type(*function.codomain);
-  sink.words(")");
+  sink.append(") => ");
+  sink.appendType(*function.codomain);
+  sink.append(")");
 }
 
 template <typename Sink>
@@ -108,20 +89,20 @@ void writeDesc(const TypeDesc& desc, Sink& sink) {
   std::visit([&sink](const auto& alternative) { write(alternative, sink); }, desc);
 }
 
-// Puts a text together as long as it is short. A type with a long text makes it a long one.
+// Builds a text while it is short. A part with a long text makes the whole a long one.
 class ShortSink {
  public:
-  void words(std::string_view piece) {
-    if (fits_ && piece.size() <= kLongestShortText - text_.size()) {
+  void append(std::string_view piece) {
+    if (fits_ && piece.size() <= kMaxShortTextLength - text_.size()) {
       text_.append(piece);
     } else {
       fits_ = false;
     }
   }
-  void type(const InternedType& part) {
+  void appendType(const InternedType& part) {
     const std::string* const known = part.knownText();
     if (known != nullptr) {
-      words(*known);
+      append(*known);
     } else {
       fits_ = false;
     }
@@ -136,46 +117,46 @@ class ShortSink {
   bool fits_ = true;
 };
 
-struct SumSink {
-  void words(std::string_view piece) { sum.add(piece); }
-  void type(const InternedType& part) {
+struct FingerprintSink {
+  void append(std::string_view piece) { fingerprint.add(piece); }
+  void appendType(const InternedType& part) {
     if (part.hasLongText()) {
-      sum.add(part.textFingerprint());
+      fingerprint.add(part.textFingerprint());
     } else {
-      sum.add(part.text());
+      fingerprint.add(part.text());
     }
   }
 
-  TextFingerprint sum;
+  TextFingerprint fingerprint;
 };
 
 struct WholeSink {
-  void words(std::string_view piece) { text.append(piece); }
-  void type(const InternedType& part) { appendText(text, part); }
+  void append(std::string_view piece) { text.append(piece); }
+  void appendType(const InternedType& part) { appendText(text, part); }
 
   std::string& text;
 };
 
-// What is still to be appended: a type's text, or words.
+// What is still to be appended: a type's text, or literal text.
 struct Piece {
   const InternedType* type;
-  std::string words;
+  std::string text;
 };
 
-// Appends what is there, and keeps the rest from the first type on whose text nobody has asked for.
+// Appends up to the first type whose text is not built, and stores the rest as pieces.
 struct PieceSink {
-  void words(std::string_view piece) {
+  void append(std::string_view piece) {
     if (later.empty()) {
       text.append(piece);
     } else if (later.back().type == nullptr) {
-      later.back().words.append(piece);
+      later.back().text.append(piece);
     } else {
       later.push_back({nullptr, std::string(piece)});
     }
   }
-  void type(const InternedType& part) {
+  void appendType(const InternedType& part) {
     if (const std::string* const known = part.knownText()) {
-      words(*known);
+      append(*known);
     } else {
       later.push_back({&part, {}});
     }
@@ -185,7 +166,7 @@ struct PieceSink {
   std::vector<Piece>& later;
 };
 
-// Appends pieces, each with what it consists of.
+// Appends pieces, expanding each type into its own pieces.
 struct PieceAppender {
   struct Node {
     Piece piece;
@@ -193,14 +174,14 @@ struct PieceAppender {
   };
 
   Visit enter(Node& node) {
-    const auto& [type, words] = node.piece;
+    const auto& [type, literal] = node.piece;
     if (type == nullptr) {
-      text.append(words);
+      text.append(literal);
       return Visit::leaf();
     }
     PieceSink sink{text, node.later};
     writeDesc(type->desc(), sink);
-    sink.words(metadataText(type->metadata()));
+    sink.append(metadataText(type->metadata()));
     return Visit::parts(node.later.size());
   }
   Node part(Node& node, std::size_t i) { return {std::move(node.later[i])}; }
@@ -210,32 +191,18 @@ struct PieceAppender {
 
 }  // namespace
 
-void TextFingerprint::add(std::string_view words) noexcept {
-  for (const char character : words) {
-    digest = sum(product(digest, kBase), static_cast<unsigned char>(character) + 1U);
-    shift = product(shift, kBase);
-  }
-  length += words.size();
-}
-
-void TextFingerprint::add(const TextFingerprint& text) noexcept {
-  digest = sum(product(digest, text.shift), text.digest);
-  shift = product(shift, text.shift);
-  length += text.length;
-}
-
-std::optional<std::string> shortText(const TypeDesc& desc, std::string_view metadataWords) {
+std::optional<std::string> shortText(const TypeDesc& desc, std::string_view metadataSuffix) {
   ShortSink sink;
   writeDesc(desc, sink);
-  sink.words(metadataWords);
+  sink.append(metadataSuffix);
   return std::move(sink).result();
 }
 
-TextFingerprint textFingerprint(const TypeDesc& desc, std::string_view metadataWords) {
-  SumSink sink;
+TextFingerprint textFingerprint(const TypeDesc& desc, std::string_view metadataSuffix) {
+  FingerprintSink sink;
   writeDesc(desc, sink);
-  sink.words(metadataWords);
-  return sink.sum;
+  sink.append(metadataSuffix);
+  return sink.fingerprint;
 }
 
 void appendText(std::string& out, const InternedType& type) {

@@ -1,5 +1,5 @@
-/// The walk through whatever is nested: types, values, plans, blocks that refer to others. Depth
-/// first and in order, on a stack of its own, so that the depth of a nest needs no call stack.
+/// A depth-first, in-order walk through nested nodes: types, values, copy plans, blocks that refer
+/// to others. It has a stack of its own, so that the depth of a nest does not use the call stack.
 #ifndef VORNATH_TYPES_WALK_HPP
 #define VORNATH_TYPES_WALK_HPP
 
@@ -9,15 +9,15 @@
 
 namespace qex::vornath {
 
-/// What a visitor says of a node that the walk has come to.
+/// A visitor's answer on entering a node.
 class Visit {
  public:
-  /// There is nothing inside: the walk goes on behind the node.
+  /// The node has no parts: the walk continues after it.
   static constexpr Visit leaf() { return {kLeaf, 0}; }
-  /// The walk ends here.
+  /// Stops the walk.
   static constexpr Visit stop() { return {kStop, 0}; }
-  /// The walk goes on with the parts of the node from `first` on, which is `count` at most, and
-  /// leaves it behind the last one, also if there is none.
+  /// The walk visits the parts of the node from `first`, which is at most `count`, and leaves the
+  /// node after the last one, also if there is none.
   static constexpr Visit parts(std::size_t count, std::size_t first = 0) { return {first, count}; }
 
   constexpr bool isStop() const { return first_ == kStop && count_ == 0; }
@@ -26,7 +26,7 @@ class Visit {
   template <typename, bool, std::size_t>
   friend class Walk;
 
-  // In the place of a first part, which is never beyond the count. Two words go in registers.
+  // In place of a first part, which is never above the count. Two words are passed in registers.
   static constexpr std::size_t kLeaf = 1;
   static constexpr std::size_t kStop = 2;
 
@@ -38,17 +38,17 @@ class Visit {
   std::size_t count_;
 };
 
-/// The walk and the levels that are open in it. The visitor has, all public:
+/// The walk and its open levels. The visitor has, all public:
 ///
-///     Visit enter(Node& node);                  // comes to a node, and may change it
-///     Node part(Node& node, std::size_t i);     // the part with this index of an open node
-///     void leave(Node& node);                   // behind the last part; may be missing
+///     Visit enter(Node& node);                  // on entry; may change the node
+///     Node part(Node& node, std::size_t i);     // returns the part with this index
+///     void leave(Node& node);                   // after the last part; optional
 ///
-/// part() may pass over parts by setting the last level's `next`. What they throw passes through.
-/// With KeepsPath false a level is closed when its last part is come to, so that a chain needs no
-/// room however long it is, and levels() isn't the path to a node. Nothing is allocated as long as
-/// no more than kInPlace levels are open.
-template <typename Node, bool KeepsPath = true, std::size_t kInPlace = 8>
+/// part() may skip parts by setting `next` of the last level. Exceptions pass through. With
+/// KeepsPath false, a level is closed before its last part is entered, so that a chain of any
+/// length needs no memory, and levels() is not the path to a node. Allocates only if more than
+/// kInlineLevels levels are open.
+template <typename Node, bool KeepsPath = true, std::size_t kInlineLevels = 8>
 class Walk {
  public:
   struct Level {
@@ -56,16 +56,16 @@ class Walk {
     std::size_t next;
     std::size_t count;
 
-    /// The index of the part that the walk is at.
+    /// Returns the index of the part that the walk is in.
     std::size_t current() const { return next - 1; }
   };
   using Levels = boost::container::small_vector<
-      Level, kInPlace, void,
+      Level, kInlineLevels, void,
       boost::container::small_vector_options_t<
           boost::container::growth_factor<boost::container::growth_factor_100>>>;
 
-  /// Returns whether the walk came to the end of the root. If it was stopped, the levels around the
-  /// node at which that happened stay open.
+  /// Returns whether the walk visited the whole root. If it was stopped, the levels around the node
+  /// at which it stopped stay open.
   template <typename Visitor>
   bool run(Visitor& visitor, Node node) {
     for (;;) {
@@ -92,7 +92,7 @@ class Walk {
     }
   }
 
-  /// The open levels, the outermost first. That of a node which the visitor leaves is the last.
+  /// Returns the open levels, the outermost first. In leave(), the last one is that of the node.
   Levels& levels() { return levels_; }
   const Levels& levels() const { return levels_; }
 

@@ -8,7 +8,7 @@ using vrnt::detail::WrongKind;
 
 namespace {
 
-struct KindWords {
+struct KindName {
   const char* operator()(Type::TBasetype) const { return "the base type "; }
   const char* operator()(const Type::TStruct&) const { return "the struct "; }
   const char* operator()(const Type::TRef&) const { return "the reference "; }
@@ -24,7 +24,7 @@ struct KindWords {
 }  // namespace
 
 void raiseWrongKind(const char* function, const char* takes, const InternedType& given) {
-  const char* const kind = std::visit(KindWords(), given.desc());
+  const char* const kind = std::visit(KindName(), given.desc());
   if (!given.hasLongText()) throw WrongKind(function, takes, kind, given.text());
   const bool isEnum = given.getIf<Type::TEnum>() != nullptr;
   throw WrongKind(function, takes, kind, isEnum ? "enum with a long text" : "with a long text");

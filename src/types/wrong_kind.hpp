@@ -1,4 +1,4 @@
-/// What an accessor throws that is given a type of a kind that it doesn't accept.
+/// Reports that a flat function was given a type of the wrong kind.
 #ifndef VORNATH_TYPES_WRONG_KIND_HPP
 #define VORNATH_TYPES_WRONG_KIND_HPP
 
@@ -6,9 +6,8 @@
 
 namespace qex::vornath {
 
-/// Throws a VornathValuesAssertionFailure whose words are "FUNCTION: takes WHAT, was given KIND"
-/// and the type's text. Of a type with a long text the kind alone is told, so that nothing is
-/// allocated.
+/// Throws a VornathValuesAssertionFailure whose message is "FUNCTION: takes WHAT, was given KIND"
+/// and the type's text. The message omits a long text, so that nothing is allocated.
 [[noreturn]] void raiseWrongKind(const char* function, const char* takes,
                                  const InternedType& given);
 

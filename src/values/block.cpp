@@ -12,8 +12,8 @@ namespace {
 
 constexpr std::uint64_t kLargestAllocation = std::numeric_limits<std::ptrdiff_t>::max();
 
-// Where the release of a block goes on when a child of it has ended. It takes the place of `magic`
-// and `typeText`, which nobody reads any more, so that the release of a chain needs no memory.
+// Where the release of a block resumes after a child was destroyed. It overwrites `magic` and
+// `typeText`, which nobody reads any more, so that the release of a chain needs no memory.
 struct Resumption {
   vrntValue_t* parent;
   std::size_t next;  // counts the slots in the data, then those of the shadow array
@@ -37,9 +37,9 @@ void freeBlock(vrntValue_t* block) noexcept {
   free(block);
 }
 
-// Takes a word's reference. The block that it was the last one on is freed, or returned if it has
-// words of its own.
-inline vrntValue_t* dropWord(std::uint64_t word) noexcept {
+// Releases the reference of a word. If it was the last one on the block, frees the block, or
+// returns it if it has words of its own.
+inline vrntValue_t* releaseReference(std::uint64_t word) noexcept {
   if (!isBlockWord(word)) return nullptr;
   vrntValue_t* const target = blockOfWord(word);
   if (blockCount(target).fetch_sub(1, std::memory_order_acq_rel) != 1) return nullptr;
@@ -48,30 +48,31 @@ inline vrntValue_t* dropWord(std::uint64_t word) noexcept {
   return nullptr;
 }
 
-// Releases the words from `next` on until a block comes to its end that has words of its own; that
-// one is returned, and `next` stands behind its word.
+// Releases the words from `next` on until one of them was the last reference on a block that has
+// words of its own. Returns that block, and sets `next` to the index after its word.
 vrntValue_t* releaseWords(vrntValue_t* block, std::size_t& next) noexcept {
   const RefSlots slots(blockType(block));
   const std::size_t count = slots.size();
   const char* const data = blockData(block);
   const std::uint64_t* const shadowRefs = block->shadowRefs;
   std::size_t at = next;
-  vrntValue_t* ended = nullptr;
+  vrntValue_t* unreferenced = nullptr;
   if (at < count) {
-    for (auto slot = slots.from(at); ended == nullptr && slot != slots.end(); ++slot, ++at) {
-      ended = dropWord(loadWord(data + *slot * kWordSize));
+    for (auto slot = slots.from(at); unreferenced == nullptr && slot != slots.end(); ++slot, ++at) {
+      unreferenced = releaseReference(loadWord(data + *slot * kWordSize));
     }
   }
   if (shadowRefs != nullptr) {
-    for (; ended == nullptr && at < 2 * count; ++at) ended = dropWord(shadowRefs[at - count]);
+    for (; unreferenced == nullptr && at < 2 * count; ++at)
+      unreferenced = releaseReference(shadowRefs[at - count]);
   }
   next = at;
-  return ended;
+  return unreferenced;
 }
 
 }  // namespace
 
-void endBlock(vrntValue_t* block) noexcept {
+void destroyBlock(vrntValue_t* block) noexcept {
   vrntValue_t* parent = nullptr;
   std::size_t next = 0;
   for (;;) {
@@ -100,7 +101,7 @@ vrntValue_t* allocateBlock(const InternedType& type, Fill fill) {
   const InternedType& stripped = type.stripped();
   if (stripped.size() > kLargestAllocation - kBlockHeaderSize) throw std::bad_alloc();
   const std::size_t size = kBlockHeaderSize + stripped.size();
-  // A long list may be made only now, and there may be no memory for it.
+  // The list of slots may be built only now, and there may be no memory for it.
   const std::size_t slots = RefSlots(stripped).size();
   void* const memory = fill == Fill::Zero ? std::calloc(1, size) : std::malloc(size);
   if (memory == nullptr) throw std::bad_alloc();
@@ -126,15 +127,15 @@ vrntValue_t* allocateBlock(const InternedType& type, Fill fill) {
   return block;
 }
 
-void makeTypeText(vrntValue_t* block) {
-  // Stored once: a host may read it as soon as it is there.
+void setTypeText(vrntValue_t* block) {
+  // Stored once: a host may read it as soon as it is set.
   const char* none = nullptr;
   std::atomic_ref(block->typeText)
       .compare_exchange_strong(none, blockType(block).text().c_str(), std::memory_order_acq_rel);
 }
 
-void tryMakeTypeText(vrntValue_t* block) noexcept {
-  reportFailureAs(false, [block] { return makeTypeText(block), true; });
+void trySetTypeText(vrntValue_t* block) noexcept {
+  reportFailureAs(false, [block] { return setTypeText(block), true; });
 }
 
 namespace {
@@ -150,19 +151,19 @@ void forEachTarget(const vrntValue_t* block, Call&& call) {
 
 }  // namespace
 
-void showToHost(vrntValue_t* block) {
-  forEachTarget(block, [](vrntValue_t* target) { showTypeText(target); });
-  showTypeText(block);
+void exposeToHost(vrntValue_t* block) {
+  forEachTarget(block, [](vrntValue_t* target) { ensureTypeText(target); });
+  ensureTypeText(block);
 }
 
-void tryShowToHost(vrntValue_t* block) noexcept {
-  reportFailureAs(false, [block] { return showToHost(block), true; });
+void tryExposeToHost(vrntValue_t* block) noexcept {
+  reportFailureAs(false, [block] { return exposeToHost(block), true; });
 }
 
-void showTargets(const vrntValue_t* block) {
+void ensureTargetTexts(const vrntValue_t* block) {
   const bool deep = isDeep(blockType(block));
   forEachTarget(block, [deep](vrntValue_t* target) {
-    if (!showsTypeText(target) && !(deep && isDeep(blockType(target)))) makeTypeText(target);
+    if (!hasTypeText(target) && !(deep && isDeep(blockType(target)))) setTypeText(target);
   });
 }
 

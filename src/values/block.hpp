@@ -1,5 +1,5 @@
-/// The block: the one form in which a value lies in memory. Its header is vrntValue_t, its bytes
-/// follow. This file knows its layout, its count, and the words that refer to other blocks.
+/// The block: the one form in which a value lies in memory, a vrntValue_t as its header followed by
+/// the bytes of the value. This file knows its layout, its count, and the reference words.
 #ifndef VORNATH_VALUES_BLOCK_HPP
 #define VORNATH_VALUES_BLOCK_HPP
 
@@ -37,13 +37,14 @@ inline const InternedType& blockType(const vrntValue_t* block) {
   return *reinterpret_cast<const InternedType*>(block->type);
 }
 
-/// Whether an argument that may be a text is a block. Reads no further than a text reaches.
+/// Returns whether an argument that may be a text is a block. Reads no further than the end of a
+/// text.
 inline bool isBlock(const void* textOrBlock) {
   return std::strncmp(static_cast<const char*>(textOrBlock), kBlockMagic, sizeof(kBlockMagic)) == 0;
 }
 
-// Reference words. 0 is null; an odd word is an address of the embedder's own; any other is the
-// address of another block's bytes and holds one reference on it.
+// Reference words. 0 is null; an odd word is a foreign pointer; any other is the address of another
+// block's bytes and holds one reference to it.
 
 inline constexpr std::uint64_t kWordSize = 8;
 
@@ -55,8 +56,8 @@ inline std::uint64_t loadWord(const void* at) {
 inline void storeWord(void* at, std::uint64_t word) { std::memcpy(at, &word, sizeof(word)); }
 
 inline bool isBlockWord(std::uint64_t word) { return word != 0 && (word & 1) == 0; }
-// The highest bit has no place in a word. An address that is 0 without it is null, so that its text
-// is read back as the same word.
+// A word has no room for the highest bit. A foreign pointer that is 0 without it becomes null, so
+// that its text parses to the same word.
 inline std::uint64_t foreignWord(std::uint64_t id) {
   const std::uint64_t shifted = id * 2;
   return shifted == 0 ? 0 : shifted + 1;
@@ -79,15 +80,15 @@ inline void retainBlock(vrntValue_t* block) noexcept {
   blockCount(block).fetch_add(1, std::memory_order_relaxed);
 }
 
-/// Ends a block whose count has fallen to zero, and what only it kept alive. It doesn't recurse and
-/// doesn't allocate, however long the chain of references is.
-void endBlock(vrntValue_t* block) noexcept;
+/// Destroys a block whose count has fallen to zero, and releases what it refers to. Does not
+/// recurse or allocate, however long the chain of references is.
+void destroyBlock(vrntValue_t* block) noexcept;
 
 inline void releaseBlock(vrntValue_t* block) noexcept {
-  if (blockCount(block).fetch_sub(1, std::memory_order_acq_rel) == 1) endBlock(block);
+  if (blockCount(block).fetch_sub(1, std::memory_order_acq_rel) == 1) destroyBlock(block);
 }
 
-/// Whether one handle or reference alone holds the block, so that it may be written in place.
+/// Returns whether the block has a single handle or reference, so that it may be written in place.
 inline bool isExclusive(vrntValue_t* block) {
   return blockCount(block).load(std::memory_order_acquire) == 1;
 }
@@ -99,92 +100,92 @@ inline void releaseWord(std::uint64_t word) noexcept {
   if (isBlockWord(word)) releaseBlock(blockOfWord(word));
 }
 
-/// Takes a reference for each block word in the bytes of a value of the type.
+/// Adds a reference for each block word in the bytes of a value of the type.
 inline void retainReferences(const InternedType& type, const char* data) {
   RefSlots(type).forEach(
       [data](std::uint64_t slot) { retainWord(loadWord(data + slot * kWordSize)); });
 }
 
-// Making.
+// Creation.
 
 enum class Fill { Zero, Undefined };
 
-/// A new block of the type's `stripped` form with a count of 0. `length` is the extent of a
-/// one-dimensional array type, else 0. Of a type that hasn't put its text together yet the block
-/// doesn't know the text. Throws std::bad_alloc.
+/// Allocates a block of the type's `stripped` form with a count of 0. Its `length` is the extent of
+/// a one-dimensional array type, else 0. Its `typeText` is null if the type has not built its text
+/// yet. Throws std::bad_alloc.
 vrntValue_t* allocateBlock(const InternedType& type, Fill fill);
 
-// The texts of types in blocks. A long text is put together when somebody needs it, since each type
-// of a deep nest has nearly the whole text of the nest. Who needs it are hosts, who read `typeText`
-// in a block that they were given and in all that its words lead to. So a block has its text from
-// when it is handed out, or a word in another block leads to it. The exception keeps the cost of a
-// nest of values to what its text costs: between two types of deep nests a word alone makes none.
-// Of these the host sees the text in the block that it was given and in those behind its words.
+// Type texts in blocks. A long text is built on request, since each type of a deep nest has nearly
+// the whole text of the nest. Hosts need it: they read `typeText` in a block that they were given
+// and in every block that its words refer to. So a block gets its text before it is handed out, and
+// before a word in another block refers to it. The exception bounds the cost of a nest of values by
+// that of its text: a word between two types of deep nests builds no text. Of these the host sees
+// the text in the block that it was given and in those that its words refer to.
 
-/// The deepest nest of references in which each level's text is made: so many times the text of the
-/// outermost type is what they take at most.
-inline constexpr std::uint32_t kShownDepth = 64;
+/// The deepest nest of references in which each level's text is built. The texts take at most this
+/// many times the length of the outermost type's text.
+inline constexpr std::uint32_t kMaxEagerTextDepth = 64;
 
-inline bool isDeep(const InternedType& type) { return type.referenceDepth() > kShownDepth; }
+inline bool isDeep(const InternedType& type) { return type.referenceDepth() > kMaxEagerTextDepth; }
 
-inline bool showsTypeText(const vrntValue_t* block) {
+inline bool hasTypeText(const vrntValue_t* block) {
   return std::atomic_ref(const_cast<vrntValue_t*>(block)->typeText)
              .load(std::memory_order_acquire) != nullptr;
 }
 
-/// Makes sure that the block knows the text of its type. Throws std::bad_alloc.
-void makeTypeText(vrntValue_t* block);
-void tryMakeTypeText(vrntValue_t* block) noexcept;
+/// Sets `typeText` in the block. Throws std::bad_alloc.
+void setTypeText(vrntValue_t* block);
+void trySetTypeText(vrntValue_t* block) noexcept;
 
-inline void showTypeText(vrntValue_t* block) {
-  if (!showsTypeText(block)) makeTypeText(block);
+inline void ensureTypeText(vrntValue_t* block) {
+  if (!hasTypeText(block)) setTypeText(block);
 }
 
-/// The same where a failure can't be told: the text is then missing as long as there is no memory.
-inline void tryShowTypeText(vrntValue_t* block) noexcept {
-  if (!showsTypeText(block)) tryMakeTypeText(block);
+/// Does the same and ignores a failure: the text is then missing until there is memory for it.
+inline void tryEnsureTypeText(vrntValue_t* block) noexcept {
+  if (!hasTypeText(block)) trySetTypeText(block);
 }
 
-/// Shows the texts in a block and in those that its words lead to, for a host that is given it.
-/// Throws std::bad_alloc.
-void showToHost(vrntValue_t* block);
-void tryShowToHost(vrntValue_t* block) noexcept;
+/// Sets `typeText` in a block, and in those that its words refer to, before a host gets it. Throws
+/// std::bad_alloc.
+void exposeToHost(vrntValue_t* block);
+void tryExposeToHost(vrntValue_t* block) noexcept;
 
-/// The same for a block that a host could see before: unless its type is a deep one, the texts
-/// behind its words have been there since these lead to them.
-inline void showAgainToHost(vrntValue_t* block) {
+/// Does the same for a block that a host could read before. Unless its type is a deep one, the
+/// texts in the blocks that its words refer to were set when the words were stored.
+inline void reexposeToHost(vrntValue_t* block) {
   if (isDeep(blockType(block))) {
-    showToHost(block);
+    exposeToHost(block);
   } else {
-    showTypeText(block);
+    ensureTypeText(block);
   }
 }
 
-/// The same where a failure can't be told.
-inline void tryShowAgainToHost(vrntValue_t* block) noexcept {
+/// Does the same and ignores a failure.
+inline void tryReexposeToHost(vrntValue_t* block) noexcept {
   if (isDeep(blockType(block))) {
-    tryShowToHost(block);
+    tryExposeToHost(block);
   } else {
-    tryShowTypeText(block);
+    tryEnsureTypeText(block);
   }
 }
 
-/// Shows the texts behind the words of a block that is being made, but for those between two types
+/// Sets `typeText` in the blocks that the words of a new block refer to, except between two types
 /// of deep nests. Throws std::bad_alloc.
-void showTargets(const vrntValue_t* block);
+void ensureTargetTexts(const vrntValue_t* block);
 
-/// Frees a block of allocateBlock() without a look at its bytes: for one whose words don't hold
-/// references yet.
+/// Frees a block of allocateBlock() without reading its bytes: its words do not hold references
+/// yet.
 void discardBlock(vrntValue_t* block) noexcept;
 
-/// The extent of a one-dimensional array type, else 0.
+/// Returns the extent of a one-dimensional array type, else 0.
 std::int32_t declaredLength(const InternedType& type);
 
-/// A counted handle on a block; only one that was moved from is empty.
+/// A counted handle to a block. Only a handle that was moved from is empty.
 class BlockPtr {
  public:
   BlockPtr() noexcept = default;
-  /// Shares the block.
+  /// Adds a reference to the block.
   explicit BlockPtr(vrntValue_t* block) noexcept : block_(block) {
     if (block_ != nullptr) retainBlock(block_);
   }
@@ -199,12 +200,13 @@ class BlockPtr {
   }
 
   vrntValue_t* get() const noexcept { return block_; }
-  /// The handle as the flat interface holds one, for the write protocol to move to a copy.
+  /// Returns the handle as the flat interface holds it. The write protocol may replace it by a
+  /// copy.
   vrntValue_t*& raw() noexcept { return block_; }
 
-  /// Gives the reference to the caller.
+  /// Passes the reference to the caller.
   vrntValue_t* detach() noexcept { return std::exchange(block_, nullptr); }
-  /// Takes over a reference of the caller's.
+  /// Takes ownership of a reference of the caller.
   static BlockPtr adopt(vrntValue_t* block) noexcept {
     BlockPtr handle;
     handle.block_ = block;
@@ -215,11 +217,11 @@ class BlockPtr {
   vrntValue_t* block_ = nullptr;
 };
 
-/// A block under construction: its words hold no references until finish() takes them, so one that
-/// is given up is freed without a look at them.
+/// A block under construction. Its words hold no references before finish() adds them, so an
+/// unfinished block is freed without reading its words.
 class NewBlock {
  public:
-  /// None: nothing but empty() may be asked of it.
+  /// No block: only empty() may be called.
   NewBlock() noexcept = default;
   /// Throws std::bad_alloc.
   NewBlock(const InternedType& type, Fill fill) : block_(allocateBlock(type, fill)) {}
@@ -236,10 +238,11 @@ class NewBlock {
   const InternedType& type() const noexcept { return blockType(block_); }
   char* data() const noexcept { return blockData(block_); }
 
-  /// Throws std::bad_alloc if there is no memory for the text of a type that a word leads to.
+  /// Adds the references of the words. Throws std::bad_alloc if there is no memory for the text of
+  /// a type that a word refers to.
   BlockPtr finish() && {
     if (type().refSlotCount() != 0) {
-      showTargets(block_);
+      ensureTargetTexts(block_);
       retainReferences(type(), data());
     }
     return BlockPtr(std::exchange(block_, nullptr));

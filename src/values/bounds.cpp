@@ -18,18 +18,18 @@
 namespace qex::vornath {
 namespace {
 
-// Bytes. A larger default is worked out each time rather than held beside each use of it.
-constexpr std::uint64_t kLargestKeptDefault = std::uint64_t{1} << 16;
+// In bytes. A larger default is computed for each request.
+constexpr std::uint64_t kMaxCachedDefaultSize = std::uint64_t{1} << 16;
 
-using Words = std::array<std::uint32_t, kBoundCount>;
+using LaneBits = std::array<std::uint32_t, kBoundCount>;
 
 // The bits of one lane of each bound, by family.
-const Words& laneBounds(BaseFamily family) {
-  static constexpr Words kChar{0, 0, 255, 0, 255};
-  static constexpr Words kHalf{0, 0xFC00, 0x7C00, 0xFC00, 0x7C00};
-  static constexpr Words kBool{0, 0, 0xFFFFFFFF, 0, 0xFFFFFFFF};
-  static constexpr Words kInt{0, 0x80000000, 0x7FFFFFFF, 0x80000000, 0x7FFFFFFF};
-  static constexpr Words kFloat{0, 0xFF800000, 0x7F800000, 0xFF800000, 0x7F800000};
+const LaneBits& laneBounds(BaseFamily family) {
+  static constexpr LaneBits kChar{0, 0, 255, 0, 255};
+  static constexpr LaneBits kHalf{0, 0xFC00, 0x7C00, 0xFC00, 0x7C00};
+  static constexpr LaneBits kBool{0, 0, 0xFFFFFFFF, 0, 0xFFFFFFFF};
+  static constexpr LaneBits kInt{0, 0x80000000, 0x7FFFFFFF, 0x80000000, 0x7FFFFFFF};
+  static constexpr LaneBits kFloat{0, 0xFF800000, 0x7F800000, 0xFF800000, 0x7F800000};
   switch (family) {
     case BaseFamily::Char:
       return kChar;
@@ -49,46 +49,46 @@ char* bytesOf(DynamicValue& value, std::uint64_t offset) {
   return blockData(value.block()) + offset;
 }
 
-// The amplitude of the flat spectrum of one bound: from 0 up, without a limit.
+// Returns the amplitude of the flat spectrum of one bound: from 0 to infinity.
 float flatAmplitude(std::size_t bound) {
   return bound == kMax || bound == kSoftMax ? std::numeric_limits<float>::infinity() : 0.0F;
 }
 
-// Whether a word leads to the array of a flat spectrum that was made for that very place: then
-// nobody else holds it, while the blocks that annotations lead to are held by these as well.
-bool leadsToOwnArray(std::uint64_t word) {
+// Returns whether a word refers to the array of a flat spectrum that was created for this part: no
+// other reference to it exists, while annotations also refer to the blocks of their values.
+bool refersToOwnArray(std::uint64_t word) {
   return isBlockWord(word) && isExclusive(blockOfWord(word));
 }
 
-// A word that holds a reference on a new copy of the block.
+// Returns a word that owns a reference to a new copy of the block.
 std::uint64_t wordOfCopy(std::uint64_t word) {
   return wordOfBlock(BlockPtr(cloneBlock(blockOfWord(word))).detach());
 }
 
-// A copy of a default that others copy at the same time. Each spectrum in it gets an array of its
-// own, so that nobody ever holds one of the kept default.
-DynamicValue copyOfDefault(const DynamicValue& kept) {
-  const InternedType& type = kept.typeOf();
-  if (type.refSlotCount() == 0) return DynamicValue(kept.view());
+// Copies a cached default, which other threads may copy at the same time. Each spectrum in the copy
+// gets an array of its own, so that no reference to an array of the cached default leaves it.
+DynamicValue copyCachedDefault(const DynamicValue& cached) {
+  const InternedType& type = cached.typeOf();
+  if (type.refSlotCount() == 0) return DynamicValue(cached.view());
   const RefSlots slots(type);
   NewBlock made(type, Fill::Undefined);
-  std::memcpy(made.data(), kept.data(), type.size());
+  std::memcpy(made.data(), cached.data(), type.size());
   slots.forEach([&](std::uint64_t slot) {
     char* const at = made.data() + slot * kWordSize;
-    if (leadsToOwnArray(loadWord(at))) storeWord(at, 0);
+    if (refersToOwnArray(loadWord(at))) storeWord(at, 0);
   });
   const BlockPtr copy = std::move(made).finish();
   slots.forEach([&](std::uint64_t slot) {
-    const std::uint64_t word = loadWord(kept.data() + slot * kWordSize);
-    if (!leadsToOwnArray(word)) return;
+    const std::uint64_t word = loadWord(cached.data() + slot * kWordSize);
+    if (!refersToOwnArray(word)) return;
     storeWord(blockData(copy.get()) + slot * kWordSize, wordOfCopy(word));
   });
   return DynamicValue(copy.get());
 }
 
-// Whether a spectrum of one float may stand where the type is expected. That needs more than the
-// type standing where a spectrum is expected: its array may promise more than one float.
-bool takesFlatSpectrum(const InternedType& type) {
+// Returns whether a spectrum with one float is a value of the type. A subtype of the spectrum type
+// may require more: a sized array of several floats.
+bool acceptsFlatSpectrum(const InternedType& type) {
   const auto* structure = type.stripped().getIf<Type::TStruct>();
   if (structure == nullptr || !isSubType(type, spectrumType())) return false;
   const InternedType& reference = structure->fields[1].type->stripped();
@@ -97,7 +97,7 @@ bool takesFlatSpectrum(const InternedType& type) {
   return !shape || *shape == 1;
 }
 
-// Fills bounds that nobody else holds and that are zero so far.
+// Fills bounds that are not shared and that are all zero.
 class BoundsFiller {
  public:
   struct Node {
@@ -112,11 +112,11 @@ class BoundsFiller {
 
   Visit enter(Node& node) {
     const InternedType& type = *node.type;
-    if (takesFlatSpectrum(type)) {
+    if (acceptsFlatSpectrum(type)) {
       fillSpectrum(type, node.offset);
     } else {
       node.parts = Parts::of(type);
-      // All elements are alike: one is worked out and the others are copies of it.
+      // All elements are alike: one is computed and the others are copies of it.
       if (node.parts.structure() != nullptr) return Visit::parts(node.parts.count());
       if (node.parts.count() != 0) return Visit::parts(1);
       std::visit([&](const auto& desc) { fillLeaf(desc, node.offset); }, type.desc());
@@ -150,7 +150,7 @@ class BoundsFiller {
 
   void fillLeaf(Type::TBasetype base, std::uint64_t offset) {
     const BaseTypeInfo& info = baseTypeInfo(base);
-    const Words& words = laneBounds(info.family);
+    const LaneBits& words = laneBounds(info.family);
     // The fourth byte of a char4 has no upper limit of its own: it stays 0 throughout.
     const std::uint32_t lanes = base == Type::TBasetype::Char4 ? 3 : info.lanes;
     for (std::size_t bound = 0; bound < bounds_.size(); ++bound) {
@@ -163,7 +163,7 @@ class BoundsFiller {
 
   void fillLeaf(const Type::TEnum& enumeration, std::uint64_t offset) {
     const auto last = static_cast<std::uint32_t>(enumeration.constructors.size() - 1);
-    const Words codes{0, 0, last, 0, last};
+    const LaneBits codes{0, 0, last, 0, last};
     for (std::size_t bound = 0; bound < bounds_.size(); ++bound) {
       std::memcpy(bytesOf(bounds_[bound], offset), &codes[bound], sizeof(codes[bound]));
     }
@@ -186,7 +186,7 @@ class BoundsFiller {
       char* const first = bytesOf(bound, array.offset);
       own.clear();
       slots.forEach([&](std::uint64_t slot) {
-        if (leadsToOwnArray(loadWord(first + slot * kWordSize))) own.push_back(slot);
+        if (refersToOwnArray(loadWord(first + slot * kWordSize))) own.push_back(slot);
       });
       for (std::uint64_t done = element->size(); done < size;) {
         const std::uint64_t piece = std::min(done, size - done);
@@ -249,12 +249,12 @@ DynamicValue makeDefaultValue(const TypePtr& type) {
   // Without annotations at any depth every default is zero, but for a spectrum's array.
   const bool plain = &type->stripped() == type.get();
   if (plain && type->refSlotCount() == 0) return DynamicValue(type);
-  if (const DynamicValue* const kept = type->keptDefault()) return copyOfDefault(*kept);
+  if (const DynamicValue* const cached = type->cachedDefault()) return copyCachedDefault(*cached);
   DynamicValue value(type);
   BoundsFiller({&value, 1}).fill(*type);
   // A type without annotations is its own default's type, and would keep itself alive.
-  if (plain || type->size() > kLargestKeptDefault) return value;
-  return copyOfDefault(type->keepDefault(std::move(value)));
+  if (plain || type->size() > kMaxCachedDefaultSize) return value;
+  return copyCachedDefault(type->cacheDefault(std::move(value)));
 }
 
 }  // namespace qex::vornath

@@ -1,4 +1,4 @@
-/// The default of a type and the limits of its values, as the type and its annotations give them.
+/// The default of a type and the limits of its values, from the type and its annotations.
 #ifndef VORNATH_VALUES_BOUNDS_HPP
 #define VORNATH_VALUES_BOUNDS_HPP
 
@@ -10,24 +10,23 @@
 
 namespace qex::vornath {
 
-/// The positions in a ValueBounds.
+/// The indices of a ValueBounds.
 enum Bound : std::size_t { kDefault, kMin, kMax, kSoftMin, kSoftMax, kBoundCount };
 
-/// Five values of one type.
+/// The default and the four limits of one type.
 using ValueBounds = std::array<DynamicValue, kBoundCount>;
 
-/// All five. The innermost parts are filled first, so that what an outer type's annotations say
-/// overrides what those of its fields and elements say. References and functions stay null unless
-/// an annotation gives them a value. Throws std::bad_alloc.
+/// Returns the default and the limits of a type. The innermost parts are filled first, so that the
+/// annotations of an outer type override those of its fields and elements. References and functions
+/// stay null unless an annotation gives them a value. Throws std::bad_alloc.
 ValueBounds makeValueBounds(const TypePtr& type);
 
-/// The first of them alone, for a fifth of the work.
+/// Returns the default alone, at a fifth of the cost. Throws std::bad_alloc.
 DynamicValue makeDefaultValue(const TypePtr& type);
 
-/// Puts what the type's own annotations say over the bytes at `offset` of the given bounds, which
-/// are the first ones of a ValueBounds. An annotation counts only if its value's type may stand for
-/// the annotated one. A limit stands for the soft limit as well if no annotation that counts gives
-/// that.
+/// Writes the values of the type's own annotations over the bytes at `offset` of the given bounds,
+/// the first ones of a ValueBounds. Ignores an annotation whose value's type is not a subtype of
+/// the annotated type. A limit also sets the soft limit if no accepted annotation sets that.
 void applyBoundsMetadata(const InternedType& type, std::span<DynamicValue> bounds,
                          std::uint64_t offset);
 

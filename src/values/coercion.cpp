@@ -10,7 +10,7 @@
 #include "types/extents.hpp"
 #include "types/relations.hpp"
 #include "values/bounds.hpp"
-#include "values/transfer.hpp"
+#include "values/copy_plan.hpp"
 #include "values/write_protocol.hpp"
 #include "vornath_data/result.hpp"
 
@@ -19,7 +19,7 @@ namespace {
 
 using vrnt::ErrorCode;
 using vrnt::Exception;
-using Part = Transfer::Part;
+using Step = CopyPlan::Step;
 
 // Finds the names of one list in another, each in constant time: a list that is in the same order
 // is followed, and only at the first name out of order is a table made.
@@ -46,14 +46,14 @@ class NameTable {
 // meets, however often it meets.
 struct Outcome {
   bool related;
-  Part part;
+  Step step;
 };
 
 using Match = std::pair<std::size_t, std::size_t>;  // indices of fields
 
 class Planner : public BottomUp<Planner, TypePair, Outcome, Match> {
  public:
-  Planner(Transfer& transfer, bool lenient) : transfer_(transfer), lenient_(lenient) {}
+  Planner(CopyPlan& plan, bool lenient) : plan_(plan), lenient_(lenient) {}
 
   // Both without metadata.
   Outcome plan(const InternedType& source, const InternedType& target) {
@@ -62,7 +62,7 @@ class Planner : public BottomUp<Planner, TypePair, Outcome, Match> {
 
   std::optional<Outcome> open(Task& task) {
     const auto [source, target] = task.key;
-    if (source == target) return Outcome{true, transfer_.copy(*target)};
+    if (source == target) return Outcome{true, plan_.copy(*target)};
     return std::visit([&](const auto& s, const auto& t) { return open(task, s, t); },
                       source->desc(), target->desc());
   }
@@ -97,12 +97,12 @@ class Planner : public BottomUp<Planner, TypePair, Outcome, Match> {
   std::optional<Outcome> open(Task& task, const S& s, const T& t) {
     const auto [source, target] = task.key;
     const bool related = isSubType(*source, *target);
-    return Outcome{related, related ? transfer_.copy(*target) : convert(*source, *target, s, t)};
+    return Outcome{related, related ? plan_.copy(*target) : planConversion(*source, *target, s, t)};
   }
 
   // The label says which constructor is meant, so a code is looked up in a table of the other's.
-  Part convert(const InternedType&, const InternedType& target, const Type::TEnum& s,
-               const Type::TEnum& t) {
+  Step planConversion(const InternedType&, const InternedType& target, const Type::TEnum& s,
+                      const Type::TEnum& t) {
     constexpr std::int32_t kMissing = -1;
     std::vector<std::int32_t> codes;
     codes.reserve(s.constructors.size());
@@ -114,14 +114,14 @@ class Planner : public BottomUp<Planner, TypePair, Outcome, Match> {
                                     });
       codes.push_back(found ? static_cast<std::int32_t>(*found) : kMissing);
     }
-    return transfer_.act(
+    return plan_.act(
         [&s, &target, lenient = lenient_, codes = std::move(codes)](const char* from, char* to) {
           std::int32_t code;
           std::memcpy(&code, from, sizeof(code));
           const std::string& label = s.constructorName(code);
-          const std::int32_t carried = codes[static_cast<std::size_t>(code)];
-          if (carried != kMissing) {
-            std::memcpy(to, &carried, sizeof(carried));
+          const std::int32_t targetCode = codes[static_cast<std::size_t>(code)];
+          if (targetCode != kMissing) {
+            std::memcpy(to, &targetCode, sizeof(targetCode));
           } else if (!lenient) {
             throw Exception(ErrorCode::InvalidArguments,
                             "Enum constructor {} not found in type {}.", label, target.text());
@@ -130,9 +130,9 @@ class Planner : public BottomUp<Planner, TypePair, Outcome, Match> {
   }
 
   template <typename S, typename T>
-  Part convert(const InternedType& source, const InternedType& target, const S&, const T&) {
+  Step planConversion(const InternedType& source, const InternedType& target, const S&, const T&) {
     if (lenient_) return {};
-    return transfer_.act([&source, &target](const char*, char*) {
+    return plan_.act([&source, &target](const char*, char*) {
       throw Exception(ErrorCode::InvalidArguments, "Cannot convert {} to {}: Types are unrelated.",
                       source.text(), target.text());
     });
@@ -141,29 +141,29 @@ class Planner : public BottomUp<Planner, TypePair, Outcome, Match> {
   Outcome close(const Task& task, const Type::TStruct& s, const Type::TStruct& t) {
     const InternedType& target = *task.key.second;
     // The fields of the same labels are those of the same indices then.
-    bool related = relateButForParts(*task.key.first, target);
-    std::vector<Part> parts;
-    parts.reserve(task.notes.size());
+    bool related = isSubTypeGivenParts(*task.key.first, target);
+    std::vector<Step> steps;
+    steps.reserve(task.notes.size());
     for (std::size_t i = 0; i < task.notes.size(); ++i) {
       const auto [from, to] = task.notes[i];
       const Outcome& field = outcome(task, i);
       related = related && field.related;
-      parts.push_back(field.part.at(s.offsets[from], t.offsets[to]));
+      steps.push_back(field.step.at(s.offsets[from], t.offsets[to]));
     }
-    if (related) return {true, transfer_.copy(target)};
-    return {false, transfer_.sequence(parts)};
+    if (related) return {true, plan_.copy(target)};
+    return {false, plan_.sequence(steps)};
   }
 
   template <typename D>
   Outcome close(const Task& task, const Type::TArrayND<D>& s, const Type::TArrayND<D>& t) {
     const Outcome& element = outcome(task, 0);
-    if (element.related && relateButForParts(*task.key.first, *task.key.second)) {
-      return {true, transfer_.copy(*task.key.second)};
+    if (element.related && isSubTypeGivenParts(*task.key.first, *task.key.second)) {
+      return {true, plan_.copy(*task.key.second)};
     }
     if (!s.shape || !t.shape) {
-      return {false, transfer_.act([](const char*, char*) { throw std::bad_optional_access(); })};
+      return {false, plan_.act([](const char*, char*) { throw std::bad_optional_access(); })};
     }
-    return {false, common(element.part, s, s.element->size(), t, t.element->size())};
+    return {false, planCommonElements(element.step, s, s.element->size(), t, t.element->size())};
   }
 
   template <typename S, typename T>
@@ -172,16 +172,16 @@ class Planner : public BottomUp<Planner, TypePair, Outcome, Match> {
   }
 
   // The elements that both arrays have, x fastest.
-  Part common(Part part, const Extents& from, std::uint64_t fromStride, const Extents& to,
-              std::uint64_t toStride) {
+  Step planCommonElements(Step step, const Extents& from, std::uint64_t fromStride,
+                          const Extents& to, std::uint64_t toStride) {
     if (!hasElements(from) || !hasElements(to)) return {};
     for (std::size_t i = 0; i < from.rank(); ++i) {
-      part = transfer_.repeat(part, static_cast<std::uint64_t>(std::min(from[i], to[i])),
-                              fromStride, toStride);
+      step = plan_.repeat(step, static_cast<std::uint64_t>(std::min(from[i], to[i])), fromStride,
+                          toStride);
       fromStride *= static_cast<std::uint64_t>(from[i]);
       toStride *= static_cast<std::uint64_t>(to[i]);
     }
-    return part;
+    return step;
   }
 
   // Extents whose product ran over don't say where elements lie: such an array counts as empty.
@@ -189,20 +189,20 @@ class Planner : public BottomUp<Planner, TypePair, Outcome, Match> {
     return extents.count() > 0 && !extents.overflow();
   }
 
-  Transfer& transfer_;
+  CopyPlan& plan_;
   bool lenient_;
 };
 
 }  // namespace
 
 DynamicValue coerceValue(const ConstView& source, const TypePtr& targetType, bool lenient) {
-  Transfer transfer;
-  const auto [related, part] =
-      Planner(transfer, lenient).plan(source.type->stripped(), targetType->stripped());
+  CopyPlan plan;
+  const auto [related, step] =
+      Planner(plan, lenient).plan(source.type->stripped(), targetType->stripped());
   if (related) return {targetType, source.data()};
   DynamicValue result = makeDefaultValue(targetType);
   makeExclusive(result.blockHandle());
-  transfer.run(part, source.data(), blockData(result.block()));
+  plan.run(step, source.data(), blockData(result.block()));
   return result;
 }
 

@@ -1,16 +1,12 @@
 #include "values/dynamic_value.hpp"
 
+#include "types/make_type.hpp"
 #include "types/relations.hpp"
-#include "values/assembly.hpp"
 #include "values/fixed_types.hpp"
 #include "values/write_protocol.hpp"
-#include "vornath_data/result.hpp"
 
 namespace qex::vornath {
 namespace {
-
-using vrnt::ErrorCode;
-using vrnt::Exception;
 
 BlockPtr copyOf(const InternedType& type, const void* bytes) {
   NewBlock made(type, Fill::Undefined);
@@ -25,12 +21,8 @@ BlockPtr copyOf(const InternedType& type, const void* bytes) {
 
 }  // namespace
 
-void requireFitting(const InternedType& given, const InternedType& required) {
+void requireAssignable(const InternedType& given, const InternedType& required) {
   requireRelated(given, required, "Incompatible type for value -> {}.");
-}
-
-void refuseUntypedArray() {
-  throw Exception(ErrorCode::InvalidArguments, "Empty array without type is not allowed.");
 }
 
 DynamicValue::DynamicValue(TypePtr type, BlockPtr block) noexcept
@@ -60,7 +52,7 @@ DynamicValue DynamicValue::enumerator(const TypePtr& enumType, std::string_view 
 
 DynamicValue DynamicValue::reference(const DynamicValue& referee, const TypePtr& referenceType) {
   const TypePtr& target = std::get<Type::TRef>(referenceType->desc()).target;
-  if (target) requireFitting(referee.typeOf(), *target);
+  if (target) requireAssignable(referee.typeOf(), *target);
   const std::uint64_t word = wordOfBlock(referee.block());
   return {referenceType, &word};
 }
@@ -88,7 +80,7 @@ void DynamicValue::assign(DynamicValue&& other) noexcept {
 }
 
 vrntValue_t* allocateValue(const DynamicValue& value) {
-  showToHost(value.block());
+  exposeToHost(value.block());
   retainBlock(value.block());
   return value.block();
 }

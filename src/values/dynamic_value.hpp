@@ -20,20 +20,20 @@
 
 namespace qex::vornath {
 
-/// A handle on a block. A copy shares the block and costs two atomic increments; whoever writes to
-/// a shared block moves to a copy of it first. One handle belongs to one thread at a time; the
-/// block may be read from any number of them.
+/// A handle to a block. Copying a handle shares the block and costs two atomic increments; a write
+/// to a shared block moves the handle to a copy of it first. Threads: a handle belongs to one
+/// thread at a time; any number of threads may read a block.
 ///
 /// Members marked (embed) are defined in embed/: the shared library does not contain them.
 ///
-/// A value's type never carries metadata: whatever type a value is made from, it keeps the stripped
-/// form. Failures are vrnt::Exception with InvalidArguments unless told otherwise, and
-/// std::bad_alloc; nothing half-made escapes.
+/// A value's type never carries metadata: a value created with an annotated type has the stripped
+/// type. Functions throw vrnt::Exception with InvalidArguments unless stated otherwise, and
+/// std::bad_alloc; no partial value remains.
 class DynamicValue {
  public:
   struct Field;
 
-  /// A reference word that holds its own reference on a block.
+  /// A reference word that owns a reference to its block.
   class VRef {
    public:
     VRef() noexcept = default;
@@ -53,77 +53,79 @@ class DynamicValue {
     std::uint64_t word_ = 0;
   };
 
-  /// Writes the bytes of a new value, of which it knows the type. The bytes are undefined before.
+  /// Writes the bytes of a new value of the given type. They are undefined before.
   using Filler = std::function<void(const InternedType&, char*)>;
-  /// Receives the written type and offset; after setLength() null and 0.
+  /// Receives the written type and offset; null and 0 after setLength().
   using ChangeListener = std::function<void(const InternedType*, std::uint64_t)>;
-  /// The values that a stream has given so far, by the words under which the stream refers to them.
+  /// The values read from a stream so far, by the words under which the stream refers to them.
   using StreamMap = std::map<std::size_t, VRef>;
 
   // Plain values.
 
-  /// All bytes zero.
+  /// Creates a value whose bytes are all zero.
   explicit DynamicValue(const TypePtr& type);
-  /// A copy of as many bytes as the type has; each block word among them gets a new reference. With
-  /// null the bytes stay undefined, reference words excepted, which are null.
+  /// Copies the bytes, as many as the type has; each block word among them gets a new reference. If
+  /// `bytes` is null, the bytes are undefined, except for reference words, which are null.
   DynamicValue(const TypePtr& type, const void* bytes);
-  /// (embed) Bytes that the filler writes; each block word that it leaves gets a new reference. An
-  /// empty filler throws std::bad_function_call.
+  /// (embed) Creates a value whose bytes the filler writes; each block word that it writes gets a
+  /// new reference. An empty filler throws std::bad_function_call.
   static DynamicValue filled(const TypePtr& type, const Filler& filler);
   /// Shares the block.
   explicit DynamicValue(vrntValue_t* block);
-  /// A copy of the bytes at the view.
+  /// Copies the bytes of the view.
   explicit DynamicValue(const ConstView& view);
 
-  /// A scalar or short vector from its lanes: 32-bit words for bool (true is all ones), 32-bit
-  /// integers, floats, bytes, or the bits of halfs. The bytes behind the last lane are zero.
+  /// Creates a scalar or short vector from its lanes: 32-bit words for bool (true is all ones),
+  /// 32-bit integers, floats, bytes, or the bits of halfs. The bytes after the last lane are zero.
   template <typename Lane>
   static DynamicValue base(Type::TBasetype kind, std::span<const Lane> lanes) {
     return base(kind, lanes.data(), lanes.size_bytes());
   }
-  /// The same with one lane.
+  /// Does the same with one lane.
   template <typename Lane>
   static DynamicValue base(Type::TBasetype kind, const Lane& lane) {
     return base(kind, &lane, sizeof(lane));
   }
 
-  // (embed) Arrays. The values are copied in order to the running index. Making the array type
-  // comes first
-  // ("concrete type required", "negative array length").
+  // (embed) Arrays. Copies the values in order of the running index. The array type is checked
+  // first ("concrete type required", "negative array length").
 
-  /// An array of the element type. Fewer values than the extents hold leave zeros; more are refused
-  /// with "Empty array without type is not allowed.". Each value must relate to the element type:
-  /// "Incompatible type for value -> {}.".
+  /// Creates an array of the element type. Missing values are zero; more values than the extents
+  /// hold throw "Empty array without type is not allowed.". A value whose type is not a subtype of
+  /// the element type throws "Incompatible type for value -> {}.".
   static DynamicValue array(const std::vector<DynamicValue>& values, const Extents& extents,
                             const TypePtr& element);
-  /// The first value's type is the element type. Without values: "Empty array without type is not
-  /// allowed."; in one dimension an extent other than the number of values is refused with the same
-  /// words, as this form has none of its own.
+  /// Does the same with the type of the first value as the element type. Without values throws
+  /// "Empty array without type is not allowed."; in one dimension, an extent other than the number
+  /// of values throws the same message, as this case has no message of its own.
   static DynamicValue array(const std::vector<DynamicValue>& values, const Extents& extents);
 
   // Other kinds. A type of another kind throws std::bad_variant_access.
 
-  /// The code of a constructor. Throws "Invalid enum constructor: {}".
+  /// Creates an enum value. Throws "Invalid enum constructor: {}".
   static DynamicValue enumerator(const TypePtr& enumType, std::string_view constructor);
-  /// (embed) Two foreign words, each stored as w * 2 + 1, or 0.
+  /// (embed) Creates a function value from two foreign words, each stored as w * 2 + 1, or as 0 if
+  /// it is 0.
   static DynamicValue function(const TypePtr& functionType, std::uint64_t first,
                                std::uint64_t second);
-  /// A reference to the referee's block. Without a target, the type takes any referee; otherwise
-  /// the referee must relate to the target: "Incompatible type for value -> {}.".
+  /// Creates a reference to the referee's block. A `void*` accepts any referee; otherwise a referee
+  /// whose type is not a subtype of the target throws "Incompatible type for value -> {}.".
   static DynamicValue reference(const DynamicValue& referee, const TypePtr& referenceType);
-  /// A reference of the type `T*`, T being the referee's type.
+  /// Creates a reference of type `T*`, where T is the referee's type.
   static DynamicValue reference(const DynamicValue& referee);
-  /// A foreign pointer, stored as id * 2 + 1; null for 0.
+  /// Creates a foreign pointer, stored as id * 2 + 1; null for 0.
   static DynamicValue foreign(const TypePtr& referenceType, std::uint64_t id);
-  /// (embed) A struct with the labels and types of the fields. Throws what the struct type throws.
+  /// (embed) Creates a struct from the labels, types and values of the fields. Throws what
+  /// Type::TStruct throws.
   static DynamicValue structure(const std::vector<Field>& fields);
 
-  /// Reads a value and all that it refers to, leaving the reader behind its last byte. The reader
-  /// is called with an address and a number of bytes, and fills them. Defined in stream.hpp.
+  /// Reads a value and everything it refers to, and leaves the reader after its last byte. Calls
+  /// the reader with an address and a number of bytes to fill. Defined in stream.hpp.
   template <typename Reader>
   static DynamicValue deserialize(Reader&& reader, StreamMap& map);
 
-  // A listener stays with the handle that it was set on: no copy, move or assignment carries it.
+  // A listener belongs to the handle that it was set on: copies, moves and assignments do not carry
+  // it.
 
   DynamicValue(const DynamicValue& other)
       : type_(other.type_), length_(other.length_), block_(other.block_) {}
@@ -141,39 +143,40 @@ class DynamicValue {
 
   const InternedType& typeOf() const noexcept { return *type_; }
   const TypePtr& type() const noexcept { return type_; }
-  /// The extent of a one-dimensional array type, else 0.
+  /// Returns the extent of a one-dimensional array type, else 0.
   std::int32_t length() const noexcept { return length_; }
   vrntValue_t* block() const noexcept { return block_.get(); }
   const char* data() const noexcept { return blockData(block_.get()); }
 
-  /// The whole value.
+  /// Returns a view of the whole value.
   ConstView view() const { return {type_.get(), 0, this}; }
   View view() { return {{type_.get(), 0, this}, this}; }
 
   /// (embed) Sets the number of used elements, from 0 to length(). Throws "Length was {}, expected
-  /// number in range [0, {}).", which is loose about the upper end on purpose.
+  /// number in range [0, {}).", whose upper end is deliberately imprecise.
   void setLength(int length);
 
-  /// (embed) Exchanges the blocks. Both types must relate: "Incompatible type for value -> {}.".
+  /// (embed) Exchanges the blocks. Throws "Incompatible type for value -> {}." unless each type is
+  /// a subtype of the other.
   void swap(DynamicValue& other);
 
-  /// Takes over type, length and block.
+  /// Assigns type, length and block.
   void assign(const DynamicValue& other);
   void assign(DynamicValue&& other) noexcept;
 
-  /// (embed) Shares the block of a value that relates to this handle's type, which stays:
-  /// "Incompatible type for value -> {}.".
+  /// (embed) Shares the block of another value but keeps the type of this handle. Throws
+  /// "Incompatible type for value -> {}." unless the value's type is a subtype of it.
   void assignChecked(const DynamicValue& other);
   void assignChecked(DynamicValue&& other);
 
   ChangeListener& changeListener() noexcept { return changeListener_; }
 
-  /// Calls the listener if there is one.
+  /// Calls the listener, if there is one.
   void notify(const InternedType* type, std::uint64_t offset) const {
     if (changeListener_) changeListener_(type, offset);
   }
 
-  /// The block handle: for the write protocol, which may move it to a copy.
+  /// Returns the block handle, for the write protocol, which may replace it by a copy.
   vrntValue_t*& blockHandle() noexcept { return block_.raw(); }
 
  private:
@@ -187,15 +190,15 @@ class DynamicValue {
   ChangeListener changeListener_;
 };
 
-/// A label and the value that a struct value takes under it.
+/// A label and a value: one field of a struct value.
 struct DynamicValue::Field {
   std::string label;
   DynamicValue value;
 };
 
-/// Throws "Incompatible type for value -> {}." with the reason unless `given` may stand where
-/// `required` is expected.
-void requireFitting(const InternedType& given, const InternedType& required);
+/// Throws "Incompatible type for value -> {}." with the reason unless `given` is a subtype of
+/// `required`.
+void requireAssignable(const InternedType& given, const InternedType& required);
 
 }  // namespace qex::vornath
 

@@ -36,7 +36,7 @@ struct Side {
   const char* data;
 };
 
-Side partOf(const Side& whole, const Place& place) {
+Side partOf(const Side& whole, const Part& place) {
   return {place.type, whole.data + place.offset};
 }
 
@@ -74,7 +74,7 @@ class Comparison {
       }
       vrntValue_t* const blockA = blockOfWord(loadWord(node.a.data));
       vrntValue_t* const blockB = blockOfWord(loadWord(node.b.data));
-      if (wasMet(blockA, blockB)) return Visit::leaf();
+      if (wasVisited(blockA, blockB)) return Visit::leaf();
       node.a = {&blockType(blockA), blockData(blockA)};
       node.b = {&blockType(blockB), blockData(blockB)};
       if (!isSubType(*node.a.type, *node.b.type)) {
@@ -96,10 +96,10 @@ class Comparison {
   // so it needs no second look: there are twice as many ways to a pair with each level that refers
   // to it twice. A pair of which nothing is shared can't be met again, and one that leads nowhere
   // is compared in no time.
-  bool wasMet(vrntValue_t* a, vrntValue_t* b) {
+  bool wasVisited(vrntValue_t* a, vrntValue_t* b) {
     if (isExclusive(a) && isExclusive(b)) return false;
     if (blockType(a).refSlotCount() == 0) return false;
-    return !met_.emplace(a, b).second;
+    return !visited_.emplace(a, b).second;
   }
 
   static Outcome outcome(bool equal) { return equal ? Outcome::Equal : Outcome::Unequal; }
@@ -221,7 +221,7 @@ class Comparison {
   float tolerance_;
   std::string* reason_;
   Walk<Node> walk_;
-  std::set<std::pair<const vrntValue_t*, const vrntValue_t*>> met_;
+  std::set<std::pair<const vrntValue_t*, const vrntValue_t*>> visited_;
 };
 
 }  // namespace

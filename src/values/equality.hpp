@@ -1,4 +1,4 @@
-/// Whether two values are equal, and where they are not.
+/// Compares two values and describes the first mismatch.
 #ifndef VORNATH_VALUES_EQUALITY_HPP
 #define VORNATH_VALUES_EQUALITY_HPP
 
@@ -8,14 +8,14 @@
 
 namespace qex::vornath {
 
-/// Compares the values at two views; the first mismatch ends it. Floats and halfs are equal when
-/// they differ by no more than the tolerance, infinities only to themselves, and a NaN to nothing.
-/// References are equal when they are the same word or lead to equal values.
+/// Returns whether the values at two views are equal; stops at the first mismatch. Floats and halfs
+/// are equal if they differ by at most the tolerance, infinities only if identical, and a NaN
+/// never. References are equal if they are the same word or refer to equal values.
 ///
-/// `reason` may be null; otherwise it receives the mismatch, as ".a[2].b: 1 != 2", or stays as it
-/// is where there is nothing to say, as with a null reference against a block. Throws what printing
-/// the two sides throws if a reason is wanted. Neither references nor nesting make it recurse,
-/// and what is shared is looked at once. It isn't made for cycles of references.
+/// `reason` may be null; otherwise it receives the mismatch, as in ".a[2].b: 1 != 2", or keeps its
+/// content if there is nothing to say, as for a null reference against a block. Throws what
+/// printing the two sides throws if a reason is requested. Neither references nor nesting make it
+/// recurse, and shared blocks are compared once. Does not support cycles of references.
 bool valuesEqual(const ConstView& a, const ConstView& b, float tolerance,
                  std::string* reason = nullptr);
 

@@ -1,5 +1,5 @@
-/// The types that reading and writing plain numbers needs: the base types and `void*`. Each is made
-/// on first use and permanent from then on.
+/// The types for reading and writing plain numbers: the base types and `void*`. Each is created on
+/// first use and permanent from then on.
 #ifndef VORNATH_VALUES_FIXED_TYPES_HPP
 #define VORNATH_VALUES_FIXED_TYPES_HPP
 
@@ -14,13 +14,13 @@
 
 namespace qex::vornath {
 
-/// Throws "Illegal base type." for a number outside the enumeration.
+/// Returns a base type. Throws "Illegal base type." for a code outside the enumeration.
 const InternedType& baseType(Type::TBasetype base);
 
-/// `void*`.
+/// Returns `void*`.
 const InternedType& voidReferenceType();
 
-/// A truth value as it lies in memory.
+/// A bool as it lies in memory.
 struct BoolWord {
   std::int32_t word;
 
@@ -29,14 +29,13 @@ struct BoolWord {
   explicit operator bool() const { return word != 0; }
 };
 
-/// A reference word as it lies in memory, without a count.
+/// A reference word as it lies in memory. Holds no reference.
 struct ReferenceWord {
   std::uint64_t word;
 };
 
-/// The type under which a `T` is read and written: BoolWord, std::int32_t, float, std::uint8_t,
-/// Float16, std::array of two to four of one of them, and ReferenceWord. An enum reads as a
-/// std::int32_t.
+/// The type for reading and writing a `T`: BoolWord, std::int32_t, float, std::uint8_t, Float16,
+/// std::array of two to four of one of them, and ReferenceWord. An enum reads as a std::int32_t.
 template <typename T>
 struct FixedType;
 
@@ -76,7 +75,7 @@ struct FixedType<ReferenceWord> {
   static const InternedType& type() { return voidReferenceType(); }
 };
 
-/// The `T` at a view. Throws "Incompatible type for accessor -> {}.".
+/// Returns the `T` at a view. Throws "Incompatible type for accessor -> {}.".
 template <typename T>
 T readAs(const ConstView& view) {
   static_assert(std::is_trivially_copyable_v<T>);

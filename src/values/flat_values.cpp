@@ -31,7 +31,7 @@ const char* dataAt(const vrntValue_t* value, const vrntValueView_t* view) {
 
 TypePtr typePtr(const vrntType_t* type) { return TypePtr(&typeOf(type)); }
 
-vrntValueView_t* fill(vrntValueView_t* out, const Place& place) {
+vrntValueView_t* fill(vrntValueView_t* out, const Part& place) {
   *out = {typeHandle(*place.type), place.offset};
   return out;
 }
@@ -52,7 +52,7 @@ extern "C" {
 vrntValue_t* vrntValueCreate(const vrntType_t* type, vrntValuesError_t** error) {
   return reportEveryError(error, nullptr, [&] {
     BlockPtr block(allocateBlock(typeOf(type), Fill::Zero));
-    showTypeText(block.get());
+    ensureTypeText(block.get());
     return block.detach();
   });
 }
@@ -67,7 +67,7 @@ vrntValue_t* vrntValueParse(const void* textOrBlock, vrntValuesError_t** error) 
     if (textOrBlock == nullptr) throw std::invalid_argument("No text.");
     if (isBlock(textOrBlock)) {
       auto* const block = blockOf(static_cast<const vrntValue_t*>(textOrBlock));
-      showAgainToHost(block);
+      reexposeToHost(block);
       return vrntValueCopy(block);
     }
     return allocateValue(parseValue(static_cast<const char*>(textOrBlock)));
@@ -100,13 +100,13 @@ vrntValue_t* vrntBuildSpecializationParameters(const vrntType_t* type, const vrn
                                                vrntValuesError_t** error) {
   return reportEveryError(error, nullptr, [&] {
     const DynamicValue held(blockOf(value));
-    requireFitting(held.typeOf(), typeOf(type));
+    requireAssignable(held.typeOf(), typeOf(type));
     return allocateValue(buildSpecialization(held.view(), typeOf(type)));
   });
 }
 
 vrntValue_t* vrntValueCopy(const vrntValue_t* value) {
-  tryShowAgainToHost(blockOf(value));
+  tryReexposeToHost(blockOf(value));
   retainBlock(blockOf(value));
   return blockOf(value);
 }
@@ -116,7 +116,7 @@ void vrntValueDestroy(vrntValue_t* value) { releaseBlock(value); }
 vrntType_t* vrntValueType(const vrntValue_t* value) { return value->type; }
 
 vrntValue_t* vrntValueBinary(const vrntValue_t* value) {
-  tryShowAgainToHost(blockOf(value));
+  tryReexposeToHost(blockOf(value));
   return blockOf(value);
 }
 
@@ -127,7 +127,7 @@ vrntValue_t* vrntValueDereference(const vrntValue_t* value, const vrntValueView_
   if (word == 0) return nullptr;
   if (isBlockWord(word)) {
     vrntValue_t* const target = blockOfWord(word);
-    showAgainToHost(target);
+    reexposeToHost(target);
     return vrntValueCopy(target);
   }
   const TypePtr& target = std::get<Type::TRef>(typeOf(view->type).desc()).target;
@@ -151,14 +151,14 @@ vrntValueView_t* vrntValueStructField(vrntValueView_t* out, const vrntType_t* st
 vrntValueView_t* vrntValueArrayElement(vrntValueView_t* out, const vrntType_t* arrayType,
                                        const int32_t* index) {
   const InternedType& type = typeOf(arrayType);
-  const auto place = elementPlaceIfArray(type, index);
+  const auto place = elementPartIfArray(type, index);
   if (!place) raiseWrongKind("vrntValueArrayElement", "an array", type);
   return fill(out, *place);
 }
 
 void* vrntValueMap(vrntValue_t** value, const vrntValueView_t* view, vrntValuesError_t** error) {
   return reportOutOfMemoryOrOther(error, nullptr, [&]() -> void* {
-    showAgainToHost(*value);  // a copy that the handle moves to then has it from the start
+    reexposeToHost(*value);  // a copy that the handle moves to then has it from the start
     return prepareWrite(*value, typeOf(view->type), view->offset);
   });
 }
@@ -193,11 +193,11 @@ int32_t vrntValueEqual(const vrntValue_t* a, const vrntValueView_t* viewA, const
                        const vrntValueView_t* viewB, float tolerance, char** reason) {
   const DynamicValue valueA(blockOf(a));
   const DynamicValue valueB(blockOf(b));
-  std::string words;
+  std::string text;
   const bool equal = valuesEqual({&typeOf(viewA->type), viewA->offset, &valueA},
                                  {&typeOf(viewB->type), viewB->offset, &valueB}, tolerance,
-                                 reason != nullptr ? &words : nullptr);
-  if (reason != nullptr && !words.empty()) *reason = duplicate(words);
+                                 reason != nullptr ? &text : nullptr);
+  if (reason != nullptr && !text.empty()) *reason = duplicate(text);
   return equal ? 1 : 0;
 }
 

@@ -19,7 +19,7 @@ Float16 halfFromFloat(float value) noexcept;
 /// Returns the same number, exactly.
 float halfToFloat(Float16 value) noexcept;
 
-/// Returns `a` less `b`, rounded to a half.
+/// Returns `a` minus `b`, rounded to a half.
 float halfDifference(Float16 a, Float16 b) noexcept;
 
 inline bool isInfinite(Float16 value) { return (value.bits & 0x7FFFU) == 0x7C00U; }

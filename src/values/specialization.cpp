@@ -7,23 +7,23 @@
 #include "types/extents.hpp"
 #include "types/make_type.hpp"
 #include "types/parts.hpp"
-#include "values/transfer.hpp"
+#include "values/copy_plan.hpp"
 
 namespace qex::vornath {
 namespace {
 
-using Part = Transfer::Part;
+using Step = CopyPlan::Step;
 
 // Works out what becomes of a value's type under the marks of an annotated one, and how the bytes
 // get there. Elements all have one type, so that this is done once for all of them.
 struct Outcome {
   TypePtr type;
-  Part part;
+  Step step;
 };
 
 class Planner : public BottomUp<Planner, TypePair, Outcome> {
  public:
-  explicit Planner(Transfer& transfer) : transfer_(transfer) {}
+  explicit Planner(CopyPlan& plan) : plan_(plan) {}
 
   // The value's type is without metadata.
   Outcome plan(const InternedType& value, const InternedType& annotated) {
@@ -44,7 +44,7 @@ class Planner : public BottomUp<Planner, TypePair, Outcome> {
     for (std::size_t i = 0; i < structure.fields.size(); ++i) {
       const InternedType& field = *structure.fields[i].type;
       if (isNotSpecialized(field)) continue;
-      task.inner.emplace_back(fieldPlace(*task.key.first, i).type, &field);
+      task.inner.emplace_back(fieldPart(*task.key.first, i).type, &field);
       task.notes.push_back(i);
     }
     return std::nullopt;
@@ -62,7 +62,7 @@ class Planner : public BottomUp<Planner, TypePair, Outcome> {
   template <typename Leaf>
   std::optional<Outcome> open(Task& task, const Leaf&) {
     const InternedType& value = *task.key.first;
-    return Outcome{TypePtr(&value), transfer_.copy(value)};
+    return Outcome{TypePtr(&value), plan_.copy(value)};
   }
 
   Outcome close(const Task& task, const Type::TStruct& structure) {
@@ -73,13 +73,13 @@ class Planner : public BottomUp<Planner, TypePair, Outcome> {
     }
     TypePtr type = makeType(Type::TStruct(std::move(fields)));
     const Parts to = Parts::of(*type);
-    std::vector<Part> parts;
-    parts.reserve(task.notes.size());
+    std::vector<Step> steps;
+    steps.reserve(task.notes.size());
     for (std::size_t i = 0; i < task.notes.size(); ++i) {
-      const std::uint64_t from = fieldPlace(*task.key.first, task.notes[i]).offset;
-      parts.push_back(outcome(task, i).part.at(from, to[i].offset));
+      const std::uint64_t from = fieldPart(*task.key.first, task.notes[i]).offset;
+      steps.push_back(outcome(task, i).step.at(from, to[i].offset));
     }
-    return {std::move(type), transfer_.sequence(parts)};
+    return {std::move(type), plan_.sequence(steps)};
   }
 
   template <typename D>
@@ -87,9 +87,9 @@ class Planner : public BottomUp<Planner, TypePair, Outcome> {
     const auto& own = *task.key.first->getIf<Type::TArrayND<D>>();
     const Outcome& element = outcome(task, 0);
     TypePtr type = makeType(Type::TArrayND<D>(element.type, own.shape));
-    const Part part = transfer_.repeat(element.part, Extents(own).elements(), own.element->size(),
-                                       element.type->size());
-    return {std::move(type), part};
+    const Step step = plan_.repeat(element.step, Extents(own).elements(), own.element->size(),
+                                   element.type->size());
+    return {std::move(type), step};
   }
 
   template <typename Leaf>
@@ -97,16 +97,16 @@ class Planner : public BottomUp<Planner, TypePair, Outcome> {
     return {};  // is never open
   }
 
-  Transfer& transfer_;
+  CopyPlan& plan_;
 };
 
 }  // namespace
 
 DynamicValue buildSpecialization(const ConstView& value, const InternedType& annotated) {
-  Transfer transfer;
-  const auto [type, part] = Planner(transfer).plan(value.type->stripped(), annotated);
+  CopyPlan plan;
+  const auto [type, step] = Planner(plan).plan(value.type->stripped(), annotated);
   DynamicValue result{type};
-  transfer.run(part, value.data(), blockData(result.block()));
+  plan.run(step, value.data(), blockData(result.block()));
   return result;
 }
 

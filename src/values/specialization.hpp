@@ -1,5 +1,6 @@
-/// Splitting a value along the mark `@no_specialize`: what a consumer bakes in, as against what may
-/// change freely. Values carry no metadata, so that the marks are read from an annotated type.
+/// Splits a value along the annotation `@no_specialize`: a consumer compiles in the one part and
+/// may change the other freely. Values carry no metadata, so the annotations come from a separate
+/// type.
 #ifndef VORNATH_VALUES_SPECIALIZATION_HPP
 #define VORNATH_VALUES_SPECIALIZATION_HPP
 
@@ -12,15 +13,15 @@ inline bool isNotSpecialized(const InternedType& type) {
   return type.metadata().count("no_specialize") != 0;
 }
 
-/// A new value without the fields whose own type carries the key "no_specialize", at any depth of
-/// structs and arrays; references aren't followed. Only fields are looked at: the key on the type
-/// of the whole value or of an element means nothing here. What is kept has the types of the value,
-/// structs and arrays being made anew around it; all of a struct's fields marked make it an empty
-/// one.
+/// Returns a new value without the fields whose own type carries the key "no_specialize", at any
+/// depth of structs and arrays; does not follow references. Only fields are checked: the key on the
+/// type of the whole value or of an element has no effect. The remaining fields keep the value's
+/// types; structs and arrays around them are new. A struct all of whose fields carry the key
+/// becomes empty.
 ///
-/// The value relates to the type. Throws std::bad_optional_access for an array value whose type
-/// leaves its extents open, std::bad_variant_access for a value of another form than the type, and
-/// std::bad_alloc. The cost is linear in the value and the types; nothing recurses.
+/// The value's type must be a subtype of `annotated`. Throws std::bad_optional_access for an
+/// unsized array, std::bad_variant_access for a value of another kind than the type, and
+/// std::bad_alloc. The cost is linear in the value and the types. Does not recurse.
 DynamicValue buildSpecialization(const ConstView& value, const InternedType& annotated);
 
 }  // namespace qex::vornath

@@ -1,8 +1,8 @@
 /// Values as a stream of records, each with its type as text. A record is the length of the text in
 /// eight bytes, the text, the block's identity in eight bytes, and the value's bytes as they lie in
-/// memory, reference words included. The records of the blocks that these words lead to follow in
-/// slot order, each with its own behind it; a block that the stream holds already isn't repeated.
-/// The stream has no frame, no version and no end mark, and is in the writer's byte order.
+/// memory, reference words included. The records of the blocks that these words refer to follow in
+/// slot order, each followed by its own; a block is written once. The stream has no header, no
+/// version and no end mark, and is in the writer's byte order.
 #ifndef VORNATH_VALUES_STREAM_HPP
 #define VORNATH_VALUES_STREAM_HPP
 
@@ -15,13 +15,13 @@
 
 namespace qex::vornath {
 
-/// Writes the value and all that it refers to, each block once, in four calls a block. Chains of
-/// references need no recursion. What `write` throws passes through.
+/// Writes the value and everything it refers to, each block once, in four calls for each block.
+/// Does not recurse. Exceptions of `write` pass through.
 void serializeValue(const DynamicValue& value, vrntWriteFn write, void* user);
 
-/// Reads what serializeValue() wrote. The reader trusts the lengths that it is given. `map`
-/// receives all values but the outermost one and keeps them alive as long as it lives. Throws
-/// "Unable to parse type: {}.\n{}", and what `read` throws; what was read is then in the map alone.
+/// Reads what serializeValue() wrote. Trusts the lengths in the stream. `map` receives all values
+/// but the outermost one and keeps them alive as long as it lives. Throws "Unable to parse type:
+/// {}.\n{}", and what `read` throws; the values read so far are then in the map alone.
 DynamicValue deserializeValue(vrntReadFn read, void* user, DynamicValue::StreamMap& map);
 
 template <typename Reader>

@@ -1,5 +1,5 @@
-/// What the value layer asks of the language layer, above it: the parse of a value's text. Defined
-/// by the parse driver.
+/// What the value layer needs of the language layer, above this one: the parse of a value's text.
+/// Defined by the parse driver.
 #ifndef VORNATH_VALUES_VALUE_PARSER_HPP
 #define VORNATH_VALUES_VALUE_PARSER_HPP
 
@@ -10,7 +10,8 @@
 namespace qex::vornath {
 
 /// Parses a value text. Throws vrnt::Exception with ParseFailed and "Unable to parse value:
-/// {}.\n{}", or what the construction of a value throws. The factory's lock must not be held.
+/// {}.\n{}", or what the construction of a value throws. The caller must not hold the factory's
+/// lock.
 DynamicValue parseValue(const std::string& text);
 
 }  // namespace qex::vornath

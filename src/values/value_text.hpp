@@ -1,5 +1,5 @@
-/// The text of a value, in the language that the parser reads back to an equal value. A function's
-/// text is the exception: it doesn't read back.
+/// The text of a value. The parser reads it back to an equal value, except for the text of a
+/// function, which does not parse.
 #ifndef VORNATH_VALUES_VALUE_TEXT_HPP
 #define VORNATH_VALUES_VALUE_TEXT_HPP
 
@@ -10,16 +10,16 @@
 
 namespace qex::vornath {
 
-/// Prints the value at a view. `exact` prints a scalar float or half as its bits, never the lanes
-/// of a vector; `multiline` gives each struct field a line of its own. What a reference leads to is
-/// printed with both off. Neither references nor nesting make it recurse.
-/// Throws "Enum code out of range: {}", and std::bad_optional_access for an array of open extents.
+/// Returns the text of the value at a view. `exact` prints a scalar float or half as its bits, but
+/// not the lanes of a vector; `multiline` prints each struct field on a line of its own. The target
+/// of a reference is printed without options. Does not recurse. Throws "Enum code out of range:
+/// {}", and std::bad_optional_access for an unsized array.
 std::string valueToString(const ConstView& view, bool exact = false, bool multiline = false);
 
-/// The text of the value of a type at an address, all options off.
+/// Returns the text of the value of a type at an address, without options.
 std::string valueToString(const InternedType& type, const char* data);
 
-/// (embed) Prints the text with all options off.
+/// (embed) Prints the text without options.
 std::ostream& operator<<(std::ostream& stream, const DynamicValue& value);
 
 }  // namespace qex::vornath

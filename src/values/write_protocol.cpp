@@ -11,13 +11,13 @@ namespace {
 class WordBuffer {
  public:
   explicit WordBuffer(std::size_t count)
-      : many_(count > few_.size() ? std::make_unique<std::uint64_t[]>(count) : nullptr) {}
+      : heap_(count > inline_.size() ? std::make_unique<std::uint64_t[]>(count) : nullptr) {}
 
-  std::uint64_t* data() { return many_ ? many_.get() : few_.data(); }
+  std::uint64_t* data() { return heap_ ? heap_.get() : inline_.data(); }
 
  private:
-  std::array<std::uint64_t, 16> few_{};
-  std::unique_ptr<std::uint64_t[]> many_;
+  std::array<std::uint64_t, 16> inline_{};
+  std::unique_ptr<std::uint64_t[]> heap_;
 };
 
 }  // namespace
@@ -54,7 +54,7 @@ void commitWrite(vrntValue_t* block, const InternedType& type, std::uint64_t off
   RefSlots(type).forEach([data](std::uint64_t slot) {
     const std::uint64_t word = loadWord(data + slot * kWordSize);
     if (!isBlockWord(word)) return;
-    tryShowTypeText(blockOfWord(word));
+    tryEnsureTypeText(blockOfWord(word));
     retainBlock(blockOfWord(word));
   });
   for (std::size_t i = 0; i < type.refSlotCount(); ++i) {

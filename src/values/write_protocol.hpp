@@ -1,5 +1,5 @@
-/// Writing to a value: copy first if others hold the block, and keep the counts of what its
-/// reference words lead to, although the writer changes them as plain bytes.
+/// Writes to values: copies a shared block first, and maintains the counts of the blocks that its
+/// reference words refer to, although the writer changes the words as plain bytes.
 #ifndef VORNATH_VALUES_WRITE_PROTOCOL_HPP
 #define VORNATH_VALUES_WRITE_PROTOCOL_HPP
 
@@ -13,26 +13,25 @@
 
 namespace qex::vornath {
 
-/// A block of its own with the same bytes and used length, references taken, and a count of 0.
-/// Throws std::bad_alloc.
+/// Returns a new block with the same bytes, references added, the same used length and a count of
+/// 0. Throws std::bad_alloc.
 vrntValue_t* cloneBlock(const vrntValue_t* block);
 
-/// Moves the handle, which owns a reference, to a clone unless it alone holds the block. Throws
-/// std::bad_alloc; the handle is then as it was.
+/// Replaces the handle, which owns a reference, by a clone unless it is the only one. Throws
+/// std::bad_alloc; the handle is then unchanged.
 void makeExclusive(vrntValue_t*& handle);
 
-// A write of the bytes of `type` at `offset` stands between prepareWrite() and commitWrite(). In
-// between, the references that were in these bytes belong to the block's shadow array, and the
-// words in the bytes count for nothing. The commit raises what the words lead to now before it
-// releases what they led to: a word left alone never lets its target die. One write may be open on
-// a block at a time.
+// A write of the bytes of `type` at `offset` is bracketed by prepareWrite() and commitWrite(). In
+// between, the block's shadow array owns the references that were in these bytes, and the words in
+// the bytes own none. The commit adds the new references before it releases the old ones, so that
+// the target of an unchanged word survives. A block allows one open write at a time.
 
-/// Throws as makeExclusive() does. Returns the address of the bytes.
+/// Returns the address of the bytes. Throws what makeExclusive() throws.
 char* prepareWrite(vrntValue_t*& handle, const InternedType& type, std::uint64_t offset);
 
 void commitWrite(vrntValue_t* block, const InternedType& type, std::uint64_t offset) noexcept;
 
-/// The two steps as a scope, so that the commit follows a throw as well.
+/// The two calls as a scope, so that an exception commits too.
 class WriteScope {
  public:
   WriteScope(vrntValue_t*& handle, const InternedType& type, std::uint64_t offset)
@@ -41,7 +40,7 @@ class WriteScope {
   WriteScope& operator=(const WriteScope&) = delete;
   ~WriteScope() { commitWrite(block_, type_, offset_); }
 
-  /// The bytes to write.
+  /// Returns the bytes to write.
   char* data() const noexcept { return data_; }
 
  private:
@@ -51,7 +50,7 @@ class WriteScope {
   std::uint64_t offset_;
 };
 
-/// Writes a whole record of `type` at once, without the shadow array: only references that change
+/// Writes a whole value of `type` at once, without the shadow array: only references that change
 /// are counted. Throws std::bad_alloc; nothing is written then.
 void writeData(DynamicValue& owner, const void* source, const InternedType& type,
                std::uint64_t offset);

@@ -62,7 +62,7 @@ TEST(vrntTypeLightUnit, HasTheFourUnitsByNumber) {
 }
 
 TEST(vrntTypeLightUnit, OutlivesItsHandles) {
-  const vrntType_t* const address = endedAddress(vrntTypeLightUnit());
+  const vrntType_t* const address = destroyedAddress(vrntTypeLightUnit());
   const TypeHandle filler = parseType("enum { LUMEN; CANDELA; LUX; FOOT; }");
   EXPECT_EQ(TypeHandle(vrntTypeLightUnit()).get(), address);
   EXPECT_STREQ(vrntTypeString(address), "enum { LUMEN; CANDELA; LUX; NIT; }");
@@ -83,7 +83,7 @@ TEST(vrntTypeEmission, IsAColourWithAValueInAUnit) {
 }
 
 TEST(vrntTypeEmission, OutlivesItsHandles) {
-  const vrntType_t* const address = endedAddress(vrntTypeEmission());
+  const vrntType_t* const address = destroyedAddress(vrntTypeEmission());
   const TypeHandle filler = parseType("{ float emission_filler; }");
   EXPECT_EQ(TypeHandle(vrntTypeEmission()).get(), address);
   EXPECT_STREQ(vrntTypeFieldLabel(address, 2), "unit");

@@ -349,7 +349,7 @@ TEST(vrntTypeSamplerType, IsMinusOneForEveryOtherType) {
 
 TEST(FixedTypes, AreThoseOfTheFirstCallWithOrWithoutAHandle) {
   for (const FixedType& fixed : kFixedTypes) {
-    const vrntType_t* const address = endedAddress(fixed.get());
+    const vrntType_t* const address = destroyedAddress(fixed.get());
     const TypeHandle filler = parseType("{ int filler_of_" + std::to_string(vrntTypeSize(address)) +
                                         "_bytes; float @a=1.0 b; }");
     const TypeHandle again(fixed.get());

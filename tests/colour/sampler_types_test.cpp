@@ -24,7 +24,7 @@ const InternedType& fieldType(const InternedType& type, std::size_t index) {
 
 // The same sampler but for its wrap modes, whose defaults are these.
 void expectWrapped(const TypePtr& type, std::uint32_t number, int u, int v) {
-  EXPECT_EQ(qex::vornath::samplerNumber(*type), static_cast<int>(number));
+  EXPECT_EQ(qex::vornath::samplerCode(*type), static_cast<int>(number));
   EXPECT_EQ(keysOf(typeHandle(*type)), (std::vector<std::string>{"no_specialize"}));
   const auto& fields = std::get<Struct>(type->desc()).fields;
   for (std::size_t i = 0; i < fields.size(); ++i) {
@@ -69,7 +69,7 @@ TEST(FloatSphereSampler, IsATextureOfThatKindAlone) {
             "{ { int @default=-1 @name=\"Float sphere texture\" float_sphere_texture; } "
             "@no_specialize float_sphere_texture; } @no_specialize");
   EXPECT_EQ(&qex::vornath::floatSphereSamplerType(), &type);
-  EXPECT_EQ(qex::vornath::samplerNumber(type), -1);
+  EXPECT_EQ(qex::vornath::samplerCode(type), -1);
   EXPECT_EQ(printed(defaultOf(typeHandle(type))),
             "{ float_sphere_texture = { float_sphere_texture = -1; }; }");
 }
@@ -97,6 +97,6 @@ TEST(FloatSampler, TakesItsDefaultWrapModes) {
 TEST(Samplers, RefuseWhatIsNoWrapMode) {
   const std::string words = "Invalid enum constructor: INVALID_WRAPMODE";
   const auto none = static_cast<WrapMode>(7);
-  expectRaises([&] { qex::vornath::makeSpectrumSamplerType(none, WrapMode::Clamp); }, words);
-  expectRaises([&] { qex::vornath::makeFloatSamplerType(WrapMode::Clamp, none); }, words);
+  expectThrows([&] { qex::vornath::makeSpectrumSamplerType(none, WrapMode::Clamp); }, words);
+  expectThrows([&] { qex::vornath::makeFloatSamplerType(WrapMode::Clamp, none); }, words);
 }

@@ -71,7 +71,7 @@ inline ValueHandle defaultOf(const vrntType_t* type) {
 }
 
 // Where a handle's type is, or was: the handle is ended.
-inline const vrntType_t* endedAddress(const vrntType_t* handle) {
+inline const vrntType_t* destroyedAddress(const vrntType_t* handle) {
   vrntTypeDestroy(handle);
   return handle;
 }

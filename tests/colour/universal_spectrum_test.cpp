@@ -37,7 +37,7 @@ TEST(UniversalSpectrum, IsReachedAtAnyDepth) {
   const TypePtr other = nested(*make(Base::Float3), kDepth);
   TypePtr fromCompact;
   TypePtr fromOther;
-  onStack(256 * 1024, [&] {
+  runOnStack(256 * 1024, [&] {
     fromCompact = toUniversalSpectrum(*compact);
     fromOther = toUniversalSpectrum(*other);
   });

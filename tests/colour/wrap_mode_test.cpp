@@ -40,7 +40,7 @@ TEST(WrapModes, CanBeTheDefaultOfAType) {
 }
 
 TEST(WrapModes, OfAnyOtherNumberAreNoDefault) {
-  expectRaises([] { makeWrapModeType(mode(7)); }, "Invalid enum constructor: INVALID_WRAPMODE");
+  expectThrows([] { makeWrapModeType(mode(7)); }, "Invalid enum constructor: INVALID_WRAPMODE");
 }
 
 TEST(WrapModes, ComeInPairsWithDefaultsOfTheirOwn) {

@@ -27,7 +27,7 @@ class MillionLinks : public testing::Test {
     ASSERT_EQ(error, nullptr);
   }
   void TearDown() override {
-    onWorkerStack([this] { chain_.reset(); });
+    runOnWorkerStack([this] { chain_.reset(); });
   }
 
   std::uint32_t references() const {
@@ -40,7 +40,7 @@ class MillionLinks : public testing::Test {
 };
 
 TEST_F(MillionLinks, AreSharedByACopyThatIsWritten) {
-  onWorkerStack([this] {
+  runOnWorkerStack([this] {
     ValueHandle copy(vrntValueCopy(chain_.get()));
     const std::int32_t number = 7;
     vrntValuesError_t* error = nullptr;
@@ -57,7 +57,7 @@ TEST_F(MillionLinks, AreSharedByACopyThatIsWritten) {
 }
 
 TEST_F(MillionLinks, EndWhenTheFirstOneIsOverwritten) {
-  onWorkerStack([this] {
+  runOnWorkerStack([this] {
     const std::uint64_t null = 0;
     vrntValuesError_t* error = nullptr;
     vrntValue_t* handle = chain_.release();
@@ -68,7 +68,7 @@ TEST_F(MillionLinks, EndWhenTheFirstOneIsOverwritten) {
 }
 
 TEST_F(MillionLinks, AreCoercedAndSpecialized) {
-  onMainStack([this] {
+  runOnMainStack([this] {
     const TypeHandle longer = parseType("{ int number; void* next; }");
     const TypeHandle annotated = parseType("{ void* next; int @no_specialize number; }");
     vrntValuesError_t* error = nullptr;
@@ -113,7 +113,7 @@ class SharedOnEachLevel : public testing::Test {
 };
 
 TEST_F(SharedOnEachLevel, IsComparedOncePerValue) {
-  onWorkerStack([] {
+  runOnWorkerStack([] {
     const ValueHandle value = make(1);
     EXPECT_TRUE(equal(value, make(1)));
     EXPECT_FALSE(equal(value, make(2)));
@@ -121,7 +121,7 @@ TEST_F(SharedOnEachLevel, IsComparedOncePerValue) {
 }
 
 TEST_F(SharedOnEachLevel, IsStreamedOncePerValueAndStaysShared) {
-  onWorkerStack([] {
+  runOnWorkerStack([] {
     Stream stream;
     const ValueHandle value = make(1);
     vrntValuesError_t* error = nullptr;
@@ -137,7 +137,7 @@ TEST_F(SharedOnEachLevel, IsStreamedOncePerValueAndStaysShared) {
 }
 
 TEST_F(SharedOnEachLevel, IsCopiedCoercedAndSpecializedAtItsFirstLevelAlone) {
-  onWorkerStack([] {
+  runOnWorkerStack([] {
     const ValueHandle value = make(1);
     const std::uint64_t next = readAt<std::uint64_t>(value);
     const auto references = [next] {

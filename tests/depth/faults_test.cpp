@@ -82,7 +82,7 @@ std::string textAt(int references) {
 }
 
 vrntValue_t* inner(const ValueHandle& value) {
-  vrntValue_t* const block = behind(behind(behind(value.get())));
+  vrntValue_t* const block = referencedBlock(referencedBlock(referencedBlock(value.get())));
   EXPECT_EQ(block->typeText, nullptr);
   return block;
 }

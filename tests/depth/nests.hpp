@@ -13,10 +13,10 @@
 namespace vornath_test {
 
 // Bytes. One level costs a type, its entries in the tables and its place on the parser's stack.
-inline constexpr std::uint64_t kMostMemory = 200'000'000;
+inline constexpr std::uint64_t kMaxMemory = 200'000'000;
 
-inline void onMainStack(const std::function<void()>& work) { onStack(kMainStack, work); }
-inline void onWorkerStack(const std::function<void()>& work) { onStack(kWorkerStack, work); }
+inline void runOnMainStack(const std::function<void()>& work) { runOnStack(kMainStack, work); }
+inline void runOnWorkerStack(const std::function<void()>& work) { runOnStack(kWorkerStack, work); }
 
 inline std::string repeated(const std::string& words, int times) {
   std::string text;

@@ -65,14 +65,14 @@ void PrintTo(const Deep& deep, std::ostream* stream) { *stream << deep.name; }
 class DeepScene : public testing::TestWithParam<Deep> {
  protected:
   void SetUp() override {
-    onMainStack([this] {
+    runOnMainStack([this] {
       value_ = GetParam().make(5);
       scene_ = sceneWith(value_);
     });
     ASSERT_NE(scene_, nullptr);
   }
   void TearDown() override {
-    onWorkerStack([this] {
+    runOnWorkerStack([this] {
       value_.reset();
       scene_.reset();
     });
@@ -94,7 +94,7 @@ class DeepScene : public testing::TestWithParam<Deep> {
 };
 
 TEST_P(DeepScene, IsPrinted) {
-  onWorkerStack([this] {
+  runOnWorkerStack([this] {
     std::ostringstream stream;
     stream << *scene_;
     const std::string words = stream.str();
@@ -105,7 +105,7 @@ TEST_P(DeepScene, IsPrinted) {
 }
 
 TEST_P(DeepScene, IsWrittenAndReadAndComparedWithWhatWasRead) {
-  onWorkerStack([this] {
+  runOnWorkerStack([this] {
     std::stringstream file;
     Scene::serialize(*scene_, file);
     vrnt::Result<Scene> read = Scene::deserialize(file, vrnt::UniqueId::null());
@@ -116,7 +116,7 @@ TEST_P(DeepScene, IsWrittenAndReadAndComparedWithWhatWasRead) {
 }
 
 TEST_P(DeepScene, GoesToAFileAndBack) {
-  onWorkerStack([this] {
+  runOnWorkerStack([this] {
     const std::string path = testing::TempDir() + "vornath_deep_scene" + std::to_string(getpid());
     vrdmSerialize(scene_.get(), path.c_str());
     const SceneHandle back(vrdmDeserialize(path.c_str()));
@@ -131,11 +131,11 @@ TEST_P(DeepScene, GoesToAFileAndBack) {
 TEST_P(DeepScene, DiffersFromOneThatIsOtherwiseInTheInnermostPart) {
   SceneHandle same;
   SceneHandle other;
-  onMainStack([&] {
+  runOnMainStack([&] {
     same = sceneWith(GetParam().make(5));
     other = sceneWith(GetParam().make(6));
   });
-  onWorkerStack([&] {
+  runOnWorkerStack([&] {
     EXPECT_TRUE(Scene::equivalent(*scene_, *scene_));
     EXPECT_TRUE(Scene::equivalent(*scene_, *same));
     EXPECT_FALSE(Scene::equivalent(*scene_, *other));
@@ -145,7 +145,7 @@ TEST_P(DeepScene, DiffersFromOneThatIsOtherwiseInTheInnermostPart) {
 }
 
 TEST_P(DeepScene, IsImported) {
-  onWorkerStack([this] {
+  runOnWorkerStack([this] {
     SceneHandle target = newScene();
     target->import(*scene_);
     EXPECT_EQ(valueOf(target), value_);
@@ -200,7 +200,7 @@ class DeepTexture : public testing::Test {
     for (int i = 0; i < 3; ++i) addObject(target.get(), VRDM_CLASS_TEXTURE);
     addInstance(source.get(), VRDM_CLASS_MATERIAL);
     vrdmSetInstanceValue(source.get(), VRDM_CLASS_MATERIAL, 0, value.get());
-    onWorkerStack([&] {
+    runOnWorkerStack([&] {
       target->import(*source);
       const ValueHandle imported(vrdmGetInstanceValue(target.get(), VRDM_CLASS_MATERIAL, 0));
       EXPECT_NE(imported, value);
@@ -218,7 +218,7 @@ class DeepTexture : public testing::Test {
 TEST_F(DeepTexture, IsRenumberedInANest) {
   const std::string text = nested("{ void* r; ", "{ int texture_ref; }", " a; }", kDepth);
   ValueHandle value;
-  onMainStack([&] { value = zerosOf(text); });
+  runOnMainStack([&] { value = zerosOf(text); });
   expectImported(std::move(value), std::uint64_t{8} * kDepth);
 }
 

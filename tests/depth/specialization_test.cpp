@@ -22,19 +22,19 @@ using qex::vornath::InternedType;
 using qex::vornath::TypePtr;
 
 TEST(DeepSpecialization, LeavesWhatIsNotCovered) {
-  onMainStack([] {
+  runOnMainStack([] {
     // In each level an "n" that is covered, and in the innermost one something that isn't.
     const TypePtr full = InternedType::parse(kLastFields.text("{ int m; float f; }"));
     const TypePtr covered = InternedType::parse(kLastFields.text("{ int m; }"));
     const PeakBytes peak;
     const TypePtr left = qex::vornath::specializationRemainder(*full, *covered);
     EXPECT_TRUE(left->text() == kStructs.text("{ float f; }"));
-    EXPECT_LT(peak.value(), kMostMemory);
+    EXPECT_LT(peak.value(), kMaxMemory);
   });
 }
 
 TEST(DeepSpecialization, RefusesWhatTheFullTypeLacks) {
-  onMainStack([] {
+  runOnMainStack([] {
     const TypePtr full = InternedType::parse(kLastFields.text("{ int m; }"));
     const TypePtr covered = InternedType::parse(kLastFields.text("{ float m; }"));
     try {
@@ -50,7 +50,7 @@ TEST(DeepSpecialization, RefusesWhatTheFullTypeLacks) {
 }
 
 TEST(DeepSpecialization, SeesADifferenceInside) {
-  onMainStack([] {
+  runOnMainStack([] {
     const TypePtr type = InternedType::parse(kLastFields.text());
     const DynamicValue a(type);
     DynamicValue b(type);
@@ -61,7 +61,7 @@ TEST(DeepSpecialization, SeesADifferenceInside) {
 }
 
 TEST(DeepBounds, ReachTheInnermostPart) {
-  onMainStack([] {
+  runOnMainStack([] {
     const TypePtr type = InternedType::parse(kLastFields.text("int @min=-3 @default=5"));
     const auto bounds = qex::vornath::makeValueBounds(type);
     const auto last = [&type](const DynamicValue& value) {
@@ -76,7 +76,7 @@ TEST(DeepBounds, ReachTheInnermostPart) {
 }
 
 TEST(DeepReferenceSlots, AreListedWhenAskedFor) {
-  onMainStack([] {
+  runOnMainStack([] {
     const PeakBytes peak;
     const TypePtr type = InternedType::parse(kReferencesAtEachLevel.text("((int) => int)[3]"));
     EXPECT_EQ(type->refSlotCount(), std::uint64_t{kDepth} + 6);
@@ -85,7 +85,7 @@ TEST(DeepReferenceSlots, AreListedWhenAskedFor) {
     ASSERT_EQ(slots.size(), type->refSlotCount());
     for (std::size_t i = 0; i < slots.size(); ++i) ASSERT_EQ(slots[i], i);
     EXPECT_EQ(&type->refSlots(), &slots);
-    EXPECT_LT(peak.value(), kMostMemory);
+    EXPECT_LT(peak.value(), kMaxMemory);
   });
 }
 

@@ -10,14 +10,14 @@ namespace {
 
 using namespace vornath_test;
 using qex::vornath::InternedType;
-using qex::vornath::kLongestShortText;
+using qex::vornath::kMaxShortTextLength;
 using qex::vornath::TextFingerprint;
 using qex::vornath::Type;
 using qex::vornath::TypePtr;
 
 // Twice as long as the longest short text.
 std::string longText(const std::string& innermost) {
-  return kReferences.text(innermost, static_cast<int>(2 * kLongestShortText));
+  return kReferences.text(innermost, static_cast<int>(2 * kMaxShortTextLength));
 }
 
 TypePtr reference(const TypePtr& target) {
@@ -34,10 +34,10 @@ TEST(LongTexts, AreNotThereBeforeSomebodyAsks) {
 }
 
 TEST(LongTexts, BeginBehindTheLongestShortOne) {
-  const int stars = static_cast<int>(kLongestShortText) - 3;
+  const int stars = static_cast<int>(kMaxShortTextLength) - 3;
   const TypePtr type = InternedType::parse(kReferences.text("int", stars));
   EXPECT_FALSE(type->hasLongText());
-  EXPECT_EQ(type->text().size(), kLongestShortText);
+  EXPECT_EQ(type->text().size(), kMaxShortTextLength);
   EXPECT_TRUE(reference(type)->hasLongText());
 }
 
@@ -88,7 +88,7 @@ TEST(LongTexts, AreMadeOnceByManyThreads) {
 }
 
 TEST(LongTexts, WithAllKindsOfPartsAreThoseThatWereParsed) {
-  const std::string filler = "float3 " + std::string(kLongestShortText, 'f') + "; ";
+  const std::string filler = "float3 " + std::string(kMaxShortTextLength, 'f') + "; ";
   for (const std::string& part :
        {std::string("enum { A( int x, { half h; }*[2,3] y ) @n=2 @t=\"words\"; B; }"),
         std::string("int[,,]*"), std::string("char4[]*"), std::string("int[1,2,3,4] @d=1.5"),

@@ -15,18 +15,18 @@ class DeepType : public testing::TestWithParam<TypeNest> {
 };
 
 TEST_P(DeepType, IsParsedPrintedAndReleased) {
-  onMainStack([this] {
+  runOnMainStack([this] {
     const std::string expected = text();
     const PeakBytes peak;
     TypeHandle type = parseType(expected);
     EXPECT_TRUE(vrntTypeString(type.get()) == expected);
-    onWorkerStack([&type] { type.reset(); });
-    EXPECT_LT(peak.value(), kMostMemory);
+    runOnWorkerStack([&type] { type.reset(); });
+    EXPECT_LT(peak.value(), kMaxMemory);
   });
 }
 
 TEST_P(DeepType, IsOneTypeWithItselfAndFoundAgain) {
-  onMainStack([this] {
+  runOnMainStack([this] {
     const TypeHandle first = parseType(text());
     EXPECT_EQ(parseType(text()), first);
     EXPECT_EQ(parseType(" " + text()), first);
@@ -36,7 +36,7 @@ TEST_P(DeepType, IsOneTypeWithItselfAndFoundAgain) {
 }
 
 TEST_P(DeepType, IsToldFromATypeThatDiffersInside) {
-  onMainStack([this] {
+  runOnMainStack([this] {
     const TypeHandle type = parseType(text("int"));
     const TypeHandle other = parseType(text("float"));
     ASSERT_NE(type, other);
@@ -52,12 +52,12 @@ TEST_P(DeepType, IsToldFromATypeThatDiffersInside) {
     const std::size_t length = std::strlen(reason.get());
     ASSERT_GT(length, why.size());
     EXPECT_STREQ(reason.get() + length - why.size(), why.c_str());
-    EXPECT_LT(peak.value(), kMostMemory);
+    EXPECT_LT(peak.value(), kMaxMemory);
   });
 }
 
 TEST_P(DeepType, LosesItsAnnotations) {
-  onMainStack([this] {
+  runOnMainStack([this] {
     const TypeHandle annotated = parseType(text("int @a @b=\"words\""));
     const TypeHandle plain = parseType(text());
     EXPECT_TRUE(vrntTypeString(annotated.get()) == text("int @a @b=\"words\""));
@@ -68,7 +68,7 @@ TEST_P(DeepType, LosesItsAnnotations) {
 }
 
 TEST_P(DeepType, IsRefusedIfItDoesNotEnd) {
-  onMainStack([this] {
+  runOnMainStack([this] {
     std::string broken = text();
     broken += " %";
     const auto failure = typeFailure(broken);
@@ -86,31 +86,31 @@ INSTANTIATE_TEST_SUITE_P(Nests, DeepType,
 // stand apart.
 
 TEST(DeepAnnotations, AtEachLevelAreKeptAndLost) {
-  onMainStack([] {
+  runOnMainStack([] {
     const std::string text = "int @n=1" + repeated("* @a=\"b\"", kDepth);
     const PeakBytes peak;
     TypeHandle type = parseType(text);
     EXPECT_TRUE(vrntTypeString(type.get()) == text);
     EXPECT_EQ(TypeHandle(vrntTypeStripMetadata(type.get())), parseType(kReferences.text()));
-    onWorkerStack([&type] { type.reset(); });
-    EXPECT_LT(peak.value(), 2 * kMostMemory);  // two types a level
+    runOnWorkerStack([&type] { type.reset(); });
+    EXPECT_LT(peak.value(), 2 * kMaxMemory);  // two types a level
   });
 }
 
 TEST(DeepAnnotations, MayBeReferencesToReferences) {
-  onMainStack([] {
+  runOnMainStack([] {
     const std::string text = "int @default=" + repeated("&", kDepth) + "1";
     const PeakBytes peak;
     TypeHandle type = parseType(text);
     EXPECT_TRUE(vrntTypeString(type.get()) == text);
     EXPECT_EQ(parseType(text), type);
-    onWorkerStack([&type] { type.reset(); });
-    EXPECT_LT(peak.value(), kMostMemory);
+    runOnWorkerStack([&type] { type.reset(); });
+    EXPECT_LT(peak.value(), kMaxMemory);
   });
 }
 
 TEST(DeepAnnotations, MayBeStructsInStructs) {
-  onMainStack([] {
+  runOnMainStack([] {
     const std::string value = nested("{ a = ", "1", "; }", kDepth);
     const std::string text = kStructs.text() + " @default=" + value;
     const PeakBytes peak;
@@ -119,24 +119,24 @@ TEST(DeepAnnotations, MayBeStructsInStructs) {
     vrntValuesError_t* error = nullptr;
     const ValueHandle made(vrntValueCreateDefault(type.get(), &error));
     EXPECT_EQ(readAt<std::int32_t>(made), 1);
-    onWorkerStack([&type] { type.reset(); });
-    EXPECT_LT(peak.value(), kMostMemory);
+    runOnWorkerStack([&type] { type.reset(); });
+    EXPECT_LT(peak.value(), kMaxMemory);
   });
 }
 
 TEST(DeepAnnotations, MayHoldTypesWithAnnotations) {
-  onMainStack([] {
+  runOnMainStack([] {
     const std::string text = "int " + nested("@a=[: int ", "", "]", kDepth);
     const PeakBytes peak;
     TypeHandle type = parseType(text);
     EXPECT_STREQ(vrntTypeString(type.get()), "int @a=[ : int ]");
-    onWorkerStack([&type] { type.reset(); });
-    EXPECT_LT(peak.value(), kMostMemory);
+    runOnWorkerStack([&type] { type.reset(); });
+    EXPECT_LT(peak.value(), kMaxMemory);
   });
 }
 
 TEST(DeepEnum, OfPayloadsInPayloadsIsParsedPrintedAndReleased) {
-  onMainStack([] {
+  runOnMainStack([] {
     std::string text;
     for (int i = 0; i < kDepth; ++i) text += "enum { A" + std::to_string(i) + "( ";
     text += "int" + repeated(" x ); }", kDepth);
@@ -149,14 +149,14 @@ TEST(DeepEnum, OfPayloadsInPayloadsIsParsedPrintedAndReleased) {
     const vrntValueView_t view{type.get(), 0};
     const StringHandle printed(vrntValueString(value.get(), &view, 0, &error));
     EXPECT_TRUE("A0 : " + text == printed.get());
-    onWorkerStack([&type] { type.reset(); });
-    EXPECT_LT(peak.value(), kMostMemory);
+    runOnWorkerStack([&type] { type.reset(); });
+    EXPECT_LT(peak.value(), kMaxMemory);
   });
 }
 
 // The parts of a type are found by their texts, long and short ones.
 TEST(DeepParts, AreFoundByTheirTexts) {
-  onMainStack([] {
+  runOnMainStack([] {
     const TypeHandle outer = parseType(kReferences.text("int", kDepth));
     TypeHandle part(vrntTypeReferencedType(outer.get()));
     for (int depth = kDepth - 1; depth > 0; --depth) {
@@ -171,17 +171,17 @@ TEST(DeepParts, AreFoundByTheirTexts) {
 }
 
 TEST(DeepParts, OutliveTheWhole) {
-  onMainStack([] {
+  runOnMainStack([] {
     TypeHandle outer = parseType(kStructs.text());
     const TypeHandle part(vrntTypeFieldType(outer.get(), 0));
-    onWorkerStack([&outer] { outer.reset(); });
+    runOnWorkerStack([&outer] { outer.reset(); });
     EXPECT_TRUE(vrntTypeString(part.get()) == kStructs.text("int", kDepth - 1));
     EXPECT_EQ(parseType(kStructs.text("int", kDepth - 1)), part);
   });
 }
 
 TEST(DeepParts, BecomeAUniversalSpectrum) {
-  onMainStack([] {
+  runOnMainStack([] {
     const TypeHandle type = parseType(kStructs.text());
     EXPECT_EQ(TypeHandle(vrntTypeToUniversalSpectrum(type.get())), type);
   });

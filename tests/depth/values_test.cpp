@@ -50,7 +50,7 @@ class DeepValue : public testing::TestWithParam<TypeNest> {
 };
 
 TEST_P(DeepValue, IsMadePrintedAndCompared) {
-  onMainStack([this] {
+  runOnMainStack([this] {
     const TypeHandle type = parseType(text());
     const PeakBytes peak;
     ValueHandle value = create(type);
@@ -60,18 +60,18 @@ TEST_P(DeepValue, IsMadePrintedAndCompared) {
     EXPECT_EQ(printed(value), printed(same));
     EXPECT_TRUE(equal(value, same));
     EXPECT_FALSE(equal(value, create(parseType(text("float")))));
-    onWorkerStack([&] {
+    runOnWorkerStack([&] {
       value.reset();
       same.reset();
     });
-    EXPECT_LT(peak.value(), kMostMemory);
+    EXPECT_LT(peak.value(), kMaxMemory);
   });
 }
 
 TEST_P(DeepValue, IsCopiedAndWritten) {
-  onMainStack([this] {
+  runOnMainStack([this] {
     const TypeHandle type = parseType(text());
-    onWorkerStack([&type] {
+    runOnWorkerStack([&type] {
       const ValueHandle original = create(type);
       ValueHandle copy(vrntValueCopy(original.get()));
       EXPECT_TRUE(equal(original, copy));
@@ -89,7 +89,7 @@ TEST_P(DeepValue, IsCopiedAndWritten) {
 }
 
 TEST_P(DeepValue, IsCoerced) {
-  onMainStack([this] {
+  runOnMainStack([this] {
     const TypeHandle type = parseType(text());
     const TypeHandle other = parseType(text("float"));
     const ValueHandle value = create(type);
@@ -103,7 +103,7 @@ TEST_P(DeepValue, IsCoerced) {
 }
 
 TEST_P(DeepValue, IsSpecialized) {
-  onMainStack([this] {
+  runOnMainStack([this] {
     const TypeHandle type = parseType(text());
     const TypeHandle annotated = parseType(text("int @a"));
     const ValueHandle value = create(type);
@@ -117,7 +117,7 @@ TEST_P(DeepValue, IsSpecialized) {
 }
 
 TEST_P(DeepValue, IsWrittenToAStreamAndRead) {
-  onMainStack([this] {
+  runOnMainStack([this] {
     const TypeHandle type = parseType(text());
     const ValueHandle value = create(type);
     Stream stream;
@@ -140,7 +140,7 @@ INSTANTIATE_TEST_SUITE_P(Nests, DeepValue,
 // Each level has another type on the other side and relates to it, or doesn't: what is worked out
 // for a level must not hold all that lies in it.
 TEST(DeepCoercion, OfRelatedAndUnrelatedLevelsTakesNoListsOfReferences) {
-  onMainStack([] {
+  runOnMainStack([] {
     const TypeNest before{"", "{ int* r; ", " a; }"};
     const TypeNest more{"", "{ int k; ", " a; void* r; }"};
     const PeakBytes peak;
@@ -152,7 +152,7 @@ TEST(DeepCoercion, OfRelatedAndUnrelatedLevelsTakesNoListsOfReferences) {
       ASSERT_NE(result, nullptr);
       EXPECT_EQ(vrntValueType(result.get()), type.get());
     }
-    EXPECT_LT(peak.value(), 2 * kMostMemory);
+    EXPECT_LT(peak.value(), 2 * kMaxMemory);
   });
 }
 
@@ -188,18 +188,18 @@ class DeepValueText : public testing::TestWithParam<ValueNest> {
 };
 
 TEST_P(DeepValueText, IsParsedPrintedAndReleased) {
-  onMainStack([this] {
+  runOnMainStack([this] {
     const std::string expected = text();
     const PeakBytes peak;
     ValueHandle value = parseValue(expected);
     EXPECT_TRUE(printed(value) == expected);
-    onWorkerStack([&value] { value.reset(); });
-    EXPECT_LT(peak.value(), kMostMemory);
+    runOnWorkerStack([&value] { value.reset(); });
+    EXPECT_LT(peak.value(), kMaxMemory);
   });
 }
 
 TEST_P(DeepValueText, IsCompared) {
-  onMainStack([this] {
+  runOnMainStack([this] {
     const ValueHandle value = parseValue(text("1"));
     EXPECT_TRUE(equal(value, parseValue(text("1"))));
     const ValueHandle other = parseValue(text("2"));
@@ -214,9 +214,9 @@ TEST_P(DeepValueText, IsCompared) {
 }
 
 TEST_P(DeepValueText, IsCopiedAndWritten) {
-  onMainStack([this] {
+  runOnMainStack([this] {
     const ValueHandle value = parseValue(text());
-    onWorkerStack([&value] {
+    runOnWorkerStack([&value] {
       ValueHandle copy(vrntValueCopy(value.get()));
       vrntValuesError_t* error = nullptr;
       const vrntValueView_t view = whole(copy);
@@ -231,7 +231,7 @@ TEST_P(DeepValueText, IsCopiedAndWritten) {
 }
 
 TEST_P(DeepValueText, IsCoercedAndSpecialized) {
-  onMainStack([this] {
+  runOnMainStack([this] {
     const PeakBytes peak;
     const ValueHandle value = parseValue(text("1"));
     const ValueHandle other = parseValue(text("1.0"));
@@ -243,12 +243,12 @@ TEST_P(DeepValueText, IsCoercedAndSpecialized) {
     const ValueHandle special(
         vrntBuildSpecializationParameters(vrntValueType(value.get()), value.get(), &error));
     EXPECT_TRUE(special && equal(special, value));
-    EXPECT_LT(peak.value(), 2 * kMostMemory);
+    EXPECT_LT(peak.value(), 2 * kMaxMemory);
   });
 }
 
 TEST_P(DeepValueText, IsRefusedIfItDoesNotEnd) {
-  onMainStack([this] {
+  runOnMainStack([this] {
     const std::string broken = text() + " %";
     const auto failure = valueFailure(broken);
     ASSERT_TRUE(failure);
@@ -257,7 +257,7 @@ TEST_P(DeepValueText, IsRefusedIfItDoesNotEnd) {
 }
 
 TEST_P(DeepValueText, TellsItsTypeWhereverItIsHandedOut) {
-  onMainStack([this] {
+  runOnMainStack([this] {
     const ValueHandle value = parseValue(text());
     EXPECT_STREQ(vrntValueBinary(value.get())->typeText,
                  vrntTypeString(vrntValueType(value.get())));
@@ -271,7 +271,7 @@ INSTANTIATE_TEST_SUITE_P(Nests, DeepValueText,
                                          kReferencesInReferred, kMixedTexts));
 
 TEST(DeepReferences, TellTheTypeOfEachTarget) {
-  onMainStack([] {
+  runOnMainStack([] {
     ValueHandle value = parseValue(repeated("&", kDepth) + "1");
     for (int depth = kDepth; depth > kDepth - 10; --depth) {
       EXPECT_TRUE(vrntValueBinary(value.get())->typeText == kReferences.text("int", depth));
@@ -284,7 +284,7 @@ TEST(DeepReferences, TellTheTypeOfEachTarget) {
 // The texts in the stream add up to the square of the depth, so this one is shallower, and nothing
 // but the text at hand is kept.
 TEST(DeepReferences, AreWrittenWithoutKeepingTheirTexts) {
-  onMainStack([] {
+  runOnMainStack([] {
     constexpr int kFew = 8'000;
     const ValueHandle value = parseValue(repeated("&", kFew) + "1");
     const PeakBytes peak;
@@ -305,7 +305,7 @@ TEST(DeepReferences, AreWrittenWithoutKeepingTheirTexts) {
 }
 
 TEST(DeepReferences, AreReadBack) {
-  onMainStack([] {
+  runOnMainStack([] {
     const ValueHandle value = parseValue(repeated("&", 3'000) + "1");
     Stream stream;
     vrntValuesError_t* error = nullptr;

@@ -44,7 +44,7 @@ int raiseEach(
       } catch (const std::bad_alloc&) {
         raised = true;
       }
-      struck = failure.struck();
+      struck = failure.triggered();
     }
     EXPECT_EQ(raised, struck) << "allocation " << number;
     if (!struck) return number;
@@ -75,7 +75,7 @@ int failResults(const std::function<Result<T>()>& make, const std::function<void
     {
       const FailNthAllocation failure(static_cast<std::uint64_t>(number));
       result.emplace(make());
-      struck = failure.struck();
+      struck = failure.triggered();
     }
     EXPECT_EQ(result->hasValue(), !struck);
     if (*result) {

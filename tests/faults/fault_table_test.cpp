@@ -54,7 +54,7 @@ Attempt attempt(const FaultCase& faultCase, const Call& call, std::uint64_t numb
     } catch (const std::bad_alloc&) {
       made.ending = Ending::BadAlloc;
     }
-    made.struck = failure.struck();
+    made.struck = failure.triggered();
   }
   const ErrorHandle owner(error);
   if (made.ending == Ending::Success) {

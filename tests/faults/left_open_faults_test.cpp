@@ -25,7 +25,7 @@ using namespace vornath_test;
 using vrnt::data::Scene;
 using vrnt::data::SceneVersions;
 
-enum class Ending { Success, Raised };
+enum class Ending { Success, Thrown };
 
 // Makes `work` on what `make` gives with each allocation failing in turn, until none does; shows
 // `look` each ending that an allocation was missing for. Returns how many allocations failed.
@@ -40,9 +40,9 @@ int failEach(Make make, Work work, Look look) {
       try {
         work(*subject);
       } catch (const std::bad_alloc&) {
-        ending = Ending::Raised;
+        ending = Ending::Thrown;
       }
-      struck = failure.struck();
+      struck = failure.triggered();
     }
     if (!struck) {
       EXPECT_EQ(ending, Ending::Success);
@@ -77,7 +77,7 @@ void expectUnchanged(std::uint32_t objectClass, std::uint32_t risen,
   const int failures = failEach(
       filled, [&](Scene& scene) { work(flat(scene)); },
       [&](Scene& scene, Ending ending) {
-        EXPECT_EQ(ending, Ending::Raised);
+        EXPECT_EQ(ending, Ending::Thrown);
         expectSameObjects(scene);
         const std::uint32_t rise = scene.versions.version - before.version;
         EXPECT_EQ(ofClass(scene.versions, objectClass) - ofClass(before, objectClass), rise);
@@ -149,7 +149,7 @@ TEST(LeftOpen, AddProgramRaisesAndCounts) {
   const int failures = failEach(
       filled, [&](Scene& scene) { full(flat(scene)); },
       [&](Scene& scene, Ending ending) {
-        EXPECT_EQ(ending, Ending::Raised);
+        EXPECT_EQ(ending, Ending::Thrown);
         vrdmScene_t* const handle = flat(scene);
         EXPECT_EQ(vrdmContainerSize(handle, VRDM_CLASS_LIGHT_PROGRAM), 2u);
         const std::uint32_t added = vrdmValid(handle, VRDM_CLASS_LIGHT_PROGRAM, 1) ? 1 : 0;
@@ -171,7 +171,7 @@ TEST(LeftOpen, AddAssetRaisesAndCounts) {
                  vrdmAddAsset(flat(scene), VRDM_CLASS_MATERIAL_GRAPH, desc, &storage);
                },
                [&](Scene& scene, Ending ending) {
-                 EXPECT_EQ(ending, Ending::Raised);
+                 EXPECT_EQ(ending, Ending::Thrown);
                  EXPECT_EQ(storage->references, 1u);
                  EXPECT_EQ(vrdmContainerSize(flat(scene), VRDM_CLASS_MATERIAL_GRAPH), 0u);
                  EXPECT_EQ(scene.versions.version, before.version + 1);
@@ -186,7 +186,7 @@ TEST(LeftOpen, CreateInstanceRaisesAndChangesNothing) {
       failEach([] { return std::make_unique<Scene>(); },
                [](Scene& scene) { vrdmCreateInstance(flat(scene), VRDM_CLASS_SHAPE); },
                [](Scene& scene, Ending ending) {
-                 EXPECT_EQ(ending, Ending::Raised);
+                 EXPECT_EQ(ending, Ending::Thrown);
                  EXPECT_EQ(vrdmContainerSize(flat(scene), VRDM_CLASS_SHAPE), 0u);
                  EXPECT_EQ(scene.versions.version, 0u);
                });

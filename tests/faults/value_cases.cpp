@@ -234,15 +234,15 @@ void addReading(FaultCases& cases) {
           [value, call](vrntValuesError_t** error) { return call(value->get(), error); },
           [](vrntValue_t* target) {
             EXPECT_EQ(target->refCount, 2u);
-            EXPECT_EQ(behind(target)->typeText,
+            EXPECT_EQ(referencedBlock(target)->typeText,
                       "{ int " + std::string(5000, 'x') + "; }" + std::string(198, '*'));
           });
-      made.intact = [value] { EXPECT_EQ(behind(value->get())->refCount, 1u); };
+      made.intact = [value] { EXPECT_EQ(referencedBlock(value->get())->refCount, 1u); };
       made.before = [value] {
         value->reset();
         const std::string text = std::string(200, '&') + "{ " + std::string(5000, 'x') + " = 1; }";
         *value = sharedValue(text.c_str());
-        EXPECT_EQ(behind(behind(value->get()))->typeText, nullptr);
+        EXPECT_EQ(referencedBlock(referencedBlock(value->get()))->typeText, nullptr);
       };
       return made;
     };
@@ -254,7 +254,7 @@ void addReading(FaultCases& cases) {
                    })});
   cases.push_back({"vrntValueParse", "block", Promise::ErrorObject,
                    longChain([](const vrntValue_t* value, vrntValuesError_t** error) {
-                     return vrntValueParse(behind(value), error);
+                     return vrntValueParse(referencedBlock(value), error);
                    })});
   cases.push_back({"vrntValueDereference", "foreign", Promise::BadAlloc, [] {
                      const auto foreign = std::make_shared<std::array<std::int32_t, 2>>();

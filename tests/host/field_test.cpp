@@ -14,7 +14,7 @@
 namespace {
 
 using namespace vrnt::host;
-using vornath_test::wordsOf;
+using vornath_test::messageOf;
 using vrnt::ConstView;
 using vrnt::TypeHandle;
 using vrnt::Value;
@@ -53,7 +53,7 @@ TEST(FieldPath, OfAnAnnotatedTypeIsThatOfItsValues) {
 TEST(FieldPath, SaysWhatIsNotThere) {
   const TypeHandle type = typeOf("{ { int b; }[2] a; float c; int[2,3] g; }");
   const auto words = [&](const char* path) {
-    return wordsOf([&] { FieldPath(type.get(), path); });
+    return messageOf([&] { FieldPath(type.get(), path); });
   };
   EXPECT_EQ(words("x"),
             "Field path x: there is no field x in { { int b; }[2] a; float c; "
@@ -151,13 +151,13 @@ TEST(Field, OfARecordRefusesReferencesAndFunctions) {
     const void* context;
   };
   const TypeHandle type = typeOf("{ (() => int) f; int* r; }");
-  EXPECT_EQ(wordsOf([&] { Field<Call>(type, "f"); }),
+  EXPECT_EQ(messageOf([&] { Field<Call>(type, "f"); }),
             "Incompatible type for accessor -> type (() => int) of field f does not match type "
             "record of 16 bytes.");
   struct Word {
     std::uint64_t word;
   };
-  EXPECT_NE(wordsOf([&] { Field<Word>(type, "r"); }), "");
+  EXPECT_NE(messageOf([&] { Field<Word>(type, "r"); }), "");
   Value value = Value::create(type.get(), false).value();
   EXPECT_THROW(vrnt::View(&value).field("f").write(Call{}), vrnt::Exception);
 }
@@ -176,14 +176,14 @@ TEST(TextField, TakesTheTextThatStandsThere) {
 
 TEST(Field, IsCheckedForItsKindWhenItIsMade) {
   const TypeHandle type = typeOf("{ { float c; } a; }");
-  EXPECT_EQ(wordsOf([&] { Field<std::int32_t>(type, "a.c"); }),
+  EXPECT_EQ(messageOf([&] { Field<std::int32_t>(type, "a.c"); }),
             "Incompatible type for accessor -> type float of field a.c does not match type int.");
-  EXPECT_EQ(wordsOf([&] { EnumField(type, "a.c"); }),
+  EXPECT_EQ(messageOf([&] { EnumField(type, "a.c"); }),
             "Incompatible type for accessor -> type float of field a.c does not match an enum.");
-  EXPECT_EQ(wordsOf([&] { TextField(type, "a.c"); }),
+  EXPECT_EQ(messageOf([&] { TextField(type, "a.c"); }),
             "Incompatible type for accessor -> type float of field a.c does not match an array of "
             "char.");
-  EXPECT_EQ(wordsOf([&] { SpectrumField(type, "a"); }),
+  EXPECT_EQ(messageOf([&] { SpectrumField(type, "a"); }),
             "Incompatible type for accessor -> type { float c; } of field a does not match a "
             "spectrum.");
 }
@@ -193,10 +193,10 @@ TEST(Field, RefusesValuesOfAnotherType) {
   Value value = valueOf("{ b = 1; }");
   const std::string words =
       "Incompatible type for value -> type { int b; } does not match type { int a; }.";
-  EXPECT_EQ(wordsOf([&] { field.get(value); }), words);
-  EXPECT_EQ(wordsOf([&] { field.set(value, 2); }), words);
+  EXPECT_EQ(messageOf([&] { field.get(value); }), words);
+  EXPECT_EQ(messageOf([&] { field.set(value, 2); }), words);
   Value none;
-  EXPECT_EQ(wordsOf([&] { field.set(none, 2); }),
+  EXPECT_EQ(messageOf([&] { field.set(none, 2); }),
             "Incompatible type for value -> no value does not match type { int a; }.");
   EXPECT_EQ(textOf(value), "{ b = 1; }");
 }
@@ -223,9 +223,9 @@ TEST(EnumField, ReadsAndWritesNames) {
   mode.set(value, "B");
   EXPECT_EQ(mode.get(value), "B");
   EXPECT_EQ(mode.code("B"), 1);
-  EXPECT_EQ(wordsOf([&] { mode.set(value, "C"); }), "Invalid enum constructor: C");
+  EXPECT_EQ(messageOf([&] { mode.set(value, "C"); }), "Invalid enum constructor: C");
   Field<std::int32_t>(value.type(), "mode").set(value, 2);
-  EXPECT_EQ(wordsOf([&] { mode.get(value); }), "Enum code out of range: 2");
+  EXPECT_EQ(messageOf([&] { mode.get(value); }), "Enum code out of range: 2");
 }
 
 TEST(TextField, ReadsAndWritesTextsThatAZeroEnds) {
@@ -238,8 +238,8 @@ TEST(TextField, ReadsAndWritesTextsThatAZeroEnds) {
   tag.set(value, "d");
   EXPECT_EQ(tag.get(value), "d");
   EXPECT_EQ(ConstView(&value).field("tag").text(), "[ 100c, 0c, 0c, 0c ]");
-  EXPECT_EQ(wordsOf([&] { tag.set(value, "abcd"); }), "Text of 4 bytes does not fit char[4].");
-  EXPECT_EQ(wordsOf([&] { tag.set(value, std::string_view("a\0b", 3)); }),
+  EXPECT_EQ(messageOf([&] { tag.set(value, "abcd"); }), "Text of 4 bytes does not fit char[4].");
+  EXPECT_EQ(messageOf([&] { tag.set(value, std::string_view("a\0b", 3)); }),
             "Text of 3 bytes does not fit char[4].");
   EXPECT_EQ(tag.get(value), "d");
   // Without a zero, as another program may have left it.
@@ -270,15 +270,15 @@ TEST(SpectrumField, RefusesWhatIsNoDistribution) {
   const TypeHandle type = TypeHandle::adopt(vrntTypeSpectrum());
   Value value = Value::create(type.get(), true).value();
   const SpectrumField s(type, "");
-  EXPECT_EQ(wordsOf([&] {
+  EXPECT_EQ(messageOf([&] {
               s.set(value, SampledSpectrum{{400}, {}, 700});
             }),
             "Wavelengths and amplitudes are 1 and 0.");
-  EXPECT_EQ(wordsOf([&] {
+  EXPECT_EQ(messageOf([&] {
               s.set(value, SampledSpectrum{{500, 400}, {1, 1}, 700});
             }),
             "Wavelengths must increase: 400 comes behind 500.");
-  EXPECT_EQ(wordsOf([&] {
+  EXPECT_EQ(messageOf([&] {
               s.set(value, SampledSpectrum{{500}, {1}, 500});
             }),
             "Wavelengths must increase: 500 comes behind 500.");
@@ -293,7 +293,7 @@ TEST(SpectrumField, OfASubtypeTakesAsManyNumbersAsItRefersTo) {
   const SpectrumField s(type, "");
   EXPECT_TRUE(s.numbers(value).empty());
   s.set(value, RgbSpectrum{1, 2, 3});
-  EXPECT_EQ(wordsOf([&] { s.set(value, FlatSpectrum{1}); }),
+  EXPECT_EQ(messageOf([&] { s.set(value, FlatSpectrum{1}); }),
             "Incompatible type for accessor -> type float[3]* does not match type float[1].");
   EXPECT_EQ(s.encoding(value), VRNT_ENCODING_RGB);
 }
@@ -310,7 +310,7 @@ TEST(SpectrumField, LeavesTheValueAsItWasIfThereIsNoMemory) {
     try {
       const vornath_test::FailNthAllocation failure(number);
       s.set(value, sampled);
-      if (!failure.struck()) break;
+      if (!failure.triggered()) break;
     } catch (const std::bad_alloc&) {
     } catch (const vrnt::Exception& caught) {
       EXPECT_EQ(caught.code(), vrnt::ErrorCode::MemoryAllocationFailure);

@@ -11,7 +11,7 @@ namespace {
 
 using namespace vrnt::host;
 using vornath_test::refusalOf;
-using vornath_test::wordsOf;
+using vornath_test::messageOf;
 using vrnt::ErrorCode;
 
 }  // namespace
@@ -46,9 +46,9 @@ TEST(Record, RefusesToBeUsedAfterAMove) {
   const Record taken = std::move(record);
   const std::string words = "Incompatible type for value -> no value.";
   // NOLINTBEGIN(bugprone-use-after-move): that is what is tested
-  EXPECT_EQ(wordsOf([&] { record.set("a", 1); }), words);
-  EXPECT_EQ(wordsOf([&] { record.get<std::int32_t>("a"); }), words);
-  EXPECT_EQ(wordsOf([&] { record.text(); }), words);
+  EXPECT_EQ(messageOf([&] { record.set("a", 1); }), words);
+  EXPECT_EQ(messageOf([&] { record.get<std::int32_t>("a"); }), words);
+  EXPECT_EQ(messageOf([&] { record.text(); }), words);
   // NOLINTEND(bugprone-use-after-move)
   EXPECT_EQ(taken.text(), "{ a = 0; }");
 }
@@ -66,14 +66,14 @@ TEST(Record, SetsSpectra) {
 
 TEST(Record, IsUnchangedByARefusal) {
   Record record = Record::ofType("{ float f; enum { A; B; } e; char[4] t; }");
-  EXPECT_EQ(wordsOf([&] { record.set("f", 1); }),
+  EXPECT_EQ(messageOf([&] { record.set("f", 1); }),
             "Incompatible type for accessor -> type float of field f does not match type int.");
-  EXPECT_EQ(wordsOf([&] { record.set("f", "1.0"); }),
+  EXPECT_EQ(messageOf([&] { record.set("f", "1.0"); }),
             "Incompatible type for accessor -> type float of field f does not match an array of "
             "char.");
-  EXPECT_EQ(wordsOf([&] { record.set("e", "C"); }), "Invalid enum constructor: C");
-  EXPECT_EQ(wordsOf([&] { record.set("t", "four"); }), "Text of 4 bytes does not fit char[4].");
-  EXPECT_EQ(wordsOf([&] { record.set("g", 1.0F); }),
+  EXPECT_EQ(messageOf([&] { record.set("e", "C"); }), "Invalid enum constructor: C");
+  EXPECT_EQ(messageOf([&] { record.set("t", "four"); }), "Text of 4 bytes does not fit char[4].");
+  EXPECT_EQ(messageOf([&] { record.set("g", 1.0F); }),
             "Field path g: there is no field g in { float f; enum { A; B; } e; char[4] t; }.");
   EXPECT_EQ(record.text(), "{ f = 0.0; e = A : enum { A; B; }; t = [ 0c, 0c, 0c, 0c ]; }");
 }

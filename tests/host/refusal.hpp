@@ -10,7 +10,7 @@ namespace vornath_test {
 
 // The code that comes with the words, NoError if nothing was thrown.
 struct Refusal {
-  std::string words;
+  std::string message;
   vrnt::ErrorCode code = vrnt::ErrorCode::NoError;
 };
 
@@ -25,8 +25,8 @@ Refusal refusalOf(Call call) {
 }
 
 template <typename Call>
-std::string wordsOf(Call call) {
-  return refusalOf(call).words;
+std::string messageOf(Call call) {
+  return refusalOf(call).message;
 }
 
 }  // namespace vornath_test

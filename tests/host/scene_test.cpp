@@ -17,7 +17,7 @@ namespace {
 
 using namespace vrnt::host;
 using vornath_test::refusalOf;
-using vornath_test::wordsOf;
+using vornath_test::messageOf;
 using vrnt::ErrorCode;
 namespace fs = std::filesystem;
 
@@ -85,11 +85,11 @@ TEST(HostScene, HoldsAssetsWithTheirRecords) {
 
 TEST(HostScene, RefusesAnAssetWithFewerBytesThanItsRecordAsksFor) {
   Scene scene;
-  EXPECT_EQ(wordsOf([&] {
+  EXPECT_EQ(messageOf([&] {
               scene.addAsset(vrdmMeshDesc{1, 3, 0, 0}, copyBytes("abc", 3));
             }),
             "The record of a Mesh asks for 144 bytes, not 3.");
-  EXPECT_EQ(wordsOf([&] {
+  EXPECT_EQ(messageOf([&] {
               scene.addAsset(vrdmMaterialGraphDesc{1, 0, 0}, Storage());
             }),
             "The record of a MaterialGraph asks for 1 bytes, not 0.");
@@ -102,33 +102,33 @@ TEST(HostScene, RefusesWhatDoesNotGoTogether) {
   const Object mesh = addMesh(scene);
   const Object light = scene.create(VRDM_CLASS_LIGHT);
   const Object gone{VRDM_CLASS_CAMERA, 1};
-  EXPECT_EQ(wordsOf([&] { scene.refer(camera, "program", mesh); }),
+  EXPECT_EQ(messageOf([&] { scene.refer(camera, "program", mesh); }),
             "The slot program of Camera does not take Mesh 0.");
-  EXPECT_EQ(wordsOf([&] { scene.refer(camera, "lens", mesh); }),
+  EXPECT_EQ(messageOf([&] { scene.refer(camera, "lens", mesh); }),
             "There is no slot lens in Camera.");
-  EXPECT_EQ(wordsOf([&] { scene.refer(light, "textures", mesh); }),
+  EXPECT_EQ(messageOf([&] { scene.refer(light, "textures", mesh); }),
             "The slot textures of Light is a list.");
-  EXPECT_EQ(wordsOf([&] { scene.list(camera, "program"); }),
+  EXPECT_EQ(messageOf([&] { scene.list(camera, "program"); }),
             "The slot program of Camera is no list.");
-  EXPECT_EQ(wordsOf([&] {
+  EXPECT_EQ(messageOf([&] {
               scene.refer(camera, "backplate", Object{VRDM_CLASS_TEXTURE, 0});
             }),
             "There is no Texture 0.");
-  EXPECT_EQ(wordsOf([&] { scene.group(camera, "Nothing"); }),
+  EXPECT_EQ(messageOf([&] { scene.group(camera, "Nothing"); }),
             "There is no group Nothing in Camera.");
-  EXPECT_EQ(wordsOf([&] { scene.group("Nothing"); }), "There is no group Nothing in SceneData.");
-  EXPECT_EQ(wordsOf([&] { scene.setGroup(camera, "General", Record::ofType("int")); }),
+  EXPECT_EQ(messageOf([&] { scene.group("Nothing"); }), "There is no group Nothing in SceneData.");
+  EXPECT_EQ(messageOf([&] { scene.setGroup(camera, "General", Record::ofType("int")); }),
             "The group General of Camera does not take int.");
-  EXPECT_EQ(wordsOf([&] { scene.group(gone, "General"); }), "There is no Camera 1.");
-  EXPECT_EQ(wordsOf([&] { scene.remove(gone); }), "There is no Camera 1.");
-  EXPECT_EQ(wordsOf([&] { scene.value(light); }), "Light 0 has no value.");
-  EXPECT_EQ(wordsOf([&] { scene.value(mesh); }), "Mesh is no class of objects with values.");
-  EXPECT_EQ(wordsOf([&] { scene.source(camera); }), "Camera is no class of programs.");
-  EXPECT_EQ(wordsOf([&] { scene.bytes(camera); }), "Camera is no class of assets.");
-  EXPECT_EQ(wordsOf([&] { scene.create(VRDM_CLASS_MESH); }), "Mesh is no class of instances.");
-  EXPECT_EQ(wordsOf([&] { scene.create(18); }), "class 18 is no class of instances.");
-  EXPECT_EQ(wordsOf([&] { scene.addProgram(18, ""); }), "class 18 is no class of programs.");
-  EXPECT_EQ(wordsOf([&] { scene.desc<vrdmTextureDesc>(mesh); }),
+  EXPECT_EQ(messageOf([&] { scene.group(gone, "General"); }), "There is no Camera 1.");
+  EXPECT_EQ(messageOf([&] { scene.remove(gone); }), "There is no Camera 1.");
+  EXPECT_EQ(messageOf([&] { scene.value(light); }), "Light 0 has no value.");
+  EXPECT_EQ(messageOf([&] { scene.value(mesh); }), "Mesh is no class of objects with values.");
+  EXPECT_EQ(messageOf([&] { scene.source(camera); }), "Camera is no class of programs.");
+  EXPECT_EQ(messageOf([&] { scene.bytes(camera); }), "Camera is no class of assets.");
+  EXPECT_EQ(messageOf([&] { scene.create(VRDM_CLASS_MESH); }), "Mesh is no class of instances.");
+  EXPECT_EQ(messageOf([&] { scene.create(18); }), "class 18 is no class of instances.");
+  EXPECT_EQ(messageOf([&] { scene.addProgram(18, ""); }), "class 18 is no class of programs.");
+  EXPECT_EQ(messageOf([&] { scene.desc<vrdmTextureDesc>(mesh); }),
             "The record of a Mesh is not that of a Texture.");
 }
 
@@ -144,7 +144,7 @@ TEST(HostScene, CodesTheListsThatAreCoded) {
   EXPECT_TRUE(scene.list(group, "emitters").empty());
   scene.setList(group, "emitters", {light, shape});
   EXPECT_EQ(words(group, "emitters"), (std::vector<std::int32_t>{~0, 0}));
-  EXPECT_EQ(wordsOf([&] { scene.setList(group, "emitters", {group}); }),
+  EXPECT_EQ(messageOf([&] { scene.setList(group, "emitters", {group}); }),
             "The slot emitters of LightGroup does not take LightGroup 0.");
   const Object task = scene.create(VRDM_CLASS_BAKE_TASK);
   scene.setList(task, "shapes", {shape, shape});
@@ -155,7 +155,7 @@ TEST(HostScene, CodesTheListsThatAreCoded) {
   EXPECT_EQ(words(task, "shapes"), (std::vector<std::int32_t>{0}));
   const Object decals = scene.create(VRDM_CLASS_DECAL_LIST);
   const Object decal = scene.create(VRDM_CLASS_DECAL);
-  EXPECT_EQ(wordsOf([&] { scene.setList(decals, "decals", {decal}); }),
+  EXPECT_EQ(messageOf([&] { scene.setList(decals, "decals", {decal}); }),
             "The slot decals of DecalList does not take Decal 0.");
   scene.setWords(decals, "decals", {onFront(decal), onBack(decal)});
   EXPECT_EQ(words(decals, "decals"), (std::vector<std::int32_t>{~0, 0}));
@@ -198,18 +198,18 @@ TEST_F(SceneFiles, ThatCannotBeReadAreToldByPathAndReason) {
     return file + ": there is no scene file that this program can read (" + reason + ").";
   };
   const std::string nowhere = path("nowhere");
-  EXPECT_EQ(refusal(nowhere).words, words(nowhere, "No such file or directory"));
+  EXPECT_EQ(refusal(nowhere).message, words(nowhere, "No such file or directory"));
   EXPECT_EQ(refusal(nowhere).code, ErrorCode::FileNotFound);
-  EXPECT_EQ(refusal(folder_.path().string()).words,
+  EXPECT_EQ(refusal(folder_.path().string()).message,
             words(folder_.path().string(), "Is a directory"));
   EXPECT_EQ(refusal(folder_.path().string()).code, ErrorCode::IoError);
   const std::string text = file("text", "no scene at all");
-  EXPECT_EQ(refusal(text).words, words(text, "it is none"));
+  EXPECT_EQ(refusal(text).message, words(text, "it is none"));
   EXPECT_EQ(refusal(text).code, ErrorCode::InvalidArguments);
   const std::string empty = file("empty", "");
-  EXPECT_EQ(refusal(empty).words, words(empty, "it is too short"));
+  EXPECT_EQ(refusal(empty).message, words(empty, "it is too short"));
   const std::string older = file("older", std::string("VRNSCENE\xac\0\0\0more of it", 22));
-  EXPECT_EQ(refusal(older).words, words(older, "it has version 172"));
+  EXPECT_EQ(refusal(older).message, words(older, "it has version 172"));
   EXPECT_EQ(refusal(older).code, ErrorCode::VersionMismatch);
 }
 
@@ -219,19 +219,19 @@ TEST_F(SceneFiles, ThatCannotBeWrittenAreToldByPath) {
   const auto refusal = [&](const std::string& file) {
     return refusalOf([&] { scene.write(file); });
   };
-  EXPECT_EQ(refusal(path("nowhere/scene")).words,
+  EXPECT_EQ(refusal(path("nowhere/scene")).message,
             path("nowhere/scene") + ": cannot write the file");
   EXPECT_EQ(refusal(path("nowhere/scene")).code, ErrorCode::IoError);
   EXPECT_EQ(refusal(folder_.path().string()).code, ErrorCode::IoError);
   if (fs::exists("/dev/full")) {
-    EXPECT_EQ(refusal("/dev/full").words, "/dev/full: cannot write the file");
+    EXPECT_EQ(refusal("/dev/full").message, "/dev/full: cannot write the file");
   }
 }
 
 TEST_F(SceneFiles, AreNotWrittenWhileAnObjectLacksItsValue) {
   Scene scene;
   scene.create(VRDM_CLASS_MATERIAL);
-  EXPECT_EQ(wordsOf([&] { scene.write(path("a.vrnscene")); }), "Material 0 has no value.");
+  EXPECT_EQ(messageOf([&] { scene.write(path("a.vrnscene")); }), "Material 0 has no value.");
   EXPECT_FALSE(fs::exists(path("a.vrnscene")));
 }
 

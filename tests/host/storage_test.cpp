@@ -132,9 +132,9 @@ TEST_F(MappedFile, OfNoBytesIsAnAssetAllTheSame) {
 
 TEST_F(MappedFile, ThatIsNoneIsToldByPathAndReason) {
   const std::string nowhere = folder_.file("nowhere");
-  EXPECT_EQ(refusalOf([&] { mapFile(nowhere); }).words, nowhere + ": No such file or directory");
+  EXPECT_EQ(refusalOf([&] { mapFile(nowhere); }).message, nowhere + ": No such file or directory");
   EXPECT_EQ(refusalOf([&] { mapFile(nowhere); }).code, ErrorCode::FileNotFound);
-  EXPECT_EQ(refusalOf([&] { mapFile(folder_.path().string()); }).words,
+  EXPECT_EQ(refusalOf([&] { mapFile(folder_.path().string()); }).message,
             folder_.path().string() + ": Is a directory");
   EXPECT_EQ(refusalOf([&] { mapFile(folder_.path().string()); }).code, ErrorCode::IoError);
 }
@@ -142,7 +142,7 @@ TEST_F(MappedFile, ThatIsNoneIsToldByPathAndReason) {
 TEST_F(MappedFile, RefusesAPipeWithoutWaitingForAWriter) {
   const std::string pipe = folder_.file("pipe");
   ASSERT_EQ(mkfifo(pipe.c_str(), 0600), 0);
-  EXPECT_EQ(refusalOf([&] { mapFile(pipe); }).words, pipe + ": Invalid argument");
+  EXPECT_EQ(refusalOf([&] { mapFile(pipe); }).message, pipe + ": Invalid argument");
 }
 
 TEST_F(MappedFile, LeavesNothingOpenOrMappedIfThereIsNoMemory) {

@@ -32,7 +32,7 @@ bool parserIsFree() {
 
 // The code and the words of what a call raises; NoError if it raises nothing.
 template <typename Call>
-std::pair<vrnt::ErrorCode, std::string> raised(Call call) {
+std::pair<vrnt::ErrorCode, std::string> thrownBy(Call call) {
   try {
     call();
   } catch (const vrnt::Exception& failure) {
@@ -92,7 +92,7 @@ TEST(ParseTypeText, LetsABrokenRuleThroughAndFreesTheParser) {
   ParseContext context;
   TypePtr type;
   const auto failure =
-      raised([&] { qex::vornath::parseTypeText(context, "{ int x; int x; }", type); });
+      thrownBy([&] { qex::vornath::parseTypeText(context, "{ int x; int x; }", type); });
   EXPECT_EQ(failure.first, vrnt::ErrorCode::InvalidArguments);
   EXPECT_EQ(failure.second, "Duplicate struct field: x.");
   EXPECT_EQ(type, nullptr);
@@ -141,12 +141,12 @@ TEST(Parsing, StartsAfreshAfterAFailureOfTheOtherKind) {
 
 TEST(Parsing, RaisesParseFailedForATextThatIsNotOfTheLanguage) {
   for (const char* text : {"", "float[", "float ?", "float[300c]", "float x"}) {
-    EXPECT_EQ(raised([&] { Type::get_factory(true)->parseType(text); }).first,
+    EXPECT_EQ(thrownBy([&] { Type::get_factory(true)->parseType(text); }).first,
               vrnt::ErrorCode::ParseFailed)
         << text;
   }
   for (const char* text : {"", "[ ]", "1 ?", "300c", "1 2"}) {
-    EXPECT_EQ(raised([&] { qex::vornath::parseValue(text); }).first, vrnt::ErrorCode::ParseFailed)
+    EXPECT_EQ(thrownBy([&] { qex::vornath::parseValue(text); }).first, vrnt::ErrorCode::ParseFailed)
         << text;
   }
 }
@@ -154,13 +154,13 @@ TEST(Parsing, RaisesParseFailedForATextThatIsNotOfTheLanguage) {
 TEST(Parsing, RaisesInvalidArgumentsForABrokenRule) {
   for (const char* text : {"{ int x; int x; }", "enum { A; A; }", "{ int[] x; }", "int[][]",
                            "int[-1]", "int @a=X : enum { A; }", "int @a=[ 1, 1.0 ]"}) {
-    EXPECT_EQ(raised([&] { Type::get_factory(true)->parseType(text); }).first,
+    EXPECT_EQ(thrownBy([&] { Type::get_factory(true)->parseType(text); }).first,
               vrnt::ErrorCode::InvalidArguments)
         << text;
   }
   for (const char* text : {"{ x = 1; x = 1; }", "X : enum { A; }", "[ 1 | 2 ]", "[ 1 : float ]",
                            "[ : int[] ]", "[ : int | -1 ]"}) {
-    EXPECT_EQ(raised([&] { qex::vornath::parseValue(text); }).first,
+    EXPECT_EQ(thrownBy([&] { qex::vornath::parseValue(text); }).first,
               vrnt::ErrorCode::InvalidArguments)
         << text;
   }

@@ -698,7 +698,7 @@ TEST(SceneImport, GoesAsDeepAsTheValueOnASmallStack) {
            ValueHandle(value.release()));
   const SceneHandle target = newScene();
   add(target, VRDM_CLASS_TEXTURE, 7);
-  onStack(kLittleStack, [&] { target->import(*source); });
+  runOnStack(kSmallStack, [&] { target->import(*source); });
   EXPECT_EQ(readAt<std::int32_t>(valueOf(target, VRDM_CLASS_CAMERA, 0)), 7);
   EXPECT_EQ(readAt<std::int32_t>(valueOf(source, VRDM_CLASS_CAMERA, 0)), 0);
 }

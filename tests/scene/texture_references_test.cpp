@@ -109,7 +109,7 @@ TEST(ExtractTextureReferences, GoesAsDeepAsTheValueOnASmallStack) {
        {std::pair{"{ int texture_ref; }", Numbers{0}}, std::pair{"{ int texture; }", Numbers{}}}) {
     const Value value = zerosWithin(kDeep, innermost);
     Numbers found = {-1};
-    onStack(kLittleStack, [&] { found = texturesIn(value); });
+    runOnStack(kSmallStack, [&] { found = texturesIn(value); });
     EXPECT_EQ(found, expected) << innermost;
   }
 }

@@ -180,6 +180,6 @@ FailNthAllocation::FailNthAllocation(std::uint64_t number) : number_(count + num
 }
 FailNthAllocation::~FailNthAllocation() { failingNumber = kNone; }
 
-bool FailNthAllocation::struck() const { return count > number_; }
+bool FailNthAllocation::triggered() const { return count > number_; }
 
 }  // namespace vornath_test

@@ -50,7 +50,7 @@ class FailNthAllocation {
   ~FailNthAllocation();
 
   // Whether it came to that allocation.
-  bool struck() const;
+  bool triggered() const;
 
  private:
   std::uint64_t number_;

@@ -23,7 +23,7 @@ using StorageHandle = vrnt::UniqueAsset;
 
 // The block behind a reference word, `offset` bytes behind the start of a value, as a host finds it
 // that reads the value's bytes.
-inline vrntValue_t* behind(const vrntValue_t* value, std::size_t offset = 0) {
+inline vrntValue_t* referencedBlock(const vrntValue_t* value, std::size_t offset = 0) {
   std::uint64_t word = 0;
   std::memcpy(&word, static_cast<const char*>(vrntValueData(value)) + offset, sizeof word);
   EXPECT_TRUE(word != 0 && (word & 1) == 0) << word;

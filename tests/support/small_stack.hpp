@@ -13,10 +13,10 @@ namespace vornath_test {
 inline constexpr std::size_t kMainStack = 8 * 1024 * 1024;
 inline constexpr std::size_t kWorkerStack = 512 * 1024;  // of a host's worker thread
 // Far less than one call a level takes in some thousand levels.
-inline constexpr std::size_t kLittleStack = 160 * 1024;
+inline constexpr std::size_t kSmallStack = 160 * 1024;
 
 // Runs the work on a thread with so many bytes of stack, to its end.
-inline void onStack(std::size_t bytes, const std::function<void()>& work) {
+inline void runOnStack(std::size_t bytes, const std::function<void()>& work) {
   pthread_attr_t attributes;
   ASSERT_EQ(pthread_attr_init(&attributes), 0);
   ASSERT_EQ(pthread_attr_setstacksize(&attributes, bytes), 0);

@@ -6,8 +6,8 @@
 #include <cstdint>
 #include <vector>
 
+#include "concurrency.hpp"
 #include "support/flat_handles.hpp"
-#include "together.hpp"
 #include "vornath_data/vrdm.h"
 
 namespace {
@@ -15,7 +15,7 @@ namespace {
 using vornath_test::check;
 using vornath_test::kThreads;
 using vornath_test::SceneHandle;
-using vornath_test::together;
+using vornath_test::runConcurrently;
 using vornath_test::TypeHandle;
 using vornath_test::ValueHandle;
 
@@ -46,7 +46,7 @@ class GroupsOnThreads : public vornath_test::ThreadsTest {};
 
 TEST_F(GroupsOnThreads, HaveTheirTypesFromTheirFirstUse) {
   std::array<std::vector<TypeHandle>, kThreads> types;
-  together([&](int i) {
+  runConcurrently([&](int i) {
     const SceneHandle scene(vrdmCreateScene());
     types[static_cast<std::size_t>(i)] = useAllGroups(scene.get());
   });

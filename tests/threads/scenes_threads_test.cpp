@@ -10,8 +10,8 @@
 #include <sstream>
 #include <string>
 
+#include "concurrency.hpp"
 #include "support/flat_handles.hpp"
-#include "together.hpp"
 #include "vornath_data/scene.hpp"
 #include "vornath_data/unique_id.hpp"
 #include "vornath_data/vrdm.h"
@@ -23,7 +23,7 @@ using vornath_test::kRounds;
 using vornath_test::parseValue;
 using vornath_test::SceneHandle;
 using vornath_test::ThreadsTest;
-using vornath_test::together;
+using vornath_test::runConcurrently;
 using vornath_test::ValueHandle;
 
 class ScenesOnThreads : public ThreadsTest {};
@@ -40,7 +40,7 @@ TEST_F(ScenesOnThreads, ShareTheBytesOfAnAsset) {
   const std::array<char, 64> bytes{"shared"};
   AssetStorage* const storage = vrdmAssetStorageCopy(bytes.data(), bytes.size());
   const MaterialGraph descriptor{64, 0, 0};
-  together([&](int) {
+  runConcurrently([&](int) {
     for (int round = 0; round < kRounds; ++round) {
       const SceneHandle scene(vrdmCreateScene());
       const auto slot = static_cast<std::int32_t>(
@@ -57,7 +57,7 @@ TEST_F(ScenesOnThreads, ShareTheBytesOfAnAsset) {
 
 TEST_F(ScenesOnThreads, ShareAValueAndWriteTheirCopies) {
   const ValueHandle value = parseValue("{ gloss = 0.5; names = &[ 1, 2, 3 ]; }");
-  together([&](int thread) {
+  runConcurrently([&](int thread) {
     for (int round = 0; round < kRounds; ++round) {
       const SceneHandle scene(vrdmCreateScene());
       const auto slot =
@@ -92,7 +92,7 @@ TEST_F(ScenesOnThreads, AreWrittenReadImportedComparedAndPrintedSideBySide) {
   vrnt::data::Scene::serialize(*reinterpret_cast<const vrnt::data::Scene*>(shared.get()), written);
   const std::string file = written.str();
 
-  together([&](int) {
+  runConcurrently([&](int) {
     for (int round = 0; round < kRounds / 10; ++round) {
       std::istringstream in(file);
       vrnt::Result<vrnt::data::Scene> read = vrnt::data::Scene::deserialize(in, vrnt::UniqueId());
@@ -120,7 +120,7 @@ TEST_F(ScenesOnThreads, AreReadSideBySide) {
     vrdmCreateInstance(handle, VRDM_CLASS_BAKE_TASK);
     vrdmSetReferenceCount(handle, VRDM_CLASS_BAKE_TASK, 0, 0, 3);
     vrdmModifyReferenceList(handle, VRDM_CLASS_BAKE_TASK, 0, 0)[1] = 5;
-    together([&](int) {
+    runConcurrently([&](int) {
       for (std::int32_t i = 0; i < 10; ++i) {
         const ValueHandle group(vrdmGetDataValue(handle, VRDM_CLASS_SHAPE, i, 1));
         check(group != nullptr && vrdmGetReference(handle, VRDM_CLASS_SHAPE, i, 1) == i);
@@ -140,7 +140,7 @@ TEST_F(ScenesOnThreads, AreReadSideBySide) {
 TEST_F(IdsOnThreads, AreAllDifferent) {
   std::mutex mutex;
   std::set<std::string> ids;
-  together([&](int) {
+  runConcurrently([&](int) {
     std::set<std::string> mine;
     for (int round = 0; round < kRounds; ++round) {
       std::ostringstream text;
@@ -156,7 +156,7 @@ TEST_F(IdsOnThreads, AreAllDifferent) {
 TEST_F(IdsOnThreads, AreTheSameForTheSameBytes) {
   const std::string bytes = "camera pinhole()";
   const vrnt::UniqueId expected = vrnt::UniqueId::hash(bytes.data(), bytes.size());
-  together([&](int) {
+  runConcurrently([&](int) {
     for (int round = 0; round < kRounds; ++round) {
       check(vrnt::UniqueId::hash(bytes.data(), bytes.size()) == expected);
     }
@@ -168,7 +168,7 @@ TEST_F(ColoursOnThreads, AreReadFromOneSpectrum) {
       "{ encoding = SPECTRAL : enum { LUMINANCE; RGB; SPECTRAL; }; spectrum = &[ 0., 0., 400., 1., "
       "550., 2., 700., 0. ]; }");
   const vrntValueView_t view{vrntValueType(value.get()), 0};
-  together([&](int) {
+  runConcurrently([&](int) {
     for (int round = 0; round < kRounds; ++round) {
       float rgb[3]{};
       check(vrntValueToRGB(value.get(), &view, 1, rgb) == 0 && std::isfinite(rgb[0]));

@@ -11,8 +11,8 @@
 #include <thread>
 #include <vector>
 
+#include "concurrency.hpp"
 #include "support/flat_handles.hpp"
-#include "together.hpp"
 #include "vornath_data/type_library.hpp"
 
 namespace {
@@ -24,7 +24,7 @@ using vornath_test::kThreads;
 using vornath_test::parseType;
 using vornath_test::parseValue;
 using vornath_test::readAt;
-using vornath_test::together;
+using vornath_test::runConcurrently;
 using vornath_test::TypeHandle;
 using vornath_test::ValueHandle;
 
@@ -48,7 +48,7 @@ TEST_F(TypesOnThreads, ShareThePreparedArraysFromTheirFirstUse) {
   std::array<vrntType_t*, kThreads> ones{};
   std::array<vrntType_t*, kThreads> threes{};
   std::array<vrntType_t*, kThreads> many{};
-  together([&](int i) {
+  runConcurrently([&](int i) {
     const auto at = static_cast<std::size_t>(i);
     ones[at] = vrtnTypeFloatArray(1);
     threes[at] = vrtnTypeFloatArray(3);
@@ -72,7 +72,7 @@ TEST_F(TypesOnThreads, ShareThePreparedArraysFromTheirFirstUse) {
 TEST_F(TypesOnThreads, ComeFromOneTextThatNobodyHolds) {
   // The last release on one thread meets the look-up of the same text on another.
   const std::string text = "{ int race_a; { float @race x; }[3]* race_b; } @name=\"Race\"";
-  together([&](int) {
+  runConcurrently([&](int) {
     for (int round = 0; round < kRounds; ++round) check(prints(quietParse(text), text));
   });
 }
@@ -80,7 +80,7 @@ TEST_F(TypesOnThreads, ComeFromOneTextThatNobodyHolds) {
 TEST_F(TypesOnThreads, ComeFromOneTextThatSomebodyHolds) {
   const std::string text = "{ int held; float @name=\"Held\" x; }";
   const TypeHandle held = parseType(text);
-  together([&](int i) {
+  runConcurrently([&](int i) {
     for (int round = 0; round < kRounds; ++round) {
       const TypeHandle type = quietParse(i % 2 ? text : "{ int held; float  @name=\"Held\" x; }");
       check(type.get() == held.get());
@@ -110,7 +110,7 @@ TEST_F(TypesOnThreads, ComeFromTheTableWhileTheParserIsTaken) {
 }
 
 TEST_F(TypesOnThreads, ComeFromDifferentTextsWithPartsInCommon) {
-  together([&](int i) {
+  runConcurrently([&](int i) {
     for (int round = 0; round < kRounds; ++round) {
       const std::string own = std::to_string(i) + "_" + std::to_string(round % 7);
       const std::string text = "{ { int common; float @min=0.0 part; } a; float[" +
@@ -127,7 +127,7 @@ TEST_F(TypesOnThreads, ComeFromDifferentTextsWithPartsInCommon) {
 
 TEST_F(TypesOnThreads, PrintAlikeAndEndApart) {
   // Values in metadata: every parse of a text that isn't in the table makes a type of its own.
-  together([&](int) {
+  runConcurrently([&](int) {
     for (int round = 0; round < kRounds; ++round) {
       const TypeHandle spaced = quietParse("float  @max=8.0 @twin");
       const TypeHandle canonical = quietParse("float @max=8.0 @twin");
@@ -139,7 +139,7 @@ TEST_F(TypesOnThreads, PrintAlikeAndEndApart) {
 
 TEST_F(TypesOnThreads, AreCopiedAndDestroyed) {
   TypeHandle type = parseType("{ int copied_on_threads; }[2]");
-  together([&](int) {
+  runConcurrently([&](int) {
     for (int round = 0; round < kRounds * 10; ++round) {
       vrntType_t* const copy = vrntTypeCopy(type.get());
       check(vrntTypeSize(copy) == 8);
@@ -167,7 +167,7 @@ TEST_F(TypesOnThreads, EndOnWhicheverThreadIsLast) {
 }
 
 TEST_F(TypesOnThreads, FailToParseWithoutDisturbingEachOther) {
-  together([&](int i) {
+  runConcurrently([&](int i) {
     const std::string label = "x" + std::to_string(i);
     const std::string twice = "{ int " + label + "; int " + label + "; }";
     const std::string open = "float @a=\"" + label;
@@ -190,7 +190,7 @@ TEST_F(TypesOnThreads, FailToParseWithoutDisturbingEachOther) {
 
 TEST_F(TypesOnThreads, GiveAwayTheirAnnotations) {
   const TypeHandle type = parseType("float @default=2.5 @name=\"Shared\"");
-  together([&](int) {
+  runConcurrently([&](int) {
     for (int round = 0; round < kRounds; ++round) {
       const ValueHandle value(vrntMetadataValue(type.get(), "default"));
       check(readAt<float>(value) == 2.5f);
@@ -201,7 +201,7 @@ TEST_F(TypesOnThreads, GiveAwayTheirAnnotations) {
 }
 
 TEST_F(TypesOnThreads, RelateWhileOthersComeAndGo) {
-  together([&](int i) {
+  runConcurrently([&](int i) {
     for (int round = 0; round < kRounds; ++round) {
       const TypeHandle a = quietParse("{ float[" + std::to_string(round % 5) + "]* relation; }");
       const TypeHandle b = quietParse("{ float @t" + std::to_string(i) + "[]* relation; }");
@@ -213,7 +213,7 @@ TEST_F(TypesOnThreads, RelateWhileOthersComeAndGo) {
 
 TEST_F(TypesOnThreads, ShareOneValuesBlock) {
   const ValueHandle value = parseValue("{ a = [ 1, 2, 3 ]; b = &2.5; }");
-  together([&](int) {
+  runConcurrently([&](int) {
     for (int round = 0; round < kRounds * 10; ++round) {
       const ValueHandle copy(vrntValueCopy(value.get()));
       check(readAt<std::int32_t>(copy, 4) == 2);
@@ -242,7 +242,7 @@ TEST_F(TypesOnThreads, EndOneValuesBlockOnWhicheverThreadIsLast) {
 
 TEST_F(TypesOnThreads, KeepAWriterApartFromTheReadersOfACopy) {
   const ValueHandle value = parseValue("[ 1, 2, 3, 4 ]");
-  together([&](int i) {
+  runConcurrently([&](int i) {
     vrntValue_t* own = nullptr;
     for (int round = 0; round < kRounds; ++round) {
       own = vrntValueCopy(value.get());
@@ -258,7 +258,7 @@ TEST_F(TypesOnThreads, KeepAWriterApartFromTheReadersOfACopy) {
 }
 
 TEST_F(TypesOnThreads, ParseValuesAndTypesSideBySide) {
-  together([&](int i) {
+  runConcurrently([&](int i) {
     for (int round = 0; round < kRounds; ++round) {
       vrntValuesError_t* error = nullptr;
       const std::string text = "{ a = " + std::to_string(i) + "; b = [ B : enum { A; B; } ]; }";

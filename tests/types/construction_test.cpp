@@ -13,32 +13,32 @@ TypePtr openArray() { return makeArray(floatType(), std::nullopt); }
 }  // namespace
 
 TEST(ArrayConstruction, RefusesAnElementThatIsNotConcrete) {
-  expectRaises([] { Array<int>(openArray(), 3); }, "concrete type required");
-  expectRaises([] { Array<int>(openArray(), std::nullopt); }, "concrete type required");
-  expectRaises([] { Array<index2>(openArray(), index2{1, 2}); }, "concrete type required");
-  expectRaises([] { Array<index3>(openArray(), std::nullopt); }, "concrete type required");
-  expectRaises([] { Array<index4>(openArray(), index4{1, 2, 3, 4}); }, "concrete type required");
+  expectThrows([] { Array<int>(openArray(), 3); }, "concrete type required");
+  expectThrows([] { Array<int>(openArray(), std::nullopt); }, "concrete type required");
+  expectThrows([] { Array<index2>(openArray(), index2{1, 2}); }, "concrete type required");
+  expectThrows([] { Array<index3>(openArray(), std::nullopt); }, "concrete type required");
+  expectThrows([] { Array<index4>(openArray(), index4{1, 2, 3, 4}); }, "concrete type required");
 }
 
 TEST(ArrayConstruction, RefusesANegativeExtentInAnyDimension) {
   const std::string words = "negative array length";
-  expectRaises([] { Array<int>(floatType(), -1); }, words);
-  expectRaises([] { Array<int>(floatType(), INT32_MIN); }, words);
-  expectRaises([] { Array<index2>(floatType(), index2{-1, 2}); }, words);
-  expectRaises([] { Array<index2>(floatType(), index2{1, -2}); }, words);
-  expectRaises([] { Array<index3>(floatType(), index3{-1, 2, 3}); }, words);
-  expectRaises([] { Array<index3>(floatType(), index3{1, -2, 3}); }, words);
-  expectRaises([] { Array<index3>(floatType(), index3{1, 2, -3}); }, words);
-  expectRaises([] { Array<index4>(floatType(), index4{-1, 2, 3, 4}); }, words);
-  expectRaises([] { Array<index4>(floatType(), index4{1, -2, 3, 4}); }, words);
-  expectRaises([] { Array<index4>(floatType(), index4{1, 2, -3, 4}); }, words);
-  expectRaises([] { Array<index4>(floatType(), index4{1, 2, 3, -4}); }, words);
-  expectRaises([] { Array<index2>(floatType(), index2{0, -1}); }, words);
+  expectThrows([] { Array<int>(floatType(), -1); }, words);
+  expectThrows([] { Array<int>(floatType(), INT32_MIN); }, words);
+  expectThrows([] { Array<index2>(floatType(), index2{-1, 2}); }, words);
+  expectThrows([] { Array<index2>(floatType(), index2{1, -2}); }, words);
+  expectThrows([] { Array<index3>(floatType(), index3{-1, 2, 3}); }, words);
+  expectThrows([] { Array<index3>(floatType(), index3{1, -2, 3}); }, words);
+  expectThrows([] { Array<index3>(floatType(), index3{1, 2, -3}); }, words);
+  expectThrows([] { Array<index4>(floatType(), index4{-1, 2, 3, 4}); }, words);
+  expectThrows([] { Array<index4>(floatType(), index4{1, -2, 3, 4}); }, words);
+  expectThrows([] { Array<index4>(floatType(), index4{1, 2, -3, 4}); }, words);
+  expectThrows([] { Array<index4>(floatType(), index4{1, 2, 3, -4}); }, words);
+  expectThrows([] { Array<index2>(floatType(), index2{0, -1}); }, words);
 }
 
 TEST(ArrayConstruction, ChecksTheElementBeforeTheExtents) {
-  expectRaises([] { Array<int>(openArray(), -1); }, "concrete type required");
-  expectRaises([] { Array<index2>(openArray(), index2{-1, -1}); }, "concrete type required");
+  expectThrows([] { Array<int>(openArray(), -1); }, "concrete type required");
+  expectThrows([] { Array<index2>(openArray(), index2{-1, -1}); }, "concrete type required");
 }
 
 TEST(ArrayConstruction, AllowsAnExtentOfZero) {
@@ -49,14 +49,14 @@ TEST(ArrayConstruction, AllowsAnExtentOfZero) {
 }
 
 TEST(FieldConstruction, RefusesATypeThatIsNotConcrete) {
-  expectRaises([] { Field(openArray(), "x"); }, "Not a concrete type: float[].");
+  expectThrows([] { Field(openArray(), "x"); }, "Not a concrete type: float[].");
   const TypePtr annotated = makeArray(floatType(), std::nullopt, {{"k", text("v")}});
-  expectRaises([&] { Field(annotated, "x"); }, "Not a concrete type: float[] @k=\"v\".");
+  expectThrows([&] { Field(annotated, "x"); }, "Not a concrete type: float[] @k=\"v\".");
 }
 
 TEST(FieldConstruction, PutsTheTypesTextIntoTheWordsAsItStands) {
   const TypePtr braces = makeArray(makeStruct(Fields{{floatType(), "a"}}), std::nullopt);
-  expectRaises([&] { Field(braces, "x"); }, "Not a concrete type: { float a; }[].");
+  expectThrows([&] { Field(braces, "x"); }, "Not a concrete type: { float a; }[].");
 }
 
 TEST(FieldConstruction, AcceptsAReferenceToATypeThatIsNotConcrete) {
@@ -68,8 +68,8 @@ TEST(FieldConstruction, AcceptsAReferenceToATypeThatIsNotConcrete) {
 
 TEST(StructConstruction, RefusesALabelThatOccursTwice) {
   const TypePtr f = floatType();
-  expectRaises([&] { Struct(Fields{{f, "x"}, {f, "x"}}); }, "Duplicate struct field: x.");
-  expectRaises(
+  expectThrows([&] { Struct(Fields{{f, "x"}, {f, "x"}}); }, "Duplicate struct field: x.");
+  expectThrows(
       [&] {
         Struct(Fields{{f, "a"}, {f, "b"}, {make(Base::Int), "b"}});
       },
@@ -78,7 +78,7 @@ TEST(StructConstruction, RefusesALabelThatOccursTwice) {
 
 TEST(StructConstruction, NamesTheFirstLabelWithATwinLaterInTheList) {
   const TypePtr f = floatType();
-  expectRaises(
+  expectThrows(
       [&] {
         Struct(Fields{{f, "c"}, {f, "a"}, {f, "b"}, {f, "b"}, {f, "a"}});
       },
@@ -107,21 +107,21 @@ TEST(StructLookup, FindsAFieldByItsExactLabel) {
   EXPECT_FALSE(description.hasField(""));
   EXPECT_EQ(description.fieldIndex("a"), 0u);
   EXPECT_EQ(description.fieldIndex("ab"), 1u);
-  expectRaises([&] { description.fieldIndex("b"); }, "Field not found in struct: b.");
-  expectRaises([&] { Struct().fieldIndex("a"); }, "Field not found in struct: a.");
+  expectThrows([&] { description.fieldIndex("b"); }, "Field not found in struct: b.");
+  expectThrows([&] { Struct().fieldIndex("a"); }, "Field not found in struct: a.");
 }
 
 TEST(EnumConstruction, RequiresAConstructor) {
-  expectRaises([] { Enum(Constructors{}); }, "Enum requires at least one constructor.");
+  expectThrows([] { Enum(Constructors{}); }, "Enum requires at least one constructor.");
 }
 
 TEST(EnumConstruction, RefusesANameThatOccursTwice) {
-  expectRaises(
+  expectThrows(
       [] {
         Enum(Constructors{{"A", {}, {}}, {"A", {}, {}}});
       },
       "Duplicate enum constructor: A.");
-  expectRaises(
+  expectThrows(
       [] {
         Enum(Constructors{{"A", {}, {}}, {"B", {{"k", flag()}}, {}}, {"B", {}, {}}});
       },
@@ -129,7 +129,7 @@ TEST(EnumConstruction, RefusesANameThatOccursTwice) {
 }
 
 TEST(EnumConstruction, NamesTheFirstNameWithATwinLaterInTheList) {
-  expectRaises(
+  expectThrows(
       [] {
         Enum(Constructors{
             {"C", {}, {}}, {"A", {}, {}}, {"B", {}, {}}, {"B", {}, {}}, {"A", {}, {}}});
@@ -141,18 +141,18 @@ TEST(EnumLookup, TurnsNamesIntoCodesAndBack) {
   const Enum description({{"A", {}, {}}, {"B", {}, {}}, {"AB", {}, {}}});
   EXPECT_EQ(description.constructorIndex("A"), 0);
   EXPECT_EQ(description.constructorIndex("AB"), 2);
-  expectRaises([&] { description.constructorIndex("C"); }, "Invalid enum constructor: C");
-  expectRaises([&] { description.constructorIndex("a"); }, "Invalid enum constructor: a");
+  expectThrows([&] { description.constructorIndex("C"); }, "Invalid enum constructor: C");
+  expectThrows([&] { description.constructorIndex("a"); }, "Invalid enum constructor: a");
   EXPECT_EQ(description.constructorName(1), "B");
-  expectRaises([&] { description.constructorName(3); }, "Enum code out of range: 3");
-  expectRaises([&] { description.constructorName(-1); }, "Enum code out of range: -1");
+  expectThrows([&] { description.constructorName(3); }, "Enum code out of range: 3");
+  expectThrows([&] { description.constructorName(-1); }, "Enum code out of range: -1");
 }
 
 TEST(BaseTypeConstruction, RefusesACodeOutsideTheEnumeration) {
   const std::size_t before = factory().liveTypes();
   for (const int code : {20, 21, -1, 1000}) {
-    const Raised failure = raised([&] { make(static_cast<Base>(code)); });
-    EXPECT_EQ(failure.words, "Illegal base type.") << code;
+    const Thrown failure = thrownBy([&] { make(static_cast<Base>(code)); });
+    EXPECT_EQ(failure.message, "Illegal base type.") << code;
   }
   EXPECT_EQ(factory().liveTypes(), before);
 }

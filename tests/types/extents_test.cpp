@@ -101,8 +101,8 @@ TEST(MakeArrayDesc, GivesTheTypeOfTheRank) {
 }
 
 TEST(MakeArrayDesc, RefusesWhatTheTypeRefuses) {
-  expectRaises([] { makeArrayDesc(parsed("float"), {3, -1}); }, "negative array length");
-  expectRaises([] { makeArrayDesc(parsed("float[]"), {3, -1}); }, "concrete type required");
+  expectThrows([] { makeArrayDesc(parsed("float"), {3, -1}); }, "negative array length");
+  expectThrows([] { makeArrayDesc(parsed("float[]"), {3, -1}); }, "concrete type required");
 }
 
 }  // namespace

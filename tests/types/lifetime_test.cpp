@@ -59,9 +59,9 @@ TEST(TypeLifetime, LeavesNothingBehindOfATextThatFails) {
         "enum { A(float @a x); A; }", "float[3]*[][]", "float @a=1.0 @b=X : enum { A @k; }",
         "((int @a) => float[-1])", "{ float @a=&[ 1, 2 ] x; } !", "int @a=[ &1, 2 ]",
         "int @a={ x = &1.0; x = 1; }", "int @a=[ &1, &2 | 2, 2, 256c ]", "float @a \"open"}) {
-    raised([&] { parsed(typeText); });
+    thrownBy([&] { parsed(typeText); });
     const std::size_t before = live();
-    const Raised failure = raised([&] { parsed(typeText); });
+    const Thrown failure = thrownBy([&] { parsed(typeText); });
     EXPECT_NE(failure.code, vrnt::ErrorCode::NoError) << typeText;
     EXPECT_EQ(live(), before) << typeText;
   }
@@ -157,14 +157,14 @@ TEST(ParseType, AnswersACanonicalTextFromTheTable) {
 }
 
 TEST(ParseType, ReportsASyntaxErrorWithItsOwnCode) {
-  const Raised failure = raised([] { parsed("float["); });
+  const Thrown failure = thrownBy([] { parsed("float["); });
   EXPECT_EQ(failure.code, vrnt::ErrorCode::ParseFailed);
   EXPECT_EQ(
-      failure.words,
+      failure.message,
       "Unable to parse type: float[.\nsyntax error, unexpected END, expecting ] or \",\" or INT");
 }
 
 TEST(ParseType, LetsABrokenRuleThroughWithItsOwnCode) {
-  expectRaises([] { parsed("{ float x; float x; }"); }, "Duplicate struct field: x.");
-  expectRaises([] { parsed("float[][]"); }, "concrete type required");
+  expectThrows([] { parsed("{ float x; float x; }"); }, "Duplicate struct field: x.");
+  expectThrows([] { parsed("float[][]"); }, "concrete type required");
 }

@@ -11,10 +11,10 @@ namespace {
 
 using namespace vornath_test;  // the test file's own vocabulary
 using qex::vornath::arrayElements;
-using qex::vornath::elementPlace;
-using qex::vornath::fieldPlace;
+using qex::vornath::elementPart;
+using qex::vornath::fieldPart;
+using qex::vornath::Part;
 using qex::vornath::Parts;
-using qex::vornath::Place;
 
 // Each part as its type's text and its offset.
 std::string listed(const char* typeText) {
@@ -57,23 +57,23 @@ TEST(Parts, AreNoneWhereNoneLieInTheValue) {
 
 TEST(FieldPlace, RefusesWhatIsNoFieldOfAStruct) {
   const TypePtr type = parsed("{ char a; int b; }");
-  EXPECT_EQ(fieldPlace(*type, 1).offset, 4u);
-  EXPECT_EQ(fieldPlace(*type, "b").type, parsed("int").get());
-  expectRaises([&] { fieldPlace(*type, 2); }, "Struct field index 2 out of range.");
-  expectRaises([&] { fieldPlace(*type, "c"); }, "Field not found in struct: c.");
-  EXPECT_THROW(fieldPlace(*parsed("int[3]"), 0), std::bad_variant_access);
-  EXPECT_THROW(fieldPlace(*parsed("int"), "a"), std::bad_variant_access);
+  EXPECT_EQ(fieldPart(*type, 1).offset, 4u);
+  EXPECT_EQ(fieldPart(*type, "b").type, parsed("int").get());
+  expectThrows([&] { fieldPart(*type, 2); }, "Struct field index 2 out of range.");
+  expectThrows([&] { fieldPart(*type, "c"); }, "Field not found in struct: c.");
+  EXPECT_THROW(fieldPart(*parsed("int[3]"), 0), std::bad_variant_access);
+  EXPECT_THROW(fieldPart(*parsed("int"), "a"), std::bad_variant_access);
 }
 
 TEST(ElementPlace, TakesOneIndexForEachDimension) {
-  EXPECT_EQ(elementPlace(*parsed("float[7]"), 3).offset, 12u);
-  EXPECT_EQ(elementPlace(*parsed("float[]"), 3).offset, 12u);
-  EXPECT_EQ(elementPlace(*parsed("float[3,5]"), index2{2, 4}).offset, 56u);
-  EXPECT_EQ(elementPlace(*parsed("char[3,5,2,4]"), index4{2, 3, 1, 3}).offset, 116u);
-  EXPECT_THROW(elementPlace(*parsed("float[3,5]"), 3), std::bad_variant_access);
-  EXPECT_THROW(elementPlace(*parsed("float[3]"), index2{1, 1}), std::bad_variant_access);
-  EXPECT_THROW(elementPlace(*parsed("{ float a; }"), 0), std::bad_variant_access);
-  EXPECT_THROW(elementPlace(*parsed("float[,]"), index2{1, 1}), std::bad_optional_access);
+  EXPECT_EQ(elementPart(*parsed("float[7]"), 3).offset, 12u);
+  EXPECT_EQ(elementPart(*parsed("float[]"), 3).offset, 12u);
+  EXPECT_EQ(elementPart(*parsed("float[3,5]"), index2{2, 4}).offset, 56u);
+  EXPECT_EQ(elementPart(*parsed("char[3,5,2,4]"), index4{2, 3, 1, 3}).offset, 116u);
+  EXPECT_THROW(elementPart(*parsed("float[3,5]"), 3), std::bad_variant_access);
+  EXPECT_THROW(elementPart(*parsed("float[3]"), index2{1, 1}), std::bad_variant_access);
+  EXPECT_THROW(elementPart(*parsed("{ float a; }"), 0), std::bad_variant_access);
+  EXPECT_THROW(elementPart(*parsed("float[,]"), index2{1, 1}), std::bad_optional_access);
 }
 
 TEST(ArrayElements, AreCountedOverAllDimensions) {

@@ -66,12 +66,12 @@ inline MetadataEntry flag() { return std::monostate{}; }
 inline MetadataEntry text(std::string words) { return words; }
 
 // The code and the words of the exception that a call raises; NoError if it raises none.
-struct Raised {
+struct Thrown {
   vrnt::ErrorCode code = vrnt::ErrorCode::NoError;
-  std::string words;
+  std::string message;
 };
 template <typename Call>
-Raised raised(Call call) {
+Thrown thrownBy(Call call) {
   try {
     call();
   } catch (const vrnt::Exception& failure) {
@@ -81,10 +81,10 @@ Raised raised(Call call) {
 }
 
 template <typename Call>
-void expectRaises(Call call, const std::string& words) {
-  const Raised failure = raised(call);
-  EXPECT_EQ(failure.code, vrnt::ErrorCode::InvalidArguments) << words;
-  EXPECT_EQ(failure.words, words);
+void expectThrows(Call call, const std::string& message) {
+  const Thrown failure = thrownBy(call);
+  EXPECT_EQ(failure.code, vrnt::ErrorCode::InvalidArguments) << message;
+  EXPECT_EQ(failure.message, message);
 }
 
 }  // namespace vornath_test

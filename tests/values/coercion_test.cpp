@@ -437,7 +437,7 @@ TEST(CoerceValue, OfAMillionStructs) {
 }
 
 TEST(CoerceValue, OfDeepNestingNeedsNoStack) {
-  vornath_test::onStack(vornath_test::kLittleStack, [] {
+  vornath_test::runOnStack(vornath_test::kSmallStack, [] {
     const DynamicValue source =
         coerceValue(codes("enum { A; B; }", {1}), type("enum { A; B; }"), kStrict);
     const DynamicValue deep(nested(source.type()), source.data());
@@ -461,7 +461,7 @@ TEST(CoerceValue, OfDeepNestingCarriesWhatLiesOnTheWay) {
     }
     return t;
   };
-  vornath_test::onStack(vornath_test::kLittleStack, [&] {
+  vornath_test::runOnStack(vornath_test::kSmallStack, [&] {
     const DynamicValue source =
         DynamicValue::filled(levels("int", false), [](const InternedType&, char* data) {
           for (std::int32_t i = 0; i <= 1000; ++i) std::memcpy(data + 4 * i, &i, sizeof(i));
@@ -471,8 +471,8 @@ TEST(CoerceValue, OfDeepNestingCarriesWhatLiesOnTheWay) {
     std::uint64_t offset = 0;
     for (std::int32_t i = 0; i < 1000; ++i) {
       EXPECT_EQ(at<std::int32_t>(result, offset), i);
-      offset += fieldPlace(*t, "a").offset;
-      t = fieldPlace(*t, "a").type;
+      offset += fieldPart(*t, "a").offset;
+      t = fieldPart(*t, "a").type;
     }
     EXPECT_EQ(at<float>(result, offset), 0.0F);
   });

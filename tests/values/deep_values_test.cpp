@@ -32,11 +32,11 @@ class LongChain : public testing::TestWithParam<std::pair<const char*, std::uint
 };
 
 TEST_P(LongChain, IsReleased) {
-  onStack(kWorkerStack, [this] { make().reset(); });
+  runOnStack(kWorkerStack, [this] { make().reset(); });
 }
 
 TEST_P(LongChain, IsPrinted) {
-  onStack(kWorkerStack, [this] {
+  runOnStack(kWorkerStack, [this] {
     const ValueHandle value = make();
     const vrntValueView_t view{vrntValueType(value.get()), 0};
     vrntValuesError_t* error = nullptr;
@@ -49,7 +49,7 @@ TEST_P(LongChain, IsPrinted) {
 }
 
 TEST_P(LongChain, IsCompared) {
-  onStack(kWorkerStack, [this] {
+  runOnStack(kWorkerStack, [this] {
     const ValueHandle a = make();
     const ValueHandle b = make();
     const vrntValueView_t view{vrntValueType(a.get()), 0};
@@ -58,7 +58,7 @@ TEST_P(LongChain, IsCompared) {
 }
 
 TEST_P(LongChain, IsWrittenAndRead) {
-  onStack(kWorkerStack, [this] {
+  runOnStack(kWorkerStack, [this] {
     Stream stream;
     const ValueHandle value = make();
     vrntValuesError_t* error = nullptr;

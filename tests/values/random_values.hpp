@@ -97,7 +97,7 @@ inline bool sameBytes(const DynamicValue& a, const DynamicValue& b) {
   return a.type() == b.type() && std::memcmp(a.data(), b.data(), a.typeOf().size()) == 0;
 }
 
-// Levels: one call for each would take far more than kLittleStack.
+// Levels: one call for each would take far more than kSmallStack.
 inline constexpr int kDepth = 4000;
 
 inline TypePtr makeType(TypeDesc desc, const Metadata& metadata = {}) {

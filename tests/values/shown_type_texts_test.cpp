@@ -34,7 +34,7 @@ void expectShown(const vrntValue_t* block, const std::string& text) {
 void expectChainShown(const vrntValue_t* block, int references) {
   for (int left = references; left >= 0; --left) {
     expectShown(block, chainType(left));
-    if (left > 0) block = behind(block);
+    if (left > 0) block = referencedBlock(block);
   }
 }
 
@@ -69,17 +69,17 @@ TEST(ShownTypeTexts, StandInWhatIsMadeOfAnotherValue) {
   const TypeHandle wider = parseType("{ int @default=2 c; " + chainType(2) + " a; }");
   const ValueHandle coerced(vrntCoerce(wider.get(), value.get(), &error));
   expectShown(coerced.get(), "{ int c; " + chainType(2) + " a; }");
-  expectChainShown(behind(coerced.get(), 8), 1);
+  expectChainShown(referencedBlock(coerced.get(), 8), 1);
 
   const TypeHandle open = parseType("{ void* a; }");
   const ValueHandle opened(vrntCoerce(open.get(), value.get(), &error));
   expectShown(opened.get(), "{ void* a; }");
-  expectChainShown(behind(opened.get()), 1);
+  expectChainShown(referencedBlock(opened.get()), 1);
 
   const TypeHandle marked = parseType("{ " + chainType(2) + " a; int @no_specialize b; }");
   const ValueHandle special(vrntBuildSpecializationParameters(marked.get(), value.get(), &error));
   expectShown(special.get(), "{ " + chainType(2) + " a; }");
-  expectChainShown(behind(special.get()), 1);
+  expectChainShown(referencedBlock(special.get()), 1);
 }
 
 TEST(ShownTypeTexts, StandInDefaultsAndInValuesOfMetadata) {
@@ -93,11 +93,11 @@ TEST(ShownTypeTexts, StandInDefaultsAndInValuesOfMetadata) {
 
 TEST(ShownTypeTexts, StandInACopyThatAMapMoves) {
   const ValueHandle value = parseValue(chain(3));
-  vrntValue_t* inner = vrntValueCopy(behind(value.get()));
+  vrntValue_t* inner = vrntValueCopy(referencedBlock(value.get()));
   const vrntValueView_t view{vrntValueType(inner), 0};
   vrntValuesError_t* error = nullptr;
   ASSERT_NE(vrntValueMap(&inner, &view, &error), nullptr);
-  EXPECT_NE(inner, behind(value.get()));
+  EXPECT_NE(inner, referencedBlock(value.get()));
   expectChainShown(inner, 2);
   vrntValueUnmap(inner, &view);
   vrntValueDestroy(inner);
@@ -111,10 +111,10 @@ constexpr int kMany = 200;
 TEST(ShownTypeTexts, OfALongChainStandInTheBlockThatIsGivenAndBehindItsWords) {
   const ValueHandle value = parseValue(chain(kMany));
   expectShown(value.get(), chainType(kMany));
-  expectShown(behind(value.get()), chainType(kMany - 1));
+  expectShown(referencedBlock(value.get()), chainType(kMany - 1));
   // The innermost ones are no long chain.
   const vrntValue_t* block = value.get();
-  for (int left = kMany; left > 64; --left) block = behind(block);
+  for (int left = kMany; left > 64; --left) block = referencedBlock(block);
   expectChainShown(block, 64);
 }
 
@@ -122,7 +122,7 @@ TEST(ShownTypeTexts, OfALongChainStandWhereverADereferenceLeads) {
   ValueHandle value = parseValue(chain(kMany));
   for (int left = kMany; left > 0; --left) {
     expectShown(value.get(), chainType(left));
-    expectShown(behind(value.get()), chainType(left - 1));
+    expectShown(referencedBlock(value.get()), chainType(left - 1));
     const vrntValueView_t view{vrntValueType(value.get()), 0};
     value.reset(vrntValueDereference(value.get(), &view));
   }
@@ -132,16 +132,16 @@ TEST(ShownTypeTexts, OfALongChainStandWhereverADereferenceLeads) {
 TEST(ShownTypeTexts, StandBehindAWordOfAnyType) {
   const ValueHandle value = parseValue("[ " + chain(kMany) + ", " + chain(2) + " : void* ]");
   expectShown(value.get(), "void*[2]");
-  expectShown(behind(value.get()), chainType(kMany - 1));
-  expectChainShown(behind(value.get(), 8), 1);
+  expectShown(referencedBlock(value.get()), chainType(kMany - 1));
+  expectChainShown(referencedBlock(value.get(), 8), 1);
   // Nobody was given the inner value, but the outer one leads there.
   const ValueHandle twice = parseValue("&[ " + chain(kMany) + " : void* ]");
-  expectShown(behind(behind(twice.get())), chainType(kMany - 1));
+  expectShown(referencedBlock(referencedBlock(twice.get())), chainType(kMany - 1));
 }
 
 TEST(ShownTypeTexts, StandInAnyBlockThatAFunctionIsGiven) {
   const auto inner = [](const ValueHandle& value) {
-    vrntValue_t* block = behind(behind(behind(value.get())));
+    vrntValue_t* block = referencedBlock(referencedBlock(referencedBlock(value.get())));
     EXPECT_EQ(block->typeText, nullptr);  // three words away from what was given
     return block;
   };
@@ -150,28 +150,29 @@ TEST(ShownTypeTexts, StandInAnyBlockThatAFunctionIsGiven) {
     const ValueHandle value = parseValue(chain(kMany));
     const ValueHandle shared(vrntValueParse(inner(value), &error));
     expectShown(shared.get(), chainType(kMany - 3));
-    expectShown(behind(shared.get()), chainType(kMany - 4));
+    expectShown(referencedBlock(shared.get()), chainType(kMany - 4));
   }
   {
     const ValueHandle value = parseValue(chain(kMany));
     const ValueHandle copy(vrntValueCopy(inner(value)));
     expectShown(copy.get(), chainType(kMany - 3));
-    expectShown(behind(copy.get()), chainType(kMany - 4));
+    expectShown(referencedBlock(copy.get()), chainType(kMany - 4));
   }
   {
     const ValueHandle value = parseValue(chain(kMany));
     const vrntValue_t* const block = vrntValueBinary(inner(value));
     expectShown(block, chainType(kMany - 3));
-    expectShown(behind(block), chainType(kMany - 4));
+    expectShown(referencedBlock(block), chainType(kMany - 4));
   }
   {
     const ValueHandle value = parseValue(chain(kMany));
-    vrntValue_t* moved = vrntValueCopy(behind(value.get()));  // shared, so that a map copies it
+    vrntValue_t* moved =
+        vrntValueCopy(referencedBlock(value.get()));  // shared, so that a map copies it
     const vrntValueView_t view{vrntValueType(moved), 0};
     ASSERT_NE(vrntValueMap(&moved, &view, &error), nullptr);
     vrntValueUnmap(moved, &view);
     expectShown(moved, chainType(kMany - 1));
-    expectShown(behind(moved), chainType(kMany - 2));
+    expectShown(referencedBlock(moved), chainType(kMany - 2));
     vrntValueDestroy(moved);
   }
   {
@@ -185,7 +186,7 @@ TEST(ShownTypeTexts, StandInAnyBlockThatAFunctionIsGiven) {
     std::memcpy(word, &address, sizeof address);
     vrntValueUnmap(handle, &view);
     any.reset(handle);
-    expectShown(behind(any.get()), chainType(kMany - 3));
+    expectShown(referencedBlock(any.get()), chainType(kMany - 3));
   }
 }
 

@@ -188,7 +188,7 @@ TEST(BuildSpecialization, OfAMillionElements) {
 }
 
 TEST(BuildSpecialization, OfDeepNestingNeedsNoStack) {
-  vornath_test::onStack(vornath_test::kLittleStack, [] {
+  vornath_test::runOnStack(vornath_test::kSmallStack, [] {
     const TypePtr annotated = nested(type("{ int a; int @no_specialize b; }"));
     const std::int32_t words[] = {3, 4};
     const DynamicValue v(annotated, words);
@@ -481,7 +481,7 @@ TEST(SpecializationRemainder, RefusesWhatTheFullTypeDoesNotHave) {
 }
 
 TEST(SpecializationRemainder, OfDeepNestingNeedsNoStack) {
-  vornath_test::onStack(vornath_test::kLittleStack, [] {
+  vornath_test::runOnStack(vornath_test::kSmallStack, [] {
     const auto structs = [](TypePtr t) {
       for (int i = 0; i < kDepth; ++i) t = makeType(Type::TStruct({Type::Field(t, "a")}));
       return t;

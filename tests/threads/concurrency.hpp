@@ -1,6 +1,6 @@
 // Work on many threads at once, and what the tests of it have in common.
-#ifndef VORNATH_TESTS_THREADS_TOGETHER_HPP
-#define VORNATH_TESTS_THREADS_TOGETHER_HPP
+#ifndef VORNATH_TESTS_THREADS_CONCURRENCY_HPP
+#define VORNATH_TESTS_THREADS_CONCURRENCY_HPP
 
 #include <gtest/gtest.h>
 
@@ -15,7 +15,7 @@ inline constexpr int kThreads = 8;
 inline constexpr int kRounds = 200;
 
 // Runs the work on all threads, each told its number, and lets them begin together.
-inline void together(const std::function<void(int)>& work) {
+inline void runConcurrently(const std::function<void(int)>& work) {
   std::atomic<int> waiting{kThreads};
   std::vector<std::thread> threads;
   for (int i = 0; i < kThreads; ++i) {

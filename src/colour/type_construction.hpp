@@ -1,7 +1,7 @@
 /// How the fixed types of this layer are made: each once, on its first use, and kept from then on;
 /// see permanentType().
-#ifndef VORNATH_COLOUR_TYPE_MAKING_HPP
-#define VORNATH_COLOUR_TYPE_MAKING_HPP
+#ifndef VORNATH_COLOUR_TYPE_CONSTRUCTION_HPP
+#define VORNATH_COLOUR_TYPE_CONSTRUCTION_HPP
 
 #include <array>
 #include <cstddef>
@@ -25,7 +25,7 @@ inline Type::Field makeField(const InternedType& type, const char* label) {
 
 /// The types of a table of texts. Each is made on its first use, without the others.
 template <const auto& kTexts>
-class TypesOfTexts {
+class ParsedTypes {
  public:
   static constexpr std::size_t kCount = std::size(kTexts);
 
@@ -50,12 +50,11 @@ class TypesOfTexts {
       getters(std::make_index_sequence<kCount>());
 };
 
-/// Returns the lowest number whose type equals `type` except for metadata; -1 if there is none.
-template <typename TypeOfNumber>
-std::int32_t numberOfSameType(const InternedType& type, std::uint32_t count,
-                              TypeOfNumber typeOfNumber) {
-  for (std::uint32_t number = 0; number < count; ++number) {
-    if (isSameType(type, typeOfNumber(number))) return static_cast<std::int32_t>(number);
+/// Returns the lowest code whose type equals `type` except for metadata; -1 if there is none.
+template <typename TypeAt>
+std::int32_t codeOfSameType(const InternedType& type, std::uint32_t count, TypeAt typeAt) {
+  for (std::uint32_t code = 0; code < count; ++code) {
+    if (isSameType(type, typeAt(code))) return static_cast<std::int32_t>(code);
   }
   return -1;
 }

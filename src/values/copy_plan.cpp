@@ -1,0 +1,183 @@
+#include "values/copy_plan.hpp"
+
+#include <algorithm>
+#include <cstring>
+#include <utility>
+
+#include "types/ref_slots.hpp"
+#include "types/walk.hpp"
+#include "values/block.hpp"
+
+namespace qex::vornath {
+namespace {
+
+// Most fields have one of these sizes, for which memcpy() compiles to single instructions.
+inline void copyBytes(char* to, const char* from, std::uint64_t bytes) {
+  switch (bytes) {
+    case 4:
+      std::memcpy(to, from, 4);
+      break;
+    case 8:
+      std::memcpy(to, from, 8);
+      break;
+    case 16:
+      std::memcpy(to, from, 16);
+      break;
+    default:
+      std::memcpy(to, from, bytes);
+  }
+}
+
+}  // namespace
+
+CopyPlan::Step CopyPlan::add(Node node) {
+  nodes_.push_back(std::move(node));
+  return {static_cast<std::int32_t>(nodes_.size() - 1), 0, 0};
+}
+
+CopyPlan::Step CopyPlan::copy(const InternedType& type) {
+  if (type.size() == 0) return {};
+  return add(Copy{type.size(), type.refSlotCount() == 0 ? nullptr : &type});
+}
+
+CopyPlan::Step CopyPlan::act(Action action) { return add(std::move(action)); }
+
+CopyPlan::Step CopyPlan::sequence(const std::vector<Step>& steps) {
+  std::vector<Step> kept;
+  for (std::size_t i = 0; i < steps.size();) {
+    const Step first = steps[i++];
+    if (first.empty()) continue;
+    const Copy* const copy = getIf<Copy>(first);
+    if (copy == nullptr || copy->counted != nullptr) {
+      kept.push_back(first);
+      continue;
+    }
+    // Merges only what is adjacent in both values: the target's padding must not be written.
+    std::uint64_t bytes = copy->bytes;
+    for (; i < steps.size(); ++i) {
+      if (steps[i].empty()) continue;
+      const Copy* const next = getIf<Copy>(steps[i]);
+      if (next == nullptr || next->counted != nullptr || steps[i].from != first.from + bytes ||
+          steps[i].to != first.to + bytes) {
+        break;
+      }
+      bytes += next->bytes;
+    }
+    kept.push_back(bytes == copy->bytes ? first
+                                        : add(Copy{bytes, nullptr}).at(first.from, first.to));
+  }
+  if (kept.empty()) return {};
+  if (kept.size() == 1) return kept.front();
+  const bool flat = std::all_of(kept.begin(), kept.end(), [this](const Step& step) {
+    return getIf<Copy>(step) != nullptr || getIf<Action>(step) != nullptr;
+  });
+  const Sequence sequence{steps_.size(), kept.size(), flat};
+  steps_.insert(steps_.end(), kept.begin(), kept.end());
+  return add(sequence);
+}
+
+CopyPlan::Step CopyPlan::repeat(const Step& step, std::uint64_t count, std::uint64_t fromStride,
+                                std::uint64_t toStride) {
+  if (step.empty() || count == 0) return {};
+  if (count == 1) return step;
+  const Copy* const copy = getIf<Copy>(step);
+  if (copy != nullptr && copy->bytes == fromStride && copy->bytes == toStride) {
+    return add(Copy{copy->bytes * count, copy->counted}).at(step.from, step.to);
+  }
+  return add(Repeat{step, count, fromStride, toStride});
+}
+
+// Adds a reference for each block word of the source and releases that of the target.
+void CopyPlan::exchangeReferences(const Copy& copy, const char* from, const char* to) {
+  const std::uint64_t size = copy.counted->size();
+  const RefSlots slots(*copy.counted);
+  for (std::uint64_t offset = 0; offset < copy.bytes; offset += size) {
+    slots.forEach([&](std::uint64_t slot) {
+      const std::uint64_t now = loadWord(to + offset + slot * kWordSize);
+      const std::uint64_t next = loadWord(from + offset + slot * kWordSize);
+      if (now == next) return;
+      retainWord(next);
+      releaseWord(now);
+    });
+  }
+}
+
+bool CopyPlan::isFlat(const Step& step) const {
+  if (const Sequence* const sequence = getIf<Sequence>(step)) return sequence->flat;
+  return getIf<Repeat>(step) == nullptr;
+}
+
+inline void CopyPlan::runLeaf(const Step& step, const char* from, char* to) const {
+  from += step.from;
+  to += step.to;
+  if (const Copy* const copy = getIf<Copy>(step)) {
+    if (copy->counted != nullptr) exchangeReferences(*copy, from, to);
+    copyBytes(to, from, copy->bytes);
+  } else {
+    (*getIf<Action>(step))(from, to);
+  }
+}
+
+// Runs a step without nested sequences `times.count` times.
+void CopyPlan::runFlat(const Step& step, const char* from, char* to, const Repeat& times) const {
+  const Step* leaves = &step;
+  std::size_t count = 1;
+  if (const Sequence* const sequence = getIf<Sequence>(step)) {
+    leaves = &steps_[sequence->first];
+    count = sequence->count;
+    from += step.from;
+    to += step.to;
+  }
+  for (std::uint64_t i = 0; i < times.count; ++i) {
+    for (std::size_t leaf = 0; leaf < count; ++leaf) runLeaf(leaves[leaf], from, to);
+    from += times.fromStride;
+    to += times.toStride;
+  }
+}
+
+class CopyPlan::Run {
+ public:
+  struct Node {
+    Step step;
+    const char* from;
+    char* to;
+  };
+
+  explicit Run(const CopyPlan& plan) : plan_(plan) {}
+
+  Visit enter(Node& node) {
+    const auto [step, from, to] = node;
+    if (plan_.isFlat(step)) {
+      plan_.runFlat(step, from, to, {step, 1, 0, 0});
+      return Visit::leaf();
+    }
+    node.from += step.from;
+    node.to += step.to;
+    if (const auto* const sequence = plan_.getIf<Sequence>(step)) {
+      return Visit::parts(sequence->count);
+    }
+    const auto& repeat = *plan_.getIf<Repeat>(step);
+    if (!plan_.isFlat(repeat.step)) return Visit::parts(repeat.count);
+    plan_.runFlat(repeat.step, node.from, node.to, repeat);
+    return Visit::leaf();
+  }
+
+  Node part(const Node& node, std::size_t i) {
+    if (const auto* const sequence = plan_.getIf<Sequence>(node.step)) {
+      return {plan_.steps_[sequence->first + i], node.from, node.to};
+    }
+    const auto& repeat = *plan_.getIf<Repeat>(node.step);
+    return {repeat.step, node.from + i * repeat.fromStride, node.to + i * repeat.toStride};
+  }
+
+ private:
+  const CopyPlan& plan_;
+};
+
+void CopyPlan::run(const Step& whole, const char* from, char* to) const {
+  if (whole.empty()) return;
+  Run run(*this);
+  Walk<Run::Node, false>().run(run, {whole, from, to});
+}
+
+}  // namespace qex::vornath
