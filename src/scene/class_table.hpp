@@ -118,6 +118,16 @@ const GroupEntry* findGroup(std::uint32_t position) {
   return &kGroupTable[kFirstEntries[kClassIndex<Desc>].group + position];
 }
 
+/// The number of single slots of a Desc. They are its first slots; all others are lists.
+template <typename Desc>
+inline constexpr std::uint32_t kSingleSlotCount = [] {
+  std::uint32_t count = 0;
+  forEachSlot<Desc>([&count](const auto& slot, auto) {
+    if (slot.kind == ReferenceKind::Required || slot.kind == ReferenceKind::Optional) ++count;
+  });
+  return count;
+}();
+
 /// The slot of a class at a position; null past the last one.
 inline const SlotEntry* findSlot(const ClassEntry& owner, std::uint32_t position) {
   return position < owner.slots.size() ? &owner.slots[position] : nullptr;

@@ -18,10 +18,7 @@ Value groupValue(const void* groups, const GroupEntry& group);
 /// Whether a value may be written to the group: its type is the group's.
 /// Errors: as groupType().
 inline bool hasGroupType(const vrntValue_t* value, const GroupEntry& group) {
-  // A value's type has no metadata, and two types without metadata are equal only if they are one.
-  const vrntType_t* const type = vrntValueType(value);
-  const GroupType expected = groupType(group);
-  return type == expected.plain || vrntTypeIsEqual(type, expected.annotated) != 0;
+  return isGroupType(vrntValueType(value), group);
 }
 
 /// Copies a value, which has the group's type, over the group's record.

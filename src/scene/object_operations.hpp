@@ -109,7 +109,7 @@ std::uint32_t createInstance(Scene& scene) {
   Instance<Desc>& created = container.slots[index];
   created.deleted = false;
   created.desc = Desc();
-  noteAddition(scene, ClassInfo<Desc>::kClass, index);
+  noteAddition(scene, created);
   countWholeChange(created);
   countClassChange<Desc>(scene);
   return index;
@@ -120,8 +120,9 @@ template <typename Desc>
 void removeObject(Scene& scene, std::int32_t index) {
   countClassChange<Desc>(scene);
   auto& container = writable<Desc>(scene);
-  noteRemoval(scene, ClassInfo<Desc>::kClass, index);
-  container.at(index).markFree();
+  auto& object = container.at(index);
+  noteRemoval<Desc>(scene, object, index);
+  object.markFree();
   container.freed(index);
 }
 

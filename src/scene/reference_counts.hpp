@@ -32,40 +32,50 @@ inline bool countsAreKept(const Scene& scene) noexcept {
 
 namespace detail {
 
-void countAddedObject(const Scene& scene, ObjectClass objectClass, std::int32_t index) noexcept;
-void discountRemovedObject(const Scene& scene, ObjectClass objectClass,
-                           std::int32_t index) noexcept;
-void setCountedReference(Scene& scene, const SlotEntry& slot, std::int32_t index, void* desc,
-                         std::uint32_t word);
+void countAddedObject(const Scene& scene, ObjectClass objectClass, const void* desc) noexcept;
+// The Desc is null for a free slot, and for a class without slots.
+void discountRemovedObject(const Scene& scene, ObjectClass objectClass, std::int32_t index,
+                           const void* desc) noexcept;
+void setCountedReference(Scene& scene, const SlotEntry& slot, std::int32_t index, bool live,
+                         void* desc, std::uint32_t word);
 void discountList(const Scene& scene, const SlotEntry& slot, std::int32_t index,
                   const void* desc) noexcept;
 
 }  // namespace detail
 
 /// To be called after an object became live by an addition, with what it refers to.
-inline void noteAddition(Scene& scene, ObjectClass objectClass, std::uint32_t index) noexcept {
-  std::uint32_t& additions = detail::SceneAccess::additions(scene, objectClass);
+template <typename Desc>
+void noteAddition(Scene& scene, const Instance<Desc>& object) noexcept {
+  std::uint32_t& additions = detail::SceneAccess::additions(scene, ClassInfo<Desc>::kClass);
   // 0 stands for a list that was never handed out.
   if (++additions == 0) additions = 1;
-  if (countsAreKept(scene)) {
-    detail::countAddedObject(scene, objectClass, static_cast<std::int32_t>(index));
+  if constexpr (kSlotCount<Desc> != 0) {
+    if (countsAreKept(scene)) {
+      detail::countAddedObject(scene, ClassInfo<Desc>::kClass, &object.desc);
+    }
   }
 }
 
-/// To be called before an object is freed. It may be free already.
-inline void noteRemoval(Scene& scene, ObjectClass objectClass, std::int32_t index) noexcept {
-  if (countsAreKept(scene)) detail::discountRemovedObject(scene, objectClass, index);
+/// To be called before an object, of any kind of class, is freed. It may be free already.
+template <typename Desc>
+void noteRemoval(Scene& scene, const Stored<Desc>& object, std::int32_t index) noexcept {
+  if (!countsAreKept(scene)) return;
+  const void* desc = nullptr;
+  if constexpr (kSlotCount<Desc> != 0) desc = object.live() ? &object.desc : nullptr;
+  detail::discountRemovedObject(scene, ClassInfo<Desc>::kClass, index, desc);
 }
 
-/// Stores a word in a single slot of an object, which has the Desc; makes a list that many elements
-/// long.
+/// Stores a word in the single slot of an object at a position; makes a list that many elements
+/// long. There is such a slot.
 /// Errors: throws std::bad_alloc, with nothing changed.
-inline void setReference(Scene& scene, const SlotEntry& slot, std::int32_t index, void* desc,
-                         std::uint32_t word) {
-  if (slot.form == SlotForm::Single && !countsAreKept(scene)) {
-    singleReference(desc, slot) = static_cast<std::int32_t>(word);
+template <typename Desc>
+void setReference(Scene& scene, Instance<Desc>& object, std::int32_t index, std::uint32_t position,
+                  std::uint32_t word) {
+  if (isSingle<Desc>(position) && !countsAreKept(scene)) {
+    singleReferenceAt(object.desc, position) = static_cast<std::int32_t>(word);
   } else {
-    detail::setCountedReference(scene, slot, index, desc, word);
+    detail::setCountedReference(scene, *findSlot<Desc>(position), index, object.live(),
+                                &object.desc, word);
   }
 }
 
@@ -73,15 +83,19 @@ inline void setReference(Scene& scene, const SlotEntry& slot, std::int32_t index
 void replaceReferenceList(Scene& scene, const SlotEntry& slot, std::int32_t index, void* desc,
                           std::vector<std::int32_t>&& words) noexcept;
 
-/// To be called before the elements of a list are handed out for writing. Nothing is noted for
-/// coded lists and empty ones, nor for single slots.
+/// To be called before the elements of an object's list are handed out for writing. Nothing is
+/// noted for coded lists and empty ones, nor for single slots.
 template <typename Desc>
-void noteListHandedOut(Scene& scene, const SlotEntry& slot, std::int32_t index) noexcept {
+void noteListHandedOut(Scene& scene, Instance<Desc>& object, std::int32_t index,
+                       std::uint32_t position) noexcept {
   if constexpr (detail::hasPlainList<Desc>()) {
-    Instance<Desc>& object = writable<Desc>(scene).at(index);
-    if (slot.form != SlotForm::List || referenceList(&object.desc, slot).empty()) return;
-    object.listHandedOut = detail::SceneAccess::additions(scene, slot.owner);
-    if (countsAreKept(scene)) detail::discountList(scene, slot, index, &object.desc);
+    const SlotEntry* const list = findList<Desc>(position);
+    if (!list || list->form != SlotForm::List) return;
+    if (referenceList(&object.desc, *list).empty()) return;
+    object.listHandedOut = detail::SceneAccess::additions(scene, ClassInfo<Desc>::kClass);
+    if (object.live() && countsAreKept(scene)) {
+      detail::discountList(scene, *list, index, &object.desc);
+    }
   }
 }
 
