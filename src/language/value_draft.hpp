@@ -20,6 +20,12 @@ class Draft {
   /// A value that is whole: one will do wherever a draft is expected.
   // NOLINTNEXTLINE(google-explicit-constructor)
   Draft(const DynamicValue& value) : type_(value.type()), whole_(value.block()) {}
+  Draft(const Draft&) = default;
+  Draft(Draft&&) noexcept = default;
+  Draft& operator=(const Draft&) = default;
+  Draft& operator=(Draft&&) noexcept = default;
+  /// Apart from the parser, which destroys many symbols, most of them of other kinds.
+  ~Draft();
 
   /// A struct or an array of which these are the first parts. The values are used up. Throws
   /// std::bad_alloc.
