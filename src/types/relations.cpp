@@ -199,7 +199,9 @@ bool relateButForParts(const InternedType& a, const InternedType& b) {
 }
 
 bool isSubType(const InternedType& a, const InternedType& b) {
-  return &a.stripped() == &b.stripped() || Relation<false>().holds(a.stripped(), b.stripped());
+  if (&a.stripped() == &b.stripped()) return true;
+  Relation<false> relation;
+  return relation.holds(a.stripped(), b.stripped());
 }
 
 std::optional<std::string> checkSubType(const InternedType& a, const InternedType& b) {

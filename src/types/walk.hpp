@@ -64,6 +64,9 @@ class Walk {
       boost::container::small_vector_options_t<
           boost::container::growth_factor<boost::container::growth_factor_100>>>;
 
+  // Not defaulted: `Walk()` would fill the room for the levels with zeros.
+  Walk() {}  // NOLINT(modernize-use-equals-default)
+
   /// Returns whether the walk came to the end of the root. If it was stopped, the levels around the
   /// node at which that happened stay open.
   template <typename Visitor>
