@@ -15,6 +15,8 @@ constexpr std::uint64_t kPieceBytes = 64;
 
 }  // namespace
 
+Draft::~Draft() = default;
+
 Draft Draft::of(const InternedType& type, std::vector<Draft> values) {
   const Parts parts = Parts::of(type);
   for (std::size_t i = 0; i < values.size(); ++i) values[i].offset_ += parts[i].offset;

@@ -20,6 +20,12 @@ class Draft {
   /// Implicit: a finished value is accepted wherever a draft is.
   // NOLINTNEXTLINE(google-explicit-constructor)
   Draft(const DynamicValue& value) : type_(value.type()), whole_(value.block()) {}
+  Draft(const Draft&) = default;
+  Draft(Draft&&) noexcept = default;
+  Draft& operator=(const Draft&) = default;
+  Draft& operator=(Draft&&) noexcept = default;
+  /// Apart from the parser, which destroys many symbols, most of them of other kinds.
+  ~Draft();
 
   /// Builds a struct or an array whose first parts are the values, which are consumed. Throws
   /// std::bad_alloc.

@@ -163,6 +163,7 @@ constexpr auto makeClassTable() {
     entry.name = Info::kName;
     entry.kind = Info::kKind;
     entry.hasValue = Info::kHasValue;
+    if (entry.singleSlots != kSingleSlotCount<Desc>) throw "single slots have their kinds";
     const std::size_t first = kReferrers.first[kClassIndex<Desc>];
     const std::size_t end = kReferrers.first[kClassIndex<Desc> + 1];
     entry.referrers = std::span(kReferrers.slots).subspan(first, end - first);

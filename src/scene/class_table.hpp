@@ -119,6 +119,16 @@ const GroupEntry* findGroup(std::uint32_t position) {
   return &kGroupTable[kFirstEntries[kClassIndex<Desc>].group + position];
 }
 
+/// The number of single slots of a Desc. They are its first slots; the others are lists.
+template <typename Desc>
+inline constexpr std::uint32_t kSingleSlotCount = [] {
+  std::uint32_t count = 0;
+  forEachSlot<Desc>([&count](const auto& slot, auto) {
+    if (slot.kind == ReferenceKind::Required || slot.kind == ReferenceKind::Optional) ++count;
+  });
+  return count;
+}();
+
 /// Returns the slot of a class with the index `position`; null if there is none.
 inline const SlotEntry* findSlot(const ClassEntry& owner, std::uint32_t position) {
   return position < owner.slots.size() ? &owner.slots[position] : nullptr;

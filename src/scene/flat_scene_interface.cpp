@@ -20,7 +20,6 @@ using vrnt::data::ClassEntry;
 using vrnt::data::ClassInfo;
 using vrnt::data::findClass;
 using vrnt::data::findGroup;
-using vrnt::data::findSlot;
 using vrnt::data::GroupEntry;
 using vrnt::data::kGroupCount;
 using vrnt::data::kIsAsset;
@@ -29,7 +28,6 @@ using vrnt::data::kIsProgram;
 using vrnt::data::kSlotCount;
 using vrnt::data::Scene;
 using vrnt::data::SceneData;
-using vrnt::data::SlotEntry;
 using vrnt::data::visitClass;
 
 namespace {
@@ -310,9 +308,7 @@ std::int32_t vrdmGetReference(const Scene* scene, std::uint32_t objectClass, std
         } else if constexpr (kSlotCount<Desc> == 0) {
           return 0;
         } else {
-          const SlotEntry* const found = findSlot<Desc>(slot);
-          if (!found) return 0;
-          return vrnt::data::referenceOrCount(&scene->container<Desc>().at(index).desc, *found);
+          return vrnt::data::referenceOrCount(scene->container<Desc>().at(index).desc, slot);
         }
       },
       [] { return std::int32_t{0}; });
@@ -334,10 +330,9 @@ bool vrdmSetReference(Scene* scene, std::uint32_t objectClass, std::int32_t inde
         if constexpr (kSlotCount<Desc> == 0) {
           return false;
         } else {
-          const SlotEntry* const found = findSlot<Desc>(slot);
-          if (!found) return false;
+          if (slot >= kSlotCount<Desc>) return false;
           auto& object = vrnt::data::writable<Desc>(*scene).at(index);
-          vrnt::data::setReference(*scene, *found, index, &object.desc, word);
+          vrnt::data::setReference(*scene, object, index, slot, word);
           vrnt::data::countReferenceChange(object);
           return true;
         }
@@ -359,9 +354,7 @@ const std::int32_t* vrdmGetReferenceList(const Scene* scene, std::uint32_t objec
         if constexpr (kSlotCount<Desc> == 0) {
           return nullptr;
         } else {
-          const SlotEntry* const found = findSlot<Desc>(slot);
-          if (!found) return nullptr;
-          return vrnt::data::referenceElements(&scene->container<Desc>().at(index).desc, *found);
+          return vrnt::data::referenceElements(scene->container<Desc>().at(index).desc, slot);
         }
       },
       answerNull<const std::int32_t>);
@@ -377,13 +370,12 @@ std::int32_t* vrdmModifyReferenceList(Scene* scene, std::uint32_t objectClass, s
         if constexpr (kSlotCount<Desc> == 0) {
           return nullptr;
         } else {
-          const SlotEntry* const found = findSlot<Desc>(slot);
-          if (!found) return nullptr;
+          if (slot >= kSlotCount<Desc>) return nullptr;
           auto& object = vrnt::data::writable<Desc>(*scene).at(index);
-          vrnt::data::noteListHandedOut<Desc>(*scene, *found, index);
+          vrnt::data::noteListHandedOut(*scene, object, index, slot);
           // Counts also for a single slot: a host may call this only to record a change.
           vrnt::data::countReferenceChange(object);
-          return vrnt::data::referenceElements(&object.desc, *found);
+          return vrnt::data::referenceElements(object.desc, slot);
         }
       },
       answerNull<std::int32_t>);

@@ -1,28 +1,23 @@
 #include "scene/group_type.hpp"
 
-#include <array>
-#include <atomic>
 #include <utility>
 
 #include "scene/value_or_throw.hpp"
 
 namespace vrnt::data {
 
+constinit std::array<detail::CachedGroupType, kTotalGroupCount> detail::cachedGroupTypes{};
+
 namespace {
 
-// `annotated` is stored last: a thread that finds it can also read `plain`.
-struct CachedType {
-  std::atomic<vrntType_t*> annotated{nullptr};
-  std::atomic<vrntType_t*> plain{nullptr};
-};
-
-constinit std::array<CachedType, kTotalGroupCount> cachedTypes{};
+using detail::CachedGroupType;
+using detail::cachedGroupTypes;
 
 // Releases the handles before the library is unloaded. It is constructed after the first parse and
 // therefore destroyed before the factory of types.
 struct CacheRelease {
   ~CacheRelease() {
-    for (CachedType& cached : cachedTypes) {
+    for (CachedGroupType& cached : cachedGroupTypes) {
       if (vrntType_t* type = cached.annotated.exchange(nullptr)) vrntTypeDestroy(type);
       if (vrntType_t* type = cached.plain.exchange(nullptr)) vrntTypeDestroy(type);
     }
@@ -38,7 +33,7 @@ void publish(std::atomic<vrntType_t*>& place, TypeHandle type) {
   }
 }
 
-void parseInto(CachedType& cached, const char* schema) {
+void parseInto(CachedGroupType& cached, const char* schema) {
   TypeHandle annotated = valueOrThrow(TypeHandle::parse(schema));
   static const CacheRelease release;
   publish(cached.plain, TypeHandle::adopt(vrntTypeStripMetadata(annotated.get())));
@@ -48,12 +43,17 @@ void parseInto(CachedType& cached, const char* schema) {
 }  // namespace
 
 GroupType groupType(const GroupEntry& group) {
-  CachedType& cached = cachedTypes[group.ordinal];
+  CachedGroupType& cached = cachedGroupTypes[group.ordinal];
   if (cached.annotated.load(std::memory_order_acquire) == nullptr) {
     parseInto(cached, group.schema);
   }
   return {cached.annotated.load(std::memory_order_acquire),
           cached.plain.load(std::memory_order_relaxed)};
+}
+
+bool detail::isGroupTypeApartFromCache(const vrntType_t* type, const GroupEntry& group) {
+  const GroupType expected = groupType(group);
+  return type == expected.plain || vrntTypeIsEqual(type, expected.annotated) != 0;
 }
 
 TypeHandle newGroupType(const GroupEntry& group) {

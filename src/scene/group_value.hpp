@@ -18,10 +18,7 @@ Value groupValue(const void* groups, const GroupEntry& group);
 /// Returns whether a value has the group's type, so that it can be written to the group.
 /// Errors: throws as groupType() does.
 inline bool hasGroupType(const vrntValue_t* value, const GroupEntry& group) {
-  // A value's type has no metadata. Types without metadata are equal only if they are identical.
-  const vrntType_t* const type = vrntValueType(value);
-  const GroupType expected = groupType(group);
-  return type == expected.plain || vrntTypeIsEqual(type, expected.annotated) != 0;
+  return isGroupType(vrntValueType(value), group);
 }
 
 /// Copies a value over the group's record. The value must have the group's type.

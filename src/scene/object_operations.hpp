@@ -111,7 +111,7 @@ std::uint32_t createInstance(Scene& scene) {
   Instance<Desc>& created = container.slots[index];
   created.deleted = false;
   created.desc = Desc();
-  noteAddition(scene, ClassInfo<Desc>::kClass, index);
+  noteAddition(scene, created);
   countWholeChange(created);
   countClassChange<Desc>(scene);
   return index;
@@ -122,8 +122,9 @@ template <typename Desc>
 void removeObject(Scene& scene, std::int32_t index) {
   countClassChange<Desc>(scene);
   auto& container = writable<Desc>(scene);
-  noteRemoval(scene, ClassInfo<Desc>::kClass, index);
-  container.at(index).markFree();
+  auto& object = container.at(index);
+  noteRemoval<Desc>(scene, object, index);
+  object.markFree();
   container.freed(index);
 }
 

@@ -277,16 +277,12 @@ SlotCounts* keptCounts(const Scene& scene, const SlotEntry& slot) noexcept {
   return keptCounts(keptCounts(scene, slot.owner), slot);
 }
 
-// Does the same for the slot of one object; null also if the object is not live.
-SlotCounts* keptCounts(const Scene& scene, const SlotEntry& slot, std::int32_t index) noexcept {
-  SlotCounts* const counts = keptCounts(scene, slot);
-  return counts && referrerAt(scene, slot.owner, index).live ? counts : nullptr;
-}
-
-// Does the same, but returns null also if the counts do not include the object's list.
+// Does the same, but returns null also if the counts do not include the references of a live
+// object.
 SlotCounts* countsWith(const Scene& scene, const SlotEntry& slot, std::int32_t index) noexcept {
-  SlotCounts* const counts = keptCounts(scene, slot, index);
-  return counts && counts->uncounted.count(index) == 0 ? counts : nullptr;
+  SlotCounts* const counts = keptCounts(scene, slot);
+  if (!counts || counts->uncounted.empty()) return counts;
+  return counts->uncounted.count(index) == 0 ? counts : nullptr;
 }
 
 // Discards the counts of a slot because memory ran out. The next count creates them again.
@@ -329,7 +325,7 @@ void noteNewList(Scene& scene, const SlotEntry& slot, std::int32_t index) noexce
         }
       },
       [] {});
-  if (SlotCounts* counts = keptCounts(scene, slot, index)) counts->uncounted.erase(index);
+  if (SlotCounts* counts = keptCounts(scene, slot)) counts->uncounted.erase(index);
 }
 
 // Counts those uncounted lists of a slot that no host can write to any more. It does so only after
@@ -385,27 +381,22 @@ std::uint32_t countReferences(const Scene& scene, ObjectClass target, std::int32
 
 namespace detail {
 
-void countAddedObject(const Scene& scene, ObjectClass objectClass, std::int32_t index) noexcept {
+void countAddedObject(const Scene& scene, ObjectClass objectClass, const void* desc) noexcept {
   ReferenceCounts* const all = keptCounts(scene, objectClass);
   if (!all) return;
-  const void* const desc = referrerAt(scene, objectClass, index).desc;
   for (const SlotEntry& slot : classEntry(objectClass).slots) {
     if (SlotCounts* counts = keptCounts(all, slot)) addAll(scene, slot, *counts, desc);
     if (slot.form == SlotForm::List) countUnwritableLists(scene, slot);
   }
 }
 
-void discountRemovedObject(const Scene& scene, ObjectClass objectClass,
-                           std::int32_t index) noexcept {
+void discountRemovedObject(const Scene& scene, ObjectClass objectClass, std::int32_t index,
+                           const void* desc) noexcept {
   const ClassEntry& entry = classEntry(objectClass);
-  ReferenceCounts* const all = keptCounts(scene, objectClass);
-  const Referrer referrer = referrerAt(scene, objectClass, index);
-  if (all && referrer.live) {
+  if (ReferenceCounts* const all = desc ? keptCounts(scene, objectClass) : nullptr) {
     for (const SlotEntry& slot : entry.slots) {
       SlotCounts* const counts = keptCounts(all, slot);
-      if (counts && counts->uncounted.erase(index) == 0) {
-        removeAll(slot, *counts, referrer.desc);
-      }
+      if (counts && counts->uncounted.erase(index) == 0) removeAll(slot, *counts, desc);
     }
   }
   // Hosts count references before they remove an object.
@@ -414,13 +405,13 @@ void discountRemovedObject(const Scene& scene, ObjectClass objectClass,
   }
 }
 
-void setCountedReference(Scene& scene, const SlotEntry& slot, std::int32_t index, void* desc,
-                         std::uint32_t word) {
+void setCountedReference(Scene& scene, const SlotEntry& slot, std::int32_t index, bool live,
+                         void* desc, std::uint32_t word) {
   if (slot.form == SlotForm::CodedList) {
     referenceList(desc, slot).resize(word, CodedRefList<void>::kNoTarget);
     return;
   }
-  SlotCounts* const counts = countsWith(scene, slot, index);
+  SlotCounts* const counts = live ? countsWith(scene, slot, index) : nullptr;
   if (slot.form == SlotForm::Single) {
     std::int32_t& stored = singleReference(desc, slot);
     const std::int32_t former = stored;
@@ -443,7 +434,7 @@ void setCountedReference(Scene& scene, const SlotEntry& slot, std::int32_t index
 
 void discountList(const Scene& scene, const SlotEntry& slot, std::int32_t index,
                   const void* desc) noexcept {
-  SlotCounts* const counts = keptCounts(scene, slot, index);
+  SlotCounts* const counts = keptCounts(scene, slot);
   if (!counts) return;
   try {
     if (counts->uncounted.insert(index).second) removeAll(slot, *counts, desc);
@@ -456,10 +447,13 @@ void discountList(const Scene& scene, const SlotEntry& slot, std::int32_t index,
 
 void replaceReferenceList(Scene& scene, const SlotEntry& slot, std::int32_t index, void* desc,
                           std::vector<std::int32_t>&& words) noexcept {
-  if (SlotCounts* counts = countsWith(scene, slot, index)) removeAll(slot, *counts, desc);
+  const bool live = referrerAt(scene, slot.owner, index).live;
+  SlotCounts* const counts = live ? countsWith(scene, slot, index) : nullptr;
+  if (counts) removeAll(slot, *counts, desc);
   referenceList(desc, slot) = std::move(words);
   noteNewList(scene, slot, index);
-  if (SlotCounts* counts = keptCounts(scene, slot, index)) addAll(scene, slot, *counts, desc);
+  if (!live) return;
+  if (SlotCounts* kept = keptCounts(scene, slot)) addAll(scene, slot, *kept, desc);
 }
 
 }  // namespace vrnt::data

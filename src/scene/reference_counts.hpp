@@ -33,41 +33,51 @@ inline bool countsAreKept(const Scene& scene) noexcept {
 
 namespace detail {
 
-void countAddedObject(const Scene& scene, ObjectClass objectClass, std::int32_t index) noexcept;
-void discountRemovedObject(const Scene& scene, ObjectClass objectClass,
-                           std::int32_t index) noexcept;
-void setCountedReference(Scene& scene, const SlotEntry& slot, std::int32_t index, void* desc,
-                         std::uint32_t word);
+void countAddedObject(const Scene& scene, ObjectClass objectClass, const void* desc) noexcept;
+// The Desc is null for a free slot, and for a class without slots.
+void discountRemovedObject(const Scene& scene, ObjectClass objectClass, std::int32_t index,
+                           const void* desc) noexcept;
+void setCountedReference(Scene& scene, const SlotEntry& slot, std::int32_t index, bool live,
+                         void* desc, std::uint32_t word);
 void discountList(const Scene& scene, const SlotEntry& slot, std::int32_t index,
                   const void* desc) noexcept;
 
 }  // namespace detail
 
 /// Updates the counts for a new object. Call it after the object became live with its references.
-inline void noteAddition(Scene& scene, ObjectClass objectClass, std::uint32_t index) noexcept {
-  std::uint32_t& additions = detail::SceneAccess::additions(scene, objectClass);
+template <typename Desc>
+void noteAddition(Scene& scene, const Instance<Desc>& object) noexcept {
+  std::uint32_t& additions = detail::SceneAccess::additions(scene, ClassInfo<Desc>::kClass);
   // 0 means that a list was never handed out.
   if (++additions == 0) additions = 1;
-  if (countsAreKept(scene)) {
-    detail::countAddedObject(scene, objectClass, static_cast<std::int32_t>(index));
+  if constexpr (kSlotCount<Desc> != 0) {
+    if (countsAreKept(scene)) {
+      detail::countAddedObject(scene, ClassInfo<Desc>::kClass, &object.desc);
+    }
   }
 }
 
-/// Updates the counts for an object that is being removed. Call it before the slot is freed. The
-/// slot may be free already.
-inline void noteRemoval(Scene& scene, ObjectClass objectClass, std::int32_t index) noexcept {
-  if (countsAreKept(scene)) detail::discountRemovedObject(scene, objectClass, index);
+/// Updates the counts for an object of any class that is being removed. Call it before the slot is
+/// freed. The slot may be free already.
+template <typename Desc>
+void noteRemoval(Scene& scene, const Stored<Desc>& object, std::int32_t index) noexcept {
+  if (!countsAreKept(scene)) return;
+  const void* desc = nullptr;
+  if constexpr (kSlotCount<Desc> != 0) desc = object.live() ? &object.desc : nullptr;
+  detail::discountRemovedObject(scene, ClassInfo<Desc>::kClass, index, desc);
 }
 
-/// Stores `word` in a single slot of an object. If the slot is a list, changes its length to `word`
-/// instead. `desc` is the object's Desc.
+/// Stores `word` in the single slot at a position below kSlotCount. If the slot is a list, changes
+/// its length to `word` instead.
 /// Errors: throws std::bad_alloc, with nothing changed.
-inline void setReference(Scene& scene, const SlotEntry& slot, std::int32_t index, void* desc,
-                         std::uint32_t word) {
-  if (slot.form == SlotForm::Single && !countsAreKept(scene)) {
-    singleReference(desc, slot) = static_cast<std::int32_t>(word);
+template <typename Desc>
+void setReference(Scene& scene, Instance<Desc>& object, std::int32_t index, std::uint32_t position,
+                  std::uint32_t word) {
+  if (isSingle<Desc>(position) && !countsAreKept(scene)) {
+    singleReferenceAt(object.desc, position) = static_cast<std::int32_t>(word);
   } else {
-    detail::setCountedReference(scene, slot, index, desc, word);
+    detail::setCountedReference(scene, *findSlot<Desc>(position), index, object.live(),
+                                &object.desc, word);
   }
 }
 
@@ -78,12 +88,16 @@ void replaceReferenceList(Scene& scene, const SlotEntry& slot, std::int32_t inde
 /// Notes that a host can write to the elements of a list. Call it before they are handed out. Does
 /// nothing for single slots, coded lists and empty lists.
 template <typename Desc>
-void noteListHandedOut(Scene& scene, const SlotEntry& slot, std::int32_t index) noexcept {
+void noteListHandedOut(Scene& scene, Instance<Desc>& object, std::int32_t index,
+                       std::uint32_t position) noexcept {
   if constexpr (detail::hasPlainList<Desc>()) {
-    Instance<Desc>& object = writable<Desc>(scene).at(index);
-    if (slot.form != SlotForm::List || referenceList(&object.desc, slot).empty()) return;
-    object.listHandedOut = detail::SceneAccess::additions(scene, slot.owner);
-    if (countsAreKept(scene)) detail::discountList(scene, slot, index, &object.desc);
+    const SlotEntry* const list = findList<Desc>(position);
+    if (!list || list->form != SlotForm::List) return;
+    if (referenceList(&object.desc, *list).empty()) return;
+    object.listHandedOut = detail::SceneAccess::additions(scene, ClassInfo<Desc>::kClass);
+    if (object.live() && countsAreKept(scene)) {
+      detail::discountList(scene, *list, index, &object.desc);
+    }
   }
 }
 

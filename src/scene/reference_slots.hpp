@@ -37,25 +37,57 @@ inline const std::vector<std::int32_t>& referenceList(const void* desc, const Sl
                                                              slot.offset);
 }
 
+/// Returns whether the slot at a position is a single one.
+template <typename Desc>
+constexpr bool isSingle([[maybe_unused]] std::uint32_t position) {
+  if constexpr (kSingleSlotCount<Desc> == 0) {
+    return false;
+  } else {
+    return position < kSingleSlotCount<Desc>;
+  }
+}
+
 /// Returns the size in bytes of all single slots of a class, with which each Desc begins.
 inline std::size_t singleReferencesSize(const ClassEntry& owner) {
   return owner.singleSlots * sizeof(std::int32_t);
 }
 
-/// Returns the index in a single slot, or the length of a list.
-inline std::int32_t referenceOrCount(const void* desc, const SlotEntry& slot) {
-  if (slot.form == SlotForm::Single) return singleReference(desc, slot);
-  return static_cast<std::int32_t>(referenceList(desc, slot).size());
+/// Returns the single slot at a position below kSingleSlotCount.
+template <typename Desc>
+std::int32_t& singleReferenceAt(Desc& desc, std::uint32_t position) {
+  return reinterpret_cast<std::int32_t*>(&desc)[position];
+}
+template <typename Desc>
+std::int32_t singleReferenceAt(const Desc& desc, std::uint32_t position) {
+  return reinterpret_cast<const std::int32_t*>(&desc)[position];
 }
 
-/// Returns a pointer to the first element of a list; null for an empty list and a single slot.
-inline std::int32_t* referenceElements(void* desc, const SlotEntry& slot) {
-  if (slot.form == SlotForm::Single) return nullptr;
-  std::vector<std::int32_t>& list = referenceList(desc, slot);
-  return list.empty() ? nullptr : list.data();
+/// Returns the list at a position; null for a single slot and past the last slot.
+template <typename Desc>
+const SlotEntry* findList(std::uint32_t position) {
+  return isSingle<Desc>(position) ? nullptr : findSlot<Desc>(position);
 }
-inline const std::int32_t* referenceElements(const void* desc, const SlotEntry& slot) {
-  return referenceElements(const_cast<void*>(desc), slot);
+
+/// The index in the single slot at a position; the length of a list; 0 past the last slot.
+template <typename Desc>
+std::int32_t referenceOrCount(const Desc& desc, std::uint32_t position) {
+  if (isSingle<Desc>(position)) return singleReferenceAt(desc, position);
+  const SlotEntry* const list = findSlot<Desc>(position);
+  return list ? static_cast<std::int32_t>(referenceList(&desc, *list).size()) : 0;
+}
+
+/// The first element of the list at a position; null for an empty one, for a single slot and past
+/// the last slot.
+template <typename Desc>
+std::int32_t* referenceElements(Desc& desc, std::uint32_t position) {
+  const SlotEntry* const list = findList<Desc>(position);
+  if (!list) return nullptr;
+  std::vector<std::int32_t>& words = referenceList(&desc, *list);
+  return words.empty() ? nullptr : words.data();
+}
+template <typename Desc>
+const std::int32_t* referenceElements(const Desc& desc, std::uint32_t position) {
+  return referenceElements(const_cast<Desc&>(desc), position);
 }
 
 }  // namespace vrnt::data

@@ -189,7 +189,7 @@ void ImportObjects::instances() {
     copy(from.slots[i], object);
     object.deleted = false;
     to.occupied(added);
-    noteAddition(target_, ClassInfo<Desc>::kClass, added);
+    noteAddition(target_, object);
     countWholeChange(object);
     countClassChange<Desc>(target_);
     maps_.template get<Desc>().add(static_cast<std::int32_t>(i), static_cast<std::int32_t>(added));

@@ -3,12 +3,14 @@
 #ifndef VORNATH_TYPES_EXTENTS_HPP
 #define VORNATH_TYPES_EXTENTS_HPP
 
+#include <algorithm>
 #include <array>
 #include <bit>
 #include <compare>
 #include <concepts>
 #include <cstddef>
 #include <cstdint>
+#include <cstring>
 #include <optional>
 #include <string>
 #include <string_view>
@@ -98,6 +100,16 @@ class Extents {
   bool known_ = false;
   std::array<std::int32_t, kMaxRank> extents_{};
 };
+
+/// Stores the extents of an array, as Extents has them, in as many words as its rank.
+template <typename D>
+void storeExtents(const Type::TArrayND<D>& array, std::int32_t* words) {
+  if (array.shape) {
+    std::memcpy(words, &*array.shape, sizeof(D));
+  } else {
+    std::fill_n(words, Type::TArrayND<D>::kRank, -1);
+  }
+}
 
 /// The element type and the extents of an array type of any rank.
 struct ArrayDesc {

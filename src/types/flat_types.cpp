@@ -14,7 +14,6 @@
 #include "types/wrong_kind.hpp"
 #include "vornath_data/types.h"
 
-using qex::vornath::Extents;
 using qex::vornath::InternedType;
 using qex::vornath::raiseWrongKind;
 using qex::vornath::Type;
@@ -153,7 +152,7 @@ void vrntTypeArrayShape(const vrntType_t* type, int32_t* shape) {
   visitType(
       type,
       [shape]<typename D>(const Type::TArrayND<D>& array) {
-        std::copy_n(Extents(array).begin(), Type::TArrayND<D>::kRank, shape);
+        qex::vornath::storeExtents(array, shape);
       },
       [type](const auto&) { raiseWrongKind("vrntTypeArrayShape", "an array", typeOf(type)); });
 }

@@ -41,10 +41,15 @@ Visit rule(const TEnum& a, const TEnum& b) { return decided(sameNames(a, b)); }
 
 Visit rule(const TStruct& a, const TStruct& b) {
   if (!sameLabels(a, b)) return Visit::stop();
+  // Most fields are of one type on both sides: the walk needs those from the first to the last
+  // that aren't.
+  const auto alike = [&](std::size_t i) { return a.fields[i].type == b.fields[i].type; };
   std::size_t first = 0;
-  while (first < a.fields.size() && a.fields[first].type == b.fields[first].type) ++first;
-  // Most fields are of one type on both sides.
-  return first == a.fields.size() ? Visit::leaf() : Visit::parts(a.fields.size(), first);
+  std::size_t end = a.fields.size();
+  while (first < end && alike(first)) ++first;
+  if (first == end) return Visit::leaf();
+  while (alike(end - 1)) --end;
+  return Visit::parts(end, first);
 }
 
 template <typename D>
@@ -95,14 +100,9 @@ Pair part(const Leaf&, const Leaf&, std::size_t) {
 }
 
 Pair partOf(const Pair& pair, std::size_t i) {
-  // Most parts are fields.
-  if (const auto* const a = pair.a->getIf<TStruct>()) {
-    return part(*a, *pair.b->getIf<TStruct>(), i);
-  }
+  // A pair with parts is of one kind.
   return std::visit(
-      [&](const auto& a) {
-        return part(a, std::get<std::decay_t<decltype(a)>>(pair.b->desc()), i);
-      },
+      [&](const auto& a) { return part(a, *pair.b->getIf<std::decay_t<decltype(a)>>(), i); },
       pair.a->desc());
 }
 
@@ -199,7 +199,9 @@ bool isSubTypeGivenParts(const InternedType& a, const InternedType& b) {
 }
 
 bool isSubType(const InternedType& a, const InternedType& b) {
-  return &a.stripped() == &b.stripped() || Relation<false>().holds(a.stripped(), b.stripped());
+  if (&a.stripped() == &b.stripped()) return true;
+  Relation<false> relation;
+  return relation.holds(a.stripped(), b.stripped());
 }
 
 std::optional<std::string> checkSubType(const InternedType& a, const InternedType& b) {

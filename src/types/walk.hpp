@@ -64,6 +64,9 @@ class Walk {
       boost::container::small_vector_options_t<
           boost::container::growth_factor<boost::container::growth_factor_100>>>;
 
+  // Not defaulted: `Walk()` would fill the room for the levels with zeros.
+  Walk() {}  // NOLINT(modernize-use-equals-default)
+
   /// Returns whether the walk visited the whole root. If it was stopped, the levels around the node
   /// at which it stopped stay open.
   template <typename Visitor>

@@ -68,9 +68,9 @@ class Printer {
       part.options.indent += kIndentStep;
       if (node.options.multiline) text_.append(part.options.indent, ' ');
       text_ += structure->fields[i].label;
-      text_ += " = ";
+      put(" = ");
     } else if (i != 0) {
-      text_ += ", ";
+      put(", ");
     }
     return part;
   }
@@ -96,7 +96,7 @@ class Printer {
     appendText(text_, *node.type);
     text_ += '(';
     for (std::uint32_t lane = 0; lane < info.lanes; ++lane) {
-      if (lane != 0) text_ += ", ";
+      if (lane != 0) put(", ");
       printLane(info.family, node.data + lane * info.laneSize, false);
     }
     text_ += ')';
@@ -105,21 +105,24 @@ class Printer {
 
   Visit begin(const Type::TEnum& enumeration, const Node& node) {
     text_ += enumeration.constructorName(load<std::int32_t>(node.data));
-    text_ += " : ";
+    put(" : ");
     appendText(text_, *node.type);
     return Visit::leaf();
   }
 
   Visit begin(const Type::TStruct& structure, Node& node) {
-    text_ += '{';
-    text_ += node.options.multiline ? '\n' : ' ';
+    if (node.options.multiline) {
+      put("{\n");
+    } else {
+      put("{ ");
+    }
     return openParts(structure, node);
   }
 
   template <typename D>
   Visit begin(const Type::TArrayND<D>& array, Node& node) {
     Extents(array).requireKnown();
-    text_ += "[ ";
+    put("[ ");
     return openParts(array, node);
   }
 
@@ -142,7 +145,7 @@ class Printer {
   }
 
   Visit begin(const Type::TFun&, const Node&) {
-    text_ += "<<function>>";
+    put("<<function>>");
     return Visit::leaf();
   }
 
@@ -153,8 +156,11 @@ class Printer {
   }
 
   void endField(const Options& options) {
-    text_ += ';';
-    text_ += options.multiline ? '\n' : ' ';
+    if (options.multiline) {
+      put(";\n");
+    } else {
+      put("; ");
+    }
   }
 
   void endArray(const Node& array) {
@@ -167,7 +173,7 @@ class Printer {
     // What tells an array of several dimensions from its neighbours of other extents.
     const Extents extents = arrayDesc(array.type->desc())->extents;
     if (extents.rank() > 1) text_.append(" | ").append(extents.text(", "));
-    text_ += " ]";
+    put(" ]");
   }
 
   void printLane(BaseFamily family, const char* at, bool exact) {
@@ -176,10 +182,11 @@ class Printer {
         text_ += load<std::uint32_t>(at) != 0 ? "true" : "false";
         return;
       case BaseFamily::Int:
-        print("{}", load<std::int32_t>(at));
+        printInt(load<std::int32_t>(at));
         return;
       case BaseFamily::Char:
-        print("{}c", static_cast<unsigned>(load<std::uint8_t>(at)));
+        printInt(load<std::uint8_t>(at));
+        text_ += 'c';
         return;
       case BaseFamily::Float:
         if (exact) {
@@ -199,12 +206,23 @@ class Printer {
     }
   }
 
+  void printInt(std::int32_t number) {
+    const fmt::format_int digits(number);
+    text_.append(digits.data(), digits.size());
+  }
+
   void printFloat(float number) {
     if (std::isnan(number)) {
-      text_ += "NaN";
+      put("NaN");
     } else {
       print("{:#}", number);
     }
+  }
+
+  // A literal, whose length is known where it stands.
+  template <std::size_t N>
+  void put(const char (&literal)[N]) {
+    text_.append(literal, N - 1);
   }
 
   template <typename... Args>
