@@ -27,7 +27,7 @@ concept DimensionRecord = std::same_as<D, int> || std::same_as<D, index2> ||
 /// Returns the members of such a record, the fastest dimension first.
 template <DimensionRecord D>
 constexpr auto dimensions(const D& record) {
-  return std::bit_cast<std::array<std::int32_t, sizeof(D) / sizeof(std::int32_t)>>(record);
+  return std::bit_cast<std::array<std::int32_t, Type::TArrayND<D>::kRank>>(record);
 }
 
 /// A rank and its extents, the fastest dimension first. Either all extents are known or none is. An
@@ -39,7 +39,7 @@ class Extents {
   /// Returns the extents of an unsized array. `rank` is from 1 to kMaxRank.
   static constexpr Extents unknown(std::size_t rank) { return Extents(rank); }
 
-  // Implicit: each of these types denotes the extents of an array.
+  // NOLINTBEGIN(google-explicit-constructor): each of these types denotes the extents of an array.
 
   template <DimensionRecord D>
   constexpr Extents(const D& record) : Extents(dimensions(record).size()) {
