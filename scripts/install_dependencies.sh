@@ -22,7 +22,10 @@ for purpose in "$@"; do
       ;;
     # The tests inspect the built library, call pkg-config, and compute colours with Python.
     tests) packages="$packages binutils libgtest-dev pkg-config python3" ;;
-    bench) packages="$packages libbenchmark-dev" ;;
+    # The libraries behind the first are optional yardsticks.
+    bench)
+      packages="$packages libbenchmark-dev libhdf5-dev libprotobuf-dev libprotoc-dev rapidjson-dev"
+      ;;
     coverage) packages="$packages gcovr" ;;
     tidy) packages="$packages clang-tidy" ;;
     fuzz) packages="$packages clang libclang-rt-14-dev" ;;
