@@ -96,7 +96,7 @@ struct Run {
 
 // Adds the runs of the fields of `to`, each from the field of `from` that has its label.
 void addRuns(std::vector<Run>& runs, const vrntValueView_t& from, const vrntValueView_t& to) {
-  if (vrntTypeFieldCount(to.type) == 0) {
+  if (vrntTypeDescriptor(to.type) != VRNT_DESCRIPTOR_STRUCT) {
     const Run run{from.offset, to.offset, vrntTypeSize(to.type)};
     // The padding between two runs may be copied with them.
     if (!runs.empty() && runs.back().from < run.from &&

@@ -18,10 +18,9 @@ constexpr std::uint64_t kValues = 10'000;
 
 // The compound type of a struct, or the type of a leaf, with the library's sizes and offsets.
 hid_t hdf5Type(const vrntType_t* type) {
-  const std::uint32_t fields = vrntTypeFieldCount(type);
-  if (fields > 0) {
+  if (vrntTypeDescriptor(type) == VRNT_DESCRIPTOR_STRUCT) {
     const hid_t compound = H5Tcreate(H5T_COMPOUND, vrntTypeSize(type));
-    for (std::uint32_t i = 0; i < fields; ++i) {
+    for (std::uint32_t i = 0; i < vrntTypeFieldCount(type); ++i) {
       vrntValueView_t field;
       vrntValueStructField(&field, type, i);
       const hid_t member = hdf5Type(field.type);

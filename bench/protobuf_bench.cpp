@@ -23,16 +23,16 @@ using bench::Schema;
 
 std::string quoted(const std::string& text) { return "\"" + text + "\""; }
 
-// The annotations are custom options, apart from the default, which protobuf has for single fields.
+// The annotations are one custom option with several fields, apart from the default, which protobuf
+// has for single fields.
 std::string options(const Leaf& leaf) {
-  std::string text = leaf.kind == Leaf::Kind::Float3
-                         ? "(default) = " + quoted(leaf.components[0] + ", " + leaf.components[1] +
-                                                   ", " + leaf.components[2])
-                         : "default = " + leaf.components[0];
-  text += ", (desc) = " + quoted(leaf.description);
-  if (!leaf.limits.empty()) text += ", (max) = 1000.0, (min) = 0.0";
-  text += ", (name) = " + quoted(leaf.name);
-  if (!leaf.more.empty()) text += ", (soft_max) = 1.0";
+  std::string text = "(ui) = { desc: " + quoted(leaf.description);
+  if (!leaf.limits.empty()) text += " max: 1000.0 min: 0.0";
+  text += " name: " + quoted(leaf.name);
+  if (!leaf.more.empty()) text += " soft_max: 1.0";
+  text += " }";
+  if (leaf.kind != Leaf::Kind::Float3)
+    return " [default = " + leaf.components[0] + ", " + text + "]";
   return " [" + text + "]";
 }
 

@@ -1,5 +1,6 @@
 // The yardstick of printed values: RapidJSON writes the same labels and numbers, from doubles that
-// have as few digits as the library prints.
+// have as few digits as the library prints. An enum is a string with its type, as in the library's
+// text.
 #include <benchmark/benchmark.h>
 #include <rapidjson/stringbuffer.h>
 #include <rapidjson/writer.h>
@@ -22,6 +23,7 @@ void writeText(Writer& writer, const std::string& text) {
 struct Entry {
   const bench::Leaf* leaf;
   std::vector<double> numbers;
+  std::string text;
 };
 
 struct Group {
@@ -34,7 +36,7 @@ std::vector<Group> numbersOf(const bench::Schema& schema) {
   for (const bench::Part& part : schema.parts) {
     Group group{&part, {}};
     for (const bench::Leaf& leaf : part.leaves) {
-      Entry entry{&leaf, {}};
+      Entry entry{&leaf, {}, bench::defaultText(leaf)};
       for (const std::string& component : leaf.components) {
         entry.numbers.push_back(component == "true" ? 1 : std::strtod(component.c_str(), nullptr));
       }

@@ -125,18 +125,6 @@ std::string leafType(const Leaf& leaf) {
   std::abort();
 }
 
-std::string defaultText(const Leaf& leaf) {
-  const auto& c = leaf.components;
-  switch (leaf.kind) {
-    case Leaf::Kind::Float3:
-      return "float3(" + c[0] + ", " + c[1] + ", " + c[2] + ")";
-    case Leaf::Kind::Enum:
-      return c[0] + " : " + enumText();
-    default:
-      return c[0];
-  }
-}
-
 // With a blank in front of each annotation. Keys are in byte order, as in canonical text.
 std::string annotations(const Leaf& leaf) {
   std::string text = " @default=" + defaultText(leaf) + " @desc=\"" + leaf.description + "\"";
@@ -160,6 +148,18 @@ std::string partText(const Part& part, Form form) {
 }
 
 }  // namespace
+
+std::string defaultText(const Leaf& leaf) {
+  const auto& c = leaf.components;
+  switch (leaf.kind) {
+    case Leaf::Kind::Float3:
+      return "float3(" + c[0] + ", " + c[1] + ", " + c[2] + ")";
+    case Leaf::Kind::Enum:
+      return c[0] + " : " + enumText();
+    default:
+      return c[0];
+  }
+}
 
 const Schema& schemaXS() {
   static const Schema schema = [] {

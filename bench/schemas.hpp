@@ -31,6 +31,9 @@ struct Leaf {
 // The constructors of each leaf of kind Enum, in the order of their codes.
 extern const std::vector<std::string> kConstructors;
 
+/// The default of a leaf, as it stands in the text of a value.
+std::string defaultText(const Leaf& leaf);
+
 // A struct of leaves.
 struct Part {
   std::string label;  // empty if the struct is the whole schema
