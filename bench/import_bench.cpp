@@ -3,14 +3,11 @@
 #include <benchmark/benchmark.h>
 #include <unistd.h>
 
-#include <array>
-#include <cstdint>
 #include <filesystem>
 #include <string>
 
-#include "vornath_data/catalogue/mesh.hpp"
+#include "scenes.hpp"
 #include "vornath_data/handles.hpp"
-#include "vornath_data/parameters.h"
 #include "vornath_data/scene.hpp"
 #include "vornath_data/vrdm.h"
 #include "vornath_data/vrnt.h"
@@ -21,46 +18,11 @@ constexpr int kShapes = 100'000;
 
 using vrnt::UniqueScene;
 
-// Makes a mesh for each shape, and for every hundred shapes a transformation group and a material
-// with a texture in its value.
-UniqueScene build(int shapes) {
-  UniqueScene made(vrdmCreateScene());
-  vrdmScene_t* const scene = made.get();
-  const int shared = shapes / 100;
-  const vrnt::detail::MeshDesc mesh{0, 1, 0, 0};
-  const std::array<char, 44> vertex{};
-  const std::array<std::int32_t, 5> texture = {1, 1, 1, 2, 0};
-  vrntValuesError_t* error = nullptr;
-  vrntType_t* const type = vrntTypeMaterialParam(VRNT_MATERIAL_PARAM_COLOUR);
-  for (int i = 0; i < shared; ++i) {
-    AssetStorage* pixel = vrdmAssetStorageCopy("rgb", 3);
-    vrdmAddAsset(scene, VRDM_CLASS_TEXTURE, texture.data(), &pixel);
-    vrdmAssetStorageRelease(pixel);
-    vrdmCreateInstance(scene, VRDM_CLASS_TRANSFORMATION_GROUP);
-    const auto material = static_cast<std::int32_t>(vrdmCreateInstance(scene, VRDM_CLASS_MATERIAL));
-    vrntValue_t* const value = vrntValueCreate(type, &error);
-    vrdmSetInstanceValue(scene, VRDM_CLASS_MATERIAL, material, value);
-    vrntValueDestroy(value);
-  }
-  vrntTypeDestroy(type);
-  for (int i = 0; i < shapes; ++i) {
-    AssetStorage* storage = vrdmAssetStorageCopy(vertex.data(), vertex.size());
-    const std::uint32_t added = vrdmAddAsset(scene, VRDM_CLASS_MESH, &mesh, &storage);
-    vrdmAssetStorageRelease(storage);
-    const auto shape = static_cast<std::int32_t>(vrdmCreateInstance(scene, VRDM_CLASS_SHAPE));
-    const auto one = static_cast<std::uint32_t>(i % shared);
-    vrdmSetReference(scene, VRDM_CLASS_SHAPE, shape, 0, one);
-    vrdmSetReference(scene, VRDM_CLASS_SHAPE, shape, 1, added);
-    vrdmSetReference(scene, VRDM_CLASS_SHAPE, shape, 3, one);
-  }
-  return made;
-}
-
 void importScene(benchmark::State& state, int shapes) {
-  const UniqueScene source = build(shapes);
+  const UniqueScene source = bench::makeMeshes(shapes);
   for (auto _ : state) {
     state.PauseTiming();
-    UniqueScene target = build(shapes);
+    UniqueScene target = bench::makeMeshes(shapes);
     state.ResumeTiming();
     benchmark::DoNotOptimize(target->import(*source));
     state.PauseTiming();
@@ -70,7 +32,7 @@ void importScene(benchmark::State& state, int shapes) {
 }
 
 void writeAndRead(benchmark::State& state, int shapes) {
-  const UniqueScene source = build(shapes);
+  const UniqueScene source = bench::makeMeshes(shapes);
   const std::string path =
       (std::filesystem::temp_directory_path() / "vornath_bench_import.vrnscene").string();
   for (auto _ : state) {

@@ -41,7 +41,9 @@ void printAim(std::string_view row, std::string_view yardstick) {
 void RatioReporter::ReportRuns(const std::vector<Run>& runs) {
   ConsoleReporter::ReportRuns(runs);
   for (const Run& run : runs) {
-    if (run.run_type != Run::RT_Aggregate || run.aggregate_name != "median") continue;
+    // A row with one repetition has no median.
+    const bool single = run.run_type == Run::RT_Iteration && run.repetitions == 1;
+    if (!single && run.aggregate_name != "median") continue;
     // The time of the processor, since other programs disturb it less, unless the row asks for the
     // time that passes.
     const double measured = run.run_name.time_type == "real_time" ? run.GetAdjustedRealTime()
