@@ -51,9 +51,9 @@ void writeAndRead(benchmark::State& state, int shapes) {
 
 void registerPair(const std::string& name, int shapes, const std::string& label,
                   void (*yardstick)(benchmark::State&, int), int yardstickShapes) {
-  benchmark::RegisterBenchmark(name.c_str(), importScene, shapes)->UseRealTime();
+  benchmark::RegisterBenchmark(name.c_str(), importScene, shapes)->MeasureProcessCPUTime();
   benchmark::RegisterBenchmark((name + "/" + label).c_str(), yardstick, yardstickShapes)
-      ->UseRealTime();
+      ->MeasureProcessCPUTime();
 }
 
 const int registered = [] {

@@ -20,13 +20,18 @@ struct Aim {
 
 constexpr Aim kAims[] = {
 #define AIM(row, yardstick, ratio) {row, yardstick, ratio},
+#define SHOWN(row, yardstick)
 #include "aims.def"
+#undef SHOWN
 #undef AIM
 };
 
 std::optional<double> aimOf(std::string_view row, std::string_view yardstick) {
   for (const Aim& aim : kAims) {
-    if (aim.row == row && aim.yardstick == yardstick) return aim.ratio;
+    const bool matches = aim.row.ends_with('*')
+                             ? row.starts_with(aim.row.substr(0, aim.row.size() - 1))
+                             : row == aim.row;
+    if (matches && aim.yardstick == yardstick) return aim.ratio;
   }
   return std::nullopt;
 }
@@ -46,8 +51,9 @@ void RatioReporter::ReportRuns(const std::vector<Run>& runs) {
     if (!single && run.aggregate_name != "median") continue;
     // The time of the processor, since other programs disturb it less, unless the row asks for the
     // time that passes.
-    const double measured = run.run_name.time_type == "real_time" ? run.GetAdjustedRealTime()
-                                                                  : run.GetAdjustedCPUTime();
+    const double measured = run.run_name.time_type.ends_with("real_time")
+                                ? run.GetAdjustedRealTime()
+                                : run.GetAdjustedCPUTime();
     const double time = measured * 1e9 / benchmark::GetTimeUnitMultiplier(run.time_unit);
     const auto& [name, size] = std::tie(run.run_name.function_name, run.run_name.args);
     if (size.empty()) {

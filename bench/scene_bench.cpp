@@ -206,8 +206,9 @@ UniqueScene manyShapes() { return bench::makeShapes(kShapes); }
 
 using OfScene = void (*)(benchmark::State&, UniqueScene (*)());
 
+// The time is that of all threads: other programs disturb it less than the time that passes.
 void add(const std::string& name, UniqueScene (*make)(), OfScene measure) {
-  benchmark::RegisterBenchmark(name.c_str(), measure, make)->UseRealTime();
+  benchmark::RegisterBenchmark(name.c_str(), measure, make)->MeasureProcessCPUTime();
 }
 
 const int registered = [] {
@@ -218,7 +219,7 @@ const int registered = [] {
   besideMany("vrdmCountReferences and vrdmRemove beside n shapes", countAndRemove);
   benchmark::RegisterBenchmark("first vrdmCountReferences beside 100,000 shapes", firstCount,
                                kShapes)
-      ->UseRealTime();
+      ->MeasureProcessCPUTime();
   const struct {
     std::string what;
     UniqueScene (*make)();
@@ -230,8 +231,11 @@ const int registered = [] {
     add("vrdmDeserialize of " + what + "/read into fresh memory", make, readFresh);
     add("vrdmDeserialize of " + what + "/read into huge pages", make, readHuge);
   }
-  add("vrdmSerialize over a file just written", manyShapes, serializeAgain);
-  add("vrdmSerialize over a file just written/to a new file", manyShapes, serialize);
+  // Here the time that passes counts, with what the file system waits for.
+  const std::string again = "vrdmSerialize over a file just written";
+  benchmark::RegisterBenchmark(again.c_str(), serializeAgain, manyShapes)->UseRealTime();
+  benchmark::RegisterBenchmark((again + "/to a new file").c_str(), serialize, manyShapes)
+      ->UseRealTime();
   return 0;
 }();
 

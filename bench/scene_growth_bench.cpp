@@ -103,12 +103,12 @@ void dump(benchmark::State& state) {
 
 const int registered = [] {
   const auto growth = [](const char* name, void (*measure)(benchmark::State&)) {
-    benchmark::RegisterBenchmark(name, measure)->Arg(10'000)->UseRealTime();
+    benchmark::RegisterBenchmark(name, measure)->Arg(10'000)->MeasureProcessCPUTime();
     benchmark::RegisterBenchmark(name, measure)
         ->Arg(1'000'000)
         ->Iterations(1)
         ->Repetitions(1)
-        ->UseRealTime();
+        ->MeasureProcessCPUTime();
   };
   growth("build n shapes", build);
   growth("vrdmSerialize of n shapes", save);
