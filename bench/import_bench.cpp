@@ -1,12 +1,11 @@
 // Import of a large scene into one of the same size. The yardsticks are to write the same scene to
 // a file and read it back, and to import half as many objects.
 #include <benchmark/benchmark.h>
-#include <unistd.h>
 
-#include <filesystem>
 #include <string>
 
 #include "scenes.hpp"
+#include "scratch_file.hpp"
 #include "vornath_data/handles.hpp"
 #include "vornath_data/scene.hpp"
 #include "vornath_data/vrdm.h"
@@ -33,20 +32,18 @@ void importScene(benchmark::State& state, int shapes) {
 
 void writeAndRead(benchmark::State& state, int shapes) {
   const UniqueScene source = bench::makeMeshes(shapes);
-  const std::string path =
-      (std::filesystem::temp_directory_path() / "vornath_bench_import.vrnscene").string();
+  const bench::ScratchFile file("import");
   for (auto _ : state) {
     state.PauseTiming();
-    unlink(path.c_str());
+    file.remove();
     state.ResumeTiming();
-    vrdmSerialize(source.get(), path.c_str());
-    UniqueScene copy(vrdmDeserialize(path.c_str()));
+    vrdmSerialize(source.get(), file.path());
+    UniqueScene copy(vrdmDeserialize(file.path()));
     if (!copy) state.SkipWithError("not read");
     state.PauseTiming();
     copy.reset();
     state.ResumeTiming();
   }
-  unlink(path.c_str());
 }
 
 void registerPair(const std::string& name, int shapes, const std::string& label,

@@ -11,12 +11,12 @@
 #include <cstdint>
 #include <cstdlib>
 #include <cstring>
-#include <filesystem>
 #include <optional>
 #include <string>
 #include <vector>
 
 #include "scenes.hpp"
+#include "scratch_file.hpp"
 #include "vornath_data/catalogue/material_graph.hpp"
 #include "vornath_data/catalogue/mesh.hpp"
 #include "vornath_data/handles.hpp"
@@ -40,18 +40,6 @@ UniqueScene largeAsset() {
   vrdmAssetStorageRelease(storage);
   return scene;
 }
-
-std::string filePath(const char* name) {
-  return (std::filesystem::temp_directory_path() / (std::string("vornath_bench_") + name)).string();
-}
-
-struct RemoveFile {
-  explicit RemoveFile(std::string path) : path_(std::move(path)) {}
-  RemoveFile(const RemoveFile&) = delete;
-  RemoveFile& operator=(const RemoveFile&) = delete;
-  ~RemoveFile() { unlink(path_.c_str()); }
-  std::string path_;
-};
 
 // Frees the first slot and takes it again, beside many others.
 void reuse(benchmark::State& state) {
@@ -99,38 +87,38 @@ void firstCount(benchmark::State& state, int shapes) {
 
 void serialize(benchmark::State& state, UniqueScene (*make)()) {
   const UniqueScene scene = make();
-  const RemoveFile file(filePath("written.vrnscene"));
+  const bench::ScratchFile file("written.vrnscene");
   for (auto _ : state) {
     state.PauseTiming();
-    unlink(file.path_.c_str());
+    file.remove();
     state.ResumeTiming();
-    vrdmSerialize(scene.get(), file.path_.c_str());
+    vrdmSerialize(scene.get(), file.path());
   }
 }
 
-std::size_t sizeOf(const std::string& path) {
+std::size_t sizeOf(const char* path) {
   struct stat status {};
-  return stat(path.c_str(), &status) == 0 ? static_cast<std::size_t>(status.st_size) : 0;
+  return stat(path, &status) == 0 ? static_cast<std::size_t>(status.st_size) : 0;
 }
 
 // Saves over the file that the iteration before has written.
 void serializeAgain(benchmark::State& state, UniqueScene (*make)()) {
   const UniqueScene scene = make();
-  const RemoveFile file(filePath("again.vrnscene"));
-  vrdmSerialize(scene.get(), file.path_.c_str());
-  for (auto _ : state) vrdmSerialize(scene.get(), file.path_.c_str());
+  const bench::ScratchFile file("again.vrnscene");
+  vrdmSerialize(scene.get(), file.path());
+  for (auto _ : state) vrdmSerialize(scene.get(), file.path());
 }
 
 void writePieces(benchmark::State& state, UniqueScene (*make)()) {
-  const RemoveFile file(filePath("pieces"));
-  vrdmSerialize(make().get(), file.path_.c_str());
-  const std::vector<char> bytes(sizeOf(file.path_), 1);
+  const bench::ScratchFile file("pieces");
+  vrdmSerialize(make().get(), file.path());
+  const std::vector<char> bytes(sizeOf(file.path()), 1);
   constexpr std::size_t piece = std::size_t{1} << 20;
   for (auto _ : state) {
     state.PauseTiming();
-    unlink(file.path_.c_str());
+    file.remove();
     state.ResumeTiming();
-    const int descriptor = open(file.path_.c_str(), O_WRONLY | O_CREAT | O_TRUNC, 0666);
+    const int descriptor = open(file.path(), O_WRONLY | O_CREAT | O_TRUNC, 0666);
     for (std::size_t done = 0; done < bytes.size(); done += piece) {
       const std::size_t count = std::min(piece, bytes.size() - done);
       if (write(descriptor, bytes.data() + done, count) < 0) state.SkipWithError("write failed");
@@ -140,10 +128,11 @@ void writePieces(benchmark::State& state, UniqueScene (*make)()) {
 }
 
 void deserialize(benchmark::State& state, UniqueScene (*make)()) {
-  const RemoveFile file(filePath("read.vrnscene"));
-  vrdmSerialize(make().get(), file.path_.c_str());
+  const bench::ScratchFile file("read.vrnscene");
+  vrdmSerialize(make().get(), file.path());
   for (auto _ : state) {
-    UniqueScene scene(vrdmDeserialize(file.path_.c_str()));
+    UniqueScene scene(vrdmDeserialize(file.path()));
+    if (!scene) state.SkipWithError("not read");
     state.PauseTiming();
     scene.reset();
     state.ResumeTiming();
@@ -176,12 +165,12 @@ class FreshMemory {
 };
 
 void readWhole(benchmark::State& state, UniqueScene (*make)(), bool huge) {
-  const RemoveFile file(filePath("whole.vrnscene"));
-  vrdmSerialize(make().get(), file.path_.c_str());
-  const std::size_t size = sizeOf(file.path_);
+  const bench::ScratchFile file("whole.vrnscene");
+  vrdmSerialize(make().get(), file.path());
+  const std::size_t size = sizeOf(file.path());
   for (auto _ : state) {
     std::optional<FreshMemory> memory(std::in_place, size, huge);
-    const int descriptor = open(file.path_.c_str(), O_RDONLY);
+    const int descriptor = open(file.path(), O_RDONLY);
     std::size_t done = 0;
     while (done < size) {
       const ssize_t count = read(descriptor, memory->data() + done, size - done);

@@ -4,13 +4,12 @@
 #include <benchmark/benchmark.h>
 #include <unistd.h>
 
-#include <cstdint>
-#include <filesystem>
+#include <fstream>
 #include <ostream>
 #include <streambuf>
-#include <string>
 
 #include "scenes.hpp"
+#include "scratch_file.hpp"
 #include "vornath_data/handles.hpp"
 #include "vornath_data/scene.hpp"
 #include "vornath_data/vrdm.h"
@@ -22,32 +21,32 @@ using vrnt::data::Scene;
 
 int shapesOf(const benchmark::State& state) { return static_cast<int>(state.range(0)); }
 
+// The memory of the process that is in RAM, in bytes.
+double resident() {
+  std::ifstream file("/proc/self/statm");
+  double pages = 0;
+  file >> pages >> pages;
+  return pages * static_cast<double>(sysconf(_SC_PAGESIZE));
+}
+
 void build(benchmark::State& state) {
+  double bytes = 0;
   for (auto _ : state) {
+    state.PauseTiming();
+    const double before = resident();
+    state.ResumeTiming();
     UniqueScene scene = bench::makeShapes(shapesOf(state));
     state.PauseTiming();
+    bytes = resident() - before;
     scene.reset();
     state.ResumeTiming();
   }
+  state.counters["bytes per shape"] = bytes / shapesOf(state);
 }
-
-class File {
- public:
-  File() : path_((std::filesystem::temp_directory_path() / "vornath_bench_growth").string()) {}
-  File(const File&) = delete;
-  File& operator=(const File&) = delete;
-  ~File() { remove(); }
-
-  const char* path() const { return path_.c_str(); }
-  void remove() const { unlink(path()); }
-
- private:
-  std::string path_;
-};
 
 void save(benchmark::State& state) {
   const UniqueScene scene = bench::makeShapes(shapesOf(state));
-  const File file;
+  const bench::ScratchFile file("growth");
   for (auto _ : state) {
     state.PauseTiming();
     file.remove();
@@ -57,7 +56,7 @@ void save(benchmark::State& state) {
 }
 
 void load(benchmark::State& state) {
-  const File file;
+  const bench::ScratchFile file("growth");
   vrdmSerialize(bench::makeShapes(shapesOf(state)).get(), file.path());
   for (auto _ : state) {
     UniqueScene scene(vrdmDeserialize(file.path()));

@@ -70,7 +70,6 @@ const int registered = [] {
     benchmark::RegisterBenchmark((name + "/flex scan").c_str(), scan, *schema);
   }
   benchmark::RegisterBenchmark("vrntTypeParse of n fields", parseFields)
-      ->Arg(100)
       ->Arg(1'000)
       ->Arg(10'000);
   // The number of iterations is set, since the preparation of each attempt takes long.
