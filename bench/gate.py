@@ -8,7 +8,7 @@ usage: gate.py --filter
              docs/performance.md
 
 The results are the JSON output of several runs. A row's figure is the median of the ratios of the
-runs. The exit status is 1 if a figure is more than 25 % above its aim, or if a row of aims.def was
+runs; the ratio of a run is that of the least times. The exit status is 1 if a figure is more than 25 % above its aim, or if a row of aims.def was
 not measured. A row whose optional yardstick is not installed is skipped.
 """
 
@@ -48,13 +48,15 @@ def print_filter():
 
 
 def read_times(path):
-    """Returns the medians of one run in ns: {name: time} and {name: {size: time}}."""
+    """Returns the times of one run in ns: {name: time} and {name: {size: time}}.
+
+    Each is the least of the repetitions, since whatever else the machine does only adds to a time.
+    """
     times, sizes = {}, {}
     for run in json.loads(pathlib.Path(path).read_text())["benchmarks"]:
         if run.get("error_occurred"):
             sys.exit(f"gate.py: {run['name']}: {run['error_message']}")
-        single = run["run_type"] == "iteration" and run["repetitions"] == 1
-        if not single and run.get("aggregate_name") != "median":
+        if run["run_type"] != "iteration":
             continue
         parts = run["run_name"].split("/")
         real = "real_time" in parts
@@ -62,9 +64,10 @@ def read_times(path):
             parts.pop()
         time = run["real_time" if real else "cpu_time"] * UNITS[run["time_unit"]]
         if len(parts) > 1 and parts[-1].isdigit():
-            sizes.setdefault("/".join(parts[:-1]), {})[int(parts[-1])] = time
+            place, key = sizes.setdefault("/".join(parts[:-1]), {}), int(parts[-1])
         else:
-            times["/".join(parts)] = time
+            place, key = times, "/".join(parts)
+        place[key] = min(time, place.get(key, time))
     return times, sizes
 
 

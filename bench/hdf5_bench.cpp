@@ -3,6 +3,7 @@
 #include <benchmark/benchmark.h>
 #include <hdf5.h>
 
+#include <algorithm>
 #include <array>
 #include <cstdint>
 #include <string>

@@ -25,7 +25,7 @@ void importScene(benchmark::State& state, int shapes) {
     state.ResumeTiming();
     benchmark::DoNotOptimize(target->import(*source));
     state.PauseTiming();
-    target.reset();
+    bench::destroy(target);
     state.ResumeTiming();
   }
 }
@@ -41,7 +41,7 @@ void writeAndRead(benchmark::State& state, int shapes) {
     UniqueScene copy(vrdmDeserialize(file.path()));
     if (!copy) state.SkipWithError("not read");
     state.PauseTiming();
-    copy.reset();
+    bench::destroy(copy);
     state.ResumeTiming();
   }
 }

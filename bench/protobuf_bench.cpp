@@ -9,6 +9,7 @@
 #include <google/protobuf/io/zero_copy_stream_impl_lite.h>
 #include <google/protobuf/text_format.h>
 
+#include <cstdlib>
 #include <memory>
 #include <string>
 

@@ -79,7 +79,7 @@ void firstCount(benchmark::State& state, int shapes) {
     state.ResumeTiming();
     benchmark::DoNotOptimize(vrdmCountReferences(scene.get(), VRDM_CLASS_MESH, 0));
     state.PauseTiming();
-    scene.reset();
+    bench::destroy(scene);
     state.ResumeTiming();
   }
   vrdmAssetStorageRelease(storage);
@@ -134,7 +134,7 @@ void deserialize(benchmark::State& state, UniqueScene (*make)()) {
     UniqueScene scene(vrdmDeserialize(file.path()));
     if (!scene) state.SkipWithError("not read");
     state.PauseTiming();
-    scene.reset();
+    bench::destroy(scene);
     state.ResumeTiming();
   }
 }

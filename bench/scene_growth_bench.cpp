@@ -38,7 +38,7 @@ void build(benchmark::State& state) {
     UniqueScene scene = bench::makeShapes(shapesOf(state));
     state.PauseTiming();
     bytes = resident() - before;
-    scene.reset();
+    bench::destroy(scene);
     state.ResumeTiming();
   }
   state.counters["bytes per shape"] = bytes / shapesOf(state);
@@ -62,7 +62,7 @@ void load(benchmark::State& state) {
     UniqueScene scene(vrdmDeserialize(file.path()));
     if (!scene) state.SkipWithError("not read");
     state.PauseTiming();
-    scene.reset();
+    bench::destroy(scene);
     state.ResumeTiming();
   }
 }
@@ -75,7 +75,7 @@ void import(benchmark::State& state) {
     state.ResumeTiming();
     benchmark::DoNotOptimize(target->import(*source));
     state.PauseTiming();
-    target.reset();
+    bench::destroy(target);
     state.ResumeTiming();
   }
 }

@@ -1,5 +1,7 @@
 #include "scenes.hpp"
 
+#include <malloc.h>
+
 #include <array>
 #include <cstdint>
 
@@ -73,6 +75,11 @@ UniqueScene makeMeshes(int shapes) {
     vrdmSetReference(scene, VRDM_CLASS_SHAPE, shape, 3, one);
   }
   return made;
+}
+
+void destroy(UniqueScene& scene) {
+  scene.reset();
+  malloc_trim(0);
 }
 
 }  // namespace bench

@@ -69,9 +69,7 @@ const int registered = [] {
     benchmark::RegisterBenchmark(name.c_str(), parseNew, *schema);
     benchmark::RegisterBenchmark((name + "/flex scan").c_str(), scan, *schema);
   }
-  benchmark::RegisterBenchmark("vrntTypeParse of n fields", parseFields)
-      ->Arg(1'000)
-      ->Arg(10'000);
+  benchmark::RegisterBenchmark("vrntTypeParse of n fields", parseFields)->Arg(1'000)->Arg(10'000);
   // The number of iterations is set, since the preparation of each attempt takes long.
   constexpr int iterations = 20'000;
   benchmark::RegisterBenchmark("vrntTypeParse beside a million types", parseBeside, kLivingTypes)

@@ -27,8 +27,8 @@ if [ "${1:-}" = --gate ]; then
   run() {  # PROGRAM RESULT [COMMAND...]: the command runs the program
     "${@:3}" "build/release/bench/$1" --benchmark_filter="$filter" \
       --benchmark_out="$results/$2.json" --benchmark_out_format=json \
-      --benchmark_repetitions=3 --benchmark_enable_random_interleaving=true \
-      --benchmark_report_aggregates_only=true --benchmark_min_time=0.02 > "$results/log" 2>&1 ||
+      --benchmark_repetitions=5 --benchmark_enable_random_interleaving=true \
+      --benchmark_display_aggregates_only=true --benchmark_min_time=0.01 > "$results/log" 2>&1 ||
       { cat "$results/log"; exit 1; }
   }
   filter=$(bench/gate.py --filter)
