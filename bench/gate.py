@@ -115,6 +115,9 @@ class Figure:
             return ""
         return "ok" if self.value <= self.limit() else "over"
 
+    def aim_text(self):
+        return "" if self.aim is None else f"{self.aim:g}"
+
     def text(self):
         return f"{self.value:.3g} ({readable(statistics.median(self.times))})"
 
@@ -138,21 +141,25 @@ def figures_of(aims, runs):
 
 
 def write_column(column, figures):
-    """Writes the figures into the tables of the document whose header has this column."""
-    texts = {(figure.row, figure.yardstick): figure.text() for figure in figures}
+    """Writes the figures and the aims into the tables of the document that have this column."""
+    rest = {(figure.row, figure.yardstick): figure for figure in figures}
     lines = DOCUMENT.read_text().split("\n")
-    place, columns = None, 0
+    header = None
     for i, line in enumerate(lines):
         if not line.startswith("|"):
-            place = None
+            header = None
             continue
         cells = [cell.strip() for cell in line.strip("|").split("|")]
         if "Row" in cells and column in cells:
-            place, columns = cells.index(column), len(cells)
-        elif place is not None and len(cells) == columns and (cells[0], cells[1]) in texts:
-            cells[place] = texts[cells[0], cells[1]]
+            header = cells
+        elif header and (cells[0], cells[1]) in rest:
+            figure = rest.pop((cells[0], cells[1]))
+            cells[header.index(column)] = figure.text()
+            cells[header.index("Aim")] = figure.aim_text()
             lines[i] = "| " + " | ".join(cells) + " |"
     DOCUMENT.write_text("\n".join(lines))
+    for row, yardstick in rest:
+        print(f"not in {DOCUMENT.name}: {row}, {yardstick}")
 
 
 def main(arguments):
@@ -167,8 +174,8 @@ def main(arguments):
     figures, missing = figures_of(read_aims(), runs)
     print("| Row | Yardstick | Ratio | Aim | |\n|---|---|---|---|---|")
     for figure in figures:
-        aim = "" if figure.aim is None else f"{figure.aim:g}"
-        print(f"| {figure.row} | {figure.yardstick} | {figure.text()} | {aim} | {figure.verdict()} |")
+        print(f"| {figure.row} | {figure.yardstick} | {figure.text()} | {figure.aim_text()} |"
+              f" {figure.verdict()} |")
     print()
     failed = [figure for figure in figures if figure.verdict() == "over"]
     for row, yardstick in missing:

@@ -15,7 +15,8 @@ scripts/install_dependencies.sh library bench
 if ! scripts/install_dependencies.sh yardsticks; then
   echo "some yardsticks cannot be installed; their rows are left out"
 fi
-cmake --preset release | grep "left out of the benchmarks" || true
+configuration=$(cmake --preset release)
+grep "left out of the benchmarks" <<< "$configuration" || true
 core=()
 if command -v taskset > /dev/null; then core=(taskset -c 0); fi
 
