@@ -14,7 +14,8 @@ vrnt::UniqueScene makeShapes(int shapes);
 /// material with a texture in its value.
 vrnt::UniqueScene makeMeshes(int shapes);
 
-/// Destroys a scene and returns its memory to the system, so that the next one begins like the first.
+/// Destroys a scene and returns its memory to the system, so that the next one begins like the
+/// first.
 void destroy(vrnt::UniqueScene& scene);
 
 }  // namespace bench
