@@ -8,7 +8,8 @@ usage: gate.py --filter
              docs/performance.md
 
 The results are the JSON output of several runs. A row's figure is the median of the ratios of the
-runs; the ratio of a run is that of the least times. The exit status is 1 if a figure is more than 25 % above its aim, or if a row of aims.def was
+runs; the ratio of a run is that of the least times, or for threads of the
+medians. The exit status is 1 if a figure is more than 25 % above its aim, or if a row of aims.def was
 not measured. A row whose optional yardstick is not installed is skipped.
 """
 
@@ -50,9 +51,10 @@ def print_filter():
 def read_times(path):
     """Returns the times of one run in ns: {name: time} and {name: {size: time}}.
 
-    Each is the least of the repetitions, since whatever else the machine does only adds to a time.
+    A time of the processor is the least of the repetitions, since whatever else the machine does only
+    adds to it. A time that passes is their median: threads that do not meet are too fast.
     """
-    times, sizes = {}, {}
+    repetitions = {}
     for run in json.loads(pathlib.Path(path).read_text())["benchmarks"]:
         if run.get("error_occurred"):
             sys.exit(f"gate.py: {run['name']}: {run['error_message']}")
@@ -64,10 +66,16 @@ def read_times(path):
             parts.pop()
         time = run["real_time" if real else "cpu_time"] * UNITS[run["time_unit"]]
         if len(parts) > 1 and parts[-1].isdigit():
-            place, key = sizes.setdefault("/".join(parts[:-1]), {}), int(parts[-1])
+            key = "/".join(parts[:-1]), int(parts[-1])
         else:
-            place, key = times, "/".join(parts)
-        place[key] = min(time, place.get(key, time))
+            key = "/".join(parts), None
+        repetitions.setdefault((*key, statistics.median if real else min), []).append(time)
+    times, sizes = {}, {}
+    for (name, size, reduce), all_times in repetitions.items():
+        if size is None:
+            times[name] = reduce(all_times)
+        else:
+            sizes.setdefault(name, {})[size] = reduce(all_times)
     return times, sizes
 
 
