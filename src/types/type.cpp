@@ -5,6 +5,7 @@
 #include "types/extents.hpp"
 #include "types/layout.hpp"
 #include "types/metadata.hpp"
+#include "types/text_digest.hpp"
 #include "types/type_handle.hpp"
 #include "types/type_text.hpp"
 #include "vornath_data/result.hpp"
@@ -99,12 +100,8 @@ template struct Type::TArrayND<index2>;
 template struct Type::TArrayND<index3>;
 template struct Type::TArrayND<index4>;
 
-InternedType::InternedType(TypeDesc desc, const Metadata& metadata, TypePtr stripped,
-                           std::weak_ptr<Factory> factory)
-    : desc_(std::move(desc)),
-      metadata_(metadata),
-      factory_(std::move(factory)),
-      stripped_(std::move(stripped)) {
+InternedType::InternedType(TypeDesc&& desc, Metadata&& metadata, TypePtr stripped)
+    : desc_(std::move(desc)), metadata_(std::move(metadata)), stripped_(std::move(stripped)) {
   Layout layout = computeLayout(desc_);
   size_ = layout.size;
   alignment_ = layout.alignment;
@@ -122,6 +119,7 @@ InternedType::InternedType(TypeDesc desc, const Metadata& metadata, TypePtr stri
   if (auto text = qex::vornath::shortText(desc_, metadataSuffix)) {
     shortText_ = *std::move(text);
     text_.store(&shortText_, std::memory_order_relaxed);
+    textDigest_ = wholeDigest(shortText_);
   } else {
     textFingerprint_ = qex::vornath::textFingerprint(desc_, metadataSuffix);
   }

@@ -102,11 +102,8 @@ class InternedType final : public Type {
 
  private:
   friend class Type::Factory;
-  friend void intrusive_ptr_add_ref(const InternedType* type) noexcept;
-  friend void intrusive_ptr_release(const InternedType* type) noexcept;
 
-  InternedType(TypeDesc desc, const Metadata& metadata, TypePtr stripped,
-               std::weak_ptr<Factory> factory);
+  InternedType(TypeDesc&& desc, Metadata&& metadata, TypePtr stripped);
   ~InternedType();
 
   const std::string& buildText() const;
@@ -121,6 +118,8 @@ class InternedType final : public Type {
   std::uint64_t refSlotCount_ = 0;
   std::uint32_t referenceDepth_ = 0;
   const InternedType* slotPattern_ = nullptr;  // of a long array: kept alive by desc_
+  std::uint64_t keyDigest_ = 0;                // the factory's
+  std::uint64_t textDigest_ = 0;               // of a short text only
   TextFingerprint textFingerprint_;            // of a long text only
   std::string shortText_;
   std::vector<std::uint64_t> inlineRefSlots_;
@@ -129,8 +128,6 @@ class InternedType final : public Type {
   mutable std::atomic<const std::vector<std::uint64_t>*> refSlots_{nullptr};
   mutable bool indexed_ = false;  // the factory's: whether a long text is in its table of samples
   mutable std::atomic<bool> permanent_{false};
-  mutable std::atomic<std::uint32_t> references_{0};
-  std::weak_ptr<Factory> factory_;
   TypePtr stripped_;
   mutable std::atomic<const HeapValue<DynamicValue>*> cachedDefault_{nullptr};
   mutable const InternedType* nextUnlinked_ = nullptr;  // the factory's list of types to destroy
