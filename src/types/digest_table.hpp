@@ -9,8 +9,8 @@
 #include <cstdint>
 
 #include "types/type.hpp"
-#include "types/type_pool.hpp"
 #include "types/type_pointer.hpp"
+#include "types/type_pool.hpp"
 
 namespace qex::vornath {
 
@@ -19,8 +19,8 @@ namespace qex::vornath {
 ///
 /// Threads: find() may run at any time. All other functions need the lock of the owner. A find()
 /// that meets a change may miss an entry, and it may meet an entry whose type is dead or whose
-/// memory holds another type: so it adds a reference, which only a living type takes, before it asks
-/// whether the type is the right one. Whoever needs to know that there is no entry asks
+/// memory holds another type: so it adds a reference, which only a living type takes, before it
+/// asks whether the type is the right one. Whoever needs to know that there is no entry asks
 /// findLocked().
 ///
 /// Open addressing with linear probing, at most two thirds full; a removal moves later entries up.

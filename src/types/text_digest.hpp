@@ -9,7 +9,7 @@
 namespace qex::vornath {
 
 /// Up to this length, in characters, sampledDigest() reads all of a text.
-inline constexpr std::size_t kMaxWholeSample = 256;
+inline constexpr std::size_t kMaxWholeSample = 128;
 
 /// Returns the digest of two words.
 inline std::uint64_t digestOf(std::uint64_t a, std::uint64_t b) {
@@ -21,7 +21,7 @@ inline std::uint64_t digestOf(std::uint64_t a, std::uint64_t b) {
 /// Returns the digest of a text. Reads all of it.
 std::uint64_t wholeDigest(std::string_view text);
 
-/// Returns a digest of the length and of 32 samples of 8 characters, the first and the last ones
+/// Returns a digest of the length and of 16 samples of 8 characters, the first and the last ones
 /// among them. For texts of up to kMaxWholeSample characters it is wholeDigest().
 std::uint64_t sampledDigest(std::string_view text);
 

@@ -1,5 +1,7 @@
 #include "types/type_digest.hpp"
 
+#include <type_traits>
+
 #include "types/extents.hpp"
 #include "types/text_digest.hpp"
 
@@ -47,11 +49,17 @@ void add(Digest& digest, const Type::TStruct& structure) {
   }
 }
 
+constexpr std::size_t kArrayIndex = 3;
+
+void addArray(Digest& digest, const InternedType* element, const Extents& extents) {
+  digest.add(element);
+  if (!extents.known()) return;
+  for (const std::int32_t extent : extents) digest.add(static_cast<std::uint64_t>(extent));
+}
+
 template <typename D>
 void add(Digest& digest, const Type::TArrayND<D>& array) {
-  digest.add(array.element);
-  if (!array.shape) return;
-  for (const std::int32_t extent : Extents(array)) digest.add(static_cast<std::uint64_t>(extent));
+  addArray(digest, array.element.get(), array);
 }
 
 void add(Digest& digest, const Type::TRef& reference) { digest.add(reference.target); }
@@ -67,6 +75,14 @@ std::uint64_t typeDigest(const TypeDesc& desc, const Metadata& metadata) {
   Digest digest(desc.index());
   std::visit([&digest](const auto& alternative) { add(digest, alternative); }, desc);
   if (!metadata.empty()) digest.add(metadata);
+  return digest.result();
+}
+
+std::uint64_t arrayDigest(const InternedType& element, std::int32_t extent) {
+  static_assert(
+      std::is_same_v<std::variant_alternative_t<kArrayIndex, TypeDesc>, Type::TArrayND<int>>);
+  Digest digest(kArrayIndex);
+  addArray(digest, &element, Extents(extent));
   return digest.result();
 }
 

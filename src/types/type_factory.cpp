@@ -94,7 +94,7 @@ std::optional<TypeDesc> strippedDesc(const Type::TFun& function, bool own) {
 // Equal in the order of types.
 auto isEqualTo(const TypeDesc& desc, const Metadata& metadata) {
   return [&](const InternedType& type) {
-    return compareInterned(type.desc(), type.metadata(), desc, metadata) == 0;
+    return equalInterned(type.desc(), type.metadata(), desc, metadata);
   };
 }
 
@@ -208,8 +208,8 @@ void Type::Factory::insertSampleLocked(std::string_view text, const InternedType
 void Type::Factory::insertTextLocked(const InternedType* type) noexcept {
   if (type->hasLongText()) {
     const TextFingerprint& fingerprint = type->textFingerprint_;
-    const InternedType* const older = typesByLongText_.replaceLocked(
-        fingerprint.digest, type, hasFingerprint(fingerprint));
+    const InternedType* const older =
+        typesByLongText_.replaceLocked(fingerprint.digest, type, hasFingerprint(fingerprint));
     if (older == nullptr) {
       typesByLongText_.insertLocked(fingerprint.digest, type);
     } else if (std::exchange(older->indexed_, false)) {
@@ -255,11 +255,11 @@ Type::Factory::~Factory() {
   if (typesByKey_.sizeLocked() != 0) abandonedPool = pool_.release();
 }
 
-TypePtr Type::Factory::makeType(TypeDesc desc, const Metadata& metadata) {
+TypePtr Type::Factory::makeType(TypeDesc&& desc, const Metadata& metadata) {
   return makeType(std::move(desc), metadata, nullptr);
 }
 
-TypePtr Type::Factory::makeType(TypeDesc desc, Metadata&& metadata) {
+TypePtr Type::Factory::makeType(TypeDesc&& desc, Metadata&& metadata) {
   return makeType(std::move(desc), metadata, &metadata);
 }
 
@@ -296,6 +296,14 @@ TypePtr Type::Factory::makeNewLocked(TypeDesc&& desc, Metadata&& metadata, std::
   typesByKey_.insertLocked(digest, type);
   insertTextLocked(type);
   return TypePtr(type, false);
+}
+
+TypePtr Type::Factory::findArray(const InternedType& element, std::int32_t extent) const noexcept {
+  return typesByKey_.find(arrayDigest(element, extent), [&](const InternedType& type) {
+    const auto* const array = type.getIf<TArrayND<int>>();
+    return array != nullptr && array->element.get() == &element && array->shape == extent &&
+           type.metadata().empty();
+  });
 }
 
 TypePtr Type::Factory::parseType(std::string_view text) {

@@ -1,14 +1,14 @@
 /// Creates, finds and destroys types.
 ///
 /// Lock order: parser_mutex before the factory's lock, always; no parse starts under the factory's
-/// lock. Only who holds it changes the tables. A look-up that finds a living type takes no lock; one
-/// that finds none looks again under the lock before the answer is that there is none.
+/// lock. Only who holds it changes the tables. A look-up that finds a living type takes no lock;
+/// one that finds none looks again under the lock before the answer is that there is none.
 ///
 /// The decrement of a count to zero and the removal of the type from the tables are one step under
 /// the lock: otherwise a look-up under the lock could return a type that is being destroyed. A
 /// look-up without the lock may meet such a type. It adds its reference only to a count above zero,
-/// and the count of a dead type stays zero (type_pool.hpp), so that it cannot return one. A decrement
-/// to a count above zero takes no lock.
+/// and the count of a dead type stays zero (type_pool.hpp), so that it cannot return one. A
+/// decrement to a count above zero takes no lock.
 #ifndef VORNATH_TYPES_TYPE_FACTORY_HPP
 #define VORNATH_TYPES_TYPE_FACTORY_HPP
 
@@ -36,11 +36,16 @@ class Type::Factory {
   ~Factory();
 
   /// Returns the one type of this description and metadata: the existing one with a new reference,
-  /// or a new one. The alternative's own constructor has checked the description. Throws
-  /// std::bad_alloc and "Illegal base type."; the tables are then unchanged.
-  TypePtr makeType(TypeDesc desc, const Metadata& metadata = {});
+  /// or a new one, which takes the description over. The alternative's own constructor has checked
+  /// the description. Throws std::bad_alloc and "Illegal base type."; the tables are then
+  /// unchanged.
+  TypePtr makeType(TypeDesc&& desc, const Metadata& metadata = {});
   /// Does the same. A new type takes the metadata over.
-  TypePtr makeType(TypeDesc desc, Metadata&& metadata);
+  TypePtr makeType(TypeDesc&& desc, Metadata&& metadata);
+
+  /// Returns the array type of one dimension with this element type and extent, without metadata,
+  /// if it lives, else null. Needs no description of it.
+  TypePtr findArray(const InternedType& element, std::int32_t extent) const noexcept;
 
   /// Returns the type of a text: from the table if the text is the canonical one of a living type,
   /// else by a parse. Throws what the parse throws.

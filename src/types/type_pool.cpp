@@ -77,8 +77,8 @@ struct TypePool::Slab {
 #endif
   }
 
-  Slab* next = nullptr;      // of all slabs
-  Slab* later = nullptr;     // of the list that it stands in
+  Slab* next = nullptr;   // of all slabs
+  Slab* later = nullptr;  // of the list that it stands in
   Slab* earlier = nullptr;
   Room* free = nullptr;
   std::size_t fresh = 0;  // the rooms from here on are not in use and not in the list
@@ -89,7 +89,7 @@ TypePool::~TypePool() {
   while (slabs_ != nullptr) {
     Slab* const slab = std::exchange(slabs_, slabs_->next);
     for (std::size_t i = 0; i < Slab::kRooms; ++i) setReadable(slab->room(i), true);
-    ::operator delete(slab, std::align_val_t{kSlabSize});
+    ::operator delete (slab, std::align_val_t{kSlabSize});
   }
 }
 
@@ -110,7 +110,7 @@ TypePool::Slab& TypePool::openSlab() {
   if (slab == nullptr && empty_ != nullptr) slab = std::exchange(empty_, empty_->later);
   if (slab == nullptr) {
     static_assert(sizeof(Slab) <= Slab::kHeader);
-    slab = new (::operator new(kSlabSize, std::align_val_t{kSlabSize})) Slab;
+    slab = new (::operator new (kSlabSize, std::align_val_t{kSlabSize})) Slab;
     slab->next = std::exchange(slabs_, slab);
   }
   open(*slab);

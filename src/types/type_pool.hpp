@@ -12,8 +12,8 @@
 
 namespace qex::vornath {
 
-/// Room for types, in slabs of 64 KiB. Only one thread at a time may call; any thread may access the
-/// counts.
+/// Room for types, in slabs of 64 KiB. Only one thread at a time may call; any thread may access
+/// the counts.
 class TypePool {
  public:
   TypePool() = default;
@@ -45,8 +45,7 @@ class TypePool {
 /// std::atomic_ref only.
 inline std::uint32_t& referenceCount(const void* type) noexcept {
   constexpr std::size_t kDistance = sizeof(std::uint64_t);
-  return *reinterpret_cast<std::uint32_t*>(
-      static_cast<char*>(const_cast<void*>(type)) - kDistance);
+  return *reinterpret_cast<std::uint32_t*>(static_cast<char*>(const_cast<void*>(type)) - kDistance);
 }
 
 /// Adds a reference to the type that lives at this address. Returns false, and adds none, if none
