@@ -171,7 +171,8 @@ TypePtr Type::Factory::findText(std::string_view text) const {
 TypePtr Type::Factory::findLongText(std::string_view text) {
   TextFingerprint fingerprint;
   fingerprint.add(text);
-  TypePtr type;
+  TypePtr type = typesByLongText_.find(fingerprint.digest, hasText(text));
+  if (type) return type;
   {
     const boost::recursive_mutex::scoped_lock guard(*lock_);
     type = typesByLongText_.findLocked(fingerprint.digest, hasFingerprint(fingerprint));
