@@ -1,6 +1,7 @@
 #include "types/type.hpp"
 
-#include <unordered_set>
+#include <algorithm>
+#include <bit>
 
 #include "types/extents.hpp"
 #include "types/layout.hpp"
@@ -16,14 +17,42 @@ namespace {
 using vrnt::ErrorCode;
 using vrnt::Exception;
 
+// A set of names, in one block of memory.
+class NameSet {
+ public:
+  explicit NameSet(std::size_t maxSize) : slots_(std::bit_ceil(2 * maxSize)) {}
+
+  /// Returns whether the name was not there yet. It must outlive the set.
+  bool insert(const std::string& name) {
+    const std::size_t mask = slots_.size() - 1;
+    std::size_t i = wholeDigest(name) & mask;
+    for (; slots_[i] != nullptr; i = (i + 1) & mask) {
+      if (*slots_[i] == name) return false;
+    }
+    slots_[i] = &name;
+    return true;
+  }
+
+ private:
+  std::vector<const std::string*> slots_;
+};
+
 // Returns the name of the first item that occurs again later in the list, or null.
 template <typename Items, typename NameOf>
 const std::string* firstDuplicate(const Items& items, NameOf nameOf) {
-  std::unordered_set<std::string_view> later;
+  constexpr std::size_t kFew = 8;
+  if (items.size() <= kFew) {
+    for (auto item = items.begin(); item != items.end(); ++item) {
+      const auto isTwin = [&](const auto& later) { return nameOf(later) == nameOf(*item); };
+      if (std::any_of(item + 1, items.end(), isTwin)) return &nameOf(*item);
+    }
+    return nullptr;
+  }
+  NameSet later(items.size());
   const std::string* first = nullptr;
   for (auto item = items.rbegin(); item != items.rend(); ++item) {
     const std::string& name = nameOf(*item);
-    if (!later.insert(name).second) first = &name;
+    if (!later.insert(name)) first = &name;
   }
   return first;
 }

@@ -1,5 +1,6 @@
 #include "types/type_factory.hpp"
 
+#include <algorithm>
 #include <boost/thread/recursive_mutex.hpp>
 #include <mutex>
 #include <new>
@@ -113,6 +114,12 @@ auto hasFingerprint(const TextFingerprint& fingerprint) {
 
 auto is(const InternedType* type) {
   return [type](const InternedType& other) { return &other == type; };
+}
+
+bool hasValue(const Metadata& metadata) {
+  return std::any_of(metadata.begin(), metadata.end(), [](const auto& entry) {
+    return std::holds_alternative<HeapValue<DynamicValue>>(entry.second);
+  });
 }
 
 // Whether a text has a second digest, of samples.
@@ -271,10 +278,9 @@ TypePtr Type::Factory::makeType(TypeDesc&& desc, const Metadata& metadata, Metad
   const boost::recursive_mutex::scoped_lock guard(*lock_);
   if (TypePtr found = typesByKey_.findLocked(digest, isEqualTo(desc, metadata))) return found;
   if (movable != nullptr) return makeNewLocked(std::move(desc), std::move(*movable), digest);
-  if (metadata.empty()) return makeNewLocked(std::move(desc), {}, digest);
-  // A copy of a value in the metadata has another address.
   Metadata copy = metadata;
-  const std::uint64_t digestOfCopy = typeDigest(desc, copy);
+  // The copy of a value has another address.
+  const std::uint64_t digestOfCopy = hasValue(metadata) ? typeDigest(desc, copy) : digest;
   return makeNewLocked(std::move(desc), std::move(copy), digestOfCopy);
 }
 
