@@ -10,7 +10,6 @@
 namespace qex::vornath {
 namespace {
 
-constexpr std::size_t kMinCapacity = 64;
 constexpr std::size_t kMinDiscarded = 64 * 1024;  // bytes
 
 // Lets the system take back the whole pages of memory that nobody needs any more. They read as
@@ -28,7 +27,9 @@ void discard([[maybe_unused]] void* memory, [[maybe_unused]] std::size_t size) {
 
 }  // namespace
 
-DigestTable::DigestTable() { resizeLocked(kMinCapacity); }
+DigestTable::DigestTable(std::size_t minCapacity) : minCapacity_(minCapacity) {
+  resizeLocked(minCapacity);
+}
 
 DigestTable::~DigestTable() {
   for (Array* const array : arrays_) ::operator delete(array);
@@ -39,8 +40,8 @@ void DigestTable::reserveLocked(std::size_t entries) {
   const std::size_t needed = (size_ + entries) * 3 / 2 + 1;
   if (needed > capacity) {
     resizeLocked(std::bit_ceil(needed));
-  } else if (capacity > kMinCapacity && needed < capacity / 16) {
-    resizeLocked(std::max(std::bit_ceil(2 * needed), kMinCapacity));
+  } else if (capacity > minCapacity_ && needed < capacity / 16) {
+    resizeLocked(std::max(std::bit_ceil(2 * needed), minCapacity_));
   }
 }
 

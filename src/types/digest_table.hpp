@@ -26,7 +26,8 @@ namespace qex::vornath {
 /// Open addressing with linear probing, at most two thirds full; a removal moves later entries up.
 class DigestTable {
  public:
-  DigestTable();
+  /// Makes a table that never has fewer slots than this power of two. Throws std::bad_alloc.
+  explicit DigestTable(std::size_t minCapacity);
   DigestTable(const DigestTable&) = delete;
   DigestTable& operator=(const DigestTable&) = delete;
   ~DigestTable();
@@ -106,6 +107,7 @@ class DigestTable {
   void resizeLocked(std::size_t capacity);
   static void insert(Array& array, std::uint64_t digest, const InternedType* type) noexcept;
 
+  const std::size_t minCapacity_;
   std::atomic<Array*> current_{nullptr};
   std::size_t size_ = 0;
   // By the logarithm of the number of slots. One that was replaced stays for those who still read

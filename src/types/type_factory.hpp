@@ -75,14 +75,17 @@ class Type::Factory {
   void removeTextLocked(const InternedType* type) noexcept;
   void destroyLocked(const InternedType* type) noexcept;
 
+  // Room for the types that a host with a few groups uses: 16 KiB for each table.
+  static constexpr std::size_t kMinSlots = 1024;
+
   // By typeDigest(): all types.
-  DigestTable typesByKey_;
+  DigestTable typesByKey_{kMinSlots};
   // By wholeDigest(): all short texts. By sampledDigest(): those that it does not read as a whole,
   // and those long texts that were looked up or parsed. A text has at most one entry by each.
-  DigestTable typesByText_;
+  DigestTable typesByText_{kMinSlots};
   // By the digest of the fingerprint: long texts. Two texts of one fingerprint displace each other,
   // which costs a parse.
-  DigestTable typesByLongText_;
+  DigestTable typesByLongText_{64};
   std::set<TypePtr, TypeOrder> permanentTypes_;
   bool shuttingDown_ = false;
   const std::unique_ptr<boost::recursive_mutex> lock_;  // its header is a costly one

@@ -227,7 +227,7 @@ TEST(DigestTables, AnswerAsAPlainMapDoes) {
   for (int i = 0; i < 8; ++i) {
     types.push_back(makeArray(make(Base::Char), 1'000 + i));
   }
-  DigestTable table;
+  DigestTable table(64);
   std::multimap<std::uint64_t, const InternedType*> model;
   // Few digests, and digests that share the first place, so that entries stand behind each other.
   const auto digest = [&random] {
@@ -272,7 +272,7 @@ TEST(DigestTables, AnswerAsAPlainMapDoes) {
 TEST(DigestTables, KeepTheirEntriesWhileTheyGrowAndShrink) {
   const TypePtr type = make(Base::Char4);
   const auto any = [](const InternedType&) { return true; };
-  DigestTable table;
+  DigestTable table(64);
   const std::uint64_t kMany = 30'000;
   const auto spread = [](std::uint64_t i) { return i * 0x9E3779B97F4A7C15U; };
   for (int round = 0; round < 3; ++round) {
