@@ -205,9 +205,8 @@ char* vrntValueString(const vrntValue_t* value, const vrntValueView_t* view, uin
                       vrntValuesError_t** error) {
   return reportOutOfMemoryOrOther(error, nullptr, [&] {
     const DynamicValue held(blockOf(value));
-    return duplicate(valueToString({&typeOf(view->type), view->offset, &held},
-                                   (flags & VRNT_STRING_EXACT) != 0,
-                                   (flags & VRNT_STRING_MULTILINE) != 0));
+    return newValueText(typeOf(view->type), held.data() + view->offset,
+                        (flags & VRNT_STRING_EXACT) != 0, (flags & VRNT_STRING_MULTILINE) != 0);
   });
 }
 
