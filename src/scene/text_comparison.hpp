@@ -18,7 +18,7 @@ namespace vrnt::data {
 /// bool, and the addresses of blocks that have the same text themselves. Only what this does not
 /// settle is printed: values that differ, values of different types, and values that have no text.
 ///
-/// Keeps what it has learnt about types, so the types of all compared values must outlive it.
+/// Keeps what it has learnt about types, so what it has compared must stay alive as long as it.
 /// Threads: one at a time.
 class TextComparison {
  public:
