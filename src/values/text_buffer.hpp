@@ -43,23 +43,17 @@ class TextBuffer {
 
   std::string_view text() const { return {begin_, static_cast<std::size_t>(end_ - begin_)}; }
 
-  /// Returns the text as a string that std::free() frees, and leaves this empty.
+  /// Returns the text as a string that std::free() frees, in no more memory than it needs, and
+  /// leaves this empty.
   char* releaseString() {
     *room(1) = '\0';
     const std::size_t size = text().size() + 1;
-    char* string = nullptr;
-    if (begin_ == short_) {
-      string = static_cast<char*>(std::malloc(size));
-      if (string == nullptr) throw std::bad_alloc();
-      std::memcpy(string, short_, size);
-    } else {
-      // Gives back what is not needed. If that fails, the string has room that it does not need.
-      void* const shrunk = std::realloc(begin_, size);
-      string = shrunk != nullptr ? static_cast<char*>(shrunk) : begin_;
-      begin_ = short_;
-      limit_ = short_ + sizeof(short_);
-    }
-    end_ = begin_;
+    auto* const string =
+        static_cast<char*>(std::realloc(begin_ == short_ ? nullptr : begin_, size));
+    if (string == nullptr) throw std::bad_alloc();
+    if (begin_ == short_) std::memcpy(string, short_, size);
+    begin_ = end_ = short_;
+    limit_ = short_ + sizeof(short_);
     return string;
   }
 
