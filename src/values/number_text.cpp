@@ -1,5 +1,7 @@
 #include "values/number_text.hpp"
 
+#include <fmt/compile.h>
+
 #include <array>
 #include <bit>
 #include <charconv>
@@ -15,11 +17,6 @@ constexpr std::uint32_t kFractionBits = 0x007FFFFF;
 constexpr std::uint32_t kImplicitBit = 0x00800000;
 constexpr int kFractionWidth = 23;
 constexpr int kBias = 127;
-
-// A number with this decimal exponent, or a larger one up to kLastFixed, has no exponent in its
-// text.
-constexpr int kFirstFixed = -4;
-constexpr int kLastFixed = 15;
 
 constexpr std::array<char, 200> kPairs = [] {
   std::array<char, 200> pairs{};
@@ -63,11 +60,10 @@ char* writeWhole(char* out, std::uint32_t number) {
   return std::to_chars(out, out + kMaxNumberText / 2, number).ptr;
 }
 
-// Decimals of up to six digits, which are most of the numbers that people write. Of two of these
-// with the same exponent, no more than one rounds to a given float, since they are further apart
-// than floats are. So one that rounds to the float is the shortest, once its last zeros are gone,
-// and it is found by rounding the float to a multiple of a power of ten. Whole numbers below 2^23
-// are found in the same way: they are exact.
+// Decimals of up to six digits, which are most of the numbers that people write, are found by
+// rounding the float to a multiple of a power of ten. Such decimals are further apart than floats,
+// so no two of them round to the same float: one that does is the shortest, without its last zeros.
+// Whole numbers below 2^23 are found in the same way: they are exact.
 struct Scale {
   std::uint32_t power;   // of ten: no float of the binade times this is above 10^6, unless it is 1
   std::uint32_t digits;  // its zeros
@@ -134,64 +130,17 @@ char* writeShortDecimal(char* out, std::uint32_t magnitude) {
   return out + count - trailingZeros(eight);
 }
 
-// Writes the digits of a number, whose first one counts 10^exponent.
-char* writeDigits(char* out, const char* digits, std::size_t count, int exponent) {
-  if (exponent < kFirstFixed || exponent > kLastFixed) {
-    *out++ = digits[0];
-    *out++ = '.';
-    out = put(out, digits + 1, count - 1);
-    *out++ = 'e';
-    *out++ = exponent < 0 ? '-' : '+';
-    return put(out, &kPairs[static_cast<std::size_t>(exponent < 0 ? -exponent : exponent) * 2], 2);
-  }
-  if (exponent < 0) {
-    const auto zeros = static_cast<std::size_t>(-exponent);
-    put(out, "0.000", 5);
-    return put(out + 1 + zeros, digits, count);
-  }
-  const std::size_t whole = static_cast<std::size_t>(exponent) + 1;
-  if (count <= whole) {
-    out = put(out, digits, count);
-    std::memset(out, '0', whole - count);
-    return put(out + (whole - count), ".0", 2);
-  }
-  out = put(out, digits, whole);
-  *out++ = '.';
-  return put(out, digits + whole, count - whole);
-}
-
-// Writes any positive finite float.
-char* writeAnyMagnitude(char* out, std::uint32_t magnitude) {
-  // One digit, a point if more follow, the others, "e", the exponent's sign and its two digits.
-  char text[kMaxNumberText];
-  const char* const end = std::to_chars(text, text + sizeof(text), std::bit_cast<float>(magnitude),
-                                        std::chars_format::scientific)
-                              .ptr;
-  constexpr std::size_t kSuffix = 4;
-  const char* const suffix = end - kSuffix;
-  const int size = (suffix[2] - '0') * 10 + (suffix[3] - '0');
-  const int exponent = suffix[1] == '-' ? -size : size;
-  auto count = static_cast<std::size_t>(suffix - text);
-  char* digits = text;
-  if (count > 1) {
-    text[1] = text[0];
-    ++digits;
-    --count;
-  }
-  return writeDigits(out, digits, count, exponent);
-}
-
 }  // namespace
 
 char* writeFloat(char* out, float number) {
   const auto bits = std::bit_cast<std::uint32_t>(number);
   const std::uint32_t magnitude = bits & kMagnitudeBits;
   if (magnitude > kInfinity) return put(out, "NaN", 3);
-  if (bits != magnitude) *out++ = '-';
-  if (magnitude == 0) return put(out, "0.0", 3);
-  if (char* const end = writeShortDecimal(out, magnitude)) return end;
-  if (magnitude == kInfinity) return put(out, "inf", 3);
-  return writeAnyMagnitude(out, magnitude);
+  char* const unsignedOut = out + (bits != magnitude ? 1 : 0);
+  *out = '-';
+  if (magnitude == 0) return put(unsignedOut, "0.0", 3);
+  if (char* const end = writeShortDecimal(unsignedOut, magnitude)) return end;
+  return fmt::format_to(out, FMT_COMPILE("{:#}"), number);
 }
 
 char* writeInt(char* out, std::int32_t number) {
