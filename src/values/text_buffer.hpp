@@ -65,7 +65,8 @@ class TextBuffer {
     const std::size_t wanted = std::max(used + size, capacity * 2);
     void* const grown = std::realloc(begin_ == short_ ? nullptr : begin_, wanted);
     if (grown == nullptr) throw std::bad_alloc();
-    if (begin_ == short_) std::memcpy(grown, short_, used);
+    // All of it: the compiler knows that size.
+    if (begin_ == short_) std::memcpy(grown, short_, sizeof(short_));
     begin_ = static_cast<char*>(grown);
     end_ = begin_ + used;
     limit_ = begin_ + wanted;
