@@ -204,10 +204,8 @@ int32_t vrntValueEqual(const vrntValue_t* a, const vrntValueView_t* viewA, const
 char* vrntValueString(const vrntValue_t* value, const vrntValueView_t* view, uint32_t flags,
                       vrntValuesError_t** error) {
   return reportOutOfMemoryOrOther(error, nullptr, [&] {
-    const DynamicValue held(blockOf(value));
-    return duplicate(valueToString({&typeOf(view->type), view->offset, &held},
-                                   (flags & VRNT_STRING_EXACT) != 0,
-                                   (flags & VRNT_STRING_MULTILINE) != 0));
+    return newValueText(typeOf(view->type), dataAt(value, view), (flags & VRNT_STRING_EXACT) != 0,
+                        (flags & VRNT_STRING_MULTILINE) != 0);
   });
 }
 
