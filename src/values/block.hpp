@@ -84,13 +84,21 @@ inline void retainBlock(vrntValue_t* block) noexcept {
 /// recurse or allocate, however long the chain of references is.
 void destroyBlock(vrntValue_t* block) noexcept;
 
-inline void releaseBlock(vrntValue_t* block) noexcept {
-  if (blockCount(block).fetch_sub(1, std::memory_order_acq_rel) == 1) destroyBlock(block);
-}
-
 /// Returns whether the block has a single handle or reference, so that it may be written in place.
 inline bool isExclusive(vrntValue_t* block) {
   return blockCount(block).load(std::memory_order_acquire) == 1;
+}
+
+/// Subtracts a reference. Returns whether it was the last one: the caller must destroy the block
+/// then. The last holder needs no atomic decrement, since nobody else can add a reference.
+inline bool dropReference(vrntValue_t* block) noexcept {
+  if (!isExclusive(block)) return blockCount(block).fetch_sub(1, std::memory_order_acq_rel) == 1;
+  block->refCount = 0;
+  return true;
+}
+
+inline void releaseBlock(vrntValue_t* block) noexcept {
+  if (dropReference(block)) destroyBlock(block);
 }
 
 inline void retainWord(std::uint64_t word) {
@@ -212,6 +220,12 @@ class BlockPtr {
     handle.block_ = block;
     return handle;
   }
+  /// Returns the first handle to a new block of a count of 0. No other thread knows the block yet,
+  /// so that its count is set without an atomic operation.
+  static BlockPtr first(vrntValue_t* block) noexcept {
+    block->refCount = 1;
+    return adopt(block);
+  }
 
  private:
   vrntValue_t* block_ = nullptr;
@@ -245,7 +259,7 @@ class NewBlock {
       ensureTargetTexts(block_);
       retainReferences(type(), data());
     }
-    return BlockPtr(std::exchange(block_, nullptr));
+    return BlockPtr::first(std::exchange(block_, nullptr));
   }
 
  private:
