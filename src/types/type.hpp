@@ -18,6 +18,12 @@
 
 namespace qex::vornath {
 
+/// What an upper layer keeps with a type. The type destroys it.
+class KeptWithType {
+ public:
+  virtual ~KeptWithType() = default;
+};
+
 /// The type of a value: an immutable description with annotations, its size, its layout and its
 /// reference slots. Every Type is an InternedType; asInterned() converts.
 ///
@@ -100,6 +106,10 @@ class InternedType final : public Type {
   /// type must not be this type, which the cache would keep alive forever. Throws std::bad_alloc.
   const DynamicValue& cacheDefault(DynamicValue&& value) const;
 
+  /// Returns where the value layer keeps what it worked out from this type; null at first. The type
+  /// owns what is stored there. Not to be replaced.
+  std::atomic<KeptWithType*>& kept() const noexcept { return kept_; }
+
  private:
   friend class Type::Factory;
   friend void intrusive_ptr_add_ref(const InternedType* type) noexcept;
@@ -133,6 +143,7 @@ class InternedType final : public Type {
   std::weak_ptr<Factory> factory_;
   TypePtr stripped_;
   mutable std::atomic<const HeapValue<DynamicValue>*> cachedDefault_{nullptr};
+  mutable std::atomic<KeptWithType*> kept_{nullptr};
   mutable const InternedType* nextUnlinked_ = nullptr;  // the factory's list of types to destroy
 };
 

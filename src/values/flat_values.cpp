@@ -29,8 +29,6 @@ const char* dataAt(const vrntValue_t* value, const vrntValueView_t* view) {
   return blockData(value) + view->offset;
 }
 
-TypePtr typePtr(const vrntType_t* type) { return TypePtr(&typeOf(type)); }
-
 vrntValueView_t* fill(vrntValueView_t* out, const Part& place) {
   *out = {typeHandle(*place.type), place.offset};
   return out;
@@ -94,17 +92,15 @@ vrntValue_t* vrntValueDeserialize(vrntReadFn read, void* user, vrntValuesError_t
 vrntValue_t* vrntCoerce(const vrntType_t* type, const vrntValue_t* value,
                         vrntValuesError_t** error) {
   return reportEveryError(error, nullptr, [&] {
-    const DynamicValue held(blockOf(value));
-    return allocateValue(coerceValue(held, typePtr(type), true));
+    return handOut(coerceToBlock(blockType(value), blockData(value), typeOf(type), true));
   });
 }
 
 vrntValue_t* vrntBuildSpecializationParameters(const vrntType_t* type, const vrntValue_t* value,
                                                vrntValuesError_t** error) {
   return reportEveryError(error, nullptr, [&] {
-    const DynamicValue held(blockOf(value));
-    requireAssignable(held.typeOf(), typeOf(type));
-    return allocateValue(buildSpecialization(held.view(), typeOf(type)));
+    requireAssignable(blockType(value), typeOf(type));
+    return handOut(buildSpecializedBlock(blockType(value), blockData(value), typeOf(type)));
   });
 }
 
