@@ -114,8 +114,9 @@ void* allocateZeroed(std::size_t size) {
 
 }  // namespace
 
-vrntValue_t* allocateBlock(const InternedType& type, Fill fill) {
-  const InternedType& stripped = type.stripped();
+vrntValue_t* allocateBlock(TypePtr type, Fill fill) {
+  if (&type->stripped() != type.get()) type = TypePtr(&type->stripped());
+  const InternedType& stripped = *type;
   if (stripped.size() > kLargestAllocation - kBlockHeaderSize) throw std::bad_alloc();
   const std::size_t size = kBlockHeaderSize + stripped.size();
   // The list of slots may be built only now, and there may be no memory for it.
@@ -136,13 +137,16 @@ vrntValue_t* allocateBlock(const InternedType& type, Fill fill) {
   std::memcpy(block->magic, kBlockMagic, sizeof(kBlockMagic));
   const std::string* const text = stripped.knownText();
   block->typeText = text != nullptr ? text->c_str() : nullptr;
-  intrusive_ptr_add_ref(&stripped);
-  block->type = typeHandle(stripped);
+  block->type = typeHandle(*type.detach());
   block->shadowRefs = shadowRefs;
   block->freeFn = &std::free;
   block->refCount = 0;
   block->length = static_cast<std::uint32_t>(declaredLength(stripped));
   return block;
+}
+
+vrntValue_t* allocateBlock(const InternedType& type, Fill fill) {
+  return allocateBlock(TypePtr(&type.stripped()), fill);
 }
 
 void setTypeText(vrntValue_t* block) {

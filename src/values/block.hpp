@@ -122,6 +122,8 @@ enum class Fill { Zero, Undefined };
 /// a one-dimensional array type, else 0. Its `typeText` is null if the type has not built its text
 /// yet. Throws std::bad_alloc.
 vrntValue_t* allocateBlock(const InternedType& type, Fill fill);
+/// Does the same and passes the block a reference of the caller, if the type is a `stripped` form.
+vrntValue_t* allocateBlock(TypePtr type, Fill fill);
 
 // Type texts in blocks. A long text is built on request, since each type of a deep nest has nearly
 // the whole text of the nest. Hosts need it: they read `typeText` in a block that they were given
@@ -239,6 +241,7 @@ class NewBlock {
   NewBlock() noexcept = default;
   /// Throws std::bad_alloc.
   NewBlock(const InternedType& type, Fill fill) : block_(allocateBlock(type, fill)) {}
+  NewBlock(TypePtr type, Fill fill) : block_(allocateBlock(std::move(type), fill)) {}
   NewBlock(NewBlock&& other) noexcept : block_(std::exchange(other.block_, nullptr)) {}
   NewBlock& operator=(NewBlock&& other) noexcept {
     std::swap(block_, other.block_);

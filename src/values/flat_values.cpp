@@ -85,7 +85,7 @@ vrntValue_t* vrntValueFromView(const vrntValue_t* value, const vrntValueView_t* 
 vrntValue_t* vrntValueDeserialize(vrntReadFn read, void* user, vrntValuesError_t** error) {
   return reportEveryError(error, nullptr, [&] {
     DynamicValue::StreamMap map;
-    return allocateValue(deserializeValue(read, user, map));
+    return handOut(deserializeBlock(read, user, map));
   });
 }
 
