@@ -33,7 +33,7 @@ class KeptWithType {
 /// constructors are not compared: of two enums that differ only in payloads, the first is used for
 /// both. Lifetime: until the reference count falls to zero or, if permanent, until
 /// vrntValuesShutdown(). Threads: everything but the count and `permanent` is constant after
-/// construction and is read without a lock.
+/// construction and is read without a lock; kept() says itself who may change what is there.
 ///
 /// Long texts and long lists of references are built on the first request, since each type of a
 /// deep nest contains nearly all of the innermost one's: memory grows with the nest's text, not

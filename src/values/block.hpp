@@ -93,7 +93,7 @@ inline bool isExclusive(vrntValue_t* block) {
 /// then. The last holder needs no atomic decrement, since nobody else can add a reference.
 inline bool dropReference(vrntValue_t* block) noexcept {
   if (!isExclusive(block)) return blockCount(block).fetch_sub(1, std::memory_order_acq_rel) == 1;
-  block->refCount = 0;
+  blockCount(block).store(0, std::memory_order_relaxed);
   return true;
 }
 
@@ -223,9 +223,9 @@ class BlockPtr {
     return handle;
   }
   /// Returns the first handle to a new block of a count of 0. No other thread knows the block yet,
-  /// so that its count is set without an atomic operation.
+  /// so that its count is set, not added to.
   static BlockPtr first(vrntValue_t* block) noexcept {
-    block->refCount = 1;
+    blockCount(block).store(1, std::memory_order_relaxed);
     return adopt(block);
   }
 

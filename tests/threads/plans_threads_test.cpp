@@ -91,7 +91,7 @@ TEST_F(PlansOnThreads, AreDroppedWithTypesThatOtherThreadsMakeAnew) {
       state = state * 1664525 + 1013904223;
       return static_cast<int>((state >> 16) % limit);
     };
-    for (int i = 0; i < 5 * kRounds; ++i) {
+    for (int i = 0; i < 2 * kRounds; ++i) {
       const TypeHandle from = parse(structText(below(3), false));
       const TypeHandle to = parse(structText(3 + below(3), true));
       const ValueHandle value = numbered(from);
