@@ -101,19 +101,6 @@ std::int32_t declaredLength(const InternedType& type) {
   return array != nullptr && array->shape ? *array->shape : 0;
 }
 
-namespace {
-
-// Small memory comes from the thread's own list with malloc(), but not with calloc().
-void* allocateZeroed(std::size_t size) {
-  constexpr std::size_t kSmall = 1024;
-  if (size > kSmall) return std::calloc(1, size);
-  void* const memory = std::malloc(size);
-  if (memory != nullptr) std::memset(memory, 0, size);
-  return memory;
-}
-
-}  // namespace
-
 vrntValue_t* allocateBlock(TypePtr type, Fill fill) {
   if (&type->stripped() != type.get()) type = TypePtr(&type->stripped());
   const InternedType& stripped = *type;
@@ -121,12 +108,15 @@ vrntValue_t* allocateBlock(TypePtr type, Fill fill) {
   const std::size_t size = kBlockHeaderSize + stripped.size();
   // The list of slots may be built only now, and there may be no memory for it.
   const std::size_t slots = stripped.refSlotCount() == 0 ? 0 : RefSlots(stripped).size();
-  void* const memory = fill == Fill::Zero ? allocateZeroed(size) : std::malloc(size);
+  // Small memory comes from the thread's own list with malloc(), but not with calloc().
+  constexpr std::size_t kSmall = 1024;
+  const bool zeroed = fill == Fill::Zero && size > kSmall;
+  void* const memory = zeroed ? std::calloc(1, size) : std::malloc(size);
   if (memory == nullptr) throw std::bad_alloc();
 
   std::uint64_t* shadowRefs = nullptr;
   if (slots != 0) {
-    shadowRefs = static_cast<std::uint64_t*>(allocateZeroed(slots * sizeof(std::uint64_t)));
+    shadowRefs = static_cast<std::uint64_t*>(std::calloc(slots, sizeof(std::uint64_t)));
     if (shadowRefs == nullptr) {
       std::free(memory);
       throw std::bad_alloc();
@@ -134,6 +124,8 @@ vrntValue_t* allocateBlock(TypePtr type, Fill fill) {
   }
 
   auto* const block = new (memory) vrntValue_t;
+  // Of the bytes alone: with those of the header, compilers would make the two calls a calloc().
+  if (fill == Fill::Zero && !zeroed) std::memset(blockData(block), 0, stripped.size());
   std::memcpy(block->magic, kBlockMagic, sizeof(kBlockMagic));
   const std::string* const text = stripped.knownText();
   block->typeText = text != nullptr ? text->c_str() : nullptr;
