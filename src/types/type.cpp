@@ -155,6 +155,7 @@ InternedType::InternedType(TypeDesc&& desc, Metadata&& metadata, TypePtr strippe
 }
 
 InternedType::~InternedType() {
+  delete kept_.load(std::memory_order_acquire);
   delete cachedDefault_.load(std::memory_order_acquire);
   const std::string* const text = text_.load(std::memory_order_acquire);
   if (text != &shortText_) delete text;

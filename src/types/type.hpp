@@ -18,6 +18,12 @@
 
 namespace qex::vornath {
 
+/// What an upper layer keeps with a type. The type destroys it.
+class KeptWithType {
+ public:
+  virtual ~KeptWithType() = default;
+};
+
 /// The type of a value: an immutable description with annotations, its size, its layout and its
 /// reference slots. Every Type is an InternedType; asInterned() converts.
 ///
@@ -27,7 +33,7 @@ namespace qex::vornath {
 /// constructors are not compared: of two enums that differ only in payloads, the first is used for
 /// both. Lifetime: until the reference count falls to zero or, if permanent, until
 /// vrntValuesShutdown(). Threads: everything but the count and `permanent` is constant after
-/// construction and is read without a lock.
+/// construction and is read without a lock; kept() says itself who may change what is there.
 ///
 /// Long texts and long lists of references are built on the first request, since each type of a
 /// deep nest contains nearly all of the innermost one's: memory grows with the nest's text, not
@@ -100,6 +106,10 @@ class InternedType final : public Type {
   /// type must not be this type, which the cache would keep alive forever. Throws std::bad_alloc.
   const DynamicValue& cacheDefault(DynamicValue&& value) const;
 
+  /// Returns where the value layer keeps what it worked out from this type; null at first. The type
+  /// owns what is stored there. Not to be replaced.
+  std::atomic<KeptWithType*>& kept() const noexcept { return kept_; }
+
  private:
   friend class Type::Factory;
 
@@ -124,6 +134,7 @@ class InternedType final : public Type {
   mutable std::atomic<const std::vector<std::uint64_t>*> refSlots_{nullptr};
   TypePtr stripped_;
   mutable std::atomic<const HeapValue<DynamicValue>*> cachedDefault_{nullptr};
+  mutable std::atomic<KeptWithType*> kept_{nullptr};
 
   // The reference count of another type may be in the same line of the cache as the last 56 bytes.
   // So those that are seldom read stand here.
