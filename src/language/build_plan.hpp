@@ -77,7 +77,9 @@ struct Step {
 
 struct BuildPlan {
   std::vector<Step> steps;
-  std::vector<char> lanes;  ///< the bytes of scalars and short vectors
+  std::vector<char> lanes;    ///< the bytes of scalars and short vectors, and zeros behind them
+  std::size_t usedLanes = 0;  ///< bytes
+  std::size_t labelledValues = 0;  ///< steps that label a value
 };
 
 }  // namespace qex::vornath

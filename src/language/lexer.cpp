@@ -1,6 +1,7 @@
 #include "language/lexer.hpp"
 
 #include <bit>
+#include <cstring>
 #include <limits>
 
 #include "language/literals.hpp"
@@ -24,38 +25,18 @@ bool isHexadecimal(char c) {
 }  // namespace
 
 Token Lexer::read() {
-  switch (*next_) {
+  const char first = *next_;
+  if (isDigit(first)) return readNumber();
+  if (first >= 'a' && first <= 'z') return readLowerCaseWord();
+  if (first >= 'A' && first <= 'Z') return readUpperCaseWord();
+  switch (first) {
     case '\0':
       return Token::End;
-    case '(':
-      return mark(Token::LeftParenthesis);
-    case ')':
-      return mark(Token::RightParenthesis);
-    case '[':
-      return mark(Token::LeftBracket);
-    case ']':
-      return mark(Token::RightBracket);
-    case '{':
-      return mark(Token::LeftBrace);
-    case '}':
-      return mark(Token::RightBrace);
-    case ',':
-      return mark(Token::Comma);
-    case ';':
-      return mark(Token::Semicolon);
-    case ':':
-      return mark(Token::Colon);
-    case '*':
-      return mark(Token::Star);
-    case '$':
-      return mark(Token::Dollar);
-    case '&':
-      return mark(Token::Ampersand);
-    case '|':
-      return mark(Token::Bar);
     case '=':
       ++next_;
-      return *next_ == '>' ? mark(Token::Arrow) : Token::Equals;
+      if (*next_ != '>') return Token::Equals;
+      ++next_;
+      return Token::Arrow;
     case '@':
       ++next_;
       readNameCharacters(next_);
@@ -64,14 +45,10 @@ Token Lexer::read() {
       return readQuoted();
     case '+':
     case '-':
-      return isDigit(next_[1]) ? readNumber() : readInfinity(*next_ == '-');
+      return isDigit(next_[1]) ? readNumber() : readInfinity(first == '-');
     default:
-      break;
+      return Token::Other;
   }
-  const char first = *next_;
-  if (first >= 'a' && first <= 'z') return readLowerCaseWord();
-  if (first >= 'A' && first <= 'Z') return readUpperCaseWord();
-  return isDigit(first) ? readNumber() : Token::Other;
 }
 
 bool Lexer::baseKeyword(std::string_view stem, Base scalar) {
@@ -203,6 +180,32 @@ Token Lexer::readHexadecimal() {
   return integer(0);
 }
 
+// Appends the digits from `at` on to a number, and returns where they end.
+const char* Lexer::readDigits(const char* at, std::uint64_t& digits) const {
+  std::uint64_t number = digits;
+  // Eight digits at a time: the pairs, then fours, then all of them as one number.
+  if constexpr (std::endian::native == std::endian::little) {
+    while (end_ - at >= 8) {
+      std::uint64_t eight;
+      std::memcpy(&eight, at, sizeof(eight));
+      constexpr std::uint64_t kHighHalves = 0xF0F0F0F0F0F0F0F0U;
+      const std::uint64_t above = (eight + 0x0606060606060606U) & kHighHalves;
+      if ((eight & kHighHalves) != 0x3030303030303030U || above != 0x3030303030303030U) break;
+      eight -= 0x3030303030303030U;
+      eight = eight * 10 + (eight >> 8);
+      constexpr std::uint64_t kPairs = 0x000000FF000000FFU;
+      eight = ((eight & kPairs) * (100 + (std::uint64_t{1000000} << 32)) +
+               ((eight >> 16) & kPairs) * (1 + (std::uint64_t{10000} << 32))) >>
+              32;
+      number = number * 100000000 + eight;
+      at += 8;
+    }
+  }
+  while (isDigit(*at)) number = number * 10 + static_cast<std::uint64_t>(*at++ - '0');
+  digits = number;
+  return at;
+}
+
 Token Lexer::readNumber() {
   const char* const begin = next_;
   const bool negative = *begin == '-';
@@ -237,7 +240,7 @@ Token Lexer::readNumber() {
   DecimalNumber number{0, 0, negative, true};
   if (hasPoint) {
     const char* const fraction = ++at;
-    while (isDigit(*at)) digits = digits * 10 + static_cast<std::uint64_t>(*at++ - '0');
+    at = readDigits(at, digits);
     digitCount += static_cast<std::size_t>(at - fraction);
     number.exponent = -static_cast<std::int32_t>(at - fraction);
   }

@@ -8,7 +8,7 @@
 
 #include <array>
 #include <cstdint>
-#include <cstring>
+#include <string>
 #include <string_view>
 
 #include "types/type.hpp"
@@ -48,19 +48,27 @@ enum class Token : std::uint8_t {
   Float
 };
 
-/// The text must outlive the lexer, must not contain a zero byte, and must be followed by one.
+/// The text must outlive the lexer and must not contain a zero byte.
 class Lexer {
  public:
-  explicit Lexer(const char* text) : text_(text), next_(text) {}
+  explicit Lexer(const std::string& text)
+      : text_(text.c_str()), end_(text_ + text.size()), next_(text_) {}
 
   /// Reads the next token and returns it. After End and Other, returns the same again.
   Token advance() {
     for (;;) {
-      while (isBlank(*next_)) ++next_;
-      if (*next_ != '\r' || next_[1] != '\n') break;
-      next_ += 2;
+      const std::uint8_t entry = kCharacters[static_cast<unsigned char>(*next_)];
+      if ((entry & kBlank) != 0) {
+        ++next_;
+      } else if ((entry & kMark) != 0) {
+        ++next_;
+        return token_ = static_cast<Token>(entry & kMarkToken);
+      } else if (*next_ == '\r' && next_[1] == '\n') {
+        next_ += 2;
+      } else {
+        return token_ = read();
+      }
     }
-    return token_ = read();
   }
 
   Token token() const { return token_; }
@@ -74,34 +82,48 @@ class Lexer {
   std::uint64_t bits() const { return bits_; }
 
  private:
-  enum CharacterClass : std::uint8_t { kBlank = 1, kNameCharacter = 2, kDigit = 4 };
-
-  static constexpr std::array<std::uint8_t, 256> kClasses = [] {
-    std::array<std::uint8_t, 256> classes{};
-    for (const char c : {' ', '\t', '\n'}) classes[static_cast<unsigned char>(c)] = kBlank;
-    for (int c = 'a'; c <= 'z'; ++c) classes[static_cast<std::size_t>(c)] = kNameCharacter;
-    for (int c = 'A'; c <= 'Z'; ++c) classes[static_cast<std::size_t>(c)] = kNameCharacter;
-    for (int c = '0'; c <= '9'; ++c) {
-      classes[static_cast<std::size_t>(c)] = kNameCharacter | kDigit;
-    }
-    classes['_'] = classes['\''] = kNameCharacter;
-    return classes;
+  // What a character is: one of these, or a mark with its token.
+  static constexpr std::uint8_t kBlank = 0x20;
+  static constexpr std::uint8_t kNameCharacter = 0x40;
+  static constexpr std::uint8_t kMark = 0x80;
+  static constexpr std::uint8_t kMarkToken = 0x1F;
+  static constexpr std::array<std::uint8_t, 256> kCharacters = [] {
+    std::array<std::uint8_t, 256> characters{};
+    const auto set = [&](char c, std::uint8_t entry) {
+      characters[static_cast<unsigned char>(c)] = entry;
+    };
+    for (const char c : {' ', '\t', '\n'}) set(c, kBlank);
+    for (int c = 'a'; c <= 'z'; ++c) set(static_cast<char>(c), kNameCharacter);
+    for (int c = 'A'; c <= 'Z'; ++c) set(static_cast<char>(c), kNameCharacter);
+    for (int c = '0'; c <= '9'; ++c) set(static_cast<char>(c), kNameCharacter);
+    for (const char c : {'_', '\''}) set(c, kNameCharacter);
+    const auto mark = [&](char c, Token token) {
+      set(c, static_cast<std::uint8_t>(kMark | static_cast<std::uint8_t>(token)));
+    };
+    mark('(', Token::LeftParenthesis);
+    mark(')', Token::RightParenthesis);
+    mark('[', Token::LeftBracket);
+    mark(']', Token::RightBracket);
+    mark('{', Token::LeftBrace);
+    mark('}', Token::RightBrace);
+    mark(',', Token::Comma);
+    mark(';', Token::Semicolon);
+    mark(':', Token::Colon);
+    mark('*', Token::Star);
+    mark('$', Token::Dollar);
+    mark('&', Token::Ampersand);
+    mark('|', Token::Bar);
+    return characters;
   }();
 
-  static bool is(char c, CharacterClass set) {
-    return (kClasses[static_cast<unsigned char>(c)] & set) != 0;
+  static bool isNameCharacter(char c) {
+    return (kCharacters[static_cast<unsigned char>(c)] & kNameCharacter) != 0;
   }
-  static bool isBlank(char c) { return is(c, kBlank); }
-  static bool isDigit(char c) { return is(c, kDigit); }
-
-  Token mark(Token token) {
-    ++next_;
-    return token;
-  }
+  static bool isDigit(char c) { return static_cast<unsigned char>(c - '0') < 10; }
 
   // Reads name characters; the text of the token starts at `from`.
   void readNameCharacters(const char* from) {
-    while (is(*next_, kNameCharacter)) ++next_;
+    while (isNameCharacter(*next_)) ++next_;
     view_ = {from, static_cast<std::size_t>(next_ - from)};
   }
 
@@ -112,12 +134,14 @@ class Lexer {
   Token readInfinity(bool negative);
   Token readNumber();
   Token readHexadecimal();
+  const char* readDigits(const char* at, std::uint64_t& digits) const;
   Token integer(std::int64_t number);
   Token singlePrecision(float number);
   Token halfPrecision(float number);
   bool baseKeyword(std::string_view stem, Type::TBasetype scalar);
 
   const char* text_;
+  const char* end_;
   const char* next_;
   Token token_ = Token::Other;
   Type::TBasetype base_{};

@@ -1,6 +1,7 @@
 #include "language/plan_parser.hpp"
 
 #include <algorithm>
+#include <boost/container/small_vector.hpp>
 #include <cstring>
 #include <limits>
 
@@ -18,7 +19,7 @@ constexpr std::size_t kMaxPlannedLength = std::numeric_limits<std::uint32_t>::ma
 // with when a part of it is complete stands in a frame, so that depth costs no stack.
 class PlanParser {
  public:
-  PlanParser(BuildPlan& plan, const std::string& text) : plan_(plan), lexer_(text.c_str()) {
+  PlanParser(BuildPlan& plan, const std::string& text) : plan_(plan), lexer_(text) {
     constexpr std::size_t kTextPerStep = 8;  // bytes, of a text with few annotations
     constexpr std::size_t kMaxReserved = 4096;
     plan_.steps.reserve(std::min(text.size() / kTextPerStep + 8, kMaxReserved));
@@ -394,8 +395,19 @@ class PlanParser {
   }
 
   State scalar(Type::TBasetype base) {
+    const Token token = lexer_.token();
     appendLane(base);
     addLanes(base);
+    if (frame().kind != Frame::ArrayValue) return State::ValueEnd;
+    // The elements of a long array, without a turn of the states for each.
+    while (take(Token::Comma)) {
+      if (!at(token)) {
+        ++frame().count;
+        return State::Value;
+      }
+      appendLane(base);
+      ++plan_.steps.back().count;
+    }
     return State::ValueEnd;
   }
 
@@ -414,7 +426,7 @@ class PlanParser {
     }
     if (!take(Token::RightParenthesis)) return State::NotOfTheLanguage;
     // Three lanes take the room of four.
-    plan_.lanes.resize(plan_.lanes.size() + info.size - info.lanes * info.laneSize);
+    plan_.usedLanes += info.size - info.lanes * info.laneSize;
     addLanes(base);
     return State::ValueEnd;
   }
@@ -437,29 +449,30 @@ class PlanParser {
 
   // Appends the bytes of the literal and passes it.
   void appendLane(Type::TBasetype scalar) {
-    const std::uint64_t bits = lexer_.bits();
-    const std::size_t size = baseTypeInfo(scalar).laneSize;
-    const std::size_t offset = plan_.lanes.size();
-    plan_.lanes.resize(offset + size);
+    constexpr std::size_t kLargestValue = 16;
+    if (plan_.lanes.size() - plan_.usedLanes < kLargestValue) {
+      plan_.lanes.resize(2 * plan_.lanes.size() + 4 * kLargestValue);
+    }
     // The low bytes of the bits, however the machine orders them.
-    switch (size) {
-      case 1:
-        storeAs<std::uint8_t>(offset, bits);
+    const std::uint64_t bits = lexer_.bits();
+    switch (scalar) {
+      case Type::TBasetype::Char:
+        store(static_cast<std::uint8_t>(bits));
         break;
-      case 2:
-        storeAs<std::uint16_t>(offset, bits);
+      case Type::TBasetype::Half:
+        store(static_cast<std::uint16_t>(bits));
         break;
       default:
-        storeAs<std::uint32_t>(offset, bits);
+        store(static_cast<std::uint32_t>(bits));
         break;
     }
     next();
   }
 
-  template <typename Word>
-  void storeAs(std::size_t offset, std::uint64_t bits) {
-    const auto word = static_cast<Word>(bits);
-    std::memcpy(plan_.lanes.data() + offset, &word, sizeof(word));
+  template <typename Lane>
+  void store(Lane lane) {
+    std::memcpy(plan_.lanes.data() + plan_.usedLanes, &lane, sizeof(lane));
+    plan_.usedLanes += sizeof(lane);
   }
 
   // Adds a value whose lanes were appended. An element of an array joins the step of the one before
@@ -477,7 +490,7 @@ class PlanParser {
     Step& step = add(Action::Lanes);
     step.detail = detail;
     step.count = 1;
-    step.setNumber(plan_.lanes.size() - baseTypeInfo(base).size);
+    step.setNumber(plan_.usedLanes - kBaseTypes[detail].size);
   }
 
   State foreign() {
@@ -540,6 +553,7 @@ class PlanParser {
       case Frame::StructValue:
         if (!take(Token::Semicolon)) return State::NotOfTheLanguage;
         add(Action::FieldLabel).setText(frame().name);
+        ++plan_.labelledValues;
         ++frame().count;
         return State::ValueField;
       case Frame::ArrayValue:
@@ -569,7 +583,7 @@ class PlanParser {
 
   BuildPlan& plan_;
   Lexer lexer_;
-  std::vector<Frame> frames_;
+  boost::container::small_vector<Frame, 16> frames_;
 };
 
 }  // namespace

@@ -4,6 +4,7 @@
 #ifndef VORNATH_LANGUAGE_VALUE_ASSEMBLY_HPP
 #define VORNATH_LANGUAGE_VALUE_ASSEMBLY_HPP
 
+#include <boost/container/small_vector.hpp>
 #include <cstdint>
 #include <string_view>
 #include <vector>
@@ -52,27 +53,29 @@ class ValueAssembly {
     enum Kind : std::uint8_t { Lanes, Word, Aggregate };
 
     Kind kind;
-    std::uint32_t count = 1;        // values, one after the other
-    Index first;                    // of the nodes within this one, which stand before it
-    Index outer = 0;                // set once there is one
-    std::uint64_t offset = 0;       // in the outer node
-    std::uint64_t source = 0;       // of the lanes, or the word
-    const InternedType* valueType;  // without annotations
-    TypePtr owner{};                // of the type, unless it is a base type, which is permanent
-    BlockPtr referee{};             // of a reference word
+    std::uint32_t count;       // values, one after the other
+    Index first;               // of the nodes within this one, which stand before it
+    Index outer;               // set once there is one
+    std::uint64_t offset;      // in the outer node
+    std::uint64_t source;      // of the lanes, or the word
+    const InternedType* type;  // without annotations; a permanent one or an owned one
+    Index ownedTypes;          // how many there are without those of this node and the ones within
+    Index referees;            // likewise
   };
 
   // The last nodes that have no outer one, as a list of parts.
   struct Parts;
 
-  Index add(Node::Kind kind, const InternedType& type);
-  Index addOwned(Node::Kind kind, const InternedType& type);
-  void place(Index outer, std::size_t firstOpen);
+  Node& add(Node::Kind kind, const InternedType& type);
+  Node& addOwned(Node::Kind kind, const InternedType& type);
+  void makeAggregate(const InternedType& type, std::size_t firstOpen);
 
   const char* const lanes_;
-  std::vector<Node> nodes_;  // each behind those within it
-  std::vector<Index> open_;  // those without an outer one
-  std::vector<std::string_view> labels_;
+  boost::container::small_vector<Node, 16> nodes_;  // each behind those within it
+  boost::container::small_vector<Index, 16> open_;  // those without an outer one
+  boost::container::small_vector<std::string_view, 16> labels_;
+  std::vector<TypePtr> ownedTypes_;
+  std::vector<BlockPtr> referees_;
 };
 
 }  // namespace qex::vornath

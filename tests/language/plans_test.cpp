@@ -423,7 +423,7 @@ std::uint32_t bitsOf(float number) {
 
 // Reads the one token of the text, and compares it with the literal's own conversion.
 void expectNumber(const std::string& text) {
-  Lexer lexer(text.c_str());
+  Lexer lexer(text);
   const Token token = lexer.advance();
   if (token == Token::Half) {
     ASSERT_EQ(lexer.bits(), halfLiteral(text)) << text;
