@@ -95,7 +95,7 @@ class PlanRunner {
         pending_ = *build::enumeration(constructors_.end());
         return;
       case Action::MakeType:
-        type_ = build::type(std::move(pending_), kNoMetadata);
+        type_ = build::type(std::move(pending_), {});
         return;
       case Action::BeginMetadata:
         annotated_.push_back({std::move(pending_)});
@@ -110,7 +110,8 @@ class PlanRunner {
         annotate(step, build::valueEntry(values_.take()));
         return;
       case Action::MakeAnnotated:
-        type_ = build::type(std::move(annotated_.back().desc), annotated_.back().metadata);
+        type_ =
+            build::type(std::move(annotated_.back().desc), std::move(annotated_.back().metadata));
         annotated_.pop_back();
         return;
       case Action::Lanes:
@@ -127,14 +128,14 @@ class PlanRunner {
         return;
       case Action::Foreign:
         values_.addForeign(
-            build::type(build::reference(step.flag ? std::move(type_) : TypePtr()), kNoMetadata),
+            build::type(build::reference(step.flag ? std::move(type_) : TypePtr()), {}),
             step.number());
         return;
       case Action::ReferenceValue:
         values_.refer();
         return;
       case Action::Enumerator:
-        values_.addEnumerator(build::type(*build::enumeration(constructors_.end()), kNoMetadata),
+        values_.addEnumerator(build::type(*build::enumeration(constructors_.end()), {}),
                               step.text().of(text_));
         return;
     }
@@ -145,7 +146,7 @@ class PlanRunner {
   // A type that this parse has made stays the one of its description while it is held.
   const TypePtr& baseType(Base base) {
     TypePtr& type = baseTypes_[static_cast<std::size_t>(base)];
-    if (!type) type = build::type(base, kNoMetadata);
+    if (!type) type = build::type(base, {});
     return type;
   }
 
@@ -191,8 +192,6 @@ class PlanRunner {
       values_.makeArray(step.count, &extents, element);
     }
   }
-
-  static const inline Metadata kNoMetadata;
 
   const BuildPlan& plan_;
   const char* const text_;
