@@ -39,10 +39,10 @@ using vornath_test::Random;
 using vornath_test::Sentences;
 
 #if defined(__SANITIZE_ADDRESS__) || defined(__SANITIZE_THREAD__)
-constexpr int kSentences = 1500;  // of each kind in each case
+constexpr int kSentences = 3000;  // of each kind in each case
 constexpr int kNumbers = 100000;
 #else
-constexpr int kSentences = 30000;
+constexpr int kSentences = 60000;
 constexpr int kNumbers = 2000000;
 #endif
 
