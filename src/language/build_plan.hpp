@@ -5,6 +5,7 @@
 #define VORNATH_LANGUAGE_BUILD_PLAN_HPP
 
 #include <array>
+#include <boost/container/small_vector.hpp>
 #include <cstddef>
 #include <cstdint>
 #include <string_view>
@@ -76,10 +77,11 @@ struct Step {
 };
 
 struct BuildPlan {
-  std::vector<Step> steps;
+  /// Those of most texts need no memory of their own: a block of their size is among those for
+  /// which malloc first joins all the small ones that are free.
+  boost::container::small_vector<Step, 240> steps;
   std::vector<char> lanes;    ///< the bytes of scalars and short vectors, and zeros behind them
   std::size_t usedLanes = 0;  ///< bytes
-  std::size_t labelledValues = 0;  ///< steps that label a value
 };
 
 }  // namespace qex::vornath

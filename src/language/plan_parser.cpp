@@ -1,7 +1,6 @@
 #include "language/plan_parser.hpp"
 
 #include <algorithm>
-#include <boost/container/small_vector.hpp>
 #include <cstring>
 #include <limits>
 
@@ -553,7 +552,6 @@ class PlanParser {
       case Frame::StructValue:
         if (!take(Token::Semicolon)) return State::NotOfTheLanguage;
         add(Action::FieldLabel).setText(frame().name);
-        ++plan_.labelledValues;
         ++frame().count;
         return State::ValueField;
       case Frame::ArrayValue:

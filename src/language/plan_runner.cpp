@@ -1,12 +1,14 @@
 #include "language/plan_runner.hpp"
 
 #include <array>
+#include <tuple>
 #include <utility>
 
 #include "language/type_builder.hpp"
 #include "language/value_assembly.hpp"
 #include "types/base_types.hpp"
 #include "types/extents.hpp"
+#include "types/metadata.hpp"
 
 namespace qex::vornath {
 namespace {
@@ -101,13 +103,13 @@ class PlanRunner {
         annotated_.push_back({std::move(pending_)});
         return;
       case Action::Flag:
-        annotate(step, {});
+        annotate<std::monostate>(step);
         return;
       case Action::Text:
-        annotate(step, std::string(step.content().of(text_)));
+        annotate<std::string>(step, step.content().of(text_));
         return;
       case Action::Value:
-        annotate(step, build::valueEntry(values_.take()));
+        annotate<HeapValue<DynamicValue>>(step, values_.take());
         return;
       case Action::MakeAnnotated:
         type_ =
@@ -174,10 +176,19 @@ class PlanRunner {
         build::constructor(textOf(step), std::move(payload), std::move(metadata)));
   }
 
-  // The keys of a canonical text are in their order, so that the end is the place of each.
-  void annotate(const Step& step, MetadataEntry entry) {
+  template <typename Kind, typename... Arguments>
+  void annotate(const Step& step, Arguments&&... arguments) {
     Metadata& metadata = annotated_.back().metadata;
-    metadata.insert_or_assign(metadata.end(), textOf(step), std::move(entry));
+    const std::string_view key = step.text().of(text_);
+    // The keys of a canonical text are in their order.
+    if (metadata.empty() || metadata.rbegin()->first < key) {
+      metadata.emplace_hint(metadata.end(), std::piecewise_construct, std::tuple(key),
+                            std::tuple<std::in_place_type_t<Kind>, Arguments&&...>(
+                                std::in_place_type<Kind>, std::forward<Arguments>(arguments)...));
+    } else {
+      setMetadata(metadata, std::string(key),
+                  MetadataEntry(std::in_place_type<Kind>, std::forward<Arguments>(arguments)...));
+    }
   }
 
   void makeArray(const Step& step) {
