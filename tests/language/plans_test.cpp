@@ -41,9 +41,11 @@ using vornath_test::Sentences;
 #if defined(__SANITIZE_ADDRESS__) || defined(__SANITIZE_THREAD__)
 constexpr int kSentences = 3000;  // of each kind in each case
 constexpr int kNumbers = 100000;
+constexpr std::size_t kBuiltDepth = 300;
 #else
 constexpr int kSentences = 60000;
 constexpr int kNumbers = 2000000;
+constexpr std::size_t kBuiltDepth = 3000;
 #endif
 
 // What a parse has come to.
@@ -355,10 +357,9 @@ TEST(PlansOfCanonicalTexts, AreMadeWithoutException) {
 }
 
 TEST(PlansOfDeepNests, BuildWhatTheParserBuilds) {
-  constexpr std::size_t kDepth = 3000;
   Counts counts;
   const auto nest = [](const std::string& begin, const std::string& inner, const std::string& end) {
-    return repeated(begin, kDepth) + inner + repeated(end, kDepth);
+    return repeated(begin, kBuiltDepth) + inner + repeated(end, kBuiltDepth);
   };
   for (const std::string& text :
        {nest("", "int", "*"), nest("", "int", "[1]"), nest("{ ", "int", " a; }"),
