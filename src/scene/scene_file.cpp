@@ -154,7 +154,7 @@ class DeserializeObjects {
     // stream is unknown.
     const std::uint32_t count = readCount();
     // Constructs each slot just before it is read, so that its memory is in the cache.
-    container.slots.reserve(count);
+    reserveSlots(container, count);
     // A failed stream would only return flags of 0.
     for (std::uint32_t i = 0; i < count && !stream_.fail(); ++i) {
       container.grow(i + 1);
