@@ -15,8 +15,8 @@ inline constexpr std::size_t kHugePage = std::size_t{2} << 20;
 /// memory again. So a block from allocatePages() costs no more page faults.
 inline constexpr std::size_t kNeverReused = std::size_t{32} << 20;
 
-/// Returns the number of huge pages that the system can provide without effort, for at most `wanted`.
-/// 0 where this is unknown. It is much less than the free memory if that is fragmented.
+/// Returns the number of huge pages that the system can provide without effort, for at most
+/// `wanted`. 0 where this is unknown. It is much less than the free memory if that is fragmented.
 std::size_t hugePagesAtHand(std::size_t wanted) noexcept;
 
 /// Returns the number of huge pages that are free on a node, in the zone that has most of them,
