@@ -55,6 +55,9 @@ class SlotVector {
   std::size_t size() const noexcept { return size_; }
   bool empty() const noexcept { return size_ == 0; }
 
+  /// Returns how many elements the vector can have before it takes other memory.
+  std::size_t capacity() const noexcept { return capacity_; }
+
   Element* begin() noexcept { return elements_; }
   Element* end() noexcept { return elements_ + size_; }
   const Element* begin() const noexcept { return elements_; }

@@ -45,7 +45,8 @@ std::size_t FileReader::readThroughBuffer(char* bytes, std::size_t size) {
 std::size_t FileReader::readIntoNew(void* bytes, std::size_t size) {
   // Small enough that the read finds its new memory in the processor's second cache.
   constexpr std::size_t kPiece = kFileBufferSize / 2;
-  if (size <= kPiece) return read(bytes, size);
+  // Smaller blocks may have been used before, and have their pages already.
+  if (size < vrnt::detail::kNeverReused) return read(bytes, size);
   std::size_t done = 0;
   while (done < size && !failed_) {
     const std::size_t piece = std::min(kPiece, size - done);

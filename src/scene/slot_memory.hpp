@@ -16,38 +16,34 @@ namespace vrnt::data {
 
 namespace detail {
 
-/// Provides containers with memory in huge pages. Everything here is optional: a container that got
-/// none uses memory from malloc().
+/// Containers of this size in bytes have at least one whole huge page.
+inline constexpr std::size_t kLarge = 2 * vrnt::detail::kHugePage;
+
+/// Moves large containers into memory of their own, in huge pages. This is optional: a container
+/// that got none uses memory from malloc().
 class SlotMemory {
  public:
   /// Provides memory for exactly `count` elements, which will all be used.
   template <typename Element>
   static void provide(SlotVector<Element>& slots, std::size_t count) noexcept {
-    if (count <= slots.capacity_ || !isLarge<Element>(count, kLargeSize)) return;
-    changeMemory(slots, count);
+    if (count > slots.capacity_ && isLarge<Element>(count)) changeMemory(slots, count);
   }
 
-  /// Provides memory for one more element, and for as many as SlotVector::append() would.
+  /// Provides memory for one more element, and for as many as SlotVector::append() would. Until the
+  /// container grows further, up to a huge page of it is not used. A container that grows to
+  /// kNeverReused has at least half of that in use, so this is at most an eighth.
   template <typename Element>
   static void provideOneMore(SlotVector<Element>& slots) noexcept {
-    if (slots.size_ != slots.capacity_ || !isLarge<Element>(slots.size_, kLargeGrowing / 2)) return;
+    if (slots.size_ != slots.capacity_ || !isLarge<Element>(2 * slots.size_)) return;
     changeMemory(slots, 2 * slots.capacity_);
   }
 
  private:
-  // A vector of this size in bytes has at least one huge page, even if another one at its end is
-  // not filled and so is in usual pages.
-  static constexpr std::size_t kLargeSize = 2 * vrnt::detail::kHugePage;
-
-  // While a vector grows, up to a huge page at its end is not used yet. That is at most an eighth
-  // of the elements in a vector that grows to this size. A smaller one also gains from malloc(),
-  // which uses freed memory again.
-  static constexpr std::size_t kLargeGrowing = vrnt::detail::kNeverReused;
-
   template <typename Element>
-  static bool isLarge(std::size_t count, std::size_t bytes) noexcept {
+  static bool isLarge(std::size_t count) noexcept {
     // Pages are moved byte by byte. And leak checkers do not look for pointers in such memory.
-    return std::is_trivially_copyable_v<Element> && count >= bytes / sizeof(Element) &&
+    return std::is_trivially_copyable_v<Element> &&
+           count >= vrnt::detail::kNeverReused / sizeof(Element) &&
            count <= std::numeric_limits<std::ptrdiff_t>::max() / sizeof(Element) / 2;
   }
 
@@ -74,8 +70,14 @@ class SlotMemory {
 /// Errors: throws std::bad_alloc and changes nothing.
 template <typename Element>
 void reserveSlots(Container<Element>& container, std::size_t count) {
-  detail::SlotMemory::provide(container.slots, count);
-  container.slots.reserve(count);
+  SlotVector<Element>& slots = container.slots;
+  detail::SlotMemory::provide(slots, count);
+  if (count <= slots.capacity()) return;
+  slots.reserve(count);
+  // Memory from malloc() that was used before has its pages already, and they stay as they are.
+  if (count >= detail::kLarge / sizeof(Element)) {
+    vrnt::detail::useHugePages(slots.end(), (count - slots.size()) * sizeof(Element));
+  }
 }
 
 /// Chooses the slot for an addition, as Container::allocate() does. Uses huge pages if the
@@ -96,13 +98,15 @@ void appendSlot(Container<Element>& container) {
 }
 
 /// Provides the memory that reserveSlots() allocated piece by piece, just before it is used. This
-/// takes less time than a page fault for each page.
+/// takes less time than a page fault for each page. Does nothing for memory that may have been used
+/// before, which has its pages already.
 template <typename Element>
 class SlotsAhead {
  public:
   /// For `count` slots.
   SlotsAhead(Container<Element>& container, std::size_t count) noexcept
-      : container_(container), end_(count * sizeof(Element) >= kLarge ? count : 0) {}
+      : container_(container),
+        end_(count >= vrnt::detail::kNeverReused / sizeof(Element) ? count : 0) {}
 
   /// Call it before a slot is added at `index`, for each index in order.
   void provide(std::size_t index) noexcept {
@@ -113,7 +117,6 @@ class SlotsAhead {
   }
 
  private:
-  static constexpr std::size_t kLarge = 2 * vrnt::detail::kHugePage;
   // Slots for 256 KiB, which fit into a processor's second cache.
   static constexpr std::size_t kPiece = (std::size_t{256} << 10) / sizeof(Element);
 
