@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <cstddef>
 #include <cstring>
+#include <iterator>
 #include <limits>
 #include <utility>
 
@@ -123,8 +124,10 @@ CopyPlan::Step CopyPlan::repeat(const Step& step, std::uint64_t count, std::uint
 }
 
 void CopyPlan::shrink() {
-  nodes_.shrink_to_fit();
-  steps_.shrink_to_fit();
+  // shrink_to_fit() would swallow a failure.
+  std::vector<Node>(std::make_move_iterator(nodes_.begin()), std::make_move_iterator(nodes_.end()))
+      .swap(nodes_);
+  std::vector<Step>(steps_).swap(steps_);
 }
 
 std::size_t CopyPlan::bytes() const {
