@@ -588,7 +588,7 @@ class PlanParser {
 
 bool planBuild(BuildPlan& plan, const std::string& text, Scan::Language language) {
   if (text.size() > kMaxPlannedLength) return false;
-  if (std::memchr(text.data(), '\0', text.size()) != nullptr) return false;
+  if (text.find('\0') != std::string::npos) return false;
   return PlanParser(plan, text).parse(language);
 }
 

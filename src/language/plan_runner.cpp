@@ -181,7 +181,7 @@ class PlanRunner {
     Metadata& metadata = annotated_.back().metadata;
     const std::string_view key = step.text().of(text_);
     // The keys of a canonical text are in their order.
-    if (metadata.empty() || metadata.rbegin()->first < key) {
+    if (metadata.empty() || metadata.rbegin()->first.compare(key) < 0) {
       metadata.emplace_hint(metadata.end(), std::piecewise_construct, std::tuple(key),
                             std::tuple<std::in_place_type_t<Kind>, Arguments&&...>(
                                 std::in_place_type<Kind>, std::forward<Arguments>(arguments)...));

@@ -108,9 +108,9 @@ BlockPtr buildSpecializedBlock(const InternedType& valueType, const char* value,
   const InternedType& own = valueType.stripped();
   const auto make = [&] {
     PairPlan plan;
-    auto [type, step] = Planner(plan.copies).plan(own, annotated);
-    plan.whole = step;
-    if (type != &own) plan.result = std::move(type);
+    const Outcome planned = Planner(plan.copies).plan(own, annotated);
+    plan.whole = planned.step;
+    if (planned.type != &own) plan.result = planned.type;
     return plan;
   };
   const auto run = [&](const PairPlan& plan) {
