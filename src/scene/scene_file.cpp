@@ -56,7 +56,7 @@ class SerializeObjects {
   // Writes everything.
   void scene() {
     header();
-    forEachClass([this](auto tag) { section<typename decltype(tag)::Desc>(); });
+    forEachClass([this](auto tag) { this->template section<typename decltype(tag)::Desc>(); });
   }
 
   // Writes the magic, the version, the id and the scene-wide groups.
