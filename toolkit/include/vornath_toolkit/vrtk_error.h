@@ -1,0 +1,74 @@
+/* Status codes and error objects of the toolkit, and what frees its strings. vrtk.h has the rules.
+ */
+#ifndef VORNATH_TOOLKIT_ERROR_H
+#define VORNATH_TOOLKIT_ERROR_H
+
+#include <stdint.h>
+
+#include "vornath_toolkit/vrtk_api.h"
+
+VRNT_BEGIN_DECLS
+
+/** Status codes. The numbers are part of the interface; new codes get new numbers. */
+enum {
+  VRTK_OK = 0,
+  VRTK_INVALID_ARGUMENT = 1,  /**< a null or an unknown argument */
+  VRTK_OUT_OF_MEMORY = 2,     /**< an allocation failed */
+  VRTK_LIBRARY_ERROR = 3,     /**< vornath_data reported or threw an error */
+  VRTK_INTERNAL_ERROR = 4,    /**< a defect of the toolkit or of a library below it */
+  VRTK_FILE_MISSING = 10,     /**< there is no such file, or no such folder on the path */
+  VRTK_FILE_UNREADABLE = 11,  /**< no permission to read, or the device reported an error */
+  VRTK_FILE_IS_FOLDER = 12,   /**< the path names a folder */
+  VRTK_FILE_NOT_REGULAR = 13, /**< the path names a FIFO, a socket or a device */
+  VRTK_FILE_NO_SCENE = 14,    /**< the file does not start as a scene file does */
+  VRTK_FILE_VERSION = 15,     /**< the scene file has another version than the library reads */
+  VRTK_FILE_DAMAGED = 16,     /**< the check found an error; the report says which */
+  VRTK_FILE_TOO_LARGE = 17,   /**< reading the file would take more memory than the limit */
+  VRTK_FILE_CHANGED = 18,     /**< the file was changed while it was checked or read */
+  VRTK_SAVE_NO_FOLDER = 30,   /**< the folder of the target does not exist */
+  VRTK_SAVE_DENIED = 31,      /**< no permission to write there, or a read-only file system */
+  VRTK_SAVE_NO_SPACE = 32,    /**< no space left, a quota or a limit on the size of files */
+  VRTK_SAVE_FAILED = 33,      /**< the device reported another error */
+  VRTK_SCENE_INCOMPLETE = 40  /**< an object without its value, or an asset of too few bytes */
+};
+
+/** An error object: a code and a message. */
+typedef struct vrtkError vrtkError;
+
+/** Returns the status code of an error, not VRTK_OK. Errors: none. */
+VRTK_API uint32_t vrtkErrorCode(const vrtkError* error);
+
+/**
+ * Returns the message of an error: what happened, where, and what to do about it. It is one line
+ * without a full stop at its end, such as "box.vrnscene: there is no such file; check the path".
+ * Ownership: belongs to the error and is valid as long as the error.
+ * Errors: none.
+ */
+VRTK_API const char* vrtkErrorMessage(const vrtkError* error);
+
+/** Destroys an error object. Does nothing for null. Errors: none. */
+VRTK_API void vrtkErrorDestroy(vrtkError* error);
+
+/**
+ * Returns the name of a status code without its prefix, such as "FILE_MISSING"; null for a number
+ * that is no status code. The string is static.
+ * Errors: none.
+ */
+VRTK_API const char* vrtkStatusName(uint32_t status);
+
+/** Frees a string that a function of the toolkit returned. Does nothing for null. Errors: none. */
+VRTK_API void vrtkStringDestroy(char* string);
+
+/** Frees bytes that a function of the toolkit returned. Does nothing for null. Errors: none. */
+VRTK_API void vrtkBytesDestroy(void* bytes);
+
+/**
+ * Returns the version of the toolkit that the program runs with, such as "1.0.0". The string is
+ * static.
+ * Errors: none.
+ */
+VRTK_API const char* vrtkVersion(void);
+
+VRNT_END_DECLS
+
+#endif

@@ -1,0 +1,16 @@
+// Texts and numbers of JSON documents.
+#ifndef VORNATH_TOOLKIT_JSON_TEXT_HPP
+#define VORNATH_TOOLKIT_JSON_TEXT_HPP
+
+#include <string>
+#include <string_view>
+
+namespace vrtk {
+
+/// Appends a text as a JSON string, in quotes. Bytes that are no UTF-8 become U+FFFD, since a JSON
+/// document must be UTF-8.
+void appendJsonString(std::string& out, std::string_view text);
+
+}  // namespace vrtk
+
+#endif
