@@ -81,7 +81,7 @@ TEST(vrtkCheckBytes, ReportsATypeThatDoesNotParse) {
   const ReportHandle report = check(fileWith(record("flot", 16, "abcd")));
   expectMessage(report.get(), "VALUE_TYPE_INVALID", kStream + 8, "Material/0/value/data");
   for (const std::string& text : {std::string(), std::string("int\0x", 5), std::string("{ int a }"),
-                                 std::string("{ int a; float a; }")}) {
+                                  std::string("{ int a; float a; }")}) {
     expectMessage(check(fileWith(record(text, 16, "abcd"))).get(), "VALUE_TYPE_INVALID",
                   kStream + 8, "Material/0/value/data");
   }

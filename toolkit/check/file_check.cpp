@@ -17,7 +17,7 @@ namespace {
 
 // What the library takes beside the scene's content: the scene, the buffers of the stream, and the
 // types that it makes once. Measured; see the test.
-constexpr std::uint64_t kMemoryOfScene = 6 << 20;
+constexpr std::uint64_t kMemoryOfScene = 3 << 20;
 // What an allocation takes beside its bytes; a large one is rounded up to pages.
 constexpr std::uint64_t kMemoryOfAllocation = 32;
 constexpr std::uint64_t kLargeAllocation = 64 << 10;
@@ -178,7 +178,8 @@ class FileCheck {
       if (check.known[i] != 0 && std::memcmp(record, right, length) == 0) continue;
       const GroupPlace place(owner, index, group);
       if (applyRules(group.plan, record,
-                     {report_, place, position_ + group.offset, live_[VRDM_CLASS_TEXTURE]})) {
+                     {report_, place, position_ + group.offset, live_[VRDM_CLASS_TEXTURE],
+                      group.defaultBytes()})) {
         std::memcpy(right, record, length);
         check.known[i] = 1;
       }

@@ -53,6 +53,10 @@ bool isList(const vrdmReferenceInfo& slot) {
   return slot.kind != VRDM_REFERENCE_REQUIRED && slot.kind != VRDM_REFERENCE_OPTIONAL;
 }
 
+const char* GroupLayout::defaultBytes() const {
+  return static_cast<const char*>(vrntValueData(defaults.get()));
+}
+
 GroupsLayout::GroupsLayout(std::uint32_t objectClass) {
   const std::uint32_t count = vrdmFieldCount(objectClass);
   groups.reserve(count);
@@ -62,8 +66,11 @@ GroupsLayout::GroupsLayout(std::uint32_t objectClass) {
     const vrntType_t* const described = type.get();
     alignment = std::max(alignment, vrntTypeAlignment(described));
     size = alignUp(size, vrntTypeAlignment(described));
+    vrntValuesError_t* error = nullptr;
+    vrnt::UniqueValue defaults(vrntValueCreateDefault(described, &error));
+    if (!defaults) vrnt::detail::raiseError(error);
     groups.push_back({vrdmFieldName(objectClass, i), std::move(type), size,
-                      TypePlan(described, TypePlan::Numbers::Annotated)});
+                      TypePlan(described, TypePlan::Numbers::Annotated), std::move(defaults)});
     size += groups.back().plan.size();
   }
   size = alignUp(size, alignment);

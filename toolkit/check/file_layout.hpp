@@ -21,6 +21,9 @@ struct GroupLayout {
   vrnt::UniqueType type;
   std::uint64_t offset;  ///< bytes from the start of the groups
   TypePlan plan;
+  vrnt::UniqueValue defaults;
+
+  const char* defaultBytes() const;
 };
 
 /// All groups of a class, in one piece.

@@ -95,12 +95,10 @@ class RuleRunner {
       const char* const piece = bytes.at(at, (count - 1) * run.stride + numberSize(run.rule));
       if (!areRight(run, piece, count)) {
         for (std::uint64_t i = 0; i < count; ++i) {
-          const char* const numberAt = piece + i * run.stride;
-          if (areRight(run, numberAt, 1) ||
-              (isNumber(run.rule) && number(run, numberAt) == run.usual)) {
-            continue;
-          }
-          add(run, numberAt, at + i * run.stride, reported);
+          const char* const number = piece + i * run.stride;
+          const std::uint64_t place = at + i * run.stride;
+          if (areRight(run, number, 1) || isDefault(run, number, place)) continue;
+          add(run, number, place, reported);
           reported = true;
         }
       }
@@ -182,8 +180,11 @@ class RuleRunner {
     }
   }
 
-  static bool isNumber(Rule rule) {
-    return rule == Rule::Int || rule == Rule::Char || rule == Rule::Float || rule == Rule::Half;
+  // A number that a schema has by default is right, though it may be outside its limits. A texture
+  // is 0 by default in a schema, and not in a new object.
+  bool isDefault(const Operation& run, const char* at, std::uint64_t offset) const {
+    return context_.defaults != nullptr && run.rule != Rule::Texture &&
+           std::memcmp(context_.defaults + offset, at, numberSize(run.rule)) == 0;
   }
 
   static Code codeOf(const Operation& run, const char* at) {

@@ -52,6 +52,7 @@ struct RuleContext {
   const Place& place;
   std::uint64_t fileOffset;  ///< of the start, or VRTK_NO_OFFSET
   const LiveSlots& textures;
+  const char* defaults = nullptr;  ///< the value by default, whose numbers are right; may be null
 
   std::uint64_t offset(std::uint64_t behind) const {
     return fileOffset == VRTK_NO_OFFSET ? VRTK_NO_OFFSET : fileOffset + behind;

@@ -101,7 +101,7 @@ class SceneCheck {
   void group(const std::string& owner, const GroupLayout& layout, const vrntValue_t* value) {
     const PathPlace place(owner + "/" + layout.name, layout.plan.type());
     applyRules(layout.plan, static_cast<const char*>(vrntValueData(value)),
-               {report_, place, VRTK_NO_OFFSET, live_[VRDM_CLASS_TEXTURE]});
+               {report_, place, VRTK_NO_OFFSET, live_[VRDM_CLASS_TEXTURE], layout.defaultBytes()});
   }
 
   void section(std::uint32_t objectClass) {

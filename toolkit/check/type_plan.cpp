@@ -3,7 +3,6 @@
 #include <algorithm>
 #include <array>
 #include <cfloat>
-#include <cmath>
 #include <cstring>
 #include <limits>
 #include <optional>
@@ -66,22 +65,15 @@ double laneValue(const LaneType& lane, const char* at) {
   }
 }
 
-// The value of an annotation, one number for each lane. Like the library, takes no notice of a
+// The bytes of an annotation that is a value of the type. Like the library, takes no notice of a
 // value of another type.
-std::optional<std::array<double, 4>> annotation(const vrntType_t* type, const LaneType& lane,
-                                                const char* key) {
+vrnt::UniqueValue annotation(const vrntType_t* type, const char* key) {
   if (vrntMetadataExists(type, key) == 0 || vrntMetadataType(type, key) != VRNT_METADATA_VALUE) {
-    return std::nullopt;
+    return nullptr;
   }
-  const vrnt::UniqueValue value(vrntMetadataValue(type, key));
-  const auto given = laneType(vrntValueType(value.get()));
-  if (!given || given->family != lane.family || given->lanes != lane.lanes) return std::nullopt;
-  std::array<double, 4> numbers{};
-  const auto* bytes = static_cast<const char*>(vrntValueData(value.get()));
-  for (std::uint32_t i = 0; i < lane.lanes; ++i) {
-    numbers[i] = laneValue(lane, bytes + std::size_t{i} * lane.size);
-  }
-  return numbers;
+  vrnt::UniqueValue value(vrntMetadataValue(type, key));
+  if (vrntTypeIsEqual(vrntValueType(value.get()), type) == 0) return nullptr;
+  return value;
 }
 
 std::uint64_t saturatingMultiply(std::uint64_t a, std::uint64_t b) {
@@ -159,6 +151,16 @@ class PlanBuilder {
     std::uint64_t elementSize;
   };
 
+  // The limits of a number or of an array of numbers, as bytes in its layout.
+  struct Limits {
+    vrnt::UniqueValue min, max;
+
+    bool any() const { return min || max; }
+    static const char* bytes(const vrnt::UniqueValue& limit) {
+      return limit ? static_cast<const char*>(vrntValueData(limit.get())) : nullptr;
+    }
+  };
+
   void next(Open& top) {
     vrntValueView_t part{};
     if (top.elementSize == 0) {
@@ -232,11 +234,30 @@ class PlanBuilder {
       add(1 + static_cast<double>(elements) * emptyParts(element.type));
       return;
     }
+    if (const Limits limits = limitsOf(type); limits.any()) {
+      if (const auto lane = laneType(element.type)) {
+        arrayWithLimits(*lane, offset, elements, size, limits);
+        return;
+      }
+    }
     plan_.operations_.push_back({Rule::Loop, 0, offset, elements, size});
     const auto loop = static_cast<std::uint32_t>(plan_.loops_.size());
     plan_.loops_.emplace_back().stride = size;
     openLoops_.push_back(loop);
     open_.push_back({type, offset, 0, 1, 1, elements, plan_.operations_.size() - 1, loop, size});
+  }
+
+  // The limits of an array have a number for each element.
+  void arrayWithLimits(const LaneType& lane, std::uint64_t offset, std::uint64_t elements,
+                       std::uint64_t size, const Limits& limits) {
+    const char* const min = Limits::bytes(limits.min);
+    const char* const max = Limits::bytes(limits.max);
+    for (std::uint64_t i = 0; i < elements; ++i) {
+      const std::uint64_t at = i * size;
+      lanes(lane, offset + at, min != nullptr ? min + at : nullptr,
+            max != nullptr ? max + at : nullptr);
+    }
+    add(1 + static_cast<double>(elements));
   }
 
   // How many parts the text of a value of no bytes has: it is an array, of arrays or of anything.
@@ -296,7 +317,7 @@ class PlanBuilder {
       Operation& last = operations.back();
       if (last.rule == added.rule && last.rule != Rule::Loop && last.stride == added.stride &&
           last.offset + last.count * last.stride == added.offset && last.bound == added.bound &&
-          last.min == added.min && last.max == added.max && last.usual == added.usual) {
+          last.min == added.min && last.max == added.max) {
         last.count += added.count;
         return;
       }
@@ -311,55 +332,38 @@ class PlanBuilder {
     return 0;
   }
 
+  Limits limitsOf(const vrntType_t* type) const {
+    if (numbers_ == TypePlan::Numbers::Bare) return {};
+    return {annotation(type, "min"), annotation(type, "max")};
+  }
+
   void lanes(const vrntType_t* type, const LaneType& lane, std::uint64_t offset) {
+    const Limits limits = limitsOf(type);
+    lanes(lane, offset, Limits::bytes(limits.min), Limits::bytes(limits.max));
+  }
+
+  void lanes(const LaneType& lane, std::uint64_t offset, const char* min, const char* max) {
     if (lane.family == VRNT_BASETYPE_BOOL) {
       operation({Rule::Bool, 0, offset, lane.lanes, 4});
       return;
     }
-    std::array<double, 4> min{};
-    std::array<double, 4> max{};
-    std::array<double, 4> usual{};
-    if (!limits(type, lane, min, max, usual)) return;
+    const bool isFloat = lane.family == VRNT_BASETYPE_FLOAT || lane.family == VRNT_BASETYPE_HALF;
+    if (!isFloat && min == nullptr && max == nullptr) return;
     const Rule rule = lane.family == VRNT_BASETYPE_FLOAT  ? Rule::Float
                       : lane.family == VRNT_BASETYPE_HALF ? Rule::Half
                       : lane.family == VRNT_BASETYPE_INT  ? Rule::Int
                                                           : Rule::Char;
+    // Without limits, a float of a schema is finite.
+    double most = std::numeric_limits<double>::infinity();
+    if (numbers_ == TypePlan::Numbers::Annotated && isFloat) {
+      most = rule == Rule::Half ? 65504.0 : double{FLT_MAX};
+    }
     for (std::uint32_t i = 0; i < lane.lanes; ++i) {
-      operation({rule, 0, offset + std::uint64_t{i} * lane.size, 1, lane.size, 0, min[i], max[i],
-                 usual[i]});
+      const std::size_t at = std::size_t{i} * lane.size;
+      operation({rule, 0, offset + at, 1, lane.size, 0,
+                 min != nullptr ? laneValue(lane, min + at) : -most,
+                 max != nullptr ? laneValue(lane, max + at) : most});
     }
-  }
-
-  // The numbers that are right, or false if all are.
-  bool limits(const vrntType_t* type, const LaneType& lane, std::array<double, 4>& min,
-              std::array<double, 4>& max, std::array<double, 4>& usual) const {
-    constexpr double kInfinity = std::numeric_limits<double>::infinity();
-    const bool annotated = numbers_ == TypePlan::Numbers::Annotated;
-    const bool isFloat = lane.family == VRNT_BASETYPE_FLOAT || lane.family == VRNT_BASETYPE_HALF;
-    const double largest = lane.family == VRNT_BASETYPE_HALF ? 65504.0 : double{FLT_MAX};
-    min.fill(annotated && isFloat ? -largest : -kInfinity);
-    max.fill(annotated && isFloat ? largest : kInfinity);
-    bool any = isFloat;
-    usual = min;
-    if (!annotated) return any;
-    if (const auto given = annotation(type, lane, "min")) {
-      min = *given;
-      any = true;
-    }
-    if (const auto given = annotation(type, lane, "max")) {
-      max = *given;
-      any = true;
-    }
-    // What the schema has by itself is right.
-    usual = min;
-    if (const auto given = annotation(type, lane, "default")) {
-      for (std::uint32_t i = 0; i < lane.lanes; ++i) {
-        const double number = (*given)[i];
-        if (std::isinf(number)) (number < 0 ? min : max)[i] = number;
-        usual[i] = number < min[i] || number > max[i] ? number : min[i];
-      }
-    }
-    return any;
   }
 
   TypePlan& plan_;

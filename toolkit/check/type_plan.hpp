@@ -32,7 +32,6 @@ struct Operation {
   std::uint32_t bound = 0;
   double min = 0, max = 0;  ///< both allowed. A float or half is finite, too, unless one of them
                             ///< is infinite
-  double usual = 0;         ///< a default that the limits exclude, or `min`; it is right
 };
 
 /// A reference word in a value.
