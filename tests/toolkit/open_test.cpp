@@ -151,6 +151,17 @@ TEST(vrtkSceneOpen, ReadsTheFileThatItCheckedThoughAnotherTakesItsPlace) {
   ::close(file);
 }
 
+TEST(vrtkSceneOpen, TellsTheFirstErrorAlthoughTheReportKeepsNoMessages) {
+  const TemporaryFolder folder;
+  writeFile(folder.file("file"), "no scene");
+  vrtkLimits limits = VRTK_LIMITS_INIT;
+  limits.maxMessages = 0;
+  const Opened opened = open(folder.file("file"), &limits);
+  EXPECT_EQ(opened.status, VRTK_FILE_NO_SCENE);
+  EXPECT_NE(opened.message.find("FILE_HEADER at byte 0"), std::string::npos) << opened.message;
+  EXPECT_EQ(vrtkReportMessageCount(opened.report.get()), 0U);
+}
+
 TEST(vrtkSceneOpenBytes, ReadsAndChecksBytes) {
   const SceneHandle scene = sceneOfAllClasses();
   std::string bytes = bytesOf(scene.get());

@@ -56,18 +56,22 @@ using vrtk::Code;
 vrtkReport::vrtkReport(const vrtkLimits& limits)
     : classes(vrdmObjectTypeCount()), maxMessages_(limits.maxMessages) {}
 
-// Returns whether the message is to be kept.
+// Returns whether the message is needed.
 bool vrtkReport::count(Code code) {
   if (vrtk::severityOf(code) == VRTK_ERROR) {
     ++errors_;
-    return keptErrors_ < maxMessages_;
+    return keptErrors_ < maxMessages_ || !firstError_;
   }
   ++warnings_;
   return kept_.size() < maxMessages_;
 }
 
-void vrtkReport::keep(Code code, std::uint64_t offset, std::string address, std::string message) {
-  if (vrtk::severityOf(code) == VRTK_ERROR) ++keptErrors_;
+void vrtkReport::keep(Kept found) {
+  if (vrtk::severityOf(found.code) == VRTK_ERROR) {
+    if (!firstError_) firstError_ = found;
+    if (keptErrors_ >= maxMessages_) return;
+    ++keptErrors_;
+  }
   if (kept_.size() >= maxMessages_) {
     // An error takes the place of the last warning.
     for (auto i = kept_.rbegin(); i != kept_.rend(); ++i) {
@@ -76,7 +80,7 @@ void vrtkReport::keep(Code code, std::uint64_t offset, std::string address, std:
       break;
     }
   }
-  kept_.push_back({code, offset, std::move(address), std::move(message)});
+  kept_.push_back(std::move(found));
 }
 
 void vrtkReport::finish() {

@@ -3,6 +3,7 @@
 #define VORNATH_TOOLKIT_CHECK_REPORT_HPP
 
 #include <cstdint>
+#include <optional>
 #include <string>
 #include <utility>
 #include <vector>
@@ -36,9 +37,19 @@ struct vrtkReport {
   void add(vrtk::Code code, std::uint64_t offset, Words&& words) {
     if (count(code)) {
       auto [address, message] = std::forward<Words>(words)();
-      keep(code, offset, std::move(address), std::move(message));
+      keep({code, offset, std::move(address), std::move(message)});
     }
   }
+
+  struct Kept {
+    vrtk::Code code;
+    std::uint64_t offset;
+    std::string address;
+    std::string message;
+  };
+
+  /// Returns the error that was found first, whether its message is kept or not.
+  const std::optional<Kept>& firstError() const { return firstError_; }
 
   /// Puts the messages in order. Call it once, when the check is done.
   void finish();
@@ -55,20 +66,14 @@ struct vrtkReport {
   std::vector<vrtkClassInfo> classes;
 
  private:
-  struct Kept {
-    vrtk::Code code;
-    std::uint64_t offset;
-    std::string address;
-    std::string message;
-  };
-
   bool count(vrtk::Code code);
-  void keep(vrtk::Code code, std::uint64_t offset, std::string address, std::string message);
+  void keep(Kept found);
 
   std::uint64_t maxMessages_;
   std::uint64_t errors_ = 0;
   std::uint64_t warnings_ = 0;
   std::uint64_t keptErrors_ = 0;
+  std::optional<Kept> firstError_;
   std::vector<Kept> kept_;
   std::vector<vrtkMessage> messages_;
 };

@@ -1,7 +1,6 @@
 // Opening scenes: the check, and then the library's own reader on what was checked.
 #include <fmt/format.h>
 
-#include <cstring>
 #include <istream>
 #include <memory>
 #include <utility>
@@ -18,29 +17,24 @@ namespace {
 
 using Scene = vrnt::data::Scene;
 
-std::uint32_t statusOf(const vrtkReport& report) {
-  // The first error decides; limits are looked at last.
-  for (const vrtkMessage& message : report.messages()) {
-    if (message.severity != VRTK_ERROR) continue;
-    if (std::strcmp(message.code, codeName(Code::FILE_HEADER)) == 0) return VRTK_FILE_NO_SCENE;
-    if (std::strcmp(message.code, codeName(Code::FILE_VERSION)) == 0) return VRTK_FILE_VERSION;
-    if (std::strcmp(message.code, codeName(Code::MEMORY_EXCEEDED)) == 0) {
+std::uint32_t statusOf(Code code) {
+  switch (code) {
+    case Code::FILE_HEADER:
+      return VRTK_FILE_NO_SCENE;
+    case Code::FILE_VERSION:
+      return VRTK_FILE_VERSION;
+    case Code::MEMORY_EXCEEDED:
       return VRTK_FILE_TOO_LARGE;
-    }
-    return VRTK_FILE_DAMAGED;
+    default:
+      return VRTK_FILE_DAMAGED;
   }
-  return VRTK_FILE_DAMAGED;
 }
 
-std::string firstError(const vrtkReport& report) {
-  for (const vrtkMessage& message : report.messages()) {
-    if (message.severity != VRTK_ERROR) continue;
-    std::string text = message.code;
-    if (message.offset != VRTK_NO_OFFSET) text += fmt::format(" at byte {}", message.offset);
-    if (*message.address != '\0') text += fmt::format(", {}", message.address);
-    return text + ": " + message.message;
-  }
-  return "the check found errors";
+std::string textOf(const vrtkReport::Kept& error) {
+  std::string text = codeName(error.code);
+  if (error.offset != VRTK_NO_OFFSET) text += fmt::format(" at byte {}", error.offset);
+  if (!error.address.empty()) text += ", " + error.address;
+  return text + ": " + error.message;
 }
 
 Scene readScene(ByteSource& source) {
@@ -55,19 +49,17 @@ Scene readScene(ByteSource& source) {
 // Checks and reads. On success, sets the scene; sets the report also if the check found errors.
 void openSource(ByteSource& source, const char* name, const vrtkLimits* limits, vrdmScene_t** scene,
                 vrtkReport** report) {
-  vrtkLimits chosen = limitsOf(limits);
-  // The first error is needed for the message.
-  if (chosen.maxMessages == 0 && report == nullptr) chosen.maxMessages = 1;
+  const vrtkLimits chosen = limitsOf(limits);
   auto made = std::make_unique<vrtkReport>(chosen);
   if (name != nullptr) {
     made->file = name;
     made->hasFile = true;
   }
   checkSource(source, chosen, *made);
-  if (made->errors() != 0) {
-    Failure failure(statusOf(*made), fmt::format("{}: it must not be read: {}",
-                                                 name != nullptr ? name : "the bytes of the scene",
-                                                 firstError(*made)));
+  if (const auto& error = made->firstError()) {
+    Failure failure(statusOf(error->code),
+                    fmt::format("{}: it must not be read: {}",
+                                name != nullptr ? name : "the bytes of the scene", textOf(*error)));
     if (report != nullptr) *report = made.release();
     throw std::move(failure);
   }

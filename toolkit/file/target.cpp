@@ -3,6 +3,7 @@
 #include <fcntl.h>
 #include <fmt/format.h>
 #include <sys/stat.h>
+#include <sys/xattr.h>
 #include <unistd.h>
 
 #include <algorithm>
@@ -137,7 +138,7 @@ std::string pathOfDescriptor(int descriptor) { return fmt::format("/proc/self/fd
 
 }  // namespace
 
-TargetFile::TargetFile(const std::string& path) : path_(path), target_(path) {
+TargetFile::TargetFile(const std::string& path, Name name) : path_(path), target_(path) {
   if (path.empty()) throw Failure(VRTK_SAVE_NO_FOLDER, "the path is empty; name a file");
   resolve();
   name_ = nameOf(target_);
@@ -158,7 +159,7 @@ TargetFile::TargetFile(const std::string& path) : path_(path), target_(path) {
     }
     fail("its folder cannot be opened", reason);
   }
-  openTemporary();
+  openTemporary(name);
 }
 
 TargetFile::~TargetFile() {
@@ -235,11 +236,15 @@ void TargetFile::resolve() {
   }
 }
 
-void TargetFile::openTemporary() {
+void TargetFile::openTemporary(Name name) {
   // Nobody else reads the bytes of a file that may be private before it has its permissions.
   const mode_t mode = existing_ ? 0600 : 0666;
-  file_ = FileHandle(openat(folder_.get(), ".", O_TMPFILE | O_WRONLY | O_CLOEXEC, mode));
-  if (file_) {
+  if (name == Name::NoneIfPossible) {
+    file_ = FileHandle(openat(folder_.get(), ".", O_TMPFILE | O_WRONLY | O_CLOEXEC, mode));
+  }
+  if (name == Name::Always) {
+    // Goes on below.
+  } else if (file_) {
     if (access(pathOfDescriptor(file_.get()).c_str(), F_OK) == 0) return;
     file_.close();  // it could not get a name
   } else if (errno == EACCES || errno == EROFS || errno == ENOSPC || errno == EDQUOT) {
@@ -247,11 +252,11 @@ void TargetFile::openTemporary() {
   }
   std::random_device random;
   for (;;) {
-    std::string name = fmt::format(".vrtk-{:08x}{:08x}.tmp", random(), random());
+    std::string own = fmt::format(".vrtk-{:08x}{:08x}.tmp", random(), random());
     file_ = FileHandle(
-        openat(folder_.get(), name.c_str(), O_CREAT | O_EXCL | O_WRONLY | O_CLOEXEC, mode));
+        openat(folder_.get(), own.c_str(), O_CREAT | O_EXCL | O_WRONLY | O_CLOEXEC, mode));
     if (file_) {
-      temporary_ = std::move(name);
+      temporary_ = std::move(own);
       return;
     }
     if (errno != EEXIST) fail("no file can be made beside it", errno);
@@ -281,6 +286,18 @@ void TargetFile::setPermissions() {
     errno = 0;
   }
   if (fchmod(file_.get(), existing_->mode) != 0) fail("its permissions cannot be kept", errno);
+  keepAccessList();
+}
+
+// Where the file system has lists of access rights, the one of the target stays.
+void TargetFile::keepAccessList() {
+  constexpr const char* kName = "system.posix_acl_access";
+  char list[4096];
+  const ssize_t size = getxattr(target_.c_str(), kName, list, sizeof(list));
+  if (size <= 0) return;
+  if (fsetxattr(file_.get(), kName, list, static_cast<std::size_t>(size), 0) != 0) {
+    fail("its permissions cannot be kept", errno);
+  }
 }
 
 void TargetFile::commit(bool sync) {

@@ -18,9 +18,12 @@ namespace vrtk {
 /// target's place when it is complete; until then it goes with this object or with the process.
 class TargetFile {
  public:
+  /// Whether the file is to have no name. Some file systems do not have such files.
+  enum class Name { NoneIfPossible, Always };
+
   /// Throws Failure with VRTK_SAVE_NO_FOLDER, VRTK_SAVE_DENIED, VRTK_SAVE_FAILED,
   /// VRTK_FILE_IS_FOLDER or VRTK_FILE_NOT_REGULAR.
-  explicit TargetFile(const std::string& path);
+  explicit TargetFile(const std::string& path, Name name = Name::NoneIfPossible);
   TargetFile(const TargetFile&) = delete;
   TargetFile& operator=(const TargetFile&) = delete;
   ~TargetFile();
@@ -40,8 +43,8 @@ class TargetFile {
   };
 
   void resolve();
-  void openTemporary();
-  void openNamed();
+  void openTemporary(Name name);
+  void keepAccessList();
   void setPermissions();
   [[noreturn]] void fail(const char* what, int reason) const;
 

@@ -12,7 +12,9 @@
  *    unchanged.
  *  - No C++ exception leaves a function, and no function ends the process, whatever a file
  *    contains. What vornath_data throws becomes an error.
- *  - A null argument is VRTK_INVALID_ARGUMENT, unless the function allows it.
+ *  - A null argument of a function that returns a status is VRTK_INVALID_ARGUMENT, unless the
+ *    function allows it. Functions that read an error, a report or a message must not be given
+ * null.
  *  - A string or a block of bytes that a function returns through an out-parameter is the caller's;
  *    free it with vrtkStringDestroy() or vrtkBytesDestroy().
  *  - Paths are NUL-terminated UTF-8 strings. All other strings are UTF-8, too, as far as the file
