@@ -85,24 +85,22 @@ TEST_F(DamagedFiles, AreReportedOrDoNoHarmIfOneByteIsWrong) {
   std::size_t reported = 0;
   std::size_t harmless = 0;
   for (const std::string& bytes : files()) {
-    for (const unsigned change : {0x01U, 0x80U, 0xFFU}) {
-      for (std::size_t i = 0; i < bytes.size(); i += kStep) {
-        std::string damaged = bytes;
-        damaged[i] = static_cast<char>(static_cast<unsigned char>(damaged[i]) ^ change);
-        ++(use(damaged, i % 8 == 0) ? harmless : reported);
-      }
+    for (std::size_t i = 0; i < bytes.size(); i += kStep) {
+      // One bit, another one for the next byte, or all bits.
+      const unsigned change = i % 9 == 8 ? 0xFFU : 1U << i % 9;
+      std::string damaged = bytes;
+      damaged[i] = static_cast<char>(static_cast<unsigned char>(damaged[i]) ^ change);
+      ++(use(damaged, i % 4 == 0) ? harmless : reported);
     }
   }
   EXPECT_GT(reported, 0U);
   EXPECT_GT(harmless, 0U);
-  RecordProperty("reported", static_cast<int>(reported));
-  RecordProperty("harmless", static_cast<int>(harmless));
 }
 
 TEST_F(DamagedFiles, AreReportedOrDoNoHarmIfAWordIsWrong) {
   std::mt19937 random(1);
   for (const std::string& bytes : files()) {
-    for (const std::uint32_t word : {0U, 0xFFFFFFFFU, 0x7FFFFFFFU, 0x80000000U, 0x10000U}) {
+    for (const std::uint32_t word : {0xFFFFFFFFU, 0x7FFFFFFFU, 0x10000U}) {
       for (std::size_t i = random() % 4; i + 4 <= bytes.size(); i += 4 * kStep) {
         std::string damaged = bytes;
         put(damaged, i, word);

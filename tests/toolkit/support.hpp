@@ -3,15 +3,19 @@
 #define VORNATH_TESTS_TOOLKIT_SUPPORT_HPP
 
 #include <gtest/gtest.h>
+#include <sys/wait.h>
+#include <unistd.h>
 
 #include <cstdint>
 #include <cstring>
+#include <filesystem>
 #include <fstream>
 #include <iterator>
 #include <memory>
 #include <sstream>
 #include <string>
 #include <string_view>
+#include <utility>
 #include <vector>
 
 #include "faults/all_classes.hpp"
@@ -116,6 +120,39 @@ inline std::string readFile(const std::string& path) {
 inline void writeFile(const std::string& path, std::string_view bytes) {
   std::ofstream stream(path, std::ios::binary);
   stream.write(bytes.data(), static_cast<std::streamsize>(bytes.size()));
+}
+
+// Runs a function in a process of its own, whose limits and user it may change. Returns whether all
+// its expectations held.
+template <typename Function>
+bool inAProcess(Function&& function) {
+  const pid_t child = fork();
+  if (child == 0) {
+    std::forward<Function>(function)();
+    _exit(testing::Test::HasFailure() ? 1 : 0);
+  }
+  int status = 0;
+  waitpid(child, &status, 0);
+  return WIFEXITED(status) && WEXITSTATUS(status) == 0;
+}
+
+// Does the same as a user who may not read and write everything, and who owns the folder.
+template <typename Function>
+bool asAnOrdinaryUser(const TemporaryFolder& folder, Function&& function) {
+  constexpr uid_t kNobody = 65534;
+  if (geteuid() == 0) {
+    EXPECT_EQ(chown(folder.path().c_str(), kNobody, kNobody), 0);
+    for (const auto& entry : std::filesystem::directory_iterator(folder.path())) {
+      EXPECT_EQ(chown(entry.path().c_str(), kNobody, kNobody), 0);
+    }
+  }
+  return inAProcess([&] {
+    if (geteuid() == 0) {
+      EXPECT_EQ(setgid(kNobody), 0);
+      EXPECT_EQ(setuid(kNobody), 0);
+    }
+    function();
+  });
 }
 
 }  // namespace vornath_test
