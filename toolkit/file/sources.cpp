@@ -100,8 +100,12 @@ void FileSource::read(std::uint64_t offset, void* to, std::size_t size) {
   if (!(stateOf(file_.get(), path_) == state_)) failChanged();
 }
 
+Window::Window(ByteSource& source, std::size_t capacity)
+    : source_(source), direct_(source.inMemory()), capacity_(capacity) {
+  if (direct_ == nullptr) buffer_ = std::make_unique_for_overwrite<char[]>(capacity_);
+}
+
 const char* Window::load(std::uint64_t offset) {
-  if (!buffer_) buffer_ = std::make_unique_for_overwrite<char[]>(capacity_);
   const std::uint64_t rest = source_.size() - offset;
   const auto length = static_cast<std::size_t>(std::min<std::uint64_t>(rest, capacity_));
   length_ = 0;  // if reading fails

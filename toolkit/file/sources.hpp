@@ -90,8 +90,7 @@ class Window {
  public:
   static constexpr std::size_t kCapacity = std::size_t{1} << 20;
 
-  explicit Window(ByteSource& source, std::size_t capacity = kCapacity)
-      : source_(source), direct_(source.inMemory()), capacity_(capacity) {}
+  explicit Window(ByteSource& source, std::size_t capacity = kCapacity);
 
   std::uint64_t sourceSize() const { return source_.size(); }
 
