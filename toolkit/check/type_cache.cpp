@@ -75,6 +75,21 @@ std::string withoutPayloads(std::string_view text) {
   return result;
 }
 
+// Returns whether the extents in a text are such that no memory can hold all elements.
+bool isHuge(std::string_view text) {
+  constexpr double kMost = 1e12;
+  double product = 1;
+  for (std::size_t i = 0; i < text.size(); ++i) {
+    if (text[i] != '[' && text[i] != ',') continue;
+    double extent = 0;
+    while (i + 1 < text.size() && std::isdigit(static_cast<unsigned char>(text[i + 1])) != 0) {
+      extent = extent * 10 + (text[++i] - '0');
+    }
+    if (extent > 1) product *= extent;
+  }
+  return product > kMost;
+}
+
 bool isCanonical(std::string_view text, const vrntType_t* type) {
   const char* const canonical = vrntTypeString(type);
   if (canonical == nullptr) throw std::bad_alloc();
@@ -183,6 +198,8 @@ TypeCache::Found TypeCache::find(std::string_view text, TypeFault& fault) {
   const vrnt::UniqueError owner(error);
   if (!type) {
     if (vrntValuesErrorCode(error) == VRNT_OUT_OF_MEMORY) {
+      // The library also says so for a type with more references than there can be.
+      if (!isHuge(text)) throw std::bad_alloc();
       fault = {Code::VALUE_TYPE_TOO_LARGE,
                fmt::format("there is no memory for values of the type \"{}\"", shortened(text))};
     } else {

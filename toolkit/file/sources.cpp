@@ -32,8 +32,7 @@ void MemorySource::read(std::uint64_t offset, void* to, std::size_t size) {
 }
 
 bool FileSource::State::operator==(const State& other) const {
-  return size == other.size && std::equal(modified, modified + 2, other.modified) &&
-         std::equal(changed, changed + 2, other.changed);
+  return size == other.size && std::equal(modified, modified + 2, other.modified);
 }
 
 FileSource::State FileSource::stateOf(int descriptor, const std::string& path) {
@@ -51,9 +50,7 @@ FileSource::State FileSource::stateOf(int descriptor, const std::string& path) {
                       ": this is no regular file but a pipe, a socket or a device; copy its "
                       "content to a file first");
   }
-  return {static_cast<std::uint64_t>(found.st_size),
-          {found.st_mtim.tv_sec, found.st_mtim.tv_nsec},
-          {found.st_ctim.tv_sec, found.st_ctim.tv_nsec}};
+  return {static_cast<std::uint64_t>(found.st_size), {found.st_mtim.tv_sec, found.st_mtim.tv_nsec}};
 }
 
 FileSource::FileSource(const std::string& path)

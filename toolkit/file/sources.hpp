@@ -71,10 +71,10 @@ class FileSource final : public ByteSource {
   void read(std::uint64_t offset, void* to, std::size_t size) override;
 
  private:
+  // Not the time of the last change of any kind: a file that loses its name changes, too.
   struct State {
     std::uint64_t size;
     std::int64_t modified[2];
-    std::int64_t changed[2];
     bool operator==(const State& other) const;
   };
   static State stateOf(int descriptor, const std::string& path);
