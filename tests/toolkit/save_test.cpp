@@ -1,4 +1,6 @@
 // Saving scenes: whole or not at all.
+#include <sched.h>
+#include <sys/mount.h>
 #include <sys/resource.h>
 #include <sys/stat.h>
 
@@ -146,6 +148,40 @@ TEST(vrtkSceneSave, TellsThatThereIsNoSpaceAndLeavesTheOldFile) {
   }));
   EXPECT_EQ(readFile(folder.file("scene")), "old");
   EXPECT_EQ(namesIn(folder.path()), std::vector<std::string>{"scene"});
+}
+
+TEST(vrtkSceneSave, TellsThatTheDeviceIsFullAndLeavesTheOldFile) {
+  const TemporaryFolder folder;
+  const SceneHandle small(vrdmCreateScene());
+  const SceneHandle large = sceneOfMegabytes(4);
+  constexpr int kNoMount = 77;
+  const pid_t child = fork();
+  if (child == 0) {
+    // A file system of a megabyte, which only this process sees.
+    if (unshare(CLONE_NEWNS) != 0 ||
+        mount("none", "/", nullptr, MS_REC | MS_PRIVATE, nullptr) != 0 ||
+        mount("tmpfs", folder.path().c_str(), "tmpfs", 0, "size=1m") != 0) {
+      _exit(kNoMount);
+    }
+    EXPECT_EQ(save(small.get(), folder.file("scene")).status, VRTK_OK);
+    const std::string before = readFile(folder.file("scene"));
+    const Saved saved = save(large.get(), folder.file("scene"));
+    EXPECT_EQ(saved.status, VRTK_SAVE_NO_SPACE) << saved.message;
+    EXPECT_NE(saved.message.find("make room"), std::string::npos) << saved.message;
+    EXPECT_EQ(readFile(folder.file("scene")), before);
+    EXPECT_EQ(namesIn(folder.path()), std::vector<std::string>{"scene"});
+    // A file system that may only be read.
+    EXPECT_EQ(mount("tmpfs", folder.path().c_str(), "tmpfs", MS_REMOUNT | MS_RDONLY, nullptr), 0);
+    EXPECT_EQ(save(small.get(), folder.file("scene")).status, VRTK_SAVE_DENIED);
+    EXPECT_EQ(save(small.get(), folder.file("new")).status, VRTK_SAVE_DENIED);
+    EXPECT_EQ(readFile(folder.file("scene")), before);
+    _exit(testing::Test::HasFailure() ? 1 : 0);
+  }
+  int status = 0;
+  waitpid(child, &status, 0);
+  ASSERT_TRUE(WIFEXITED(status));
+  if (WEXITSTATUS(status) == kNoMount) GTEST_SKIP() << "this user may not mount a file system";
+  EXPECT_EQ(WEXITSTATUS(status), 0);
 }
 
 TEST(vrtkSceneSave, TellsThatThereIsNoSpaceForAValueToo) {
