@@ -6,7 +6,6 @@
 #include <cstdint>
 #include <vector>
 
-#include "ratio_reporter.hpp"
 #include "vornath_data/vrnt.h"
 
 namespace {
@@ -125,14 +124,12 @@ void valueToSpd(benchmark::State& state) {
 const int registered = [] {
   const auto toRgb = [](const char* name, float step) {
     benchmark::RegisterBenchmark(name, [step](auto& state) { valueToRgb(state, step); });
-    benchmark::RegisterBenchmark((std::string(name) + "/yardstick").c_str(), scalarLoop);
-    bench::aim(name, 3);
+    benchmark::RegisterBenchmark((std::string(name) + "/scalar loop").c_str(), scalarLoop);
   };
   toRgb("vrntValueToRGB of 61 pairs on the grid", 5.0F);
   toRgb("vrntValueToRGB of 61 pairs off the grid", 4.7F);
   benchmark::RegisterBenchmark("vrntBlackbodyToRGB", blackbody);
-  benchmark::RegisterBenchmark("vrntBlackbodyToRGB/yardstick", powAndExp);
-  bench::aim("vrntBlackbodyToRGB", 1.3);
+  benchmark::RegisterBenchmark("vrntBlackbodyToRGB/pow and exp", powAndExp);
   benchmark::RegisterBenchmark("vrntValueToSPD", valueToSpd)->Range(64, 16384)->Complexity();
   return 0;
 }();

@@ -1,19 +1,18 @@
-// A reporter for benchmarks that are compared with a yardstick. In each run, the benchmark "Thing"
-// is measured beside "Thing/yardstick". The reporter prints the usual table and, below it, the
-// medians of each pair, their ratio, and the target ratio.
+// A reporter for rows that are compared with yardsticks. The row "Job" is measured in the same run
+// as each of its yardsticks, which are the benchmarks named "Job/name of the yardstick". A job that
+// is measured at several sizes is reported by its growth instead. The reporter prints the usual
+// table and, below it, the medians, their ratios, and the aims that aims.def gives them.
 #ifndef VORNATH_BENCH_RATIO_REPORTER_HPP
 #define VORNATH_BENCH_RATIO_REPORTER_HPP
 
 #include <benchmark/benchmark.h>
 
+#include <cstdint>
 #include <map>
 #include <string>
 #include <vector>
 
 namespace bench {
-
-/// Sets the target for the ratio of "name" to "name/yardstick".
-void aim(const std::string& name, double ratio);
 
 class RatioReporter : public benchmark::ConsoleReporter {
  public:
@@ -21,7 +20,11 @@ class RatioReporter : public benchmark::ConsoleReporter {
   void Finalize() override;
 
  private:
-  std::map<std::string, double> nanoseconds_;  // medians, by benchmark name
+  void printRatios() const;
+  void printGrowth() const;
+
+  std::map<std::string, double> nanoseconds_;                            // medians, by name
+  std::map<std::string, std::map<std::int64_t, double>> nanosecondsAt_;  // by name and size
 };
 
 }  // namespace bench

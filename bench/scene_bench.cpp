@@ -1,18 +1,22 @@
-// Construction, writing and reading of large scenes. The yardsticks of the files write and read the
-// same bytes by plain system calls: to a new file in pieces of 1 MiB, and from a file in the page
-// cache into newly allocated memory.
+// Writing and reading of large scenes, and calls on one object beside many others. The yardsticks
+// of the files write and read the same bytes by plain system calls: to a new file in pieces of 1
+// MiB, and from a file in the page cache into newly allocated memory, in pages of 4 KiB and in huge
+// pages.
 #include <benchmark/benchmark.h>
 #include <fcntl.h>
+#include <sys/mman.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
+#include <cstdint>
 #include <cstdlib>
 #include <cstring>
-#include <filesystem>
+#include <optional>
 #include <string>
 #include <vector>
 
-#include "ratio_reporter.hpp"
+#include "scenes.hpp"
+#include "scratch_file.hpp"
 #include "vornath_data/catalogue/material_graph.hpp"
 #include "vornath_data/catalogue/mesh.hpp"
 #include "vornath_data/handles.hpp"
@@ -25,30 +29,6 @@ constexpr std::uint32_t kShape = VRDM_CLASS_SHAPE;
 constexpr int kShapes = 100'000;
 
 using vrnt::UniqueScene;
-using vrnt::UniqueValue;
-
-UniqueValue defaultOf(std::uint32_t objectClass, std::uint32_t group) {
-  vrntValuesError_t* error = nullptr;
-  vrntType_t* type = vrdmFieldType(objectClass, group);
-  UniqueValue value(vrntValueCreateDefault(type, &error));
-  vrntTypeDestroy(type);
-  return value;
-}
-
-UniqueScene build(int shapes) {
-  static const UniqueValue transformation = defaultOf(kShape, 0);
-  static const UniqueValue general = defaultOf(kShape, 1);
-  UniqueScene scene(vrdmCreateScene());
-  for (int i = 0; i < shapes; ++i) {
-    const auto shape = static_cast<std::int32_t>(vrdmCreateInstance(scene.get(), kShape));
-    vrdmSetDataValue(scene.get(), kShape, shape, 0, transformation.get());
-    vrdmSetDataValue(scene.get(), kShape, shape, 1, general.get());
-    vrdmSetReference(scene.get(), kShape, shape, 0, 1);
-    vrdmSetReference(scene.get(), kShape, shape, 1, static_cast<std::uint32_t>(i));
-    vrdmSetReference(scene.get(), kShape, shape, 3, 2);
-  }
-  return scene;
-}
 
 UniqueScene largeAsset() {
   constexpr std::uint64_t size = std::uint64_t{256} << 20;
@@ -61,33 +41,9 @@ UniqueScene largeAsset() {
   return scene;
 }
 
-std::string filePath(const char* name) {
-  return (std::filesystem::temp_directory_path() / (std::string("vornath_bench_") + name)).string();
-}
-
-struct RemoveFile {
-  explicit RemoveFile(std::string path) : path_(std::move(path)) {}
-  RemoveFile(const RemoveFile&) = delete;
-  RemoveFile& operator=(const RemoveFile&) = delete;
-  ~RemoveFile() { unlink(path_.c_str()); }
-  std::string path_;
-};
-
-void buildScene(benchmark::State& state) {
-  for (auto _ : state) {
-    UniqueScene scene = build(static_cast<int>(state.range(0)));
-    state.PauseTiming();
-    scene.reset();
-    state.ResumeTiming();
-  }
-  state.counters["per object"] = benchmark::Counter(
-      static_cast<double>(state.range(0)),
-      benchmark::Counter::kIsIterationInvariantRate | benchmark::Counter::kInvert);
-}
-
-// Frees a slot and takes it again, among many others. The yardstick does the same in a small scene.
-void reuse(benchmark::State& state, int shapes) {
-  const UniqueScene scene = build(shapes);
+// Frees the first slot and takes it again, beside many others.
+void reuse(benchmark::State& state) {
+  const UniqueScene scene = bench::makeShapes(static_cast<int>(state.range(0)));
   for (auto _ : state) {
     vrdmRemove(scene.get(), kShape, 0);
     benchmark::DoNotOptimize(vrdmCreateInstance(scene.get(), kShape));
@@ -96,8 +52,8 @@ void reuse(benchmark::State& state, int shapes) {
 
 // Does what a host does to leave no stale references: counts the references to an object before it
 // removes it. In between, the material of a shape changes.
-void countAndRemove(benchmark::State& state, int shapes) {
-  const UniqueScene scene = build(shapes);
+void countAndRemove(benchmark::State& state) {
+  const UniqueScene scene = bench::makeShapes(static_cast<int>(state.range(0)));
   for (int i = 0; i < 3; ++i) vrdmCreateInstance(scene.get(), VRDM_CLASS_MATERIAL);
   std::uint32_t material = 1;
   for (auto _ : state) {
@@ -116,14 +72,14 @@ void firstCount(benchmark::State& state, int shapes) {
   AssetStorage* const storage = vrdmAssetStorageCopy("", 0);
   for (auto _ : state) {
     state.PauseTiming();
-    UniqueScene scene = build(shapes);
+    UniqueScene scene = bench::makeShapes(shapes);
     for (int i = 0; i < shapes; ++i) {
       vrdmAddAsset(scene.get(), VRDM_CLASS_MESH, &desc, &storage);
     }
     state.ResumeTiming();
     benchmark::DoNotOptimize(vrdmCountReferences(scene.get(), VRDM_CLASS_MESH, 0));
     state.PauseTiming();
-    scene.reset();
+    bench::destroy(scene);
     state.ResumeTiming();
   }
   vrdmAssetStorageRelease(storage);
@@ -131,30 +87,38 @@ void firstCount(benchmark::State& state, int shapes) {
 
 void serialize(benchmark::State& state, UniqueScene (*make)()) {
   const UniqueScene scene = make();
-  const RemoveFile file(filePath("written.vrnscene"));
+  const bench::ScratchFile file("written.vrnscene");
   for (auto _ : state) {
     state.PauseTiming();
-    unlink(file.path_.c_str());
+    file.remove();
     state.ResumeTiming();
-    vrdmSerialize(scene.get(), file.path_.c_str());
+    vrdmSerialize(scene.get(), file.path());
   }
 }
 
-std::size_t sizeOf(const std::string& path) {
+std::size_t sizeOf(const char* path) {
   struct stat status {};
-  return stat(path.c_str(), &status) == 0 ? static_cast<std::size_t>(status.st_size) : 0;
+  return stat(path, &status) == 0 ? static_cast<std::size_t>(status.st_size) : 0;
+}
+
+// Saves over the file that the iteration before has written.
+void serializeAgain(benchmark::State& state, UniqueScene (*make)()) {
+  const UniqueScene scene = make();
+  const bench::ScratchFile file("again.vrnscene");
+  vrdmSerialize(scene.get(), file.path());
+  for (auto _ : state) vrdmSerialize(scene.get(), file.path());
 }
 
 void writePieces(benchmark::State& state, UniqueScene (*make)()) {
-  const RemoveFile file(filePath("pieces"));
-  vrdmSerialize(make().get(), file.path_.c_str());
-  const std::vector<char> bytes(sizeOf(file.path_), 1);
+  const bench::ScratchFile file("pieces");
+  vrdmSerialize(make().get(), file.path());
+  const std::vector<char> bytes(sizeOf(file.path()), 1);
   constexpr std::size_t piece = std::size_t{1} << 20;
   for (auto _ : state) {
     state.PauseTiming();
-    unlink(file.path_.c_str());
+    file.remove();
     state.ResumeTiming();
-    const int descriptor = open(file.path_.c_str(), O_WRONLY | O_CREAT | O_TRUNC, 0666);
+    const int descriptor = open(file.path(), O_WRONLY | O_CREAT | O_TRUNC, 0666);
     for (std::size_t done = 0; done < bytes.size(); done += piece) {
       const std::size_t count = std::min(piece, bytes.size() - done);
       if (write(descriptor, bytes.data() + done, count) < 0) state.SkipWithError("write failed");
@@ -164,26 +128,52 @@ void writePieces(benchmark::State& state, UniqueScene (*make)()) {
 }
 
 void deserialize(benchmark::State& state, UniqueScene (*make)()) {
-  const RemoveFile file(filePath("read.vrnscene"));
-  vrdmSerialize(make().get(), file.path_.c_str());
+  const bench::ScratchFile file("read.vrnscene");
+  vrdmSerialize(make().get(), file.path());
   for (auto _ : state) {
-    UniqueScene scene(vrdmDeserialize(file.path_.c_str()));
+    UniqueScene scene(vrdmDeserialize(file.path()));
+    if (!scene) state.SkipWithError("not read");
     state.PauseTiming();
-    scene.reset();
+    bench::destroy(scene);
     state.ResumeTiming();
   }
 }
 
-void readWhole(benchmark::State& state, UniqueScene (*make)()) {
-  const RemoveFile file(filePath("whole.vrnscene"));
-  vrdmSerialize(make().get(), file.path_.c_str());
-  const std::size_t size = sizeOf(file.path_);
+// Memory as the kernel gives it: not yet touched, in pages of 4 KiB or, where it has them at hand,
+// in huge pages.
+class FreshMemory {
+ public:
+  FreshMemory(std::size_t size, bool huge)
+      : size_(size + kHugePage),
+        memory_(mmap(nullptr, size_, PROT_READ | PROT_WRITE, MAP_PRIVATE | MAP_ANONYMOUS, -1, 0)) {
+    madvise(memory_, size_, huge ? MADV_HUGEPAGE : MADV_NOHUGEPAGE);
+  }
+  FreshMemory(const FreshMemory&) = delete;
+  FreshMemory& operator=(const FreshMemory&) = delete;
+  ~FreshMemory() { munmap(memory_, size_); }
+
+  // At the start of a huge page.
+  char* data() const {
+    const auto address = reinterpret_cast<std::uintptr_t>(memory_);
+    return reinterpret_cast<char*>((address + kHugePage - 1) / kHugePage * kHugePage);
+  }
+
+ private:
+  static constexpr std::size_t kHugePage = std::size_t{2} << 20;
+  std::size_t size_;
+  void* memory_;
+};
+
+void readWhole(benchmark::State& state, UniqueScene (*make)(), bool huge) {
+  const bench::ScratchFile file("whole.vrnscene");
+  vrdmSerialize(make().get(), file.path());
+  const std::size_t size = sizeOf(file.path());
   for (auto _ : state) {
-    char* bytes = static_cast<char*>(std::malloc(size));
-    const int descriptor = open(file.path_.c_str(), O_RDONLY);
+    std::optional<FreshMemory> memory(std::in_place, size, huge);
+    const int descriptor = open(file.path(), O_RDONLY);
     std::size_t done = 0;
     while (done < size) {
-      const ssize_t count = read(descriptor, bytes + done, size - done);
+      const ssize_t count = read(descriptor, memory->data() + done, size - done);
       if (count <= 0) {
         state.SkipWithError("read failed");
         break;
@@ -191,43 +181,50 @@ void readWhole(benchmark::State& state, UniqueScene (*make)()) {
       done += static_cast<std::size_t>(count);
     }
     close(descriptor);
-    benchmark::DoNotOptimize(bytes);
+    benchmark::DoNotOptimize(memory->data());
     state.PauseTiming();
-    std::free(bytes);
+    memory.reset();
     state.ResumeTiming();
   }
 }
 
-UniqueScene manyShapes() { return build(kShapes); }
+void readFresh(benchmark::State& state, UniqueScene (*make)()) { readWhole(state, make, false); }
+void readHuge(benchmark::State& state, UniqueScene (*make)()) { readWhole(state, make, true); }
 
-void registerPair(const std::string& name, double ratio, UniqueScene (*make)(),
-                  void (*measured)(benchmark::State&, UniqueScene (*)()),
-                  void (*yardstick)(benchmark::State&, UniqueScene (*)())) {
-  benchmark::RegisterBenchmark(name.c_str(), measured, make)->UseRealTime();
-  benchmark::RegisterBenchmark((name + "/yardstick").c_str(), yardstick, make)->UseRealTime();
-  bench::aim(name, ratio);
+UniqueScene manyShapes() { return bench::makeShapes(kShapes); }
+
+using OfScene = void (*)(benchmark::State&, UniqueScene (*)());
+
+// The time is that of all threads: other programs disturb it less than the time that passes.
+void add(const std::string& name, UniqueScene (*make)(), OfScene measure) {
+  benchmark::RegisterBenchmark(name.c_str(), measure, make)->MeasureProcessCPUTime();
 }
 
 const int registered = [] {
-  benchmark::RegisterBenchmark("build shapes", buildScene)
-      ->RangeMultiplier(2)
-      ->Range(kShapes / 4, kShapes * 2);
-  const auto besideMany = [](const std::string& name, double ratio,
-                             void (*measured)(benchmark::State&, int)) {
-    benchmark::RegisterBenchmark((name + " beside 100,000 shapes").c_str(), measured, kShapes);
-    benchmark::RegisterBenchmark((name + " beside 100,000 shapes/yardstick").c_str(), measured,
-                                 100);
-    bench::aim(name + " beside 100,000 shapes", ratio);
+  const auto besideMany = [](const char* name, void (*measure)(benchmark::State&)) {
+    benchmark::RegisterBenchmark(name, measure)->Arg(1'000)->Arg(100'000);
   };
-  besideMany("vrdmRemove and vrdmCreateInstance", 1.5, reuse);
-  besideMany("vrdmCountReferences and vrdmRemove", 1.5, countAndRemove);
+  besideMany("vrdmRemove and vrdmCreateInstance beside n shapes", reuse);
+  besideMany("vrdmCountReferences and vrdmRemove beside n shapes", countAndRemove);
   benchmark::RegisterBenchmark("first vrdmCountReferences beside 100,000 shapes", firstCount,
                                kShapes)
+      ->MeasureProcessCPUTime();
+  const struct {
+    std::string what;
+    UniqueScene (*make)();
+  } scenes[] = {{"100,000 shapes", manyShapes}, {"a 256 MiB asset", largeAsset}};
+  for (const auto& [what, make] : scenes) {
+    add("vrdmSerialize of " + what, make, serialize);
+    add("vrdmSerialize of " + what + "/plain write", make, writePieces);
+    add("vrdmDeserialize of " + what, make, deserialize);
+    add("vrdmDeserialize of " + what + "/read into fresh memory", make, readFresh);
+    add("vrdmDeserialize of " + what + "/read into huge pages", make, readHuge);
+  }
+  // Here the time that passes counts, with what the file system waits for.
+  const std::string again = "vrdmSerialize over a file just written";
+  benchmark::RegisterBenchmark(again.c_str(), serializeAgain, manyShapes)->UseRealTime();
+  benchmark::RegisterBenchmark((again + "/to a new file").c_str(), serialize, manyShapes)
       ->UseRealTime();
-  registerPair("vrdmSerialize of 100,000 shapes", 2.5, manyShapes, serialize, writePieces);
-  registerPair("vrdmDeserialize of 100,000 shapes", 2, manyShapes, deserialize, readWhole);
-  registerPair("vrdmSerialize of a 256 MiB asset", 1.3, largeAsset, serialize, writePieces);
-  registerPair("vrdmDeserialize of a 256 MiB asset", 1.3, largeAsset, deserialize, readWhole);
   return 0;
 }();
 

@@ -1,12 +1,17 @@
 // What walks through a whole value: comparison, text, streams and defaults, for values of several
-// forms. Where a value is a single run of bytes, the yardstick reads or copies these.
+// forms. Where a value is a single run of bytes, the yardstick reads or copies these. For the
+// shared schemas S and L it is the least that a new value needs: an allocation and a copy of its
+// bytes.
 #include <benchmark/benchmark.h>
 
+#include <atomic>
 #include <cstdint>
+#include <cstdlib>
 #include <cstring>
 #include <string>
 #include <vector>
 
+#include "schemas.hpp"
 #include "vornath_data/vrnt.h"
 
 namespace {
@@ -63,6 +68,9 @@ vrntValue_t* makeChain() {
   return parsed(text);
 }
 
+vrntValue_t* makeS() { return bench::defaultOf(bench::schemaS()).release(); }
+vrntValue_t* makeL() { return bench::defaultOf(bench::schemaL()).release(); }
+
 using Make = vrntValue_t* (*)();
 
 void equal(benchmark::State& state, Make make) {
@@ -92,6 +100,9 @@ void print(benchmark::State& state, Make make) {
     vrntDestroyString(text);
   }
 }
+
+// What a block needs beside the bytes of its value.
+constexpr std::size_t kBlockHeader = 48;
 
 struct Stream {
   std::vector<char> bytes;
@@ -143,6 +154,54 @@ void copyBytes(benchmark::State& state, Make make) {
   }
 }
 
+// Reads the text of a type from a stream, compares it with that of a known one, and makes a block
+// of the bytes behind it.
+void compareAndCopy(benchmark::State& state, Make make) {
+  const Sample sample(make());
+  const std::string known = vrntTypeString(vrntValueType(sample.value()));
+  const std::string stream = known;
+  std::string given(known.size(), '\0');
+  for (auto _ : state) {
+    std::memcpy(given.data(), stream.data(), stream.size());
+    benchmark::ClobberMemory();
+    if (std::memcmp(given.data(), known.data(), known.size()) != 0) {
+      state.SkipWithError("another text");
+    }
+    void* block = std::malloc(kBlockHeader + sample.size());
+    std::memcpy(static_cast<char*>(block) + kBlockHeader, vrntValueData(sample.value()),
+                sample.size());
+    benchmark::DoNotOptimize(block);
+    benchmark::ClobberMemory();
+    std::free(block);
+  }
+}
+
+// Makes a block of known bytes and holds a type for it.
+void copyAndCount(benchmark::State& state, Make make) {
+  const Sample sample(make());
+  std::atomic<std::uint32_t> count{1};
+  for (auto _ : state) {
+    void* block = std::malloc(kBlockHeader + sample.size());
+    std::memcpy(static_cast<char*>(block) + kBlockHeader, vrntValueData(sample.value()),
+                sample.size());
+    count.fetch_add(1, std::memory_order_relaxed);
+    benchmark::DoNotOptimize(block);
+    benchmark::ClobberMemory();
+    benchmark::DoNotOptimize(count.fetch_sub(1, std::memory_order_acq_rel));
+    std::free(block);
+  }
+}
+
+void createDefaultOf(benchmark::State& state, const bench::Schema& schema) {
+  vrntValuesError_t* error = nullptr;
+  const vrnt::UniqueType type = bench::typeOf(schema, bench::Form::Annotated);
+  for (auto _ : state) {
+    vrntValue_t* value = vrntValueCreateDefault(type.get(), &error);
+    benchmark::DoNotOptimize(value);
+    vrntValueDestroy(value);
+  }
+}
+
 void createDefault(benchmark::State& state, const char* typeText) {
   vrntValuesError_t* error = nullptr;
   vrntType_t* type = vrntTypeParse(typeText, &error);
@@ -177,7 +236,9 @@ const int registered = [] {
                {"5,000 arrays of 2 floats", makeArrays},
                {"100 x 100 ints", makeInts},
                {"1,000 references", makeReferences},
-               {"a chain of 50 references", makeChain}};
+               {"a chain of 50 references", makeChain},
+               {"S", makeS},
+               {"L", makeL}};
   const struct {
     const char* name;
     void (*measure)(benchmark::State&, Make);
@@ -191,13 +252,20 @@ const int registered = [] {
       benchmark::RegisterBenchmark(name.c_str(), function.measure, form.make);
     }
   }
-  benchmark::RegisterBenchmark("vrntValueEqual of 100 x 100 ints/yardstick", compareBytes,
-                               makeInts);
-  benchmark::RegisterBenchmark("vrntValueSerialize of 100 x 100 ints/yardstick", copyBytes,
-                               makeInts);
-  benchmark::RegisterBenchmark("vrntValueDeserialize of 100 x 100 ints/yardstick", copyBytes,
+  benchmark::RegisterBenchmark("vrntValueEqual of 100 x 100 ints/memcmp", compareBytes, makeInts);
+  benchmark::RegisterBenchmark("vrntValueSerialize of 100 x 100 ints/memcpy", copyBytes, makeInts);
+  benchmark::RegisterBenchmark("vrntValueDeserialize of 100 x 100 ints/memcpy", copyBytes,
                                makeInts);
 
+  const auto compareAndCopyOf = [](const char* name, Make make) {
+    benchmark::RegisterBenchmark(name, compareAndCopy, make);
+  };
+  compareAndCopyOf("vrntValueDeserialize of S/compare, malloc, copy", makeS);
+  compareAndCopyOf("vrntValueDeserialize of L/compare, malloc, copy", makeL);
+
+  benchmark::RegisterBenchmark("vrntValueCreateDefault of S", createDefaultOf, bench::schemaS());
+  benchmark::RegisterBenchmark("vrntValueCreateDefault of S/malloc, copy, count, free",
+                               copyAndCount, makeS);
   benchmark::RegisterBenchmark("vrntValueCreateDefault of a plain struct", createDefault, kStruct);
   benchmark::RegisterBenchmark("vrntValueCreateDefault of annotated structs", createDefault,
                                "{ int @default=3 a; float @max=1. @min=0. @default=0.5 b; "

@@ -3,7 +3,6 @@
 
 #include <cstring>
 
-#include "ratio_reporter.hpp"
 #include "vornath_data/host/field.hpp"
 #include "vornath_data/value.hpp"
 #include "vornath_data/vrnt.h"
@@ -99,14 +98,14 @@ void copyFloat(benchmark::State& state) {
 
 const int registered = [] {
   benchmark::RegisterBenchmark("view read", readPlace);
-  benchmark::RegisterBenchmark("view read/yardstick", readPlaceFlat);
+  benchmark::RegisterBenchmark("view read/flat functions", readPlaceFlat);
   benchmark::RegisterBenchmark("view read of a nested field by labels", readNested);
   benchmark::RegisterBenchmark("view write", writePlace);
-  benchmark::RegisterBenchmark("view write/yardstick", writePlaceFlat);
+  benchmark::RegisterBenchmark("view write/flat functions", writePlaceFlat);
   benchmark::RegisterBenchmark("field read", readField);
-  benchmark::RegisterBenchmark("field read/yardstick", copyFloat);
+  benchmark::RegisterBenchmark("field read/copy of a float", copyFloat);
   benchmark::RegisterBenchmark("field write", writeField);
-  benchmark::RegisterBenchmark("field write/yardstick", copyFloat);
+  benchmark::RegisterBenchmark("field write/copy of a float", copyFloat);
   return 0;
 }();
 

@@ -1,5 +1,6 @@
 // The text of a type: whatever parses has one canonical text, relates to itself, and has a default
-// value that prints.
+// value that prints. Every text is parsed from a plan and by the generated parser.
+#include "support/both_ways.hpp"
 #include "support/target.hpp"
 
 namespace vornath_fuzz {
@@ -199,6 +200,7 @@ void checkDefault(const vrntType_t* type) {
 }  // namespace
 
 void runInput(std::string_view bytes) {
+  checkTypeBothWays(std::string(bytes));
   const std::string text(bytes.substr(0, bytes.find('\0')));
   ErrorParameter error;
   const UniqueType type = parseType(text, error);

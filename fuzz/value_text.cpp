@@ -1,7 +1,9 @@
 // The text of a value: what parses prints, and prints alike once that is parsed again; it equals
-// itself, and comes back from a stream as it was.
+// itself, and comes back from a stream as it was. Every text is parsed from a plan and by the
+// generated parser.
 #include <algorithm>
 
+#include "support/both_ways.hpp"
 #include "support/streams.hpp"
 
 namespace vornath_fuzz {
@@ -63,6 +65,7 @@ void checkParts(const vrntValue_t* value) {
 }  // namespace
 
 void runInput(std::string_view bytes) {
+  checkValueBothWays(std::string(bytes));
   const std::string source(bytes.substr(0, bytes.find('\0')));
   if (source == "vrntval") return;  // taken for a block
   ErrorParameter error;

@@ -4,6 +4,7 @@
 
 #include <cstddef>
 #include <cstdlib>
+#include <cstring>
 #include <limits>
 #include <new>
 #include <type_traits>
@@ -11,9 +12,19 @@
 
 namespace vrnt::data {
 
+namespace detail {
+class SlotMemory;
+}
+
 /// A vector that only grows and cannot be copied. In contrast to std::vector, it grows trivially
 /// copyable elements by realloc(). For a large container, realloc() remaps pages instead of copying
 /// their bytes to newly allocated ones. Copying would be most of the cost of an addition.
+///
+/// A host may rely on this: the elements are contiguous and in order, an element stays in place
+/// until the vector grows beyond its capacity, and a move of the vector moves no element. Where the
+/// memory comes from is no promise: the library moves large vectors into memory of its own. So a
+/// host must not free the elements or pass them to realloc(). A vector can be moved and destroyed
+/// on any thread.
 template <typename Element>
 class SlotVector {
   static_assert(std::is_nothrow_move_constructible_v<Element> &&
@@ -26,21 +37,26 @@ class SlotVector {
   SlotVector(SlotVector&& other) noexcept
       : elements_(std::exchange(other.elements_, nullptr)),
         size_(std::exchange(other.size_, 0)),
-        capacity_(std::exchange(other.capacity_, 0)) {}
+        capacity_(std::exchange(other.capacity_, 0)),
+        release_(std::exchange(other.release_, nullptr)) {}
   SlotVector& operator=(SlotVector&& other) noexcept {
     SlotVector moved(std::move(other));
     std::swap(elements_, moved.elements_);
     std::swap(size_, moved.size_);
     std::swap(capacity_, moved.capacity_);
+    std::swap(release_, moved.release_);
     return *this;
   }
   ~SlotVector() {
     for (Element& element : *this) element.~Element();
-    std::free(static_cast<void*>(elements_));
+    releaseMemory();
   }
 
   std::size_t size() const noexcept { return size_; }
   bool empty() const noexcept { return size_ == 0; }
+
+  /// Returns how many elements the vector can have before it takes other memory.
+  std::size_t capacity() const noexcept { return capacity_; }
 
   Element* begin() noexcept { return elements_; }
   Element* end() noexcept { return elements_ + size_; }
@@ -74,33 +90,59 @@ class SlotVector {
   }
 
  private:
+  friend class detail::SlotMemory;
+
+  // Releases memory that is not from malloc(), given its address and its size in bytes.
+  using Release = void (*)(void*, std::size_t) noexcept;
+
   void changeCapacity(std::size_t count) {
     // No object is larger than the largest pointer difference.
     constexpr auto kMostBytes =
         static_cast<std::size_t>(std::numeric_limits<std::ptrdiff_t>::max());
     if (count > kMostBytes / sizeof(Element)) throw std::bad_alloc();
     const std::size_t bytes = count * sizeof(Element);
-    if constexpr (std::is_trivially_copyable_v<Element>) {
+    if (std::is_trivially_copyable_v<Element> && !release_) {
       void* place = std::realloc(static_cast<void*>(elements_), bytes);
       if (!place) throw std::bad_alloc();
       elements_ = static_cast<Element*>(place);
+      capacity_ = count;
     } else {
       void* place = std::malloc(bytes);
       if (!place) throw std::bad_alloc();
-      auto* moved = static_cast<Element*>(place);
+      moveTo(place, count, nullptr);
+    }
+  }
+
+  // Moves the elements to other memory, which has room for `capacity` of them, and releases the
+  // former memory. `release` is to release the new memory; null stands for std::free().
+  void moveTo(void* memory, std::size_t capacity, Release release) noexcept {
+    auto* const place = static_cast<Element*>(memory);
+    if constexpr (std::is_trivially_copyable_v<Element>) {
+      if (size_ != 0) std::memcpy(memory, static_cast<void*>(elements_), size_ * sizeof(Element));
+    } else {
       for (std::size_t i = 0; i < size_; ++i) {
-        new (static_cast<void*>(moved + i)) Element(std::move(elements_[i]));
+        new (static_cast<void*>(place + i)) Element(std::move(elements_[i]));
         elements_[i].~Element();
       }
-      std::free(static_cast<void*>(elements_));
-      elements_ = moved;
     }
-    capacity_ = count;
+    releaseMemory();
+    elements_ = place;
+    capacity_ = capacity;
+    release_ = release;
+  }
+
+  void releaseMemory() noexcept {
+    if (release_) {
+      release_(static_cast<void*>(elements_), capacity_ * sizeof(Element));
+    } else {
+      std::free(static_cast<void*>(elements_));
+    }
   }
 
   Element* elements_ = nullptr;
   std::size_t size_ = 0;
   std::size_t capacity_ = 0;
+  Release release_ = nullptr;  // null if the memory is from malloc()
 };
 
 }  // namespace vrnt::data

@@ -21,6 +21,18 @@ std::uint64_t hexadecimalLiteral(std::string_view text);
 /// (an exponent without digits) or one out of range, returns what a stream extraction stores.
 float floatLiteral(std::string_view text);
 
+/// The parts of a number in decimal notation: digits * 10^exponent, with a sign.
+struct DecimalNumber {
+  std::uint64_t digits;
+  std::int32_t exponent;
+  bool negative;
+  bool exact;  ///< whether `digits` and `exponent` are those of the text, and none has run over
+};
+
+/// Returns the same for a text whose parts are known, sooner where a division or a product of two
+/// exact numbers gives the result.
+float floatLiteral(std::string_view text, const DecimalNumber& number);
+
 /// Returns the bits of a half for a number and a final "h", parsed as a float and then rounded.
 std::uint16_t halfLiteral(std::string_view text);
 

@@ -1,7 +1,9 @@
-/// Runs the scanner and the parser on a text: the only code that calls them.
+/// Parses texts. A text that is of the language is built from a plan (plan_parser.hpp); any other
+/// one is given to the generated scanner and parser, which report what is wrong with it.
 ///
-/// A run holds parser_mutex, since the scanner's state is global, and never starts with the
-/// factory's lock held. No action of the grammar may start a parse.
+/// Types and values are built under parser_mutex, either way, and never with the factory's lock
+/// held: a host that holds parser_mutex holds up every parse. The scanner's state is global, so
+/// that it runs under parser_mutex too. No step and no action of the grammar may start a parse.
 #ifndef VORNATH_LANGUAGE_PARSE_DRIVER_HPP
 #define VORNATH_LANGUAGE_PARSE_DRIVER_HPP
 
@@ -17,6 +19,11 @@ namespace qex::vornath {
 int parseTypeText(ParseContext& context, const std::string& text, TypePtr& out);
 int parseValueText(ParseContext& context, const std::string& text,
                    std::optional<DynamicValue>& out);
+
+/// Does the same by the generated scanner and parser, whatever the text.
+int parseTypeTextByGrammar(ParseContext& context, const std::string& text, TypePtr& out);
+int parseValueTextByGrammar(ParseContext& context, const std::string& text,
+                            std::optional<DynamicValue>& out);
 
 }  // namespace qex::vornath
 

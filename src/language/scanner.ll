@@ -1,6 +1,6 @@
 /* The tokens of the type and value texts. Ties between rules of equal length go to the earlier one. */
 
-%option noyywrap nounput noinput never-interactive nodefault 8bit warn noyyrealloc
+%option noyywrap nounput noinput never-interactive nodefault 8bit warn noyyrealloc full ecs
 %option prefix="vornath_scanner_"
 
 %{

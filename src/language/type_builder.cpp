@@ -7,8 +7,8 @@
 
 namespace qex::vornath::build {
 
-TypePtr type(TypeDesc desc, const Metadata& metadata) {
-  return makeType(std::move(desc), metadata);
+TypePtr type(TypeDesc desc, Metadata metadata) {
+  return makeType(std::move(desc), std::move(metadata));
 }
 
 TypeDesc array(TypePtr element, const Extents& extents) {

@@ -17,7 +17,7 @@ using Fields = std::vector<Type::Field>;
 using Constructors = std::vector<Type::Constructor>;
 using Types = std::vector<TypePtr>;
 
-TypePtr type(TypeDesc desc, const Metadata& metadata);
+TypePtr type(TypeDesc desc, Metadata metadata);
 
 TypeDesc array(TypePtr element, const Extents& extents);
 TypeDesc structure(Fields fields);

@@ -5,23 +5,22 @@
 #include <limits>
 #include <new>
 
+#include "platform/huge_pages.hpp"
+
 namespace vrnt::data {
 
 namespace {
 
-// Large blocks are aligned to huge pages, so that a system that uses huge pages by itself can back
-// them with whole pages. The library does not request huge pages: if memory is fragmented, the
-// system would compact it first, which was measured to cost several times the read that fills the
-// block.
-constexpr std::size_t kHugePage = std::size_t{2} << 20;
-constexpr std::size_t kLargeBlock = 2 * kHugePage;
+constexpr std::size_t kLargeBlock = 2 * vrnt::detail::kHugePage;
 
 void* allocateBytes(std::size_t size) {
 #if defined(__unix__) || defined(__APPLE__)
   if (size >= kLargeBlock) {
     void* bytes = nullptr;
     // The block's release function is `free`, which frees this memory as it frees that of malloc.
-    return posix_memalign(&bytes, kHugePage, size) == 0 ? bytes : nullptr;
+    if (posix_memalign(&bytes, vrnt::detail::kHugePage, size) != 0) return nullptr;
+    vrnt::detail::useHugePages(bytes, size);
+    return bytes;
   }
 #endif
   return std::malloc(size);

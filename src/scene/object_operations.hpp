@@ -16,6 +16,7 @@
 #include "scene/class_table.hpp"
 #include "scene/reference_counts.hpp"
 #include "scene/scene_access.hpp"
+#include "scene/slot_memory.hpp"
 #include "vornath_data/scene.hpp"
 #include "vornath_data/texture_references.hpp"
 
@@ -71,7 +72,7 @@ std::uint32_t addProgram(Scene& scene, const char* text, std::size_t length) {
   added.id = UniqueId::hash(text, length);
   countClassChange<Source>(scene);
   auto& container = writable<Source>(scene);
-  const std::uint32_t index = container.allocate();
+  const std::uint32_t index = allocateSlot(container);
   container.slots[index] = std::move(added);
   return index;
 }
@@ -82,7 +83,7 @@ std::uint32_t addAsset(Scene& scene, const Desc& desc, AssetHandle storage) {
   const UniqueId id = UniqueId::generate();
   countClassChange<Desc>(scene);
   auto& container = writable<Desc>(scene);
-  const std::uint32_t index = container.allocate();
+  const std::uint32_t index = allocateSlot(container);
   container.slots[index] = Asset<Desc>{id, desc, std::move(storage)};
   if (!container.slots[index].live()) container.leftFree(index);
   return index;
@@ -107,7 +108,7 @@ void updateAsset(Scene& scene, std::int32_t index, const Desc& desc, const void*
 template <typename Desc>
 std::uint32_t createInstance(Scene& scene) {
   auto& container = writable<Desc>(scene);
-  const std::uint32_t index = container.allocate();
+  const std::uint32_t index = allocateSlot(container);
   Instance<Desc>& created = container.slots[index];
   created.deleted = false;
   created.desc = Desc();

@@ -52,6 +52,10 @@ inline std::size_t singleReferencesSize(const ClassEntry& owner) {
   return owner.singleSlots * sizeof(std::int32_t);
 }
 
+/// The same for the class of a Desc.
+template <typename Desc>
+inline constexpr std::size_t kSingleReferencesSize = kSingleSlotCount<Desc> * sizeof(std::int32_t);
+
 /// Returns the single slot at a position below kSingleSlotCount.
 template <typename Desc>
 std::int32_t& singleReferenceAt(Desc& desc, std::uint32_t position) {

@@ -4,19 +4,19 @@
 
 #include <bit>
 #include <cstring>
-#include <fstream>
 #include <istream>
 #include <ostream>
 #include <type_traits>
 #include <utility>
 #include <vector>
 
-#include "platform/path.hpp"
 #include "scene/asset_block.hpp"
 #include "scene/class_table.hpp"
 #include "scene/object_operations.hpp"
 #include "scene/reference_slots.hpp"
 #include "scene/scene_access.hpp"
+#include "scene/scene_stream.hpp"
+#include "scene/slot_memory.hpp"
 
 namespace vrnt::data {
 
@@ -47,11 +47,17 @@ void readThrough(void* bytes, std::uint64_t size, void* user) {
   (*static_cast<Reader*>(user))(static_cast<char*>(bytes), static_cast<std::size_t>(size));
 }
 
-// Writes the parts of a scene to a stream, each item by one call. Does not check the stream's
-// state.
+// Writes the parts of a scene, each item by one call. `Writer` is a StreamWriter or a FileWriter.
+template <typename Writer>
 class SerializeObjects {
  public:
-  SerializeObjects(const Scene& scene, std::ostream& stream) : scene_(scene), stream_(stream) {}
+  SerializeObjects(const Scene& scene, Writer& writer) : scene_(scene), writer_(writer) {}
+
+  // Writes everything.
+  void scene() {
+    header();
+    forEachClass([this](auto tag) { this->template section<typename decltype(tag)::Desc>(); });
+  }
 
   // Writes the magic, the version, the id and the scene-wide groups.
   void header() {
@@ -75,7 +81,7 @@ class SerializeObjects {
       }
       write(&kLive, sizeof(kLive));
       if constexpr (kIsInstance<Desc>) {
-        if constexpr (kSlotCount<Desc> != 0) references(classEntry<Desc>(), &element.desc);
+        if constexpr (kSlotCount<Desc> != 0) references(element.desc);
         if constexpr (kGroupCount<Desc> != 0) {
           write(&element.desc.groups, sizeof(element.desc.groups));
         }
@@ -119,29 +125,32 @@ class SerializeObjects {
     write(asset.storage.get()->data, asset.desc.size());
   }
 
-  void references(const ClassEntry& owner, const void* desc) {
-    if (owner.singleSlots != 0) write(desc, singleReferencesSize(owner));
-    for (const SlotEntry& slot : owner.slots.subspan(owner.singleSlots)) {
-      const std::vector<std::int32_t>& list = referenceList(desc, slot);
-      const auto count = static_cast<std::uint32_t>(list.size());
-      write(&count, sizeof(count));
-      write(list.data(), list.size() * sizeof(std::int32_t));
+  template <typename Desc>
+  void references(const Desc& desc) {
+    if constexpr (kSingleSlotCount<Desc> != 0) write(&desc, kSingleReferencesSize<Desc>);
+    if constexpr (kSingleSlotCount<Desc> != kSlotCount<Desc>) {
+      for (const SlotEntry& slot : classEntry<Desc>().slots.subspan(kSingleSlotCount<Desc>)) {
+        const std::vector<std::int32_t>& list = referenceList(&desc, slot);
+        const auto count = static_cast<std::uint32_t>(list.size());
+        write(&count, sizeof(count));
+        write(list.data(), list.size() * sizeof(std::int32_t));
+      }
     }
   }
 
-  void write(const void* bytes, std::size_t size) {
-    stream_.write(static_cast<const char*>(bytes), static_cast<std::streamsize>(size));
-  }
+  void write(const void* bytes, std::size_t size) { writer_.write(bytes, size); }
 
   const Scene& scene_;
-  std::ostream& stream_;
+  Writer& writer_;
 };
 
-// Reads the output of SerializeObjects into a new scene, each item by one call. If the stream ends
+// Reads the output of SerializeObjects into a new scene, each item by one call. If the input ends
 // early, the rest keeps its initial state: 0 for counts and flags, -1 for references, zero bytes.
+// `Reader` is a StreamReader or a FileReader.
+template <typename Reader>
 class DeserializeObjects {
  public:
-  DeserializeObjects(Scene& scene, std::istream& stream) : scene_(scene), stream_(stream) {}
+  DeserializeObjects(Scene& scene, Reader& reader) : scene_(scene), reader_(reader) {}
 
   // Reads the scene-wide groups.
   void sceneData() { read(&scene_.data, sizeof(scene_.data)); }
@@ -154,9 +163,11 @@ class DeserializeObjects {
     // stream is unknown.
     const std::uint32_t count = readCount();
     // Constructs each slot just before it is read, so that its memory is in the cache.
-    container.slots.reserve(count);
+    reserveSlots(container, count);
+    SlotsAhead ahead(container, count);
     // A failed stream would only return flags of 0.
-    for (std::uint32_t i = 0; i < count && !stream_.fail(); ++i) {
+    for (std::uint32_t i = 0; i < count && !reader_.failed(); ++i) {
+      ahead.provide(i);
       container.grow(i + 1);
       char flag = kFree;
       read(&flag, sizeof(flag));
@@ -167,7 +178,7 @@ class DeserializeObjects {
         container.occupied(i);
         countClassChange<Desc>(scene_);
         if constexpr (kSlotCount<Desc> != 0) {
-          references(classEntry<Desc>(), &element.desc);
+          references(element.desc);
           countReferenceChange(element);
         }
         if constexpr (kGroupCount<Desc> != 0) {
@@ -191,7 +202,9 @@ class DeserializeObjects {
   // Errors: throws vrnt::Exception or std::bad_alloc, as the value layer reports.
   template <typename Desc>
   void handle(Ref<Instance<Desc>> ref) {
-    auto reader = [this](char* bytes, std::size_t size) { readOrZero(bytes, size); };
+    auto reader = [this](char* bytes, std::size_t size) {
+      zeroRest(bytes, size, reader_.read(bytes, size));
+    };
     vrntValuesError_t* error = nullptr;
     vrntValue_t* value = vrntValueDeserialize(readThrough<decltype(reader)>, &reader, &error);
     if (!value) vrnt::detail::raiseError(error);
@@ -216,28 +229,28 @@ class DeserializeObjects {
     read(&asset.desc, sizeof(asset.desc));
     const std::size_t size = asset.desc.size();
     AssetHandle storage = allocateAsset(size);
-    readOrZero(static_cast<char*>(makeUnique(storage)), size);
+    auto* const bytes = static_cast<char*>(makeUnique(storage));
+    zeroRest(bytes, size, reader_.readIntoNew(bytes, size));
     asset.storage = std::move(storage);
   }
 
   // The object is new, so its single slots hold -1.
-  void references(const ClassEntry& owner, void* desc) {
-    if (owner.singleSlots != 0) read(desc, singleReferencesSize(owner));
-    for (const SlotEntry& slot : owner.slots.subspan(owner.singleSlots)) {
-      std::vector<std::int32_t>& list = referenceList(desc, slot);
-      list.assign(readCount(), -1);
-      read(list.data(), list.size() * sizeof(std::int32_t));
+  template <typename Desc>
+  void references(Desc& desc) {
+    if constexpr (kSingleSlotCount<Desc> != 0) read(&desc, kSingleReferencesSize<Desc>);
+    if constexpr (kSingleSlotCount<Desc> != kSlotCount<Desc>) {
+      for (const SlotEntry& slot : classEntry<Desc>().slots.subspan(kSingleSlotCount<Desc>)) {
+        std::vector<std::int32_t>& list = referenceList(&desc, slot);
+        list.assign(readCount(), -1);
+        read(list.data(), list.size() * sizeof(std::int32_t));
+      }
     }
   }
 
-  void read(void* bytes, std::size_t size) {
-    stream_.read(static_cast<char*>(bytes), static_cast<std::streamsize>(size));
-  }
+  void read(void* bytes, std::size_t size) { reader_.read(bytes, size); }
 
-  // Reads bytes; those behind the end of the stream become zero.
-  void readOrZero(char* bytes, std::size_t size) {
-    read(bytes, size);
-    const auto delivered = static_cast<std::size_t>(stream_.gcount());
+  // Call it with the number of bytes that were read. Sets those behind the end to zero.
+  static void zeroRest(char* bytes, std::size_t size, std::size_t delivered) {
     if (delivered < size) std::memset(bytes + delivered, 0, size - delivered);
   }
 
@@ -248,39 +261,22 @@ class DeserializeObjects {
   }
 
   Scene& scene_;
-  std::istream& stream_;
+  Reader& reader_;
 };
 
-// The size of the stream's buffer in bytes: most items of a scene are small.
-constexpr std::size_t kBufferSize = std::size_t{1} << 20;
-
-// Sets the buffer of a stream, which must not be open yet, and opens it. The buffer must outlive
-// the stream.
-template <typename Stream>
-void openBuffered(Stream& stream, char* buffer, const char* path, std::ios::openmode mode) {
-  stream.rdbuf()->pubsetbuf(buffer, static_cast<std::streamsize>(kBufferSize));
-  stream.open(vrnt::detail::pathFromUtf8(path), mode);
-}
-
-}  // namespace
-
-void Scene::serialize(const Scene& scene, std::ostream& stream) {
-  SerializeObjects objects(scene, stream);
-  objects.header();
-  forEachClass([&objects](auto tag) { objects.section<typename decltype(tag)::Desc>(); });
-}
-
-Result<Scene> Scene::deserialize(std::istream& stream, const UniqueId& id) {
+// Reads a scene from a StreamReader or a FileReader, as Scene::deserialize() does.
+template <typename Reader>
+Result<Scene> readScene(Reader& reader, const UniqueId& id) {
   char magic[sizeof(kMagic)];
-  stream.read(magic, sizeof(magic));
-  if (stream.fail()) return Result<Scene>(ErrorCode::IoError);
+  reader.read(magic, sizeof(magic));
+  if (reader.failed()) return Result<Scene>(ErrorCode::IoError);
   if (std::memcmp(magic, kMagic, sizeof(magic)) != 0) {
-    stream.seekg(-static_cast<std::streamoff>(sizeof(magic)), std::ios::cur);
+    reader.putBack(sizeof(magic));
     return Result<Scene>(ErrorCode::InvalidArguments,
                          "Bad header: this is not a Vornath scene binary.");
   }
   std::uint32_t version = 0;
-  stream.read(reinterpret_cast<char*>(&version), sizeof(version));
+  reader.read(&version, sizeof(version));
   if (version != kVersion) {
     return Result<Scene>(ErrorCode::VersionMismatch,
                          fmt::format("Vornath data model binary version mismatch: source has "
@@ -288,28 +284,36 @@ Result<Scene> Scene::deserialize(std::istream& stream, const UniqueId& id) {
                                      version, kVersion));
   }
   UniqueId storedId;
-  stream.read(reinterpret_cast<char*>(storedId.begin()), UniqueId::size());
+  reader.read(storedId.begin(), static_cast<std::size_t>(UniqueId::size()));
   Scene scene(id.isNull() ? storedId : id);
   ++scene.versions.version;
   for (std::uint32_t& groupVersion : scene.versions.groups) ++groupVersion;
-  DeserializeObjects objects(scene, stream);
+  DeserializeObjects<Reader> objects(scene, reader);
   objects.sceneData();
-  forEachClass([&objects](auto tag) { objects.section<typename decltype(tag)::Desc>(); });
+  forEachClass([&objects](auto tag) { objects.template section<typename decltype(tag)::Desc>(); });
   return Result<Scene>(std::move(scene));
 }
 
+}  // namespace
+
+void Scene::serialize(const Scene& scene, std::ostream& stream) {
+  StreamWriter writer(stream);
+  SerializeObjects<StreamWriter>(scene, writer).scene();
+}
+
+Result<Scene> Scene::deserialize(std::istream& stream, const UniqueId& id) {
+  StreamReader reader(stream);
+  return readScene(reader, id);
+}
+
 void writeSceneFile(const Scene& scene, const char* path) {
-  const auto buffer = std::make_unique_for_overwrite<char[]>(kBufferSize);
-  std::ofstream stream;
-  openBuffered(stream, buffer.get(), path, std::ios::binary | std::ios::out | std::ios::trunc);
-  Scene::serialize(scene, stream);
+  FileWriter writer(path);
+  SerializeObjects<FileWriter>(scene, writer).scene();
 }
 
 std::unique_ptr<Scene> readSceneFile(const char* path) {
-  const auto buffer = std::make_unique_for_overwrite<char[]>(kBufferSize);
-  std::ifstream stream;
-  openBuffered(stream, buffer.get(), path, std::ios::binary | std::ios::in);
-  auto read = Scene::deserialize(stream, vrnt::UniqueId::null());
+  FileReader reader(path);
+  auto read = readScene(reader, vrnt::UniqueId::null());
   return read ? std::make_unique<Scene>(std::move(*read)) : nullptr;
 }
 

@@ -14,6 +14,7 @@
 #include "scene/reference_counts.hpp"
 #include "scene/reference_slots.hpp"
 #include "scene/scene_access.hpp"
+#include "scene/slot_memory.hpp"
 #include "scene/texture_references.hpp"
 #include "vornath_data/scene.hpp"
 
@@ -162,7 +163,7 @@ template <typename Desc>
 void ImportObjects::assets() {
   for (const std::int32_t slot : liveSlots(source_.container<Desc>())) {
     auto& container = writable<Desc>(target_);
-    const std::uint32_t added = container.allocate();
+    const std::uint32_t added = allocateSlot(container);
     const Asset<Desc>& asset = source_.container<Desc>().at(slot);
     container.slots[added] = Asset<Desc>{asset.id, asset.desc, asset.storage};
     countClassChange<Desc>(target_);
@@ -180,11 +181,11 @@ void ImportObjects::instances() {
   const std::uint32_t size = to.size() + count;
   // A large import reserves exactly what it needs. For many small ones, the container's own growth
   // is faster.
-  if (count >= to.size()) to.slots.reserve(size);
+  if (count >= to.size()) reserveSlots(to, size);
   for (std::uint32_t i = 0; i < count; ++i) {
     if (!from.slots[i].live()) continue;
     const std::uint32_t added = to.size();
-    to.slots.append();
+    appendSlot(to);
     Instance<Desc>& object = to.slots[added];
     copy(from.slots[i], object);
     object.deleted = false;
@@ -194,7 +195,7 @@ void ImportObjects::instances() {
     countClassChange<Desc>(target_);
     maps_.template get<Desc>().add(static_cast<std::int32_t>(i), static_cast<std::int32_t>(added));
   }
-  while (to.size() < size) to.slots.append();
+  while (to.size() < size) appendSlot(to);
 }
 
 template <typename Desc>

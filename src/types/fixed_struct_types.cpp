@@ -40,7 +40,7 @@ TypePtr floatArrayType(std::int32_t extent) {
     case 166:
       return TypePtr(&prepared166);
     default:
-      return makeFloatArray(extent);
+      return makeArrayType(*rgb.get<Type::TArrayND<int>>().element, extent);
   }
 }
 

@@ -8,7 +8,13 @@
 namespace qex::vornath {
 
 /// Returns the one type of the description and metadata; see Type::Factory::makeType().
-TypePtr makeType(TypeDesc desc, const Metadata& metadata = {});
+TypePtr makeType(TypeDesc&& desc, const Metadata& metadata = {});
+TypePtr makeType(TypeDesc&& desc, Metadata&& metadata);
+TypePtr makeType(const TypeDesc& desc, const Metadata& metadata = {});
+
+/// Returns the array type of one dimension, as makeType() does. Needs no description of a type that
+/// lives.
+TypePtr makeArrayType(const InternedType& element, std::int32_t extent);
 
 /// Keeps the type alive until vrntValuesShutdown(), for a static that refers to it:
 ///

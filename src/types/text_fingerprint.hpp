@@ -10,14 +10,13 @@ namespace qex::vornath {
 /// The length and a digest of a text. The fingerprint of a concatenation follows from those of the
 /// parts, so that the fingerprint of a long text is known before the text is built.
 struct TextFingerprint {
-  /// Appends text.
+  /// Appends text. Reads it in blocks; the result is the same however a text is cut into pieces.
   void add(std::string_view text) noexcept;
   /// Appends the text that has this fingerprint.
   void add(const TextFingerprint& text) noexcept;
 
   std::uint64_t length = 0;
   std::uint64_t digest = 0;
-  std::uint64_t shift = 1;  ///< factor that moves a digest in front of this text
 };
 
 }  // namespace qex::vornath

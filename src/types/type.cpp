@@ -1,10 +1,12 @@
 #include "types/type.hpp"
 
-#include <unordered_set>
+#include <algorithm>
+#include <bit>
 
 #include "types/extents.hpp"
 #include "types/layout.hpp"
 #include "types/metadata.hpp"
+#include "types/text_digest.hpp"
 #include "types/type_handle.hpp"
 #include "types/type_text.hpp"
 #include "vornath_data/result.hpp"
@@ -15,14 +17,42 @@ namespace {
 using vrnt::ErrorCode;
 using vrnt::Exception;
 
+// A set of names, in one block of memory.
+class NameSet {
+ public:
+  explicit NameSet(std::size_t maxSize) : slots_(std::bit_ceil(2 * maxSize)) {}
+
+  /// Returns whether the name was not there yet. It must outlive the set.
+  bool insert(const std::string& name) {
+    const std::size_t mask = slots_.size() - 1;
+    std::size_t i = wholeDigest(name) & mask;
+    for (; slots_[i] != nullptr; i = (i + 1) & mask) {
+      if (*slots_[i] == name) return false;
+    }
+    slots_[i] = &name;
+    return true;
+  }
+
+ private:
+  std::vector<const std::string*> slots_;
+};
+
 // Returns the name of the first item that occurs again later in the list, or null.
 template <typename Items, typename NameOf>
 const std::string* firstDuplicate(const Items& items, NameOf nameOf) {
-  std::unordered_set<std::string_view> later;
+  constexpr std::size_t kFew = 8;
+  if (items.size() <= kFew) {
+    for (auto item = items.begin(); item != items.end(); ++item) {
+      const auto isTwin = [&](const auto& later) { return nameOf(later) == nameOf(*item); };
+      if (std::any_of(item + 1, items.end(), isTwin)) return &nameOf(*item);
+    }
+    return nullptr;
+  }
+  NameSet later(items.size());
   const std::string* first = nullptr;
   for (auto item = items.rbegin(); item != items.rend(); ++item) {
     const std::string& name = nameOf(*item);
-    if (!later.insert(name).second) first = &name;
+    if (!later.insert(name)) first = &name;
   }
   return first;
 }
@@ -99,12 +129,8 @@ template struct Type::TArrayND<index2>;
 template struct Type::TArrayND<index3>;
 template struct Type::TArrayND<index4>;
 
-InternedType::InternedType(TypeDesc desc, const Metadata& metadata, TypePtr stripped,
-                           std::weak_ptr<Factory> factory)
-    : desc_(std::move(desc)),
-      metadata_(metadata),
-      factory_(std::move(factory)),
-      stripped_(std::move(stripped)) {
+InternedType::InternedType(TypeDesc&& desc, Metadata&& metadata, TypePtr stripped)
+    : desc_(std::move(desc)), metadata_(std::move(metadata)), stripped_(std::move(stripped)) {
   Layout layout = computeLayout(desc_);
   size_ = layout.size;
   alignment_ = layout.alignment;
@@ -122,12 +148,14 @@ InternedType::InternedType(TypeDesc desc, const Metadata& metadata, TypePtr stri
   if (auto text = qex::vornath::shortText(desc_, metadataSuffix)) {
     shortText_ = *std::move(text);
     text_.store(&shortText_, std::memory_order_relaxed);
+    textDigest_ = wholeDigest(shortText_);
   } else {
     textFingerprint_ = qex::vornath::textFingerprint(desc_, metadataSuffix);
   }
 }
 
 InternedType::~InternedType() {
+  delete kept_.load(std::memory_order_acquire);
   delete cachedDefault_.load(std::memory_order_acquire);
   const std::string* const text = text_.load(std::memory_order_acquire);
   if (text != &shortText_) delete text;

@@ -18,6 +18,12 @@
 
 namespace qex::vornath {
 
+/// What an upper layer keeps with a type. The type destroys it.
+class KeptWithType {
+ public:
+  virtual ~KeptWithType() = default;
+};
+
 /// The type of a value: an immutable description with annotations, its size, its layout and its
 /// reference slots. Every Type is an InternedType; asInterned() converts.
 ///
@@ -27,7 +33,7 @@ namespace qex::vornath {
 /// constructors are not compared: of two enums that differ only in payloads, the first is used for
 /// both. Lifetime: until the reference count falls to zero or, if permanent, until
 /// vrntValuesShutdown(). Threads: everything but the count and `permanent` is constant after
-/// construction and is read without a lock.
+/// construction and is read without a lock; kept() says itself who may change what is there.
 ///
 /// Long texts and long lists of references are built on the first request, since each type of a
 /// deep nest contains nearly all of the innermost one's: memory grows with the nest's text, not
@@ -100,13 +106,14 @@ class InternedType final : public Type {
   /// type must not be this type, which the cache would keep alive forever. Throws std::bad_alloc.
   const DynamicValue& cacheDefault(DynamicValue&& value) const;
 
+  /// Returns where the value layer keeps what it worked out from this type; null at first. The type
+  /// owns what is stored there. Not to be replaced.
+  std::atomic<KeptWithType*>& kept() const noexcept { return kept_; }
+
  private:
   friend class Type::Factory;
-  friend void intrusive_ptr_add_ref(const InternedType* type) noexcept;
-  friend void intrusive_ptr_release(const InternedType* type) noexcept;
 
-  InternedType(TypeDesc desc, const Metadata& metadata, TypePtr stripped,
-               std::weak_ptr<Factory> factory);
+  InternedType(TypeDesc&& desc, Metadata&& metadata, TypePtr stripped);
   ~InternedType();
 
   const std::string& buildText() const;
@@ -118,22 +125,26 @@ class InternedType final : public Type {
   std::uint64_t size_ = 0;
   bool concrete_ = false;
   bool deepConcrete_ = false;
-  std::uint64_t refSlotCount_ = 0;
   std::uint32_t referenceDepth_ = 0;
-  const InternedType* slotPattern_ = nullptr;  // of a long array: kept alive by desc_
-  TextFingerprint textFingerprint_;            // of a long text only
+  std::uint64_t refSlotCount_ = 0;
   std::string shortText_;
   std::vector<std::uint64_t> inlineRefSlots_;
   // These point to the members above or to heap objects that the type owns.
   mutable std::atomic<const std::string*> text_{nullptr};
   mutable std::atomic<const std::vector<std::uint64_t>*> refSlots_{nullptr};
-  mutable bool indexed_ = false;  // the factory's: whether a long text is in its table of samples
-  mutable std::atomic<bool> permanent_{false};
-  mutable std::atomic<std::uint32_t> references_{0};
-  std::weak_ptr<Factory> factory_;
   TypePtr stripped_;
   mutable std::atomic<const HeapValue<DynamicValue>*> cachedDefault_{nullptr};
+  mutable std::atomic<KeptWithType*> kept_{nullptr};
+
+  // The reference count of another type may be in the same line of the cache as the last 56 bytes.
+  // So those that are seldom read stand here.
+  const InternedType* slotPattern_ = nullptr;           // of a long array: kept alive by desc_
+  TextFingerprint textFingerprint_;                     // of a long text only
+  std::uint64_t textDigest_ = 0;                        // of a short text only
+  std::uint64_t keyDigest_ = 0;                         // the factory's
   mutable const InternedType* nextUnlinked_ = nullptr;  // the factory's list of types to destroy
+  mutable bool indexed_ = false;  // the factory's: whether a long text is in its table of samples
+  mutable std::atomic<bool> permanent_{false};
 };
 
 inline const InternedType& asInterned(const Type& type) {

@@ -1,11 +1,15 @@
 #include "types/type_factory.hpp"
 
+#include <algorithm>
 #include <boost/thread/recursive_mutex.hpp>
-#include <cstring>
 #include <mutex>
+#include <new>
 #include <utility>
 
+#include "types/text_digest.hpp"
+#include "types/type_digest.hpp"
 #include "types/type_parser.hpp"
+#include "types/type_pool.hpp"
 #include "types/type_text.hpp"
 
 namespace qex::vornath {
@@ -88,33 +92,41 @@ std::optional<TypeDesc> strippedDesc(const Type::TFun& function, bool own) {
   return stripped;
 }
 
-std::uint64_t mix(std::uint64_t digest, std::uint64_t word) {
-  digest = (digest ^ word) * 0x9E3779B97F4A7C15U;
-  return digest ^ (digest >> 29);
+// Equal in the order of types.
+auto isEqualTo(const TypeDesc& desc, const Metadata& metadata) {
+  return [&](const InternedType& type) {
+    return equalInterned(type.desc(), type.metadata(), desc, metadata);
+  };
 }
 
-std::uint64_t wordAt(std::string_view text, std::size_t position) {
-  std::uint64_t word;
-  std::memcpy(&word, text.data() + position, sizeof word);
-  return word;
+auto hasText(std::string_view text) {
+  return [text](const InternedType& type) {
+    const std::string* const known = type.knownText();
+    return known != nullptr && *known == text;
+  };
 }
 
-std::uint64_t textDigest(std::string_view text) {
-  constexpr std::size_t kWord = sizeof(std::uint64_t);
-  constexpr std::size_t kSamples = 32;
-  std::uint64_t digest = mix(0, text.size());
-  if (text.size() < kWord) {
-    std::uint64_t word = 0;
-    std::memcpy(&word, text.data(), text.size());
-    return mix(digest, word);
-  }
-  const std::size_t last = text.size() - kWord;
-  const std::size_t step = last / kSamples > kWord ? last / kSamples : kWord;
-  for (std::size_t position = 0; position < last; position += step) {
-    digest = mix(digest, wordAt(text, position));
-  }
-  return mix(digest, wordAt(text, last));
+auto hasFingerprint(const TextFingerprint& fingerprint) {
+  return [&fingerprint](const InternedType& type) {
+    return type.textFingerprint().length == fingerprint.length;
+  };
 }
+
+auto is(const InternedType* type) {
+  return [type](const InternedType& other) { return &other == type; };
+}
+
+bool hasValue(const Metadata& metadata) {
+  return std::any_of(metadata.begin(), metadata.end(), [](const auto& entry) {
+    return std::holds_alternative<HeapValue<DynamicValue>>(entry.second);
+  });
+}
+
+// Whether a text has a second digest, of samples.
+bool isSampled(std::string_view text) { return text.size() > kMaxWholeSample; }
+
+// A pool whose types outlive the factory, where a leak checker finds it.
+constinit const TypePool* volatile abandonedPool = nullptr;
 
 }  // namespace
 
@@ -130,38 +142,50 @@ const std::shared_ptr<Type::Factory>& Type::get_factory(bool create) {
 
 TypePtr InternedType::parse(std::string_view text) { return get_factory(true)->parseType(text); }
 
+// Returns the factory, or null once it is gone.
+static std::shared_ptr<Type::Factory> livingFactory() {
+  const std::lock_guard guard(creationMutex);
+  return factory.pointer;
+}
+
 void intrusive_ptr_add_ref(const InternedType* type) noexcept {
   // Once the factory is gone the library is being unloaded and nothing counts any more.
-  if (!type->factory_.expired()) type->references_.fetch_add(1, std::memory_order_relaxed);
+  if (!created.load(std::memory_order_relaxed)) return;
+  std::atomic_ref(referenceCount(type)).fetch_add(1, std::memory_order_relaxed);
 }
 
 void intrusive_ptr_release(const InternedType* type) noexcept {
-  if (type->factory_.expired()) return;
-  std::uint32_t count = type->references_.load(std::memory_order_relaxed);
+  if (!created.load(std::memory_order_relaxed)) return;
+  const std::atomic_ref references(referenceCount(type));
+  std::uint32_t count = references.load(std::memory_order_relaxed);
   while (count > 1) {
-    if (type->references_.compare_exchange_weak(count, count - 1, std::memory_order_release,
-                                                std::memory_order_relaxed)) {
+    if (references.compare_exchange_weak(count, count - 1, std::memory_order_release,
+                                         std::memory_order_relaxed)) {
       return;
     }
   }
-  if (const auto owner = type->factory_.lock()) owner->releaseType(type);
+  if (const auto owner = livingFactory()) owner->releaseType(type);
 }
 
-Type::Factory::TextKey::TextKey(std::string_view typeText)
-    : digest(textDigest(typeText)), text(typeText) {}
-
-TypePtr Type::Factory::findByTextLocked(std::string_view text) {
-  const auto found = typesByText_.find(TextKey(text));
-  if (found != typesByText_.end()) return TypePtr(found->second);
-  return text.size() > kMaxShortTextLength ? findLongTextLocked(text) : TypePtr();
+TypePtr Type::Factory::findText(std::string_view text) const {
+  TypePtr found = typesByText_.find(sampledDigest(text), hasText(text));
+  if (!found && isSampled(text) && text.size() <= kMaxShortTextLength) {
+    found = typesByText_.find(wholeDigest(text), hasText(text));
+  }
+  return found;
 }
 
-TypePtr Type::Factory::findLongTextLocked(std::string_view text) {
+TypePtr Type::Factory::findLongText(std::string_view text) {
   TextFingerprint fingerprint;
   fingerprint.add(text);
-  const auto found = typesByLongText_.find(LongTextKey(fingerprint));
-  if (found == typesByLongText_.end() || found->second->text() != text) return TypePtr();
-  TypePtr type(found->second);
+  TypePtr type = typesByLongText_.find(fingerprint.digest, hasText(text));
+  if (type) return type;
+  {
+    const boost::recursive_mutex::scoped_lock guard(*lock_);
+    type = typesByLongText_.findLocked(fingerprint.digest, hasFingerprint(fingerprint));
+  }
+  if (!type || type->text() != text) return {};
+  const boost::recursive_mutex::scoped_lock guard(*lock_);
   indexLongTextLocked(type.get());
   return type;
 }
@@ -169,46 +193,60 @@ TypePtr Type::Factory::findLongTextLocked(std::string_view text) {
 // A text that was looked up once will be looked up again, and then needs no fingerprint.
 void Type::Factory::indexLongTextLocked(const InternedType* type) {
   if (!type->hasLongText() || type->indexed_) return;
-  const auto found = typesByLongText_.find(LongTextKey(type->textFingerprint_));
-  if (found == typesByLongText_.end() || found->second != type) return;
-  typesByText_.emplace(TextKey(type->text()), type);
+  if (typesByLongText_.findLocked(type->textFingerprint_.digest, is(type)) == nullptr) return;
+  const std::string& text = type->text();
+  typesByText_.reserveLocked(1);
+  insertSampleLocked(text, type);
   type->indexed_ = true;
 }
 
-void Type::Factory::insertTextLocked(InternedType* type) {
-  if (type->hasLongText()) {
-    insertLongTextLocked(type);
-    return;
-  }
-  // The older entry's key points into the older type's text, so it is replaced too.
-  auto node = typesByText_.extract(TextKey(type->shortText_));
-  if (node.empty()) {
-    typesByText_.emplace(TextKey(type->shortText_), type);
-  } else {
-    node.key() = TextKey(type->shortText_);
-    node.mapped() = type;
-    typesByText_.insert(std::move(node));
+// Texts with the same samples are compared one after the other, so only a few of them are kept.
+void Type::Factory::insertSampleLocked(std::string_view text, const InternedType* type) noexcept {
+  constexpr int kMaxAlike = 8;
+  int alike = 0;
+  const auto replaced = [&](const InternedType& older) {
+    return hasText(text)(older) || ++alike == kMaxAlike;
+  };
+  const std::uint64_t digest = sampledDigest(text);
+  if (typesByText_.replaceLocked(digest, type, replaced) == nullptr) {
+    typesByText_.insertLocked(digest, type);
   }
 }
 
-void Type::Factory::insertLongTextLocked(InternedType* type) {
-  const auto [entry, isNew] =
-      typesByLongText_.try_emplace(LongTextKey(type->textFingerprint_), type);
-  if (isNew) return;
-  const InternedType* const older = std::exchange(entry->second, type);
-  if (std::exchange(older->indexed_, false)) typesByText_.erase(TextKey(*older->knownText()));
+void Type::Factory::insertTextLocked(const InternedType* type) noexcept {
+  if (type->hasLongText()) {
+    const TextFingerprint& fingerprint = type->textFingerprint_;
+    const InternedType* const older =
+        typesByLongText_.replaceLocked(fingerprint.digest, type, hasFingerprint(fingerprint));
+    if (older == nullptr) {
+      typesByLongText_.insertLocked(fingerprint.digest, type);
+    } else if (std::exchange(older->indexed_, false)) {
+      typesByText_.eraseLocked(sampledDigest(*older->knownText()), is(older));
+    }
+    return;
+  }
+  const std::string_view text = type->shortText_;
+  if (typesByText_.replaceLocked(type->textDigest_, type, hasText(text)) == nullptr) {
+    typesByText_.insertLocked(type->textDigest_, type);
+  }
+  if (isSampled(text)) insertSampleLocked(text, type);
 }
 
 void Type::Factory::removeTextLocked(const InternedType* type) noexcept {
   if (!type->hasLongText()) {
-    typesByText_.erase(TextKey(type->shortText_));
+    const std::string_view text = type->shortText_;
+    typesByText_.eraseLocked(type->textDigest_, hasText(text));
+    if (isSampled(text)) typesByText_.eraseLocked(sampledDigest(text), hasText(text));
     return;
   }
-  const auto entry = typesByLongText_.find(LongTextKey(type->textFingerprint_));
-  if (entry == typesByLongText_.end()) return;
-  const InternedType* const inserted = entry->second;
-  if (std::exchange(inserted->indexed_, false)) typesByText_.erase(TextKey(*inserted->knownText()));
-  typesByLongText_.erase(entry);
+  const TextFingerprint& fingerprint = type->textFingerprint_;
+  const InternedType* const inserted =
+      typesByLongText_.findLocked(fingerprint.digest, hasFingerprint(fingerprint));
+  if (inserted == nullptr) return;
+  if (std::exchange(inserted->indexed_, false)) {
+    typesByText_.eraseLocked(sampledDigest(*inserted->knownText()), is(inserted));
+  }
+  typesByLongText_.eraseLocked(fingerprint.digest, is(inserted));
 }
 
 TypePtr Type::Factory::makeStrippedLocked(const TypeDesc& desc, const Metadata& metadata) {
@@ -217,37 +255,71 @@ TypePtr Type::Factory::makeStrippedLocked(const TypeDesc& desc, const Metadata& 
   return stripped ? makeType(*std::move(stripped)) : TypePtr();
 }
 
-Type::Factory::Factory() : lock_(std::make_unique<boost::recursive_mutex>()) {}
+Type::Factory::Factory()
+    : lock_(std::make_unique<boost::recursive_mutex>()), pool_(std::make_unique<TypePool>()) {}
 
-Type::Factory::~Factory() = default;
+// Types that somebody still holds can be read after the factory is gone.
+Type::Factory::~Factory() {
+  if (typesByKey_.sizeLocked() != 0) abandonedPool = pool_.release();
+}
 
-TypePtr Type::Factory::makeType(TypeDesc desc, const Metadata& metadata) {
+TypePtr Type::Factory::makeType(TypeDesc&& desc, const Metadata& metadata) {
+  return makeType(std::move(desc), metadata, nullptr);
+}
+
+TypePtr Type::Factory::makeType(TypeDesc&& desc, Metadata&& metadata) {
+  return makeType(std::move(desc), metadata, &metadata);
+}
+
+TypePtr Type::Factory::makeType(TypeDesc&& desc, const Metadata& metadata, Metadata* movable) {
+  const std::uint64_t digest = typeDigest(desc, metadata);
+  if (TypePtr found = typesByKey_.find(digest, isEqualTo(desc, metadata))) return found;
+
   const boost::recursive_mutex::scoped_lock guard(*lock_);
-  if (const auto found = typesByKey_.find({&metadata, &desc}); found != typesByKey_.end()) {
-    return TypePtr(found->second);
-  }
-  TypePtr stripped = makeStrippedLocked(desc, metadata);
+  if (TypePtr found = typesByKey_.findLocked(digest, isEqualTo(desc, metadata))) return found;
+  if (movable != nullptr) return makeNewLocked(std::move(desc), std::move(*movable), digest);
+  Metadata copy = metadata;
+  // The copy of a value has another address.
+  const std::uint64_t digestOfCopy = hasValue(metadata) ? typeDigest(desc, copy) : digest;
+  return makeNewLocked(std::move(desc), std::move(copy), digestOfCopy);
+}
 
-  struct Delete {
-    void operator()(InternedType* type) const { delete type; }
-  };
-  std::unique_ptr<InternedType, Delete> owned(
-      new InternedType(std::move(desc), metadata, std::move(stripped), get_factory(true)));
-  InternedType* const type = owned.get();
-  const auto key = typesByKey_.emplace(Key{&type->metadata_, &type->desc_}, type).first;
+TypePtr Type::Factory::makeNewLocked(TypeDesc&& desc, Metadata&& metadata, std::uint64_t digest) {
+  TypePtr stripped = makeStrippedLocked(desc, metadata);
+  typesByKey_.reserveLocked(1);
+  typesByText_.reserveLocked(2);
+  typesByLongText_.reserveLocked(1);
+
+  void* const room = pool_->allocate();
+  InternedType* type = nullptr;
   try {
-    insertTextLocked(type);
+    type = new (room) InternedType(std::move(desc), std::move(metadata), std::move(stripped));
   } catch (...) {
-    typesByKey_.erase(key);
+    pool_->free(room);
     throw;
   }
-  return TypePtr(owned.release());
+  type->keyDigest_ = digest;
+  std::atomic_ref(referenceCount(type)).store(1, std::memory_order_release);
+  typesByKey_.insertLocked(digest, type);
+  insertTextLocked(type);
+  return TypePtr(type, false);
+}
+
+TypePtr Type::Factory::findArray(const InternedType& element, std::int32_t extent) const noexcept {
+  return typesByKey_.find(arrayDigest(element, extent), [&](const InternedType& type) {
+    const auto* const array = type.getIf<TArrayND<int>>();
+    return array != nullptr && array->element.get() == &element && array->shape == extent &&
+           type.metadata().empty();
+  });
 }
 
 TypePtr Type::Factory::parseType(std::string_view text) {
-  {
+  if (TypePtr found = findText(text)) return found;
+  if (text.size() > kMaxShortTextLength) {
+    if (TypePtr found = findLongText(text)) return found;
+  } else {
     const boost::recursive_mutex::scoped_lock guard(*lock_);
-    if (TypePtr found = findByTextLocked(text)) return found;
+    if (TypePtr found = typesByText_.findLocked(wholeDigest(text), hasText(text))) return found;
   }
   TypePtr type = parseUncachedType(std::string(text));
   if (type->hasLongText()) {
@@ -266,19 +338,24 @@ const InternedType* Type::Factory::makePermanent(const InternedType* type) {
 
 void Type::Factory::releaseType(const InternedType* type) noexcept {
   const boost::recursive_mutex::scoped_lock guard(*lock_);
-  if (type->references_.fetch_sub(1, std::memory_order_acq_rel) != 1) return;
+  const std::atomic_ref references(referenceCount(type));
+  if (references.fetch_sub(1, std::memory_order_acq_rel) != 1) return;
   if (type->permanent_.load(std::memory_order_relaxed) && !shuttingDown_) return;
   destroyLocked(type);
 }
 
 void Type::Factory::destroyLocked(const InternedType* type) noexcept {
-  typesByKey_.erase({&type->metadata_, &type->desc_});
+  typesByKey_.eraseLocked(type->keyDigest_, is(type));
   removeTextLocked(type);
   type->nextUnlinked_ = unlinked_;
   unlinked_ = type;
   if (destroying_) return;
   destroying_ = true;
-  while (unlinked_) delete std::exchange(unlinked_, unlinked_->nextUnlinked_);
+  while (unlinked_ != nullptr) {
+    const InternedType* const dead = std::exchange(unlinked_, unlinked_->nextUnlinked_);
+    dead->~InternedType();
+    pool_->free(const_cast<InternedType*>(dead));
+  }
   destroying_ = false;
 }
 
@@ -290,7 +367,7 @@ void Type::Factory::shutDown() {
 
 std::size_t Type::Factory::liveTypes() const {
   const boost::recursive_mutex::scoped_lock guard(*lock_);
-  return typesByKey_.size();
+  return typesByKey_.sizeLocked();
 }
 
 }  // namespace qex::vornath

@@ -1,21 +1,26 @@
 /// Creates, finds and destroys types.
 ///
 /// Lock order: parser_mutex before the factory's lock, always; no parse starts under the factory's
-/// lock. The decrement of a count to zero and the removal of the type from the tables are one step
-/// under the lock: otherwise a look-up could return a type that is being destroyed. A decrement to
-/// a count above zero takes no lock.
+/// lock. Only who holds it changes the tables. A look-up that finds a living type takes no lock;
+/// one that finds none looks again under the lock before the answer is that there is none.
+///
+/// The decrement of a count to zero and the removal of the type from the tables are one step under
+/// the lock: otherwise a look-up under the lock could return a type that is being destroyed. A
+/// look-up without the lock may meet such a type. It adds its reference only to a count above zero,
+/// and the count of a dead type stays zero (type_pool.hpp), so that it cannot return one. A
+/// decrement to a count above zero takes no lock.
 #ifndef VORNATH_TYPES_TYPE_FACTORY_HPP
 #define VORNATH_TYPES_TYPE_FACTORY_HPP
 
-#include <compare>
 #include <cstdint>
-#include <map>
 #include <memory>
 #include <set>
 #include <string_view>
 
+#include "types/digest_table.hpp"
 #include "types/type.hpp"
 #include "types/type_order.hpp"
+#include "types/type_pool.hpp"
 
 namespace boost {
 class recursive_mutex;
@@ -31,9 +36,16 @@ class Type::Factory {
   ~Factory();
 
   /// Returns the one type of this description and metadata: the existing one with a new reference,
-  /// or a new one. The alternative's own constructor has checked the description. Throws
-  /// std::bad_alloc and "Illegal base type."; the tables are then unchanged.
-  TypePtr makeType(TypeDesc desc, const Metadata& metadata = {});
+  /// or a new one, which takes the description over. The alternative's own constructor has checked
+  /// the description. Throws std::bad_alloc and "Illegal base type."; the tables are then
+  /// unchanged.
+  TypePtr makeType(TypeDesc&& desc, const Metadata& metadata = {});
+  /// Does the same. A new type takes the metadata over.
+  TypePtr makeType(TypeDesc&& desc, Metadata&& metadata);
+
+  /// Returns the array type of one dimension with this element type and extent, without metadata,
+  /// if it lives, else null. Needs no description of it.
+  TypePtr findArray(const InternedType& element, std::int32_t extent) const noexcept;
 
   /// Returns the type of a text: from the table if the text is the canonical one of a living type,
   /// else by a parse. Throws what the parse throws.
@@ -52,55 +64,28 @@ class Type::Factory {
   std::size_t liveTypes() const;
 
  private:
-  // Points into the Type, or into the arguments of a look-up.
-  struct Key {
-    const Metadata* metadata;
-    const TypeDesc* desc;
-  };
-  struct KeyOrder {
-    bool operator()(const Key& a, const Key& b) const {
-      return compareInterned(*a.desc, *a.metadata, *b.desc, *b.metadata) < 0;
-    }
-  };
-
-  // A text with a digest of its length and a few samples of it. The digest nearly always decides,
-  // so that a look-up of a long text costs one comparison of it. The text points into the Type.
-  struct TextKey {
-    explicit TextKey(std::string_view typeText);
-
-    std::uint64_t digest;
-    std::string_view text;
-
-    friend bool operator<(const TextKey& a, const TextKey& b) {
-      return a.digest != b.digest ? a.digest < b.digest : a.text < b.text;
-    }
-  };
-
-  // A long text that its type may not have built yet. Texts of one key are nearly always equal; a
-  // look-up compares them. Two that differ may displace each other in the table, which costs a
-  // parse.
-  struct LongTextKey {
-    explicit LongTextKey(const TextFingerprint& text) : length(text.length), digest(text.digest) {}
-
-    std::uint64_t length;
-    std::uint64_t digest;
-
-    friend auto operator<=>(const LongTextKey&, const LongTextKey&) = default;
-  };
-
-  TypePtr findByTextLocked(std::string_view text);
-  TypePtr findLongTextLocked(std::string_view text);
-  void indexLongTextLocked(const InternedType* type);
-  void insertTextLocked(InternedType* type);
-  void insertLongTextLocked(InternedType* type);
-  void removeTextLocked(const InternedType* type) noexcept;
+  TypePtr makeType(TypeDesc&& desc, const Metadata& metadata, Metadata* movable);
+  TypePtr makeNewLocked(TypeDesc&& desc, Metadata&& metadata, std::uint64_t digest);
   TypePtr makeStrippedLocked(const TypeDesc& desc, const Metadata& metadata);
+  TypePtr findText(std::string_view text) const;
+  TypePtr findLongText(std::string_view text);
+  void indexLongTextLocked(const InternedType* type);
+  void insertTextLocked(const InternedType* type) noexcept;
+  void insertSampleLocked(std::string_view text, const InternedType* type) noexcept;
+  void removeTextLocked(const InternedType* type) noexcept;
   void destroyLocked(const InternedType* type) noexcept;
 
-  std::map<Key, InternedType*, KeyOrder> typesByKey_;
-  // All short texts, and those long ones that were looked up or parsed.
-  std::map<TextKey, const InternedType*> typesByText_;
-  std::map<LongTextKey, const InternedType*> typesByLongText_;
+  // Room for the types that a host with a few groups uses: 16 KiB for each table.
+  static constexpr std::size_t kMinSlots = 1024;
+
+  // By typeDigest(): all types.
+  DigestTable typesByKey_{kMinSlots};
+  // By wholeDigest(): all short texts. By sampledDigest(): those that it does not read as a whole,
+  // and those long texts that were looked up or parsed. A text has at most one entry by each.
+  DigestTable typesByText_{kMinSlots};
+  // By the digest of the fingerprint: long texts. Two texts of one fingerprint displace each other,
+  // which costs a parse.
+  DigestTable typesByLongText_{64};
   std::set<TypePtr, TypeOrder> permanentTypes_;
   bool shuttingDown_ = false;
   const std::unique_ptr<boost::recursive_mutex> lock_;  // its header is a costly one
@@ -109,6 +94,8 @@ class Type::Factory {
   // its children, and a chain of them must not recurse.
   const InternedType* unlinked_ = nullptr;
   bool destroying_ = false;
+
+  std::unique_ptr<TypePool> pool_;
 };
 
 }  // namespace qex::vornath

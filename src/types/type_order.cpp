@@ -109,6 +109,44 @@ Difference compareDescs(const TypeDesc& a, const TypeDesc& b) {
       a);
 }
 
+// Equality of descriptions whose parts are interned.
+
+bool equal(const Metadata& a, const Metadata& b) {
+  if (a.size() != b.size()) return false;
+  return a.empty() || compareMetadata(a, b) == 0;
+}
+
+template <typename T, typename Equal>
+bool equalLists(const std::vector<T>& a, const std::vector<T>& b, Equal equalItems) {
+  return std::equal(a.begin(), a.end(), b.begin(), b.end(), equalItems);
+}
+
+bool equal(Type::TBasetype a, Type::TBasetype b) { return a == b; }
+
+bool equal(const Type::TEnum& a, const Type::TEnum& b) {
+  return equalLists(a.constructors, b.constructors,
+                    [](const Type::Constructor& left, const Type::Constructor& right) {
+                      return left.name == right.name && equal(left.metadata, right.metadata);
+                    });
+}
+
+bool equal(const Type::TStruct& a, const Type::TStruct& b) {
+  return equalLists(a.fields, b.fields, [](const Type::Field& left, const Type::Field& right) {
+    return left.type == right.type && left.label == right.label;
+  });
+}
+
+template <typename D>
+bool equal(const Type::TArrayND<D>& a, const Type::TArrayND<D>& b) {
+  return a.element == b.element && a.shape == b.shape;
+}
+
+bool equal(const Type::TRef& a, const Type::TRef& b) { return a.target == b.target; }
+
+bool equal(const Type::TFun& a, const Type::TFun& b) {
+  return a.codomain == b.codomain && a.domain == b.domain;
+}
+
 }  // namespace
 
 int compareTypes(const TypeDesc& descA, const Metadata& metadataA, const TypeDesc& descB,
@@ -124,11 +162,13 @@ int compareTypes(const TypeDesc& descA, const Metadata& metadataA, const TypeDes
   return d.sign != 0 ? d.sign : compareMetadata(*annotationsA, *annotationsB);
 }
 
-int compareInterned(const TypeDesc& descA, const Metadata& metadataA, const TypeDesc& descB,
-                    const Metadata& metadataB) {
-  const Difference d = compareDescs(descA, descB);
-  if (d.a != nullptr) return std::less<const InternedType*>()(d.a, d.b) ? -1 : 1;
-  return d.sign != 0 ? d.sign : compareMetadata(metadataA, metadataB);
+bool equalInterned(const TypeDesc& descA, const Metadata& metadataA, const TypeDesc& descB,
+                   const Metadata& metadataB) noexcept {
+  if (descA.index() != descB.index()) return false;
+  const bool alike = std::visit(
+      [&descB](const auto& a) { return equal(a, *std::get_if<std::decay_t<decltype(a)>>(&descB)); },
+      descA);
+  return alike && equal(metadataA, metadataB);
 }
 
 }  // namespace qex::vornath

@@ -12,11 +12,11 @@ namespace qex::vornath {
 int compareTypes(const TypeDesc& descA, const Metadata& metadataA, const TypeDesc& descB,
                  const Metadata& metadataB);
 
-/// Does the same for the descriptions of interned types. Compares their parts by address, as equal
-/// parts are one object, so that the cost does not grow with the depth of a type. Which of two
-/// unequal types comes first is arbitrary, but constant while both live.
-int compareInterned(const TypeDesc& descA, const Metadata& metadataA, const TypeDesc& descB,
-                    const Metadata& metadataB);
+/// Returns whether the descriptions of interned types are equal by compareTypes(). Compares their
+/// parts by address, as equal parts are one object, so that the cost does not grow with the depth
+/// of a type.
+bool equalInterned(const TypeDesc& descA, const Metadata& metadataA, const TypeDesc& descB,
+                   const Metadata& metadataB) noexcept;
 
 struct TypeOrder {
   bool operator()(const TypePtr& a, const TypePtr& b) const {

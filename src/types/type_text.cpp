@@ -1,6 +1,6 @@
 #include "types/type_text.hpp"
 
-#include <algorithm>
+#include <cstring>
 #include <new>
 #include <utility>
 #include <vector>
@@ -92,9 +92,12 @@ void writeDesc(const TypeDesc& desc, Sink& sink) {
 // Builds a text while it is short. A part with a long text makes the whole a long one.
 class ShortSink {
  public:
+  ShortSink() {}  // NOLINT(modernize-use-equals-default): `ShortSink()` would fill text_
+
   void append(std::string_view piece) {
-    if (fits_ && piece.size() <= kMaxShortTextLength - text_.size()) {
-      text_.append(piece);
+    if (fits_ && piece.size() <= kMaxShortTextLength - size_) {
+      std::memcpy(text_ + size_, piece.data(), piece.size());
+      size_ += piece.size();
     } else {
       fits_ = false;
     }
@@ -108,12 +111,14 @@ class ShortSink {
     }
   }
 
-  std::optional<std::string> result() && {
-    return fits_ ? std::optional(std::move(text_)) : std::nullopt;
+  // Allocates once, as much as the type keeps.
+  std::optional<std::string> result() const {
+    return fits_ ? std::optional(std::string(text_, size_)) : std::nullopt;
   }
 
  private:
-  std::string text_;
+  char text_[kMaxShortTextLength];
+  std::size_t size_ = 0;
   bool fits_ = true;
 };
 
@@ -195,7 +200,7 @@ std::optional<std::string> shortText(const TypeDesc& desc, std::string_view meta
   ShortSink sink;
   writeDesc(desc, sink);
   sink.append(metadataSuffix);
-  return std::move(sink).result();
+  return sink.result();
 }
 
 TextFingerprint textFingerprint(const TypeDesc& desc, std::string_view metadataSuffix) {

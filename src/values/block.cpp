@@ -42,7 +42,7 @@ void freeBlock(vrntValue_t* block) noexcept {
 inline vrntValue_t* releaseReference(std::uint64_t word) noexcept {
   if (!isBlockWord(word)) return nullptr;
   vrntValue_t* const target = blockOfWord(word);
-  if (blockCount(target).fetch_sub(1, std::memory_order_acq_rel) != 1) return nullptr;
+  if (!dropReference(target)) return nullptr;
   if (blockType(target).refSlotCount() != 0) return target;
   freeBlock(target);
   return nullptr;
@@ -73,6 +73,10 @@ vrntValue_t* releaseWords(vrntValue_t* block, std::size_t& next) noexcept {
 }  // namespace
 
 void destroyBlock(vrntValue_t* block) noexcept {
+  if (blockType(block).refSlotCount() == 0) {
+    freeBlock(block);
+    return;
+  }
   vrntValue_t* parent = nullptr;
   std::size_t next = 0;
   for (;;) {
@@ -97,13 +101,17 @@ std::int32_t declaredLength(const InternedType& type) {
   return array != nullptr && array->shape ? *array->shape : 0;
 }
 
-vrntValue_t* allocateBlock(const InternedType& type, Fill fill) {
-  const InternedType& stripped = type.stripped();
+vrntValue_t* allocateBlock(TypePtr type, Fill fill) {
+  if (&type->stripped() != type.get()) type = TypePtr(&type->stripped());
+  const InternedType& stripped = *type;
   if (stripped.size() > kLargestAllocation - kBlockHeaderSize) throw std::bad_alloc();
   const std::size_t size = kBlockHeaderSize + stripped.size();
   // The list of slots may be built only now, and there may be no memory for it.
-  const std::size_t slots = RefSlots(stripped).size();
-  void* const memory = fill == Fill::Zero ? std::calloc(1, size) : std::malloc(size);
+  const std::size_t slots = stripped.refSlotCount() == 0 ? 0 : RefSlots(stripped).size();
+  // Small memory comes from the thread's own list with malloc(), but not with calloc().
+  constexpr std::size_t kSmall = 1024;
+  const bool zeroed = fill == Fill::Zero && size > kSmall;
+  void* const memory = zeroed ? std::calloc(1, size) : std::malloc(size);
   if (memory == nullptr) throw std::bad_alloc();
 
   std::uint64_t* shadowRefs = nullptr;
@@ -116,15 +124,21 @@ vrntValue_t* allocateBlock(const InternedType& type, Fill fill) {
   }
 
   auto* const block = new (memory) vrntValue_t;
+  // Of the bytes alone: with those of the header, compilers would make the two calls a calloc().
+  if (fill == Fill::Zero && !zeroed) std::memset(blockData(block), 0, stripped.size());
   std::memcpy(block->magic, kBlockMagic, sizeof(kBlockMagic));
   const std::string* const text = stripped.knownText();
   block->typeText = text != nullptr ? text->c_str() : nullptr;
-  block->type = allocateType(stripped);
+  block->type = typeHandle(*type.detach());
   block->shadowRefs = shadowRefs;
   block->freeFn = &std::free;
   block->refCount = 0;
   block->length = static_cast<std::uint32_t>(declaredLength(stripped));
   return block;
+}
+
+vrntValue_t* allocateBlock(const InternedType& type, Fill fill) {
+  return allocateBlock(TypePtr(&type.stripped()), fill);
 }
 
 void setTypeText(vrntValue_t* block) {
@@ -152,7 +166,9 @@ void forEachTarget(const vrntValue_t* block, Call&& call) {
 }  // namespace
 
 void exposeToHost(vrntValue_t* block) {
-  forEachTarget(block, [](vrntValue_t* target) { ensureTypeText(target); });
+  if (blockType(block).refSlotCount() != 0) {
+    forEachTarget(block, [](vrntValue_t* target) { ensureTypeText(target); });
+  }
   ensureTypeText(block);
 }
 

@@ -84,13 +84,21 @@ inline void retainBlock(vrntValue_t* block) noexcept {
 /// recurse or allocate, however long the chain of references is.
 void destroyBlock(vrntValue_t* block) noexcept;
 
-inline void releaseBlock(vrntValue_t* block) noexcept {
-  if (blockCount(block).fetch_sub(1, std::memory_order_acq_rel) == 1) destroyBlock(block);
-}
-
 /// Returns whether the block has a single handle or reference, so that it may be written in place.
 inline bool isExclusive(vrntValue_t* block) {
   return blockCount(block).load(std::memory_order_acquire) == 1;
+}
+
+/// Subtracts a reference. Returns whether it was the last one: the caller must destroy the block
+/// then. The last holder needs no atomic decrement, since nobody else can add a reference.
+inline bool dropReference(vrntValue_t* block) noexcept {
+  if (!isExclusive(block)) return blockCount(block).fetch_sub(1, std::memory_order_acq_rel) == 1;
+  blockCount(block).store(0, std::memory_order_relaxed);
+  return true;
+}
+
+inline void releaseBlock(vrntValue_t* block) noexcept {
+  if (dropReference(block)) destroyBlock(block);
 }
 
 inline void retainWord(std::uint64_t word) {
@@ -114,6 +122,8 @@ enum class Fill { Zero, Undefined };
 /// a one-dimensional array type, else 0. Its `typeText` is null if the type has not built its text
 /// yet. Throws std::bad_alloc.
 vrntValue_t* allocateBlock(const InternedType& type, Fill fill);
+/// Does the same and passes the block a reference of the caller, if the type is a `stripped` form.
+vrntValue_t* allocateBlock(TypePtr type, Fill fill);
 
 // Type texts in blocks. A long text is built on request, since each type of a deep nest has nearly
 // the whole text of the nest. Hosts need it: they read `typeText` in a block that they were given
@@ -212,6 +222,12 @@ class BlockPtr {
     handle.block_ = block;
     return handle;
   }
+  /// Returns the first handle to a new block of a count of 0. No other thread knows the block yet,
+  /// so that its count is set, not added to.
+  static BlockPtr first(vrntValue_t* block) noexcept {
+    blockCount(block).store(1, std::memory_order_relaxed);
+    return adopt(block);
+  }
 
  private:
   vrntValue_t* block_ = nullptr;
@@ -225,6 +241,7 @@ class NewBlock {
   NewBlock() noexcept = default;
   /// Throws std::bad_alloc.
   NewBlock(const InternedType& type, Fill fill) : block_(allocateBlock(type, fill)) {}
+  NewBlock(TypePtr type, Fill fill) : block_(allocateBlock(std::move(type), fill)) {}
   NewBlock(NewBlock&& other) noexcept : block_(std::exchange(other.block_, nullptr)) {}
   NewBlock& operator=(NewBlock&& other) noexcept {
     std::swap(block_, other.block_);
@@ -245,7 +262,7 @@ class NewBlock {
       ensureTargetTexts(block_);
       retainReferences(type(), data());
     }
-    return BlockPtr(std::exchange(block_, nullptr));
+    return BlockPtr::first(std::exchange(block_, nullptr));
   }
 
  private:

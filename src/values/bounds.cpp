@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <cstring>
 #include <limits>
+#include <utility>
 #include <vector>
 
 #include "types/base_types.hpp"
@@ -62,14 +63,14 @@ bool refersToOwnArray(std::uint64_t word) {
 
 // Returns a word that owns a reference to a new copy of the block.
 std::uint64_t wordOfCopy(std::uint64_t word) {
-  return wordOfBlock(BlockPtr(cloneBlock(blockOfWord(word))).detach());
+  return wordOfBlock(BlockPtr::first(cloneBlock(blockOfWord(word))).detach());
 }
 
 // Copies a cached default, which other threads may copy at the same time. Each spectrum in the copy
 // gets an array of its own, so that no reference to an array of the cached default leaves it.
-DynamicValue copyCachedDefault(const DynamicValue& cached) {
+BlockPtr copyCachedDefault(const DynamicValue& cached) {
   const InternedType& type = cached.typeOf();
-  if (type.refSlotCount() == 0) return DynamicValue(cached.view());
+  if (type.refSlotCount() == 0) return copyToBlock(type, cached.data());
   const RefSlots slots(type);
   NewBlock made(type, Fill::Undefined);
   std::memcpy(made.data(), cached.data(), type.size());
@@ -77,13 +78,13 @@ DynamicValue copyCachedDefault(const DynamicValue& cached) {
     char* const at = made.data() + slot * kWordSize;
     if (refersToOwnArray(loadWord(at))) storeWord(at, 0);
   });
-  const BlockPtr copy = std::move(made).finish();
+  BlockPtr copy = std::move(made).finish();
   slots.forEach([&](std::uint64_t slot) {
     const std::uint64_t word = loadWord(cached.data() + slot * kWordSize);
     if (!refersToOwnArray(word)) return;
     storeWord(blockData(copy.get()) + slot * kWordSize, wordOfCopy(word));
   });
-  return DynamicValue(copy.get());
+  return copy;
 }
 
 // Returns whether a spectrum with one float is a value of the type. A subtype of the spectrum type
@@ -245,16 +246,20 @@ ValueBounds makeValueBounds(const TypePtr& type) {
   return bounds;
 }
 
-DynamicValue makeDefaultValue(const TypePtr& type) {
+BlockPtr makeDefaultBlock(const InternedType& type) {
   // Without annotations at any depth every default is zero, but for a spectrum's array.
-  const bool plain = &type->stripped() == type.get();
-  if (plain && type->refSlotCount() == 0) return DynamicValue(type);
-  if (const DynamicValue* const cached = type->cachedDefault()) return copyCachedDefault(*cached);
-  DynamicValue value(type);
-  BoundsFiller({&value, 1}).fill(*type);
+  const bool plain = &type.stripped() == &type;
+  if (plain && type.refSlotCount() == 0) {
+    return BlockPtr::first(allocateBlock(type, Fill::Zero));
+  }
+  if (const DynamicValue* const cached = type.cachedDefault()) return copyCachedDefault(*cached);
+  DynamicValue value(BlockPtr::first(allocateBlock(type, Fill::Zero)));
+  BoundsFiller({&value, 1}).fill(type);
   // A type without annotations is its own default's type, and would keep itself alive.
-  if (plain || type->size() > kMaxCachedDefaultSize) return value;
-  return copyCachedDefault(type->cacheDefault(std::move(value)));
+  if (plain || type.size() > kMaxCachedDefaultSize) {
+    return BlockPtr::adopt(std::exchange(value.blockHandle(), nullptr));
+  }
+  return copyCachedDefault(type.cacheDefault(std::move(value)));
 }
 
 }  // namespace qex::vornath

@@ -11,7 +11,7 @@
 #include "types/relations.hpp"
 #include "values/bounds.hpp"
 #include "values/copy_plan.hpp"
-#include "values/write_protocol.hpp"
+#include "values/kept_plans.hpp"
 #include "vornath_data/result.hpp"
 
 namespace qex::vornath {
@@ -114,6 +114,7 @@ class Planner : public BottomUp<Planner, TypePair, Outcome, Match> {
                                     });
       codes.push_back(found ? static_cast<std::int32_t>(*found) : kMissing);
     }
+    const std::size_t bytes = codes.size() * sizeof(std::int32_t) + 4 * sizeof(void*);
     return plan_.act(
         [&s, &target, lenient = lenient_, codes = std::move(codes)](const char* from, char* to) {
           std::int32_t code;
@@ -126,7 +127,8 @@ class Planner : public BottomUp<Planner, TypePair, Outcome, Match> {
             throw Exception(ErrorCode::InvalidArguments,
                             "Enum constructor {} not found in type {}.", label, target.text());
           }
-        });
+        },
+        bytes);
   }
 
   template <typename S, typename T>
@@ -195,15 +197,26 @@ class Planner : public BottomUp<Planner, TypePair, Outcome, Match> {
 
 }  // namespace
 
-DynamicValue coerceValue(const ConstView& source, const TypePtr& targetType, bool lenient) {
-  CopyPlan plan;
-  const auto [related, step] =
-      Planner(plan, lenient).plan(source.type->stripped(), targetType->stripped());
-  if (related) return {targetType, source.data()};
-  DynamicValue result = makeDefaultValue(targetType);
-  makeExclusive(result.blockHandle());
-  plan.run(step, source.data(), blockData(result.block()));
-  return result;
+BlockPtr coerceToBlock(const InternedType& sourceType, const char* source,
+                       const InternedType& targetType, bool lenient) {
+  const InternedType& from = sourceType.stripped();
+  const InternedType& to = targetType.stripped();
+  if (&from == &to) return copyToBlock(to, source);
+  const auto make = [&] {
+    PairPlan plan;
+    const auto [related, step] = Planner(plan.copies, lenient).plan(from, to);
+    plan.whole = step;
+    plan.related = related;
+    return plan;
+  };
+  const auto run = [&](const PairPlan& plan) {
+    if (plan.related) return copyToBlock(to, source);
+    BlockPtr result = makeDefaultBlock(targetType);
+    plan.copies.run(plan.whole, source, blockData(result.get()));
+    return result;
+  };
+  const PlanKind kind = lenient ? PlanKind::LenientCoercion : PlanKind::StrictCoercion;
+  return withPlan(kind, from, to, make, run);
 }
 
 }  // namespace qex::vornath

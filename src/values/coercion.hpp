@@ -7,11 +7,11 @@
 
 namespace qex::vornath {
 
-/// Returns a new value of the target type. It starts as the type's default and copies from the
-/// source fields by label, elements by index on each dimension up to the smaller extent, and enums
-/// by the label of their constructor. A part whose type is a subtype of that of its counterpart is
-/// copied byte for byte, with its references. Numbers are not converted and references are not
-/// followed. An unsized target array takes no elements.
+/// Returns a new value of the target type, as a new block. It starts as the type's default and
+/// copies from the source fields by label, elements by index on each dimension up to the smaller
+/// extent, and enums by the label of their constructor. A part whose type is a subtype of that of
+/// its counterpart is copied byte for byte, with its references. Numbers are not converted and
+/// references are not followed. An unsized target array takes no elements.
 ///
 /// With `lenient`, parts that do not convert keep the default. Without it, the first of them throws
 /// "Cannot convert {} to {}: Types are unrelated." or "Enum constructor {} not found in type {}.".
@@ -20,7 +20,14 @@ namespace qex::vornath {
 ///
 /// The source is only read and referred to. The cost is linear in the two values and the two types.
 /// Does not recurse.
-DynamicValue coerceValue(const ConstView& source, const TypePtr& targetType, bool lenient);
+///
+/// How to convert is worked out for the first value of two types and kept with them.
+BlockPtr coerceToBlock(const InternedType& sourceType, const char* source,
+                       const InternedType& targetType, bool lenient);
+
+inline DynamicValue coerceValue(const ConstView& source, const TypePtr& targetType, bool lenient) {
+  return DynamicValue(coerceToBlock(*source.type, source.data(), *targetType, lenient));
+}
 
 inline DynamicValue coerceValue(const DynamicValue& source, const TypePtr& targetType,
                                 bool lenient) {

@@ -1,7 +1,10 @@
 #include "values/copy_plan.hpp"
 
 #include <algorithm>
+#include <cstddef>
 #include <cstring>
+#include <iterator>
+#include <limits>
 #include <utility>
 
 #include "types/ref_slots.hpp"
@@ -20,6 +23,9 @@ inline void copyBytes(char* to, const char* from, std::uint64_t bytes) {
     case 8:
       std::memcpy(to, from, 8);
       break;
+    case 12:
+      std::memcpy(to, from, 12);
+      break;
     case 16:
       std::memcpy(to, from, 16);
       break;
@@ -32,48 +38,77 @@ inline void copyBytes(char* to, const char* from, std::uint64_t bytes) {
 
 CopyPlan::Step CopyPlan::add(Node node) {
   nodes_.push_back(std::move(node));
-  return {static_cast<std::int32_t>(nodes_.size() - 1), 0, 0};
+  return {static_cast<std::int32_t>(nodes_.size() - 1), 0, 0, 0};
+}
+
+CopyPlan::Step CopyPlan::copyOf(std::uint64_t bytes, const InternedType* counted) {
+  if (counted == nullptr && bytes <= std::numeric_limits<std::uint32_t>::max()) {
+    return {kShortCopy, static_cast<std::uint32_t>(bytes), 0, 0};
+  }
+  return add(Copy{bytes, counted});
 }
 
 CopyPlan::Step CopyPlan::copy(const InternedType& type) {
   if (type.size() == 0) return {};
-  return add(Copy{type.size(), type.refSlotCount() == 0 ? nullptr : &type});
+  return copyOf(type.size(), type.refSlotCount() == 0 ? nullptr : &type);
 }
 
-CopyPlan::Step CopyPlan::act(Action action) { return add(std::move(action)); }
+CopyPlan::Step CopyPlan::act(Action action, std::size_t bytes) {
+  actionBytes_ += bytes;
+  return add(std::move(action));
+}
 
-CopyPlan::Step CopyPlan::sequence(const std::vector<Step>& steps) {
-  std::vector<Step> kept;
-  for (std::size_t i = 0; i < steps.size();) {
-    const Step first = steps[i++];
-    if (first.empty()) continue;
-    const Copy* const copy = getIf<Copy>(first);
-    if (copy == nullptr || copy->counted != nullptr) {
-      kept.push_back(first);
+// Returns the bytes of a copy without references, or 0 for any other step.
+std::uint64_t CopyPlan::plainBytes(const Step& step) const {
+  if (step.node == kShortCopy) return step.bytes;
+  const Copy* const copy = getIf<Copy>(step);
+  return copy != nullptr && copy->counted == nullptr ? copy->bytes : 0;
+}
+
+CopyPlan::Step CopyPlan::sequence(const std::vector<Step>& given) {
+  // The steps of a short inner sequence are run as this one's own. A long one stays as it is: in a
+  // deep nest each sequence would have the steps of all inner ones.
+  constexpr std::size_t kMaxInlined = 16;
+  std::vector<Step> steps;
+  steps.reserve(given.size());
+  for (const Step& step : given) {
+    const Sequence* const inner = getIf<Sequence>(step);
+    if (step.empty()) {
       continue;
     }
-    // Merges only what is adjacent in both values: the target's padding must not be written.
-    std::uint64_t bytes = copy->bytes;
-    for (; i < steps.size(); ++i) {
-      if (steps[i].empty()) continue;
-      const Copy* const next = getIf<Copy>(steps[i]);
-      if (next == nullptr || next->counted != nullptr || steps[i].from != first.from + bytes ||
-          steps[i].to != first.to + bytes) {
-        break;
-      }
-      bytes += next->bytes;
+    if (inner == nullptr || inner->count > kMaxInlined) {
+      steps.push_back(step);
+      continue;
     }
-    kept.push_back(bytes == copy->bytes ? first
-                                        : add(Copy{bytes, nullptr}).at(first.from, first.to));
+    for (std::size_t i = 0; i < inner->count; ++i) {
+      steps.push_back(steps_[inner->first + i].at(step.from, step.to));
+    }
   }
-  if (kept.empty()) return {};
-  if (kept.size() == 1) return kept.front();
-  const bool flat = std::all_of(kept.begin(), kept.end(), [this](const Step& step) {
-    return getIf<Copy>(step) != nullptr || getIf<Action>(step) != nullptr;
-  });
-  const Sequence sequence{steps_.size(), kept.size(), flat};
-  steps_.insert(steps_.end(), kept.begin(), kept.end());
-  return add(sequence);
+
+  const std::size_t first = steps_.size();
+  for (std::size_t i = 0; i < steps.size();) {
+    const Step step = steps[i++];
+    const std::uint64_t own = plainBytes(step);
+    // Merges only what is adjacent in both values: the target's padding must not be written.
+    std::uint64_t bytes = own;
+    while (own != 0 && i < steps.size()) {
+      const std::uint64_t next = plainBytes(steps[i]);
+      if (next == 0 || steps[i].from != step.from + bytes || steps[i].to != step.to + bytes) break;
+      bytes += next;
+      ++i;
+    }
+    steps_.push_back(bytes == own ? step : copyOf(bytes, nullptr).at(step.from, step.to));
+  }
+  const std::size_t count = steps_.size() - first;
+  if (count > 1) {
+    const bool flat = std::all_of(
+        steps_.begin() + static_cast<std::ptrdiff_t>(first), steps_.end(),
+        [this](const Step& step) { return !getIf<Sequence>(step) && !getIf<Repeat>(step); });
+    return add(Sequence{first, count, flat});
+  }
+  const Step only = count == 1 ? steps_.back() : Step{};
+  steps_.resize(first);
+  return only;
 }
 
 CopyPlan::Step CopyPlan::repeat(const Step& step, std::uint64_t count, std::uint64_t fromStride,
@@ -81,10 +116,22 @@ CopyPlan::Step CopyPlan::repeat(const Step& step, std::uint64_t count, std::uint
   if (step.empty() || count == 0) return {};
   if (count == 1) return step;
   const Copy* const copy = getIf<Copy>(step);
-  if (copy != nullptr && copy->bytes == fromStride && copy->bytes == toStride) {
-    return add(Copy{copy->bytes * count, copy->counted}).at(step.from, step.to);
+  const std::uint64_t bytes = copy != nullptr ? copy->bytes : plainBytes(step);
+  if (bytes != 0 && bytes == fromStride && bytes == toStride) {
+    return copyOf(bytes * count, copy != nullptr ? copy->counted : nullptr).at(step.from, step.to);
   }
   return add(Repeat{step, count, fromStride, toStride});
+}
+
+void CopyPlan::shrink() {
+  // shrink_to_fit() would swallow a failure.
+  std::vector<Node>(std::make_move_iterator(nodes_.begin()), std::make_move_iterator(nodes_.end()))
+      .swap(nodes_);
+  std::vector<Step>(steps_).swap(steps_);
+}
+
+std::size_t CopyPlan::bytes() const {
+  return nodes_.capacity() * sizeof(Node) + steps_.capacity() * sizeof(Step) + actionBytes_;
 }
 
 // Adds a reference for each block word of the source and releases that of the target.
@@ -110,7 +157,9 @@ bool CopyPlan::isFlat(const Step& step) const {
 inline void CopyPlan::runLeaf(const Step& step, const char* from, char* to) const {
   from += step.from;
   to += step.to;
-  if (const Copy* const copy = getIf<Copy>(step)) {
+  if (step.node == kShortCopy) {
+    copyBytes(to, from, step.bytes);
+  } else if (const Copy* const copy = getIf<Copy>(step)) {
     if (copy->counted != nullptr) exchangeReferences(*copy, from, to);
     copyBytes(to, from, copy->bytes);
   } else {

@@ -18,16 +18,20 @@ namespace qex::vornath {
 /// std::bad_alloc.
 class CopyPlan {
  public:
+  static constexpr std::int32_t kNothing = -1;
+  static constexpr std::int32_t kShortCopy = -2;
+
   /// What to do with one part, and its offsets in the source and in the target, in bytes. A
   /// default-constructed step does nothing.
   struct Step {
-    std::int32_t node = -1;
+    std::int32_t node = kNothing;
+    std::uint32_t bytes = 0;  // of a step that needs no node: a short copy without references
     std::uint64_t from = 0;
     std::uint64_t to = 0;
 
-    bool empty() const { return node < 0; }
+    bool empty() const { return node == kNothing; }
     Step at(std::uint64_t source, std::uint64_t target) const {
-      return {node, from + source, to + target};
+      return {node, bytes, from + source, to + target};
     }
   };
 
@@ -37,7 +41,8 @@ class CopyPlan {
   /// Adds a step that copies a value of the type. It releases what the references of the target
   /// refer to and adds references for those that it copies.
   Step copy(const InternedType& type);
-  Step act(Action action);
+  /// `bytes` is the memory that the action refers to and owns, for bytes().
+  Step act(Action action, std::size_t bytes = 0);
   /// Adds a step that runs the steps in order.
   Step sequence(const std::vector<Step>& steps);
   /// Adds a step that runs the step `count` times, advancing by the strides, in bytes.
@@ -47,6 +52,11 @@ class CopyPlan {
   /// Runs the step. The caller must own the target exclusively. The target is a whole value after
   /// each part, so an action may throw. Does not recurse.
   void run(const Step& step, const char* from, char* to) const;
+
+  /// Releases memory that was reserved for more steps.
+  void shrink();
+  /// Returns the memory that the plan takes beside the object itself, in bytes.
+  std::size_t bytes() const;
 
  private:
   class Run;
@@ -70,8 +80,11 @@ class CopyPlan {
 
   template <typename Kind>
   const Kind* getIf(const Step& step) const {
-    return std::get_if<Kind>(&nodes_[static_cast<std::size_t>(step.node)]);
+    return step.node < 0 ? nullptr
+                         : std::get_if<Kind>(&nodes_[static_cast<std::size_t>(step.node)]);
   }
+  Step copyOf(std::uint64_t bytes, const InternedType* counted);
+  std::uint64_t plainBytes(const Step& step) const;
   Step add(Node node);
   bool isFlat(const Step& step) const;
   void runLeaf(const Step& step, const char* from, char* to) const;
@@ -80,6 +93,7 @@ class CopyPlan {
 
   std::vector<Node> nodes_;
   std::vector<Step> steps_;
+  std::size_t actionBytes_ = 0;
 };
 
 }  // namespace qex::vornath

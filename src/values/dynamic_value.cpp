@@ -6,9 +6,7 @@
 #include "values/write_protocol.hpp"
 
 namespace qex::vornath {
-namespace {
-
-BlockPtr copyOf(const InternedType& type, const void* bytes) {
+BlockPtr copyToBlock(const InternedType& type, const void* bytes) {
   NewBlock made(type, Fill::Undefined);
   if (bytes != nullptr) {
     std::memcpy(made.data(), bytes, type.size());
@@ -19,8 +17,6 @@ BlockPtr copyOf(const InternedType& type, const void* bytes) {
   return std::move(made).finish();
 }
 
-}  // namespace
-
 void requireAssignable(const InternedType& given, const InternedType& required) {
   requireRelated(given, required, "Incompatible type for value -> {}.");
 }
@@ -29,13 +25,16 @@ DynamicValue::DynamicValue(TypePtr type, BlockPtr block) noexcept
     : type_(std::move(type)), length_(declaredLength(*type_)), block_(std::move(block)) {}
 
 DynamicValue::DynamicValue(const TypePtr& type)
-    : DynamicValue(TypePtr(&type->stripped()), BlockPtr(allocateBlock(*type, Fill::Zero))) {}
+    : DynamicValue(TypePtr(&type->stripped()), BlockPtr::first(allocateBlock(*type, Fill::Zero))) {}
 
 DynamicValue::DynamicValue(const TypePtr& type, const void* bytes)
-    : DynamicValue(TypePtr(&type->stripped()), copyOf(*type, bytes)) {}
+    : DynamicValue(TypePtr(&type->stripped()), copyToBlock(*type, bytes)) {}
 
 DynamicValue::DynamicValue(vrntValue_t* block)
     : DynamicValue(TypePtr(&blockType(block)), BlockPtr(block)) {}
+
+DynamicValue::DynamicValue(BlockPtr block) noexcept
+    : type_(&blockType(block.get())), length_(declaredLength(*type_)), block_(std::move(block)) {}
 
 DynamicValue::DynamicValue(const ConstView& view) : DynamicValue(TypePtr(view.type), view.data()) {}
 

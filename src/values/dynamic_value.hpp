@@ -72,6 +72,8 @@ class DynamicValue {
   static DynamicValue filled(const TypePtr& type, const Filler& filler);
   /// Shares the block.
   explicit DynamicValue(vrntValue_t* block);
+  /// Takes over a handle, which must not be empty.
+  explicit DynamicValue(BlockPtr block) noexcept;
   /// Copies the bytes of the view.
   explicit DynamicValue(const ConstView& view);
 
@@ -195,6 +197,11 @@ struct DynamicValue::Field {
   std::string label;
   DynamicValue value;
 };
+
+/// Returns a new block with a copy of the bytes, as many as the type has; each block word among
+/// them gets a new reference. If `bytes` is null, the bytes are undefined, except for reference
+/// words, which are null. Throws std::bad_alloc.
+BlockPtr copyToBlock(const InternedType& type, const void* bytes);
 
 /// Throws "Incompatible type for value -> {}." with the reason unless `given` is a subtype of
 /// `required`.

@@ -29,11 +29,15 @@ const char* dataAt(const vrntValue_t* value, const vrntValueView_t* view) {
   return blockData(value) + view->offset;
 }
 
-TypePtr typePtr(const vrntType_t* type) { return TypePtr(&typeOf(type)); }
-
 vrntValueView_t* fill(vrntValueView_t* out, const Part& place) {
   *out = {typeHandle(*place.type), place.offset};
   return out;
+}
+
+// Passes a new value to the host.
+vrntValue_t* handOut(BlockPtr block) {
+  exposeToHost(block.get());
+  return block.detach();
 }
 
 char* duplicate(const std::string& text) {
@@ -51,15 +55,12 @@ extern "C" {
 
 vrntValue_t* vrntValueCreate(const vrntType_t* type, vrntValuesError_t** error) {
   return reportEveryError(error, nullptr, [&] {
-    BlockPtr block(allocateBlock(typeOf(type), Fill::Zero));
-    ensureTypeText(block.get());
-    return block.detach();
+    return handOut(BlockPtr::first(allocateBlock(typeOf(type), Fill::Zero)));
   });
 }
 
 vrntValue_t* vrntValueCreateDefault(const vrntType_t* type, vrntValuesError_t** error) {
-  return reportEveryError(error, nullptr,
-                          [&] { return allocateValue(makeDefaultValue(typePtr(type))); });
+  return reportEveryError(error, nullptr, [&] { return handOut(makeDefaultBlock(typeOf(type))); });
 }
 
 vrntValue_t* vrntValueParse(const void* textOrBlock, vrntValuesError_t** error) {
@@ -77,31 +78,29 @@ vrntValue_t* vrntValueParse(const void* textOrBlock, vrntValuesError_t** error) 
 vrntValue_t* vrntValueFromView(const vrntValue_t* value, const vrntValueView_t* view,
                                vrntValuesError_t** error) {
   return reportEveryError(error, nullptr, [&] {
-    return allocateValue(DynamicValue(typePtr(view->type), dataAt(value, view)));
+    return handOut(copyToBlock(typeOf(view->type), dataAt(value, view)));
   });
 }
 
 vrntValue_t* vrntValueDeserialize(vrntReadFn read, void* user, vrntValuesError_t** error) {
   return reportEveryError(error, nullptr, [&] {
     DynamicValue::StreamMap map;
-    return allocateValue(deserializeValue(read, user, map));
+    return handOut(deserializeBlock(read, user, map));
   });
 }
 
 vrntValue_t* vrntCoerce(const vrntType_t* type, const vrntValue_t* value,
                         vrntValuesError_t** error) {
   return reportEveryError(error, nullptr, [&] {
-    const DynamicValue held(blockOf(value));
-    return allocateValue(coerceValue(held, typePtr(type), true));
+    return handOut(coerceToBlock(blockType(value), blockData(value), typeOf(type), true));
   });
 }
 
 vrntValue_t* vrntBuildSpecializationParameters(const vrntType_t* type, const vrntValue_t* value,
                                                vrntValuesError_t** error) {
   return reportEveryError(error, nullptr, [&] {
-    const DynamicValue held(blockOf(value));
-    requireAssignable(held.typeOf(), typeOf(type));
-    return allocateValue(buildSpecialization(held.view(), typeOf(type)));
+    requireAssignable(blockType(value), typeOf(type));
+    return handOut(buildSpecializedBlock(blockType(value), blockData(value), typeOf(type)));
   });
 }
 
@@ -169,13 +168,10 @@ void vrntValueUnmap(vrntValue_t* value, const vrntValueView_t* view) {
 
 void vrntValueWrite(vrntValue_t** value, uint64_t offset, const void* source, uint64_t size,
                     vrntValuesError_t** error) {
-  const vrntValueView_t whole{(*value)->type, 0};
-  // Keeps the source alive if it lies in the very block that the handle moves away from.
-  const BlockPtr before = isExclusive(*value) ? BlockPtr() : BlockPtr(*value);
-  auto* const data = static_cast<char*>(vrntValueMap(value, &whole, error));
-  if (data == nullptr) return;
-  if (size != 0) std::memmove(data + offset, source, size);
-  vrntValueUnmap(*value, &whole);
+  reportOutOfMemoryOrOther(error, [&] {
+    reexposeToHost(*value);
+    writeBytes(*value, offset, source, size);
+  });
 }
 
 void vrntValueSetReference(vrntValue_t** value, const vrntValueView_t* view, vrntValue_t* target,
@@ -204,10 +200,8 @@ int32_t vrntValueEqual(const vrntValue_t* a, const vrntValueView_t* viewA, const
 char* vrntValueString(const vrntValue_t* value, const vrntValueView_t* view, uint32_t flags,
                       vrntValuesError_t** error) {
   return reportOutOfMemoryOrOther(error, nullptr, [&] {
-    const DynamicValue held(blockOf(value));
-    return duplicate(valueToString({&typeOf(view->type), view->offset, &held},
-                                   (flags & VRNT_STRING_EXACT) != 0,
-                                   (flags & VRNT_STRING_MULTILINE) != 0));
+    return newValueText(typeOf(view->type), dataAt(value, view), (flags & VRNT_STRING_EXACT) != 0,
+                        (flags & VRNT_STRING_MULTILINE) != 0);
   });
 }
 

@@ -8,6 +8,7 @@
 #include "types/make_type.hpp"
 #include "types/parts.hpp"
 #include "values/copy_plan.hpp"
+#include "values/kept_plans.hpp"
 
 namespace qex::vornath {
 namespace {
@@ -102,12 +103,23 @@ class Planner : public BottomUp<Planner, TypePair, Outcome> {
 
 }  // namespace
 
-DynamicValue buildSpecialization(const ConstView& value, const InternedType& annotated) {
-  CopyPlan plan;
-  const auto [type, step] = Planner(plan).plan(value.type->stripped(), annotated);
-  DynamicValue result{type};
-  plan.run(step, value.data(), blockData(result.block()));
-  return result;
+BlockPtr buildSpecializedBlock(const InternedType& valueType, const char* value,
+                               const InternedType& annotated) {
+  const InternedType& own = valueType.stripped();
+  const auto make = [&] {
+    PairPlan plan;
+    const Outcome planned = Planner(plan.copies).plan(own, annotated);
+    plan.whole = planned.step;
+    if (planned.type != &own) plan.result = planned.type;
+    return plan;
+  };
+  const auto run = [&](const PairPlan& plan) {
+    const InternedType& type = plan.result != nullptr ? *plan.result : own;
+    BlockPtr result = BlockPtr::first(allocateBlock(type, Fill::Zero));
+    plan.copies.run(plan.whole, value, blockData(result.get()));
+    return result;
+  };
+  return withPlan(PlanKind::Specialization, own, annotated, make, run);
 }
 
 }  // namespace qex::vornath

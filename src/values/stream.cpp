@@ -1,47 +1,64 @@
 #include "values/stream.hpp"
 
+#include <array>
 #include <new>
 #include <optional>
 #include <string>
+#include <string_view>
 #include <unordered_set>
 #include <utility>
 
 #include "types/type_text.hpp"
 #include "types/walk.hpp"
+#include "values/record_texts.hpp"
 
 namespace qex::vornath {
 namespace {
 
-void writeRecord(const vrntValue_t* block, vrntWriteFn write, void* user) {
-  const InternedType& type = blockType(block);
-  // Each type of a nest has nearly the whole text, so the types aren't made to keep them.
-  const std::string* const known = type.knownText();
-  std::string made;
-  if (known == nullptr) appendText(made, type);
-  const std::string& text = known != nullptr ? *known : made;
+void writeRecord(const vrntValue_t* block, std::string_view text, vrntWriteFn write, void* user) {
   const std::uint64_t textLength = text.size();
   const std::uint64_t id = wordOfBlock(block);
   write(&textLength, sizeof(textLength), user);
   write(text.data(), textLength, user);
   write(&id, sizeof(id), user);
-  write(blockData(block), type.size(), user);
+  write(blockData(block), blockType(block).size(), user);
 }
 
-NewBlock readRecord(vrntReadFn read, void* user) {
-  std::uint64_t textLength = 0;
-  read(&textLength, sizeof(textLength), user);
-  std::string text;
-  // A length that no text has comes from a damaged stream; it is more memory than there is.
-  if (textLength > text.max_size()) throw std::bad_alloc();
-  text.resize(textLength);
-  read(text.data(), textLength, user);
-  const TypePtr type = InternedType::parse(text);
-  std::uint64_t id = 0;
-  read(&id, sizeof(id), user);
-  NewBlock block(*type, Fill::Undefined);
-  read(block.data(), block.type().size(), user);
-  return block;
-}
+// Reads one record after the other.
+class RecordReader {
+ public:
+  RecordReader(vrntReadFn read, void* user) : read_(read), user_(user) {}
+
+  NewBlock next() {
+    TypePtr type = nextType();
+    std::uint64_t id = 0;
+    read_(&id, sizeof(id), user_);
+    NewBlock block(std::move(type), Fill::Undefined);
+    read_(block.data(), block.type().size(), user_);
+    return block;
+  }
+
+ private:
+  TypePtr nextType() {
+    std::uint64_t length = 0;
+    read_(&length, sizeof(length), user_);
+    if (length <= kMaxShortTextLength) {
+      std::array<char, kMaxShortTextLength> text;
+      read_(text.data(), length, user_);
+      return types_.typeOf({text.data(), length});
+    }
+    // A length that no text has comes from a damaged stream; it is more memory than there is.
+    if (length > longText_.max_size()) throw std::bad_alloc();
+    if (length > longText_.size()) longText_.resize(length);
+    read_(longText_.data(), length, user_);
+    return types_.typeOf({longText_.data(), length});
+  }
+
+  vrntReadFn read_;
+  void* user_;
+  std::string longText_;
+  TypesByText types_;
+};
 
 // Writes the record of each block that the words lead to, before those that its own words lead to.
 class Writer {
@@ -55,7 +72,7 @@ class Writer {
   Visit enter(const Node& node) {
     if (!isBlockWord(node.word) || !written_.insert(node.word).second) return Visit::leaf();
     const vrntValue_t* const block = blockOfWord(node.word);
-    writeRecord(block, write_, user_);
+    writeRecord(block, texts_.textOf(blockType(block)), write_, user_);
     return Visit::parts(blockType(block).refSlotCount());
   }
 
@@ -71,6 +88,7 @@ class Writer {
  private:
   vrntWriteFn write_;
   void* user_;
+  TextsByType texts_;
   std::unordered_set<std::uint64_t> written_;
   std::optional<RefSlots> slots_;  // of the block that was looked at last
   const vrntValue_t* slotsOf_ = nullptr;
@@ -85,12 +103,11 @@ class Reader {
     std::uint64_t word = 0;  // under which another value refers to it
   };
 
-  Reader(vrntReadFn read, void* user, DynamicValue::StreamMap& map)
-      : read_(read), user_(user), map_(map) {}
+  Reader(RecordReader& records, DynamicValue::StreamMap& map) : records_(records), map_(map) {}
 
-  DynamicValue value() {
-    walk_.run(*this, {readRecord(read_, user_)});
-    return DynamicValue(outermost_.get());
+  BlockPtr value(NewBlock outermost) {
+    walk_.run(*this, {std::move(outermost)});
+    return std::move(outermost_);
   }
 
   Visit enter(const Node& node) {
@@ -105,7 +122,7 @@ class Reader {
       const std::uint64_t word = loadWord(at);
       if (!isBlockWord(word) || resolve(at)) continue;
       walk_.levels().back().next = i + 1;
-      return {readRecord(read_, user_), word};
+      return {records_.next(), word};
     }
     walk_.levels().back().next = slots.size();
     return {};
@@ -134,8 +151,7 @@ class Reader {
     return true;
   }
 
-  vrntReadFn read_;
-  void* user_;
+  RecordReader& records_;
   DynamicValue::StreamMap& map_;
   Walk<Node> walk_;
   BlockPtr outermost_;
@@ -145,15 +161,19 @@ class Reader {
 
 void serializeValue(const DynamicValue& value, vrntWriteFn write, void* user) {
   if (value.typeOf().refSlotCount() == 0) {
-    writeRecord(value.block(), write, user);
+    TextsByType texts;
+    writeRecord(value.block(), texts.textOf(value.typeOf()), write, user);
     return;
   }
   Writer writer(write, user);
   Walk<Writer::Node, false>().run(writer, {wordOfBlock(value.block())});
 }
 
-DynamicValue deserializeValue(vrntReadFn read, void* user, DynamicValue::StreamMap& map) {
-  return Reader(read, user, map).value();
+BlockPtr deserializeBlock(vrntReadFn read, void* user, DynamicValue::StreamMap& map) {
+  RecordReader records(read, user);
+  NewBlock outermost = records.next();
+  if (outermost.type().refSlotCount() == 0) return std::move(outermost).finish();
+  return Reader(records, map).value(std::move(outermost));
 }
 
 }  // namespace qex::vornath

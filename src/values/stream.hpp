@@ -22,7 +22,11 @@ void serializeValue(const DynamicValue& value, vrntWriteFn write, void* user);
 /// Reads what serializeValue() wrote. Trusts the lengths in the stream. `map` receives all values
 /// but the outermost one and keeps them alive as long as it lives. Throws "Unable to parse type:
 /// {}.\n{}", and what `read` throws; the values read so far are then in the map alone.
-DynamicValue deserializeValue(vrntReadFn read, void* user, DynamicValue::StreamMap& map);
+BlockPtr deserializeBlock(vrntReadFn read, void* user, DynamicValue::StreamMap& map);
+
+inline DynamicValue deserializeValue(vrntReadFn read, void* user, DynamicValue::StreamMap& map) {
+  return DynamicValue(deserializeBlock(read, user, map));
+}
 
 template <typename Reader>
 DynamicValue DynamicValue::deserialize(Reader&& reader, StreamMap& map) {

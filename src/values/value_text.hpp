@@ -19,6 +19,10 @@ std::string valueToString(const ConstView& view, bool exact = false, bool multil
 /// Returns the text of the value of a type at an address, without options.
 std::string valueToString(const InternedType& type, const char* data);
 
+/// As valueToString(), for a value of a type at an address. Returns a new string that std::free()
+/// frees.
+char* newValueText(const InternedType& type, const char* data, bool exact, bool multiline);
+
 /// (embed) Prints the text without options.
 std::ostream& operator<<(std::ostream& stream, const DynamicValue& value);
 

@@ -1,5 +1,6 @@
 #include "values/write_protocol.hpp"
 
+#include <algorithm>
 #include <array>
 #include <cstring>
 #include <memory>
@@ -20,6 +21,26 @@ class WordBuffer {
   std::unique_ptr<std::uint64_t[]> heap_;
 };
 
+// Adds the reference of a word that a host wrote.
+void retainWritten(std::uint64_t word) noexcept {
+  if (!isBlockWord(word)) return;
+  tryEnsureTypeText(blockOfWord(word));
+  retainBlock(blockOfWord(word));
+}
+
+// Returns the index of the first slot whose word does not end before the byte at `offset`.
+std::uint64_t firstSlotAt(const InternedType& type, std::uint64_t offset) {
+  const InternedType& pattern = type.slotPattern();
+  const std::vector<std::uint64_t>& list = pattern.refSlots();
+  if (list.empty()) return 0;
+  const std::uint64_t word = offset / kWordSize;
+  const std::uint64_t stride = pattern.size() / kWordSize;
+  const std::uint64_t repetition = list.size() == type.refSlotCount() ? 0 : word / stride;
+  const auto at = std::lower_bound(list.begin(), list.end(), word - repetition * stride);
+  return std::min(repetition * list.size() + static_cast<std::uint64_t>(at - list.begin()),
+                  type.refSlotCount());
+}
+
 }  // namespace
 
 vrntValue_t* cloneBlock(const vrntValue_t* block) {
@@ -34,7 +55,7 @@ vrntValue_t* cloneBlock(const vrntValue_t* block) {
 
 void makeExclusive(vrntValue_t*& handle) {
   if (isExclusive(handle)) return;
-  vrntValue_t* const clone = BlockPtr(cloneBlock(handle)).detach();
+  vrntValue_t* const clone = BlockPtr::first(cloneBlock(handle)).detach();
   releaseBlock(std::exchange(handle, clone));
 }
 
@@ -51,15 +72,33 @@ char* prepareWrite(vrntValue_t*& handle, const InternedType& type, std::uint64_t
 void commitWrite(vrntValue_t* block, const InternedType& type, std::uint64_t offset) noexcept {
   if (type.refSlotCount() == 0) return;
   const char* const data = blockData(block) + offset;
-  RefSlots(type).forEach([data](std::uint64_t slot) {
-    const std::uint64_t word = loadWord(data + slot * kWordSize);
-    if (!isBlockWord(word)) return;
-    tryEnsureTypeText(blockOfWord(word));
-    retainBlock(blockOfWord(word));
-  });
+  RefSlots(type).forEach(
+      [data](std::uint64_t slot) { retainWritten(loadWord(data + slot * kWordSize)); });
   for (std::size_t i = 0; i < type.refSlotCount(); ++i) {
     releaseWord(std::exchange(block->shadowRefs[i], 0));
   }
+}
+
+void writeBytes(vrntValue_t*& handle, std::uint64_t offset, const void* source,
+                std::uint64_t size) {
+  const RefSlots slots(blockType(handle));
+  // Keeps the source alive if it lies in the very block that the handle moves away from.
+  const BlockPtr before = isExclusive(handle) ? BlockPtr() : BlockPtr(handle);
+  makeExclusive(handle);
+  if (size == 0) return;
+  char* const data = blockData(handle);
+  const auto first = slots.from(firstSlotAt(blockType(handle), offset));
+  const auto forEachWritten = [&](auto&& call) {
+    for (auto slot = first; slot != slots.end() && *slot * kWordSize < offset + size; ++slot) {
+      call(loadWord(data + *slot * kWordSize));
+    }
+  };
+  std::uint64_t* const shadow = handle->shadowRefs;
+  std::size_t count = 0;
+  forEachWritten([&](std::uint64_t word) { shadow[count++] = word; });
+  std::memmove(data + offset, source, size);
+  forEachWritten(retainWritten);
+  for (std::size_t i = 0; i < count; ++i) releaseWord(std::exchange(shadow[i], 0));
 }
 
 void writeData(DynamicValue& owner, const void* source, const InternedType& type,

@@ -50,6 +50,11 @@ class WriteScope {
   std::uint64_t offset_;
 };
 
+/// Writes `size` bytes at `offset`, as the two calls around a write of the whole value would, but
+/// visits only the references that the bytes touch. The source may lie in the block. Throws what
+/// makeExclusive() throws.
+void writeBytes(vrntValue_t*& handle, std::uint64_t offset, const void* source, std::uint64_t size);
+
 /// Writes a whole value of `type` at once, without the shadow array: only references that change
 /// are counted. Throws std::bad_alloc; nothing is written then.
 void writeData(DynamicValue& owner, const void* source, const InternedType& type,

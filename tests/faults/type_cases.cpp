@@ -1,4 +1,6 @@
 // Types, their metadata, and error objects.
+#include <string_view>
+
 #include "fault_table.hpp"
 #include "vornath_data/result.hpp"
 #include "vornath_data/type_library.hpp"
@@ -34,8 +36,15 @@ bool endsAs(vrntType_t* type, const vrntType_t* expected) {
 }
 
 void addParsing(FaultCases& cases) {
+  // An array of floats needs no memory of its own beside that of its type.
+  cases.push_back(quiet("vrntTypeParse", [] {
+    return [element = sharedType("float")] {
+      const TypeHandle type(vrntTypeParse("float  [ 7 ]", nullptr));
+      return std::string_view(vrntTypeString(type.get())) == "float[7]";
+    };
+  }));
   for (const char* text : {
-           "float  [ 7 ]",
+           "float  [ 14,  3 ]",
            "{ float @default=0.25 @name=\"Share\" share; int[2,3] grid; float[]* list; void* any; "
            "}",
            "enum { ALPHA @name=\"Alpha\"; BETA( int x, float y ); }  @alias=\"letters\"",

@@ -5,6 +5,7 @@
 #include <iomanip>
 #include <locale>
 #include <ostream>
+#include <random>
 #include <sstream>
 #include <streambuf>
 #include <string>
@@ -869,6 +870,80 @@ TEST(SceneDumpStream, IsReturned) {
   EXPECT_EQ(stream.str(), "before|" + head(0) + "|after");
 }
 
+// Prints numbers as the classic locale does, but isn't it: the dump leaves each piece to the
+// stream.
+class Classic : public std::numpunct<char> {};
+
+// A scene with random words in every part, each class with free slots, and long and short texts.
+Scene randomScene(std::uint32_t seed) {
+  std::mt19937 random(seed);
+  const auto below = [&random](std::uint32_t limit) {
+    return static_cast<std::uint32_t>(random()) % limit;
+  };
+  const auto word = [&] {
+    const auto bits = static_cast<std::int32_t>(random());
+    return below(4) == 0 ? -1 : below(2) == 0 ? bits : static_cast<std::int32_t>(below(100));
+  };
+  Scene scene;
+  for (int i = 0; i < 60; ++i) {
+    const std::uint32_t number = below(vrdmObjectTypeCount());
+    switch (vrdmObjectClass(number)) {
+      case VRDM_KIND_PROGRAM:
+        vrdmAddProgram(&scene, number, std::string(below(3) * below(600), 'p').c_str());
+        break;
+      case VRDM_KIND_ASSET: {
+        std::array<std::uint32_t, 6> desc = {};
+        for (std::uint32_t& part : desc) part = below(3);
+        const StorageHandle storage = newStorage(std::string(below(5), 'a'));
+        AssetStorage* handle = storage.get();
+        vrdmAddAsset(&scene, number, desc.data(), &handle);
+        break;
+      }
+      default: {
+        const std::int32_t object = addInstance(&scene, number);
+        for (std::uint32_t slot = 0; slot < vrdmReferenceCount(number); ++slot) {
+          if (vrdmReferenceType(number, slot).kind >= VRDM_REFERENCE_LIST) {
+            std::vector<std::int32_t> words(below(4) * below(40));
+            std::generate(words.begin(), words.end(), word);
+            setList(&scene, number, object, slot, words);
+          } else {
+            vrdmSetReference(&scene, number, object, slot, word());
+          }
+        }
+        if (vrdmHasValue(number)) {
+          std::string text = "{ a = " + std::to_string(word()) + "; b = [ 0.5";
+          for (std::uint32_t more = below(3) * below(200); more > 0; --more) text += ", 0.25";
+          setValue(scene, number, object, text + " ]; c = &true; }");
+        }
+        break;
+      }
+    }
+    if (below(5) == 0) vrdmRemove(&scene, number, 0);
+  }
+  return scene;
+}
+
+TEST(SceneDumpStream, GetsTheSameBytesCollectedAsInPieces) {
+  for (std::uint32_t seed = 0; seed < 200; ++seed) {
+    const Scene scene = randomScene(seed);
+    LimitedBuffer lines(kUnlimited);
+    std::ostream collecting(&lines);
+    collecting << scene;
+    LimitedBuffer pieces(kUnlimited);
+    std::ostream piecewise(&pieces);
+    piecewise.imbue(std::locale(std::locale::classic(), new Classic));
+    piecewise << scene;
+    ASSERT_EQ(lines.text(), pieces.text()) << seed;
+    ASSERT_EQ(lines.flushes(), pieces.flushes()) << seed;
+    // A stream that is flushed after each piece gets each piece.
+    LimitedBuffer flushed(kUnlimited);
+    std::ostream unbuffered(&flushed);
+    unbuffered << std::unitbuf << scene;
+    ASSERT_EQ(flushed.text(), lines.text()) << seed;
+    ASSERT_GT(flushed.flushes(), 2 * lines.flushes()) << seed;
+  }
+}
+
 // Dumps a scene that can't be printed whole; returns what was printed until then.
 std::string printedUntilRaised(const Scene& scene, const char* message) {
   std::ostringstream stream;
@@ -879,6 +954,11 @@ std::string printedUntilRaised(const Scene& scene, const char* message) {
     EXPECT_STREQ(exception.what(), message);
   }
   EXPECT_TRUE(stream.good());
+  // So it is where each piece goes to the stream alone.
+  std::ostringstream piecewise;
+  piecewise.imbue(std::locale(std::locale::classic(), new Classic));
+  EXPECT_THROW(piecewise << scene, vrnt::Exception);
+  EXPECT_EQ(piecewise.str(), stream.str());
   return stream.str();
 }
 

@@ -1,6 +1,10 @@
 #include "values/write_protocol.hpp"
 
+#include <optional>
+
+#include "case_count.hpp"
 #include "embed/view_writing.hpp"
+#include "random_values.hpp"
 #include "values_support.hpp"
 
 namespace qex::vornath::test {
@@ -187,6 +191,81 @@ TEST(WriteData, TakesManyReferences) {
   const std::vector<std::uint64_t> none(100, 0);
   writeData(v, none.data(), v.typeOf(), 0);
   EXPECT_EQ(count(target), 1u);
+}
+
+// A type of one or more references among other fields, with lists of slots of every form.
+std::string holderType(Random& random) {
+  static const char* const kTypes[] = {"int*",
+                                       "int*[5]",
+                                       "{ int a; int* b; }[4]",
+                                       "{ int* a; char b; int* c; }[33]",
+                                       "{ int a; int*[3] b; (() => int) f; }",
+                                       "{ float a; int*[12] b; }[3,2]",
+                                       "{ char[3] a; { int b; int* c; } d; int e; }",
+                                       "float[12]",
+                                       "int*[0]",
+                                       "{ int a; }"};
+  return kTypes[random.below(10)];
+}
+
+TEST(WriteBytes, DoesWhatAWriteOfTheWholeValueDoes) {
+  Random random(20261122);
+  std::vector<DynamicValue> referees;
+  for (int i = 0; i < 4; ++i) referees.push_back(value(std::to_string(i)));
+  for (int i = 0; i < vornath_test::cases(200000); ++i) {
+    const TypePtr t = type(holderType(random));
+    const DynamicValue source = random.valueOf(t, referees);
+    DynamicValue whole = random.valueOf(t, referees);
+    DynamicValue bytes(whole.view());
+    // A word is written as a whole, or not at all.
+    const int size = static_cast<int>(t->size());
+    int first = random.below(size + 1);
+    int end = first + random.below(size + 1 - first);
+    if (random.once(8)) first = 0, end = size;
+    if (t->refSlotCount() != 0) first = first / 8 * 8, end = std::min((end + 7) / 8 * 8, size);
+    const auto length = static_cast<std::size_t>(end - first);
+
+    std::optional<DynamicValue> sharedWhole, sharedBytes;
+    if (random.once(4)) sharedWhole = whole, sharedBytes = bytes;
+    const auto before = counts(referees);
+    {
+      const WriteScope scope(whole.blockHandle(), *t, 0);
+      std::memcpy(scope.data() + first, source.data() + first, length);
+    }
+    const auto between = counts(referees);
+    writeBytes(bytes.blockHandle(), static_cast<std::uint64_t>(first), source.data() + first,
+               length);
+    const auto after = counts(referees);
+    ASSERT_TRUE(sameBytes(bytes, whole)) << t->text();
+    ASSERT_EQ(count(bytes), 1u);
+    if (sharedBytes) {
+      ASSERT_TRUE(sameBytes(*sharedBytes, *sharedWhole)) << t->text();
+    }
+    for (std::size_t r = 0; r < referees.size(); ++r) {
+      ASSERT_EQ(after[r] - between[r], between[r] - before[r]) << t->text();
+    }
+    for (std::uint64_t slot = 0; slot < t->refSlotCount(); ++slot) {
+      ASSERT_EQ(bytes.block()->shadowRefs[slot], 0u);
+    }
+  }
+  for (const DynamicValue& referee : referees) EXPECT_EQ(count(referee), 1u);
+}
+
+TEST(WriteBytes, TakesASourceInTheSharedBlockThatItLeaves) {
+  DynamicValue first = DynamicValue::array({value("1"), value("2"), value("3")}, 3);
+  std::optional<DynamicValue> other(first);
+  const char* const source = first.data();
+  other.reset();
+  writeBytes(first.blockHandle(), 4, source, 8);
+  EXPECT_EQ(text(first), "[ 1, 1, 2 ]");
+}
+
+TEST(WriteBytes, OfNothingStillMovesToACopy) {
+  DynamicValue first = value("[ 1, 2 ]");
+  const DynamicValue other(first);
+  writeBytes(first.blockHandle(), 0, nullptr, 0);
+  EXPECT_NE(first.block(), other.block());
+  EXPECT_EQ(text(first), "[ 1, 2 ]");
 }
 
 }  // namespace

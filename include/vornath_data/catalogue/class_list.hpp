@@ -107,17 +107,6 @@ constexpr auto visitClass(std::uint32_t number, OnClass&& onClass, Otherwise&& o
   }
 }
 
-/// Does the same as visitClass(), but calls `onClass(ClassTag<SceneData>{})` if all bits of
-/// `number` are set: for code that treats the scene-wide groups like those of a class.
-template <typename OnClass, typename Otherwise>
-constexpr auto visitClassOrSceneData(std::uint32_t number, OnClass&& onClass, Otherwise&& otherwise)
-    -> decltype(otherwise()) {
-  if (number == static_cast<std::uint32_t>(ObjectClass::SceneData)) {
-    return onClass(ClassTag<SceneData>{});
-  }
-  return visitClass(number, std::forward<OnClass>(onClass), std::forward<Otherwise>(otherwise));
-}
-
 /// An index into a tuple of groups or slots, as a type.
 template <std::size_t Index>
 using Position = std::integral_constant<std::size_t, Index>;
