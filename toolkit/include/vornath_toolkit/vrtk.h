@@ -29,6 +29,7 @@
 #define VORNATH_TOOLKIT_VRTK_H
 
 #include "vornath_toolkit/version.h"
+#include "vornath_toolkit/vrtk_catalogue.h"
 #include "vornath_toolkit/vrtk_check.h"
 #include "vornath_toolkit/vrtk_error.h"
 #include "vornath_toolkit/vrtk_scene.h"
