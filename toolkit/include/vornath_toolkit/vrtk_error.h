@@ -4,6 +4,9 @@
 #define VORNATH_TOOLKIT_ERROR_H
 
 #include <stdint.h>
+#ifndef __cplusplus
+#include <stdbool.h>
+#endif
 
 #include "vornath_toolkit/vrtk_api.h"
 
@@ -29,7 +32,11 @@ enum {
   VRTK_SAVE_DENIED = 31,      /**< no permission to write there, or a read-only file system */
   VRTK_SAVE_NO_SPACE = 32,    /**< no space left, a quota or a limit on the size of files */
   VRTK_SAVE_FAILED = 33,      /**< the device reported another error */
-  VRTK_SCENE_INCOMPLETE = 40  /**< an object without its value, or an asset of too few bytes */
+  VRTK_SCENE_INCOMPLETE = 40, /**< an object without its value, or an asset of too few bytes */
+  VRTK_TEXT_INVALID = 70,     /**< the text of a type or a value has an error; see
+                                   vrtkErrorPlace() */
+  VRTK_VALUE_TYPE = 71,       /**< a value is not of the type that is expected */
+  VRTK_VALUE_CYCLE = 72       /**< the references of a value form a cycle */
 };
 
 /** An error object: a code and a message. */
@@ -45,6 +52,21 @@ VRTK_API uint32_t vrtkErrorCode(const vrtkError* error);
  * Errors: none.
  */
 VRTK_API const char* vrtkErrorMessage(const vrtkError* error);
+
+/** A place in a text. */
+typedef struct vrtkTextPlace {
+  uint64_t line;   /**< 1 for the first line. Only a line feed ends a line */
+  uint64_t column; /**< 1 for the first character of the line. Counts characters of UTF-8; a byte
+                        that belongs to none counts as one */
+  uint64_t offset; /**< bytes from the start of the text */
+} vrtkTextPlace;
+
+/**
+ * Returns whether an error belongs to a place in a text, and then writes the place to `*place`.
+ * Otherwise, leaves it unchanged. At the end of a text, the place is behind its last character.
+ * Errors: none.
+ */
+VRTK_API bool vrtkErrorPlace(const vrtkError* error, vrtkTextPlace* place);
 
 /** Destroys an error object. Does nothing for null. Errors: none. */
 VRTK_API void vrtkErrorDestroy(vrtkError* error);
