@@ -31,6 +31,7 @@
 #include "vornath_toolkit/version.h"
 #include "vornath_toolkit/vrtk_check.h"
 #include "vornath_toolkit/vrtk_error.h"
+#include "vornath_toolkit/vrtk_json.h"
 #include "vornath_toolkit/vrtk_scene.h"
 
 #endif
