@@ -12,6 +12,7 @@
 #include "vornath_data/scene_interface.h"
 #include "vornath_toolkit/vrtk_check.h"
 #include "vornath_toolkit/vrtk_error.h"
+#include "vornath_toolkit/vrtk_json.h"
 
 VRNT_BEGIN_DECLS
 
@@ -137,10 +138,12 @@ VRTK_API uint32_t vrtkSceneEquivalent(const vrdmScene_t* a, const vrdmScene_t* b
 /**
  * Prints a whole scene for people, as the stream operator of Scene does in C++: all counters,
  * slots, references, groups and values, and a digest of the bytes of each asset. The addresses in
- * it differ from run to run. `*text` receives a new string; free it with vrtkStringDestroy().
- * Errors: as vrtkSceneEquivalent().
+ * it differ from run to run. Calls `write` with the text in pieces, in order, as vrtkSceneExport()
+ * does.
+ * Errors: as vrtkSceneEquivalent(); VRTK_WRITE_STOPPED. Pieces were written then.
  */
-VRTK_API uint32_t vrtkSceneDump(const vrdmScene_t* scene, char** text, vrtkError** error);
+VRTK_API uint32_t vrtkSceneDump(const vrdmScene_t* scene, vrtkWriteFunction write, void* context,
+                                vrtkError** error);
 
 VRNT_END_DECLS
 
