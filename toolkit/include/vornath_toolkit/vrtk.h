@@ -29,9 +29,14 @@
 #define VORNATH_TOOLKIT_VRTK_H
 
 #include "vornath_toolkit/version.h"
+#include "vornath_toolkit/vrtk_catalogue.h"
 #include "vornath_toolkit/vrtk_check.h"
+#include "vornath_toolkit/vrtk_diff.h"
+#include "vornath_toolkit/vrtk_digest.h"
 #include "vornath_toolkit/vrtk_error.h"
 #include "vornath_toolkit/vrtk_file.h"
+#include "vornath_toolkit/vrtk_json.h"
 #include "vornath_toolkit/vrtk_scene.h"
+#include "vornath_toolkit/vrtk_value.h"
 
 #endif
