@@ -82,7 +82,9 @@ int runCommand(const Command& command, const std::vector<std::string>& arguments
 }  // namespace
 
 const std::vector<const Command*>& commands() {
-  static const std::vector<const Command*> all = {&kInfo, &kCheck};
+  static const std::vector<const Command*> all = {
+      &kInfo,  &kCheck, &kShow,   &kGet,       &kSet,  &kExport, &kBuild,   &kDiff,
+      &kPatch, &kMerge, &kDigest, &kCatalogue, &kType, &kValue,  &kSpectrum};
   return all;
 }
 

@@ -84,6 +84,10 @@ class ErrorOut {
   ~ErrorOut() { vrtkErrorDestroy(error_); }
   operator vrtkError**() { return &error_; }  // NOLINT(google-explicit-constructor)
   std::string message() const;
+  /// Returns whether the error belongs to a place in a text.
+  bool place(vrtkTextPlace* place) const {
+    return error_ != nullptr && vrtkErrorPlace(error_, place);
+  }
   std::uint32_t code() const { return error_ != nullptr ? vrtkErrorCode(error_) : 0; }
 
  private:

@@ -169,6 +169,20 @@ std::string jsonString(std::string_view text) {
   return out + "\"";
 }
 
+std::string oneLineJson(std::string_view json) {
+  std::string out;
+  for (std::size_t i = 0; i < json.size(); ++i) {
+    // A line feed is never part of a JSON string.
+    if (json[i] != '\n') {
+      out += json[i];
+      continue;
+    }
+    while (i + 1 < json.size() && json[i + 1] == ' ') ++i;
+    if (i + 1 < json.size() && !out.empty() && out.back() != ' ') out += ' ';
+  }
+  return out;
+}
+
 std::size_t width(std::string_view text) {
   return static_cast<std::size_t>(std::count_if(text.begin(), text.end(), [](char c) {
     return (static_cast<unsigned char>(c) & 0xC0U) != 0x80;

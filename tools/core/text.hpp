@@ -38,6 +38,9 @@ std::string jsonNumber(float value);
 /// Returns a JSON string in quotes. Bytes that are no UTF-8 become U+FFFD.
 std::string jsonString(std::string_view text);
 
+/// Returns a JSON text without line feeds and the spaces that follow them.
+std::string oneLineJson(std::string_view json);
+
 /// Returns how many columns of a terminal a text takes: one for each code point.
 std::size_t width(std::string_view text);
 
