@@ -1,6 +1,7 @@
 #include "catalogue/words.hpp"
 
 #include <algorithm>
+#include <cstring>
 
 #include "catalogue/value_text.hpp"
 #include "check/type_plan.hpp"
@@ -28,6 +29,17 @@ std::string rangeWords(const vrntType_t* type, const char* low, const char* high
 }  // namespace
 
 std::string valueWords(const vrntType_t* type, const char* bytes) {
+  // A long array of the same is told by one element.
+  constexpr std::uint64_t kMost = 8;
+  if (vrntTypeDescriptor(type) == VRNT_DESCRIPTOR_ARRAY) {
+    const vrnt::UniqueType element(vrntTypeElementType(type));
+    const std::uint64_t size = vrntTypeSize(element.get());
+    const std::uint64_t whole = vrntTypeSize(type);
+    if (size != 0 && whole > kMost * size &&
+        std::memcmp(bytes, bytes + size, static_cast<std::size_t>(whole - size)) == 0) {
+      return "all " + unquoted(valueJson(element.get(), bytes));
+    }
+  }
   return unquoted(valueJson(type, bytes));
 }
 
