@@ -135,8 +135,8 @@ def main(arguments):
     build = pathlib.Path(arguments[0]) if arguments else ROOT / "build/dev"
     subprocess.run(["cmake", "--build", str(build), "--target", "list_catalogue"], check=True,
                    stdout=subprocess.DEVNULL)
-    page = subprocess.run([str(build / "examples/list_catalogue")], check=True, capture_output=True,
-                          text=True).stdout
+    page = subprocess.run([str(build / "examples/list_catalogue"), "markdown"], check=True,
+                          capture_output=True, text=True).stdout
     catalogue = ROOT / "docs/catalogue.md"
     version, changes = check(catalogue.read_text(), page)
     for change in changes:
