@@ -9,7 +9,7 @@ namespace {
 
 TEST(vrtkStatusName, HasANameForEachStatusAndNullForOthers) {
   std::set<std::string> names;
-  for (std::uint32_t status = 0; status < 64; ++status) {
+  for (std::uint32_t status = 0; status < 100; ++status) {
     const char* const name = vrtkStatusName(status);
     if (name != nullptr) {
       EXPECT_TRUE(names.insert(name).second);

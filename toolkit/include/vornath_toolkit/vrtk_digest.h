@@ -33,7 +33,7 @@ typedef struct vrtkDigestOptions {
  *  - Content is the number of slots of each class and which of them are live, the texts of
  *    programs, the records and bytes of assets, the words of reference slots, the fields of groups,
  *    and the types and parts of values, with all that they refer to.
- *  - Numbers count bit by bit, so 0 and -0 differ; bools count as true or false.
+ *  - Numbers count bit by bit, so 0 and -0 differ.
  *  - No content are: change counters, what free slots still contain, padding, the addresses of
  *    blocks, whether two references lead to one block or to two equal ones, and the bytes of an
  *    asset behind those that its record asks for. The id of a program follows from its text.

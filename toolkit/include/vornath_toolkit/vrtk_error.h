@@ -62,14 +62,13 @@ VRTK_API const char* vrtkErrorMessage(const vrtkError* error);
 /** A place in a text. */
 typedef struct vrtkTextPlace {
   uint64_t line;   /**< 1 for the first line. Only a line feed ends a line */
-  uint64_t column; /**< 1 for the first character of the line. Counts characters of UTF-8; a byte
-                        that belongs to none counts as one */
+  uint64_t column; /**< 1 for the first character of the line. Counts characters, not bytes */
   uint64_t offset; /**< bytes from the start of the text */
 } vrtkTextPlace;
 
 /**
- * Returns whether an error belongs to a place in a text, and then writes the place to `*place`.
- * Otherwise, leaves it unchanged. At the end of a text, the place is behind its last character.
+ * Returns whether an error belongs to a place in a text, and then writes the place to `*place`,
+ * unless `place` is null. Otherwise, leaves it unchanged. At the end of a text, the place is behind its last character.
  * Errors: none.
  */
 VRTK_API bool vrtkErrorPlace(const vrtkError* error, vrtkTextPlace* place);
