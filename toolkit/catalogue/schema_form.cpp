@@ -108,9 +108,7 @@ class Schema {
     writer_.jsonMember(
         "id",
         R"({ "type": "string", "pattern": "^[0-9a-f]{8}-[0-9a-f]{4}-[0-9a-f]{4}-[0-9a-f]{4}-[0-9a-f]{12}$" })");
-    writer_.jsonMember("index",
-                       R"({ "type": ["integer", "null"], "minimum": 0, "maximum": 2147483647 })");
-    writer_.jsonMember("notANumber", R"({ "enum": ["nan", "inf", "-inf"] })");
+    writer_.jsonMember("slot", kSlot);
     writer_.jsonMember("bytes", kBytes);
     writer_.jsonMember("value", kValue);
     writer_.jsonMember("reference", kReference);
@@ -137,7 +135,7 @@ class Schema {
     writer_.key("properties");
     writer_.beginObject();
     if (model.kind == VRDM_KIND_PROGRAM) {
-      writer_.jsonMember("text", R"({ "type": "string" })");
+      writer_.jsonMember("text", kProgramText);
     } else if (model.kind == VRDM_KIND_ASSET) {
       writer_.jsonMember("id", R"({ "$ref": "#/$defs/id" })");
       property("desc", [this, &model] { record(model); });
@@ -180,7 +178,7 @@ class Schema {
         "description",
         fmt::format("{} of {}", isSingle ? slotKindName(info.kind) : "a list", slotTarget(info)));
     if (isSingle) {
-      writer_.member("$ref", "#/$defs/index");
+      writer_.member("$ref", "#/$defs/slot");
       return;
     }
     writer_.member("type", "array");
@@ -193,18 +191,21 @@ class Schema {
         coded("front", "back");
         return;
       default:
-        writer_.json(R"({ "$ref": "#/$defs/index" })");
+        writer_.json(R"({ "$ref": "#/$defs/slot" })");
     }
   }
 
-  // An element of a coded list: one of two members, or null.
+  // An element of a coded list: one of two members, or null. A word that leads nowhere stands as it
+  // is.
   void coded(std::string_view one, std::string_view other) {
     constexpr std::string_view kIndex =
         R"({ "type": "integer", "minimum": 0, "maximum": 2147483647 })";
+    constexpr std::string_view kWord =
+        R"({ "type": "integer", "minimum": -2147483648, "maximum": 2147483647 })";
     writer_.json(fmt::format(R"({{ "type": ["object", "null"], "minProperties": 1, )"
-                             R"("maxProperties": 1, "properties": {{ "{}": {}, "{}": {} }}, )"
-                             R"("additionalProperties": false }})",
-                             one, kIndex, other, kIndex));
+                             R"("maxProperties": 1, "properties": {{ "{}": {}, "{}": {}, )"
+                             R"("word": {} }}, "additionalProperties": false }})",
+                             one, kIndex, other, kIndex, kWord));
   }
 
   void groupsMembers(const ClassModel& model) {
@@ -371,7 +372,9 @@ class Schema {
 
   void laneMembers(const Numbers& numbers, const Limits& limits, std::uint32_t lane) {
     if (numbers.family == VRNT_BASETYPE_BOOL) {
-      writer_.member("type", "boolean");
+      // A word that is neither 0 nor all ones is a string.
+      writer_.jsonMember("type", R"(["boolean", "string"])");
+      writer_.member("pattern", "^bool:[0-9a-f]{8}$");
       return;
     }
     const bool isReal =
@@ -427,6 +430,15 @@ class Schema {
 
   static double largest(bool isHalf) { return isHalf ? kLargestHalf : double{FLT_MAX}; }
 
+  static constexpr std::string_view kSlot =
+      R"({ "type": ["integer", "object", "null"], "minimum": 0, "maximum": 2147483647, )"
+      R"("properties": { "word": { "type": "integer", "minimum": -2147483648, )"
+      R"("maximum": 2147483647 } }, "required": ["word"], "additionalProperties": false })";
+  // A text that is not UTF-8 is in base64.
+  static constexpr std::string_view kProgramText =
+      R"({ "type": ["string", "object"], "properties": { "base64": { "type": "string", )"
+      R"("pattern": "^[A-Za-z0-9+/]*={0,2}$" } }, "required": ["base64"], )"
+      R"("additionalProperties": false })";
   static constexpr std::string_view kBytes =
       R"({ "type": "object", "properties": { "file": { "type": "string" }, )"
       R"("base64": { "type": "string", "pattern": "^[A-Za-z0-9+/]*={0,2}$" }, )"

@@ -151,16 +151,17 @@
       if (entry.isIntersecting) onTop.add(entry.target);
       else onTop.delete(entry.target);
     }
-    const last = [...onTop].pop();
-    const deepest = [...onTop].find((box) => box.classList.contains('group')) || last;
-    const link = deepest && links.get(deepest.id);
+    // The first group there, or else the first class.
+    const boxes = [...onTop].sort((a, b) => a.getBoundingClientRect().top - b.getBoundingClientRect().top);
+    const box = boxes.find((each) => each.classList.contains('group')) || boxes[0];
+    const link = box && links.get(box.id);
     if (!link || link === current) return;
     if (current) current.removeAttribute('aria-current');
     link.setAttribute('aria-current', 'true');
     current = link;
-    const box = nav.getBoundingClientRect();
+    const view = nav.getBoundingClientRect();
     const place = link.getBoundingClientRect();
-    if (place.top < box.top || place.bottom > box.bottom) nav.scrollTop += place.top - box.top - box.height / 3;
+    if (place.top < view.top || place.bottom > view.bottom) nav.scrollTop += place.top - view.top - view.height / 3;
   }, { rootMargin: '-80px 0px -75% 0px' });
   for (const box of document.querySelectorAll('.class, .group')) observer.observe(box);
 
