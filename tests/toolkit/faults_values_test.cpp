@@ -84,6 +84,31 @@ TEST(vrtkSceneImport, TakesBackWhatItAddedBeforeAFailedAllocation) {
   EXPECT_GT(failures, 20U);
 }
 
+TEST(vrtkSceneDiff, ReportsEachFailedAllocation) {
+  const SceneHandle a = sceneOfAllClasses();
+  const SceneHandle b = sceneOfAllClasses();
+  vrdmSetReference(b.get(), VRDM_CLASS_LIGHT_GROUP, 0, 0, 4);
+  b->data.raytracer.ray_epsilon = 0.5F;
+  const ValueHandle value = parseValue("{ image = { texture_ref = 1; }; list = &[ 1, 2 ]; }");
+  vrdmSetInstanceValue(b.get(), VRDM_CLASS_LIGHT, 0, value.get());
+  failEachAllocation([&] {
+    vrtkDiff* diff = nullptr;
+    const std::uint32_t status = vrtkSceneDiff(a.get(), b.get(), nullptr, &diff, nullptr);
+    EXPECT_EQ(diff != nullptr, status == VRTK_OK);
+    vrtkDiffDestroy(diff);
+    return status;
+  });
+  vrtkDiff* diff = nullptr;
+  ASSERT_EQ(vrtkSceneDiff(a.get(), b.get(), nullptr, &diff, nullptr), VRTK_OK);
+  failEachAllocation([&] {
+    char* json = nullptr;
+    const std::uint32_t status = vrtkDiffJson(diff, &json, nullptr);
+    vrtkStringDestroy(json);
+    return status;
+  });
+  vrtkDiffDestroy(diff);
+}
+
 TEST(vrtkRenumberingJson, ReportsEachFailedAllocation) {
   const SceneHandle source = sceneOfAllClasses();
   const SceneHandle scene = sceneOfAllClasses();

@@ -61,9 +61,10 @@ typedef struct vrtkDiff vrtkDiff;
  *  - "CLASS/SLOT/desc/MEMBER" and "CLASS/SLOT/bytes": the record of an asset, and its bytes, whose
  *    texts are their digests, such as "\"sha256:9f86...\"".
  *  - "CLASS/SLOT/value/type" and "CLASS/SLOT/value/data/PATH": a value. Values of two types are
- *    compared field by field as far as their fields have the same labels. A block that several
- *    references lead to is compared once, where it is first met, and it makes no difference whether
- *    references lead to one block or to two equal ones.
+ *    compared field by field as far as their fields have the same labels; what only one of them has
+ *    comes first. The parts of a block come before those of the blocks that it refers to. A block
+ * that several references lead to is compared once, where it is first met, and it makes no
+ * difference whether references lead to one block or to two equal ones.
  *  - "CLASS/SLOT": an object that is live in one scene only.
  *  - "CLASS": the numbers of slots, where they differ by free slots behind the last object.
  *
