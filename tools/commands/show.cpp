@@ -184,31 +184,41 @@ class ScenePrinter {
       part.name = segments_[1];
       part.path = joinedFrom(segments_, 2);
     }
-    const std::string heading = "\n" + colours_.ink(Ink::Heading, "scene") + "\n";
-    heading_ = heading;
-    const bool printed = printGroups(VRDM_CLASS_SCENE_DATA, 0, part, 1);
-    if (!printed) {
-      flushHeading();
-      out_ << "  " << colours_.ink(Ink::Faint, "all settings have their defaults") << "\n";
+    heading_ = colours_.ink(Ink::Heading, "scene");
+    if (!printGroups(VRDM_CLASS_SCENE_DATA, 0, part, 1)) {
+      endHeading(VRDM_CLASS_SCENE_DATA, colours_.ink(Ink::Faint, "all defaults"));
     }
   }
 
-  // A heading appears when something follows it.
+  // A heading waits for what follows it.
   void flushHeading() {
-    out_ << heading_;
+    if (heading_.empty()) return;
+    out_ << "\n" << heading_ << "\n";
+    heading_.clear();
+    shortClass_ = kNoClass;
+  }
+
+  // Ends a heading that nothing followed, as in one line on the object.
+  void endHeading(std::uint32_t objectClass, const std::string& words) {
+    // The many meshes of a scene stand below each other.
+    if (shortClass_ != objectClass) out_ << "\n";
+    shortClass_ = objectClass;
+    out_ << heading_ << "  " << words << "\n";
     heading_.clear();
   }
 
   void printObject(std::uint32_t objectClass, Index index, const Part& part) {
     const std::string name = std::string(vrdmObjectName(objectClass)) + " " + std::to_string(index);
     if (!vrdmValid(scene_, objectClass, index)) {
-      if (choices_.all) out_ << "\n" << colours_.ink(Ink::Faint, name + " (a free slot)") << "\n";
+      if (choices_.all) {
+        heading_ = colours_.ink(Ink::Faint, name);
+        endHeading(objectClass, colours_.ink(Ink::Faint, "a free slot"));
+      }
       return;
     }
     const std::string tag = tagOf(objectClass, index);
-    out_ << "\n" << colours_.ink(Ink::Heading, name);
-    if (!tag.empty()) out_ << " " << colours_.ink(Ink::Name, tag);
-    out_ << "\n";
+    heading_ = colours_.ink(Ink::Heading, name);
+    if (!tag.empty()) heading_ += " " + colours_.ink(Ink::Name, tag);
     switch (vrdmObjectClass(objectClass)) {
       case VRDM_KIND_PROGRAM:
         printProgram(objectClass, index, part);
@@ -225,13 +235,12 @@ class ScenePrinter {
       printed |= printGroups(objectClass, index, part, 1);
     }
     if (part.kind.empty() || part.kind == "value") printed |= printValue(objectClass, index, part);
-    if (!printed) {
-      out_ << "  " << colours_.ink(Ink::Faint, "all fields have their defaults") << "\n";
-    }
+    if (!printed) endHeading(objectClass, colours_.ink(Ink::Faint, "all defaults"));
   }
 
   void printProgram(std::uint32_t objectClass, Index index, const Part& part) {
     constexpr std::size_t kMostLines = 12;
+    flushHeading();
     const std::string text = printable(vrdmGetProgramSource(scene_, objectClass, index));
     std::vector<std::string> lines;
     std::istringstream stream(text);
@@ -280,11 +289,15 @@ class ScenePrinter {
     } else {
       storage = *vrdmGetAssetStorage(scene_, objectClass, index, nullptr);
     }
-    if (choices_.all || !part.kind.empty()) {
-      line("id", idText(vrdmGetUniqueId(scene_, objectClass, index)));
+    const std::string bytes = sizeText(storage != nullptr ? storage->size : 0);
+    if (!choices_.all && part.kind.empty()) {
+      endHeading(objectClass, desc + (desc.empty() ? "" : ", ") + bytes);
+      return;
     }
+    flushHeading();
+    line("id", idText(vrdmGetUniqueId(scene_, objectClass, index)));
     if (!desc.empty()) line("holds", desc);
-    line("bytes", sizeText(storage != nullptr ? storage->size : 0));
+    line("bytes", bytes);
   }
 
   bool printSlots(std::uint32_t objectClass, Index index, const Part& part) {
@@ -306,6 +319,7 @@ class ScenePrinter {
       const bool asked = choices_.all || part.kind == "slots";
       const std::vector<std::string> targets = targetsOf(objectClass, index, slot, info, asked);
       if (targets.empty()) continue;
+      flushHeading();
       out_ << "  " << padded(names[slot], widest) << "  ";
       std::size_t at = widest + 4;
       for (std::size_t i = 0; i < targets.size(); ++i) {
@@ -432,7 +446,9 @@ class ScenePrinter {
       choice.wholeArrays = choices_.all || !choice.path.empty();
       const std::vector<PartLine> lines =
           partsOf(value.get(), standard.type.get(), standard.value.get(), choice);
-      if (lines.empty() && !choice.path.empty()) failPath(part);
+      if (lines.empty() && !choice.path.empty()) {
+        failPath(part, value.get(), standard.type.get());
+      }
       if (lines.empty()) continue;
       flushHeading();
       out_ << std::string(indent * 2, ' ') << names[group] << "\n";
@@ -442,11 +458,21 @@ class ScenePrinter {
     return printed;
   }
 
-  [[noreturn]] void failPath(const Part& part) const {
-    throw Trouble(
-        nameOf(choices_.file) + ": " + oneLine(choices_.address) + ": there is no " +
-        oneLine(part.path) + " there; run vrn show --all " + shellWord(choices_.file) + " " +
-        shellWord(choices_.address.substr(0, choices_.address.size() - part.path.size() - 1)));
+  [[noreturn]] void failPath(const Part& part, const vrntValue_t* value,
+                             const vrntType_t* type) const {
+    PartChoice choice;
+    choice.all = true;
+    std::vector<std::string> paths;
+    for (const PartLine& line : partsOf(value, type, nullptr, choice)) {
+      // Each part of a path may be the one that was meant.
+      for (std::size_t end = line.path.find('/'); end != std::string::npos;
+           end = line.path.find('/', end + 1)) {
+        paths.push_back(line.path.substr(0, end));
+      }
+      paths.push_back(line.path);
+    }
+    throw Trouble(nameOf(choices_.file) + ": " + oneLine(choices_.address) + ": there is no " +
+                  oneLine(part.path) + " there" + suggestion(part.path, paths));
   }
 
   struct Standard {
@@ -454,21 +480,28 @@ class ScenePrinter {
     vrnt::UniqueValue value;
   };
 
+  // The default of a group is what a new object has.
   const Standard& standardOf(std::uint32_t objectClass, std::uint32_t group) {
     Standard& standard = standards_[{objectClass, group}];
-    if (!standard.type) {
-      standard.type.reset(vrdmFieldType(objectClass, group));
-      vrntValuesError_t* error = nullptr;
-      standard.value.reset(vrntValueCreateDefault(standard.type.get(), &error));
-      const vrnt::UniqueError owner(error);
-      if (!standard.value) throw std::bad_alloc();
+    if (standard.type) return standard;
+    if (!fresh_) fresh_.reset(vrdmCreateScene());
+    if (!fresh_) throw std::bad_alloc();
+    if (objectClass == VRDM_CLASS_SCENE_DATA) {
+      standard.value.reset(vrdmGetSceneDataValue(fresh_.get(), group));
+    } else {
+      if (vrdmContainerSize(fresh_.get(), objectClass) == 0) {
+        vrdmCreateInstance(fresh_.get(), objectClass);
+      }
+      standard.value.reset(vrdmGetDataValue(fresh_.get(), objectClass, 0, group));
     }
+    standard.type.reset(vrdmFieldType(objectClass, group));
     return standard;
   }
 
   bool printValue(std::uint32_t objectClass, Index index, const Part& part) {
     if (!vrdmHasValue(objectClass)) return false;
     const vrnt::UniqueValue value(vrdmGetInstanceValue(scene_, objectClass, index));
+    flushHeading();
     out_ << "  value";
     if (!value) {
       out_ << "  " << colours_.ink(Ink::Warning, "none") << "\n";
@@ -479,13 +512,18 @@ class ScenePrinter {
     if (!choices_.all && type.size() > room) type = type.substr(0, room - 3) + "...";
     out_ << "  " << colours_.ink(Ink::Faint, type) << "\n";
     if (part.name == "type") return true;
+    if (part.kind == "value" && !part.name.empty() && part.name != "data") {
+      failAt(3, "the value", {"type", "data"});
+    }
     PartChoice choice;
     choice.path = part.kind == "value" ? part.path : "";
     choice.all = true;
     choice.wholeArrays = choices_.all || !choice.path.empty();
     const std::vector<PartLine> lines =
         partsOf(value.get(), vrntValueType(value.get()), nullptr, choice);
-    if (lines.empty() && !choice.path.empty()) failPath(part);
+    if (lines.empty() && !choice.path.empty()) {
+      failPath(part, value.get(), vrntValueType(value.get()));
+    }
     printLines(lines, 2);
     return true;
   }
@@ -539,6 +577,9 @@ class ScenePrinter {
   const Choices& choices_;
   const std::vector<std::string> segments_;
   std::string heading_;
+  static constexpr std::uint32_t kNoClass = 0xFFFFFFF0;
+  std::uint32_t shortClass_ = kNoClass;  // of the object above, if that took one line
+  vrnt::UniqueScene fresh_;  // with one object of each class whose defaults were asked for
   std::map<std::pair<std::uint32_t, std::uint32_t>, Standard> standards_;
   std::map<std::uint32_t, TagPlace> tags_;
 };
@@ -593,7 +634,7 @@ const Command kShow = {
     "not the default, with the default beside them, and their values. On a terminal with colours, "
     "colours and spectra have a swatch.",
     "The fields are printed with the paths that their addresses end in, so that they can be given "
-    "to vrn get and vrn set.\n\nThe RGB triple beside a spectrum is that under equal energy. With "
+    "to vrn get and vrn set.\n\nThe RGB triple beside a spectrum is that under D65. With "
     "--json, the command prints the scene, or what the address names, in the form of "
     "scene_json.md, "
     "the bytes of assets by their digests only.",

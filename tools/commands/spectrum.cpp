@@ -42,7 +42,7 @@ std::string jsonOf(const Spectrum& spectrum, const Measures& measures) {
   std::string text = "{ \"name\": " + jsonString(spectrum.name) +
                      ", \"encoding\": " + jsonString(spectrum.encoding) +
                      ",\n    \"rgb\": " + tripleJson(measures.rgb) +
-                     ", \"rgbD65\": " + tripleJson(measures.rgbD65) +
+                     ", \"rgbE\": " + tripleJson(measures.rgbE) +
                      ", \"luminance\": " + jsonNumber(measures.luminance) + ",\n    \"bands\": [";
   for (std::size_t i = 0; i < measures.bands.size(); ++i) {
     const Band& band = measures.bands[i];
@@ -66,7 +66,7 @@ void print(Session& session, const Spectrum& spectrum, const Measures& measures)
     out << "  " << padded(label, 16) << text << "\n";
   };
   line("RGB", colours.swatch(measures.rgb) + tripleText(measures.rgb));
-  line("RGB under D65", colours.swatch(measures.rgbD65) + tripleText(measures.rgbD65));
+  line("RGB under E", colours.swatch(measures.rgbE) + tripleText(measures.rgbE));
   line("luminance", roundedText(measures.luminance, 6));
   constexpr std::size_t kBar = 40;
   float highest = 0;
@@ -139,7 +139,8 @@ Run declare(Options& options) {
 const Command kSpectrum = {
     "spectrum",
     "tell the colour of a spectrum, and plot it",
-    "Prints the RGB triple of a spectrum under equal energy and under D65, its luminance (Y), and "
+    "Prints the RGB triple of a spectrum under D65, and under equal energy (E), its luminance (Y), "
+    "and "
     "its "
     "mean amplitude in bands from 400 to 700 nm. All are computed by the colour functions of the "
     "library.\n\n"

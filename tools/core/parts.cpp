@@ -265,7 +265,7 @@ class PartLister {
       return false;
     }
     std::array<float, 3> rgb{};
-    if (vrntValueToRGB(place.value, &place.view, VRNT_COLOUR_SPACE_E, rgb.data()) != 0) {
+    if (vrntValueToRGB(place.value, &place.view, VRNT_COLOUR_SPACE_D65, rgb.data()) != 0) {
       return false;
     }
     // The parts are for who asks for them.

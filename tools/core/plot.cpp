@@ -73,7 +73,7 @@ std::array<float, 3> pureColour(float wavelength) {
   const vrntSpectrumRec from = {VRNT_ENCODING_SPECTRAL, static_cast<std::int32_t>(pairs.size()),
                                 pairs.data()};
   vrntSpectrumRec to = {VRNT_ENCODING_RGB, 3, rgb.data()};
-  vrntSpectrumConvert(&from, &to, VRNT_COLOUR_SPACE_E);
+  vrntSpectrumConvert(&from, &to, VRNT_COLOUR_SPACE_D65);
   return rgb;
 }
 

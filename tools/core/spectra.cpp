@@ -266,10 +266,10 @@ std::vector<Spectrum> spectraOfTable(const std::string& name, const std::string&
 Measures measure(const Spectrum& spectrum, float width) {
   Measures measures;
   std::vector<float> rgb(3);
-  convert(spectrum, VRNT_ENCODING_RGB, VRNT_COLOUR_SPACE_E, rgb);
-  std::copy(rgb.begin(), rgb.end(), measures.rgb.begin());
   convert(spectrum, VRNT_ENCODING_RGB, VRNT_COLOUR_SPACE_D65, rgb);
-  std::copy(rgb.begin(), rgb.end(), measures.rgbD65.begin());
+  std::copy(rgb.begin(), rgb.end(), measures.rgb.begin());
+  convert(spectrum, VRNT_ENCODING_RGB, VRNT_COLOUR_SPACE_E, rgb);
+  std::copy(rgb.begin(), rgb.end(), measures.rgbE.begin());
   std::vector<float> luminance(1);
   convert(spectrum, VRNT_ENCODING_LUMINANCE, VRNT_COLOUR_SPACE_E, luminance);
   measures.luminance = luminance[0];

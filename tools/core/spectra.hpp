@@ -31,8 +31,8 @@ struct Band {
 };
 
 struct Measures {
-  std::array<float, 3> rgb{};     ///< under equal energy
-  std::array<float, 3> rgbD65{};  ///< under D65
+  std::array<float, 3> rgb{};   ///< under D65
+  std::array<float, 3> rgbE{};  ///< under equal energy
   float luminance = 0;
   std::vector<Band> bands;
 };

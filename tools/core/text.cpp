@@ -130,8 +130,14 @@ std::string numberText(float value) {
   if (std::isnan(value)) return "nan";
   if (std::isinf(value)) return value < 0 ? "-inf" : "inf";
   std::array<char, 64> text{};
-  const auto end = std::to_chars(text.data(), text.data() + text.size(), value).ptr;
-  return {text.data(), end};
+  char* const last = text.data() + text.size();
+  const float magnitude = std::abs(value);
+  // The shortest text of 0.0001 would be 1e-04, which takes longer to read.
+  const bool plain = magnitude >= 1e-4F && magnitude < 1e9F;
+  const char* const end =
+      plain ? std::to_chars(text.data(), last, value, std::chars_format::fixed).ptr
+            : std::to_chars(text.data(), last, value).ptr;
+  return std::string(static_cast<const char*>(text.data()), end);
 }
 
 std::string roundedText(double value, int digits) {
@@ -217,14 +223,15 @@ std::vector<std::string> wrapped(std::string_view text, std::size_t columns) {
 }
 
 std::string nearest(std::string_view word, const std::vector<std::string>& words) {
-  std::string best;
   // A word may be wrong in a third of its characters.
-  std::size_t least = std::max<std::size_t>(word.size() / 3, 1) + 1;
+  const std::size_t most = std::max<std::size_t>(word.size() / 3, 1);
+  std::string best;
+  std::size_t least = 0;
   for (const std::string& candidate : words) {
-    std::size_t apart = distance(word, candidate);
-    // A word that was not typed to its end.
-    if (word.size() >= 3 && candidate.compare(0, word.size(), word) == 0) apart = 1;
-    if (apart < least) {
+    const std::size_t apart = distance(word, candidate);
+    const bool unfinished = word.size() >= 3 && candidate.compare(0, word.size(), word) == 0;
+    if (apart > most && !unfinished) continue;
+    if (best.empty() || apart < least) {
       least = apart;
       best = candidate;
     }
