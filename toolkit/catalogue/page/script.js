@@ -20,6 +20,14 @@
   const containers = [...document.querySelectorAll('.group, .class, .slots')];
   const links = new Map([...nav.querySelectorAll('a')].map((link) => [link.hash.slice(1), link]));
   const total = rows.length;
+  // The element that a link leads to; null for none.
+  const elementOf = (hash) => {
+    try {
+      return document.getElementById(decodeURIComponent(hash.slice(1)));
+    } catch (error) {
+      return null;
+    }
+  };
   const count = (n) => n + (n === 1 ? ' field' : ' fields');
 
   function highlight(words) {
@@ -58,8 +66,8 @@
       for (let box = entry.row.parentElement; box; box = box.parentElement) alive.add(box);
     }
     for (const box of containers) box.hidden = !isAll && !alive.has(box);
-    for (const [id, link] of links) {
-      const box = document.getElementById(decodeURIComponent(id));
+    for (const link of links.values()) {
+      const box = elementOf(link.hash);
       link.parentElement.hidden = Boolean(box) && box.hidden;
     }
     found.textContent = isAll ? count(total) : shown + ' of ' + count(total);
@@ -74,15 +82,11 @@
 
   // The row of the link in the address bar, shown even if the search had hidden it.
   function target() {
-    const id = decodeURIComponent(location.hash.slice(1));
-    const element = id && document.getElementById(id);
-    if (!element) return null;
-    if (element.closest('[hidden]')) {
-      input.value = '';
-      search();
-      element.scrollIntoView();
-    }
-    return element;
+    const element = elementOf(location.hash);
+    if (!element || !element.closest('[hidden]')) return;
+    input.value = '';
+    search();
+    element.scrollIntoView();
   }
 
   // Goes to the next row, or to the one before, from where the reader is.
