@@ -1,8 +1,8 @@
 #!/bin/sh
 # Installs the packages of Debian 12 that the project needs, if they are missing. Needs root or sudo.
 # usage: scripts/install_dependencies.sh [--list] [PURPOSE...]
-#   PURPOSE  library (includes the toolkit and the examples), tests, browser, bench, yardsticks, coverage,
-#            tidy or fuzz; the default is library, tests and browser
+#   PURPOSE  library (includes the examples), toolkit (includes the command vrn), tests, browser, bench,
+#            yardsticks, coverage, tidy or fuzz; the default is library, toolkit, tests and browser
 #   --list   prints the names of the packages and installs nothing
 set -eu
 
@@ -11,15 +11,17 @@ if [ "${1:-}" = --list ]; then
   list=true
   shift
 fi
-[ $# -gt 0 ] || set -- library tests browser
+[ $# -gt 0 ] || set -- library toolkit tests browser
 
 packages=""
 for purpose in "$@"; do
   case $purpose in
     library)
       packages="$packages bison cmake flex g++ gcc libboost-dev libc6-dev libcrypto++-dev libfmt-dev
-                libimath-dev libtbb-dev ninja-build rapidjson-dev"
+                libimath-dev libtbb-dev ninja-build"
       ;;
+    # Only who builds the toolkit and the command vrn needs these.
+    toolkit) packages="$packages libcli11-dev rapidjson-dev" ;;
     # The tests inspect the built library, call pkg-config, compute colours with Python, and check
     # documents against a JSON Schema.
     tests) packages="$packages binutils libgtest-dev pkg-config python3 python3-jsonschema" ;;

@@ -60,7 +60,7 @@ class WrongUsage(Case):
         for command, typed, meant in [("check", "--stric", "--strict"), ("check", "--jsno", "--json"),
                                       ("show", "--alll", "--all"), ("export", "--ful", "--full"),
                                       ("diff", "--tolerence=1", "--tolerance"),
-                                      ("set", "-output", "--output")]:
+                                      ("check", "-json", "--json")]:
             words = self.trouble(command, typed, "box.vrnscene").words
             self.assertIn("did you mean %s?" % meant, words)
 
