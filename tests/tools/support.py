@@ -52,6 +52,7 @@ class Case(unittest.TestCase):
     """A case with a folder of its own, which is the current folder of vrn."""
 
     maxDiff = None
+    user = None
 
     def setUp(self):
         self.folder = tempfile.mkdtemp()
@@ -83,7 +84,22 @@ class Case(unittest.TestCase):
         environment = dict(os.environ, TERM="dumb")
         environment.pop("NO_COLOR", None)
         environment.update(env or {})
+        if self.user is not None:
+            options["user"] = self.user
         return subprocess.Popen([VRN, *arguments], cwd=self.folder, env=environment, **options)
+
+    def as_other_user(self):
+        """Gives the folder to a user without rights, for whom vrn then runs, if this is root."""
+        if os.geteuid() != 0:
+            return
+        nobody = 65534
+        for folder, _, names in os.walk(self.folder):
+            for name in [folder] + [os.path.join(folder, name) for name in names]:
+                os.chown(name, nobody, nobody)
+        self.user = nobody
+        probe = self.start("--version", stdout=subprocess.DEVNULL, stderr=subprocess.DEVNULL)
+        if probe.wait() != 0:
+            self.skipTest("another user cannot run vrn here")
 
     def run_vrn(self, *arguments, stdin=b"", env=None, stdout=subprocess.PIPE):
         """Runs vrn, and checks what holds for every run: an exit code, and clear words for trouble."""

@@ -33,7 +33,7 @@ int build(Session& session, const Choices& choices) {
   ErrorOut error;
   std::uint32_t status = VRTK_OK;
   {
-    const Progress progress(session, choices.file, 1);
+    const Progress progress(session, choices.file, 0);
     if (isStream(choices.file)) {
       const std::string json = readAll(choices.file);
       // A document without a folder of its own names files from the current one.

@@ -3,6 +3,7 @@
 #include <memory>
 
 #include "command.hpp"
+#include "core/progress.hpp"
 #include "core/stream.hpp"
 #include "core/text.hpp"
 

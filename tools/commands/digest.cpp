@@ -2,6 +2,7 @@
 #include <memory>
 
 #include "command.hpp"
+#include "core/progress.hpp"
 #include "core/text.hpp"
 
 namespace vrn {
@@ -22,6 +23,7 @@ int digest(Session& session, const Choices& choices) {
       vrtkDigestOptions options = VRTK_DIGEST_OPTIONS_INIT;
       options.includeIds = choices.ids ? 1 : 0;
       ErrorOut error;
+      const Progress progress(session, path, 0);
       if (vrtkSceneDigest(scene.get(), &options, hex, error) != VRTK_OK) {
         throw Trouble(nameOf(path) + ": " + error.message());
       }

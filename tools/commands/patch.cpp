@@ -3,6 +3,7 @@
 
 #include "command.hpp"
 #include "core/json_report.hpp"
+#include "core/progress.hpp"
 #include "core/text.hpp"
 
 namespace vrn {
@@ -31,8 +32,11 @@ int patch(Session& session, const Choices& choices) {
   vrdmScene_t* made = nullptr;
   vrtkJsonReport* found = nullptr;
   ErrorOut error;
-  const std::uint32_t status =
-      vrtkScenePatch(scene.get(), text.data(), text.size(), &options, &made, &found, error);
+  std::uint32_t status = VRTK_OK;
+  {
+    const Progress progress(session, choices.patch, 0);
+    status = vrtkScenePatch(scene.get(), text.data(), text.size(), &options, &made, &found, error);
+  }
   const JsonReport report(found);
   if (report && vrtkJsonReportCount(report.get()) != 0) {
     return tellJsonReport(session, nameOf(choices.patch), report.get());

@@ -30,11 +30,24 @@ std::uint64_t bytesRead() {
   return 0;
 }
 
+constexpr int kCells = 30;
+
+std::string cells(int count, char cell) {
+  return std::string(static_cast<std::size_t>(std::max(count, 0)), cell);
+}
+
 std::string barOf(double part) {
-  constexpr int kCells = 30;
   const int full = static_cast<int>(std::clamp(part, 0.0, 1.0) * kCells);
-  return "[" + std::string(static_cast<std::size_t>(full), '#') +
-         std::string(static_cast<std::size_t>(kCells - full), '.') + "]";
+  return "[" + cells(full, '#') + cells(kCells - full, '.') + "]";
+}
+
+// A block that goes to and fro, for work of unknown length.
+std::string movingBar(double seconds) {
+  constexpr int kBlock = 6;
+  constexpr int kWay = kCells - kBlock;
+  int at = static_cast<int>(seconds * 20) % (2 * kWay);
+  if (at > kWay) at = 2 * kWay - at;
+  return "[" + cells(at, '.') + cells(kBlock, '#') + cells(kWay - at, '.') + "]";
 }
 
 }  // namespace
@@ -73,15 +86,15 @@ void Progress::run() {
     const double seconds = std::chrono::duration<double>(Clock::now() - begin).count();
     char figures[64];
     std::string bar;
-    if (expected_ != 0 && bytesRead() > start_) {
-      // The last part of the work may be other than reading.
-      const double part = std::min(
-          static_cast<double>(bytesRead() - start_) / static_cast<double>(expected_), 0.99);
+    const std::uint64_t done = expected_ != 0 ? bytesRead() - start_ : 0;
+    const double part =
+        expected_ != 0 ? static_cast<double>(done) / static_cast<double>(expected_) : 1;
+    if (part < 0.99) {
       bar = barOf(part);
       std::snprintf(figures, sizeof figures, " %3d %%  %.0f s", static_cast<int>(part * 100),
                     seconds);
     } else {
-      bar = barOf(seconds / 3 - static_cast<double>(static_cast<int>(seconds / 3)));
+      bar = movingBar(seconds);
       std::snprintf(figures, sizeof figures, "  %.0f s", seconds);
     }
     tell("\r" + title_ + "  " + bar + figures + "\x1b[K");
