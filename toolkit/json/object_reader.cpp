@@ -93,6 +93,24 @@ std::optional<IdBytes> readId(std::string_view text) {
   return id;
 }
 
+template <typename Change>
+void ObjectReader::change(Change&& change, bool allocates) {
+  if (!problems_.none()) return;
+  if (!deferred_) {
+    change();
+    return;
+  }
+  (allocates ? firstChanges_ : changes_).emplace_back(std::forward<Change>(change));
+}
+
+void ObjectReader::apply() {
+  // No class has two lists, so only the first change can lack memory.
+  for (const auto& each : firstChanges_) each();
+  for (const auto& each : changes_) each();
+  firstChanges_.clear();
+  changes_.clear();
+}
+
 bool ObjectReader::isObject(std::uint32_t json, const char* what) {
   if (tape_[json].token == Token::Object) return true;
   problems_.add(
@@ -109,33 +127,104 @@ bool ObjectReader::takeSlot(const ClassDescription& description, std::uint64_t o
   return false;
 }
 
+void ObjectReader::addFree(std::uint32_t objectClass) {
+  std::int32_t index = -1;
+  switch (vrdmObjectClass(objectClass)) {
+    case VRDM_KIND_PROGRAM:
+      index = static_cast<std::int32_t>(vrdmAddProgram(scene_, objectClass, ""));
+      break;
+    case VRDM_KIND_ASSET: {
+      const char record[kLargestAssetRecord] = {};
+      const vrnt::UniqueAsset storage = newStorage(0);
+      AssetStorage* const handle = storage.get();
+      index = static_cast<std::int32_t>(vrdmAddAsset(scene_, objectClass, record, &handle));
+      break;
+    }
+    default:
+      index = static_cast<std::int32_t>(vrdmCreateInstance(scene_, objectClass));
+  }
+  free_.push_back({objectClass, index});
+}
+
 void ObjectReader::add(std::uint32_t objectClass, std::uint32_t json) {
   const ClassDescription& description = catalogue_.of(objectClass);
   if (!takeSlot(description, tape_[json].offset)) throw EnoughProblems();
-  const bool isFree = tape_[json].token == Token::Null;
-  std::int32_t index = -1;
+  if (tape_[json].token == Token::Null) {
+    addFree(objectClass);
+    return;
+  }
   switch (description.layout.kind) {
-    case VRDM_KIND_PROGRAM: {
-      const auto text = isFree ? std::string() : readProgram(json).value_or("");
-      index = static_cast<std::int32_t>(vrdmAddProgram(scene_, objectClass, text.c_str()));
-      break;
-    }
+    case VRDM_KIND_PROGRAM:
+      vrdmAddProgram(scene_, objectClass, readProgram(json).value_or("").c_str());
+      return;
     case VRDM_KIND_ASSET: {
-      auto read = isFree ? std::nullopt : readAsset(description, json);
+      auto read = readAsset(description, json);
       if (!read) {
         read.emplace();
         read->storage = newStorage(0);
       }
       AssetStorage* const storage = read->storage.get();
-      index = static_cast<std::int32_t>(vrdmAddAsset(scene_, objectClass, read->record, &storage));
+      const auto index =
+          static_cast<std::int32_t>(vrdmAddAsset(scene_, objectClass, read->record, &storage));
       if (read->id) setId(objectClass, index, *read->id);
-      break;
+      return;
     }
     default:
-      index = static_cast<std::int32_t>(vrdmCreateInstance(scene_, objectClass));
-      if (!isFree) instance(objectClass, index, json);
+      instance(objectClass, static_cast<std::int32_t>(vrdmCreateInstance(scene_, objectClass)),
+               json, true);
   }
-  if (isFree) free_.push_back({objectClass, index});
+}
+
+void ObjectReader::addCopy(std::uint32_t objectClass, const vrdmScene_t* source,
+                           std::int32_t index) {
+  if (!vrdmValid(source, objectClass, index)) {
+    addFree(objectClass);
+    return;
+  }
+  const ClassDescription& description = catalogue_.of(objectClass);
+  switch (description.layout.kind) {
+    case VRDM_KIND_PROGRAM:
+      vrdmAddProgram(scene_, objectClass, vrdmGetProgramSource(source, objectClass, index));
+      return;
+    case VRDM_KIND_ASSET: {
+      char record[kLargestAssetRecord] = {};
+      AssetStorage* const* const storage = vrdmGetAssetStorage(source, objectClass, index, record);
+      const auto added =
+          static_cast<std::int32_t>(vrdmAddAsset(scene_, objectClass, record, storage));
+      IdBytes id{};
+      std::memcpy(id.bytes, vrdmGetUniqueId(source, objectClass, index)->begin(), sizeof(id.bytes));
+      setId(objectClass, added, id);
+      return;
+    }
+    default:
+      break;
+  }
+  const auto added = static_cast<std::int32_t>(vrdmCreateInstance(scene_, objectClass));
+  const char* const bytes = groupBytes(source, objectClass, index);
+  for (std::uint32_t i = 0; i < description.trees.size(); ++i) {
+    const char* const group = bytes + description.groups.groups[i].offset;
+    if (std::memcmp(group, description.defaultsOf(i), description.trees[i]->size()) == 0) continue;
+    vrdmSetDataValue(scene_, objectClass, added, i, writeGroup(description, i, group).get());
+  }
+  for (const SlotLayout& slot : description.slots) {
+    const std::int32_t word = vrdmGetReference(source, objectClass, index, slot.slot);
+    vrdmSetReference(scene_, objectClass, added, slot.slot, static_cast<std::uint32_t>(word));
+    if (!isList(slot.info) || word == 0) continue;
+    std::memcpy(vrdmModifyReferenceList(scene_, objectClass, added, slot.slot),
+                vrdmGetReferenceList(source, objectClass, index, slot.slot),
+                sizeof(std::int32_t) * static_cast<std::size_t>(word));
+  }
+  const vrnt::UniqueValue value(vrdmGetInstanceValue(source, objectClass, index));
+  if (value) vrdmSetInstanceValue(scene_, objectClass, added, value.get());
+}
+
+void ObjectReader::missingObject(std::uint64_t offset, std::uint32_t objectClass,
+                                 std::int32_t index, std::uint32_t slots) {
+  const char* const name = vrdmObjectName(objectClass);
+  problems_.add(ProblemCode::OutOfRange, offset,
+                slots == 0
+                    ? fmt::format("there is no {} {}: the scene has none", name, index)
+                    : fmt::format("there is no {} {}; the last one is {}", name, index, slots - 1));
 }
 
 void ObjectReader::finish() {
@@ -143,13 +232,9 @@ void ObjectReader::finish() {
   free_.clear();
   for (const Pending& reference : pending_) {
     const std::uint32_t slots = vrdmContainerSize(scene_, reference.objectClass);
-    if (static_cast<std::uint32_t>(reference.index) < slots) continue;
-    problems_.add(ProblemCode::OutOfRange, reference.offset,
-                  slots == 0 ? fmt::format("there is no {} {}: the scene has none",
-                                           vrdmObjectName(reference.objectClass), reference.index)
-                             : fmt::format("there is no {} {}; the last one is {}",
-                                           vrdmObjectName(reference.objectClass), reference.index,
-                                           slots - 1));
+    if (static_cast<std::uint32_t>(reference.index) >= slots) {
+      missingObject(reference.offset, reference.objectClass, reference.index, slots);
+    }
   }
   pending_.clear();
 }
@@ -161,7 +246,9 @@ void ObjectReader::sceneId(std::uint32_t json) {
                   "expected an id such as \"883ff973-e105-4b5b-982a-4d2cb87d48ca\"");
     return;
   }
-  std::memcpy(static_cast<void*>(&scene_->id), id->bytes, sizeof(id->bytes));
+  change([this, given = *id] {
+    std::memcpy(static_cast<void*>(&scene_->id), given.bytes, sizeof(given.bytes));
+  });
 }
 
 void ObjectReader::setId(std::uint32_t objectClass, std::int32_t index, const IdBytes& id) {
@@ -200,13 +287,10 @@ bool ObjectReader::readGroups(
   return true;
 }
 
-const vrntValue_t* ObjectReader::readGroup(const ClassDescription& description, std::uint32_t group,
-                                           const char* initial, std::uint32_t json) {
+// The value of the group stays the reader's, and is shared with changes that wait.
+ObjectReader::GroupValue ObjectReader::writeGroup(const ClassDescription& description,
+                                                  std::uint32_t group, const char* bytes) {
   const GroupLayout& layout = description.groups.groups[group];
-  const TypeTree& tree = *description.trees[group];
-  const std::size_t size = tree.size();
-  buffer_.assign(initial, initial + size);
-  values_.readPart(tree, 0, json, buffer_.data());
   vrnt::UniqueValue& value = groupValues_[&layout];
   vrntValuesError_t* error = nullptr;
   if (!value) {
@@ -214,39 +298,57 @@ const vrntValue_t* ObjectReader::readGroup(const ClassDescription& description, 
     if (!value) raise(error);
   }
   vrntValue_t* written = value.release();
-  vrntValueWrite(&written, 0, buffer_.data(), size, &error);
+  vrntValueWrite(&written, 0, bytes, description.trees[group]->size(), &error);
   value.reset(written);
   if (error != nullptr) raise(error);
-  if (options_.enforceLimits) requireLimits(description, group, json);
-  return value.get();
+  return GroupValue(value.get());
 }
 
+// Reads a group that has `initial` where the document says nothing.
+ObjectReader::GroupValue ObjectReader::readGroup(const ClassDescription& description,
+                                                 std::uint32_t group, const char* initial,
+                                                 std::uint32_t json, const char* before) {
+  const TypeTree& tree = *description.trees[group];
+  buffer_.assign(initial, initial + tree.size());
+  values_.readPart(tree, 0, json, buffer_.data());
+  if (options_.enforceLimits) requireLimits(description, group, json, before);
+  return writeGroup(description, group, buffer_.data());
+}
+
+// Looks at the numbers that are others than before.
 void ObjectReader::requireLimits(const ClassDescription& description, std::uint32_t group,
-                                 std::uint32_t json) {
+                                 std::uint32_t json, const char* before) {
   const GroupLayout& layout = description.groups.groups[group];
-  vrtkLimits limits = VRTK_LIMITS_INIT;
+  const std::size_t size = buffer_.size();
+  std::vector<char> changed(description.defaultsOf(group), description.defaultsOf(group) + size);
+  for (std::size_t at = 0; at < size; at += 4) {
+    const std::size_t count = std::min<std::size_t>(4, size - at);
+    if (std::memcmp(&buffer_[at], before + at, count) == 0) continue;
+    std::memcpy(&changed[at], &buffer_[at], count);
+  }
+  const vrtkLimits limits = VRTK_LIMITS_INIT;
   vrtkReport report(limits);
   const AllLiveSlots noSlots(vrdmObjectTypeCount());
   const GroupPlace place(layout.type.get());
-  applyRules(layout.plan, buffer_.data(),
+  applyRules(layout.plan, changed.data(),
              {report, place, VRTK_NO_OFFSET, noSlots[VRDM_CLASS_TEXTURE], layout.defaultBytes()});
   report.finish();
   for (std::uint64_t i = 0; i < vrtkReportMessageCount(&report); ++i) {
     const vrtkMessage* const message = vrtkReportMessage(&report, i);
     const std::string_view code = message->code;
     if (code != "FIELD_OUT_OF_LIMITS" && code != "NUMBER_NOT_FINITE") continue;
-    problems_.add(
-        ProblemCode::Limit, tape_[json].offset,
-        fmt::format("{}: {}",
-                    std::string_view(message->address).substr(message->address[0] == '/' ? 1 : 0),
-                    message->message));
+    std::string_view path = message->address;
+    if (!path.empty()) path.remove_prefix(1);
+    problems_.add(ProblemCode::Limit, tape_[json].offset,
+                  fmt::format("{}: {}", path, message->message));
   }
 }
 
 void ObjectReader::sceneGroup(std::uint32_t group, std::uint32_t json) {
   const ClassDescription& description = catalogue_.of(VRDM_CLASS_SCENE_DATA);
-  vrdmSetSceneDataValue(scene_, group,
-                        readGroup(description, group, description.defaultsOf(group), json));
+  const auto value = readGroup(description, group, description.defaultsOf(group), json,
+                               sceneGroupBytes(scene_) + description.groups.groups[group].offset);
+  change([this, group, value] { vrdmSetSceneDataValue(scene_, group, value.get()); });
 }
 
 void ObjectReader::sceneGroups(std::uint32_t json) {
@@ -254,11 +356,37 @@ void ObjectReader::sceneGroups(std::uint32_t json) {
              [this](std::uint32_t group, std::uint32_t node) { sceneGroup(group, node); });
 }
 
+void ObjectReader::allSceneGroups(std::uint32_t json) {
+  const ClassDescription& description = catalogue_.of(VRDM_CLASS_SCENE_DATA);
+  std::vector<bool> given(description.trees.size());
+  readGroups(description, json, [&](std::uint32_t group, std::uint32_t node) {
+    given[group] = true;
+    sceneGroup(group, node);
+  });
+  for (std::uint32_t i = 0; i < given.size(); ++i) {
+    if (given[i]) continue;
+    const auto value = writeGroup(description, i, description.defaultsOf(i));
+    change([this, i, value] { vrdmSetSceneDataValue(scene_, i, value.get()); });
+  }
+}
+
 void ObjectReader::group(std::uint32_t objectClass, std::int32_t index, std::uint32_t group,
                          std::uint32_t json) {
   const ClassDescription& description = catalogue_.of(objectClass);
-  vrdmSetDataValue(scene_, objectClass, index, group,
-                   readGroup(description, group, description.defaultsOf(group), json));
+  const auto value =
+      readGroup(description, group, description.defaultsOf(group), json,
+                groupBytes(scene_, objectClass, index) + description.groups.groups[group].offset);
+  change([this, objectClass, index, group, value] {
+    vrdmSetDataValue(scene_, objectClass, index, group, value.get());
+  });
+}
+
+void ObjectReader::resetGroup(std::uint32_t objectClass, std::int32_t index, std::uint32_t group) {
+  const ClassDescription& description = catalogue_.of(objectClass);
+  const auto value = writeGroup(description, group, description.defaultsOf(group));
+  change([this, objectClass, index, group, value] {
+    vrdmSetDataValue(scene_, objectClass, index, group, value.get());
+  });
 }
 
 void ObjectReader::groups(std::uint32_t objectClass, std::int32_t index, std::uint32_t json) {
@@ -268,34 +396,32 @@ void ObjectReader::groups(std::uint32_t objectClass, std::int32_t index, std::ui
     given[group] = true;
     this->group(objectClass, index, group, node);
   });
-  vrntValuesError_t* error = nullptr;
   for (std::uint32_t i = 0; i < given.size(); ++i) {
-    if (given[i]) continue;
-    const GroupLayout& layout = description.groups.groups[i];
-    vrntValue_t* value = vrntValueCreate(layout.type.get(), &error);
-    if (value == nullptr) raise(error);
-    vrntValueWrite(&value, 0, description.defaultsOf(i), description.trees[i]->size(), &error);
-    const vrnt::UniqueValue owner(value);
-    if (error != nullptr) raise(error);
-    vrdmSetDataValue(scene_, objectClass, index, i, value);
+    if (!given[i]) resetGroup(objectClass, index, i);
   }
 }
 
-// The object is new, or all that the document leaves out has been reset.
-void ObjectReader::instance(std::uint32_t objectClass, std::int32_t index, std::uint32_t json) {
+namespace {
+
+enum : std::uint32_t { kGroupsGiven = 1, kSlotsGiven = 2, kValueGiven = 4 };
+
+}  // namespace
+
+// Returns which members the document has.
+std::uint32_t ObjectReader::instance(std::uint32_t objectClass, std::int32_t index,
+                                     std::uint32_t json, bool isNew) {
   const ClassDescription& description = catalogue_.of(objectClass);
   const bool hasGroups = !description.trees.empty();
   const bool hasSlots = !description.slots.empty();
   const bool hasValue = description.layout.hasValue;
-  if (!isObject(json, "\"groups\", \"slots\" or \"value\"")) return;
-  bool valueIsGiven = false;
+  if (!isObject(json, "\"groups\", \"slots\" or \"value\"")) return 0;
   std::uint32_t seen = 0;
   for (std::uint32_t i = json + 1; i < tape_[json].next; i = tape_[i + 1].next) {
     const std::string_view key = tape_[i].view();
-    const std::uint32_t bit = hasGroups && key == "groups" ? 1
-                              : hasSlots && key == "slots" ? 2
-                              : hasValue && key == "value" ? 4
-                                                           : 0;
+    std::uint32_t bit = 0;
+    if (hasGroups && key == "groups") bit = kGroupsGiven;
+    if (hasSlots && key == "slots") bit = kSlotsGiven;
+    if (hasValue && key == "value") bit = kValueGiven;
     if (bit == 0) {
       std::vector<std::string_view> names;
       if (hasGroups) names.emplace_back("groups");
@@ -312,28 +438,42 @@ void ObjectReader::instance(std::uint32_t objectClass, std::int32_t index, std::
       continue;
     }
     seen |= bit;
-    if (bit == 1) {
-      readGroups(description, i + 1, [&](std::uint32_t group, std::uint32_t node) {
-        // The bytes that a new object has, with its padding.
-        const char* const bytes = groupBytes(scene_, objectClass, index);
-        vrdmSetDataValue(
-            scene_, objectClass, index, group,
-            readGroup(description, group, bytes + description.groups.groups[group].offset, node));
-      });
-    } else if (bit == 2) {
+    if (bit == kValueGiven) {
+      value(objectClass, index, i + 1);
+    } else if (!isNew) {
+      bit == kGroupsGiven ? groups(objectClass, index, i + 1) : allSlots(objectClass, index, i + 1);
+    } else if (bit == kSlotsGiven) {
       slots(objectClass, index, i + 1);
     } else {
-      valueIsGiven = true;
-      value(objectClass, index, i + 1);
+      readGroups(description, i + 1, [&](std::uint32_t group, std::uint32_t node) {
+        // The bytes that a new object has, with its padding.
+        const char* const bytes =
+            groupBytes(scene_, objectClass, index) + description.groups.groups[group].offset;
+        const auto read = readGroup(description, group, bytes, node, bytes);
+        change([&] { vrdmSetDataValue(scene_, objectClass, index, group, read.get()); });
+      });
     }
   }
-  if (!hasValue || valueIsGiven) return;
+  if (!hasValue || (seen & kValueGiven) != 0) return seen;
   if (!emptyValue_) {
     vrntValuesError_t* error = nullptr;
     emptyValue_.reset(vrntValueParse("{ }", &error));
     if (!emptyValue_) raise(error);
   }
-  vrdmSetInstanceValue(scene_, objectClass, index, emptyValue_.get());
+  change([this, objectClass, index, empty = GroupValue(emptyValue_.get())] {
+    vrdmSetInstanceValue(scene_, objectClass, index, empty.get());
+  });
+  return seen;
+}
+
+void ObjectReader::allOfInstance(std::uint32_t objectClass, std::int32_t index,
+                                 std::uint32_t json) {
+  const std::uint32_t seen = instance(objectClass, index, json, false);
+  const auto groupCount = static_cast<std::uint32_t>(catalogue_.of(objectClass).trees.size());
+  for (std::uint32_t i = 0; (seen & kGroupsGiven) == 0 && i < groupCount; ++i) {
+    resetGroup(objectClass, index, i);
+  }
+  if ((seen & kSlotsGiven) == 0) resetSlots(objectClass, index, 0);
 }
 
 void ObjectReader::value(std::uint32_t objectClass, std::int32_t index, std::uint32_t json) {
@@ -346,13 +486,18 @@ void ObjectReader::value(std::uint32_t objectClass, std::int32_t index, std::uin
     return;
   }
   const vrnt::UniqueValue value = values_.readValue(json);
-  if (value) vrdmSetInstanceValue(scene_, objectClass, index, value.get());
+  if (!value) return;
+  change([this, objectClass, index, read = GroupValue(value.get())] {
+    vrdmSetInstanceValue(scene_, objectClass, index, read.get());
+  });
 }
 
-void ObjectReader::slots(std::uint32_t objectClass, std::int32_t index, std::uint32_t json) {
+// Returns a bit for each slot that the document has.
+std::uint64_t ObjectReader::slots(std::uint32_t objectClass, std::int32_t index,
+                                  std::uint32_t json) {
   const ClassDescription& description = catalogue_.of(objectClass);
-  if (!isObject(json, "reference slots")) return;
   std::uint64_t seen = 0;
+  if (!isObject(json, "reference slots")) return seen;
   for (std::uint32_t i = json + 1; i < tape_[json].next; i = tape_[i + 1].next) {
     const std::string_view key = tape_[i].view();
     std::size_t number = 0;
@@ -375,13 +520,32 @@ void ObjectReader::slots(std::uint32_t objectClass, std::int32_t index, std::uin
     seen |= std::uint64_t{1} << number;
     slot(objectClass, index, description.slots[number], i + 1);
   }
+  return seen;
+}
+
+void ObjectReader::allSlots(std::uint32_t objectClass, std::int32_t index, std::uint32_t json) {
+  resetSlots(objectClass, index, slots(objectClass, index, json));
+}
+
+void ObjectReader::resetSlots(std::uint32_t objectClass, std::int32_t index, std::uint64_t given) {
+  const ClassDescription& description = catalogue_.of(objectClass);
+  for (std::size_t i = 0; i < description.slots.size(); ++i) {
+    if ((given >> i & 1U) != 0) continue;
+    const SlotLayout& slot = description.slots[i];
+    const std::uint32_t word = isList(slot.info) ? 0 : UINT32_MAX;
+    change([this, objectClass, index, number = slot.slot, word] {
+      vrdmSetReference(scene_, objectClass, index, number, word);
+    });
+  }
 }
 
 void ObjectReader::slot(std::uint32_t objectClass, std::int32_t index, const SlotLayout& slot,
                         std::uint32_t json) {
   if (!isList(slot.info)) {
-    const std::int32_t word = readWord(slot.info, json);
-    vrdmSetReference(scene_, objectClass, index, slot.slot, static_cast<std::uint32_t>(word));
+    const auto word = static_cast<std::uint32_t>(readWord(slot.info, json));
+    change([this, objectClass, index, number = slot.slot, word] {
+      vrdmSetReference(scene_, objectClass, index, number, word);
+    });
     return;
   }
   const JsonNode& array = tape_[json];
@@ -401,10 +565,15 @@ void ObjectReader::slot(std::uint32_t objectClass, std::int32_t index, const Slo
   for (std::uint32_t i = json + 1; i < array.next; i = tape_[i].next) {
     words.push_back(readWord(slot.info, i));
   }
-  vrdmSetReference(scene_, objectClass, index, slot.slot, static_cast<std::uint32_t>(words.size()));
-  if (words.empty()) return;
-  std::int32_t* const list = vrdmModifyReferenceList(scene_, objectClass, index, slot.slot);
-  std::memcpy(list, words.data(), words.size() * sizeof(std::int32_t));
+  change(
+      [this, objectClass, index, number = slot.slot, words = std::move(words)] {
+        const auto count = static_cast<std::uint32_t>(words.size());
+        vrdmSetReference(scene_, objectClass, index, number, count);
+        if (count == 0) return;
+        std::int32_t* const list = vrdmModifyReferenceList(scene_, objectClass, index, number);
+        std::memcpy(list, words.data(), words.size() * sizeof(std::int32_t));
+      },
+      true);
 }
 
 std::int32_t ObjectReader::readIndex(std::uint32_t objectClass, std::uint32_t json) {
@@ -416,7 +585,11 @@ std::int32_t ObjectReader::readIndex(std::uint32_t objectClass, std::uint32_t js
   }
   if (fault == NumberFault::None) {
     const auto found = static_cast<std::int32_t>(index);
-    if (static_cast<std::uint32_t>(found) >= vrdmContainerSize(scene_, objectClass)) {
+    if (!sizes_.empty()) {
+      if (static_cast<std::uint32_t>(found) >= sizes_[objectClass]) {
+        missingObject(node.offset, objectClass, found, sizes_[objectClass]);
+      }
+    } else if (static_cast<std::uint32_t>(found) >= vrdmContainerSize(scene_, objectClass)) {
       pending_.push_back({node.offset, objectClass, found});
     }
     return found;
@@ -790,14 +963,18 @@ std::optional<ObjectReader::AssetRead> ObjectReader::readAsset(const ClassDescri
 void ObjectReader::program(std::uint32_t objectClass, std::int32_t index, std::uint32_t json) {
   const auto text = readProgram(json);
   if (!text) return;
-  replaceProgram(scene_, objectClass, index, *text);
+  change([this, objectClass, index, given = *text] {
+    replaceProgram(scene_, objectClass, index, given);
+  });
 }
 
 void ObjectReader::asset(std::uint32_t objectClass, std::int32_t index, std::uint32_t json) {
-  const auto read = readAsset(catalogue_.of(objectClass), json);
+  auto read = readAsset(catalogue_.of(objectClass), json);
   if (!read) return;
-  replaceAsset(scene_, objectClass, index, read->record, read->storage.get());
-  if (read->id) setId(objectClass, index, *read->id);
+  change([this, objectClass, index, given = std::make_shared<AssetRead>(std::move(*read))] {
+    replaceAsset(scene_, objectClass, index, given->record, given->storage.get());
+    if (given->id) setId(objectClass, index, *given->id);
+  });
 }
 
 }  // namespace vrtk

@@ -257,8 +257,8 @@ std::unique_ptr<vrtkJsonReport> reportOf(const Problems& problems, std::string_v
   return report;
 }
 
-void addMessage(vrtkJsonReport& report, ProblemCode code, std::string pointer, std::string words) {
-  vrtkJsonReport::Kept kept{problemCodeName(code), std::move(pointer), std::move(words), {}};
+void addMessage(vrtkJsonReport& report, std::string code, std::string pointer, std::string words) {
+  vrtkJsonReport::Kept kept{std::move(code), std::move(pointer), std::move(words), {}};
   kept.message.offset = VRTK_JSON_NO_OFFSET;
   report.kept.push_back(std::move(kept));
   finish(report);

@@ -97,7 +97,7 @@ std::unique_ptr<vrtkJsonReport> reportOf(const Problems& problems, std::string_v
 std::string errorWords(const vrtkJsonReport& report);
 
 /// Adds a message with a pointer and without a place.
-void addMessage(vrtkJsonReport& report, ProblemCode code, std::string pointer, std::string words);
+void addMessage(vrtkJsonReport& report, std::string code, std::string pointer, std::string words);
 
 }  // namespace vrtk
 
