@@ -67,7 +67,7 @@ class LayoutBuilder {
       case VRNT_DESCRIPTOR_BASE:
         return lanes(type, offset);
       case VRNT_DESCRIPTOR_ENUM:
-        return add({RunKind::Exact, 0, offset, 1, 4, 4});
+        return add({RunKind::Enum, 0, offset, 1, 4, 4});
       case VRNT_DESCRIPTOR_ARRAY: {
         const std::uint64_t elements = elementCount(type);
         if (elements == 0) return;
@@ -91,13 +91,15 @@ class LayoutBuilder {
     const std::uint64_t count = vrntTypeVectorDimension(type);
     switch (vrntTypeBasetype(type)) {
       case VRNT_BASETYPE_CHAR:
-        return add({RunKind::Exact, 0, offset, count, 1, 1});
+        return add({RunKind::Char, 0, offset, count, 1, 1});
       case VRNT_BASETYPE_HALF:
         return add({RunKind::Half, 0, offset, count, 2, 2});
-      case VRNT_BASETYPE_FLOAT:
-        return add({RunKind::Float, 0, offset, count, 4, 4});
+      case VRNT_BASETYPE_BOOL:
+        return add({RunKind::Bool, 0, offset, count, 4, 4});
+      case VRNT_BASETYPE_INT:
+        return add({RunKind::Int, 0, offset, count, 4, 4});
       default:
-        return add({RunKind::Exact, 0, offset, count, 4, 4});
+        return add({RunKind::Float, 0, offset, count, 4, 4});
     }
   }
 

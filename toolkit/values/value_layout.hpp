@@ -15,7 +15,10 @@
 namespace vrtk {
 
 enum class RunKind : std::uint8_t {
-  Exact,  ///< an int, a char, a bool or an enum
+  Bool,
+  Int,
+  Char,
+  Enum,
   Float,
   Half,
   Word,  ///< a reference, or one of the two words of a function

@@ -172,7 +172,7 @@ typedef struct vrtkEnumChoice {
   const char* label;       /**< the name in the type, such as "FIT_SIZE" */
   const char* name;        /**< the name to show: its annotation `@name`, or else the label */
   const char* description; /**< its annotation `@desc`, or empty */
-  const char* type;        /**< the fields of the constructor as a type of a struct, or empty */
+  const char* fields;      /**< its fields as they stand in the type, such as "float x", or empty */
 } vrtkEnumChoice;
 
 /** The choices of an enum. */
