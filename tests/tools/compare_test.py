@@ -25,6 +25,12 @@ class Diff(Case):
         self.assertIn("- Shape/2\n", text)
         self.assertIn("+ Shape/2\n", self.found("diff", "b.vrnscene", "box.vrnscene").text)
 
+    def test_prints_a_text_as_a_text(self):
+        self.good("set", "b.vrnscene", NEAR, "0.5")
+        self.good("set", "b.vrnscene", "Shape/0/groups/Target/tag", '"ground"')
+        self.assertEqual(self.found("diff", "box.vrnscene", "b.vrnscene").text,
+                         '  Shape/0/groups/Target/tag  "floor" -> "ground"\n')
+
     def test_takes_floats_within_a_tolerance_for_equal(self):
         self.good("diff", "--tolerance", "0.5", "box.vrnscene", "b.vrnscene")
         self.found("diff", "--tolerance", "0.49", "box.vrnscene", "b.vrnscene")

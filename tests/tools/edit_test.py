@@ -25,12 +25,21 @@ class Set(Case):
                               ("Camera/0/groups/Transformation/matrix/w/0", "-3"),
                               ("Shape/3/slots/material", "2"), ("Camera/0/slots/backplate", "null"),
                               ("LightGroup/0/slots/emitters", '[{"Shape": 1}, null]'),
-                              ("Shape/0/groups/Target/tag", '"ground"'),
                               ("Camera/0/value/data/focal_length", "0.05"),
                               ("MaterialProgram/0/text", '"material black() { }"'),
                               ("scene/Raytracer/ray_epsilon", "0.001")]:
             self.good("set", "box.vrnscene", address, text)
             self.assertEqual(self.good("get", "box.vrnscene", address).json(), json.loads(text))
+
+    def test_takes_a_string_for_a_field_that_holds_a_text(self):
+        tag = "Shape/0/groups/Target/tag"
+        for text in ("ground", "", "a\"b\\c\t", "\u00e4\u20ac\U0001f600", "x" * 64):
+            for json_text in (json.dumps(text), json.dumps(text, ensure_ascii=False)):
+                self.good("set", "box.vrnscene", tag, json_text)
+                numbers = self.good("get", "box.vrnscene", tag).json()
+                self.assertEqual(bytes(numbers).rstrip(b"\0").decode("utf-8"), text)
+        for wrong in ('"' + "x" * 65 + '"', '"a"b"', '"\\x"', '"\\ud800"', '"\\u00g0"', '"', '"a\n"'):
+            self.trouble("set", "box.vrnscene", tag, wrong)
 
     def test_writes_another_file_and_leaves_the_first(self):
         before = self.read("box.vrnscene")

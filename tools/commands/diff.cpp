@@ -3,6 +3,7 @@
 #include <memory>
 
 #include "command.hpp"
+#include "core/chars.hpp"
 #include "core/progress.hpp"
 #include "core/stream.hpp"
 #include "core/text.hpp"
@@ -24,29 +25,31 @@ struct DiffDeleter {
   void operator()(vrtkDiff* diff) const noexcept { vrtkDiffDestroy(diff); }
 };
 
+// A difference as people see it.
+struct Line {
+  std::uint32_t kind;
+  std::string address;
+  std::string old;
+  std::string now;
+};
+
 // Prints an address and the old and the new text, on one line if there is room.
-void printEntry(Session& session, const vrtkDiffEntry& entry, std::size_t addressWidth) {
+void printLine(Session& session, const Line& line, std::size_t addressWidth) {
   const Colours& colours = session.colours();
   Output& out = session.out();
-  const std::string address = oneLine(entry.address);
-  const std::string old = entry.oldText != nullptr ? oneLine(entry.oldText) : "";
-  const std::string now = entry.newText != nullptr ? oneLine(entry.newText) : "";
-  switch (entry.kind) {
-    case VRTK_DIFF_REMOVED:
-      out << colours.ink(Ink::Error, "- ") << address;
-      if (!old.empty()) out << "  " << colours.ink(Ink::Error, old);
-      break;
-    case VRTK_DIFF_ADDED:
-      out << colours.ink(Ink::Good, "+ ") << address;
-      if (!now.empty()) out << "  " << colours.ink(Ink::Good, now);
-      break;
-    default: {
-      const bool fits = addressWidth + width(old) + width(now) + 8 <=
-                        std::max<std::size_t>(session.columns(), 80);
-      out << "  " << (fits ? padded(address, addressWidth) + "  " : address + "\n      ")
-          << colours.ink(Ink::Error, old) << (fits ? " -> " : "\n   -> ")
-          << colours.ink(Ink::Good, now);
-    }
+  if (line.kind == VRTK_DIFF_REMOVED) {
+    out << colours.ink(Ink::Error, "- ") << line.address;
+    if (!line.old.empty()) out << "  " << colours.ink(Ink::Error, line.old);
+  } else if (line.kind == VRTK_DIFF_ADDED) {
+    out << colours.ink(Ink::Good, "+ ") << line.address;
+    if (!line.now.empty()) out << "  " << colours.ink(Ink::Good, line.now);
+  } else {
+    const std::size_t left = std::max(addressWidth, width(line.address));
+    const bool fits = left + width(line.old) + width(line.now) + 8 <=
+                      std::max<std::size_t>(session.columns(), 80);
+    out << "  " << (fits ? padded(line.address, addressWidth) + "  " : line.address + "\n      ")
+        << colours.ink(Ink::Error, line.old) << (fits ? " -> " : "\n   -> ")
+        << colours.ink(Ink::Good, line.now);
   }
   out << "\n";
 }
@@ -81,15 +84,31 @@ int diff(Session& session, const Choices& choices) {
   }
   if (choices.quiet) return code;
   std::size_t addressWidth = 0;
+  std::vector<Line> lines;
+  std::string chars;  // the address of the text whose bytes are being passed
   for (std::uint64_t i = 0; i < vrtkDiffCount(found); ++i) {
     const vrtkDiffEntry& entry = *vrtkDiffEntryAt(found, i);
-    if (entry.kind != VRTK_DIFF_CHANGED) continue;
+    const std::string_view address = entry.address;
+    const std::size_t slash = address.rfind('/');
+    const std::string_view parent = address.substr(0, std::min(slash, address.size()));
+    if (!chars.empty() && parent == chars) continue;
+    chars.clear();
+    Line line{entry.kind, oneLine(address), entry.oldText != nullptr ? oneLine(entry.oldText) : "",
+              entry.newText != nullptr ? oneLine(entry.newText) : ""};
+    if (const auto field = charsFieldAt(parent); field && entry.kind == VRTK_DIFF_CHANGED) {
+      // A text is one difference to people, not one for each byte.
+      chars = parent;
+      line.address = chars;
+      line.old = charsText(a.get(), *field);
+      line.now = charsText(b.get(), *field);
+    }
     // One long address must not move all others.
-    addressWidth = std::max(addressWidth, std::min<std::size_t>(width(entry.address), 60));
+    if (entry.kind == VRTK_DIFF_CHANGED) {
+      addressWidth = std::max(addressWidth, std::min<std::size_t>(width(line.address), 60));
+    }
+    lines.push_back(std::move(line));
   }
-  for (std::uint64_t i = 0; i < vrtkDiffCount(found); ++i) {
-    printEntry(session, *vrtkDiffEntryAt(found, i), addressWidth);
-  }
+  for (const Line& line : lines) printLine(session, line, addressWidth);
   return code;
 }
 

@@ -2,6 +2,7 @@
 #include <memory>
 
 #include "command.hpp"
+#include "core/chars.hpp"
 #include "core/text.hpp"
 
 namespace vrn {
@@ -17,12 +18,15 @@ struct Choices {
 };
 
 int set(Session& session, const Choices& choices) {
-  const std::string json = choices.json == "-" ? readAll("-") : choices.json;
+  std::string json = choices.json == "-" ? readAll("-") : choices.json;
   if (json.find('\0') != std::string::npos) {
     throw Trouble("standard input: a NUL character is no JSON; give a JSON text");
   }
   if (choices.json == "-" && choices.file == "-") {
     throw Trouble("-: standard input cannot be both the scene and the value; give a file for one");
+  }
+  if (const auto field = charsFieldAt(choices.address)) {
+    if (const auto numbers = charsJson(json, *field)) json = *numbers;
   }
   const vrnt::UniqueScene scene = session.open(choices.file);
   vrtkSetOptions options = VRTK_SET_OPTIONS_INIT;
@@ -61,10 +65,13 @@ const Command kSet = {
     "Replaces what an address names, and saves the scene. If the address, the kind of the JSON "
     "value, an enum label or, with --limits, a number is wrong, nothing is written.",
     "The value has the form that vrn get prints. What is left out of a struct has its default "
-    "afterwards. null sets a slot to no object, and removes a whole object.\n\nThe file is "
+    "afterwards. null sets a slot to no object, and removes a whole object. A field that holds a "
+    "text, such as a "
+    "tag, also takes a JSON string.\n\nThe file is "
     "replaced whole or not at all, and keeps its permissions.",
     "vrn set box.vrnscene Camera/0/groups/General/near_distance 0.1\n"
     "vrn set box.vrnscene Camera/0/groups/Backplate/mode '\"FIT_SIZE\"'\n"
+    "vrn set box.vrnscene Shape/0/groups/Target/tag '\"ground\"'\n"
     "vrn set --limits box.vrnscene -o new.vrnscene Shape/3/slots/material 2",
     kReads | kMemory,
     declare};

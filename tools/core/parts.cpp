@@ -5,6 +5,7 @@
 #include <cstring>
 #include <vornath_data/handles.hpp>
 
+#include "core/spectra.hpp"
 #include "core/text.hpp"
 
 namespace vrn {
@@ -265,9 +266,7 @@ class PartLister {
       return false;
     }
     std::array<float, 3> rgb{};
-    if (vrntValueToRGB(place.value, &place.view, VRNT_COLOUR_SPACE_D65, rgb.data()) != 0) {
-      return false;
-    }
+    if (!colourOf(place.value, place.view, rgb)) return false;
     // The parts are for who asks for them.
     if (!inside(place.path)) return false;
     vrntValueView_t reference;

@@ -68,8 +68,8 @@ void requireRising(const std::string& name, const std::vector<Sample>& samples) 
   }
 }
 
-// Fills in what is drawn of a colour that has no samples.
-void sampleColour(Spectrum& spectrum) {
+// Returns the mean amplitudes of a spectrum in steps of 5 nm, with closing pairs.
+std::vector<float> resampled(const Spectrum& spectrum) {
   std::vector<float> pairs = {0, 0};
   for (float at = kShortest; at <= kLongest; at += kStep) {
     pairs.push_back(at);
@@ -78,6 +78,23 @@ void sampleColour(Spectrum& spectrum) {
   pairs.push_back(kLongest + kStep);
   pairs.push_back(0);
   convert(spectrum, VRNT_ENCODING_SPECTRAL, VRNT_COLOUR_SPACE_E, pairs);
+  return pairs;
+}
+
+// The library takes the observer's sensitivity at each sample, which is right only for samples that
+// are as close to each other as the numbers of the observer.
+bool isCoarse(const Spectrum& spectrum) {
+  for (std::size_t i = 1; i < spectrum.samples.size(); ++i) {
+    if (spectrum.samples[i].wavelength - spectrum.samples[i - 1].wavelength > kStep * 1.01F) {
+      return spectrum.encoding == "spectral";
+    }
+  }
+  return false;
+}
+
+// Fills in what is drawn of a colour that has no samples.
+void sampleColour(Spectrum& spectrum) {
+  const std::vector<float> pairs = resampled(spectrum);
   for (std::size_t i = 2; i + 1 < pairs.size(); i += 2) {
     spectrum.samples.push_back({pairs[i], pairs[i + 1]});
   }
@@ -91,12 +108,14 @@ std::vector<float> floatsOf(const vrntValue_t* value) {
 }
 
 // Reads a struct with an encoding and a reference to its data.
-void readStruct(Spectrum& spectrum, const vrntValue_t* value) {
+void readStruct(Spectrum& spectrum, const vrntValue_t* value, const vrntValueView_t& place) {
   vrntValueView_t view;
-  vrntValueStructField(&view, vrntValueType(value), 0);
+  vrntValueStructField(&view, place.type, 0);
   std::uint32_t code = 0;
-  std::memcpy(&code, static_cast<const char*>(vrntValueData(value)) + view.offset, sizeof code);
-  vrntValueStructField(&view, vrntValueType(value), 1);
+  std::memcpy(&code, static_cast<const char*>(vrntValueData(value)) + place.offset + view.offset,
+              sizeof code);
+  vrntValueStructField(&view, place.type, 1);
+  view.offset += place.offset;
   const vrnt::UniqueValue target(vrntValueDereference(value, &view));
   const std::vector<float> data = target ? floatsOf(target.get()) : std::vector<float>();
   const std::size_t needed = code == VRNT_ENCODING_LUMINANCE  ? 1
@@ -188,7 +207,7 @@ Spectrum spectrumOfText(const std::string& text) {
   spectrum.name = "value";
   const vrnt::UniqueType whole(vrntTypeSpectrum());
   if (vrntTypeIsSubType(type, whole.get()) != 0) {
-    readStruct(spectrum, value.get());
+    readStruct(spectrum, value.get(), {vrntValueType(value.get()), 0});
   } else if (isFloatType(type, 1) || isFloatType(type, 3)) {
     spectrum.data = floatsOf(value.get());
     spectrum.encoding = spectrum.data.size() == 1 ? "luminance" : "RGB";
@@ -208,6 +227,23 @@ Spectrum spectrumOfText(const std::string& text) {
   }
   if (spectrum.samples.empty()) sampleColour(spectrum);
   return spectrum;
+}
+
+bool colourOf(const vrntValue_t* value, const vrntValueView_t& view, std::array<float, 3>& rgb) {
+  // Answers whether there is a spectrum that can be read.
+  if (vrntValueToRGB(value, &view, VRNT_COLOUR_SPACE_D65, rgb.data()) != 0) return false;
+  Spectrum spectrum;
+  try {
+    readStruct(spectrum, value, view);
+    if (isCoarse(spectrum)) rgb = measure(spectrum, kLongest - kShortest).rgb;
+  } catch (const Trouble&) {
+    // An empty spectrum is black.
+  } catch (const std::bad_alloc&) {
+    throw;
+  } catch (const std::exception&) {
+    // Wavelengths that do not rise: the library has its own reading of them.
+  }
+  return true;
 }
 
 std::vector<Spectrum> spectraOfTable(const std::string& name, const std::string& table,
@@ -263,7 +299,9 @@ std::vector<Spectrum> spectraOfTable(const std::string& name, const std::string&
   return spectra;
 }
 
-Measures measure(const Spectrum& spectrum, float width) {
+Measures measure(const Spectrum& given, float width) {
+  Spectrum spectrum = given;
+  if (isCoarse(spectrum)) spectrum.data = resampled(given);
   Measures measures;
   std::vector<float> rgb(3);
   convert(spectrum, VRNT_ENCODING_RGB, VRNT_COLOUR_SPACE_D65, rgb);
@@ -285,7 +323,7 @@ Measures measure(const Spectrum& spectrum, float width) {
     pairs.push_back(end);
     pairs.push_back(0);
   }
-  convert(spectrum, VRNT_ENCODING_SPECTRAL, VRNT_COLOUR_SPACE_E, pairs);
+  convert(given, VRNT_ENCODING_SPECTRAL, VRNT_COLOUR_SPACE_E, pairs);
   for (std::size_t i = 0; i < measures.bands.size(); ++i) measures.bands[i].mean = pairs[2 * i + 3];
   return measures;
 }

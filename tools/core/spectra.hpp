@@ -2,6 +2,8 @@
 #ifndef VRN_CORE_SPECTRA_HPP
 #define VRN_CORE_SPECTRA_HPP
 
+#include <vornath_data/values.h>
+
 #include <array>
 #include <string>
 #include <vector>
@@ -41,13 +43,18 @@ struct Measures {
 /// and an amplitude, a float3 as RGB, or a float as a luminance. Throws Trouble.
 Spectrum spectrumOfText(const std::string& text);
 
+/// Computes the colour of the spectrum struct at a view, under D65. Returns false for a place that
+/// holds none.
+bool colourOf(const vrntValue_t* value, const vrntValueView_t& view, std::array<float, 3>& rgb);
+
 /// Makes a spectrum of each column of a table but the first, which has the wavelengths in nm. The
 /// first line names the columns. `joined` cuts the lines between the points into steps; otherwise
 /// an amplitude holds up to the next wavelength. Throws Trouble, with `name` in front.
 std::vector<Spectrum> spectraOfTable(const std::string& name, const std::string& table,
                                      bool joined);
 
-/// Measures a spectrum in bands of `width` nm from 400 to 700 nm.
+/// Measures a spectrum in bands of `width` nm from 400 to 700 nm. Samples that are more than 5 nm
+/// apart are first cut into steps of 5 nm, since the library takes each sample for one wavelength.
 Measures measure(const Spectrum& spectrum, float width);
 
 /// Draws spectra as an SVG document.
