@@ -90,6 +90,7 @@ class ScenePrinter {
     out_ << colours_.ink(Ink::Heading, nameOf(choices_.file)) << ": scene "
          << idText(vrdmSceneId(scene_)) << ", " << counted(live, "object")
          << (free == 0 ? "" : ", " + counted(free, "free slot")) << "\n";
+    printed_ = true;
     printSettings();
     for (std::uint32_t i = 0; i < vrdmObjectTypeCount(); ++i) {
       for (Index index = 0; index < size(i); ++index) printObject(i, index, Part());
@@ -190,10 +191,17 @@ class ScenePrinter {
     }
   }
 
+  // Puts an empty line between what was printed and what follows.
+  void startBlock() {
+    if (printed_) out_ << "\n";
+    printed_ = true;
+  }
+
   // A heading waits for what follows it.
   void flushHeading() {
     if (heading_.empty()) return;
-    out_ << "\n" << heading_ << "\n";
+    startBlock();
+    out_ << heading_ << "\n";
     heading_.clear();
     shortClass_ = kNoClass;
   }
@@ -201,7 +209,7 @@ class ScenePrinter {
   // Ends a heading that nothing followed, as in one line on the object.
   void endHeading(std::uint32_t objectClass, const std::string& words) {
     // The many meshes of a scene stand below each other.
-    if (shortClass_ != objectClass) out_ << "\n";
+    if (shortClass_ != objectClass) startBlock();
     shortClass_ = objectClass;
     out_ << heading_ << "  " << words << "\n";
     heading_.clear();
@@ -576,6 +584,7 @@ class ScenePrinter {
   const vrdmScene_t* const scene_;
   const Choices& choices_;
   const std::vector<std::string> segments_;
+  bool printed_ = false;
   std::string heading_;
   static constexpr std::uint32_t kNoClass = 0xFFFFFFF0;
   std::uint32_t shortClass_ = kNoClass;  // of the object above, if that took one line
