@@ -383,7 +383,6 @@ void ValueWriter::reference(std::uint64_t word, const vrntType_t* declared, std:
   const char* const block = known != blocks_.end() ? data : nullptr;
   if (block != nullptr) known->second.isOpen = true;
   frames_.push_back({tree, 0, 0, 0, data, block, depth, false, Frame::Kind::Reference});
-  part(tree, 0, data, depth + 1);
 }
 
 // Writes the next part of what is open last, or its end.
@@ -432,6 +431,11 @@ void ValueWriter::step() {
       return;
     }
     case Frame::Kind::Reference: {
+      if (top.index++ == 0) {
+        const auto tree = top.tree;
+        part(tree, 0, top.base, top.depth + 1);
+        return;
+      }
       if (top.block != nullptr) blocks_[top.block].isOpen = false;
       const std::size_t depth = top.depth;
       frames_.pop_back();
