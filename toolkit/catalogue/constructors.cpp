@@ -69,7 +69,9 @@ std::vector<ConstructorModel> constructorsOf(const vrntType_t* enumType) {
                     "the text of an enum does not list its constructors in order");
     }
     if (reader.take('(')) {
-      constructor.fields = "(" + std::string(reader.upTo(")")) + ")";
+      constructor.fields = '(';
+      constructor.fields += reader.upTo(")");
+      constructor.fields += ')';
       reader.take(')');
     }
     const std::string_view annotations = reader.upTo(";");

@@ -76,7 +76,7 @@ class Text {
       limits += limits.empty() ? "in " : ", in ";
       limits += unit;
     }
-    return {'+' + std::to_string(field.offset), field.path, words,
+    return {fmt::format("+{}", field.offset), field.path, words,
             // The fields of a struct have their defaults in lines of their own.
             words.rfind("struct", 0) == 0 ? "" : valueWords(type, field.defaultBytes),
             std::move(limits), std::string(annotationText(type, "name"))};

@@ -1,5 +1,7 @@
 #include "catalogue/words.hpp"
 
+#include <fmt/format.h>
+
 #include <algorithm>
 #include <cstring>
 
@@ -18,10 +20,11 @@ std::string unquoted(std::string text) {
 std::string rangeWords(const vrntType_t* type, const char* low, const char* high) {
   std::string words;
   if (const vrnt::UniqueValue limit = limitOf(type, low)) {
-    words = "from " + unquoted(valueJson(limit.get()));
+    words = fmt::format("from {}", unquoted(valueJson(limit.get())));
   }
   if (const vrnt::UniqueValue limit = limitOf(type, high)) {
-    words += (words.empty() ? "to " : " to ") + unquoted(valueJson(limit.get()));
+    words += words.empty() ? "to " : " to ";
+    words += unquoted(valueJson(limit.get()));
   }
   return words;
 }
@@ -37,7 +40,7 @@ std::string valueWords(const vrntType_t* type, const char* bytes) {
     const std::uint64_t whole = vrntTypeSize(type);
     if (size != 0 && whole > kMost * size &&
         std::memcmp(bytes, bytes + size, static_cast<std::size_t>(whole - size)) == 0) {
-      return "all " + unquoted(valueJson(element.get(), bytes));
+      return fmt::format("all {}", unquoted(valueJson(element.get(), bytes)));
     }
   }
   return unquoted(valueJson(type, bytes));
@@ -47,7 +50,8 @@ std::string limitWords(const vrntType_t* type) {
   std::string words = rangeWords(type, "min", "max");
   const std::string soft = rangeWords(type, "soft_min", "soft_max");
   if (soft.empty()) return words;
-  return words + (words.empty() ? "soft " : "; soft ") + soft;
+  words += words.empty() ? "soft " : "; soft ";
+  return words + soft;
 }
 
 std::string typeWords(const vrntType_t* type) {
@@ -60,9 +64,11 @@ std::string typeWords(const vrntType_t* type) {
       vrntTypeArrayShape(type, shape);
       std::string words = typeWords(vrnt::UniqueType(vrntTypeElementType(type)).get());
       for (std::uint32_t i = 0; i < vrntTypeArrayDimension(type); ++i) {
-        words += (i == 0 ? "[" : ",") + std::to_string(shape[i]);
+        words += i == 0 ? '[' : ',';
+        words += std::to_string(shape[i]);
       }
-      return words + "]";
+      words += ']';
+      return words;
     }
     default:
       return plainTypeText(type);
@@ -74,12 +80,14 @@ std::vector<std::string> furtherWords(const vrntType_t* type) {
   for (std::uint32_t i = 0; i < vrntMetadataSize(type); ++i) {
     const char* const key = vrntMetadataName(type, i);
     if (!isFurtherAnnotation(key)) continue;
-    std::string words = std::string("@") + key;
+    std::string words = "@";
+    words += key;
     if (vrntMetadataType(type, key) == VRNT_METADATA_TEXT) {
       words += ' ';
       words += annotationText(type, key);
     } else if (const vrnt::UniqueValue value = annotationValue(type, key)) {
-      words += ' ' + unquoted(valueJson(value.get()));
+      words += ' ';
+      words += unquoted(valueJson(value.get()));
     }
     all.push_back(std::move(words));
   }
