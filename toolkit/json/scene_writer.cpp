@@ -47,9 +47,7 @@ void SceneWriter::string(std::string_view text) {
   out_.put(text_);
 }
 
-void SceneWriter::document() {
-  out_.put('{');
-  bool isFirst = true;
+void SceneWriter::headMembers(bool& isFirst) {
   member(isFirst, "format", 1);
   out_.put("\"vornath-scene\"");
   member(isFirst, "formatVersion", 1);
@@ -68,6 +66,20 @@ void SceneWriter::document() {
     member(isFirst, "scene", 1);
     sceneGroups(1);
   }
+}
+
+void SceneWriter::head() {
+  out_.put('{');
+  bool isFirst = true;
+  headMembers(isFirst);
+  out_.line(0);
+  out_.put('}');
+}
+
+void SceneWriter::document() {
+  out_.put('{');
+  bool isFirst = true;
+  headMembers(isFirst);
   member(isFirst, "objects", 1);
   out_.put('{');
   bool isFirstClass = true;
@@ -129,6 +141,10 @@ void SceneWriter::groupsOf(const ClassDescription& description, const char* byte
   out_.put('}');
 }
 
+void SceneWriter::groups(std::uint32_t objectClass, std::int32_t index, std::size_t depth) {
+  groupsOf(catalogue_.of(objectClass), groupBytes(scene_, objectClass, index), depth);
+}
+
 void SceneWriter::group(const ClassDescription& description, std::uint32_t group, const char* bytes,
                         std::size_t depth) {
   const GroupLayout& layout = description.groups.groups[group];
@@ -176,25 +192,30 @@ void SceneWriter::slots(const ClassDescription& description, std::int32_t index,
   bool isFirst = true;
   for (const SlotLayout& slot : description.slots) {
     const std::int32_t word = vrdmGetReference(scene_, objectClass, index, slot.slot);
-    const bool list = isList(slot.info);
-    if (!options_.full && word == (list ? 0 : -1)) continue;
+    if (!options_.full && word == (isList(slot.info) ? 0 : -1)) continue;
     member(isFirst, slot.info.name, depth + 1);
-    if (!list) {
-      slotWord(slot.info, word);
-      continue;
-    }
-    const std::int32_t* const words = vrdmGetReferenceList(scene_, objectClass, index, slot.slot);
-    out_.put('[');
-    for (std::int32_t i = 0; i < word; ++i) {
-      if (i != 0) out_.put(',');
-      out_.line(depth + 2);
-      slotWord(slot.info, words[i]);
-    }
-    if (word != 0) out_.line(depth + 1);
-    out_.put(']');
+    this->slot(slot, objectClass, index, depth + 1);
   }
   if (!isFirst) out_.line(depth);
   out_.put('}');
+}
+
+void SceneWriter::slot(const SlotLayout& slot, std::uint32_t objectClass, std::int32_t index,
+                       std::size_t depth) {
+  const std::int32_t word = vrdmGetReference(scene_, objectClass, index, slot.slot);
+  if (!isList(slot.info)) {
+    slotWord(slot.info, word);
+    return;
+  }
+  const std::int32_t* const words = vrdmGetReferenceList(scene_, objectClass, index, slot.slot);
+  out_.put('[');
+  for (std::int32_t i = 0; i < word; ++i) {
+    if (i != 0) out_.put(',');
+    out_.line(depth + 1);
+    slotWord(slot.info, words[i]);
+  }
+  if (word != 0) out_.line(depth);
+  out_.put(']');
 }
 
 void SceneWriter::slotWord(const vrdmReferenceInfo& slot, std::int32_t word) {

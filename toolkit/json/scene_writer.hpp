@@ -37,6 +37,8 @@ class SceneWriter {
   /// The whole document, with a line feed at its end.
   void document();
 
+  /// The members of the document without the objects, as an object.
+  void head();
   /// All scene-wide groups.
   void sceneGroups(std::size_t depth);
   /// The array of all slots of a class.
@@ -46,13 +48,18 @@ class SceneWriter {
   /// One group; `bytes` is where all groups of the object are.
   void group(const ClassDescription& description, std::uint32_t group, const char* bytes,
              std::size_t depth);
+  /// All groups of an object.
+  void groups(std::uint32_t objectClass, std::int32_t index, std::size_t depth);
   void slots(const ClassDescription& description, std::int32_t index, std::size_t depth);
+  void slot(const SlotLayout& slot, std::uint32_t objectClass, std::int32_t index,
+            std::size_t depth);
   void value(std::uint32_t objectClass, std::int32_t index, std::size_t depth);
 
  private:
   // Starts the next member of an object on a line of its own.
   void member(bool& isFirst, std::string_view key, std::size_t depth);
   void string(std::string_view text);
+  void headMembers(bool& isFirst);
   void instance(const ClassDescription& description, std::int32_t index, std::size_t depth);
   void groupsOf(const ClassDescription& description, const char* bytes, std::size_t depth);
   void slotWord(const vrdmReferenceInfo& slot, std::int32_t word);

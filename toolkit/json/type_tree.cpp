@@ -246,6 +246,22 @@ class TreeBuilder {
   bool references_ = false;
 };
 
+std::optional<std::uint32_t> EnumLabels::code(std::string_view label) const {
+  constexpr std::size_t kFew = 16;
+  if (names.size() <= kFew) {
+    for (std::uint32_t i = 0; i < names.size(); ++i) {
+      if (names[i] == label) return i;
+    }
+    return std::nullopt;
+  }
+  if (codes_.empty()) {
+    for (std::uint32_t i = 0; i < names.size(); ++i) codes_.emplace(names[i], i);
+  }
+  const auto found = codes_.find(label);
+  if (found == codes_.end()) return std::nullopt;
+  return found->second;
+}
+
 TypeTree::TypeTree(const vrntType_t* type) : type_(vrntTypeCopy(type)), size_(vrntTypeSize(type)) {
   TreeBuilder(*this).run(type);
 }

@@ -6,6 +6,7 @@
 #include <cstddef>
 #include <cstdint>
 #include <memory>
+#include <optional>
 #include <string>
 #include <string_view>
 #include <unordered_map>
@@ -33,6 +34,12 @@ enum class Part : std::uint8_t {
 struct EnumLabels {
   std::vector<std::string> names;
   std::vector<std::string> json;  ///< as they stand in a document
+
+  /// Returns the code of a label, or nothing.
+  std::optional<std::uint32_t> code(std::string_view label) const;
+
+ private:
+  mutable std::unordered_map<std::string_view, std::uint32_t> codes_;  // of an enum of many
 };
 
 struct TypeNode {

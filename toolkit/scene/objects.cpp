@@ -1,5 +1,6 @@
 #include "scene/objects.hpp"
 
+#include <cstdlib>
 #include <cstring>
 #include <new>
 #include <string_view>
@@ -166,6 +167,59 @@ Target targetOf(const vrdmScene_t* scene, const vrdmReferenceInfo& slot, std::in
     return {Target::Kind::Word, 0, word};
   }
   return target;
+}
+
+namespace {
+
+void countChange(vrdmScene_t* scene, std::uint32_t objectClass) {
+  ++scene->versions.version;
+  ++scene->versions.classes[objectClass];
+}
+
+// Calls a function with a program or an asset for writing. The scene does not count the references
+// of such objects, since they have none, so it makes no difference to it that it hands them out.
+template <ObjectKind kKind, typename Function>
+void withElement(vrdmScene_t* scene, std::uint32_t objectClass, std::int32_t index,
+                 Function&& function) {
+  vrnt::data::visitClass(
+      objectClass,
+      [&](auto tag) {
+        using Desc = typename decltype(tag)::Desc;
+        if constexpr (ClassInfo<Desc>::kKind == kKind) {
+          function(scene->container<Desc>().at(index));
+          countChange(scene, objectClass);
+        }
+      },
+      [] {});
+}
+
+}  // namespace
+
+void replaceProgram(vrdmScene_t* scene, std::uint32_t objectClass, std::int32_t index,
+                    const std::string& text) {
+  auto* const copy = static_cast<char*>(std::malloc(text.size() + 1));
+  if (copy == nullptr) throw std::bad_alloc();
+  std::memcpy(copy, text.c_str(), text.size() + 1);
+  withElement<ObjectKind::Program>(scene, objectClass, index, [&](auto& program) {
+    std::free(program.text);
+    program.text = copy;
+    program.length = text.size();
+    program.id = vrnt::UniqueId::hash(copy, text.size());
+  });
+}
+
+void replaceAsset(vrdmScene_t* scene, std::uint32_t objectClass, std::int32_t index,
+                  const void* record, AssetStorage* storage) {
+  withElement<ObjectKind::Asset>(scene, objectClass, index, [&](auto& asset) {
+    std::memcpy(static_cast<void*>(&asset.desc), record, sizeof(asset.desc));
+    asset.storage = vrnt::data::AssetHandle::share(storage);
+  });
+}
+
+void setAssetId(vrdmScene_t* scene, std::uint32_t objectClass, std::int32_t index, const void* id) {
+  withElement<ObjectKind::Asset>(scene, objectClass, index, [id](auto& asset) {
+    std::memcpy(static_cast<void*>(&asset.id), id, sizeof(asset.id));
+  });
 }
 
 }  // namespace vrtk

@@ -79,6 +79,17 @@ struct Target {
 /// Reads a word. An index beyond the slots of its class is a mere word.
 Target targetOf(const vrdmScene_t* scene, const vrdmReferenceInfo& slot, std::int32_t word);
 
+/// Replace the text of a live program, or the record and the bytes of a live asset, which keeps its
+/// id. They count as changes of the class and of the scene. Throw std::bad_alloc and change
+/// nothing.
+void replaceProgram(vrdmScene_t* scene, std::uint32_t objectClass, std::int32_t index,
+                    const std::string& text);
+void replaceAsset(vrdmScene_t* scene, std::uint32_t objectClass, std::int32_t index,
+                  const void* record, AssetStorage* storage);
+
+/// Sets the id of a live asset.
+void setAssetId(vrdmScene_t* scene, std::uint32_t objectClass, std::int32_t index, const void* id);
+
 }  // namespace vrtk
 
 #endif
