@@ -152,7 +152,7 @@ class TreeBuilder {
     node.part = part;
     node.type = type;
     node.offset = offset;
-    node.size = vrntTypeSize(type);
+    node.size = type != nullptr ? vrntTypeSize(type) : 0;
     node.end = static_cast<std::uint32_t>(tree_.nodes_.size() + 1);
     tree_.nodes_.push_back(node);
     return tree_.nodes_.back();
