@@ -40,6 +40,25 @@ void expectPatchLeads(const vrdmScene_t* a, const vrdmScene_t* b) {
   EXPECT_EQ(patched, expected) << patch.substr(0, 2000);
 }
 
+// Applies the patch to the scene, too.
+void expectScenePatchLeads(const vrdmScene_t* a, const vrdmScene_t* b) {
+  const std::string patch = patchOf(a, b);
+  vrdmScene_t* patched = nullptr;
+  vrtkError* error = nullptr;
+  const std::uint32_t status =
+      vrtkScenePatch(a, patch.data(), patch.size(), nullptr, &patched, nullptr, &error);
+  const ToolkitError owner(error);
+  ASSERT_EQ(status, VRTK_OK) << vrtkErrorMessage(error) << "\n" << patch.substr(0, 2000);
+  const SceneHandle scene(patched);
+  EXPECT_EQ(patchOf(patched, b), "[]\n");
+  vrtkDigestOptions options = VRTK_DIGEST_OPTIONS_INIT;
+  options.includeIds = 1;
+  char digests[2][VRTK_DIGEST_LENGTH] = {};
+  EXPECT_EQ(vrtkSceneDigest(patched, &options, digests[0], nullptr), VRTK_OK);
+  EXPECT_EQ(vrtkSceneDigest(b, &options, digests[1], nullptr), VRTK_OK);
+  EXPECT_STREQ(digests[0], digests[1]);
+}
+
 SceneHandle copyOf(const vrdmScene_t* scene) {
   const std::string bytes = bytesOf(scene);
   vrdmScene_t* read = nullptr;
@@ -79,6 +98,9 @@ TEST(vrtkSceneDiffPatch, LeadsBetweenScenesOfAllClassesAndAnEmptyOne) {
   expectPatchLeads(empty.get(), scene.get());
   expectPatchLeads(scene.get(), empty.get());
   expectPatchLeads(scene.get(), other.get());
+  expectScenePatchLeads(empty.get(), scene.get());
+  expectScenePatchLeads(scene.get(), empty.get());
+  expectScenePatchLeads(scene.get(), other.get());
 }
 
 TEST(vrtkSceneDiffPatch, HasTheBytesOfAssetsThatDiffer) {
@@ -132,6 +154,7 @@ TEST(vrtkSceneDiffPatch, LeadsBetweenValuesOfAllKinds) {
         vrdmSetInstanceValue(scenes[i].get(), VRDM_CLASS_MATERIAL, 0, value.get());
       }
       expectPatchLeads(scenes[0].get(), scenes[1].get());
+      expectScenePatchLeads(scenes[0].get(), scenes[1].get());
     }
   }
 }
@@ -170,6 +193,8 @@ TEST(vrtkSceneDiffPatch, LeadsToWhateverADamagedFileHolds) {
     const SceneHandle owner(changed);
     expectPatchLeads(scene.get(), changed);
     expectPatchLeads(changed, scene.get());
+    expectScenePatchLeads(scene.get(), changed);
+    expectScenePatchLeads(changed, scene.get());
     ++patches;
   }
   EXPECT_GT(patches, 10);

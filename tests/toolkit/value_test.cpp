@@ -489,5 +489,143 @@ TEST(vrtkValueCoerce, TellsWhatDoesNotFitUnlessItIsLenient) {
             "a value of the type { int a; } does not fit the type float");
 }
 
+std::string described(const char* type, std::uint32_t form = VRTK_DESCRIPTION_JSON) {
+  char* text = nullptr;
+  EXPECT_EQ(vrtkTypeDescribe(typeOf(type).get(), form, &text, nullptr), VRTK_OK);
+  const std::string copy = text != nullptr ? text : "";
+  vrtkStringDestroy(text);
+  return copy;
+}
+
+std::string described(const vrntValue_t* value, const char* type,
+                      std::uint32_t form = VRTK_DESCRIPTION_JSON) {
+  const TypeHandle parsed = type != nullptr ? typeOf(type) : nullptr;
+  char* text = nullptr;
+  vrtkError* error = nullptr;
+  EXPECT_EQ(vrtkValueDescribe(value, parsed.get(), form, &text, &error), VRTK_OK)
+      << (error != nullptr ? vrtkErrorMessage(error) : "");
+  vrtkErrorDestroy(error);
+  const std::string copy = text != nullptr ? text : "";
+  vrtkStringDestroy(text);
+  return copy;
+}
+
+TEST(vrtkTypeDescribe, HasTheLayoutWithDefaultsAndLimitsAsJson) {
+  EXPECT_EQ(described("{ float @default=0.5 @desc=\"Shine\" @max=1.0 @name=\"Gloss\" gloss; float3 "
+                      "v; { enum { A @name=\"First\"; B; } e; int i; }[2] list; }"),
+            R"({
+  "type": "{ float @default=0.5 @desc=\"Shine\" @max=1.0 @name=\"Gloss\" gloss; float3 v; { enum { A @name=\"First\"; B; } e; int i; }[2] list; }",
+  "canonical": "{ float gloss; float3 v; { enum { A; B; } e; int i; }[2] list; }",
+  "kind": "struct",
+  "concrete": true,
+  "size": 48,
+  "alignment": 16,
+  "layout": [
+    { "path": "gloss", "offset": 0, "size": 4, "alignment": 4, "type": "float", "kind": "float", "default": 0.5, "max": 1.0, "softMax": 1.0, "name": "Gloss", "description": "Shine" },
+    { "path": "v", "offset": 16, "size": 16, "alignment": 16, "type": "float3", "kind": "float", "default": [0.0, 0.0, 0.0] },
+    { "path": "list", "offset": 32, "size": 16, "alignment": 4, "type": "{ enum { A; B; } e; int i; }[2]", "kind": "array" },
+    { "path": "list[]/e", "offset": 32, "size": 4, "alignment": 4, "type": "enum { A; B; }", "kind": "enum", "default": "A", "choices": [{ "label": "A", "name": "First" }, { "label": "B" }] },
+    { "path": "list[]/i", "offset": 36, "size": 4, "alignment": 4, "type": "int", "kind": "int", "default": 0 }
+  ]
+}
+)");
+}
+
+TEST(vrtkTypeDescribe, HasOnePartForATypeThatIsNoStruct) {
+  EXPECT_NE(described("int[2,3]").find("{ \"path\": \"\", \"offset\": 0, \"size\": 24"),
+            std::string::npos);
+  EXPECT_NE(described("float[]").find("\"concrete\": false"), std::string::npos);
+  EXPECT_NE(described("{ }").find("\"layout\": []"), std::string::npos);
+  EXPECT_NE(described("{ float[]* p; }").find("\"kind\": \"reference\" }"), std::string::npos);
+}
+
+TEST(vrtkTypeDescribe, IsATableAsText) {
+  EXPECT_EQ(described("{ float @default=0.5 @max=1.0 @min=0.0 @unit=\"m\" gloss; int @min=1 n; }",
+                      VRTK_DESCRIPTION_TEXT),
+            "{ float @default=0.5 @max=1.0 @min=0.0 @unit=\"m\" gloss; int @min=1 n; }\n"
+            "8 bytes, aligned to 4\n\n"
+            "OFFSET  SIZE  TYPE   PART   DEFAULT  LIMITS      UNIT\n"
+            "     0     4  float  gloss  0.5      0.0 to 1.0  m\n"
+            "     4     4  int    n      0        from 1\n");
+}
+
+TEST(vrtkTypeDescribe, TakesEachGroupOfTheCatalogueAndDeepTypes) {
+  for (std::uint32_t c = 0; c < kClasses; ++c) {
+    for (std::uint32_t g = 0; g < vrdmFieldCount(c); ++g) {
+      const TypeHandle type(vrdmFieldType(c, g));
+      for (const std::uint32_t form : {VRTK_DESCRIPTION_TEXT, VRTK_DESCRIPTION_JSON}) {
+        char* text = nullptr;
+        EXPECT_EQ(vrtkTypeDescribe(type.get(), form, &text, nullptr), VRTK_OK);
+        vrtkStringDestroy(text);
+      }
+    }
+  }
+  std::string type = "float";
+  for (int i = 0; i < 500; ++i) type = "{ " + type + " abcdefgh; }";
+  EXPECT_NE(described(type.c_str()).find("abcdefgh/abcdefgh"), std::string::npos);
+}
+
+TEST(vrtkValueDescribe, HasTextDataAndLeavesAsJson) {
+  const ValueHandle value =
+      parseValue("{ a = 2.0; v = int2(1, 2); list = [ 1.0, 2.0 ]; p = &{ x = 1; }; }");
+  EXPECT_EQ(described(value.get(), "{ float @max=1.0 a; int2 v; float[2] list; { int x; }* p; }"),
+            R"({
+  "type": "{ float a; int2 v; float[2] list; { int x; }* p; }",
+  "size": 32,
+  "alignment": 8,
+  "text": "{ a = 2.0; v = int2(1, 2); list = [ 1.0, 2.0 ]; p = &{ x = 1; }; }",
+  "data": {
+    "a": 2.0,
+    "v": [1, 2],
+    "list": [1.0, 2.0],
+    "p": {
+      "to": {
+        "x": 1
+      }
+    }
+  },
+  "leaves": [
+    { "path": "a", "offset": 0, "type": "float", "value": 2.0, "default": 0.0, "outside": "2.0 is above the maximum, 1.0" },
+    { "path": "v", "offset": 8, "type": "int2", "value": [1, 2], "default": [0, 0] },
+    { "path": "list", "offset": 16, "type": "float[2]", "value": [1.0, 2.0], "default": [0.0, 0.0] },
+    { "path": "p", "offset": 24, "type": "{ int x; }*", "value": { "type": "{ int x; }" } },
+    { "path": "p/to/x", "offset": 0, "type": "int", "value": 1 }
+  ]
+}
+)");
+}
+
+TEST(vrtkValueDescribe, IsATableAsText) {
+  const ValueHandle value = parseValue("[ { a = 1; }, { a = 2; } ]");
+  EXPECT_EQ(described(value.get(), nullptr, VRTK_DESCRIPTION_TEXT),
+            "[ { a = 1; }, { a = 2; } ]\n{ int a; }[2]\n8 bytes, aligned to 4\n\n"
+            "OFFSET  TYPE  PART  VALUE  DEFAULT\n"
+            "     0  int   0/a   1\n"
+            "     4  int   1/a   2\n");
+}
+
+TEST(vrtkValueDescribe, ReportsAnotherTypeACycleAndAnotherForm) {
+  const ValueHandle value = parseValue("{ p = $( 0 : void* ); }");
+  char* text = nullptr;
+  EXPECT_EQ(vrtkValueDescribe(value.get(), typeOf("int").get(), 0, &text, nullptr),
+            VRTK_VALUE_TYPE);
+  EXPECT_EQ(vrtkValueDescribe(value.get(), nullptr, 2, &text, nullptr), VRTK_INVALID_ARGUMENT);
+  EXPECT_EQ(vrtkTypeDescribe(typeOf("int").get(), 2, &text, nullptr), VRTK_INVALID_ARGUMENT);
+  // No call makes a cycle: write the word itself.
+  *static_cast<void**>(vrntValueData(value.get())) = vrntValueData(value.get());
+  EXPECT_EQ(vrtkValueDescribe(value.get(), nullptr, 0, &text, nullptr), VRTK_VALUE_CYCLE);
+  *static_cast<void**>(vrntValueData(value.get())) = nullptr;
+  EXPECT_EQ(text, nullptr);
+}
+
+TEST(vrtkValueDescribe, ShowsACodeWithoutANameAsItsNumber) {
+  const ValueHandle value = parseValue("{ e = A : enum { A; }; }");
+  const std::int32_t code = 7;
+  std::memcpy(vrntValueData(value.get()), &code, sizeof(code));
+  const std::string text = described(value.get(), nullptr);
+  EXPECT_NE(text.find("\"text\": null"), std::string::npos);
+  EXPECT_NE(text.find("\"value\": 7"), std::string::npos);
+}
+
 }  // namespace
 }  // namespace vornath_test
