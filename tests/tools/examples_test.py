@@ -60,7 +60,8 @@ class Examples(Case):
                              escaped)
             escaped = re.sub(r"sha256:[0-9a-f]{64}", r"sha256:[0-9a-f]{64}", escaped)
             pattern += escaped + r"\n"
-        self.assertRegex(printed, r"\A" + pattern + r"\Z", line)
+        if not re.fullmatch(pattern, printed):
+            self.fail("$ %s\nprints\n%s\nand not\n%s" % (line, printed, expected))
 
 
 if __name__ == "__main__":

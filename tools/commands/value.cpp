@@ -14,10 +14,12 @@ struct Choices {
   std::string as;
   std::string coerce;
   bool lenient = false;
+  bool hasAs = false;
+  bool hasCoerce = false;
 };
 
 int describe(Session& session, const Choices& choices) {
-  if (choices.lenient && choices.coerce.empty()) {
+  if (choices.lenient && !choices.hasCoerce) {
     throw Trouble("--lenient: it belongs to --coerce; give --coerce TYPE");
   }
   const std::string text = choices.text == "-" ? readAll("-") : choices.text;
@@ -29,7 +31,7 @@ int describe(Session& session, const Choices& choices) {
   {
     ErrorOut error;
     std::uint32_t status = VRTK_OK;
-    if (choices.as.empty()) {
+    if (!choices.hasAs) {
       status = vrtkValueParse(text.c_str(), &made, error);
     } else {
       annotated = parseType("--as", choices.as);
@@ -38,7 +40,7 @@ int describe(Session& session, const Choices& choices) {
     if (status != VRTK_OK) raiseAbout("TEXT", text, error);
   }
   vrnt::UniqueValue value(made);
-  if (!choices.coerce.empty()) {
+  if (choices.hasCoerce) {
     annotated = parseType("--coerce", choices.coerce);
     vrntValue_t* coerced = nullptr;
     ErrorOut error;
@@ -72,7 +74,12 @@ Run declare(Options& options) {
                "convert the value to this type; what does not fit is an error");
   options.flag("--lenient", choices->lenient,
                "with --coerce, keep the default for what does not fit");
-  return [choices](Session& session) { return describe(session, *choices); };
+  const Options* const declared = &options;
+  return [choices, declared](Session& session) {
+    choices->hasAs = declared->given("--as");
+    choices->hasCoerce = declared->given("--coerce");
+    return describe(session, *choices);
+  };
 }
 
 }  // namespace
