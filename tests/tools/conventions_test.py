@@ -92,6 +92,8 @@ class WrongUsage(Case):
                       ("diff", "box.vrnscene", "box.vrnscene", "--tolerance", "x"),
                       ("diff", "box.vrnscene", "box.vrnscene", "--tolerance", "nan"),
                       ("diff", "box.vrnscene", "box.vrnscene", "--abs", "-1"),
+                      ("check", "box.vrnscene", "--max-messages", "1.5"),
+                      ("check", "box.vrnscene", "--max-messages", "-1"),
                       ("show", "box.vrnscene", "--color", "blue")]:
             self.trouble(*words)
 

@@ -35,7 +35,7 @@ class Show(Case):
         for address, line in [
                 ("Camera/0/groups/General/shutter_open", "    shutter_open  0"),
                 ("Camera/0/groups/Backplate/image/wrapmode", "    image/wrapmode/u  REPEAT"),
-                ("Camera/0/slots/program", "  program    CameraProgram 0"),
+                ("Camera/0/slots/program", "  program  CameraProgram 0"),
                 ("scene/Raytracer/ray_epsilon", "    ray_epsilon  1e-05 m  default 0.0001 m"),
                 ("scene/Rasterizer", "  Rasterizer"),
                 ("CameraProgram/0/text", "  | camera pinhole(float focal_length, float2 film_size)"),

@@ -27,8 +27,7 @@ void printMessage(Session& session, const vrtkMessage& message, std::size_t code
     out << colours.ink(Ink::Faint, " at byte " + std::to_string(message.offset));
   }
   out << "\n";
-  const std::size_t columns = std::max<std::size_t>(session.columns(), 60);
-  for (const std::string& line : wrapped(oneLine(message.message), columns - 11)) {
+  for (const std::string& line : wrapped(oneLine(message.message), session.wrapColumns() - 11)) {
     out << "           " << line << "\n";
   }
 }
@@ -74,19 +73,18 @@ int printReport(Session& session, const Choices& choices, const std::string& pat
 
 Run declare(Options& options) {
   struct All : Choices {
-    double maxMessages = 100;
+    std::uint64_t maxMessages = 100;
   };
   auto choices = std::make_shared<All>();
   options.arguments("FILE", Kind::SceneFile, 1, choices->files,
                     "scene files; - for standard input");
   options.flag("--strict", choices->strict, "exit with 1 also if there are only warnings");
   options.flag("-q,--quiet", choices->quiet, "print no messages, and nothing about good files");
-  options.number("--max-messages", "N", choices->maxMessages,
-                 "print at most N messages for a file, 100 by default");
+  options.count("--max-messages", "N", choices->maxMessages,
+                "print at most N messages for a file, 100 by default");
   return [choices](Session& session) {
-    constexpr double kMost = 1e6;
-    return forEachReport(session, choices->files,
-                         static_cast<std::uint64_t>(std::min(choices->maxMessages, kMost)),
+    constexpr std::uint64_t kMost = 1000000;
+    return forEachReport(session, choices->files, std::min(choices->maxMessages, kMost),
                          [&](const std::string& path, const vrtkReport* report) {
                            return printReport(session, *choices, path, report);
                          });

@@ -45,8 +45,7 @@ void printLine(Session& session, const Line& line, std::size_t addressWidth) {
     if (!line.now.empty()) out << "  " << colours.ink(Ink::Good, line.now);
   } else {
     const std::size_t left = std::max(addressWidth, width(line.address));
-    const bool fits = left + width(line.old) + width(line.now) + 8 <=
-                      std::max<std::size_t>(session.columns(), 80);
+    const bool fits = left + width(line.old) + width(line.now) + 8 <= session.wrapColumns();
     out << "  " << (fits ? padded(line.address, addressWidth) + "  " : line.address + "\n      ")
         << colours.ink(Ink::Error, line.old) << (fits ? " -> " : "\n   -> ")
         << colours.ink(Ink::Good, line.now);

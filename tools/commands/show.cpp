@@ -311,27 +311,34 @@ class ScenePrinter {
   bool printSlots(std::uint32_t objectClass, Index index, const Part& part) {
     const std::uint32_t count = vrdmReferenceCount(objectClass);
     std::vector<std::string> names;
-    std::size_t widest = 0;
     for (std::uint32_t slot = 0; slot < count; ++slot) {
       names.emplace_back(vrdmReferenceType(objectClass, slot).name);
-      widest = std::max(widest, names.back().size());
     }
     if (part.kind == "slots" && !part.name.empty() &&
         std::find(names.begin(), names.end(), part.name) == names.end()) {
       failAt(3, "the slots of " + segments_[0], names);
     }
-    bool printed = false;
+    struct Row {
+      std::string name;
+      std::vector<std::string> targets;
+    };
+    std::vector<Row> rows;
+    std::size_t widest = 0;
     for (std::uint32_t slot = 0; slot < count; ++slot) {
       if (part.kind == "slots" && !part.name.empty() && part.name != names[slot]) continue;
       const vrdmReferenceInfo info = vrdmReferenceType(objectClass, slot);
       const bool asked = choices_.all || part.kind == "slots";
-      const std::vector<std::string> targets = targetsOf(objectClass, index, slot, info, asked);
+      std::vector<std::string> targets = targetsOf(objectClass, index, slot, info, asked);
       if (targets.empty()) continue;
-      flushHeading();
-      out_ << "  " << padded(names[slot], widest) << "  ";
+      widest = std::max(widest, names[slot].size());
+      rows.push_back({names[slot], std::move(targets)});
+    }
+    if (!rows.empty()) flushHeading();
+    for (const Row& row : rows) {
+      out_ << "  " << padded(row.name, widest) << "  ";
       std::size_t at = widest + 4;
-      for (std::size_t i = 0; i < targets.size(); ++i) {
-        const std::string text = targets[i] + (i + 1 < targets.size() ? "," : "");
+      for (std::size_t i = 0; i < row.targets.size(); ++i) {
+        const std::string text = row.targets[i] + (i + 1 < row.targets.size() ? "," : "");
         if (i != 0 && at + 1 + text.size() > columns_) {
           out_ << "\n" << std::string(widest + 4, ' ');
           at = widest + 4;
@@ -346,9 +353,8 @@ class ScenePrinter {
         out_ << colours_.ink(bad ? Ink::Warning : Ink::Reference, text);
       }
       out_ << "\n";
-      printed = true;
     }
-    return printed;
+    return !rows.empty();
   }
 
   // Returns texts for what a slot refers to; none if that is not worth a line.

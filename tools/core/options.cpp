@@ -137,6 +137,22 @@ void Options::number(const char* names, const char* value, double& to, const cha
   });
 }
 
+void Options::count(const char* names, const char* value, std::uint64_t& to, const char* text) {
+  OptionInfo info;
+  info.names = split(names);
+  info.value = value;
+  info.kind = Kind::Number;
+  info.text = text;
+  const std::string name = info.name();
+  declareValue(std::move(info), names, [&to, name](const std::string& given) {
+    const char* const last = given.data() + given.size();
+    const auto [end, error] = std::from_chars(given.data(), last, to);
+    if (error != std::errc() || end != last) {
+      throw Trouble(name + ": it takes a whole number, not " + shellWord(given));
+    }
+  });
+}
+
 void Options::size(const char* names, const char* value, std::uint64_t& to, const char* text) {
   OptionInfo info;
   info.names = split(names);

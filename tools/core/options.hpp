@@ -48,6 +48,8 @@ class Options {
   void text(const char* names, const char* value, Kind kind, std::string& to, const char* text);
   /// A number that is finite and not negative.
   void number(const char* names, const char* value, double& to, const char* text);
+  /// A whole number.
+  void count(const char* names, const char* value, std::uint64_t& to, const char* text);
   void size(const char* names, const char* value, std::uint64_t& to, const char* text);
   void choice(const char* names, const char* value, std::vector<std::string> choices,
               std::string& to, const char* text);

@@ -5,6 +5,7 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <cerrno>
 #include <cstring>
 #include <utility>
@@ -103,6 +104,10 @@ Session::Session(std::string command, const CommonOptions& options)
     : command_(std::move(command)), options_(options), colours_(options.color, STDOUT_FILENO) {}
 
 std::size_t Session::columns() const { return isTerminal(STDOUT_FILENO) ? terminalColumns() : 100; }
+
+std::size_t Session::wrapColumns() const {
+  return isTerminal(STDOUT_FILENO) ? std::max<std::size_t>(terminalColumns(), 60) : 1000000;
+}
 
 void Session::tell(std::string_view message) const {
   vrn::tell("vrn " + command_ + ": " + oneLine(message) + "\n");

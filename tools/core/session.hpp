@@ -49,8 +49,10 @@ class Session {
   Output& out() { return out_; }
   /// The colours of standard output.
   const Colours& colours() const { return colours_; }
-  /// The columns that texts on standard output may take.
+  /// The columns that tables on standard output may take: those of the terminal, or 100.
   std::size_t columns() const;
+  /// The columns at which sentences are broken. Those that go to another program are not.
+  std::size_t wrapColumns() const;
 
   /// Prints one line on standard error, `vrn COMMAND: MESSAGE`.
   void tell(std::string_view message) const;
