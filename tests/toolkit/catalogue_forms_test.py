@@ -295,7 +295,8 @@ class Schema(unittest.TestCase):
                 (["objects", "Mesh", 0, "desc", "triangles"], -1), (["objects", "Mesh", 0, "desc", "triangles"], "12"),
                 (["objects", "Texture", 0, "desc", "format"], "RGB99"),
                 (["objects", "Mesh", 0, "bytes", "sha256"], "00"), (["objects", "Texture", 0, "bytes", "base64"], "A?"),
-                (["objects", "MaterialProgram", 0, "text"], 7)):
+                (["objects", "MaterialProgram", 0, "text"], 7), (["objects", "MaterialProgram", 0], {}),
+                (["objects", "Mesh", 0], {}), (["objects", "Texture", 0, "bytes", "file"], "a.bin")):
             self.assertFalse(VALIDATOR.is_valid(changed(place, value)), (place, value))
 
     def test_describes_one_object_for_a_class_and_one_group_for_a_group(self):

@@ -107,7 +107,7 @@ class Schema {
     }
     writer_.jsonMember(
         "id",
-        R"({ "type": "string", "pattern": "^[0-9a-f]{8}-[0-9a-f]{4}-[0-9a-f]{4}-[0-9a-f]{4}-[0-9a-f]{12}$" })");
+        R"({ "type": "string", "pattern": "^[0-9A-Fa-f]{8}(-[0-9A-Fa-f]{4}){3}-[0-9A-Fa-f]{12}$" })");
     writer_.jsonMember("slot", kSlot);
     writer_.jsonMember("bytes", kBytes);
     writer_.jsonMember("value", kValue);
@@ -130,8 +130,9 @@ class Schema {
   void object(const ClassModel& model) {
     writer_.jsonMember("type", R"(["object", "null"])");
     if (const auto& members = assetMembers(model.number); !members.empty()) {
-      writer_.jsonMember("required", R"(["desc", "bytes"])");
+      writer_.jsonMember("required", R"(["desc"])");
     }
+    if (model.kind == VRDM_KIND_PROGRAM) writer_.jsonMember("required", R"(["text"])");
     writer_.key("properties");
     writer_.beginObject();
     if (model.kind == VRDM_KIND_PROGRAM) {
@@ -443,8 +444,8 @@ class Schema {
       R"({ "type": "object", "properties": { "file": { "type": "string" }, )"
       R"("base64": { "type": "string", "pattern": "^[A-Za-z0-9+/]*={0,2}$" }, )"
       R"("size": { "type": "integer", "minimum": 0 }, )"
-      R"("sha256": { "type": "string", "pattern": "^[0-9a-f]{64}$" } }, )"
-      R"("additionalProperties": false })";
+      R"("sha256": { "type": "string", "pattern": "^[0-9A-Fa-f]{64}$" } }, )"
+      R"("not": { "required": ["file", "base64"] }, "additionalProperties": false })";
   static constexpr std::string_view kValue =
       R"({ "type": ["object", "null"], "properties": { "type": { "type": "string" }, )"
       R"("data": true, "shared": { "type": "string" } }, "anyOf": [{ "required": ["type", "data"] }, )"
