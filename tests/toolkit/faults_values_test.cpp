@@ -138,5 +138,166 @@ TEST(vrtkSceneDump, ReportsEachFailedAllocation) {
   failEachAllocation([&] { return vrtkSceneDump(scene.get(), take, nullptr, nullptr); });
 }
 
+TEST(vrtkSceneDiffPatch, ReportsEachFailedAllocation) {
+  const SceneHandle a = sceneOfAllClasses();
+  const SceneHandle b = sceneOfAllClasses();
+  vrdmSetReference(b.get(), VRDM_CLASS_LIGHT_GROUP, 0, 0, 4);
+  failEachAllocation([&] {
+    char* json = nullptr;
+    const std::uint32_t status = vrtkSceneDiffPatch(a.get(), b.get(), nullptr, &json, nullptr);
+    EXPECT_EQ(json != nullptr, status == VRTK_OK);
+    vrtkStringDestroy(json);
+    return status;
+  });
+}
+
+// A type with all that its values are described by.
+TypeHandle annotatedType() {
+  return parseType(
+      "{ float @max=1.0 @min=0.0 a; enum { A @name=\"First\"; B; } e; float[]* p; int[3] @max=[ 1, "
+      "1, "
+      "1 ] n; { half h; }[2] s; }");
+}
+
+constexpr char kTyped[] = "{ a = 2; e = B; p = &[1, 2]; n = [1, 2, 3]; s = [{ h = 1; }, { }]; }";
+
+ValueHandle typedValue() {
+  vrntValue_t* value = nullptr;
+  EXPECT_EQ(vrtkValueParseAs(annotatedType().get(), kTyped, &value, nullptr), VRTK_OK);
+  return ValueHandle(value);
+}
+
+TEST(vrtkTypeParse, ReportsEachFailedAllocation) {
+  failEachAllocation([&] {
+    vrntType_t* type = nullptr;
+    const std::uint32_t status = vrtkTypeParse("{ float abcdefghij; int k; }", &type, nullptr);
+    EXPECT_EQ(type != nullptr, status == VRTK_OK);
+    if (type != nullptr) vrntTypeDestroy(type);
+    return status;
+  });
+  // With an error in the text.
+  failEachAllocation([&] {
+    vrntType_t* type = nullptr;
+    vrtkError* error = nullptr;
+    const std::uint32_t status = vrtkTypeParse("{ float abcdefghij; int; }", &type, &error);
+    const ToolkitError owner(error);
+    EXPECT_EQ(type, nullptr);
+    return status == VRTK_TEXT_INVALID ? std::uint32_t{VRTK_OK} : status;
+  });
+}
+
+TEST(vrtkValueParse, ReportsEachFailedAllocation) {
+  failEachAllocation([&] {
+    vrntValue_t* value = nullptr;
+    const std::uint32_t status = vrtkValueParse("{ a = &[ 1, 2 ]; }", &value, nullptr);
+    EXPECT_EQ(value != nullptr, status == VRTK_OK);
+    if (value != nullptr) vrntValueDestroy(value);
+    return status;
+  });
+}
+
+TEST(vrtkValueParseAs, ReportsEachFailedAllocation) {
+  const TypeHandle type = annotatedType();
+  for (const char* const text : {kTyped, "{ e = C; }"}) {
+    failEachAllocation([&] {
+      vrntValue_t* value = nullptr;
+      vrtkError* error = nullptr;
+      const std::uint32_t status = vrtkValueParseAs(type.get(), text, &value, &error);
+      const ToolkitError owner(error);
+      EXPECT_EQ(value != nullptr, status == VRTK_OK);
+      if (value != nullptr) vrntValueDestroy(value);
+      return status == VRTK_TEXT_INVALID ? std::uint32_t{VRTK_OK} : status;
+    });
+  }
+}
+
+TEST(vrtkValueBounds, ReportsEachFailedAllocation) {
+  const TypeHandle type = annotatedType();
+  failEachAllocation([&] {
+    vrtkBounds bounds = VRTK_BOUNDS_INIT;
+    const std::uint32_t status = vrtkValueBounds(type.get(), &bounds, nullptr);
+    EXPECT_EQ(bounds.softMax != nullptr, status == VRTK_OK);
+    EXPECT_EQ(bounds.min != nullptr, status == VRTK_OK);
+    vrtkBoundsRelease(&bounds);
+    return status;
+  });
+}
+
+TEST(vrtkValueClamp, ReportsEachFailedAllocationAndChangesNothing) {
+  const TypeHandle type = annotatedType();
+  const ValueHandle shared = typedValue();
+  failEachAllocation([&] {
+    vrntValue_t* value = vrntValueCopy(shared.get());
+    std::uint64_t changed = 99;
+    const std::uint32_t status = vrtkValueClamp(type.get(), &value, &changed, nullptr);
+    EXPECT_EQ(changed, status == VRTK_OK ? 3U : 99U);
+    EXPECT_EQ(value == shared.get(), status != VRTK_OK);
+    vrntValueDestroy(value);
+    return status;
+  });
+}
+
+TEST(vrtkValueCheck, ReportsEachFailedAllocation) {
+  const TypeHandle type = annotatedType();
+  const ValueHandle value = typedValue();
+  failEachAllocation([&] {
+    vrtkOutsideList* list = nullptr;
+    const std::uint32_t status = vrtkValueCheck(type.get(), value.get(), &list, nullptr);
+    EXPECT_EQ(list != nullptr, status == VRTK_OK);
+    vrtkOutsideListDestroy(list);
+    return status;
+  });
+}
+
+TEST(vrtkValueCoerce, ReportsEachFailedAllocation) {
+  const TypeHandle type = parseType("{ float a; int[2] n; }");
+  const ValueHandle value = typedValue();
+  failEachAllocation([&] {
+    vrntValue_t* result = nullptr;
+    const std::uint32_t status = vrtkValueCoerce(type.get(), value.get(), 0, &result, nullptr);
+    EXPECT_EQ(result != nullptr, status == VRTK_OK);
+    if (result != nullptr) vrntValueDestroy(result);
+    return status;
+  });
+}
+
+TEST(vrtkEnumChoicesOf, ReportsEachFailedAllocation) {
+  const TypeHandle type = parseType("enum { FIRST @name=\"A long enough name to allocate\"; B; }");
+  failEachAllocation([&] {
+    vrtkEnumChoices* choices = nullptr;
+    const std::uint32_t status = vrtkEnumChoicesOf(type.get(), &choices, nullptr);
+    EXPECT_EQ(choices != nullptr, status == VRTK_OK);
+    vrtkEnumChoicesDestroy(choices);
+    return status;
+  });
+}
+
+TEST(vrtkTypeDescribe, ReportsEachFailedAllocation) {
+  const TypeHandle type = annotatedType();
+  for (const std::uint32_t form : {VRTK_DESCRIPTION_TEXT, VRTK_DESCRIPTION_JSON}) {
+    failEachAllocation([&] {
+      char* text = nullptr;
+      const std::uint32_t status = vrtkTypeDescribe(type.get(), form, &text, nullptr);
+      EXPECT_EQ(text != nullptr, status == VRTK_OK);
+      vrtkStringDestroy(text);
+      return status;
+    });
+  }
+}
+
+TEST(vrtkValueDescribe, ReportsEachFailedAllocation) {
+  const TypeHandle type = annotatedType();
+  const ValueHandle value = typedValue();
+  for (const std::uint32_t form : {VRTK_DESCRIPTION_TEXT, VRTK_DESCRIPTION_JSON}) {
+    failEachAllocation([&] {
+      char* text = nullptr;
+      const std::uint32_t status = vrtkValueDescribe(value.get(), type.get(), form, &text, nullptr);
+      EXPECT_EQ(text != nullptr, status == VRTK_OK);
+      vrtkStringDestroy(text);
+      return status;
+    });
+  }
+}
+
 }  // namespace
 }  // namespace vornath_test
