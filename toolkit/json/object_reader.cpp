@@ -871,7 +871,7 @@ vrnt::UniqueAsset ObjectReader::readBytes(std::uint32_t json) {
     storage = newStorage(*decoded);
     readBase64(node.view(), storage->data);
   } else {
-    if (options_.findBytes && !digest.empty()) storage.reset(options_.findBytes(digest, size));
+    if (options_.findBytes && at[2]) storage.reset(options_.findBytes(digest, size));
     if (!storage) {
       problems_.add(ProblemCode::Asset, tape_[json].offset,
                     "the document does not have the bytes; expected a \"file\" or \"base64\"");

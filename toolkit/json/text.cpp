@@ -3,6 +3,8 @@
 #include <fmt/format.h>
 
 #include <cstddef>
+#include <cstdint>
+#include <cstring>
 #include <iterator>
 
 namespace vrtk {
@@ -60,6 +62,14 @@ void appendJsonString(std::string& out, std::string_view text) {
 
 bool isUtf8(std::string_view text) {
   while (!text.empty()) {
+    // Most texts are ASCII.
+    while (text.size() >= sizeof(std::uint64_t)) {
+      std::uint64_t word = 0;
+      std::memcpy(&word, text.data(), sizeof(word));
+      if ((word & 0x8080808080808080U) != 0) break;
+      text.remove_prefix(sizeof(word));
+    }
+    if (text.empty()) break;
     const std::size_t length = sequenceLength(text);
     if (length == 0) return false;
     text.remove_prefix(length);

@@ -425,7 +425,7 @@ void ValueReader::run(std::size_t until) {
         functionStep();
         break;
       case Frame::Kind::Block:
-        blockEnd();
+        blockStep();
         break;
     }
   }
@@ -569,9 +569,20 @@ bool ValueReader::openBlock(std::shared_ptr<ValueType> type, std::uint32_t json,
   block.name = name;
   if (name != nullptr) named_[*name].isOpen = true;
   openBlocks_.push_back(std::move(block));
-  frames_.push_back(Frame{Frame::Kind::Block});
-  part(*openBlocks_.back().type->tree, 0, json, openBlocks_.back().bytes.get());
+  Frame frame{Frame::Kind::Block};
+  frame.json = json;
+  frames_.push_back(std::move(frame));
   return true;
+}
+
+void ValueReader::blockStep() {
+  Frame& frame = frames_.back();
+  if (frame.index++ == 0) {
+    const OpenBlock& block = openBlocks_.back();
+    part(*block.type->tree, 0, frame.json, block.bytes.get());
+  } else {
+    blockEnd();
+  }
 }
 
 // All parts of a block have been read.

@@ -95,6 +95,7 @@ class ValueReader {
   void structStep();
   void arrayStep();
   void functionStep();
+  void blockStep();
   void blockEnd();
   bool readNumbers(const TypeTree& tree, const TypeNode& node, std::uint32_t json, char* at);
   bool readLane(const TypeTree& tree, const TypeNode& node, const JsonNode& json, char* at);
