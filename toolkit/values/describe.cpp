@@ -28,11 +28,13 @@
 namespace vrtk {
 namespace {
 
-constexpr std::size_t kLongestPath = 4000;
-
+// Appends a step to a path. One that nobody can read is cut.
 std::string pathTo(const std::string& path, std::string_view step) {
+  constexpr std::size_t kLongestPath = 4000;
   if (path.size() > kLongestPath) return path;
-  return path.empty() ? std::string(step) : path + "/" + std::string(step);
+  std::string longer = path.empty() ? std::string(step) : path + "/" + std::string(step);
+  if (longer.size() > kLongestPath) longer += "/...";
+  return longer;
 }
 
 std::string textOfType(const vrntType_t* type) {
@@ -44,6 +46,17 @@ std::string textOfType(const vrntType_t* type) {
 std::string plainTextOfType(const vrntType_t* type) {
   const vrnt::UniqueType plain(vrntTypeStripMetadata(type));
   return textOfType(plain.get());
+}
+
+// The text of the type of a part. Those of structs in structs would be long together.
+std::string partTextOfType(const vrntType_t* type) {
+  constexpr std::size_t kLongest = 1000;
+  std::string text = plainTextOfType(type);
+  if (text.size() > kLongest) {
+    text.resize(kLongest);
+    text += "...";
+  }
+  return text;
 }
 
 std::string jsonText(std::string_view text) {
@@ -182,7 +195,7 @@ class TypeDescription {
     Table table({"OFFSET", "SIZE", "TYPE", "PART", "DEFAULT", "LIMITS", "UNIT"});
     for (const Part& part : parts_) {
       table.add({std::to_string(part.offset), std::to_string(vrntTypeSize(part.type)),
-                 plainTextOfType(part.type), part.path, valueText(part), limitsText(part),
+                 partTextOfType(part.type), part.path, valueText(part), limitsText(part),
                  annotatedText(part.type, "unit").value_or("")});
     }
     return text + "\n" + table.text({true, true, false, false, false, false, false});
@@ -289,7 +302,7 @@ class TypeDescription {
         "{{ \"path\": {}, \"offset\": {}, \"size\": {}, \"alignment\": {}, \"type\": "
         "{}, \"kind\": \"{}\"",
         jsonText(part.path), part.offset, vrntTypeSize(part.type), vrntTypeAlignment(part.type),
-        jsonText(plainTextOfType(part.type)), kindOf(part.type));
+        jsonText(partTextOfType(part.type)), kindOf(part.type));
     const auto member = [&json](const char* key, const std::string& text) {
       if (!text.empty()) json += fmt::format(", \"{}\": {}", key, text);
     };

@@ -2,6 +2,7 @@
 #include <sys/stat.h>
 
 #include <algorithm>
+#include <cmath>
 #include <memory>
 
 #include "command.hpp"
@@ -74,7 +75,7 @@ void print(Session& session, const Spectrum& spectrum, const Measures& measures)
   for (const Band& band : measures.bands) {
     const std::string label = numberText(band.from) + " to " + numberText(band.to) + " nm";
     const float part = highest > 0 && band.mean > 0 ? band.mean / highest : 0;
-    const auto cells = static_cast<std::size_t>(part * kBar + 0.5F);
+    const auto cells = static_cast<std::size_t>(std::lround(part * kBar));
     out << "  " << padded(label, 16) << padded(roundedText(band.mean, 6), 11)
         << colours.ink(Ink::Faint, std::string(cells, '#')) << "\n";
   }
@@ -97,6 +98,7 @@ int describe(Session& session, const Choices& choices) {
   }
   std::string documents;
   std::vector<Measures> measured;
+  measured.reserve(spectra.size());
   for (const Spectrum& spectrum : spectra) {
     measured.push_back(measure(spectrum, static_cast<float>(choices.band)));
   }
