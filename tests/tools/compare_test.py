@@ -81,10 +81,12 @@ class Digest(Case):
         self.good("set", "box.vrnscene", NEAR, "0.5")
         self.assertEqual(self.good("digest", "box.vrnscene").text.split()[0], first)
 
-    def test_as_json_is_an_array(self):
+    def test_as_json_is_an_object_or_an_array_for_several_files(self):
         document = self.good("digest", "--json", "box.vrnscene").json()
-        self.assertEqual(document[0]["file"], "box.vrnscene")
-        self.assertRegex(document[0]["digest"], r"\Asha256:[0-9a-f]{64}\Z")
+        self.assertEqual(document["file"], "box.vrnscene")
+        self.assertRegex(document["digest"], r"\Asha256:[0-9a-f]{64}\Z")
+        self.assertEqual(self.good("digest", "--json", "box.vrnscene", "box.vrnscene").json(),
+                         [document, document])
 
 
 class Catalogue(Case):

@@ -170,6 +170,9 @@ class StandardOutput(Case):
                                       "0.25", "-o", "-")
         self.assertEqual(code, 2)
         self.assertIn("nothing for a terminal", text)
+        code, text = self.on_terminal("get", "--raw", "box.vrnscene", "Mesh/0/bytes")
+        self.assertEqual(code, 2)
+        self.assertIn("nothing for a terminal", text)
 
 
 class StandardInput(Case):

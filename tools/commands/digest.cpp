@@ -34,13 +34,14 @@ int digest(Session& session, const Choices& choices) {
     }
     if (session.json()) {
       documents += (documents.empty() ? "" : ",\n") +
-                   ("  { \"file\": " + jsonString(path) + ", \"digest\": \"sha256:" + hex + "\" }");
+                   ("{ \"file\": " + jsonString(path) + ", \"digest\": \"sha256:" + hex + "\" }");
     } else {
       session.out() << "sha256:" << hex << "  " << (path == "-" ? "-" : oneLine(path)) << "\n";
     }
   }
-  if (session.json()) {
-    session.out() << "[\n" << documents << (documents.empty() ? "]\n" : "\n]\n");
+  if (session.json() && !documents.empty()) {
+    const bool several = choices.files.size() > 1;
+    session.out() << (several ? "[\n" + documents + "\n]\n" : documents + "\n");
   }
   return worst;
 }
@@ -62,8 +63,8 @@ const Command kDigest = {
     "digest, whatever process wrote them and whatever free slots still contain; any change of the "
     "content gives another one.",
     "The ids of scenes and assets are random, and count only with --ids. With --json, prints an "
-    "array "
-    "of objects with the members \"file\" and \"digest\".",
+    "object with the members \"file\" and \"digest\", or an array of such objects for several "
+    "files.",
     "vrn digest *.vrnscene",
     kJson | kReads | kMemory,
     declare};

@@ -26,7 +26,12 @@ int get(Session& session, const Choices& choices) {
     if (vrtkSceneGetBytes(scene.get(), choices.address.c_str(), &bytes, &size, error) != VRTK_OK) {
       throw Trouble(where + error.message());
     }
-    session.out().write({static_cast<const char*>(bytes), static_cast<std::size_t>(size)});
+    const std::string_view text(static_cast<const char*>(bytes), static_cast<std::size_t>(size));
+    if (isTerminal(STDOUT_FILENO) && text.find('\0') != std::string_view::npos) {
+      throw Trouble(
+          "standard output: these bytes are nothing for a terminal; redirect it to a file");
+    }
+    session.out().write(text);
     return kSame;
   }
   char* text = nullptr;
