@@ -93,6 +93,16 @@ TEST(vrtkSceneSave, ReportsEachFailedAllocationAndLeavesTheOldFile) {
   EXPECT_EQ(readFile(path), bytesOf(scene.get()));
 }
 
+TEST(vrtkFileSave, ReportsEachFailedAllocationAndLeavesTheOldFile) {
+  const TemporaryFolder folder;
+  const std::string path = folder.file("out");
+  vrtkSaveOptions options = VRTK_SAVE_OPTIONS_INIT;
+  options.skipSync = 1;
+  failEachAllocation([&] { return vrtkFileSave("new", 3, path.c_str(), &options, nullptr); });
+  EXPECT_EQ(std::distance(std::filesystem::directory_iterator(folder.path()), {}), 1);
+  EXPECT_EQ(readFile(path), "new");
+}
+
 TEST(vrtkSceneValidate, ReportsEachFailedAllocation) {
   const SceneHandle scene = sceneOfAllClasses();
   failEachAllocation([&] {

@@ -3,6 +3,8 @@
 #include <fmt/format.h>
 
 #include <cstddef>
+#include <cstdint>
+#include <cstring>
 #include <iterator>
 
 namespace vrtk {
@@ -56,6 +58,23 @@ void appendJsonString(std::string& out, std::string_view text) {
     text.remove_prefix(length == 0 ? 1 : length);
   }
   out += '"';
+}
+
+bool isUtf8(std::string_view text) {
+  while (!text.empty()) {
+    // Most texts are ASCII.
+    while (text.size() >= sizeof(std::uint64_t)) {
+      std::uint64_t word = 0;
+      std::memcpy(&word, text.data(), sizeof(word));
+      if ((word & 0x8080808080808080U) != 0) break;
+      text.remove_prefix(sizeof(word));
+    }
+    if (text.empty()) break;
+    const std::size_t length = sequenceLength(text);
+    if (length == 0) return false;
+    text.remove_prefix(length);
+  }
+  return true;
 }
 
 }  // namespace vrtk
