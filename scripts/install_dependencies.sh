@@ -18,7 +18,7 @@ for purpose in "$@"; do
   case $purpose in
     library)
       packages="$packages bison cmake flex g++ gcc libboost-dev libc6-dev libcrypto++-dev libfmt-dev
-                libimath-dev libtbb-dev ninja-build"
+                libimath-dev libtbb-dev ninja-build rapidjson-dev"
       ;;
     # Only who builds the toolkit and the command vrn needs these.
     toolkit) packages="$packages libcli11-dev rapidjson-dev" ;;
@@ -30,7 +30,7 @@ for purpose in "$@"; do
     bench) packages="$packages libbenchmark-dev" ;;
     # Libraries that the benchmarks measure beside this one, if they are installed.
     yardsticks)
-      packages="$packages libhdf5-dev libprotobuf-dev libprotoc-dev rapidjson-dev"
+      packages="$packages libhdf5-dev libprotobuf-dev libprotoc-dev"
       ;;
     coverage) packages="$packages gcovr" ;;
     tidy) packages="$packages clang-tidy" ;;
