@@ -18,14 +18,14 @@ for purpose in "$@"; do
   case $purpose in
     library)
       packages="$packages bison cmake flex g++ gcc libboost-dev libc6-dev libcrypto++-dev libfmt-dev
-                libimath-dev libtbb-dev ninja-build"
+                libimath-dev libtbb-dev ninja-build rapidjson-dev"
       ;;
     # The tests inspect the built library, call pkg-config, and compute colours with Python.
     tests) packages="$packages binutils libgtest-dev pkg-config python3" ;;
     bench) packages="$packages libbenchmark-dev" ;;
     # Libraries that the benchmarks measure beside this one, if they are installed.
     yardsticks)
-      packages="$packages libhdf5-dev libprotobuf-dev libprotoc-dev rapidjson-dev"
+      packages="$packages libhdf5-dev libprotobuf-dev libprotoc-dev"
       ;;
     coverage) packages="$packages gcovr" ;;
     tidy) packages="$packages clang-tidy" ;;
