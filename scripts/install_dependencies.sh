@@ -18,7 +18,7 @@ for purpose in "$@"; do
   case $purpose in
     library)
       packages="$packages bison cmake flex g++ gcc libboost-dev libc6-dev libcrypto++-dev libfmt-dev
-                libimath-dev libtbb-dev ninja-build rapidjson-dev"
+                libimath-dev libtbb-dev ninja-build"
       ;;
     # Only who builds the toolkit and the command vrn needs these.
     toolkit) packages="$packages libcli11-dev rapidjson-dev" ;;
