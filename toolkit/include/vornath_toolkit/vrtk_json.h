@@ -43,8 +43,9 @@ typedef struct vrtkExportOptions {
                                 made if it does not exist and the scene has assets. Null: no file
                                 is written */
   const char* assetPrefix; /**< what stands before the file's name in the document, such as
-                                "box.assets/". Null: the document names no files, only the size and
-                                the digest of each asset */
+                                "box.assets/". Null: nothing if there is an asset folder; without
+                                one, the document names no files, only the size and the digest of
+                                each asset */
 } vrtkExportOptions;
 
 /** The default options, as in `vrtkExportOptions options = VRTK_EXPORT_OPTIONS_INIT;`: the sparse
