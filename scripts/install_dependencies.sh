@@ -20,8 +20,9 @@ for purpose in "$@"; do
       packages="$packages bison cmake flex g++ gcc libboost-dev libc6-dev libcrypto++-dev libfmt-dev
                 libimath-dev libtbb-dev ninja-build rapidjson-dev"
       ;;
-    # The tests inspect the built library, call pkg-config, and compute colours with Python.
-    tests) packages="$packages binutils libgtest-dev pkg-config python3" ;;
+    # The tests inspect the built library, call pkg-config, compute colours with Python, and apply
+    # patches with another library.
+    tests) packages="$packages binutils libgtest-dev nlohmann-json3-dev pkg-config python3" ;;
     bench) packages="$packages libbenchmark-dev" ;;
     # Libraries that the benchmarks measure beside this one, if they are installed.
     yardsticks)
