@@ -27,6 +27,9 @@ for purpose in "$@"; do
     tests) packages="$packages binutils libgtest-dev pkg-config python3 python3-jsonschema" ;;
     # The test of the catalogue's page runs it in a browser.
     browser) packages="$packages chromium chromium-driver python3-selenium" ;;
+    # The tests inspect the built library, call pkg-config, compute colours with Python, and apply
+    # patches with another library.
+    tests) packages="$packages binutils libgtest-dev nlohmann-json3-dev pkg-config python3" ;;
     bench) packages="$packages libbenchmark-dev" ;;
     # Libraries that the benchmarks measure beside this one, if they are installed.
     yardsticks)
