@@ -22,9 +22,11 @@ for purpose in "$@"; do
       ;;
     # Only who builds the toolkit and the command vrn needs these.
     toolkit) packages="$packages libcli11-dev rapidjson-dev" ;;
-    # The tests inspect the built library, call pkg-config, compute colours with Python, and check
-    # documents against a JSON Schema.
-    tests) packages="$packages binutils libgtest-dev pkg-config python3 python3-jsonschema" ;;
+    # The tests inspect the built library, call pkg-config, compute colours with Python, check documents
+    # against a JSON Schema, and apply patches with another library.
+    tests)
+      packages="$packages binutils libgtest-dev nlohmann-json3-dev pkg-config python3 python3-jsonschema"
+      ;;
     # The test of the catalogue's page runs it in a browser.
     browser) packages="$packages chromium chromium-driver python3-selenium" ;;
     bench) packages="$packages libbenchmark-dev" ;;

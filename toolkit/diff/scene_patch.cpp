@@ -26,10 +26,15 @@ using vrnt::data::ClassInfo;
 using vrnt::data::Scene;
 
 // A part of a document that the toolkit wrote. Its text is borrowed from the document.
+struct Member;
 struct Node {
   enum class Kind { Object, Array, Scalar } kind = Kind::Scalar;
   std::string_view text;
-  std::vector<std::pair<std::string_view, Node>> members;  // an array's have no keys
+  std::vector<Member> members;
+};
+struct Member {
+  std::string_view key;  // empty in an array
+  Node node;
 };
 
 // Reads what the toolkit itself wrote, so nothing is checked.
@@ -90,7 +95,7 @@ class Reader {
           key = text_.substr(keyStart, at_ - 1 - keyStart);
           ++at_;  // the colon
         }
-        node.members.emplace_back(key, this->node(depth + 1));
+        node.members.push_back({key, this->node(depth + 1)});
         blanks();
         if (text_[at_] == ',') ++at_;
       }
@@ -364,10 +369,10 @@ class ScenePatch {
   void compareElements(std::string& path, const Node& a, const Node& b) {
     const std::size_t both = std::min(a.members.size(), b.members.size());
     for (std::size_t i = 0; i < both; ++i) {
-      at(path, std::to_string(i), [&] { compare(path, a.members[i].second, b.members[i].second); });
+      at(path, std::to_string(i), [&] { compare(path, a.members[i].node, b.members[i].node); });
     }
     for (std::size_t i = both; i < b.members.size(); ++i) {
-      at(path, std::to_string(i), [&] { operation("add", path, b.members[i].second.text); });
+      at(path, std::to_string(i), [&] { operation("add", path, b.members[i].node.text); });
     }
     for (std::size_t i = a.members.size(); i > both; --i) {
       at(path, std::to_string(i - 1), [&] { operation("remove", path); });

@@ -54,7 +54,7 @@ void SceneWriter::member(bool& isFirst, std::string_view key, std::size_t depth)
 
 void SceneWriter::string(std::string_view text) {
   text_.clear();
-  appendJsonString(text_, text);
+  appendJsonString(text_, text, LineFeeds::Short);
   out_.put(text_);
 }
 

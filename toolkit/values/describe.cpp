@@ -96,8 +96,9 @@ bool isArray(const vrntType_t* type) {
 
 // The type of an array's elements, which lives as long as the array's.
 const vrntType_t* elementOf(const vrntType_t* arrayType) {
-  const vrnt::UniqueType element(vrntTypeElementType(arrayType));
-  return element.get();
+  vrntType_t* const element = vrntTypeElementType(arrayType);
+  vrntTypeDestroy(element);
+  return element;
 }
 
 // An array of numbers or enums, of any dimensions, is one leaf.

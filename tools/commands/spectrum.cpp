@@ -103,7 +103,8 @@ int describe(Session& session, const Choices& choices) {
     measured.push_back(measure(spectrum, static_cast<float>(choices.band)));
   }
   if (!choices.plot.empty()) {
-    const std::string title = table ? nameOf(choices.source) : "spectrum";
+    const std::string name = nameOf(choices.source);
+    const std::string title = table ? name.substr(name.rfind('/') + 1) : "spectrum";
     session.saveBytes(plotOf(title, spectra), choices.plot);
     if (choices.plot == "-") return kSame;
   }

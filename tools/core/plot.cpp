@@ -18,12 +18,14 @@ constexpr double kWidth = 800;
 constexpr double kHeight = 480;
 constexpr double kLeft = 70;
 constexpr double kRight = 30;
-constexpr double kTop = 50;
 constexpr double kBottom = 60;
 
-// Colours that can be told apart, also by people who do not see all colours alike.
-constexpr std::array<const char*, 8> kStrokes = {"#1f4e9c", "#c8501e", "#2a8a4a", "#a03090",
-                                                 "#8a6a00", "#208a9a", "#c02040", "#505050"};
+constexpr double kTitle = 24;       // the line of the title
+constexpr double kLegend = 20;      // the height of a row of the legend
+constexpr std::size_t kPerRow = 5;  // the names in a row of the legend
+
+// Spectra whose colours are alike are told apart by their dashes.
+constexpr std::array<const char*, 4> kDashes = {"", "8 3", "2 3", "10 3 2 3"};
 
 std::string xmlText(const std::string& text) {
   std::string out;
@@ -41,6 +43,19 @@ std::string xmlText(const std::string& text) {
     }
   }
   return out;
+}
+
+// Returns a name that fits its place in the legend.
+std::string shortened(const std::string& name) {
+  constexpr std::size_t kMost = 11;
+  std::string text;
+  std::size_t count = 0;
+  for (const char c : name) {
+    const bool starts = (static_cast<unsigned char>(c) & 0xC0U) != 0x80;
+    if (starts && ++count > kMost) return text + "\xE2\x80\xA6";
+    text += c;
+  }
+  return text;
 }
 
 std::string fixed(double value) {
@@ -77,7 +92,19 @@ std::array<float, 3> pureColour(float wavelength) {
   return rgb;
 }
 
+// A line in the colour of a spectrum, as bright as it can be on white.
+std::string strokeOf(const std::array<float, 3>& rgb) {
+  constexpr float kBrightest = 0.3F;
+  const float largest = std::max({rgb[0], rgb[1], rgb[2], 0.0F});
+  std::array<float, 3> scaled = rgb;
+  for (float& component : scaled) {
+    component = largest > 0 ? std::max(component, 0.0F) / largest * kBrightest : 0;
+  }
+  return hexOf(scaled);
+}
+
 struct Frame {
+  double top = 0;
   double from = 0;
   double to = 1;
   double low = 0;
@@ -87,7 +114,7 @@ struct Frame {
     return kLeft + (wavelength - from) / (to - from) * (kWidth - kLeft - kRight);
   }
   double y(double amplitude) const {
-    return kHeight - kBottom - (amplitude - low) / (high - low) * (kHeight - kTop - kBottom);
+    return kHeight - kBottom - (amplitude - low) / (high - low) * (kHeight - top - kBottom);
   }
 };
 
@@ -123,7 +150,10 @@ Frame frameOf(const std::vector<Spectrum>& spectra) {
 }  // namespace
 
 std::string plotOf(const std::string& title, const std::vector<Spectrum>& spectra) {
-  const Frame frame = frameOf(spectra);
+  Frame frame = frameOf(spectra);
+  // The legend stands above the curves, and leaves them two thirds of the picture at least.
+  const std::size_t rows = std::min<std::size_t>((spectra.size() + kPerRow - 1) / kPerRow, 5);
+  frame.top = kTitle + 14 + kLegend * static_cast<double>(rows);
   std::string svg =
       "<svg xmlns=\"http://www.w3.org/2000/svg\" width=\"800\" height=\"480\" viewBox=\"0 0 800 "
       "480\" font-family=\"sans-serif\" font-size=\"13\" fill=\"#202020\" role=\"img\">\n<title>" +
@@ -136,7 +166,7 @@ std::string plotOf(const std::string& title, const std::vector<Spectrum>& spectr
     svg += "<line x1=\"" + fixed(x1) + "\" y1=\"" + fixed(y1) + "\" x2=\"" + fixed(x2) +
            "\" y2=\"" + fixed(y2) + "\" stroke=\"" + stroke + "\"/>\n";
   };
-  text(kWidth / 2, 24, "middle", title);
+  text(kWidth / 2, kTitle, "middle", title);
 
   const double floor = kHeight - kBottom;
   const double step = stepOf(frame.high - frame.low, 5);
@@ -162,7 +192,7 @@ std::string plotOf(const std::string& title, const std::vector<Spectrum>& spectr
   }
 
   for (std::size_t i = 0; i < spectra.size(); ++i) {
-    const char* const stroke = kStrokes[i % kStrokes.size()];
+    const Measures measures = measure(spectra[i], 50);
     std::string path;
     for (std::size_t k = 0; k + 1 < spectra[i].samples.size(); ++k) {
       const Sample& sample = spectra[i].samples[k];
@@ -171,19 +201,25 @@ std::string plotOf(const std::string& title, const std::vector<Spectrum>& spectr
               fixed(frame.y(sample.amplitude)) + "H" +
               fixed(frame.x(spectra[i].samples[k + 1].wavelength));
     }
-    svg +=
-        "<path d=\"" + path + "\" fill=\"none\" stroke=\"" + stroke + "\" stroke-width=\"1.8\"/>\n";
-    const Measures measures = measure(spectra[i], 50);
-    const double y = kTop + 6 + 20 * static_cast<double>(i);
-    const double x = kWidth - kRight - 170;
-    if (y > floor - 20) continue;
-    line(x, y - 4, x + 22, y - 4, stroke);
-    svg += "<rect x=\"" + fixed(x + 30) + "\" y=\"" + fixed(y - 12) +
-           "\" width=\"22\" height=\"14\" stroke=\"#404040\" fill=\"" + hexOf(measures.rgb) +
+    const std::string look =
+        "fill=\"none\" stroke=\"" + strokeOf(measures.rgb) + "\" stroke-width=\"2.2\"" +
+        (*kDashes[i % kDashes.size()] != '\0'
+             ? std::string(" stroke-dasharray=\"") + kDashes[i % kDashes.size()] + "\""
+             : "") +
+        "/>\n";
+    svg += "<path d=\"" + path + "\" " + look;
+    if (i / kPerRow >= rows) continue;
+    const double y = kTitle + 24 + kLegend * static_cast<double>(i / kPerRow);
+    const double x = kLeft + (kWidth - kLeft - kRight) / static_cast<double>(kPerRow) *
+                                 static_cast<double>(i % kPerRow);
+    svg += "<polyline points=\"" + fixed(x) + "," + fixed(y - 5) + " " + fixed(x + 26) + "," +
+           fixed(y - 5) + "\" " + look;
+    svg += "<rect x=\"" + fixed(x + 32) + "\" y=\"" + fixed(y - 12) +
+           "\" width=\"18\" height=\"14\" stroke=\"#404040\" fill=\"" + hexOf(measures.rgb) +
            "\"/>\n";
-    text(x + 60, y, "start", spectra[i].name);
+    text(x + 56, y, "start", shortened(spectra[i].name));
   }
-  line(kLeft, kTop - 6, kLeft, floor, "#404040");
+  line(kLeft, frame.top - 6, kLeft, floor, "#404040");
   line(kLeft, floor, kWidth - kRight, floor, "#404040");
   return svg + "</svg>\n";
 }
