@@ -109,6 +109,11 @@ class Reader {
   std::size_t at_ = 0;
 };
 
+// Groups are compared as bytes: the same text in a document needs the same bits.
+bool sameBytes(const void* a, const void* b, std::size_t size) {
+  return std::memcmp(a, b, size) == 0;
+}
+
 // The text on one line.
 std::string compact(std::string_view text) {
   std::string out;
@@ -146,7 +151,7 @@ class ScenePatch {
 
   std::string run() {
     if (a_.id != b_.id) operation("replace", "/id", '"' + idText(b_.id.begin()) + '"');
-    if (std::memcmp(&a_.data, &b_.data, sizeof(a_.data)) != 0) {
+    if (!sameBytes(&a_.data, &b_.data, sizeof(a_.data))) {
       const auto write = [](SceneWriter& writer) { writer.sceneGroups(0); };
       compareTexts("/scene", written(a_, AssetBytes::Digest, write),
                    written(b_, AssetBytes::Digest, write));
@@ -241,7 +246,7 @@ class ScenePatch {
   template <typename Desc>
   bool same(const vrnt::data::Instance<Desc>& a, const vrnt::data::Instance<Desc>& b) {
     if constexpr (vrnt::data::kGroupCount<Desc> != 0) {
-      if (std::memcmp(&a.desc.groups, &b.desc.groups, sizeof(a.desc.groups)) != 0) return false;
+      if (!sameBytes(&a.desc.groups, &b.desc.groups, sizeof(a.desc.groups))) return false;
     }
     bool equal = true;
     vrnt::data::forEachSlot<Desc>([&](const auto& slot, auto position) {

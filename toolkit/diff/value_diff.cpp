@@ -145,13 +145,13 @@ void ValueDiff::values(const vrntValue_t* a, const vrntValue_t* b,
   const std::string path = address();
   open_.push_back({a, b, path + "/data", path + "/type"});
   while (!open_.empty()) {
-    Pair pair = std::move(open_.back());
+    const Pair pair = std::move(open_.back());
     open_.pop_back();
-    blocks(std::move(pair));
+    blocks(pair);
   }
 }
 
-void ValueDiff::blocks(Pair pair) {
+void ValueDiff::blocks(const Pair& pair) {
   const vrntType_t* const typeA = vrntValueType(pair.a);
   const vrntType_t* const typeB = vrntValueType(pair.b);
   const std::size_t first = open_.size();

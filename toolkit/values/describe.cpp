@@ -292,7 +292,7 @@ class TypeDescription {
       if (max.empty()) return "from " + min;
       return min + " to " + max;
     };
-    const std::string hard = rangeText(&BoundsBytes::min, &BoundsBytes::max);
+    std::string hard = rangeText(&BoundsBytes::min, &BoundsBytes::max);
     const std::string soft = rangeText(&BoundsBytes::softMin, &BoundsBytes::softMax);
     if (soft.empty() || soft == hard) return hard;
     return hard.empty() ? "soft " + soft : hard + ", soft " + soft;
@@ -460,8 +460,9 @@ class ValueDescription {
       std::uint64_t rest = i;
       for (std::uint32_t d = 0; d < vrntTypeArrayDimension(part.type); ++d) {
         const auto extent = static_cast<std::uint64_t>(std::max(shape[d], 1));
-        const std::string index = std::to_string(rest % extent);
-        path = path.empty() ? index : index + "/" + path;
+        // The last dimension, which runs slowest, is the first step.
+        if (!path.empty()) path.insert(0, 1, '/');
+        path.insert(0, std::to_string(rest % extent));
         rest /= extent;
       }
       open_.push_back({element, part.block, part.offset + i * size, pathTo(part.path, path)});
