@@ -42,7 +42,7 @@ class Output {
         return;
       }
     }
-    std::memcpy(next_, text.data(), text.size());
+    if (!text.empty()) std::memcpy(next_, text.data(), text.size());
     next_ += text.size();
   }
 
@@ -64,7 +64,7 @@ class Output {
     char* at = room(key.size() + kLongestIndent + 1);
     *at = ',';
     at = startLine(at + (isFirst ? 0 : 1), depth);
-    std::memcpy(at, key.data(), key.size());
+    if (!key.empty()) std::memcpy(at, key.data(), key.size());
     wrote(at + key.size());
   }
 
