@@ -46,7 +46,9 @@ void runExternal(const std::string& command, const std::vector<std::string>& arg
   // Only a name may become part of the name of a program.
   if (command.empty() || command.find('/') != std::string::npos) return;
   for (const std::string& folder : folders()) {
-    const std::string program = folder + "/vrn-" + command;
+    std::string program = folder;
+    program += "/vrn-";
+    program += command;
     if (folder.empty() || !isProgram(program)) continue;
     std::vector<char*> words;
     words.push_back(const_cast<char*>(program.c_str()));

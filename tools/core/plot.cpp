@@ -177,14 +177,18 @@ std::string plotOf(const std::string& title, const std::vector<Spectrum>& spectr
          roundedText(std::abs(mark) < step * 1e-6 ? 0 : mark, 6));
   }
   const double wide = stepOf(frame.to - frame.from, 8);
-  for (double mark = std::ceil(frame.from / wide) * wide; mark <= frame.to; mark += wide) {
+  const double firstMark = std::ceil(frame.from / wide) * wide;
+  for (int i = 0; firstMark + i * wide <= frame.to; ++i) {
+    const double mark = firstMark + i * wide;
     line(frame.x(mark), floor, frame.x(mark), floor + 14, "#808080");
     text(frame.x(mark), floor + 28, "middle", roundedText(mark, 6));
   }
   text((kLeft + kWidth - kRight) / 2, kHeight - 12, "middle", "wavelength (nm)");
 
   // What light of these wavelengths looks like.
-  for (double at = std::max(frame.from, 400.0); at < std::min(frame.to, 700.0); at += 5) {
+  const double firstStep = std::max(frame.from, 400.0);
+  for (int i = 0; firstStep + i * 5 < std::min(frame.to, 700.0); ++i) {
+    const double at = firstStep + i * 5;
     const double end = std::min({at + 5, frame.to, 700.0});
     svg += "<rect x=\"" + fixed(frame.x(at)) + "\" y=\"" + fixed(floor + 2) + "\" width=\"" +
            fixed(frame.x(end) - frame.x(at) + 0.3) + "\" height=\"8\" fill=\"" +
@@ -207,9 +211,10 @@ std::string plotOf(const std::string& title, const std::vector<Spectrum>& spectr
              ? std::string(" stroke-dasharray=\"") + kDashes[i % kDashes.size()] + "\""
              : "") +
         "/>\n";
-    svg += "<path d=\"" + path + "\" " + look;
-    if (i / kPerRow >= rows) continue;
-    const double y = kTitle + 24 + kLegend * static_cast<double>(i / kPerRow);
+    append(svg, {"<path d=\"", path, "\" ", look});
+    const std::size_t row = i / kPerRow;
+    if (row >= rows) continue;
+    const double y = kTitle + 24 + kLegend * static_cast<double>(row);
     const double x = kLeft + (kWidth - kLeft - kRight) / static_cast<double>(kPerRow) *
                                  static_cast<double>(i % kPerRow);
     svg += "<polyline points=\"" + fixed(x) + "," + fixed(y - 5) + " " + fixed(x + 26) + "," +

@@ -71,8 +71,9 @@ void requireRising(const std::string& name, const std::vector<Sample>& samples) 
 // Returns the mean amplitudes of a spectrum in steps of 5 nm, with closing pairs.
 std::vector<float> resampled(const Spectrum& spectrum) {
   std::vector<float> pairs = {0, 0};
-  for (float at = kShortest; at <= kLongest; at += kStep) {
-    pairs.push_back(at);
+  const int steps = static_cast<int>((kLongest - kShortest) / kStep);
+  for (int i = 0; i <= steps; ++i) {
+    pairs.push_back(kShortest + kStep * static_cast<float>(i));
     pairs.push_back(0);
   }
   pairs.push_back(kLongest + kStep);
@@ -314,7 +315,9 @@ Measures measure(const Spectrum& given, float width) {
 
   // The library gives the mean from each wavelength up to the next one, but not for closing pairs.
   std::vector<float> pairs = {0, 0};
-  for (float from = kShortest; from < kLongest; from += width) {
+  const int bands = static_cast<int>(std::ceil((kLongest - kShortest) / width));
+  for (int i = 0; i < bands; ++i) {
+    const float from = kShortest + width * static_cast<float>(i);
     measures.bands.push_back({from, std::min(from + width, kLongest), 0});
     pairs.push_back(from);
     pairs.push_back(0);

@@ -195,6 +195,10 @@ std::size_t width(std::string_view text) {
   }));
 }
 
+void append(std::string& to, std::initializer_list<std::string_view> parts) {
+  for (const std::string_view part : parts) to += part;
+}
+
 std::string padded(std::string_view text, std::size_t columns) {
   std::string out(text);
   const std::size_t taken = width(text);

@@ -4,6 +4,7 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <initializer_list>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -43,6 +44,9 @@ std::string oneLineJson(std::string_view json);
 
 /// Returns how many columns of a terminal a text takes: one for each code point.
 std::size_t width(std::string_view text);
+
+/// Appends texts, one after another.
+void append(std::string& to, std::initializer_list<std::string_view> parts);
 
 /// Returns a text with spaces up to a width.
 std::string padded(std::string_view text, std::size_t columns);

@@ -122,6 +122,7 @@ std::string fishQuoted(const std::string& text) {
 std::string bashCompletion() {
   const std::vector<Declared> all = declaredCommands();
   std::vector<std::string> names;
+  names.reserve(all.size());
   for (const Declared& declared : all) names.push_back(declared.command->name);
   std::string text =
       "# bash completion for vrn. Written by vrn_generate from the options of its commands.\n"
@@ -205,13 +206,13 @@ std::string zshCompletion() {
           info.value.empty() ? "" : ":" + zshQuoted(info.value, kSpecial) + ":" + zshAction(info);
       if (info.argument) {
         const std::string place = info.repeated ? "*" : info.least == 0 ? ":" : "";
-        text += "'" + place + (info.repeated ? "" : "") + action + "'";
+        append(text, {"'", place, action, "'"});
       } else if (info.names.size() == 1) {
-        text +=
-            "'" + info.names[0] + (info.value.empty() ? "" : "=") + "[" + what + "]" + action + "'";
+        append(text,
+               {"'", info.names[0], info.value.empty() ? "" : "=", "[", what, "]", action, "'"});
       } else {
-        text += "'(" + joined(info.names) + ")'{" + info.names[0] + "," + info.name() +
-                (info.value.empty() ? "" : "=") + "}'[" + what + "]" + action + "'";
+        append(text, {"'(", joined(info.names), ")'{", info.names[0], ",", info.name(),
+                      info.value.empty() ? "" : "=", "}'[", what, "]", action, "'"});
       }
     }
     text += " ;;\n";
@@ -236,8 +237,8 @@ std::string fishCompletion() {
   for (const Declared& declared : all) {
     const std::string& name = declared.command->name;
     const std::string when = "-n '__fish_seen_subcommand_from " + name + "'";
-    text += "\ncomplete -c vrn " + none + " -a " + name + " -d " +
-            fishQuoted(declared.command->summary) + "\n";
+    append(text, {"\ncomplete -c vrn ", none, " -a ", name, " -d ",
+                  fishQuoted(declared.command->summary), "\n"});
     bool first = true;
     for (const OptionInfo& info : declared.infos) {
       std::string line = "complete -c vrn " + when;
