@@ -648,7 +648,9 @@ class TypedText {
     const bool isNegative = !text.empty() && text.front() == '-';
     if (isNegative) text.remove_prefix(1);
     while (text.size() > 1 && text.front() == '0') text.remove_prefix(1);
-    return readInt((isNegative ? "-" : "") + std::string(text), min, max, number);
+    std::string digits(isNegative ? 1 : 0, '-');
+    digits.append(text);
+    return readInt(digits, min, max, number);
   }
 
   // The number as JSON has it: people write "+1", "1.", ".5" and "007".
