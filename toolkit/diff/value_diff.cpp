@@ -307,7 +307,7 @@ void ValueDiff::arrays(const Parts& parts, std::vector<Parts>& open) {
     if (inA || inB) {
       std::string path = parts.path;
       for (std::uint32_t d = rank; d-- > 0;) {
-        path = pathTo(path, ("/" + std::to_string(index[d])).c_str());
+        path = pathTo(path, std::string("/").append(std::to_string(index[d])).c_str());
       }
       const vrntValueView_t left =
           elementAt(parts.typeA, inA ? index : std::array<std::int32_t, 4>{});
