@@ -88,7 +88,7 @@ std::optional<IdBytes> readId(std::string_view text) {
     const int digit = hexDigit(text[i]);
     if (digit < 0) return std::nullopt;
     auto& byte = id.bytes[digits++ / 2];
-    byte = static_cast<unsigned char>(byte << 4U | static_cast<unsigned>(digit));
+    byte = static_cast<unsigned char>(unsigned{byte} << 4U | static_cast<unsigned>(digit));
   }
   return id;
 }
