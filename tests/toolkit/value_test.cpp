@@ -264,7 +264,8 @@ TEST(vrtkValueParseAs, TellsAPlaceInEveryWrongText) {
     std::string text = texts[i % 3];
     for (int change = 0; change < 3; ++change) {
       const std::size_t at = random() % text.size();
-      const char other = "{}[]();,=@\"$&|:*-+.x0\n\xC3"[random() % 25];
+      constexpr char kOthers[] = "{}[]();,=@\"$&|:*-+.x0\n\xC3";  // and the NUL at its end
+      const char other = kOthers[random() % sizeof kOthers];
       if (i % 2 == 0) text.erase(at, 1);
       if (i % 5 != 0 && other != '\0') text.insert(at, 1, other);
     }
