@@ -718,6 +718,7 @@ bool ObjectReader::readRecord(std::uint32_t objectClass, std::uint32_t json, cha
                                     [key](const auto& member) { return key == member.name; });
     if (found == members.end()) {
       std::vector<std::string_view> names;
+      names.reserve(members.size());
       for (const RecordMember& member : members) names.emplace_back(member.name);
       problems_.add(ProblemCode::UnknownKey, tape_[i].offset,
                     fmt::format("the record of a {} has no member {}{}",
