@@ -46,10 +46,12 @@ std::string idText(const void* id) {
 void SceneWriter::member(bool& isFirst, std::string_view key, std::size_t depth) {
   out_.part(isFirst, depth, "\"");
   isFirst = false;
-  char* const at = out_.room(key.size() + 3);
-  std::memcpy(at, key.data(), key.size());
-  std::memcpy(at + key.size(), "\": ", 3);
-  out_.wrote(at + key.size() + 3);
+  char* at = out_.room(key.size() + 3);
+  at = std::copy(key.begin(), key.end(), at);
+  *at++ = '"';
+  *at++ = ':';
+  *at++ = ' ';
+  out_.wrote(at);
 }
 
 void SceneWriter::string(std::string_view text) {

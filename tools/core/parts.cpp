@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <cmath>
 #include <cstring>
+#include <utility>
 #include <vornath_data/handles.hpp>
 
 #include "core/spectra.hpp"
@@ -330,7 +331,9 @@ class PartLister {
       std::string label;
       std::int64_t rest = i;
       for (std::uint32_t d = 0; d < vrntTypeArrayDimension(type); ++d) {
-        label = std::to_string(rest % extents[d]) + (d == 0 ? "" : "/" + label);
+        std::string outer = std::to_string(rest % extents[d]);
+        if (d != 0) outer.append("/").append(label);
+        label = std::move(outer);
         rest /= extents[d];
       }
       walk(childOf(place, label, {element.get(), static_cast<std::uint64_t>(i) * step}));
