@@ -13,9 +13,11 @@ std::string refusalOf(const std::string& path, const vrtkReport* report) {
     const vrtkMessage* const message = vrtkReportMessage(report, i);
     if (message->severity != VRTK_ERROR) continue;
     std::string text = start + ": " + message->code;
-    if (message->offset != VRTK_NO_OFFSET) text += " at byte " + std::to_string(message->offset);
-    if (*message->address != '\0') text += std::string(", ") + message->address;
-    return text + ": " + message->message + end;
+    if (message->offset != VRTK_NO_OFFSET) {
+      text.append(" at byte ").append(std::to_string(message->offset));
+    }
+    if (*message->address != '\0') text.append(", ").append(message->address);
+    return text.append(": ").append(message->message).append(end);
   }
   return start + end;
 }
