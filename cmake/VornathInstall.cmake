@@ -69,3 +69,7 @@ endif()
 configure_file("${CMAKE_CURRENT_LIST_DIR}/vornath_data.pc.in"
   "${PROJECT_BINARY_DIR}/vornath_data.pc" @ONLY)
 install(FILES "${PROJECT_BINARY_DIR}/vornath_data.pc" DESTINATION "${pkgconfig_dir}")
+
+if(TARGET vornath_toolkit)
+  include("${PROJECT_SOURCE_DIR}/toolkit/install.cmake")
+endif()

@@ -165,6 +165,7 @@ void addScene(Corpus& corpus, Scene scene) {
   rename(scene.container<vrnt::data::LightDesc>());
   rename(scene.container<vrnt::data::MaterialDesc>());
   corpus.add("scene_file", bytes, kLongestScene);
+  corpus.add("scene_check", bytes, kLongestScene);
 }
 
 std::int32_t addObject(Scene& scene, std::uint32_t objectClass) {

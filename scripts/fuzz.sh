@@ -16,7 +16,7 @@ what=$1
 bound=$2
 shift 2
 
-scripts/install_dependencies.sh library fuzz
+scripts/install_dependencies.sh library toolkit fuzz
 configure=(cmake --preset fuzz)
 if command -v ccache >/dev/null; then
   configure+=(-DCMAKE_C_COMPILER_LAUNCHER=ccache -DCMAKE_CXX_COMPILER_LAUNCHER=ccache)
@@ -41,8 +41,10 @@ fuzz() {
   local run=("build/fuzz/fuzz/fuzz_$target" -rss_limit_mb=4096 -malloc_limit_mb=256 -timeout=20
              -entropic=0 -print_final_stats=1 "-artifact_prefix=build/fuzz/failures/$target-")
   # A scene with all classes is longer than libFuzzer's default maximum length.
-  [ "$target" != scene_file ] || run+=(-max_len=16384)
-  [ ! -f "fuzz/$target.dict" ] || run+=("-dict=fuzz/$target.dict")
+  local like=$target
+  [ "$target" != scene_check ] || like=scene_file
+  [ "$like" != scene_file ] || run+=(-max_len=16384)
+  [ ! -f "fuzz/$like.dict" ] || run+=("-dict=fuzz/$like.dict")
   case $bound in
     -runs=*)
       work=$(mktemp -d)
@@ -52,6 +54,7 @@ fuzz() {
   esac
   [ ! -d "build/fuzz/seeds/$target" ] || run+=("build/fuzz/seeds/$target")
   [ ! -d "fuzz/corpus/$target" ] || run+=("fuzz/corpus/$target")
+  [ "$like" = "$target" ] || run+=("fuzz/corpus/$like")
   local status=0
   "${run[@]}" "$@" || status=$?
   [ -z "$work" ] || rm -rf "$work"

@@ -23,7 +23,8 @@ def main():
     word = struct.pack("<I", version)
 
     raised = 0
-    for path in sorted((root / "fuzz/corpus/scene_file").iterdir()):
+    corpora = [root / "fuzz/corpus" / name for name in ("scene_file", "scene_check")]
+    for path in sorted(path for corpus in corpora if corpus.is_dir() for path in corpus.iterdir()):
         data = path.read_bytes()
         if data[:8] != MAGIC or len(data) < 12 or data[8:12] == word:
             continue

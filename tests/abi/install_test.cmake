@@ -1,10 +1,11 @@
 # Installs a built library into a folder of the build tree. Builds and runs consumers of the installed
 # copy, with the CMake package and with pkg-config, in C++ and in C.
 # cmake -DBUILD_DIR= -DWORK_DIR= -DCONSUMER_DIR= -DHOST= -DGENERATOR= -DCC= -DCXX= -DFLAGS=
-#       -DPKG_CONFIG= -DSTATIC= -DEMBED= -P install_test.cmake
+#       -DPKG_CONFIG= -DSTATIC= -DEMBED= -DTOOLKIT= -P install_test.cmake
 #   HOST    the source of a host in C
 #   STATIC  whether the library is a static library
 #   EMBED   whether the component embed is built
+#   TOOLKIT whether the component toolkit is built
 include("${CMAKE_CURRENT_LIST_DIR}/run.cmake")
 
 file(REMOVE_RECURSE "${WORK_DIR}")
@@ -40,6 +41,9 @@ set(components core)
 if(EMBED)
   list(APPEND consumers embed_consumer)
   list(APPEND components embed)
+endif()
+if(TOOLKIT)
+  list(APPEND components toolkit)
 endif()
 list(JOIN components "\", \"" components)
 foreach(consumer IN LISTS consumers)
@@ -84,7 +88,8 @@ run("${WORK_DIR}/host_in_c")
 
 file(GLOB static_libraries "${libdir}/*.a")
 list(FILTER static_libraries EXCLUDE REGEX "/libvornath_data_embed[.]a$")
-file(GLOB shared_libraries "${libdir}/*.so*")
+list(FILTER static_libraries EXCLUDE REGEX "/libvornath_toolkit[.]a$")
+file(GLOB shared_libraries "${libdir}/libvornath_data.so*")
 if(STATIC)
   if(shared_libraries OR NOT static_libraries)
     message(FATAL_ERROR "not one static library: ${shared_libraries} ${static_libraries}")

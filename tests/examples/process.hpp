@@ -88,7 +88,8 @@ inline std::vector<std::string> pathsIn(const std::string& markdown) {
 // Whether a file is there, of the repository or of the public headers.
 inline bool isThere(const std::filesystem::path& repository, const std::string& file) {
   return std::filesystem::exists(repository / file) ||
-         std::filesystem::exists(repository / "include" / file);
+         std::filesystem::exists(repository / "include" / file) ||
+         std::filesystem::exists(repository / "toolkit/include" / file);
 }
 
 // The fenced blocks of a language in a Markdown text.
