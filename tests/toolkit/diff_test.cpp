@@ -182,7 +182,7 @@ TEST(vrtkSceneDiff, TellsProgramsAndAssets) {
   addBytes(a.get(), VRDM_CLASS_TEXTURE, "");
   addBytes(b.get(), VRDM_CLASS_TEXTURE, "abc");
   EXPECT_EQ(textOf(a.get(), b.get()),
-            "changed LightProgram/0/text: \"one\" -> \"two\\u000a\"\n"
+            "changed LightProgram/0/text: \"one\" -> \"two\\n\"\n"
             "changed Texture/0/desc/width: 0 -> 3\n"
             "changed Texture/0/bytes: "
             "\"sha256:e3b0c44298fc1c149afbf4c8996fb92427ae41e4649b934ca495991b7852b855\" -> "

@@ -1,6 +1,8 @@
 // The JSON form of a scene, as it is written.
+#include <sys/resource.h>
 #include <sys/stat.h>
 
+#include <csignal>
 #include <filesystem>
 
 #include "toolkit/json_support.hpp"
@@ -260,6 +262,56 @@ TEST(vrtkSceneExportFile, LeavesNothingBehindWhenItFails) {
   vrntValueDestroy(value);
   EXPECT_FALSE(std::filesystem::exists(folder.file("z.json")));
   EXPECT_FALSE(std::filesystem::exists(folder.file("z.assets")));
+}
+
+TEST(vrtkSceneExport, NamesTheFilesOfAssetsAfterTheDocument) {
+  const TemporaryFolder folder;
+  const SceneHandle scene = sceneOfAllClasses();
+  const std::string assets = folder.file("assets");
+  vrtkExportOptions options = VRTK_EXPORT_OPTIONS_INIT;
+  options.assetFolder = assets.c_str();
+  // The document is short enough to come in one piece, after all assets.
+  const auto look = [](const void*, std::uint64_t, void* context) -> std::uint32_t {
+    EXPECT_FALSE(std::filesystem::exists(*static_cast<const std::string*>(context)));
+    return 0;
+  };
+  ASSERT_EQ(
+      vrtkSceneExport(scene.get(), &options, look, const_cast<std::string*>(&assets), nullptr),
+      VRTK_OK);
+  EXPECT_EQ(namesIn(assets).size(), 2U);
+}
+
+TEST(vrtkSceneExport, LeavesNothingIfTheProcessIsKilled) {
+  const TemporaryFolder folder;
+  const SceneHandle scene = sceneOfAllClasses();
+  const std::string assets = folder.file("assets");
+  const pid_t child = fork();
+  if (child == 0) {
+    vrtkExportOptions options = VRTK_EXPORT_OPTIONS_INIT;
+    options.assetFolder = assets.c_str();
+    const auto die = [](const void*, std::uint64_t, void*) -> std::uint32_t {
+      return static_cast<std::uint32_t>(kill(getpid(), SIGKILL));
+    };
+    vrtkSceneExport(scene.get(), &options, die, nullptr, nullptr);
+    _exit(0);
+  }
+  int status = 0;
+  waitpid(child, &status, 0);
+  EXPECT_TRUE(WIFSIGNALED(status) && WTERMSIG(status) == SIGKILL) << status;
+  EXPECT_TRUE(namesIn(folder.path()).empty());
+}
+
+TEST(vrtkSceneExportFile, WritesMoreAssetsThanTheProcessMayOpenFiles) {
+  const TemporaryFolder folder;
+  const SceneHandle scene(vrdmCreateScene());
+  for (int i = 0; i < 100; ++i) addBytes(scene.get(), VRDM_CLASS_TEXTURE, std::to_string(i));
+  EXPECT_TRUE(inAProcess([&] {
+    const rlimit limit{60, 60};
+    setrlimit(RLIMIT_NOFILE, &limit);
+    EXPECT_EQ(vrtkSceneExportFile(scene.get(), folder.file("x.json").c_str(), nullptr, nullptr),
+              VRTK_OK);
+  }));
+  EXPECT_EQ(namesIn(folder.file("x.assets")).size(), 100U);
 }
 
 }  // namespace

@@ -131,7 +131,7 @@ TEST(vrtkReportJson, QuotesTheNameOfTheFile) {
   ASSERT_EQ(vrtkCheckFile(path.c_str(), nullptr, &report, nullptr), VRTK_OK);
   const ReportHandle owner(report);
   const std::string json = jsonOf(report);
-  EXPECT_NE(json.find("a \\\"b\\\"\\\\\\u000a\\u0001\xC3\xA4\xEF\xBF\xBD\",\n"), std::string::npos)
+  EXPECT_NE(json.find("a \\\"b\\\"\\\\\\n\\u0001\xC3\xA4\xEF\xBF\xBD\",\n"), std::string::npos)
       << json;
   EXPECT_NE(json.find("\"valid\": false"), std::string::npos);
 }

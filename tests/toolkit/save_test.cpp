@@ -27,15 +27,6 @@ Saved save(const vrdmScene_t* scene, const std::string& path) {
   return {status, error != nullptr ? vrtkErrorMessage(error) : ""};
 }
 
-std::vector<std::string> namesIn(const fs::path& folder) {
-  std::vector<std::string> names;
-  for (const auto& entry : fs::directory_iterator(folder)) {
-    names.push_back(entry.path().filename().string());
-  }
-  std::sort(names.begin(), names.end());
-  return names;
-}
-
 mode_t modeOf(const std::string& path) {
   struct stat found {};
   EXPECT_EQ(stat(path.c_str(), &found), 0);

@@ -140,12 +140,19 @@ std::string pathOfDescriptor(int descriptor) { return fmt::format("/proc/self/fd
 }  // namespace
 
 TargetFile::TargetFile(const std::string& path, Name name) : path_(path), target_(path) {
-  if (path.empty()) throw Failure(VRTK_SAVE_NO_FOLDER, "the path is empty; name a file");
   resolve();
-  name_ = nameOf(target_);
-  if (name_.empty()) {
-    throw Failure(VRTK_FILE_IS_FOLDER, path_ + ": this names a folder; name a file in it");
-  }
+  openFolder();
+  openTemporary(name);
+}
+
+TargetFile::TargetFile(const std::string& path, const std::string& stage)
+    : path_(path), target_(path) {
+  resolve();
+  const FileHandle folder(open(stage.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC));
+  if (folder) openUnnamed(folder.get());
+}
+
+void TargetFile::openFolder() {
   const std::string folder = folderOf(target_);
   folder_ = FileHandle(open(folder.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC));
   // A folder in which one may write, but which one may not list.
@@ -160,7 +167,6 @@ TargetFile::TargetFile(const std::string& path, Name name) : path_(path), target
     }
     fail("its folder cannot be opened", reason);
   }
-  openTemporary(name);
 }
 
 TargetFile::~TargetFile() {
@@ -199,8 +205,17 @@ void TargetFile::fail(const char* what, int reason) const {
                                     std::strerror(reason), advice));
 }
 
-// Finds the file that the path leads to, which need not exist yet.
 void TargetFile::resolve() {
+  if (path_.empty()) throw Failure(VRTK_SAVE_NO_FOLDER, "the path is empty; name a file");
+  followLinks();
+  name_ = nameOf(target_);
+  if (name_.empty()) {
+    throw Failure(VRTK_FILE_IS_FOLDER, path_ + ": this names a folder; name a file in it");
+  }
+}
+
+// Finds the file that the path leads to, which need not exist yet.
+void TargetFile::followLinks() {
   constexpr int kMostLinks = 40;
   for (int links = 0;; ++links) {
     struct stat found {};
@@ -237,20 +252,24 @@ void TargetFile::resolve() {
   }
 }
 
-void TargetFile::openTemporary(Name name) {
-  // Nobody else reads the bytes of a file that may be private before it has its permissions.
-  const mode_t mode = existing_ ? 0600 : 0666;
-  if (name == Name::NoneIfPossible) {
-    file_ = FileHandle(openat(folder_.get(), ".", O_TMPFILE | O_WRONLY | O_CLOEXEC, mode));
-  }
-  if (name == Name::Always) {
-    // Goes on below.
-  } else if (file_) {
-    if (access(pathOfDescriptor(file_.get()).c_str(), F_OK) == 0) return;
-    file_.close();  // it could not get a name
+// Nobody else reads the bytes of a file that may be private before it has its permissions.
+mode_t TargetFile::modeOfNew() const { return existing_ ? 0600 : 0666; }
+
+// Returns whether the file system has files without names, and they can get one.
+bool TargetFile::openUnnamed(int folder) {
+  file_ = FileHandle(openat(folder, ".", O_TMPFILE | O_WRONLY | O_CLOEXEC, modeOfNew()));
+  if (file_) {
+    if (access(pathOfDescriptor(file_.get()).c_str(), F_OK) == 0) return true;
+    file_.close();
   } else if (errno == EACCES || errno == EROFS || errno == ENOSPC || errno == EDQUOT) {
     fail("no file can be made beside it", errno);
   }
+  return false;
+}
+
+void TargetFile::openTemporary(Name name) {
+  if (name == Name::NoneIfPossible && openUnnamed(folder_.get())) return;
+  const mode_t mode = modeOfNew();
   std::random_device random;
   for (;;) {
     std::string own = fmt::format(".vrtk-{:08x}{:08x}.tmp", random(), random());
@@ -301,9 +320,14 @@ void TargetFile::keepAccessList() {
   }
 }
 
+void TargetFile::sync() {
+  if (fsync(file_.get()) != 0) fail("it cannot be written", errno);
+}
+
 void TargetFile::commit(bool sync) {
+  if (!folder_) openFolder();
   setPermissions();
-  if (sync && fsync(file_.get()) != 0) fail("it cannot be written", errno);
+  if (sync) this->sync();
   if (temporary_.empty()) {
     const std::string from = pathOfDescriptor(file_.get());
     const auto link = [&](const std::string& name) {

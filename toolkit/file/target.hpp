@@ -24,6 +24,13 @@ class TargetFile {
   /// Throws Failure with VRTK_SAVE_NO_FOLDER, VRTK_SAVE_DENIED, VRTK_SAVE_FAILED,
   /// VRTK_FILE_IS_FOLDER or VRTK_FILE_NOT_REGULAR.
   explicit TargetFile(const std::string& path, Name name = Name::NoneIfPossible);
+
+  /// A file without a name that is made in the folder `stage`; the target's folder need not exist
+  /// before commit(). Both folders must be in one file system. Throws as above; isStaged() says
+  /// whether the file system has such files. If it has none, nothing can be written.
+  TargetFile(const std::string& path, const std::string& stage);
+  bool isStaged() const { return static_cast<bool>(file_); }
+
   TargetFile(const TargetFile&) = delete;
   TargetFile& operator=(const TargetFile&) = delete;
   ~TargetFile();
@@ -31,6 +38,9 @@ class TargetFile {
   /// Calls `write` with a stream to the file. Throws what `write` throws, and Failure with
   /// VRTK_SAVE_NO_SPACE or VRTK_SAVE_FAILED for what the system reports.
   void write(const std::function<void(std::ostream&)>& write);
+
+  /// Waits until the device has the bytes.
+  void sync();
 
   /// Puts the file in the target's place. If `sync`, waits for the device before and after.
   void commit(bool sync);
@@ -43,6 +53,10 @@ class TargetFile {
   };
 
   void resolve();
+  void followLinks();
+  void openFolder();
+  mode_t modeOfNew() const;
+  bool openUnnamed(int folder);
   void openTemporary(Name name);
   void keepAccessList();
   void setPermissions();

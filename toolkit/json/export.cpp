@@ -52,7 +52,9 @@ void exportScene(const vrdmScene_t* scene, const vrtkExportOptions& options, Out
     write.files = &*files;
   }
   writeDocument(scene, write, std::move(sink));
-  if (files) files->keep();
+  if (!files) return;
+  files->nameFiles();
+  files->keep();
 }
 
 // Grows a block from malloc(), for the caller to free.
@@ -145,6 +147,7 @@ std::uint32_t vrtkSceneExportFile(const vrdmScene_t* scene, const char* path,
         stream.write(bytes, static_cast<std::streamsize>(size));
       });
     });
+    files.nameFiles();
     target.commit(true);
     files.keep();
   });

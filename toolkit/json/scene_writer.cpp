@@ -56,7 +56,7 @@ void SceneWriter::member(bool& isFirst, std::string_view key, std::size_t depth)
 
 void SceneWriter::string(std::string_view text) {
   text_.clear();
-  appendJsonString(text_, text, LineFeeds::Short);
+  appendJsonString(text_, text);
   out_.put(text_);
 }
 

@@ -38,7 +38,7 @@ std::size_t sequenceLength(std::string_view text) {
 
 }  // namespace
 
-void appendJsonString(std::string& out, std::string_view text, LineFeeds lineFeeds) {
+void appendJsonString(std::string& out, std::string_view text) {
   out += '"';
   while (!text.empty()) {
     const char c = text.front();
@@ -50,7 +50,7 @@ void appendJsonString(std::string& out, std::string_view text, LineFeeds lineFee
     } else if (c == '"' || c == '\\') {
       out += '\\';
       out += c;
-    } else if (lineFeeds == LineFeeds::Short && (c == '\n' || c == '\t' || c == '\r')) {
+    } else if (c == '\n' || c == '\t' || c == '\r') {
       out += c == '\n' ? "\\n" : c == '\t' ? "\\t" : "\\r";
     } else if (static_cast<unsigned char>(c) < 0x20 || c == 0x7F) {
       fmt::format_to(std::back_inserter(out), "\\u{:04x}", static_cast<unsigned>(c));

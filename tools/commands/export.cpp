@@ -1,4 +1,6 @@
 // vrn export: a scene as JSON.
+#include <sys/resource.h>
+
 #include <memory>
 
 #include "command.hpp"
@@ -17,6 +19,15 @@ struct Choices {
   bool digests = false;
 };
 
+// While an export runs, each file of an asset is open. The toolkit uses as many as the process may
+// have open, so that less of an export has names before it is complete.
+void openManyFiles() {
+  rlimit limit{};
+  if (getrlimit(RLIMIT_NOFILE, &limit) != 0) return;
+  limit.rlim_cur = limit.rlim_max;
+  setrlimit(RLIMIT_NOFILE, &limit);
+}
+
 int exportScene(Session& session, const Choices& choices) {
   if (choices.inlined && choices.digests) {
     throw Trouble("--digests: it leaves out the bytes that --inline asks for; give one of them");
@@ -34,6 +45,7 @@ int exportScene(Session& session, const Choices& choices) {
   }
   const Progress progress(session, choices.output, 0);
   if (!choices.digests) {
+    openManyFiles();
     require([&](vrtkError** error) {
       return vrtkSceneExportFile(scene.get(), choices.output.c_str(), &options, error);
     });

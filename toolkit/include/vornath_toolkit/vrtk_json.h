@@ -86,8 +86,10 @@ VRTK_API uint32_t vrtkSceneExportString(const vrdmScene_t* scene, const vrtkExpo
  * Exports a scene to a file, whole or not at all, as vrtkSceneSave() writes one. The bytes of
  * assets go into a folder beside it, whose name is that of the file with ".assets" in place of
  * ".json": "box.json" has "box.assets/". `options` may be null; the folder and the prefix in them
- * are not used. If the function fails, the files of assets that it has made are removed. Errors: as
- * vrtkSceneExport() and vrtkSceneSave().
+ * are not used. If the function fails, the files of assets that it has made are removed. They get
+ * their names just before the document does, so that a process that is killed leaves none, unless
+ * the file system has no unnamed files or the scene has more different assets than a quarter of the
+ * descriptors that the process may have. Errors: as vrtkSceneExport() and vrtkSceneSave().
  */
 VRTK_API uint32_t vrtkSceneExportFile(const vrdmScene_t* scene, const char* path,
                                       const vrtkExportOptions* options, vrtkError** error);
