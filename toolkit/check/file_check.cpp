@@ -124,8 +124,8 @@ class FileCheck {
                           : Code::FILE_TRUNCATED;
     fail(code, position_, address(), [&] {
       return fmt::format(
-          "{} takes {} bytes, but the file ends after {}; it was cut, or a number "
-          "is damaged",
+          "{}: {} bytes expected, but the file ends after {}; it was cut, or a number is "
+          "damaged",
           what, size, rest());
     });
   }
