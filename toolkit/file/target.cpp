@@ -16,6 +16,7 @@
 #include <exception>
 #include <random>
 #include <streambuf>
+#include <utility>
 
 #include "foundation/failure.hpp"
 
@@ -168,6 +169,15 @@ void TargetFile::openFolder() {
     fail("its folder cannot be opened", reason);
   }
 }
+
+TargetFile::TargetFile(TargetFile&& other) noexcept
+    : path_(std::move(other.path_)),
+      target_(std::move(other.target_)),
+      name_(std::move(other.name_)),
+      folder_(std::move(other.folder_)),
+      file_(std::move(other.file_)),
+      temporary_(std::exchange(other.temporary_, {})),
+      existing_(other.existing_) {}
 
 TargetFile::~TargetFile() {
   if (!temporary_.empty()) unlinkat(folder_.get(), temporary_.c_str(), 0);

@@ -31,6 +31,7 @@ class TargetFile {
   TargetFile(const std::string& path, const std::string& stage);
   bool isStaged() const { return static_cast<bool>(file_); }
 
+  TargetFile(TargetFile&& other) noexcept;
   TargetFile(const TargetFile&) = delete;
   TargetFile& operator=(const TargetFile&) = delete;
   ~TargetFile();

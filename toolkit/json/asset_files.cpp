@@ -86,17 +86,17 @@ void AssetFiles::makeFolder() {
 }
 
 // A file without a name if there can be one, else one in the folder.
-std::unique_ptr<TargetFile> AssetFiles::makeFile(const std::string& path) {
+TargetFile AssetFiles::makeFile(const std::string& path) {
   if (unnamed_.size() < mostUnnamed_) {
     const std::size_t slash = folder_.rfind('/');
     const std::string above = slash == std::string::npos ? "."
                               : slash == 0               ? "/"
                                                          : folder_.substr(0, slash);
-    auto file = std::make_unique<TargetFile>(path, folderIsThere_ ? folder_ : above);
-    if (file->isStaged()) return file;
+    TargetFile file(path, folderIsThere_ ? folder_ : above);
+    if (file.isStaged()) return file;
   }
   makeFolder();
-  return std::make_unique<TargetFile>(path);
+  return TargetFile(path);
 }
 
 void AssetFiles::add(const std::string& digest, const void* bytes, std::size_t size) {
@@ -106,12 +106,17 @@ void AssetFiles::add(const std::string& digest, const void* bytes, std::size_t s
   if (folderIsThere_ && hasBytes(path, bytes, size)) return;
   const bool replaces = folderIsThere_ && access(path.c_str(), F_OK) == 0;
   if (unnamed_.size() >= mostUnnamed_) nameFiles();
-  Unnamed file{path, makeFile(path), replaces};
-  file.file->write([bytes, size](std::ostream& stream) {
-    stream.write(static_cast<const char*>(bytes), static_cast<std::streamsize>(size));
-  });
-  file.file->sync();
-  unnamed_.push_back(std::move(file));
+  unnamed_.push_back({path, makeFile(path), replaces});
+  TargetFile& file = unnamed_.back().file;
+  try {
+    file.write([bytes, size](std::ostream& stream) {
+      stream.write(static_cast<const char*>(bytes), static_cast<std::streamsize>(size));
+    });
+    file.sync();
+  } catch (...) {
+    unnamed_.pop_back();
+    throw;
+  }
 }
 
 void AssetFiles::nameFiles() {
@@ -119,7 +124,7 @@ void AssetFiles::nameFiles() {
   makeFolder();
   made_.reserve(made_.size() + unnamed_.size());
   for (Unnamed& file : unnamed_) {
-    file.file->commit(false);
+    file.file.commit(false);
     if (!file.replaces) made_.push_back(std::move(file.path));
   }
   unnamed_.clear();

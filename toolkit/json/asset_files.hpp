@@ -3,7 +3,6 @@
 #define VORNATH_TOOLKIT_JSON_ASSET_FILES_HPP
 
 #include <cstddef>
-#include <memory>
 #include <string>
 #include <unordered_set>
 #include <vector>
@@ -36,11 +35,11 @@ class AssetFiles {
  private:
   struct Unnamed {
     std::string path;
-    std::unique_ptr<TargetFile> file;
+    TargetFile file;
     bool replaces;  // a file of that name, with other bytes
   };
 
-  std::unique_ptr<TargetFile> makeFile(const std::string& path);
+  TargetFile makeFile(const std::string& path);
   void examineFolder();
   void makeFolder();
 
