@@ -254,11 +254,11 @@ std::string fishCompletion() {
       for (const std::string& word : info.names) {
         line += word.compare(0, 2, "--") == 0 ? " -l " + word.substr(2) : " -s " + word.substr(1);
       }
-      if (!info.value.empty()) line += " -r";
+      const bool takesFile =
+          info.kind == Kind::SceneFile || info.kind == Kind::JsonFile || info.kind == Kind::File;
+      // Without -x, the files that the argument offers stand beside the values of the option.
+      if (!info.value.empty()) line += takesFile ? " -r -F" : " -x";
       if (info.kind == Kind::Choice) line += " -a " + fishQuoted(joined(info.choices));
-      if (info.kind == Kind::SceneFile || info.kind == Kind::JsonFile || info.kind == Kind::File) {
-        line += " -F";
-      }
       if (info.kind == Kind::Folder) line += " -a '(__fish_complete_directories)'";
       text += line + " -d " + fishQuoted(info.text) + "\n";
     }
