@@ -10,7 +10,7 @@
 #include "catalogue/page.hpp"
 #include "catalogue/range_picture.hpp"
 #include "catalogue/words.hpp"
-#include "check/type_plan.hpp"
+#include "types/type_queries.hpp"
 #include "vornath_data/metadata.h"
 
 namespace vrtk {
@@ -283,12 +283,12 @@ class Page {
   void constructors(const FieldModel& field) {
     if (field.constructors.empty()) return;
     const bool isLong = std::any_of(
-        field.constructors.begin(), field.constructors.end(), [](const ConstructorModel& each) {
+        field.constructors.begin(), field.constructors.end(), [](const EnumConstructor& each) {
           return each.annotations && !annotationText(each.annotations.get(), "desc").empty();
         });
     const std::string byDefault = valueWords(field.type.get(), field.defaultBytes);
     print("<ul class=\"choices{}\">", isLong ? " long" : "");
-    for (const ConstructorModel& each : field.constructors) {
+    for (const EnumConstructor& each : field.constructors) {
       print("<li{}><span class=\"code\">{}</span><code>{}</code>",
             each.label == byDefault ? " class=\"default\"" : "", each.code,
             escaped(each.label + each.fields));

@@ -4,7 +4,7 @@
 #include "catalogue/forms.hpp"
 #include "catalogue/json_writer.hpp"
 #include "catalogue/value_text.hpp"
-#include "check/type_plan.hpp"
+#include "types/type_queries.hpp"
 #include "vornath_data/metadata.h"
 
 namespace vrtk {
@@ -14,19 +14,9 @@ using Lines = JsonWriter::Lines;
 
 // What a program has to do with a field.
 std::string_view fieldKind(const vrntType_t* type) {
-  if (isStruct(type)) return "struct";
-  switch (vrntTypeDescriptor(type)) {
-    case VRNT_DESCRIPTOR_ARRAY:
-      return "array";
-    case VRNT_DESCRIPTOR_REFERENCE:
-      return "reference";
-    case VRNT_DESCRIPTOR_ENUM:
-      return "enum";
-    case VRNT_DESCRIPTOR_FUNCTION:
-      return "function";
-    default:
-      return vrntTypeVectorDimension(type) > 1 ? "vector" : "scalar";
-  }
+  const char* const compound = compoundName(type);
+  if (compound != nullptr) return compound;
+  return vrntTypeVectorDimension(type) > 1 ? "vector" : "scalar";
 }
 
 void writeTextMember(JsonWriter& writer, std::string_view name, const vrntType_t* type,
@@ -75,10 +65,10 @@ void writeAnnotations(JsonWriter& writer, const vrntType_t* type,
   writer.endObject();
 }
 
-void writeConstructors(JsonWriter& writer, const std::vector<ConstructorModel>& constructors) {
+void writeConstructors(JsonWriter& writer, const std::vector<EnumConstructor>& constructors) {
   writer.key("constructors");
   writer.beginArray(Lines::One);
-  for (const ConstructorModel& constructor : constructors) {
+  for (const EnumConstructor& constructor : constructors) {
     writer.beginObject(Lines::One);
     writer.member("code", std::uint64_t{constructor.code});
     writer.member("label", constructor.label);

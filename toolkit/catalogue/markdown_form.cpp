@@ -81,7 +81,7 @@ class Page {
 
   void constructors(const FieldModel& field, const vrntType_t* type) {
     bool annotated = false;
-    for (const ConstructorModel& constructor : field.constructors) {
+    for (const EnumConstructor& constructor : field.constructors) {
       annotated = annotated || constructor.annotations;
     }
     if (annotated) {
@@ -96,7 +96,7 @@ class Page {
       return;
     }
     text += "enum";
-    for (const ConstructorModel& constructor : field.constructors) {
+    for (const EnumConstructor& constructor : field.constructors) {
       print("{}{}", constructor.code != 0 ? ", " : " ", constructor.label);
     }
   }

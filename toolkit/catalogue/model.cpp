@@ -7,11 +7,11 @@
 #include <new>
 #include <utility>
 
-#include "catalogue/nearest.hpp"
 #include "check/file_layout.hpp"
-#include "check/type_plan.hpp"
 #include "foundation/failure.hpp"
+#include "foundation/nearest_name.hpp"
 #include "json/text.hpp"
+#include "types/type_queries.hpp"
 #include "vornath_data/metadata.h"
 #include "vornath_data/values.h"
 
@@ -98,7 +98,7 @@ std::string quoted(std::string_view name) {
 }
 
 std::string choices(const std::vector<std::string>& names, std::string_view wanted) {
-  const std::string nearest = nearestName(names, wanted);
+  const std::string_view nearest = nearestName({names.begin(), names.end()}, wanted);
   if (!nearest.empty()) return fmt::format("did you mean \"{}\"?", nearest);
   std::string list;
   for (const std::string& name : names) list += (list.empty() ? "" : ", ") + name;

@@ -8,7 +8,7 @@
 #include <string_view>
 #include <vector>
 
-#include "catalogue/constructors.hpp"
+#include "types/enum_constructors.hpp"
 #include "vornath_data/catalogue.h"
 #include "vornath_data/handles.hpp"
 
@@ -18,10 +18,10 @@ namespace vrtk {
 struct FieldModel {
   std::string path;  ///< from the group, as in an address: "planes/0/origin"
   std::string name;
-  std::uint64_t offset;                        ///< bytes from the start of the group
-  vrnt::UniqueType type;                       ///< with its annotations
-  const char* defaultBytes;                    ///< in the default of the group
-  std::vector<ConstructorModel> constructors;  ///< of an enum, or of an array's elements
+  std::uint64_t offset;                       ///< bytes from the start of the group
+  vrnt::UniqueType type;                      ///< with its annotations
+  const char* defaultBytes;                   ///< in the default of the group
+  std::vector<EnumConstructor> constructors;  ///< of an enum, or of an array's elements
 };
 
 struct GroupModel {

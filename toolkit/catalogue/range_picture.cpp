@@ -7,7 +7,7 @@
 #include <optional>
 
 #include "catalogue/value_text.hpp"
-#include "check/type_plan.hpp"
+#include "types/type_queries.hpp"
 #include "vornath_data/metadata.h"
 
 namespace vrtk {
@@ -23,7 +23,7 @@ constexpr double kMiddle = 8;
 std::optional<double> commonNumber(const vrntType_t* type, const char* bytes) {
   if (bytes == nullptr) return std::nullopt;
   const vrnt::UniqueType element = innermostElement(type);
-  const auto numbers = numbersOf(element.get());
+  const auto numbers = laneType(element.get());
   if (!numbers || numbers->family == VRNT_BASETYPE_BOOL) return std::nullopt;
   const std::uint64_t size = vrntTypeSize(element.get());
   std::optional<double> common;

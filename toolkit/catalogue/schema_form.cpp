@@ -11,7 +11,7 @@
 #include "catalogue/forms.hpp"
 #include "catalogue/json_writer.hpp"
 #include "catalogue/value_text.hpp"
-#include "check/type_plan.hpp"
+#include "types/type_queries.hpp"
 
 namespace vrtk {
 namespace {
@@ -288,7 +288,7 @@ class Schema {
         writer_.member("$ref", "#/$defs/reference");
         return;
     }
-    const Numbers numbers = *numbersOf(type);
+    const LaneType numbers = *laneType(type);
     if (numbers.lanes == 1) {
       laneMembers(numbers, limits, 0);
       return;
@@ -371,7 +371,7 @@ class Schema {
     writer_.endArray();
   }
 
-  void laneMembers(const Numbers& numbers, const Limits& limits, std::uint32_t lane) {
+  void laneMembers(const LaneType& numbers, const Limits& limits, std::uint32_t lane) {
     if (numbers.family == VRNT_BASETYPE_BOOL) {
       // A word that is neither 0 nor all ones is a string.
       writer_.jsonMember("type", R"(["boolean", "string"])");
@@ -411,7 +411,7 @@ class Schema {
 
   // A number within the limits. What is no number of JSON is a string, and allowed where no limit
   // forbids it.
-  void realMembers(const Numbers& numbers, const Limits& limits, std::uint32_t lane, double min,
+  void realMembers(const LaneType& numbers, const Limits& limits, std::uint32_t lane, double min,
                    double max) {
     const bool isHalf = numbers.family == VRNT_BASETYPE_HALF;
     std::string strings;

@@ -86,10 +86,10 @@ class Text {
     constexpr std::string_view kIndent = "          ";
     const bool annotated = std::any_of(
         field.constructors.begin(), field.constructors.end(),
-        [](const ConstructorModel& constructor) { return constructor.annotations != nullptr; });
+        [](const EnumConstructor& constructor) { return constructor.annotations != nullptr; });
     if (!field.constructors.empty() && !(isDetailed_ && annotated)) {
       std::string all;
-      for (const ConstructorModel& constructor : field.constructors) {
+      for (const EnumConstructor& constructor : field.constructors) {
         all += (all.empty() ? "" : ", ") + constructor.label;
       }
       wrapped(all, kIndent);
@@ -103,7 +103,7 @@ class Text {
     wrapped(further, kIndent);
     if (!annotated) return;
     std::vector<Row> rows;
-    for (const ConstructorModel& constructor : field.constructors) {
+    for (const EnumConstructor& constructor : field.constructors) {
       const vrntType_t* const told = constructor.annotations.get();
       rows.push_back({std::to_string(constructor.code), constructor.label + constructor.fields,
                       told != nullptr ? std::string(annotationText(told, "name")) : "",

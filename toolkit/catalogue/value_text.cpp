@@ -8,20 +8,14 @@
 #include <cstring>
 #include <limits>
 
-#include "catalogue/constructors.hpp"
-#include "check/type_plan.hpp"
 #include "foundation/half.hpp"
+#include "foundation/load.hpp"
 #include "json/text.hpp"
+#include "types/enum_constructors.hpp"
+#include "types/type_queries.hpp"
 
 namespace vrtk {
 namespace {
-
-template <typename T>
-T load(const char* at) {
-  T number;
-  std::memcpy(&number, at, sizeof(number));
-  return number;
-}
 
 constexpr std::uint32_t kQuietNan = 0x7FC00000;
 
@@ -88,7 +82,7 @@ void append(std::string& out, const vrntType_t* type, const char* bytes) {
       out += "null";
       return;
   }
-  const Numbers numbers = *numbersOf(type);
+  const LaneType numbers = *laneType(type);
   if (numbers.lanes == 1) {
     out += laneJson(numbers, bytes, 0);
     return;
@@ -112,31 +106,7 @@ std::string valueJson(const vrntValue_t* value) {
   return valueJson(vrntValueType(value), static_cast<const char*>(vrntValueData(value)));
 }
 
-std::optional<Numbers> numbersOf(const vrntType_t* type) {
-  if (vrntTypeDescriptor(type) != VRNT_DESCRIPTOR_BASE) return std::nullopt;
-  const std::uint32_t family = vrntTypeBasetype(type);
-  if (family == VRNT_BASETYPE_STRUCT) return std::nullopt;
-  const std::uint32_t size = family == VRNT_BASETYPE_CHAR   ? 1
-                             : family == VRNT_BASETYPE_HALF ? 2
-                                                            : 4;
-  return Numbers{family, vrntTypeVectorDimension(type), size};
-}
-
-double laneNumber(const Numbers& numbers, const char* bytes, std::uint32_t lane) {
-  const char* const at = bytes + std::size_t{lane} * numbers.size;
-  switch (numbers.family) {
-    case VRNT_BASETYPE_CHAR:
-      return load<std::uint8_t>(at);
-    case VRNT_BASETYPE_HALF:
-      return halfToFloat(load<std::uint16_t>(at));
-    case VRNT_BASETYPE_FLOAT:
-      return load<float>(at);
-    default:
-      return load<std::int32_t>(at);
-  }
-}
-
-std::string laneJson(const Numbers& numbers, const char* bytes, std::uint32_t lane) {
+std::string laneJson(const LaneType& numbers, const char* bytes, std::uint32_t lane) {
   const char* const at = bytes + std::size_t{lane} * numbers.size;
   switch (numbers.family) {
     case VRNT_BASETYPE_CHAR:

@@ -6,7 +6,7 @@
 #include <cstring>
 
 #include "catalogue/value_text.hpp"
-#include "check/type_plan.hpp"
+#include "types/type_queries.hpp"
 #include "vornath_data/metadata.h"
 
 namespace vrtk {

@@ -6,6 +6,7 @@
 #include <limits>
 #include <string_view>
 
+#include "foundation/load.hpp"
 #include "vornath_data/asset_records.h"
 #include "vornath_data/catalogue.h"
 #include "vornath_data/texture.hpp"
@@ -13,15 +14,8 @@
 namespace vrtk {
 namespace {
 
-template <typename Record>
-Record recordAt(const char* bytes) {
-  Record record;
-  std::memcpy(&record, bytes, sizeof(record));
-  return record;
-}
-
 AssetContent inspectMesh(const char* bytes, const ReportFinding& report) {
-  const auto mesh = recordAt<vrdmMeshDesc>(bytes);
+  const auto mesh = load<vrdmMeshDesc>(bytes);
   AssetContent content;
   const struct {
     std::int32_t number;
@@ -58,7 +52,7 @@ AssetContent inspectMesh(const char* bytes, const ReportFinding& report) {
 }
 
 AssetContent inspectTexture(const char* bytes, const ReportFinding& report) {
-  const auto texture = recordAt<vrdmTextureDesc>(bytes);
+  const auto texture = load<vrdmTextureDesc>(bytes);
   AssetContent content;
   const struct {
     std::int32_t extent;
@@ -92,7 +86,7 @@ AssetContent inspectTexture(const char* bytes, const ReportFinding& report) {
                         "{} x {} x {}",
                         texture.width, texture.height, texture.depth)});
   }
-  const auto desc = recordAt<vrnt::detail::TextureDesc>(bytes);
+  const auto desc = load<vrnt::detail::TextureDesc>(bytes);
   content.bytes = desc.size();
   if (content.bytes == std::numeric_limits<std::size_t>::max()) {
     content.valid = false;
@@ -104,7 +98,7 @@ AssetContent inspectTexture(const char* bytes, const ReportFinding& report) {
 }
 
 AssetContent inspectGraph(const char* bytes, const ReportFinding& report) {
-  const auto graph = recordAt<vrdmMaterialGraphDesc>(bytes);
+  const auto graph = load<vrdmMaterialGraphDesc>(bytes);
   const struct {
     std::uint64_t place;
     std::uint32_t offset;

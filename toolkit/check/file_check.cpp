@@ -11,6 +11,7 @@
 #include "check/file_layout.hpp"
 #include "check/rules.hpp"
 #include "check/value_check.hpp"
+#include "foundation/load.hpp"
 
 namespace vrtk {
 namespace {
@@ -22,13 +23,6 @@ constexpr std::uint64_t kMemoryOfScene = 3 << 20;
 constexpr std::uint64_t kMemoryOfAllocation = 32;
 constexpr std::uint64_t kLargeAllocation = 64 << 10;
 constexpr std::uint64_t kPages = 8192;
-
-template <typename T>
-T load(const char* at) {
-  T value;
-  std::memcpy(&value, at, sizeof(value));
-  return value;
-}
 
 std::uint64_t allocated(std::uint64_t bytes) {
   return bytes + kMemoryOfAllocation + (bytes >= kLargeAllocation ? kPages : 0);

@@ -8,6 +8,7 @@
 #include <iterator>
 #include <new>
 
+#include "foundation/failure.hpp"
 #include "json/text.hpp"
 #include "vornath_data/catalogue.h"
 
@@ -41,11 +42,8 @@ std::uint32_t severityOf(Code code) { return kCodes[static_cast<std::size_t>(cod
 
 vrtkLimits limitsOf(const vrtkLimits* given) {
   vrtkLimits limits = VRTK_LIMITS_INIT;
-  if (given != nullptr) {
-    const auto size = std::min<std::uint64_t>(given->structSize, sizeof(limits));
-    std::memcpy(&limits, given, static_cast<std::size_t>(size));
-    limits.structSize = sizeof(limits);
-  }
+  readOptions(given, limits);
+  limits.structSize = sizeof(limits);
   return limits;
 }
 

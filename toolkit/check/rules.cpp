@@ -9,16 +9,10 @@
 #include <utility>
 
 #include "foundation/half.hpp"
+#include "foundation/load.hpp"
 
 namespace vrtk {
 namespace {
-
-template <typename T>
-T load(const char* at) {
-  T value;
-  std::memcpy(&value, at, sizeof(value));
-  return value;
-}
 
 std::uint64_t numberSize(Rule rule) { return rule == Rule::Char ? 1 : rule == Rule::Half ? 2 : 4; }
 

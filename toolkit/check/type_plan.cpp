@@ -3,12 +3,13 @@
 #include <algorithm>
 #include <array>
 #include <cfloat>
-#include <cstring>
 #include <limits>
 #include <optional>
 #include <string_view>
 
 #include "foundation/half.hpp"
+#include "foundation/load.hpp"
+#include "types/type_queries.hpp"
 #include "vornath_data/handles.hpp"
 #include "vornath_data/metadata.h"
 #include "vornath_data/values.h"
@@ -19,51 +20,6 @@ namespace {
 constexpr std::array<std::string_view, 6> kTextureLabels = {
     "spectrum_texture", "spectrum_sphere_texture", "normal_texture",
     "float_texture",    "float_sphere_texture",    "texture_ref"};
-
-struct LaneType {
-  std::uint32_t family;
-  std::uint32_t lanes;
-  std::uint32_t size;
-};
-
-std::uint32_t laneSize(std::uint32_t family) {
-  switch (family) {
-    case VRNT_BASETYPE_CHAR:
-      return 1;
-    case VRNT_BASETYPE_HALF:
-      return 2;
-    default:
-      return 4;
-  }
-}
-
-// Nothing for a type that is no base type.
-std::optional<LaneType> laneType(const vrntType_t* type) {
-  if (vrntTypeDescriptor(type) != VRNT_DESCRIPTOR_BASE) return std::nullopt;
-  const std::uint32_t family = vrntTypeBasetype(type);
-  if (family == VRNT_BASETYPE_STRUCT) return std::nullopt;
-  return LaneType{family, vrntTypeVectorDimension(type), laneSize(family)};
-}
-
-template <typename T>
-T load(const char* at) {
-  T value;
-  std::memcpy(&value, at, sizeof(value));
-  return value;
-}
-
-double laneValue(const LaneType& lane, const char* at) {
-  switch (lane.family) {
-    case VRNT_BASETYPE_CHAR:
-      return load<std::uint8_t>(at);
-    case VRNT_BASETYPE_HALF:
-      return halfToFloat(load<std::uint16_t>(at));
-    case VRNT_BASETYPE_FLOAT:
-      return load<float>(at);
-    default:
-      return load<std::int32_t>(at);
-  }
-}
 
 // The bytes of an annotation that is a value of the type. Like the library, takes no notice of a
 // value of another type.
@@ -83,12 +39,6 @@ std::uint64_t saturatingMultiply(std::uint64_t a, std::uint64_t b) {
 
 }  // namespace
 
-bool isStruct(const vrntType_t* type) {
-  const std::uint32_t kind = vrntTypeDescriptor(type);
-  return kind == VRNT_DESCRIPTOR_STRUCT ||
-         (kind == VRNT_DESCRIPTOR_BASE && vrntTypeBasetype(type) == VRNT_BASETYPE_STRUCT);
-}
-
 bool isTextureReference(const vrntType_t* structType) {
   if (vrntTypeFieldCount(structType) != 1) return false;
   vrntValueView_t field{};
@@ -102,19 +52,6 @@ bool isTextureReference(const vrntType_t* structType) {
   return vrntMetadataExists(structType, "alias") != 0 &&
          vrntMetadataType(structType, "alias") == VRNT_METADATA_TEXT &&
          std::string_view(vrntMetadataString(structType, "alias")) == "texture_ref";
-}
-
-std::uint64_t elementCount(const vrntType_t* arrayType) {
-  std::int32_t shape[4] = {1, 1, 1, 1};
-  vrntTypeArrayShape(arrayType, shape);
-  // The library multiplies extents in 32 bits, and lays out no element if the product is negative.
-  std::uint32_t product = 1;
-  for (const std::int32_t extent : shape) {
-    if (extent < 0) return 0;
-    product *= static_cast<std::uint32_t>(extent);
-  }
-  const auto count = static_cast<std::int32_t>(product);
-  return count < 0 ? 0 : static_cast<std::uint64_t>(count);
 }
 
 // Goes through a type without recursion, since types may nest as deeply as a file is long.
@@ -361,8 +298,8 @@ class PlanBuilder {
     for (std::uint32_t i = 0; i < lane.lanes; ++i) {
       const std::size_t at = std::size_t{i} * lane.size;
       operation({rule, 0, offset + at, 1, lane.size, 0,
-                 min != nullptr ? laneValue(lane, min + at) : -most,
-                 max != nullptr ? laneValue(lane, max + at) : most});
+                 min != nullptr ? laneNumber(lane, min, i) : -most,
+                 max != nullptr ? laneNumber(lane, max, i) : most});
     }
   }
 
@@ -429,19 +366,9 @@ void appendPath(std::string& out, const vrntType_t* type, std::uint64_t offset) 
       vrntValueArrayElement(&element, type, kFirst);
       const std::uint64_t size = vrntTypeSize(element.type);
       if (size == 0) return;
-      std::uint64_t index = offset / size;
+      const std::uint64_t index = offset / size;
       offset -= index * size;
-      std::int32_t shape[4] = {1, 1, 1, 1};
-      vrntTypeArrayShape(type, shape);
-      const std::uint32_t rank = vrntTypeArrayDimension(type);
-      // The last dimension, which runs slowest, is the outermost array.
-      std::array<std::uint64_t, 4> indices{};
-      for (std::uint32_t d = 0; d < rank; ++d) {
-        const auto extent = static_cast<std::uint64_t>(std::max(shape[d], 1));
-        indices[d] = d + 1 == rank ? index : index % extent;
-        index /= extent;
-      }
-      for (std::uint32_t d = rank; d-- > 0;) out += '/' + std::to_string(indices[d]);
+      forEachIndex(type, index, [&out](std::uint64_t i) { out += '/' + std::to_string(i); });
       type = element.type;
     } else {
       const auto lane = laneType(type);

@@ -96,12 +96,6 @@ void appendPath(std::string& out, const vrntType_t* type, std::uint64_t offset);
 /// alias that says so.
 bool isTextureReference(const vrntType_t* structType);
 
-/// Returns whether a type is a struct. Unlike vrntTypeDescriptor(), it counts a spectrum as one.
-bool isStruct(const vrntType_t* type);
-
-/// Returns the number of elements that an array has in memory, and so in a text.
-std::uint64_t elementCount(const vrntType_t* arrayType);
-
 }  // namespace vrtk
 
 #endif

@@ -3,8 +3,9 @@
 #include <fmt/format.h>
 
 #include <algorithm>
-#include <cstring>
 #include <utility>
+
+#include "foundation/load.hpp"
 
 namespace vrtk {
 namespace {
@@ -21,13 +22,6 @@ constexpr std::uint64_t kPages = 8192;
 // A value whose text has more parts can't be printed or compared in reasonable time and memory.
 constexpr double kMostParts = double{1 << 28};
 constexpr std::uint64_t kPartsOfByte = 16;
-
-template <typename T>
-T load(const char* at) {
-  T value;
-  std::memcpy(&value, at, sizeof(value));
-  return value;
-}
 
 }  // namespace
 

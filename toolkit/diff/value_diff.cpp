@@ -8,22 +8,16 @@
 #include <string_view>
 #include <unordered_map>
 
-#include "check/type_plan.hpp"
+#include "foundation/load.hpp"
 #include "json/output.hpp"
 #include "json/text.hpp"
 #include "json/value_writer.hpp"
+#include "types/type_queries.hpp"
 #include "vornath_data/handles.hpp"
 #include "vornath_data/types.h"
 
 namespace vrtk {
 namespace {
-
-template <typename T>
-T load(const char* at) {
-  T value;
-  std::memcpy(&value, at, sizeof(value));
-  return value;
-}
 
 bool leadsToBlock(std::uint64_t word) { return word != 0 && (word & 1U) == 0; }
 

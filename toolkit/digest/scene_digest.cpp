@@ -1,4 +1,6 @@
 // The digest of a scene. docs/scene_digest.md describes what is hashed.
+#include <cryptopp/sha.h>
+
 #include <algorithm>
 #include <cstdint>
 #include <cstring>
@@ -9,8 +11,8 @@
 #include <vector>
 
 #include "check/file_layout.hpp"
-#include "digest/sha256.hpp"
 #include "foundation/failure.hpp"
+#include "foundation/sha256.hpp"
 #include "values/value_layout.hpp"
 #include "vornath_data/handles.hpp"
 #include "vornath_data/scene.hpp"
@@ -21,6 +23,12 @@ namespace {
 
 using vrnt::data::ClassInfo;
 using vrnt::data::Scene;
+
+Sha256 finish(CryptoPP::SHA256& hash) {
+  Sha256 digest;
+  hash.Final(digest.data());
+  return digest;
+}
 
 // Collects small pieces, since a call of the hash for each would cost more than the hash. The hash
 // gets whole blocks at aligned places: it is much slower with others.

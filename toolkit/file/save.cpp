@@ -67,10 +67,7 @@ class BlockBuffer final : public std::streambuf {
 
 vrtkSaveOptions optionsOf(const vrtkSaveOptions* given) {
   vrtkSaveOptions options = VRTK_SAVE_OPTIONS_INIT;
-  if (given != nullptr) {
-    const auto size = std::min<std::uint64_t>(given->structSize, sizeof(options));
-    std::memcpy(&options, given, static_cast<std::size_t>(size));
-  }
+  readOptions(given, options);
   return options;
 }
 

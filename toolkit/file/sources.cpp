@@ -98,10 +98,7 @@ void FileSource::read(std::uint64_t offset, void* to, std::size_t size) {
 }
 
 Window::Window(ByteSource& source, std::size_t capacity)
-    : source_(source),
-      size_(source.size()),
-      direct_(source.inMemory()),
-      capacity_(capacity) {
+    : source_(source), size_(source.size()), direct_(source.inMemory()), capacity_(capacity) {
   if (direct_ == nullptr) buffer_ = std::make_unique_for_overwrite<char[]>(capacity_);
 }
 

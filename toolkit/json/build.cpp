@@ -15,10 +15,7 @@ namespace {
 
 vrtkBuildOptions optionsOf(const vrtkBuildOptions* given) {
   vrtkBuildOptions options = VRTK_BUILD_OPTIONS_INIT;
-  if (given != nullptr) {
-    const auto size = std::min<std::uint64_t>(given->structSize, sizeof(options));
-    std::memcpy(&options, given, static_cast<std::size_t>(size));
-  }
+  readOptions(given, options);
   return options;
 }
 

@@ -17,10 +17,7 @@ namespace {
 
 vrtkExportOptions optionsOf(const vrtkExportOptions* given) {
   vrtkExportOptions options = VRTK_EXPORT_OPTIONS_INIT;
-  if (given != nullptr) {
-    const auto size = std::min<std::uint64_t>(given->structSize, sizeof(options));
-    std::memcpy(&options, given, static_cast<std::size_t>(size));
-  }
+  readOptions(given, options);
   return options;
 }
 

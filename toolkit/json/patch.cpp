@@ -477,10 +477,7 @@ void patch(const vrdmScene_t* scene, std::string_view text, const vrtkSetOptions
 
 vrtkSetOptions optionsOf(const vrtkSetOptions* given) {
   vrtkSetOptions options = VRTK_SET_OPTIONS_INIT;
-  if (given != nullptr) {
-    const auto size = std::min<std::uint64_t>(given->structSize, sizeof(options));
-    std::memcpy(&options, given, static_cast<std::size_t>(size));
-  }
+  readOptions(given, options);
   return options;
 }
 

@@ -3,10 +3,10 @@
 #include <fmt/format.h>
 
 #include <algorithm>
-#include <cctype>
 #include <iterator>
 
 #include "foundation/failure.hpp"
+#include "foundation/nearest_name.hpp"
 #include "json/tape.hpp"
 #include "json/text.hpp"
 
@@ -14,30 +14,6 @@ namespace vrtk {
 namespace {
 
 constexpr std::size_t kLongestName = 80;
-
-char lower(char c) { return static_cast<char>(std::tolower(static_cast<unsigned char>(c))); }
-
-// The least number of letters to insert, delete, replace or swap with their neighbour.
-std::size_t distance(std::string_view a, std::string_view b) {
-  std::vector<std::size_t> beforeLast(b.size() + 1);
-  std::vector<std::size_t> last(b.size() + 1);
-  std::vector<std::size_t> row(b.size() + 1);
-  for (std::size_t j = 0; j <= b.size(); ++j) last[j] = j;
-  for (std::size_t i = 1; i <= a.size(); ++i) {
-    row[0] = i;
-    for (std::size_t j = 1; j <= b.size(); ++j) {
-      const bool same = lower(a[i - 1]) == lower(b[j - 1]);
-      row[j] = std::min({last[j] + 1, row[j - 1] + 1, last[j - 1] + (same ? 0 : 1)});
-      if (i > 1 && j > 1 && lower(a[i - 1]) == lower(b[j - 2]) &&
-          lower(a[i - 2]) == lower(b[j - 1])) {
-        row[j] = std::min(row[j], beforeLast[j - 2] + 1);
-      }
-    }
-    std::swap(beforeLast, last);
-    std::swap(last, row);
-  }
-  return last[b.size()];
-}
 
 // Follows the tokens of a document and says where each one stands.
 class PlaceFinder {
@@ -199,18 +175,8 @@ std::string quoted(std::string_view text) {
 std::string suggestion(std::string_view text, const std::vector<std::string_view>& names) {
   if (names.empty()) return {};
   constexpr std::size_t kFew = 8;
-  if (text.size() <= kLongestName) {
-    std::size_t best = std::max<std::size_t>(1, text.size() / 3) + 1;
-    std::string_view nearest;
-    for (const std::string_view name : names) {
-      if (name.size() > text.size() + best || text.size() > name.size() + best) continue;
-      const std::size_t found = distance(text, name);
-      if (found >= best) continue;
-      best = found;
-      nearest = name;
-    }
-    if (nearest.data() != nullptr) return fmt::format("; did you mean {}?", quoted(nearest));
-  }
+  const std::string_view nearest = nearestName(names, text);
+  if (!nearest.empty()) return fmt::format("; did you mean {}?", quoted(nearest));
   std::string out = "; expected ";
   if (names.size() > 1) out += "one of ";
   for (std::size_t i = 0; i < std::min(kFew, names.size()); ++i) {

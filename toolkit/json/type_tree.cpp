@@ -4,6 +4,7 @@
 #include <cstring>
 
 #include "json/text.hpp"
+#include "types/type_queries.hpp"
 #include "vornath_data/values.h"
 
 namespace vrtk {

@@ -6,6 +6,7 @@
 #include <utility>
 
 #include "foundation/failure.hpp"
+#include "foundation/load.hpp"
 #include "foundation/small_stack.hpp"
 #include "json/numbers.hpp"
 #include "json/text.hpp"
@@ -13,13 +14,6 @@
 
 namespace vrtk {
 namespace {
-
-template <typename T>
-T load(const char* at) {
-  T value;
-  std::memcpy(&value, at, sizeof(value));
-  return value;
-}
 
 char* writeLane(char* out, Part part, const char* at) {
   switch (part) {

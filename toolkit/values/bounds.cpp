@@ -8,22 +8,16 @@
 #include <limits>
 #include <utility>
 
-#include "check/type_plan.hpp"
 #include "foundation/failure.hpp"
 #include "foundation/half.hpp"
+#include "foundation/load.hpp"
 #include "json/numbers.hpp"
+#include "types/type_queries.hpp"
 #include "vornath_data/metadata.h"
 #include "vornath_data/values.h"
 
 namespace vrtk {
 namespace {
-
-template <typename T>
-T load(const char* at) {
-  T value;
-  std::memcpy(&value, at, sizeof(value));
-  return value;
-}
 
 template <typename T>
 void fill(std::vector<char>& bytes, std::uint64_t offset, std::uint64_t lanes, T value) {

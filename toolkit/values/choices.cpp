@@ -1,98 +1,38 @@
 #include "values/choices.hpp"
 
-#include <algorithm>
 #include <memory>
-#include <new>
 #include <string_view>
 
 #include "foundation/failure.hpp"
+#include "types/enum_constructors.hpp"
+#include "vornath_data/metadata.h"
 #include "vornath_toolkit/vrtk_value.h"
 
 namespace vrtk {
 namespace {
 
-// Reads the canonical text of an enum, such as `enum { A @name="a"; B(float x) ; }`.
-class ChoiceReader {
- public:
-  explicit ChoiceReader(std::string_view text) : text_(text) {}
-
-  std::vector<Choice> read() {
-    at_ = text_.find('{') + 1;
-    std::vector<Choice> choices;
-    for (blanks(); at_ < text_.size() && text_[at_] != '}'; blanks()) choices.push_back(choice());
-    return choices;
+// An annotation that is a text; `otherwise` for none.
+std::string annotated(const vrntType_t* type, const char* key, const std::string& otherwise) {
+  if (type == nullptr || vrntMetadataExists(type, key) == 0 ||
+      vrntMetadataType(type, key) != VRNT_METADATA_TEXT) {
+    return otherwise;
   }
-
- private:
-  void blanks() {
-    while (at_ < text_.size() && text_[at_] == ' ') ++at_;
-  }
-
-  std::string word() {
-    const std::size_t start = at_;
-    at_ = std::min(text_.find_first_of(" ;(=@{}", at_), text_.size());
-    return std::string(text_.substr(start, at_ - start));
-  }
-
-  // Goes to the next of `ends` that is in no brackets and in no text.
-  std::string_view until(std::string_view ends) {
-    const std::size_t start = at_;
-    int depth = 0;
-    for (; at_ < text_.size(); ++at_) {
-      const char c = text_[at_];
-      if (c == '"') {
-        at_ = std::min(text_.find('"', at_ + 1), text_.size() - 1);
-        continue;
-      }
-      if (depth == 0 && ends.find(c) != std::string_view::npos) break;
-      if (c == '(' || c == '[' || c == '{') ++depth;
-      if (c == ')' || c == ']' || c == '}') --depth;
-    }
-    std::string_view part = text_.substr(start, at_ - start);
-    while (!part.empty() && part.front() == ' ') part.remove_prefix(1);
-    while (!part.empty() && part.back() == ' ') part.remove_suffix(1);
-    return part;
-  }
-
-  Choice choice() {
-    Choice choice;
-    choice.label = word();
-    choice.name = choice.label;
-    for (blanks(); at_ < text_.size() && text_[at_] != ';'; blanks()) {
-      if (text_[at_] == '(') {
-        ++at_;
-        choice.fields = until(")");
-        ++at_;
-        continue;
-      }
-      if (text_[at_] != '@') break;
-      ++at_;
-      const std::string key = word();
-      blanks();
-      if (at_ == text_.size() || text_[at_] != '=') continue;
-      ++at_;
-      blanks();
-      const std::string_view value = until("@;");
-      if (value.size() < 2 || value.front() != '"' || value.back() != '"') continue;
-      if (key == "name") choice.name = value.substr(1, value.size() - 2);
-      if (key == "desc") choice.description = value.substr(1, value.size() - 2);
-    }
-    if (at_ < text_.size()) ++at_;
-    return choice;
-  }
-
-  std::string_view text_;
-  std::size_t at_ = 0;
-};
+  return vrntMetadataString(type, key);
+}
 
 }  // namespace
 
 std::vector<Choice> choicesOf(const vrntType_t* enumType) {
-  const char* const text = vrntTypeString(enumType);
-  if (text == nullptr) throw std::bad_alloc();
-  std::vector<Choice> choices = ChoiceReader(text).read();
-  if (choices.size() != vrntTypeConstructorCount(enumType)) {
-    throw Failure(VRTK_INTERNAL_ERROR, "the constructors of an enum are not those of its text");
+  std::vector<Choice> choices;
+  for (const EnumConstructor& constructor : constructorsOf(enumType)) {
+    const vrntType_t* const annotations = constructor.annotations.get();
+    // Without their parentheses.
+    const std::string_view fields =
+        constructor.fields.empty()
+            ? std::string_view()
+            : std::string_view(constructor.fields).substr(1, constructor.fields.size() - 2);
+    choices.push_back({constructor.label, annotated(annotations, "name", constructor.label),
+                       annotated(annotations, "desc", {}), std::string(fields)});
   }
   return choices;
 }

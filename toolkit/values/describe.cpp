@@ -14,11 +14,11 @@
 #include <utility>
 #include <vector>
 
-#include "check/type_plan.hpp"
 #include "foundation/failure.hpp"
 #include "json/output.hpp"
 #include "json/text.hpp"
 #include "json/value_writer.hpp"
+#include "types/type_queries.hpp"
 #include "values/bounds.hpp"
 #include "values/choices.hpp"
 #include "values/value_layout.hpp"
@@ -66,19 +66,8 @@ std::string jsonText(std::string_view text) {
 }
 
 const char* kindOf(const vrntType_t* type) {
-  if (isStruct(type)) return "struct";
-  switch (vrntTypeDescriptor(type)) {
-    case VRNT_DESCRIPTOR_ARRAY:
-      return "array";
-    case VRNT_DESCRIPTOR_REFERENCE:
-      return "reference";
-    case VRNT_DESCRIPTOR_ENUM:
-      return "enum";
-    case VRNT_DESCRIPTOR_FUNCTION:
-      return "function";
-    default:
-      break;
-  }
+  const char* const compound = compoundName(type);
+  if (compound != nullptr) return compound;
   constexpr const char* kFamilies[] = {"char", "half", "bool", "int", "float"};
   return kFamilies[vrntTypeBasetype(type)];
 }

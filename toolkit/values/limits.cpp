@@ -13,8 +13,8 @@
 #include <utility>
 #include <vector>
 
-#include "check/type_plan.hpp"
 #include "foundation/failure.hpp"
+#include "types/type_queries.hpp"
 #include "values/bounds.hpp"
 #include "vornath_toolkit/vrtk_value.h"
 

@@ -13,9 +13,10 @@
 #include <utility>
 #include <vector>
 
-#include "check/type_plan.hpp"
 #include "foundation/failure.hpp"
+#include "foundation/nearest_name.hpp"
 #include "json/numbers.hpp"
+#include "types/type_queries.hpp"
 #include "values/bounds.hpp"
 #include "vornath_data/handles.hpp"
 #include "vornath_toolkit/vrtk_value.h"
@@ -23,47 +24,13 @@
 namespace vrtk {
 namespace {
 
-// How many letters are to be added, removed or replaced to make one word of another. Letters of the
-// other case count half.
-std::size_t distance(std::string_view a, std::string_view b) {
-  const auto lower = [](char c) {
-    return c >= 'A' && c <= 'Z' ? static_cast<char>(c - 'A' + 'a') : c;
-  };
-  std::vector<std::size_t> row(b.size() + 1);
-  for (std::size_t j = 0; j <= b.size(); ++j) row[j] = 2 * j;
-  for (std::size_t i = 1; i <= a.size(); ++i) {
-    std::size_t corner = row[0];
-    row[0] = 2 * i;
-    for (std::size_t j = 1; j <= b.size(); ++j) {
-      const std::size_t replaced = corner + (a[i - 1] == b[j - 1]                 ? 0
-                                             : lower(a[i - 1]) == lower(b[j - 1]) ? 1
-                                                                                  : 2);
-      corner = row[j];
-      row[j] = std::min({replaced, row[j] + 2, row[j - 1] + 2});
-    }
-  }
-  return row[b.size()];
-}
-
 // The words " ; did you mean 'x'?", or the first of the names if none is near.
 template <typename NameAt>
 std::string suggestion(std::string_view wanted, std::uint32_t count, NameAt nameAt) {
-  constexpr std::size_t kLongestName = 200;
-  std::string_view nearest;
-  std::size_t least = SIZE_MAX;
-  for (std::uint32_t i = 0; i < count && wanted.size() < kLongestName; ++i) {
-    const std::string_view name = nameAt(i);
-    if (name.size() >= kLongestName) continue;
-    const std::size_t changes = distance(wanted, name);
-    if (changes < least) {
-      least = changes;
-      nearest = name;
-    }
-  }
-  // At most a third of the letters, or one of a short word.
-  if (!nearest.empty() && least <= std::max<std::size_t>(2, 2 * wanted.size() / 3)) {
-    return fmt::format("; did you mean '{}'?", nearest);
-  }
+  std::vector<std::string_view> all(count);
+  for (std::uint32_t i = 0; i < count; ++i) all[i] = nameAt(i);
+  const std::string_view nearest = nearestName(all, wanted);
+  if (!nearest.empty()) return fmt::format("; did you mean '{}'?", nearest);
   constexpr std::uint32_t kMost = 8;
   std::string names;
   for (std::uint32_t i = 0; i < std::min(count, kMost); ++i) {

@@ -4,7 +4,7 @@
 #include <array>
 #include <limits>
 
-#include "check/type_plan.hpp"
+#include "types/type_queries.hpp"
 #include "vornath_data/handles.hpp"
 #include "vornath_data/values.h"
 
@@ -183,20 +183,10 @@ LeafPlace leafAt(const vrntType_t* type, std::uint64_t offset, std::string* path
     } else if (vrntTypeDescriptor(type) == VRNT_DESCRIPTOR_ARRAY) {
       const vrntType_t* const element = elementOf(type).type;
       const std::uint64_t size = vrntTypeSize(element);
-      std::uint64_t index = offset / size;
+      const std::uint64_t index = offset / size;
       start += index * size;
       offset -= index * size;
-      std::int32_t shape[4] = {1, 1, 1, 1};
-      vrntTypeArrayShape(type, shape);
-      const std::uint32_t rank = vrntTypeArrayDimension(type);
-      // The last dimension, which runs slowest, is the outermost array.
-      std::array<std::uint64_t, 4> indices{};
-      for (std::uint32_t d = 0; d < rank; ++d) {
-        const auto extent = static_cast<std::uint64_t>(std::max(shape[d], 1));
-        indices[d] = d + 1 == rank ? index : index % extent;
-        index /= extent;
-      }
-      for (std::uint32_t d = rank; d-- > 0;) append(std::to_string(indices[d]));
+      forEachIndex(type, index, [&append](std::uint64_t i) { append(std::to_string(i)); });
       type = element;
     } else {
       return {type, start};

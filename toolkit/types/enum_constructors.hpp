@@ -1,6 +1,6 @@
 // The constructors of an enum with their annotations, which no query of the library tells.
-#ifndef VORNATH_TOOLKIT_CATALOGUE_CONSTRUCTORS_HPP
-#define VORNATH_TOOLKIT_CATALOGUE_CONSTRUCTORS_HPP
+#ifndef VORNATH_TOOLKIT_TYPES_ENUM_CONSTRUCTORS_HPP
+#define VORNATH_TOOLKIT_TYPES_ENUM_CONSTRUCTORS_HPP
 
 #include <cstdint>
 #include <string>
@@ -10,7 +10,7 @@
 
 namespace vrtk {
 
-struct ConstructorModel {
+struct EnumConstructor {
   std::uint32_t code;
   std::string label;
   std::string fields;            ///< as in the text of the type, "(float width)"; empty for none
@@ -18,7 +18,7 @@ struct ConstructorModel {
 };
 
 /// Returns the constructors of an enum, in the order of their codes.
-std::vector<ConstructorModel> constructorsOf(const vrntType_t* enumType);
+std::vector<EnumConstructor> constructorsOf(const vrntType_t* enumType);
 
 }  // namespace vrtk
 

@@ -1,4 +1,4 @@
-#include "catalogue/constructors.hpp"
+#include "types/enum_constructors.hpp"
 
 #include <new>
 #include <string_view>
@@ -54,15 +54,15 @@ class Reader {
 
 }  // namespace
 
-std::vector<ConstructorModel> constructorsOf(const vrntType_t* enumType) {
+std::vector<EnumConstructor> constructorsOf(const vrntType_t* enumType) {
   const char* const text = vrntTypeString(enumType);
   if (text == nullptr) throw std::bad_alloc();
   Reader reader(text);
   reader.upTo("{");
   reader.take('{');
-  std::vector<ConstructorModel> constructors;
+  std::vector<EnumConstructor> constructors;
   for (std::uint32_t code = 0; code < vrntTypeConstructorCount(enumType); ++code) {
-    ConstructorModel constructor{code, vrntTypeConstructorName(enumType, code), {}, nullptr};
+    EnumConstructor constructor{code, vrntTypeConstructorName(enumType, code), {}, nullptr};
     const std::string_view label = reader.upTo("@(;");
     if (label != constructor.label) {
       throw Failure(VRTK_INTERNAL_ERROR,
