@@ -14,6 +14,9 @@
 namespace vrn {
 namespace {
 
+constexpr const char* kNoMemory =
+    "there is not enough memory; close other programs, or take a smaller file";
+
 std::string versionText() {
   return std::string("vrn ") + vrtkVersion() + ", with vornath_data " +
          std::to_string(VORNATH_DATA_VERSION_MAJOR) + "." +
@@ -43,7 +46,7 @@ int guarded(const std::string& command, const std::function<int()>& work) {
   } catch (const ReaderGone&) {
     return kSame;
   } catch (const std::bad_alloc&) {
-    return report("there is not enough memory; close other programs, or take a smaller file");
+    return report(kNoMemory);
   } catch (const std::exception& error) {
     return report(error.what());
   }
@@ -73,7 +76,13 @@ int runCommand(const Command& command, const std::vector<std::string>& arguments
       return printText(versionText());
     }
     Session session(command.name, common);
-    const int code = work(session);
+    int code = kTrouble;
+    try {
+      code = work(session);
+    } catch (const std::bad_alloc&) {
+      if (session.lastFile().empty()) throw;
+      throw Trouble(nameOf(session.lastFile()) + ": " + kNoMemory);
+    }
     session.out().finish();
     return code;
   });
@@ -128,7 +137,7 @@ std::string overview() {
 
 int run(const std::vector<std::string>& arguments) {
   if (arguments.empty()) {
-    tell(overview());
+    tell("vrn: COMMAND: the argument is missing; vrn --help lists the commands\n");
     return kTrouble;
   }
   const std::string& first = arguments[0];

@@ -42,11 +42,25 @@ class Version(Case):
 
 
 class WrongUsage(Case):
-    def test_without_a_command_prints_the_help_to_standard_error(self):
-        result = self.run_vrn()
-        self.assertEqual(result.code, 2)
+    def test_without_a_command_names_the_help(self):
+        result = self.trouble()
         self.assertEqual(result.text, "")
-        self.assertIn("usage: vrn COMMAND", result.words)
+        self.assertIn("vrn --help", result.words)
+
+    def test_refuses_an_empty_path(self):
+        self.write("in.json", self.good("export", "box.vrnscene").out)
+        before = self.read("box.vrnscene")
+        names = self.names()
+        for arguments in (["set", "box.vrnscene", "Shape/2", "null", "-o", ""],
+                          ["build", "in.json", "-o", ""], ["export", "box.vrnscene", "-o", ""],
+                          ["merge", "box.vrnscene", "box.vrnscene", "-o", ""],
+                          ["check", ""]):
+            self.assertIn("the path is empty", self.trouble(*arguments).words)
+        self.assertEqual(self.read("box.vrnscene"), before)
+        self.assertEqual(self.names(), names)
+
+    def test_refuses_a_value_for_a_flag(self):
+        self.trouble("check", "--json=3", "box.vrnscene")
 
     def test_suggests_the_nearest_command(self):
         for typed, meant in [("chek", "check"), ("difff", "diff"), ("catalog", "catalogue"),

@@ -51,6 +51,12 @@ class Set(Case):
         self.good("set", "box.vrnscene", NEAR, "-1.5")
         self.assertEqual(self.good("get", "box.vrnscene", NEAR).json(), -1.5)
 
+    def test_tells_as_json_what_it_wrote(self):
+        address = "Camera/0/groups/General/near_distance"
+        told = self.good("set", "box.vrnscene", address, "0.25", "--json").json()
+        self.assertEqual(told, {"file": "box.vrnscene", "address": address, "value": 0.25})
+        self.trouble("set", "box.vrnscene", address, "0.25", "--json", "-o", "-")
+
     def test_reads_the_value_from_standard_input(self):
         self.good("set", "box.vrnscene", NEAR, "-", stdin=b"0.75\n")
         self.assertEqual(self.good("get", "box.vrnscene", NEAR).json(), 0.75)
@@ -249,6 +255,33 @@ class Merge(Case):
         self.assertIn("--output", self.trouble("merge", "box.vrnscene", "box.vrnscene").words)
         self.trouble("merge", "box.vrnscene", "-o", "x")
         self.trouble("merge", "box.vrnscene", "box.vrnscene", "-o", "-", "--map", "-")
+
+    def test_prints_the_renumbering_as_json(self):
+        result = self.good("merge", "box.vrnscene", "box.vrnscene", "-o", "all.vrnscene", "--json")
+        self.assertEqual(result.json()[0]["slots"]["Camera"], [1])
+        self.trouble("merge", "box.vrnscene", "box.vrnscene", "-o", "-", "--json")
+
+    def test_writes_neither_the_scene_nor_the_map_if_one_of_them_fails(self):
+        self.write("target", "old scene")
+        self.write("map.json", "old map")
+        names = self.names()
+        sources = ["box.vrnscene", "box.vrnscene"]
+        self.trouble("merge", *sources, "-o", "target", "--map", "missing/map.json")
+        self.trouble("merge", *sources, "-o", "target", "--map", "/dev/full")
+        with open("/dev/full", "wb") as full:
+            self.trouble("merge", *sources, "-o", "target", "--map", "-", stdout=full)
+        self.trouble("merge", *sources, "-o", "missing/target", "--map", "map.json")
+        self.trouble("merge", *sources, "-o", "missing/target", "--map", "new.json")
+        self.assertEqual(self.read("target"), b"old scene")
+        self.assertEqual(self.read("map.json"), b"old map")
+        self.assertEqual(self.names(), names)
+
+    def test_refuses_one_file_for_the_scene_and_the_map(self):
+        self.write("target", "old")
+        for name in ("target", "./target", self.path("target")):
+            self.trouble("merge", "box.vrnscene", "box.vrnscene", "-o", "target", "--map", name)
+        self.trouble("merge", "box.vrnscene", "box.vrnscene", "-o", "new", "--map", "./new")
+        self.assertEqual(self.read("target"), b"old")
 
 
 if __name__ == "__main__":

@@ -87,6 +87,28 @@ class Show(Case):
         self.good("set", "box.vrnscene", "LightProgram/0/text", json.dumps("x\u001b[2Jy\u0007"))
         self.assertNotIn(b"\x1b", self.good("show", "box.vrnscene").out)
 
+    def test_cuts_values_of_more_levels_than_people_read(self):
+        levels = 20000
+        type_text = "{ " * levels + "int a; " + "} x; " * (levels - 1) + "}"
+        scene = {"format": "vornath-scene", "formatVersion": 1,
+                 "objects": {"Material": [{"value": {"type": type_text, "data": {}}}]}}
+        self.write("deep.json", json.dumps(scene))
+        self.good("build", "deep.json", "-o", "deep.vrnscene")
+        self.good("check", "deep.vrnscene")
+        for arguments in ([], ["--all"], ["Material/0/value/data" + "/x" * 100]):
+            text = self.good("show", "deep.vrnscene", *arguments).text
+            self.assertRegex(text, r"(x/){190,210}x +\.\.\.")
+        words = self.trouble("show", "deep.vrnscene", "Material/0/value/data" + "/x" * 300).words
+        self.assertIn("levels deep", words)
+
+    def test_names_the_file_if_the_dump_fails(self):
+        document = self.good("export", "--inline", "--full", "box.vrnscene").json()
+        document["objects"]["Camera"][0]["groups"]["Backplate"]["mode"] = 512
+        self.write("code.json", json.dumps(document))
+        self.good("build", "code.json", "-o", "code.vrnscene")
+        words = self.trouble("show", "--dump", "code.vrnscene").words
+        self.assertRegex(words, r"\Avrn show: code\.vrnscene: .*Enum code out of range: 512\n\Z")
+
     def test_prints_the_dump_of_the_library(self):
         text = self.good("show", "--dump", "box.vrnscene").text
         self.assertIn("CameraPrograms", text)

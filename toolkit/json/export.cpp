@@ -144,6 +144,8 @@ std::uint32_t vrtkSceneExportFile(const vrdmScene_t* scene, const char* path,
         stream.write(bytes, static_cast<std::streamsize>(size));
       });
     });
+    // The names come last, one after the other, when all bytes are on the device.
+    target.sync();
     files.nameFiles();
     target.commit(true);
     files.keep();

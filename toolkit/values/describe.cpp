@@ -114,6 +114,10 @@ class DataTexts {
   TypeTrees trees_;
 };
 
+// Each part has its path and its type in the description, so that one of all parts of a type of
+// many levels would grow with their square.
+constexpr int kDeepestPart = 200;
+
 // The columns of a table, as wide as their widest cell.
 class Table {
  public:
@@ -196,6 +200,7 @@ class TypeDescription {
     const vrntType_t* type;
     std::uint64_t offset;
     std::string path;
+    int depth;
   };
 
   static bool isSized(const vrntType_t* arrayType) {
@@ -210,11 +215,12 @@ class TypeDescription {
     const auto openParts = [&open](const Part& part) {
       const std::size_t first = open.size();
       vrntValueView_t view{};
+      if (part.depth == kDeepestPart) return;
       if (isStruct(part.type)) {
         for (std::uint32_t i = 0; i < vrntTypeFieldCount(part.type); ++i) {
           vrntValueStructField(&view, part.type, i);
           open.push_back({view.type, part.offset + view.offset,
-                          pathTo(part.path, vrntTypeFieldLabel(part.type, i))});
+                          pathTo(part.path, vrntTypeFieldLabel(part.type, i)), part.depth + 1});
         }
       } else if (isArray(part.type)) {
         const vrntType_t* element = elementOf(part.type);
@@ -226,13 +232,13 @@ class TypeDescription {
         if (!isStruct(element)) return;
         for (std::uint32_t i = 0; i < vrntTypeFieldCount(element); ++i) {
           vrntValueStructField(&view, element, i);
-          open.push_back(
-              {view.type, part.offset + view.offset, pathTo(path, vrntTypeFieldLabel(element, i))});
+          open.push_back({view.type, part.offset + view.offset,
+                          pathTo(path, vrntTypeFieldLabel(element, i)), part.depth + 1});
         }
       }
       std::reverse(open.begin() + static_cast<std::ptrdiff_t>(first), open.end());
     };
-    const Part whole{type_, 0, ""};
+    const Part whole{type_, 0, "", 0};
     if (!isStruct(type_)) parts_.push_back(whole);
     openParts(whole);
     while (!open.empty()) {
@@ -401,6 +407,7 @@ class ValueDescription {
     const char* block;  // where the offset counts from
     std::uint64_t offset;
     std::string path;
+    int depth;
   };
 
   static const vrntValue_t* blockOf(std::uint64_t word) {
@@ -411,12 +418,13 @@ class ValueDescription {
 
   void listLeaves() {
     const auto* const root = static_cast<const char*>(vrntValueData(value_));
-    open_.push_back({vrntValueType(value_), root, 0, ""});
+    open_.push_back({vrntValueType(value_), root, 0, "", 0});
     std::unordered_set<const char*> seen{root};
     while (!open_.empty()) {
       const Part part = std::move(open_.back());
       open_.pop_back();
       const std::size_t first = open_.size();
+      if (part.depth == kDeepestPart && (isStruct(part.type) || isArray(part.type))) continue;
       if (isStruct(part.type)) {
         openFields(part);
       } else if (isArray(part.type) && !isRow(part.type)) {
@@ -433,7 +441,7 @@ class ValueDescription {
       vrntValueView_t view{};
       vrntValueStructField(&view, part.type, i);
       open_.push_back({view.type, part.block, part.offset + view.offset,
-                       pathTo(part.path, vrntTypeFieldLabel(part.type, i))});
+                       pathTo(part.path, vrntTypeFieldLabel(part.type, i)), part.depth + 1});
     }
   }
 
@@ -454,7 +462,8 @@ class ValueDescription {
         path.insert(0, std::to_string(rest % extent));
         rest /= extent;
       }
-      open_.push_back({element, part.block, part.offset + i * size, pathTo(part.path, path)});
+      open_.push_back(
+          {element, part.block, part.offset + i * size, pathTo(part.path, path), part.depth + 1});
     }
   }
 
@@ -500,7 +509,9 @@ class ValueDescription {
         one = "{ \"type\": " + jsonText(textOfType(type)) + " }";
         const auto* const data = static_cast<const char*>(vrntValueData(block));
         const std::string path = count == 1 ? part.path : pathTo(part.path, std::to_string(i));
-        if (seen.insert(data).second) open_.push_back({type, data, 0, pathTo(path, "to")});
+        if (part.depth < kDeepestPart && seen.insert(data).second) {
+          open_.push_back({type, data, 0, pathTo(path, "to"), part.depth + 1});
+        }
       }
       text += i == 0 ? one : ", " + one;
     }

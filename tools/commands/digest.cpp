@@ -30,6 +30,11 @@ int digest(Session& session, const Choices& choices) {
     } catch (const Trouble& trouble) {
       session.tell(trouble.what());
       worst = kTrouble;
+      if (choices.files.size() > 1) {
+        documents += (documents.empty() ? "" : ",\n") +
+                     ("{ \"file\": " + jsonString(path) +
+                      ", \"trouble\": " + jsonString(oneLine(trouble.what())) + " }");
+      }
       continue;
     }
     if (session.json()) {
@@ -64,7 +69,7 @@ const Command kDigest = {
     "content gives another one.",
     "The ids of scenes and assets are random, and count only with --ids. With --json, prints an "
     "object with the members \"file\" and \"digest\", or an array of such objects for several "
-    "files.",
+    "files, in which one that cannot be read has \"trouble\" instead of a digest.",
     "vrn digest *.vrnscene",
     kJson | kReads | kMemory,
     declare};

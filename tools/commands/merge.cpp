@@ -1,5 +1,8 @@
 // vrn merge: several scenes in one.
+#include <filesystem>
 #include <memory>
+#include <optional>
+#include <system_error>
 
 #include "command.hpp"
 #include "core/text.hpp"
@@ -19,12 +22,35 @@ struct RenumberingDeleter {
   }
 };
 
+// The bytes of a file; nothing if there is none.
+std::optional<std::string> bytesOf(const std::string& path) {
+  std::error_code none;
+  if (!std::filesystem::exists(path, none)) return std::nullopt;
+  return readAll(path);
+}
+
+// Whether two paths lead to one file, which need not exist yet.
+bool isSameFile(const std::string& a, const std::string& b) {
+  std::error_code none;
+  if (std::filesystem::equivalent(a, b, none)) return true;
+  const auto whole = [&none](const std::string& path) {
+    return std::filesystem::weakly_canonical(std::filesystem::absolute(path, none), none);
+  };
+  return whole(a) == whole(b);
+}
+
 int merge(Session& session, const Choices& choices) {
   if (choices.output.empty()) {
     throw Trouble("--output: the option is missing; give -o OUT, which may be the first file");
   }
   if (choices.map == "-" && choices.output == "-") {
     throw Trouble("-: standard output cannot take both the scene and the map; give a file for one");
+  }
+  if (session.json() && (choices.map == "-" || choices.output == "-")) {
+    throw Trouble("--json: it prints the map, but -o or --map takes standard output");
+  }
+  if (!choices.map.empty() && choices.map != "-" && isSameFile(choices.map, choices.output)) {
+    throw Trouble("--map: it names the file that takes the scene; give another one");
   }
   const vrnt::UniqueScene scene = session.open(choices.files[0]);
   std::string map = "[";
@@ -43,9 +69,27 @@ int merge(Session& session, const Choices& choices) {
            ", \"slots\": " + oneLineJson(slots.get()) + " }";
   }
   map += "\n]\n";
-  // The map is of no use without the scene.
-  session.save(scene.get(), choices.output);
-  if (!choices.map.empty()) session.saveBytes(map, choices.map);
+  if (session.json() || choices.map == "-") {
+    session.out() << map;
+    session.out().finish();
+  }
+  if (choices.map.empty() || choices.map == "-") {
+    session.save(scene.get(), choices.output);
+    return kSame;
+  }
+  // The map is of no use without the scene, nor is half of both: what stood there comes back.
+  const std::optional<std::string> before = bytesOf(choices.map);
+  session.saveBytes(map, choices.map);
+  try {
+    session.save(scene.get(), choices.output);
+  } catch (...) {
+    if (before) {
+      session.saveBytes(*before, choices.map);
+    } else {
+      std::filesystem::remove(choices.map);
+    }
+    throw;
+  }
   return kSame;
 }
 
@@ -70,10 +114,10 @@ const Command kMerge = {
     "and the settings of the first scene stay.",
     "The map is an array with an element for each imported file: { \"file\": FILE, \"slots\": { "
     "\"Camera\": [ 3, null ] } }. The array of a class has, for each slot of the file, its slot in "
-    "the result, or null for a free slot.",
+    "the result, or null for a free slot. With --json, it is printed.",
     "vrn merge room.vrnscene chair.vrnscene table.vrnscene -o all.vrnscene\n"
     "vrn merge a.vrnscene b.vrnscene -o c.vrnscene --map map.json",
-    kReads | kMemory,
+    kJson | kReads | kMemory,
     declare};
 
 }  // namespace vrn

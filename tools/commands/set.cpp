@@ -37,7 +37,24 @@ int set(Session& session, const Choices& choices) {
       VRTK_OK) {
     throw Trouble(nameOf(choices.file) + ": " + error.message());
   }
-  session.save(scene.get(), choices.output.empty() ? choices.file : choices.output);
+  const std::string& target = choices.output.empty() ? choices.file : choices.output;
+  if (session.json() && target == "-") {
+    throw Trouble("--json: it prints what was written, but the scene takes standard output");
+  }
+  std::string written;
+  if (session.json()) {
+    const String value = requireString([&](char** text, vrtkError** where) {
+      return vrtkSceneGet(scene.get(), choices.address.c_str(), text, where);
+    });
+    written = "{ \"file\": " + jsonString(target) +
+              ", \"address\": " + jsonString(choices.address) +
+              ", \"value\": " + oneLineJson(value.get()) + " }\n";
+  }
+  if (session.json()) {
+    session.out() << written;
+    session.out().finish();
+  }
+  session.save(scene.get(), target);
   return kSame;
 }
 
@@ -68,12 +85,13 @@ const Command kSet = {
     "afterwards. null sets a slot to no object, and removes a whole object. A field that holds a "
     "text, such as a "
     "tag, also takes a JSON string.\n\nThe file is "
-    "replaced whole or not at all, and keeps its permissions.",
+    "replaced whole or not at all, and keeps its permissions. With --json, prints an object with "
+    "\"file\", \"address\" and \"value\", which is what vrn get then prints.",
     "vrn set box.vrnscene Camera/0/groups/General/near_distance 0.1\n"
     "vrn set box.vrnscene Camera/0/groups/Backplate/mode '\"FIT_SIZE\"'\n"
     "vrn set box.vrnscene Shape/0/groups/Target/tag '\"ground\"'\n"
     "vrn set --limits box.vrnscene -o new.vrnscene Shape/3/slots/material 2",
-    kReads | kMemory,
+    kJson | kReads | kMemory,
     declare};
 
 }  // namespace vrn

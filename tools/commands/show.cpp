@@ -459,7 +459,7 @@ class ScenePrinter {
       choice.all = choices_.all || !choice.path.empty();
       choice.wholeArrays = choices_.all || !choice.path.empty();
       const std::vector<PartLine> lines =
-          partsOf(value.get(), standard.type.get(), standard.value.get(), choice);
+          partsIn(value.get(), standard.type.get(), standard.value.get(), choice);
       if (lines.empty() && !choice.path.empty()) {
         failPath(part, value.get(), standard.type.get());
       }
@@ -472,12 +472,22 @@ class ScenePrinter {
     return printed;
   }
 
+  std::vector<PartLine> partsIn(const vrntValue_t* value, const vrntType_t* annotated,
+                                const vrntValue_t* standard, const PartChoice& choice) const {
+    try {
+      return partsOf(value, annotated, standard, choice);
+    } catch (const Trouble& trouble) {
+      throw Trouble(nameOf(choices_.file) + ": " + oneLine(choices_.address) + ": " +
+                    trouble.what());
+    }
+  }
+
   [[noreturn]] void failPath(const Part& part, const vrntValue_t* value,
                              const vrntType_t* type) const {
     PartChoice choice;
     choice.all = true;
     std::vector<std::string> paths;
-    for (const PartLine& line : partsOf(value, type, nullptr, choice)) {
+    for (const PartLine& line : partsIn(value, type, nullptr, choice)) {
       // Each part of a path may be the one that was meant.
       for (std::size_t end = line.path.find('/'); end != std::string::npos;
            end = line.path.find('/', end + 1)) {
@@ -534,7 +544,7 @@ class ScenePrinter {
     choice.all = true;
     choice.wholeArrays = choices_.all || !choice.path.empty();
     const std::vector<PartLine> lines =
-        partsOf(value.get(), vrntValueType(value.get()), nullptr, choice);
+        partsIn(value.get(), vrntValueType(value.get()), nullptr, choice);
     if (lines.empty() && !choice.path.empty()) {
       failPath(part, value.get(), vrntValueType(value.get()));
     }
@@ -605,9 +615,12 @@ int show(Session& session, const Choices& choices) {
     if (session.json() || !choices.address.empty()) {
       throw Trouble("--dump: it prints the whole scene as text; leave out --json and the address");
     }
-    requireStreamed(session, [&](vrtkWriteFunction write, void* context, vrtkError** error) {
-      return vrtkSceneDump(scene.get(), write, context, error);
-    });
+    requireStreamed(
+        session,
+        [&](vrtkWriteFunction write, void* context, vrtkError** error) {
+          return vrtkSceneDump(scene.get(), write, context, error);
+        },
+        nameOf(choices.file) + ": the dump ended early; vrn check lists the warnings: ");
     return kSame;
   }
   if (session.json()) {

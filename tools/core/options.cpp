@@ -78,7 +78,7 @@ Options::~Options() = default;
 CLI::Option* Options::declare(OptionInfo info, const char* names) {
   CLI::Option* option = nullptr;
   if (info.value.empty()) {
-    option = app_->add_flag(names);
+    option = app_->add_flag(names)->disable_flag_override();
   } else {
     option = app_->add_option(info.argument ? info.names[0] : std::string(names));
     if (info.repeated) {
@@ -97,6 +97,13 @@ CLI::Option* Options::declare(OptionInfo info, const char* names) {
 
 void Options::declareValue(OptionInfo info, const char* names,
                            std::function<void(const std::string&)> read) {
+  if (info.kind == Kind::SceneFile || info.kind == Kind::JsonFile || info.kind == Kind::File ||
+      info.kind == Kind::Folder) {
+    read = [name = info.name(), inner = std::move(read)](const std::string& given) {
+      if (given.empty()) throw Trouble(name + ": the path is empty");
+      inner(given);
+    };
+  }
   CLI::Option* const option = declare(std::move(info), names);
   readings_.push_back({option, std::move(read)});
 }

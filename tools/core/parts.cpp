@@ -8,10 +8,12 @@
 
 #include "core/spectra.hpp"
 #include "core/text.hpp"
+#include "core/trouble.hpp"
 
 namespace vrn {
 namespace {
 
+constexpr int kDeepestPart = 200;      // a part for a person; the walk is recursive
 constexpr int kDeepestReference = 16;  // since a value may refer to itself
 constexpr std::int64_t kShortArray = 8;
 constexpr std::size_t kMostLines = 100000;  // of one value
@@ -21,7 +23,8 @@ struct Place {
   const vrntValue_t* standard;
   vrntValueView_t view;
   std::string path;
-  int references;
+  int references = 0;
+  int depth = 0;
 };
 
 const char* bytesAt(const vrntValue_t* value, std::uint64_t offset) {
@@ -198,6 +201,18 @@ class PartLister {
   void walk(const Place& place) {
     if (!onTheWay(place.path) || lines_.size() >= kMostLines) return;
     const vrntType_t* const type = place.view.type;
+    if (place.depth > kDeepestPart) {
+      if (!inside(place.path)) {
+        throw Trouble("the address is more than " + std::to_string(kDeepestPart) +
+                      " levels deep; vrn get prints such parts");
+      }
+      PartLine line;
+      line.path = place.path;
+      line.text = "...";
+      line.changed = true;
+      lines_.push_back(std::move(line));
+      return;
+    }
     if (!choice_.all && place.standard != nullptr &&
         sameBytes(type, bytesAt(place.value, place.view.offset),
                   bytesAt(place.standard, place.view.offset))) {
@@ -219,6 +234,7 @@ class PartLister {
   Place childOf(const Place& place, const std::string& label, const vrntValueView_t& view) {
     Place child = place;
     child.path = place.path.empty() ? label : place.path + "/" + label;
+    ++child.depth;
     child.view = {view.type, place.view.offset + view.offset};
     return child;
   }
@@ -384,6 +400,7 @@ class PartLister {
     child.view = {vrntValueType(target.get()), 0};
     child.path = place.path.empty() ? "to" : place.path + "/to";
     ++child.references;
+    ++child.depth;
     walk(child);
   }
 
@@ -424,7 +441,7 @@ std::string charsText(const char* bytes, std::size_t size) {
 std::vector<PartLine> partsOf(const vrntValue_t* value, const vrntType_t* annotated,
                               const vrntValue_t* standard, const PartChoice& choice) {
   PartLister lister(choice);
-  return lister.list({value, standard, {const_cast<vrntType_t*>(annotated), 0}, "", 0});
+  return lister.list({value, standard, {const_cast<vrntType_t*>(annotated), 0}, "", 0, 0});
 }
 
 }  // namespace vrn

@@ -131,7 +131,8 @@ Report Session::check(const std::string& path, std::uint64_t maxMessages) const 
   return Report(report);
 }
 
-vrnt::UniqueScene Session::open(const std::string& path) const {
+vrnt::UniqueScene Session::open(const std::string& path) {
+  lastFile_ = path;
   const Progress progress(*this, path, options_.trust ? 1 : 2);
   vrdmScene_t* scene = nullptr;
   if (options_.trust) {

@@ -44,6 +44,8 @@ class Session {
   Session(std::string command, const CommonOptions& options);
 
   const std::string& command() const { return command_; }
+  /// The file that was opened last; empty for none.
+  const std::string& lastFile() const { return lastFile_; }
   bool json() const { return options_.json; }
   bool trust() const { return options_.trust; }
   Output& out() { return out_; }
@@ -62,7 +64,7 @@ class Session {
 
   /// Checks and opens a scene file, or standard input for "-"; only opens it if the command was
   /// told to trust it. Throws Trouble if it cannot be read or must not be.
-  vrnt::UniqueScene open(const std::string& path) const;
+  vrnt::UniqueScene open(const std::string& path);
 
   /// Writes a scene whole or not at all, to standard output for "-".
   void save(const vrdmScene_t* scene, const std::string& path);
@@ -72,6 +74,7 @@ class Session {
 
  private:
   std::string command_;
+  std::string lastFile_;
   CommonOptions options_;
   Output out_;
   Colours colours_;

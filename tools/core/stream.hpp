@@ -3,6 +3,7 @@
 #define VRN_CORE_STREAM_HPP
 
 #include <exception>
+#include <string>
 #include <string_view>
 
 #include "core/session.hpp"
@@ -10,9 +11,9 @@
 namespace vrn {
 
 /// Runs a function of the toolkit, `call(write, context, error)`, whose document goes to standard
-/// output. Throws Trouble and ReaderGone.
+/// output. Throws Trouble, with `before` in front of the function's own message, and ReaderGone.
 template <typename Call>
-void requireStreamed(Session& session, Call&& call) {
+void requireStreamed(Session& session, Call&& call, const std::string& before = {}) {
   struct Target {
     Output* out;
     std::exception_ptr thrown;
@@ -31,7 +32,7 @@ void requireStreamed(Session& session, Call&& call) {
   ErrorOut error;
   const std::uint32_t status = call(+write, &target, static_cast<vrtkError**>(error));
   if (target.thrown) std::rethrow_exception(target.thrown);
-  if (status != VRTK_OK) throw Trouble(error.message());
+  if (status != VRTK_OK) throw Trouble(before + error.message());
 }
 
 /// Prints a text that ends in exactly one line feed.

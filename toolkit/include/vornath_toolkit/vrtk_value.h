@@ -42,7 +42,7 @@ VRTK_API uint32_t vrtkValueParse(const char* text, vrntValue_t** value, vrtkErro
 
 /**
  * Reads a text that a person typed as a value of a type. It reads all that vrntValueString() writes
- * for the type, and is more lenient where the type tells what is meant:
+ * for the type, up to 200 levels deep, and is more lenient where the type tells what is meant:
  *
  *  - A field that is left out keeps its default, as vrntValueCreateDefault() has it. The fields may
  *    be in any order, the last ";" of a struct may be missing, and "," may stand for ";".
@@ -217,8 +217,8 @@ enum {
  * left out. The parts are the fields of structs, at any depth; an array is one part, followed by
  * the parts of its element with "[]" in their paths if that is a struct. Numbers are as in the JSON
  * form of a scene. Paths and types of parts that are longer than people read are cut, and end in
- * "...". Defaults and limits are left out of arrays of more than 64 elements, and of types of more
- * than 16 MiB.
+ * "...". Parts more than 200 levels deep are left out. Defaults and limits are left out of arrays of
+ * more than 64 elements, and of types of more than 16 MiB.
  *
  * `*description` receives a new string; free it with vrtkStringDestroy().
  * Errors: VRTK_INVALID_ARGUMENT for another form; VRTK_OUT_OF_MEMORY.
@@ -234,7 +234,8 @@ VRTK_API uint32_t vrtkTypeDescribe(const vrntType_t* type, uint32_t form, char**
  * The JSON document is `{"type", "size", "alignment", "text", "data", "leaves": [{"path", "offset",
  * "type", "value", "default", "outside"}]}`; "default" is there if `type` is given and the leaf is
  * not its default, and "outside" if the leaf is outside its limits. Leaves behind a reference have
- * "to" in their paths, and offsets in the block that the reference leads to.
+ * "to" in their paths, and offsets in the block that the reference leads to. Leaves more than 200
+ * levels deep are left out.
  *
  * `*description` receives a new string; free it with vrtkStringDestroy().
  * Errors: VRTK_INVALID_ARGUMENT for another form; VRTK_VALUE_TYPE if the value's type is not that
