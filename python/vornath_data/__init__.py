@@ -1,0 +1,3 @@
+from .errors import *
+from .types import Type
+from .values import *
