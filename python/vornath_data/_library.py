@@ -75,7 +75,7 @@ class Functions:
             result, arguments = _declarations.FUNCTIONS[name]
         except KeyError:
             raise AttributeError(name) from None
-        function = self._libraries[name.startswith("vrtk")][name]
+        function = self._libraries[name.startswith("vrtk")][name]  # a new object, not a shared one
         function.restype = result
         function.argtypes = arguments
         setattr(self, name, function)
@@ -104,9 +104,12 @@ def _start() -> tuple[str, str, Functions, Functions]:
         raise LibraryError(
             f"{toolkit_path} has the version {version}, and this package needs "
             f"{TOOLKIT_VERSION[0]}.{TOOLKIT_VERSION[1]} or a later {TOOLKIT_VERSION[0]}.x.")
-    quick = (ctypes.PyDLL(data_path, handle=data._handle),
-             ctypes.PyDLL(toolkit_path, handle=toolkit._handle))
-    return data_path, toolkit_path, Functions((data, toolkit)), Functions(quick)
+    held = Functions((ctypes.PyDLL(data_path, handle=data._handle),
+                      ctypes.PyDLL(toolkit_path, handle=toolkit._handle)))
+    # Declared now: the code that relies on no other thread running must not declare one in between.
+    for name in _declarations.FUNCTIONS:
+        getattr(held, name)
+    return data_path, toolkit_path, Functions((data, toolkit)), held
 
 
 def _fits(version: str) -> bool:

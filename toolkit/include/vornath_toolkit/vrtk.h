@@ -30,7 +30,9 @@
 
 #include "vornath_toolkit/version.h"
 #include "vornath_toolkit/vrtk_check.h"
+#include "vornath_toolkit/vrtk_columns.h"
 #include "vornath_toolkit/vrtk_error.h"
 #include "vornath_toolkit/vrtk_scene.h"
+#include "vornath_toolkit/vrtk_storage.h"
 
 #endif

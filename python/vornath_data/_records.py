@@ -1,0 +1,445 @@
+"""Groups of an object as Python objects.
+
+A group keeps a copy of its bytes. A scene counts its changes (`_epoch`): as long as the count is the one
+that the group has seen, its copy is what the scene has, and reading a field is reading memory. A change is
+made in the copy and handed to the scene with one call. The calls hold the interpreter's lock, and no other
+Python thread can run between the last look at the count and the call, so a change that another thread made
+meanwhile is noticed and not lost."""
+from __future__ import annotations
+
+import ctypes
+import struct
+from collections.abc import Callable, Iterator, MutableMapping, Sequence
+from functools import lru_cache, partial
+from typing import TYPE_CHECKING, Any
+
+import numpy
+
+from ._layout import _CODES, SCALARS, Encoder, check_number, is_text
+from ._library import quick
+from ._status import no_name
+from .catalogue import SCENE_DATA
+from .catalogue import Group as GroupInfo
+from .errors import ConcurrentUseError
+from .types import Type
+from .values import Block, Value
+
+if TYPE_CHECKING:
+    from .scene import Scene
+
+_get_value = quick.vrdmGetDataValue
+_get_scene_value = quick.vrdmGetSceneDataValue
+_destroy = quick.vrntValueDestroy
+
+
+@lru_cache(maxsize=None)
+def fresh_bytes(number: int, index: int) -> bytes:
+    """Returns the bytes of a group in a new object."""
+    scene = quick.vrdmCreateScene()
+    if not scene:
+        raise MemoryError
+    try:
+        if number == SCENE_DATA:
+            block = Block(_get_scene_value(scene, index))
+        else:
+            block = Block(_get_value(scene, number, quick.vrdmCreateInstance(scene, number), index))
+        return ctypes.string_at(block.address + 48, quick.vrntTypeSize(quick.vrntValueType(block.address)))
+    finally:
+        quick.vrdmDestroyScene(scene)
+
+
+class Fields(MutableMapping[str, Any]):
+    """A struct in a group: attributes and items are its fields, which are written through at once."""
+
+    __slots__ = ()
+    _type: Type
+    _offset: int
+    _group: GroupRecord
+
+    def __getattr__(self, name: str) -> Any:
+        if name.startswith("__"):
+            raise AttributeError(name)
+        no_name(f"{self._where()} has no field", name, self._type.fields)
+
+    def _where(self) -> str:
+        return self._group._name()
+
+    def __getitem__(self, label: str) -> Any:
+        field = self._type.fields.get(label)
+        if field is None:
+            no_name(f"{self._where()} has no field", label, self._type.fields)
+        return self._group._read(field.type, self._offset + field.offset)
+
+    def __setitem__(self, label: str, thing: Any) -> None:
+        field = self._type.fields.get(label)
+        if field is None:
+            no_name(f"{self._where()} has no field", label, self._type.fields)
+        self._group._write(field.type, self._offset + field.offset, thing, label)
+
+    def __delitem__(self, label: str) -> None:
+        """Resets a field to what a new object has."""
+        field = self._type.fields.get(label)
+        if field is None:
+            no_name(f"{self._where()} has no field", label, self._type.fields)
+        self._group._reset(self._offset + field.offset, field.type.size)
+
+    def __iter__(self) -> Iterator[str]:
+        return iter(self._type.fields)
+
+    def __len__(self) -> int:
+        return len(self._type.fields)
+
+    def __contains__(self, label: object) -> bool:
+        return label in self._type.fields
+
+    def update(self, *things: Any, **fields: Any) -> None:
+        """Writes the fields that are named with one change, and leaves the others as they are."""
+        named: dict[str, Any] = {}
+        for thing in things:
+            named.update(thing)
+        named.update(fields)
+        self._group._write(self._type, self._offset, named, "", keep=True)
+
+    def reset(self) -> None:
+        """Sets all fields to what a new object has."""
+        self._group._reset(self._offset, self._type.size)
+
+    clear = reset
+
+    def pop(self, *arguments: Any) -> Any:
+        raise TypeError("the fields of a group cannot be removed; del resets one")
+
+    popitem = pop
+
+    def to_dict(self) -> dict[str, Any]:
+        """Returns the fields as a dict: a struct is a dict, a vector a tuple, an array a list, a text a
+        str, and an enum its label."""
+        group = self._group
+        if group._seen != group._scene._epoch:
+            group._refresh()
+        found: dict[str, Any] = self._type._layout.decode(group._buffer, self._offset, None)
+        return found
+
+    def value(self) -> Value:
+        """Returns a copy as a Value."""
+        return self._group._value(self._type, self._offset)
+
+    def numpy(self) -> numpy.ndarray[Any, Any]:
+        """Returns a read-only NumPy array of a copy of the bytes: structured as Type.dtype says."""
+        return self.value().numpy()
+
+    def __array__(self, dtype: Any = None, copy: bool | None = None) -> numpy.ndarray[Any, Any]:
+        from .columns import plain
+        array = plain(self.value())
+        return array if dtype is None else array.astype(dtype)
+
+    @property
+    def type(self) -> Type:
+        """The annotated type."""
+        return self._type
+
+    def __eq__(self, other: object) -> bool:
+        if isinstance(other, Fields):
+            other = other.to_dict()
+        return self.to_dict() == other if isinstance(other, dict) else NotImplemented
+
+    __hash__ = None  # type: ignore[assignment]
+
+    def __copy__(self) -> dict[str, Any]:
+        return self.to_dict()
+
+    def __deepcopy__(self, memo: object) -> dict[str, Any]:
+        return self.to_dict()
+
+    def __reduce__(self) -> tuple[object, ...]:
+        return dict, (self.to_dict(),)
+
+    def __repr__(self) -> str:
+        return f"{self._where()} {self.to_dict()!r}"
+
+    def __dir__(self) -> list[str]:
+        return sorted({*object.__dir__(self), *self._type.fields})
+
+    def _ipython_key_completions_(self) -> list[str]:
+        return list(self._type.fields)
+
+    def _repr_html_(self) -> str:
+        from ._html import fields_html
+        return fields_html(self)
+
+
+class GroupRecord(Fields):
+    """A group of an object."""
+
+    __slots__ = ("__weakref__", "_block", "_born", "_buffer", "_index", "_scene", "_seen", "_store")
+    _info: GroupInfo
+    _number: int
+    _offset = 0
+    _scene: Scene
+    _store: Callable[[], bool]
+
+    def __init__(self, scene: Scene, index: int, born: int) -> None:
+        self._scene = scene
+        self._index = index
+        self._born = born
+        self._seen = -2
+        self._block: Block | None = None
+        self._buffer: Any = None
+
+    @property
+    def _group(self) -> GroupRecord:  # type: ignore[override]
+        return self
+
+    def _name(self) -> str:
+        info = self._info
+        return f"scene/{info.name}" if self._number == SCENE_DATA else (
+            f"{info.owner}/{self._index}/groups/{info.name}")
+
+    def _refresh(self) -> None:
+        """Reads the group from the scene."""
+        scene, number, group = self._scene, self._number, self._info.index
+        seen = scene._epoch  # before the scene is read: what changes afterwards is noticed
+        if number == SCENE_DATA:
+            pointer = scene._pointer
+            if pointer is None:
+                scene._refuse()
+            address = _get_scene_value(pointer, group)
+        else:
+            scene._check(number, self._index, self._born)
+            pointer = scene._pointer
+            if pointer is None:
+                scene._refuse()
+            address = _get_value(pointer, number, self._index, group)
+        if self._block is None:
+            self._buffer = (ctypes.c_char * self._type.size).from_address(address + 48)
+            self._block = Block(address)
+            self._store = (partial(quick.vrdmSetSceneDataValue, pointer, group, address)
+                           if number == SCENE_DATA else
+                           partial(quick.vrdmSetDataValue, pointer, number, self._index, group, address))
+        else:
+            ctypes.memmove(self._buffer, address + 48, self._type.size)
+            _destroy(address)
+        self._seen = seen
+
+    def _read(self, type: Type, offset: int) -> Any:
+        kind = type.kind
+        if kind == "struct":
+            return part_class(type)(self, offset)
+        if kind == "array" and not is_text(type):
+            return Elements(self, type, offset)
+        if self._seen != self._scene._epoch:
+            self._refresh()
+        return type._layout.decode(self._buffer, offset, None)
+
+    def _write(self, type: Type, offset: int, thing: Any, path: str, keep: bool = False) -> None:
+        if self._seen != self._scene._epoch:
+            self._refresh()
+        seen = self._seen
+        if isinstance(thing, Fields):
+            thing = thing.to_dict()
+        elif isinstance(thing, Elements):
+            thing = thing.to_list()
+        whole = bytes(self._buffer) if keep else fresh_bytes(self._number, self._info.index)
+        encoder = Encoder(bytearray(whole[offset:offset + type.size]))
+        encoder.put(type, 0, thing, f"{self._name()}/{path}" if path else self._name())
+        self._commit(offset, bytes(encoder.buffer), seen)
+
+    def _reset(self, offset: int, size: int) -> None:
+        if self._seen != self._scene._epoch:
+            self._refresh()
+        fresh = fresh_bytes(self._number, self._info.index)
+        self._commit(offset, fresh[offset:offset + size], self._seen)
+
+    def _commit(self, offset: int, data: bytes, seen: int) -> None:
+        """Writes bytes to the group, if nothing was changed since `seen`."""
+        scene = self._scene
+        if self._seen != seen or scene._epoch != seen:
+            self._conflict()
+        ctypes.memmove(ctypes.addressof(self._buffer) + offset, data, len(data))
+        if scene._epoch != seen:
+            self._conflict()
+        scene._epoch = self._seen = seen + 1
+        self._store()
+
+    def _conflict(self) -> None:
+        self._seen = -2
+        self._scene._live()
+        raise ConcurrentUseError(f"{self._name()}: the scene was changed while this field was written; "
+                                 "one thread at a time may use a scene")
+
+    def _value(self, type: Type, offset: int) -> Value:
+        if self._seen != self._scene._epoch:
+            self._refresh()
+        value = type.stripped.zero()
+        ctypes.memmove(value._block.address + 48, ctypes.addressof(self._buffer) + offset, type.size)
+        return value
+
+
+class PartRecord(Fields):
+    """A struct in a group."""
+
+    __slots__ = ("_group", "_offset")
+
+    def __init__(self, group: GroupRecord, offset: int) -> None:
+        self._group = group
+        self._offset = offset
+
+
+class Elements(Sequence[Any]):
+    """An array in a group: elements are written through at once."""
+
+    __slots__ = ("_group", "_offset", "_type")
+
+    def __init__(self, group: GroupRecord, type: Type, offset: int) -> None:
+        self._group = group
+        self._type = type
+        self._offset = offset
+
+    def _step(self, index: Any) -> tuple[Type, int]:
+        from .values import _step
+        return _step(self._type, self._offset, index)
+
+    def __getitem__(self, index: Any) -> Any:
+        if isinstance(index, slice):
+            return [self[one] for one in range(*index.indices(len(self)))]
+        return self._group._read(*self._step(index))
+
+    def __setitem__(self, index: Any, thing: Any) -> None:
+        if isinstance(index, slice):
+            whole = self.to_list()
+            before = len(whole)
+            whole[index] = list(thing)
+            if len(whole) != before:
+                raise ValueError(f"the array keeps its {before} elements")
+            self._group._write(self._type, self._offset, whole, "")
+            return
+        type, offset = self._step(index)
+        self._group._write(type, offset, thing, str(index))
+
+    def __len__(self) -> int:
+        return self._type.shape[-1]
+
+    def to_list(self) -> list[Any]:
+        """Returns the elements as Python objects."""
+        group = self._group
+        if group._seen != group._scene._epoch:
+            group._refresh()
+        return list(self._type._layout.decode(group._buffer, self._offset, None))
+
+    def __array__(self, dtype: Any = None, copy: bool | None = None) -> numpy.ndarray[Any, Any]:
+        array = self._group._value(self._type, self._offset).numpy()
+        return array if dtype is None else array.astype(dtype)
+
+    def __eq__(self, other: object) -> bool:
+        if isinstance(other, Elements):
+            return self.to_list() == other.to_list()
+        return self.to_list() == list(other) if isinstance(other, (list, tuple)) else NotImplemented
+
+    __hash__ = None  # type: ignore[assignment]
+
+    def __repr__(self) -> str:
+        return repr(self.to_list())
+
+
+# Classes with a property for each field.
+
+def _leaf_properties(type: Type, offset: int, label: str) -> property:
+    """Returns the property of a scalar field of a group, at a fixed offset."""
+    kind = type.kind
+    packer = struct.Struct("<" + _CODES[kind])
+    unpack, pack = packer.unpack_from, packer.pack_into
+    exact = {"float": float, "int": int, "bool": bool}.get(kind)
+    labels = dict(enumerate(type.labels))
+
+    def refresh_and_read(self: GroupRecord) -> Any:
+        self._refresh()
+        return unpack(self._buffer, offset)[0]
+
+    if kind == "bool":
+        def read(self: GroupRecord) -> Any:
+            if self._seen != self._scene._epoch:
+                self._refresh()
+            return unpack(self._buffer, offset)[0] != 0
+    elif kind == "enum":
+        def read(self: GroupRecord) -> Any:
+            if self._seen != self._scene._epoch:
+                self._refresh()
+            code = unpack(self._buffer, offset)[0]
+            return labels.get(code, code)
+    else:
+        def read(self: GroupRecord) -> Any:
+            if self._seen != self._scene._epoch:
+                return refresh_and_read(self)
+            return unpack(self._buffer, offset)[0]
+
+    def write(self: GroupRecord, thing: Any) -> None:
+        if thing.__class__ is not exact or exact is bool:
+            thing = check_number(type, kind, _plain(thing), f"{self._name()}/{label}")
+        scene = self._scene
+        if self._seen != scene._epoch:
+            self._refresh()
+        try:
+            pack(self._buffer, offset, thing)
+        except (struct.error, OverflowError):
+            self._seen = -2  # The bytes of the copy are not what they were.
+            check_number(type, kind, thing, f"{self._name()}/{label}")
+            raise
+        seen = self._seen
+        if seen != scene._epoch:
+            self._conflict()
+        scene._epoch = self._seen = seen + 1
+        self._store()
+
+    return property(read, write, doc=_doc(type, label))
+
+
+def _plain(thing: Any) -> Any:
+    return thing[()] if isinstance(thing, numpy.ndarray) and thing.ndim == 0 else thing
+
+
+def _other_property(type: Type, offset: int, label: str) -> property:
+    def read(self: Fields) -> Any:
+        return self._group._read(type, self._offset + offset)
+
+    def write(self: Fields, thing: Any) -> None:
+        self._group._write(type, self._offset + offset, thing, label)
+
+    return property(read, write, doc=_doc(type, label))
+
+
+def _doc(type: Type, label: str) -> str:
+    metadata = type.metadata
+    unit = f" ({metadata['si_unit']})" if "si_unit" in metadata else ""
+    return f"{metadata.get('name', label)}{unit}. {metadata.get('desc', '')}".strip()
+
+
+def _namespace(type: Type, root: bool) -> dict[str, Any]:
+    names: dict[str, Any] = {"__slots__": (), "_type": type, "__doc__": str(type.metadata.get("desc", ""))}
+    for label, field in type.fields.items():
+        if hasattr(Fields, label):
+            continue  # It is reached as an item.
+        if root and field.type.kind in SCALARS:
+            names[label] = _leaf_properties(field.type, field.offset, label)
+        else:
+            names[label] = _other_property(field.type, field.offset, label)
+    return names
+
+
+@lru_cache(maxsize=None)
+def group_class(info: GroupInfo, number: int) -> type[GroupRecord]:
+    """Returns the class of a group."""
+    names = _namespace(info.type, root=True)
+    names["_info"] = info
+    names["_number"] = number
+    return type(_class_name(info.owner, info.name), (GroupRecord,), names)
+
+
+def _class_name(*words: str) -> str:
+    return "".join(part[:1].upper() + part[1:] for word in words for part in word.split())
+
+
+def part_class(struct_type: Type) -> type[PartRecord]:
+    """Returns the class of a struct in a group."""
+    made: type[PartRecord] = struct_type._kept("part_class", lambda: type(
+        "Part", (PartRecord,), _namespace(struct_type, root=False)))
+    return made
