@@ -80,7 +80,10 @@ def _place(error: ctypes.c_void_p) -> tuple[int | None, int | None, int | None]:
 
 def nearest(name: object, names: Iterable[str]) -> str:
     """Returns the end of a message: the nearest name, or nothing."""
-    close = difflib.get_close_matches(str(name), list(names), 1)
+    known, text = list(names), str(name)
+    close = difflib.get_close_matches(text, known, 1)
+    if not close and len(text) > 2:
+        close = [one for one in known if text.lower() in one.lower()]
     return f"; did you mean {close[0]!r}?" if close else ""
 
 
