@@ -58,4 +58,13 @@ void appendJsonString(std::string& out, std::string_view text) {
   out += '"';
 }
 
+bool isUtf8(std::string_view text) {
+  while (!text.empty()) {
+    const std::size_t length = sequenceLength(text);
+    if (length == 0) return false;
+    text.remove_prefix(length);
+  }
+  return true;
+}
+
 }  // namespace vrtk

@@ -11,6 +11,9 @@ namespace vrtk {
 /// document must be UTF-8.
 void appendJsonString(std::string& out, std::string_view text);
 
+/// Returns whether a text is UTF-8.
+bool isUtf8(std::string_view text);
+
 }  // namespace vrtk
 
 #endif

@@ -32,6 +32,7 @@
 #include "vornath_toolkit/vrtk_check.h"
 #include "vornath_toolkit/vrtk_columns.h"
 #include "vornath_toolkit/vrtk_error.h"
+#include "vornath_toolkit/vrtk_json.h"
 #include "vornath_toolkit/vrtk_scene.h"
 #include "vornath_toolkit/vrtk_storage.h"
 

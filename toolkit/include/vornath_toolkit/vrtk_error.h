@@ -29,7 +29,12 @@ enum {
   VRTK_SAVE_DENIED = 31,      /**< no permission to write there, or a read-only file system */
   VRTK_SAVE_NO_SPACE = 32,    /**< no space left, a quota or a limit on the size of files */
   VRTK_SAVE_FAILED = 33,      /**< the device reported another error */
-  VRTK_SCENE_INCOMPLETE = 40  /**< an object without its value, or an asset of too few bytes */
+  VRTK_SCENE_INCOMPLETE = 40, /**< an object without its value, or an asset of too few bytes */
+  VRTK_JSON_INVALID = 50,     /**< something is wrong with a JSON text; the report says what */
+  VRTK_ADDRESS_UNKNOWN = 51,  /**< an address names nothing in the scene */
+  VRTK_PATCH_FAILED = 52,     /**< a path of a patch leads nowhere, or a test in it fails */
+  VRTK_WRITE_STOPPED = 53,    /**< a function of the caller that takes bytes asked to stop */
+  VRTK_VALUE_CYCLE = 54       /**< the references of a value form a cycle */
 };
 
 /** An error object: a code and a message. */
