@@ -4,6 +4,9 @@
 #define VORNATH_TOOLKIT_ERROR_H
 
 #include <stdint.h>
+#ifndef __cplusplus
+#include <stdbool.h>
+#endif
 
 #include "vornath_toolkit/vrtk_api.h"
 
@@ -34,7 +37,10 @@ enum {
   VRTK_ADDRESS_UNKNOWN = 51,  /**< an address names nothing in the scene */
   VRTK_PATCH_FAILED = 52,     /**< a path of a patch leads nowhere, or a test in it fails */
   VRTK_WRITE_STOPPED = 53,    /**< a function of the caller that takes bytes asked to stop */
-  VRTK_VALUE_CYCLE = 54       /**< the references of a value form a cycle */
+  VRTK_VALUE_CYCLE = 54,      /**< the references of a value form a cycle */
+  VRTK_TEXT_INVALID = 70,     /**< the text of a type or a value has an error; see
+                                   vrtkErrorPlace() */
+  VRTK_VALUE_TYPE = 71        /**< a value is not of the type that is expected */
 };
 
 /** An error object: a code and a message. */
@@ -50,6 +56,20 @@ VRTK_API uint32_t vrtkErrorCode(const vrtkError* error);
  * Errors: none.
  */
 VRTK_API const char* vrtkErrorMessage(const vrtkError* error);
+
+/** A place in a text. */
+typedef struct vrtkTextPlace {
+  uint64_t line;   /**< 1 for the first line. Only a line feed ends a line */
+  uint64_t column; /**< 1 for the first character of the line. Counts characters, not bytes */
+  uint64_t offset; /**< bytes from the start of the text */
+} vrtkTextPlace;
+
+/**
+ * Returns whether an error belongs to a place in a text, and then writes the place to `*place`,
+ * unless `place` is null. Otherwise, leaves it unchanged. At the end of a text, the place is behind its last character.
+ * Errors: none.
+ */
+VRTK_API bool vrtkErrorPlace(const vrtkError* error, vrtkTextPlace* place);
 
 /** Destroys an error object. Does nothing for null. Errors: none. */
 VRTK_API void vrtkErrorDestroy(vrtkError* error);
