@@ -1,8 +1,8 @@
 #!/bin/sh
 # Installs the packages of Debian 12 that the project needs, if they are missing. Needs root or sudo.
 # usage: scripts/install_dependencies.sh [--list] [PURPOSE...]
-#   PURPOSE  library (includes the examples), tests, bench, yardsticks, coverage, tidy or fuzz; the
-#            default is library and tests
+#   PURPOSE  library (includes the toolkit and the examples), tests, browser, bench, yardsticks, coverage,
+#            tidy or fuzz; the default is library, tests and browser
 #   --list   prints the names of the packages and installs nothing
 set -eu
 
@@ -11,17 +11,20 @@ if [ "${1:-}" = --list ]; then
   list=true
   shift
 fi
-[ $# -gt 0 ] || set -- library tests
+[ $# -gt 0 ] || set -- library tests browser
 
 packages=""
 for purpose in "$@"; do
   case $purpose in
     library)
       packages="$packages bison cmake flex g++ gcc libboost-dev libc6-dev libcrypto++-dev libfmt-dev
-                libimath-dev libtbb-dev ninja-build"
+                libimath-dev libtbb-dev ninja-build rapidjson-dev"
       ;;
-    # The tests inspect the built library, call pkg-config, and compute colours with Python.
-    tests) packages="$packages binutils libgtest-dev pkg-config python3" ;;
+    # The tests inspect the built library, call pkg-config, compute colours with Python, and check
+    # documents against a JSON Schema.
+    tests) packages="$packages binutils libgtest-dev pkg-config python3 python3-jsonschema" ;;
+    # The test of the catalogue's page runs it in a browser.
+    browser) packages="$packages chromium chromium-driver python3-selenium" ;;
     bench) packages="$packages libbenchmark-dev" ;;
     # Libraries that the benchmarks measure beside this one, if they are installed.
     yardsticks)

@@ -15,7 +15,7 @@ TEST(vrtkStatusName, HasANameForEachStatusAndNullForOthers) {
       EXPECT_TRUE(names.insert(name).second);
     }
   }
-  EXPECT_EQ(names.size(), 26U);
+  EXPECT_EQ(names.size(), 28U);
   EXPECT_STREQ(vrtkStatusName(VRTK_FILE_MISSING), "FILE_MISSING");
   EXPECT_EQ(vrtkStatusName(5), nullptr);
 }

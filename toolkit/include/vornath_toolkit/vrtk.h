@@ -1,6 +1,7 @@
 /*
  * All functions of the toolkit, which stands beside vornath_data for hosts that cannot trust their
- * files: it checks a scene file before it is read, and writes files whole or not at all.
+ * files: it checks a scene file before it is read, and writes files whole or not at all. It also
+ * writes the catalogue in several forms.
  *
  * These rules hold for all functions, unless a function says otherwise:
  *
@@ -29,6 +30,7 @@
 #define VORNATH_TOOLKIT_VRTK_H
 
 #include "vornath_toolkit/version.h"
+#include "vornath_toolkit/vrtk_catalogue.h"
 #include "vornath_toolkit/vrtk_check.h"
 #include "vornath_toolkit/vrtk_columns.h"
 #include "vornath_toolkit/vrtk_diff.h"
