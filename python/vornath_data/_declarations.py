@@ -9,6 +9,7 @@ from ctypes import (CFUNCTYPE, Structure, c_bool, c_char, c_char_p, c_double, c_
 
 vrntReadFn = CFUNCTYPE(None, c_void_p, c_uint64, c_void_p)
 vrntWriteFn = CFUNCTYPE(None, c_void_p, c_uint64, c_void_p)
+vrtkWriteFunction = CFUNCTYPE(c_uint32, c_void_p, c_uint64, c_void_p)
 
 
 class vrntValue_t(Structure):
@@ -89,6 +90,23 @@ class vrntUniqueId_t(Structure):
     ]
 
 
+class vrtkTextPlace(Structure):
+    _fields_ = [
+        ("line", c_uint64),
+        ("column", c_uint64),
+        ("offset", c_uint64),
+    ]
+
+
+class vrtkCatalogueChange(Structure):
+    _fields_ = [
+        ("code", c_char_p),
+        ("breaking", c_bool),
+        ("address", c_char_p),
+        ("message", c_char_p),
+    ]
+
+
 class vrtkLimits(Structure):
     _fields_ = [
         ("structSize", c_uint64),
@@ -126,10 +144,103 @@ class vrtkClassInfo(Structure):
     ]
 
 
+class vrtkDiffOptions(Structure):
+    _fields_ = [
+        ("structSize", c_uint64),
+        ("relative", c_double),
+        ("absolute", c_double),
+        ("maxEntries", c_uint64),
+        ("includeIds", c_uint32),
+    ]
+
+
+class vrtkDiffEntry(Structure):
+    _fields_ = [
+        ("address", c_char_p),
+        ("kind", c_uint32),
+        ("oldText", c_char_p),
+        ("newText", c_char_p),
+    ]
+
+
+class vrtkDigestOptions(Structure):
+    _fields_ = [
+        ("structSize", c_uint64),
+        ("includeIds", c_uint32),
+    ]
+
+
+class vrtkExportOptions(Structure):
+    _fields_ = [
+        ("structSize", c_uint64),
+        ("full", c_uint32),
+        ("inlineAssets", c_uint32),
+        ("assetFolder", c_char_p),
+        ("assetPrefix", c_char_p),
+    ]
+
+
+class vrtkJsonMessage(Structure):
+    _fields_ = [
+        ("code", c_char_p),
+        ("line", c_uint64),
+        ("column", c_uint64),
+        ("offset", c_uint64),
+        ("pointer", c_char_p),
+        ("message", c_char_p),
+    ]
+
+
+class vrtkBuildOptions(Structure):
+    _fields_ = [
+        ("structSize", c_uint64),
+        ("assetFolder", c_char_p),
+        ("maxMemory", c_uint64),
+        ("maxMessages", c_uint64),
+    ]
+
+
+class vrtkSetOptions(Structure):
+    _fields_ = [
+        ("structSize", c_uint64),
+        ("enforceLimits", c_uint32),
+        ("assetFolder", c_char_p),
+    ]
+
+
 class vrtkSaveOptions(Structure):
     _fields_ = [
         ("structSize", c_uint64),
         ("skipSync", c_uint32),
+    ]
+
+
+class vrtkBounds(Structure):
+    _fields_ = [
+        ("structSize", c_uint64),
+        ("defaultValue", c_void_p),
+        ("min", c_void_p),
+        ("max", c_void_p),
+        ("softMin", c_void_p),
+        ("softMax", c_void_p),
+    ]
+
+
+class vrtkOutside(Structure):
+    _fields_ = [
+        ("path", c_char_p),
+        ("offset", c_uint64),
+        ("message", c_char_p),
+    ]
+
+
+class vrtkEnumChoice(Structure):
+    _fields_ = [
+        ("code", c_uint32),
+        ("label", c_char_p),
+        ("name", c_char_p),
+        ("description", c_char_p),
+        ("fields", c_char_p),
     ]
 
 
@@ -288,8 +399,27 @@ CONSTANTS = {
     "VRTK_SAVE_NO_SPACE": 32,
     "VRTK_SAVE_FAILED": 33,
     "VRTK_SCENE_INCOMPLETE": 40,
+    "VRTK_CATALOGUE_UNKNOWN": 60,
+    "VRTK_CATALOGUE_INVALID": 61,
+    "VRTK_JSON_INVALID": 50,
+    "VRTK_ADDRESS_UNKNOWN": 51,
+    "VRTK_PATCH_FAILED": 52,
+    "VRTK_WRITE_STOPPED": 53,
+    "VRTK_VALUE_CYCLE": 54,
+    "VRTK_TEXT_INVALID": 70,
+    "VRTK_VALUE_TYPE": 71,
+    "VRTK_CATALOGUE_TEXT": 0,
+    "VRTK_CATALOGUE_JSON": 1,
+    "VRTK_CATALOGUE_SCHEMA": 2,
+    "VRTK_CATALOGUE_HTML": 3,
+    "VRTK_CATALOGUE_MARKDOWN": 4,
     "VRTK_WARNING": 0,
     "VRTK_ERROR": 1,
+    "VRTK_DIFF_CHANGED": 0,
+    "VRTK_DIFF_REMOVED": 1,
+    "VRTK_DIFF_ADDED": 2,
+    "VRTK_DESCRIPTION_TEXT": 0,
+    "VRTK_DESCRIPTION_JSON": 1,
     "VORNATH_DATA_VERSION_MAJOR": 1,
     "VORNATH_DATA_VERSION_MINOR": 0,
     "VORNATH_DATA_VERSION_PATCH": 0,
@@ -297,6 +427,8 @@ CONSTANTS = {
     "VORNATH_TOOLKIT_VERSION_MINOR": 0,
     "VORNATH_TOOLKIT_VERSION_PATCH": 0,
     "VRTK_NO_OFFSET": 18446744073709551615,
+    "VRTK_DIGEST_LENGTH": 65,
+    "VRTK_JSON_NO_OFFSET": 18446744073709551615,
     "VRDM_CLASS_SCENE_DATA": 4294967295,
 }
 
@@ -411,16 +543,46 @@ FUNCTIONS = {
     "vrntValuesErrorDestroy": (None, (c_void_p,)),
     "vrntValuesErrorMessage": (c_char_p, (c_void_p,)),
     "vrntValuesShutdown": (None, ()),
+    "vrtkBoundsRelease": (None, (c_void_p,)),
     "vrtkBytesDestroy": (None, (c_void_p,)),
+    "vrtkCatalogue": (c_uint32, (c_uint32, c_char_p, c_void_p, c_void_p,)),
+    "vrtkCatalogueChangesBreaking": (c_uint64, (c_void_p,)),
+    "vrtkCatalogueChangesCount": (c_uint64, (c_void_p,)),
+    "vrtkCatalogueChangesDestroy": (None, (c_void_p,)),
+    "vrtkCatalogueChangesGet": (c_void_p, (c_void_p, c_uint64,)),
+    "vrtkCatalogueChangesJson": (c_uint32, (c_void_p, c_void_p, c_void_p,)),
+    "vrtkCatalogueCompare": (c_uint32, (c_char_p, c_uint64, c_void_p, c_void_p,)),
     "vrtkCheckBytes": (c_uint32, (c_void_p, c_uint64, c_void_p, c_void_p, c_void_p,)),
     "vrtkCheckCode": (c_char_p, (c_uint32,)),
     "vrtkCheckCodeCount": (c_uint32, ()),
     "vrtkCheckCodeSeverity": (c_uint32, (c_uint32,)),
     "vrtkCheckFile": (c_uint32, (c_char_p, c_void_p, c_void_p, c_void_p,)),
+    "vrtkDiffCount": (c_uint64, (c_void_p,)),
+    "vrtkDiffDestroy": (None, (c_void_p,)),
+    "vrtkDiffEntryAt": (c_void_p, (c_void_p, c_uint64,)),
+    "vrtkDiffFound": (c_uint64, (c_void_p,)),
+    "vrtkDiffJson": (c_uint32, (c_void_p, c_void_p, c_void_p,)),
+    "vrtkDiffKindName": (c_char_p, (c_uint32,)),
+    "vrtkEnumChoiceAt": (c_void_p, (c_void_p, c_uint32,)),
+    "vrtkEnumChoiceCount": (c_uint32, (c_void_p,)),
+    "vrtkEnumChoicesDestroy": (None, (c_void_p,)),
+    "vrtkEnumChoicesOf": (c_uint32, (c_void_p, c_void_p, c_void_p,)),
     "vrtkErrorCode": (c_uint32, (c_void_p,)),
     "vrtkErrorDestroy": (None, (c_void_p,)),
     "vrtkErrorMessage": (c_char_p, (c_void_p,)),
+    "vrtkErrorPlace": (c_bool, (c_void_p, c_void_p,)),
+    "vrtkJsonReportCount": (c_uint64, (c_void_p,)),
+    "vrtkJsonReportDestroy": (None, (c_void_p,)),
+    "vrtkJsonReportJson": (c_uint32, (c_void_p, c_void_p, c_void_p,)),
+    "vrtkJsonReportMessage": (c_void_p, (c_void_p, c_uint64,)),
+    "vrtkJsonReportTruncated": (c_bool, (c_void_p,)),
     "vrtkOpenFile": (c_uint32, (c_char_p, c_void_p, c_void_p, c_void_p, c_void_p,)),
+    "vrtkOutsideAt": (c_void_p, (c_void_p, c_uint64,)),
+    "vrtkOutsideCount": (c_uint64, (c_void_p,)),
+    "vrtkOutsideListDestroy": (None, (c_void_p,)),
+    "vrtkRenumberingDestroy": (None, (c_void_p,)),
+    "vrtkRenumberingJson": (c_uint32, (c_void_p, c_void_p, c_void_p,)),
+    "vrtkRenumberingSlots": (c_void_p, (c_void_p, c_uint32, c_void_p,)),
     "vrtkReportClass": (vrtkClassInfo, (c_void_p, c_uint32,)),
     "vrtkReportDestroy": (None, (c_void_p,)),
     "vrtkReportErrorCount": (c_uint64, (c_void_p,)),
@@ -431,18 +593,42 @@ FUNCTIONS = {
     "vrtkReportTruncated": (c_bool, (c_void_p,)),
     "vrtkReportValid": (c_bool, (c_void_p,)),
     "vrtkReportWarningCount": (c_uint64, (c_void_p,)),
+    "vrtkSceneBuild": (c_uint32, (c_char_p, c_uint64, c_void_p, c_void_p, c_void_p, c_void_p,)),
+    "vrtkSceneBuildFile": (c_uint32, (c_char_p, c_void_p, c_void_p, c_void_p, c_void_p,)),
     "vrtkSceneColumnGet": (c_uint32, (c_void_p, c_uint32, c_uint32, c_uint64, c_uint64, c_void_p, c_uint64, c_void_p, c_uint64, c_void_p,)),
     "vrtkSceneColumnSet": (c_uint32, (c_void_p, c_uint32, c_uint32, c_uint64, c_uint64, c_void_p, c_uint64, c_void_p, c_uint64, c_void_p,)),
+    "vrtkSceneDiff": (c_uint32, (c_void_p, c_void_p, c_void_p, c_void_p, c_void_p,)),
+    "vrtkSceneDiffPatch": (c_uint32, (c_void_p, c_void_p, c_void_p, c_void_p, c_void_p,)),
+    "vrtkSceneDigest": (c_uint32, (c_void_p, c_void_p, c_void_p, c_void_p,)),
+    "vrtkSceneDump": (c_uint32, (c_void_p, vrtkWriteFunction, c_void_p, c_void_p,)),
+    "vrtkSceneEquivalent": (c_uint32, (c_void_p, c_void_p, c_void_p, c_void_p,)),
+    "vrtkSceneExport": (c_uint32, (c_void_p, c_void_p, vrtkWriteFunction, c_void_p, c_void_p,)),
+    "vrtkSceneExportFile": (c_uint32, (c_void_p, c_char_p, c_void_p, c_void_p,)),
+    "vrtkSceneExportString": (c_uint32, (c_void_p, c_void_p, c_void_p, c_void_p, c_void_p,)),
+    "vrtkSceneGet": (c_uint32, (c_void_p, c_char_p, c_void_p, c_void_p,)),
+    "vrtkSceneGetBytes": (c_uint32, (c_void_p, c_char_p, c_void_p, c_void_p, c_void_p,)),
+    "vrtkSceneImport": (c_uint32, (c_void_p, c_void_p, c_void_p, c_void_p,)),
     "vrtkSceneLiveSlots": (c_uint32, (c_void_p, c_uint32, c_void_p, c_uint64, c_void_p, c_void_p,)),
     "vrtkSceneOpen": (c_uint32, (c_char_p, c_void_p, c_void_p, c_void_p, c_void_p,)),
     "vrtkSceneOpenBytes": (c_uint32, (c_void_p, c_uint64, c_void_p, c_void_p, c_void_p, c_void_p,)),
+    "vrtkScenePatch": (c_uint32, (c_void_p, c_char_p, c_uint64, c_void_p, c_void_p, c_void_p, c_void_p,)),
     "vrtkSceneSave": (c_uint32, (c_void_p, c_char_p, c_void_p, c_void_p,)),
     "vrtkSceneSaveBytes": (c_uint32, (c_void_p, c_void_p, c_void_p, c_void_p,)),
+    "vrtkSceneSet": (c_uint32, (c_void_p, c_char_p, c_char_p, c_void_p, c_void_p,)),
     "vrtkSceneValidate": (c_uint32, (c_void_p, c_void_p, c_void_p, c_void_p,)),
     "vrtkStatusName": (c_char_p, (c_uint32,)),
     "vrtkStorageRelease": (None, (c_void_p,)),
     "vrtkStorageRetain": (c_void_p, (c_void_p,)),
     "vrtkStringDestroy": (None, (c_void_p,)),
+    "vrtkTypeDescribe": (c_uint32, (c_void_p, c_uint32, c_void_p, c_void_p,)),
+    "vrtkTypeParse": (c_uint32, (c_char_p, c_void_p, c_void_p,)),
+    "vrtkValueBounds": (c_uint32, (c_void_p, c_void_p, c_void_p,)),
+    "vrtkValueCheck": (c_uint32, (c_void_p, c_void_p, c_void_p, c_void_p,)),
+    "vrtkValueClamp": (c_uint32, (c_void_p, c_void_p, c_void_p, c_void_p,)),
+    "vrtkValueCoerce": (c_uint32, (c_void_p, c_void_p, c_uint32, c_void_p, c_void_p,)),
+    "vrtkValueDescribe": (c_uint32, (c_void_p, c_void_p, c_uint32, c_void_p, c_void_p,)),
+    "vrtkValueParse": (c_uint32, (c_char_p, c_void_p, c_void_p,)),
+    "vrtkValueParseAs": (c_uint32, (c_void_p, c_char_p, c_void_p, c_void_p,)),
     "vrtkVersion": (c_char_p, ()),
     "vrtnTypeFloatArray": (c_void_p, (c_uint64,)),
 }

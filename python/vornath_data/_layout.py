@@ -368,8 +368,9 @@ class Encoder:
             refuse(type, thing, path)
         if thing.type is not type.stripped:
             thing = thing.coerce(type)
-        self.keep.append(thing._block)
-        self.buffer[offset:offset + type.size] = ctypes.string_at(thing._block.address + 48, type.size)
+        block = thing._block.share()  # so that nothing is written to it meanwhile
+        self.keep.append(block)
+        self.buffer[offset:offset + type.size] = ctypes.string_at(block.address + 48, type.size)
         return True
 
     def put_vector(self, type: Type, offset: int, thing: Any, path: str) -> None:
@@ -536,11 +537,20 @@ def write_block(block: Any, offset: int, data: bytes | bytearray) -> Any:
     from .values import Block
     source = ctypes.create_string_buffer(bytes(data), max(len(data), 1))
     error = ctypes.c_void_p()
-    shared = ctypes.c_uint32.from_address(block.address + 40).value > 1
-    handle = ctypes.c_void_p(quick.vrntValueCopy(block.address) if shared else block.address)
-    quick.vrntValueWrite(ctypes.byref(handle), offset, source, len(data), ctypes.byref(error))
+    handle = ctypes.c_void_p(block.address)
+    write, size = quick.vrntValueWrite, len(data)
+    reference, place = ctypes.byref(handle), ctypes.byref(error)
+    count = ctypes.c_uint32.from_address(block.address + 40)
+    # No other thread runs between looking at the count and the call. If nobody shares the block, it is
+    # written in place; else the copy of the reference moves to a copy of the block.
+    if count.value == 1:
+        write(reference, offset, source, size, place)
+        if error:
+            raise value_error(error)
+        return block
+    handle.value = quick.vrntValueCopy(block.address)
+    write(reference, offset, source, size, place)
+    made = Block(handle.value)
     if error:
-        if shared:
-            quick.vrntValueDestroy(handle)
         raise value_error(error)
-    return Block(handle.value or 0) if shared else block
+    return made

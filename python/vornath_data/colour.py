@@ -80,7 +80,7 @@ def material_parameter_type(name: str) -> Type:
 
 def material_parameter_name(type: Type | str) -> str | None:
     """Returns the name of the material parameter that has a type; None if there is none."""
-    number = quick.vrntTypeMaterialParamType(Type(type)._handle.address)
+    number = quick.vrntTypeMaterialParamType(Type(type)._handle)
     return _PARAMETERS[number] if 0 <= number < len(_PARAMETERS) else None
 
 
@@ -93,7 +93,7 @@ def sampler_type(name: str) -> Type:
 
 def sampler_name(type: Type | str) -> str | None:
     """Returns the name of the sampler that has a type; None if there is none."""
-    number = quick.vrntTypeSamplerType(Type(type)._handle.address)
+    number = quick.vrntTypeSamplerType(Type(type)._handle)
     return _SAMPLERS[number] if 0 <= number < len(_SAMPLERS) else None
 
 

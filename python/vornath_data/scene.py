@@ -964,6 +964,101 @@ class Scene:
         from ._check import validate
         return validate(self, max_messages)
 
+    # JSON, digests, merging.
+
+    def to_json(self, path: str | os.PathLike[str] | None = None, *, full: bool = False,
+                inline: bool | None = None) -> Any:
+        """Returns the scene in its JSON form as Python objects, or writes it to a file.
+
+        path: the file; the bytes of assets go into a folder beside it, unless they are inline. full: also
+        what has its default. inline: the bytes of assets in base64; by default where no path is given.
+        """
+        import json
+
+        from ._tools import export_json
+        text = export_json(self, path, full, path is None if inline is None else inline)
+        return None if text is None else json.loads(text)
+
+    def to_json_text(self, *, full: bool = False, inline: bool = True) -> str:
+        """Returns the scene in its JSON form as a text: the same for the same content. Without `inline`, the
+        bytes of assets are named by their digests only."""
+        from ._tools import export_json
+        return export_json(self, None, full, inline) or ""
+
+    @classmethod
+    def from_json(cls, source: Any, *, asset_folder: str | os.PathLike[str] | None = None,
+                  max_memory: int = 0, max_messages: int = 20) -> Scene:
+        """Builds a scene of a JSON document: a text, bytes, Python objects of the form, or a pathlib.Path.
+
+        asset_folder: where the files of assets are; by default the folder of the path. max_memory: bytes
+        that the scene may take without its assets. Raises JsonError with all that is wrong, up to
+        `max_messages`.
+        """
+        from ._tools import build_scene
+        return cls._own(build_scene(source, asset_folder, max_memory, max_messages))
+
+    def get(self, address: str) -> Any:
+        """Returns what an address names, such as "Camera/0/groups/General/near_distance", as Python
+        objects of the JSON form. Raises UnknownName."""
+        import json
+
+        from ._tools import get_json
+        return json.loads(get_json(self, address))
+
+    def get_bytes(self, address: str) -> bytes:
+        """Returns a copy of the bytes of an asset ("Mesh/0/bytes") or of a program ("LightProgram/0/text").
+        Raises UnknownName."""
+        from ._tools import get_bytes
+        return get_bytes(self, address)
+
+    def set(self, address: str, thing: Any, *, limits: bool = False,
+            asset_folder: str | os.PathLike[str] | None = None) -> None:
+        """Replaces what an address names by Python objects of the JSON form; None for a whole object removes
+        it.
+
+        limits: refuse numbers outside the limits of their fields. Raises UnknownName, and JsonError with
+        the reason; the scene is then as it was.
+        """
+        import json
+
+        from ._tools import set_json
+        set_json(self, address, json.dumps(thing), limits, asset_folder)
+        parts = address.split("/")
+        if thing is None and len(parts) == 2 and parts[0] in catalogue().classes and parts[1].isdigit():
+            key = catalogue().classes[parts[0]].number, int(parts[1])
+            self._removals[key] = self._removals.get(key, 0) + 1
+
+    def patched(self, patch: Any, *, limits: bool = False,
+                asset_folder: str | os.PathLike[str] | None = None) -> Scene:
+        """Returns a new scene: this one with a patch (RFC 6902) applied to its full JSON form. Objects that
+        it does not touch share their bytes with this scene. Raises JsonError."""
+        from ._tools import apply_patch
+        return type(self)._own(apply_patch(self, patch, limits, asset_folder))
+
+    def digest(self, *, ids: bool = False) -> str:
+        """Returns "sha256:" and a digest of the content: equal for equal content, whatever wrote it.
+
+        ids: the random ids of the scene and its assets count, too.
+        """
+        from ._tools import digest
+        return digest(self, ids)
+
+    def equivalent(self, other: Scene) -> bool:
+        """Tells whether two scenes have the same content in the same slots, as the library compares them."""
+        from ._tools import equivalent
+        return equivalent(self, other)
+
+    def merge(self, other: Scene) -> dict[str, list[int | None]]:
+        """Adds the content of another scene, whose assets are then shared, and returns for each class which
+        slot became which. The other scene stays as it is."""
+        from ._tools import merge
+        return merge(self, other)
+
+    def dump(self) -> str:
+        """Returns the library's own print-out for people, with all counters; it differs from run to run."""
+        from ._tools import dump
+        return dump(self)
+
     # Shown.
 
     def __repr__(self) -> str:

@@ -34,10 +34,11 @@ class _TypeHandle:
     """A reference to a type of the library. It alone has a __del__, so that no weak reference leads to a
     type whose handle is destroyed."""
 
-    __slots__ = ("address",)
+    # ctypes takes the handle itself as an argument, and so keeps it alive during a call.
+    __slots__ = ("_as_parameter_", "address")
 
     def __init__(self, address: int) -> None:
-        self.address = address
+        self.address = self._as_parameter_ = address
 
     def __del__(self, destroy: Any = quick.vrntTypeDestroy) -> None:
         destroy(self.address)
@@ -376,13 +377,13 @@ class Type:
 
     def is_subtype(self, other: Type | str) -> bool:
         """Tells whether a value of this type may be used where `other` is expected."""
-        return bool(quick.vrntTypeIsSubType(self._handle.address, Type(other)._handle.address))
+        return bool(quick.vrntTypeIsSubType(self._handle, Type(other)._handle))
 
     def mismatch(self, other: Type | str) -> str | None:
         """Returns why a value of this type may not be used where `other` is expected, in the library's
         words; None if it may."""
         error = ctypes.c_void_p()
-        address = quick.vrntTypeCheckSubType(self._handle.address, Type(other)._handle.address,
+        address = quick.vrntTypeCheckSubType(self._handle, Type(other)._handle,
                                              ctypes.byref(error))
         if error:
             raise value_error(error)
@@ -390,7 +391,7 @@ class Type:
 
     def is_equal(self, other: Type | str) -> bool:
         """Tells whether each type is a subtype of the other; metadata does not count."""
-        return bool(quick.vrntTypeIsEqual(self._handle.address, Type(other)._handle.address))
+        return bool(quick.vrntTypeIsEqual(self._handle, Type(other)._handle))
 
     def __le__(self, other: Type) -> bool:
         return self.is_subtype(other) if isinstance(other, Type) else NotImplemented

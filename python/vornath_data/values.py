@@ -244,8 +244,9 @@ class _Item:
         if type.stripped is root.type and not offset:
             return Value._hold(root._block.share())
         view = _View(type._handle.address, offset)
+        block = root._block
         error = ctypes.c_void_p()
-        address = quick.vrntValueFromView(root._block.address, ctypes.byref(view), ctypes.byref(error))
+        address = quick.vrntValueFromView(block.address, ctypes.byref(view), ctypes.byref(error))
         if error:
             raise value_error(error)
         return Value._own(address)
@@ -414,9 +415,10 @@ class Value(_Item):
         @no_specialize. Raises TypeMismatch."""
         type = type if isinstance(type, Type) else Type(type)
         type._require_concrete()
+        block = self._block
         error = ctypes.c_void_p()
         address = quick.vrntBuildSpecializationParameters(
-            type._handle.address, self._block.address, ctypes.byref(error))
+            type._handle.address, block.address, ctypes.byref(error))
         if error:
             problem = value_error(error)
             raise TypeMismatch(str(problem)) if isinstance(problem, Error) else problem
