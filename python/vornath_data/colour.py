@@ -278,7 +278,30 @@ def srgb(rgb: Sequence[float]) -> tuple[int, int, int]:
     return red, green, blue
 
 
+def plot_spectrum(value: Value | Part, file: Any = None) -> Any:
+    """Returns a matplotlib figure of a sampled spectrum, with wavelengths in nanometres; with a file name,
+    writes it there, too. Without matplotlib, a file that ends in .svg is written by the package itself.
+    Raises TypeMismatch for another encoding."""
+    root, _ = _spectrum_place(value)
+    del root
+    if value["encoding"] != "SPECTRAL":
+        raise TypeMismatch("only a sampled spectrum has a plot")
+    from ._html import figure_of_spectrum, spectrum_svg
+    try:
+        figure = figure_of_spectrum(value)
+    except ImportError:
+        if file is None or not str(file).endswith(".svg"):
+            raise
+        floats = value["spectrum"].numpy()
+        with open(file, "w", encoding="utf-8") as target:
+            target.write(spectrum_svg(floats[:len(floats) // 2 * 2].reshape(-1, 2)))
+        return None
+    if file is not None:
+        figure.savefig(file)
+    return figure
+
+
 __all__ = ["blackbody", "blackbody_rgb", "convert_spectrum", "emission_type", "light_unit_type",
-           "material_parameter_name", "material_parameter_type", "planck", "sample_spectrum", "sampler_name",
+           "material_parameter_name", "material_parameter_type", "planck", "plot_spectrum", "sample_spectrum", "sampler_name",
            "sampler_type", "spectrum", "spectrum_to_rgb", "spectrum_type", "srgb", "texture_type",
            "uv_transformation_type", "wrap_mode_type"]

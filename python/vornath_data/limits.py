@@ -44,13 +44,14 @@ class Outside(NamedTuple):
 
 class Choice(NamedTuple):
     """A constructor of an enum. code: what a value contains. label: its name in the type. name: the name
-    to show. description: its annotation @desc. type: its fields as the text of a struct, or empty."""
+    to show. description: its annotation @desc. fields: those of the constructor as the text of a struct, or
+    empty."""
 
     code: int
     label: str
     name: str
     description: str
-    type: str
+    fields: str
 
 
 def _problem(status: int, error: ctypes.c_void_p) -> BaseException:
@@ -122,7 +123,7 @@ def choices(type: Type | str) -> list[Choice]:
         for code in range(quick.vrtkEnumChoiceCount(found)):
             one = _declarations.vrtkEnumChoice.from_address(quick.vrtkEnumChoiceAt(found, code))
             made.append(Choice(one.code, *(getattr(one, name).decode("utf-8", "replace")
-                                           for name in ("label", "name", "description", "type"))))
+                                           for name in ("label", "name", "description", "fields"))))
         return made
     finally:
         quick.vrtkEnumChoicesDestroy(found)
