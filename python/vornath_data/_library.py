@@ -118,3 +118,11 @@ def _fits(version: str) -> bool:
 
 
 data_path, toolkit_path, long, quick = _start()
+
+
+def undeclared(name: str) -> Any:
+    """Returns a function that holds the interpreter's lock and converts nothing: it takes ctypes objects
+    and numbers of 32 bits, and returns nothing."""
+    function = quick._libraries[name.startswith("vrtk")][name]
+    function.restype = None
+    return function

@@ -16,7 +16,7 @@ from typing import TYPE_CHECKING, Any
 import numpy
 
 from ._layout import _CODES, SCALARS, Encoder, check_number, is_text
-from ._library import quick
+from ._library import quick, undeclared
 from ._status import no_name
 from .catalogue import SCENE_DATA
 from .catalogue import Group as GroupInfo
@@ -30,6 +30,10 @@ if TYPE_CHECKING:
 _get_value = quick.vrdmGetDataValue
 _get_scene_value = quick.vrdmGetSceneDataValue
 _destroy = quick.vrntValueDestroy
+# Without declared arguments and results, whose conversion takes longer than the call. What they are given
+# are void pointers and numbers of 32 bits.
+_set_value = undeclared("vrdmSetDataValue")
+_set_scene_value = undeclared("vrdmSetSceneDataValue")
 
 
 @lru_cache(maxsize=None)
@@ -213,9 +217,9 @@ class GroupRecord(Fields):
         if self._block is None:
             self._buffer = (ctypes.c_char * self._type.size).from_address(address + 48)
             self._block = Block(address)
-            self._store = (partial(quick.vrdmSetSceneDataValue, pointer, group, address)
-                           if number == SCENE_DATA else
-                           partial(quick.vrdmSetDataValue, pointer, number, self._index, group, address))
+            value = ctypes.c_void_p(address)
+            self._store = (partial(_set_scene_value, pointer, group, value) if number == SCENE_DATA else
+                           partial(_set_value, pointer, number, self._index, group, value))
         else:
             ctypes.memmove(self._buffer, address + 48, self._type.size)
             _destroy(address)

@@ -39,6 +39,10 @@ Array = numpy.ndarray[Any, Any]
 
 def live_slots(scene: Scene, number: int) -> Array:
     """Returns the slots of the live objects of a class."""
+    known: Array | None = scene._lists.get(number)
+    if known is not None:
+        return known
+    seen = scene._epoch
     count, error = ctypes.c_uint64(), ctypes.c_void_p()
     with scene._exclusive(change=False) as pointer:
         slots = numpy.empty(quick.vrdmContainerSize(pointer, number), "<i4")
@@ -46,7 +50,10 @@ def live_slots(scene: Scene, number: int) -> Array:
                                           ctypes.byref(count), ctypes.byref(error))
     if status:
         raise toolkit_error(status, error)
-    return slots[:count.value]
+    slots = slots[:count.value]
+    if scene._epoch == seen:
+        scene._lists[number] = slots
+    return slots
 
 
 def _find(entry: Class, group: str, field: str | None) -> tuple[Group, Type, int]:
@@ -114,7 +121,7 @@ def set_column(scene: Scene, entry: Class, group: str, field: str | None, values
     where = f"{entry.name}/{info.name}" + (f"/{field}" if field else "")
     raw = _bytes_of(type, values, len(chosen), where)
     error = ctypes.c_void_p()
-    with scene._exclusive() as pointer:
+    with scene._exclusive(fields=True) as pointer:
         status = long.vrtkSceneColumnSet(pointer, entry.number, info.index, offset, type.size,
                                          chosen.ctypes.data, len(chosen), raw.ctypes.data, 0,
                                          ctypes.byref(error))

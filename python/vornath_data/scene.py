@@ -703,11 +703,12 @@ class Objects(Generic[T]):
 class _Exclusive:
     """Takes the scene for itself as long as it is open: another use raises ConcurrentUseError."""
 
-    __slots__ = ("_change", "_epoch", "_pointer", "_scene")
+    __slots__ = ("_change", "_epoch", "_fields", "_pointer", "_scene")
 
-    def __init__(self, scene: Scene, change: bool) -> None:
+    def __init__(self, scene: Scene, change: bool, fields: bool) -> None:
         self._scene = scene
         self._change = change
+        self._fields = fields
 
     def __enter__(self) -> Any:
         scene = self._scene
@@ -725,6 +726,8 @@ class _Exclusive:
     def __exit__(self, *arguments: object) -> None:
         scene = self._scene
         scene._user = None
+        if self._change and not self._fields:
+            scene._lists.clear()
         scene._epoch = self._epoch + 1 if self._change else self._epoch
         scene._pointer = self._pointer
 
@@ -737,7 +740,7 @@ class Scene:
     classes are attributes: scene.Camera, scene.Shape, ...
     """
 
-    __slots__ = ("__weakref__", "_epoch", "_groups", "_handle", "_pid", "_pointer", "_removals", "_user")
+    __slots__ = ("__weakref__", "_epoch", "_groups", "_handle", "_lists", "_pid", "_pointer", "_removals", "_user")
 
     def __init__(self) -> None:
         address = quick.vrdmCreateScene()
@@ -752,6 +755,7 @@ class Scene:
         self._user: int | None = None
         self._removals: dict[tuple[int, int], int] = {}
         self._groups: dict[int, GroupRecord] = {}
+        self._lists: dict[int, Any] = {}  # the live slots of classes, until objects are added or removed
         self._pid = os.getpid()
 
     @classmethod
@@ -812,8 +816,9 @@ class Scene:
             self._refuse()
         return function(pointer, *arguments)
 
-    def _exclusive(self, change: bool = True) -> _Exclusive:
-        return _Exclusive(self, change)
+    def _exclusive(self, change: bool = True, fields: bool = False) -> _Exclusive:
+        """Takes the scene for a change, for a change of fields alone, or for reading."""
+        return _Exclusive(self, change, fields)
 
     def _check(self, number: int, index: int, born: int) -> None:
         """Raises NoSuchObject for an object that is not in the scene any more."""

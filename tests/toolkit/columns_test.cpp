@@ -1,5 +1,6 @@
 // Columns: one part of one group of many objects.
 #include <cstring>
+#include <utility>
 
 #include "toolkit/support.hpp"
 
@@ -108,6 +109,34 @@ TEST(vrtkSceneColumnSet, WritesAWholeGroup) {
   float read[5] = {};
   ASSERT_EQ(get(scene, 0, kGeneralSize, {2}, read), VRTK_OK);
   EXPECT_EQ(std::memcmp(whole, read, sizeof whole), 0);
+}
+
+TEST(vrtkSceneColumnSet, CountsTheChangesOfEachObjectGroupClassAndScene) {
+  const SceneHandle one = camerasWithAGap();
+  const SceneHandle other = camerasWithAGap();
+  const float written[] = {0.25F, 0.5F};
+  ASSERT_EQ(set(one, kShutterOpen, 4, {0, 3}, written), VRTK_OK);
+  for (int i = 0; i < 2; ++i) {
+    const std::int32_t slot = i == 0 ? 0 : 3;
+    vrntValue_t* value = vrdmGetDataValue(other.get(), VRDM_CLASS_CAMERA, slot, kGeneral);
+    vrntValuesError_t* error = nullptr;
+    vrntValueWrite(&value, kShutterOpen, &written[i], 4, &error);
+    ASSERT_EQ(error, nullptr);
+    vrdmSetDataValue(other.get(), VRDM_CLASS_CAMERA, slot, kGeneral, value);
+    vrntValueDestroy(value);
+  }
+  using vrnt::data::CameraDesc;
+  const auto& a = std::as_const(*one).container<CameraDesc>();
+  const auto& b = std::as_const(*other).container<CameraDesc>();
+  for (const std::int32_t slot : {0, 2, 3}) {
+    EXPECT_EQ(a.at(slot).version, b.at(slot).version) << slot;
+    EXPECT_EQ(a.at(slot).groupVersions, b.at(slot).groupVersions) << slot;
+  }
+  EXPECT_EQ(one->versions.version, other->versions.version);
+  EXPECT_EQ(one->versions.classes, other->versions.classes);
+  for (const std::int32_t slot : {0, 2, 3}) {
+    EXPECT_EQ(fieldOf(one, slot, kShutterOpen), fieldOf(other, slot, kShutterOpen)) << slot;
+  }
 }
 
 TEST(vrtkSceneColumnSet, TakesTheLastPartOfASlotThatOccursTwice) {

@@ -2,31 +2,21 @@
 #include <fmt/format.h>
 
 #include <cstring>
-#include <memory>
-#include <new>
-#include <vector>
+#include <string>
+#include <type_traits>
+#include <utility>
 
 #include "foundation/failure.hpp"
 #include "vornath_data/catalogue.h"
-#include "vornath_data/types.h"
-#include "vornath_data/values.h"
+#include "vornath_data/scene.hpp"
 #include "vornath_toolkit/vrtk_columns.h"
 
 namespace {
 
+using vrnt::data::kGroupCount;
 using vrtk::Failure;
 using vrtk::guarded;
 using vrtk::requireArgument;
-
-struct TypeDeleter {
-  void operator()(vrntType_t* type) const { vrntTypeDestroy(type); }
-};
-using TypeHandle = std::unique_ptr<vrntType_t, TypeDeleter>;
-
-struct ValueDeleter {
-  void operator()(vrntValue_t* value) const { vrntValueDestroy(value); }
-};
-using ValueHandle = std::unique_ptr<vrntValue_t, ValueDeleter>;
 
 [[noreturn]] void refuse(std::string message) {
   throw Failure(VRTK_INVALID_ARGUMENT, std::move(message));
@@ -43,11 +33,13 @@ struct Part {
   std::uint64_t count;
   const void* bytes;
   std::uint64_t stride;
-  TypeHandle type = nullptr;  // Kept, so that the library does not parse it for each object.
+  const char* function;
+  // Where the record of the group is in the records of all groups of an object.
+  std::uint64_t groupOffset = 0;
   std::uint64_t groupSize = 0;
 
-  // Throws VRTK_INVALID_ARGUMENT for a part that is not in the scene.
-  void check(const char* function) {
+  // Throws VRTK_INVALID_ARGUMENT for a part that is not in the class.
+  void check() {
     requireArgument(scene, function, "scene");
     if (count != 0) {
       requireArgument(slots, function, "slots");
@@ -56,8 +48,18 @@ struct Part {
     if (objectClass >= vrdmObjectTypeCount() || group >= vrdmFieldCount(objectClass)) {
       refuse(fmt::format("{}: the class {} has no group {}", function, objectClass, group));
     }
-    type.reset(vrdmFieldType(objectClass, group));
-    groupSize = vrntTypeSize(type.get());
+    vrnt::data::visitClass(
+        objectClass,
+        [this](auto tag) {
+          using Desc = typename decltype(tag)::Desc;
+          vrnt::data::forEachGroup<Desc>([this](const auto& found, auto position) {
+            if (position != group) return;
+            groupOffset = found.offset;
+            groupSize = sizeof(typename std::decay_t<decltype(found)>::Record);
+          });
+          return true;
+        },
+        [] { return false; });
     if (offset > groupSize || size > groupSize - offset) {
       refuse(fmt::format("{}: {} bytes at {} are not inside of the group's {} bytes", function,
                          size, offset, groupSize));
@@ -67,24 +69,34 @@ struct Part {
       refuse(fmt::format("{}: the stride {} is smaller than the part's {} bytes", function, stride,
                          size));
     }
-    for (std::uint64_t i = 0; i < count; ++i) {
-      if (slots[i] < 0 || !vrdmValid(scene, objectClass, slots[i])) {
-        refuse(fmt::format("{}: there is no live {} in slot {}", function,
-                           vrdmObjectName(objectClass), slots[i]));
-      }
-    }
   }
 
-  ValueHandle valueOf(std::int32_t slot) const {
-    return ValueHandle(vrdmGetDataValue(scene, objectClass, slot, group));
+  // Calls `work` with the position in the column and the object, for each object. Throws
+  // VRTK_INVALID_ARGUMENT at a slot without a live object.
+  template <typename Work>
+  void forEachObject(Work&& work) const {
+    vrnt::data::visitClass(
+        objectClass,
+        [&](auto tag) {
+          using Desc = typename decltype(tag)::Desc;
+          if constexpr (kGroupCount<Desc> != 0) {
+            const auto& objects = scene->container<Desc>();
+            for (std::uint64_t i = 0; i < count; ++i) {
+              if (!objects.valid(slots[i])) {
+                refuse(fmt::format("{}: there is no live {} in slot {}", function,
+                                   vrdmObjectName(objectClass), slots[i]));
+              }
+              work(i, objects.at(slots[i]));
+            }
+          }
+          return true;
+        },
+        [] { return false; });
   }
 
-  bool isWhole() const { return size == groupSize; }
+  // The place of the part in an object, in bytes from the start of its groups.
+  std::uint64_t place() const { return groupOffset + offset; }
 };
-
-const char* bytesAt(const ValueHandle& value, std::uint64_t offset) {
-  return static_cast<const char*>(vrntValueData(value.get())) + offset;
-}
 
 }  // namespace
 
@@ -95,17 +107,22 @@ std::uint32_t vrtkSceneLiveSlots(const vrdmScene_t* scene, std::uint32_t objectC
     requireArgument(scene, "vrtkSceneLiveSlots", "scene");
     requireArgument(count, "vrtkSceneLiveSlots", "count");
     if (capacity != 0) requireArgument(slots, "vrtkSceneLiveSlots", "slots");
-    if (objectClass >= vrdmObjectTypeCount()) {
-      refuse(fmt::format("vrtkSceneLiveSlots: there is no class {}", objectClass));
-    }
-    const auto end = static_cast<std::int32_t>(vrdmContainerSize(scene, objectClass));
-    std::uint64_t found = 0;
-    for (std::int32_t slot = 0; slot < end; ++slot) {
-      if (!vrdmValid(scene, objectClass, slot)) continue;
-      if (found < capacity) slots[found] = slot;
-      ++found;
-    }
-    *count = found;
+    const bool known = vrnt::data::visitClass(
+        objectClass,
+        [&](auto tag) {
+          const auto& objects = scene->container<typename decltype(tag)::Desc>();
+          const auto end = static_cast<std::int32_t>(objects.size());
+          std::uint64_t found = 0;
+          for (std::int32_t slot = 0; slot < end; ++slot) {
+            if (!objects.at(slot).live()) continue;
+            if (found < capacity) slots[found] = slot;
+            ++found;
+          }
+          *count = found;
+          return true;
+        },
+        [] { return false; });
+    if (!known) refuse(fmt::format("vrtkSceneLiveSlots: there is no class {}", objectClass));
   });
 }
 
@@ -114,13 +131,14 @@ std::uint32_t vrtkSceneColumnGet(const vrdmScene_t* scene, std::uint32_t objectC
                                  const std::int32_t* slots, std::uint64_t count, void* bytes,
                                  std::uint64_t stride, vrtkError** error) {
   return guarded(error, [&] {
-    Part part{scene, objectClass, group, offset, size, slots, count, bytes, stride};
-    part.check("vrtkSceneColumnGet");
-    char* target = static_cast<char*>(bytes);
-    for (std::uint64_t i = 0; i < count; ++i, target += part.stride) {
-      const ValueHandle value = part.valueOf(slots[i]);
-      std::memcpy(target, bytesAt(value, offset), size);
-    }
+    Part part{scene, objectClass, group, offset, size,
+              slots, count,       bytes, stride, "vrtkSceneColumnGet"};
+    part.check();
+    char* const target = static_cast<char*>(bytes);
+    part.forEachObject([&](std::uint64_t i, const auto& object) {
+      std::memcpy(target + i * part.stride,
+                  reinterpret_cast<const char*>(&object.desc.groups) + part.place(), size);
+    });
   });
 }
 
@@ -129,33 +147,22 @@ std::uint32_t vrtkSceneColumnSet(vrdmScene_t* scene, std::uint32_t objectClass, 
                                  const std::int32_t* slots, std::uint64_t count, const void* bytes,
                                  std::uint64_t stride, vrtkError** error) {
   return guarded(error, [&] {
-    Part part{scene, objectClass, group, offset, size, slots, count, bytes, stride};
-    part.check("vrtkSceneColumnSet");
+    Part part{scene, objectClass, group, offset, size,
+              slots, count,       bytes, stride, "vrtkSceneColumnSet"};
+    part.check();
     if (count == 0) return;
-    const char* source = static_cast<const char*>(bytes);
-    // One value carries all groups. It has one reference, so that mapping it allocates nothing, and
-    // after the groups are read nothing can fail.
-    std::vector<char> before;
-    ValueHandle first = part.valueOf(slots[0]);
-    if (!part.isWhole()) {
-      before.resize(count * part.groupSize);
-      for (std::uint64_t i = 0; i < count; ++i) {
-        const ValueHandle value = part.valueOf(slots[i]);
-        std::memcpy(before.data() + i * part.groupSize, bytesAt(value, 0), part.groupSize);
-      }
-    }
-    vrntValue_t* carrier = first.release();
-    const vrntValueView_t whole{vrntValueType(carrier), 0};
-    for (std::uint64_t i = 0; i < count; ++i, source += part.stride) {
-      vrntValuesError_t* problem = nullptr;
-      char* const target = static_cast<char*>(vrntValueMap(&carrier, &whole, &problem));
-      if (!part.isWhole()) {
-        std::memcpy(target, before.data() + i * part.groupSize, part.groupSize);
-      }
-      std::memcpy(target + offset, source, size);
-      vrntValueUnmap(carrier, &whole);
-      vrdmSetDataValue(scene, objectClass, slots[i], group, carrier);
-    }
-    vrntValueDestroy(carrier);
+    part.forEachObject([](std::uint64_t, const auto&) {});  // Refuses before anything is written.
+    const char* const source = static_cast<const char*>(bytes);
+    part.forEachObject([&](std::uint64_t i, const auto& found) {
+      // The container was taken for reading, since the scene counts references anew on each call
+      // once it was taken for writing. A group has no references.
+      auto& object = const_cast<std::decay_t<decltype(found)>&>(found);
+      std::memcpy(reinterpret_cast<char*>(&object.desc.groups) + part.place(),
+                  source + i * part.stride, size);
+      ++object.groupVersions[group];
+      ++object.version;
+    });
+    scene->versions.classes[objectClass] += static_cast<std::uint32_t>(count);
+    scene->versions.version += static_cast<std::uint32_t>(count);
   });
 }
