@@ -46,8 +46,9 @@ class Message:
         return f"{self.severity} {self.code}{place}: {self.message}"
 
     def __eq__(self, other: object) -> bool:
-        return (all(getattr(self, name) == getattr(other, name) for name in self.__slots__)
-                if isinstance(other, Message) else NotImplemented)
+        if not isinstance(other, Message):
+            return NotImplemented
+        return all(getattr(self, name) == getattr(other, name) for name in self.__slots__)
 
     def __hash__(self) -> int:
         return hash((self.code, self.address, self.message))

@@ -5,7 +5,8 @@ from __future__ import annotations
 import ctypes
 import math
 import struct
-from collections.abc import Callable, Mapping, Sequence
+from collections.abc import Callable, Mapping
+from functools import partial
 from typing import TYPE_CHECKING, Any, NoReturn
 
 import numpy
@@ -15,6 +16,8 @@ from .errors import OutOfRange, TypeMismatch
 
 if TYPE_CHECKING:
     from .types import Type
+
+Array = numpy.ndarray[Any, Any]
 
 _CODES = {"char": "B", "half": "e", "bool": "i", "int": "i", "float": "f", "enum": "i"}
 _DTYPES = {"char": "u1", "half": "<f2", "bool": "<i4", "int": "<i4", "float": "<f4", "enum": "<i4"}
@@ -437,8 +440,9 @@ class Encoder:
             return False
         if array.shape != shape:
             refuse(type, array, path)
-        target = numpy.ndarray(shape, base, self.buffer, offset, strides)
-        store_numbers(target, array, type_leaf(type), path, lambda: refuse(type, array, path))
+        target: Array = numpy.ndarray(shape, base, self.buffer, offset, strides)
+        store_numbers(target, array, type_leaf(type), path,
+                      partial(refuse, type, array, path))
         return True
 
     def put_reference(self, type: Type, offset: int, thing: Any, path: str) -> None:
@@ -550,7 +554,7 @@ def write_block(block: Any, offset: int, data: bytes | bytearray) -> Any:
         return block
     handle.value = quick.vrntValueCopy(block.address)
     write(reference, offset, source, size, place)
-    made = Block(handle.value)
+    made = Block(handle.value or 0)
     if error:
         raise value_error(error)
     return made

@@ -71,6 +71,7 @@ class Functions:
         self._libraries = libraries
 
     def __getattr__(self, name: str) -> Any:
+        arguments: Any
         try:
             result, arguments = _declarations.FUNCTIONS[name]
         except KeyError:

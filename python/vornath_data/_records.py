@@ -15,7 +15,7 @@ from typing import TYPE_CHECKING, Any
 
 import numpy
 
-from ._layout import _CODES, SCALARS, Encoder, check_number, is_text
+from ._layout import _CODES, SCALARS, Array, Encoder, check_number, is_text
 from ._library import quick, undeclared
 from ._status import no_name
 from .catalogue import SCENE_DATA
@@ -60,10 +60,11 @@ class Fields(MutableMapping[str, Any]):
     _offset: int
     _group: GroupRecord
 
-    def __getattr__(self, name: str) -> Any:
-        if name.startswith("__"):
-            raise AttributeError(name)
-        no_name(f"{self._where()} has no field", name, self._type.fields)
+    if not TYPE_CHECKING:  # so that a type checker sees what is misspelt
+        def __getattr__(self, name: str) -> Any:
+            if name.startswith("__"):
+                raise AttributeError(name)
+            no_name(f"{self._where()} has no field", name, self._type.fields)
 
     def _where(self) -> str:
         return self._group._name()
@@ -128,11 +129,11 @@ class Fields(MutableMapping[str, Any]):
         """Returns a copy as a Value."""
         return self._group._value(self._type, self._offset)
 
-    def numpy(self) -> numpy.ndarray[Any, Any]:
+    def numpy(self) -> Array:
         """Returns a read-only NumPy array of a copy of the bytes: structured as Type.dtype says."""
         return self.value().numpy()
 
-    def __array__(self, dtype: Any = None, copy: bool | None = None) -> numpy.ndarray[Any, Any]:
+    def __array__(self, dtype: Any = None, copy: bool | None = None) -> Array:
         from .columns import plain
         array = plain(self.value())
         return array if dtype is None else array.astype(dtype)
@@ -145,7 +146,9 @@ class Fields(MutableMapping[str, Any]):
     def __eq__(self, other: object) -> bool:
         if isinstance(other, Fields):
             other = other.to_dict()
-        return self.to_dict() == other if isinstance(other, dict) else NotImplemented
+        if not isinstance(other, dict):
+            return NotImplemented
+        return self.to_dict() == other
 
     __hash__ = None  # type: ignore[assignment]
 
@@ -330,14 +333,16 @@ class Elements(Sequence[Any]):
             group._refresh()
         return list(self._type._layout.decode(group._buffer, self._offset, None))
 
-    def __array__(self, dtype: Any = None, copy: bool | None = None) -> numpy.ndarray[Any, Any]:
+    def __array__(self, dtype: Any = None, copy: bool | None = None) -> Array:
         array = self._group._value(self._type, self._offset).numpy()
         return array if dtype is None else array.astype(dtype)
 
     def __eq__(self, other: object) -> bool:
         if isinstance(other, Elements):
             return self.to_list() == other.to_list()
-        return self.to_list() == list(other) if isinstance(other, (list, tuple)) else NotImplemented
+        if not isinstance(other, (list, tuple)):
+            return NotImplemented
+        return self.to_list() == list(other)
 
     __hash__ = None  # type: ignore[assignment]
 

@@ -183,7 +183,9 @@ class Difference:
         return f"{self.address}: {self.kind}" + (f" {text}" if text is not None else "")
 
     def __eq__(self, other: object) -> bool:
-        return repr(self) == repr(other) if isinstance(other, Difference) else NotImplemented
+        if not isinstance(other, Difference):
+            return NotImplemented
+        return repr(self) == repr(other)
 
     def __hash__(self) -> int:
         return hash(repr(self))
@@ -331,7 +333,7 @@ def dump(scene: Scene) -> str:
     """Returns the library's own print-out."""
     pieces: list[bytes] = []
 
-    @_declarations.vrtkWriteFunction
+    @_declarations.vrtkWriteFunction  # type: ignore[misc]
     def write(address: int, size: int, context: object) -> int:
         pieces.append(ctypes.string_at(address, size))
         return 0

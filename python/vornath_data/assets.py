@@ -50,7 +50,7 @@ _kept: dict[int, Any] = {}
 _ended = False
 
 
-@_RELEASE
+@_RELEASE  # type: ignore[misc]
 def _release(address: int) -> None:
     """Frees a block. The library calls this on whatever thread releases the last reference."""
     owner = _kept.pop(address, None)
@@ -133,7 +133,7 @@ class Asset(SceneObject):
     def desc(self) -> dict[str, int]:
         """The record, by the names of its members."""
         desc = self._read()[0]
-        return {name: getattr(desc, name) for name, _ in desc._fields_}  # type: ignore[misc]
+        return {name: getattr(desc, name) for name, _ in desc._fields_}
 
     @property
     def nbytes(self) -> int:
@@ -607,7 +607,7 @@ class Texture(Asset):
             step = math.prod(shape) * kind.itemsize
             if offset + step > size:
                 raise TypeMismatch(f"the texture has {size} bytes, fewer than its record asks for")
-            array = numpy.ndarray(shape, kind, raw, offset)
+            array: Array = numpy.ndarray(shape, kind, raw, offset)
             found.append(array[0] if desc.depth == 1 else array)
             offset += step
         return tuple(found)

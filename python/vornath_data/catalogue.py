@@ -107,6 +107,9 @@ class Class:
     """
 
     __slots__ = ("groups", "has_value", "kind", "name", "number", "slots")
+    name: str
+    kind: str
+    number: int
 
     def __init__(self, number: int) -> None:
         self.number = number

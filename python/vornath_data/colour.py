@@ -125,11 +125,13 @@ def spectrum(samples: Any, *, step: float | None = None) -> Value:
     the one before it.
     """
     value = spectrum_type().default()
-    if isinstance(samples, (int, float)) and not isinstance(samples, bool):
+    if isinstance(samples, bool):
+        raise TypeMismatch("a spectrum is a number, three numbers or pairs, and not a bool")
+    if isinstance(samples, (int, float)):
         value.update(encoding="LUMINANCE", spectrum=[float(samples)])
         return value
     if isinstance(samples, numpy.ndarray):
-        plain = samples.ndim == 1 and len(samples) == 3
+        plain = bool(samples.ndim == 1 and len(samples) == 3)
     else:
         samples = samples if isinstance(samples, dict) else list(samples)
         plain = len(samples) == 3 and all(isinstance(one, (int, float)) for one in samples)
@@ -272,7 +274,7 @@ def srgb(rgb: Sequence[float]) -> tuple[int, int, int]:
     def encode(linear: float) -> int:
         if not linear > 0:
             return 0
-        curve = 12.92 * linear if linear <= 0.0031308 else 1.055 * linear ** (1 / 2.4) - 0.055
+        curve = 12.92 * linear if linear <= 0.0031308 else 1.055 * math.pow(linear, 1 / 2.4) - 0.055
         return min(255, round(255 * curve))
     red, green, blue = (encode(float(one)) for one in rgb)
     return red, green, blue

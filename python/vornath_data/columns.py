@@ -19,7 +19,8 @@ structured, as Type.dtype says.
 from __future__ import annotations
 
 import ctypes
-from typing import TYPE_CHECKING, Any
+from functools import partial
+from typing import TYPE_CHECKING, Any, NoReturn
 
 import numpy
 
@@ -75,7 +76,8 @@ def _shape(type: Type, raw: Array) -> Array:
         rows = _rows(type)
         lane = next(iter(type.fields.values())).type if rows else None
         if rows is None or lane is None or type.size != rows[0] * lane.size:
-            return raw.view(dtype_of(type)).reshape(count) if count else numpy.empty(0, dtype_of(type))
+            whole: Array = numpy.ndarray((count,), dtype_of(type), raw)
+            return whole
         _, _, base = _array_form(lane)
         return numpy.ndarray((count, *rows), base, raw, 0,
                              (type.size, lane.size, base.itemsize))
@@ -88,7 +90,8 @@ def _shape(type: Type, raw: Array) -> Array:
 def plain(value: Value) -> Array:
     """Returns an array over one value in the form that it has in a column, without the first dimension."""
     raw = numpy.frombuffer(ctypes.string_at(value._block.address + 48, value.type.size), "u1")
-    return _shape(value.type, raw.reshape(1, -1))[0]
+    found: Array = _shape(value.type, raw.reshape(1, -1))[0]
+    return found
 
 
 def _slots_of(scene: Scene, entry: Class, slots: Any) -> Array:
@@ -111,7 +114,10 @@ def get_column(scene: Scene, entry: Class, group: str, field: str | None, slots:
     if status:
         raise toolkit_error(status, error)
     array = _shape(type, raw)
-    return array != 0 if array.dtype.names is None and type_leaf(type) == "bool" else array
+    if array.dtype.names is None and type_leaf(type) == "bool":
+        flags: Array = array != 0
+        return flags
+    return array
 
 
 def set_column(scene: Scene, entry: Class, group: str, field: str | None, values: Any, slots: Any) -> None:
@@ -159,11 +165,11 @@ def _bytes_of(type: Type, values: Any, count: int, where: str) -> Array:
     leaf = kind if kind != "struct" else next(iter(type.fields.values())).type.base
     if array.dtype.kind == "O":
         raise TypeMismatch(f"{where}: an array of numbers is expected")
-    store_numbers(target, array, leaf, where, lambda: _fail(type, array, where))
+    store_numbers(target, array, leaf, where, partial(_fail, type, array, where))
     return raw
 
 
-def _fail(type: Type, array: Array, where: str) -> Any:
+def _fail(type: Type, array: Array, where: str) -> NoReturn:
     raise TypeMismatch(f"{where}: the {type.stripped.text} does not take the dtype {array.dtype}")
 
 

@@ -20,6 +20,7 @@ from typing import TYPE_CHECKING, Any, Generic, NoReturn, TypeVar
 
 from . import _declarations
 from ._library import long, quick
+from ._objects import SceneClasses
 from ._records import GroupRecord, group_class
 from ._status import no_name, toolkit_error
 from .catalogue import SCENE_DATA, Class, Slot, catalogue, snake_case
@@ -171,7 +172,7 @@ class Program(SceneObject):
     @property
     def text(self) -> str:
         """The text. It does not change; add another program instead."""
-        text: bytes = self._call(quick.vrdmGetProgramSource)
+        text: bytes = self._call(quick.vrdmGetProgramSource)  # a copy
         return text.decode("utf-8", "surrogateescape")
 
     @property
@@ -238,10 +239,11 @@ class Instance(SceneObject):
         else:
             no_name(f"a {self._class.name} has no", name, self._attributes)
 
-    def __getattr__(self, name: str) -> Any:
-        if name[0] == "_":
-            raise AttributeError(name)
-        no_name(f"a {self._class.name} has no", name, self._attributes)
+    if not TYPE_CHECKING:  # so that a type checker sees what is misspelt
+        def __getattr__(self, name: str) -> Any:
+            if name[0] == "_":
+                raise AttributeError(name)
+            no_name(f"a {self._class.name} has no", name, self._attributes)
 
     def _describe(self) -> str:
         parts = []
@@ -488,8 +490,10 @@ class ReferenceList(MutableSequence[Any]):
 
     def __setitem__(self, index: Any, thing: Any) -> None:
         words = self.words()
-        words[index] = ([self._encode(one) for one in thing] if isinstance(index, slice)
-                        else self._encode(thing))
+        if isinstance(index, slice):
+            words[index] = [self._encode(one) for one in thing]
+        else:
+            words[index] = self._encode(thing)
         self._store(words)
 
     def __delitem__(self, index: Any) -> None:
@@ -515,8 +519,9 @@ class ReferenceList(MutableSequence[Any]):
         return int(self._object._call(quick.vrdmGetReferenceCount, self._slot.index))
 
     def __eq__(self, other: object) -> bool:
-        return list(self) == list(other) if isinstance(other, (ReferenceList, list, tuple)) else (
-            NotImplemented)
+        if not isinstance(other, (ReferenceList, list, tuple)):
+            return NotImplemented
+        return list(self) == list(other)
 
     __hash__ = None  # type: ignore[assignment]
 
@@ -541,10 +546,21 @@ def _group_property(index: int, doc: str) -> property:
 def _slot_property(slot: Slot) -> property:
     doc = f"The reference slot {slot.name!r}: {slot.kind}, {slot.target}."
     if slot.single:
-        return property(lambda self: self._get_single(slot),
-                        lambda self, thing: self._set_single(slot, thing), doc=doc)
-    return property(lambda self: self._get_list(slot),
-                    lambda self, things: self._get_list(slot).assign(things), doc=doc)
+        def read(self: Instance) -> SceneObject | None:
+            return self._get_single(slot)
+
+        def write(self: Instance, thing: Any) -> None:
+            self._set_single(slot, thing)
+
+        return property(read, write, doc=doc)
+
+    def read_list(self: Instance) -> ReferenceList:
+        return self._get_list(slot)
+
+    def write_list(self: Instance, things: Iterable[Any]) -> None:
+        self._get_list(slot).assign(things)
+
+    return property(read_list, write_list, doc=doc)
 
 
 @lru_cache(maxsize=None)
@@ -568,7 +584,7 @@ def object_class(name: str) -> type[Any]:
         attributes[slot.attribute] = "slot"
     if entry.has_value:
         names["value"] = property(
-            lambda self: self._get_value(), lambda self, thing: self._set_value(thing),
+            Instance._get_value, Instance._set_value,
             doc="The parameters of the program: a Value that shares its bytes with the scene, or None. "
                 "Changing it does not change the scene; assign it again.")
         attributes["value"] = "value"
@@ -732,7 +748,7 @@ class _Exclusive:
         scene._pointer = self._pointer
 
 
-class Scene:
+class Scene(SceneClasses):
     """A scene. `Scene()` is empty; Scene.open() reads a file. Close it with close() or a with block, or let
     Python do so when nothing refers to it any more.
 
@@ -873,13 +889,14 @@ class Scene:
             raise TypeError(f"a scene is indexed by the name of a class, not by {name!r}")
         return Objects(self, catalogue().classes[name])
 
-    def __getattr__(self, name: str) -> Any:
-        classes = catalogue().classes
-        if name in classes:
-            return Objects(self, classes[name])
-        if name[0] == "_":
-            raise AttributeError(name)
-        no_name("a scene has no", name, [*classes, *object.__dir__(self)])
+    if not TYPE_CHECKING:  # so that a type checker sees what is misspelt
+        def __getattr__(self, name: str) -> Any:
+            classes = catalogue().classes
+            if name in classes:
+                return Objects(self, classes[name])
+            if name[0] == "_":
+                raise AttributeError(name)
+            no_name("a scene has no", name, [*classes, *object.__dir__(self)])
 
     @property
     def groups(self) -> SceneGroups:
@@ -1090,12 +1107,13 @@ class SceneGroups(Mapping[str, GroupRecord]):
     scene.groups.raytracer.ray_epsilon."""
 
     __slots__ = ("_scene",)
+    _scene: Scene
 
     def __init__(self, scene: Scene) -> None:
         object.__setattr__(self, "_scene", scene)
 
     def _find(self, name: str) -> GroupRecord:
-        scene: Scene = self._scene
+        scene: Scene = object.__getattribute__(self, "_scene")
         for info in catalogue().scene.groups.values():
             if name in (info.name, info.attribute):
                 found = scene._groups.get(info.index)

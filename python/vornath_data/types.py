@@ -13,8 +13,8 @@ from __future__ import annotations
 
 import ctypes
 import weakref
-from collections.abc import Iterator, Mapping
-from typing import TYPE_CHECKING, Any
+from collections.abc import Callable, Iterator, Mapping
+from typing import TYPE_CHECKING, Any, TypeVar
 
 from ._library import long, quick
 from ._status import no_name, take_string, value_error
@@ -28,6 +28,7 @@ if TYPE_CHECKING:
 
 _SCALARS = ("char", "half", "bool", "int", "float")
 _NOT_CONCRETE = 2**64 - 1
+_T = TypeVar("_T")
 
 
 class _TypeHandle:
@@ -219,14 +220,16 @@ class Type:
     @property
     def text(self) -> str:
         """The canonical text. Type(text) is this type again."""
-        return self._kept("text", lambda: quick.vrntTypeString(
-            self._handle.address).decode("utf-8", "replace"))
+        return self._kept("text", lambda: str(quick.vrntTypeString(
+            self._handle.address).decode("utf-8", "replace")))
 
-    def _kept(self, name: str, make: Any) -> Any:
+    def _kept(self, name: str, make: Callable[[], _T]) -> _T:
+        """Returns what was made for the type under a name, and makes it the first time."""
         try:
-            return self._cache[name]
+            found: _T = self._cache[name]
         except KeyError:
-            return self._cache.setdefault(name, make())
+            found = self._cache.setdefault(name, make())
+        return found
 
     @property
     def kind(self) -> str:

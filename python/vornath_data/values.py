@@ -16,17 +16,14 @@ import ctypes
 import math
 from collections.abc import Iterator
 from contextlib import contextmanager
-from typing import TYPE_CHECKING, Any, SupportsIndex
+from typing import Any, SupportsIndex
 
 from . import _declarations
-from ._layout import SCALARS, Encoder, array_of, write_block
+from ._layout import SCALARS, Array, Encoder, array_of, write_block
 from ._library import long, quick
 from ._status import no_name, take_string, value_error
 from .errors import Error, ParseError, TypeMismatch
 from .types import Type
-
-if TYPE_CHECKING:
-    import numpy
 
 _HEADER = 48  # bytes before the first byte of a value
 _View = _declarations.vrntValueView_t
@@ -179,7 +176,7 @@ class _Item:
         buffer = (ctypes.c_char * root.type.size).from_address(block.address + _HEADER)
         return type._layout.decode(buffer, offset, lambda at, kind: _follow(block, kind, at))
 
-    def numpy(self) -> numpy.ndarray[Any, Any]:
+    def numpy(self) -> Array:
         """Returns a read-only NumPy array over the bytes, without a copy: of numbers for a scalar, a
         vector or an array of them, else structured as Type.dtype says. It shows the value as it is now,
         also after the value is changed or deleted. edit() returns one to write to."""
@@ -187,12 +184,12 @@ class _Item:
         block = root._block.share()
         return array_of(type, block, block.address + _HEADER, offset)
 
-    def __array__(self, dtype: Any = None, copy: bool | None = None) -> numpy.ndarray[Any, Any]:
+    def __array__(self, dtype: Any = None, copy: bool | None = None) -> Array:
         array = self.numpy()
         return array if dtype is None or dtype == array.dtype else array.astype(dtype)
 
     @contextmanager
-    def edit(self) -> Iterator[numpy.ndarray[Any, Any]]:
+    def edit(self) -> Iterator[Array]:
         """Gives a NumPy array to write to, and writes what it contains at the end of the block, unless
         that ends with an exception.
 
@@ -214,7 +211,7 @@ class _Item:
         buffer = bytearray(ctypes.string_at(start, type.size))
         view = array_of(type, buffer, ctypes.addressof((ctypes.c_char * max(len(buffer), 1)).from_buffer(
             buffer if buffer else bytearray(1))))
-        array = numpy.ndarray(view.shape, view.dtype, buffer, 0, view.strides)
+        array: Array = numpy.ndarray(view.shape, view.dtype, buffer, 0, view.strides)
         yield array
         root._block = write_block(old, offset, buffer)
 
@@ -429,7 +426,7 @@ class Value(_Item):
         writes it. from_bytes() reads it."""
         pieces: list[bytes] = []
 
-        @_declarations.vrntWriteFn
+        @_declarations.vrntWriteFn  # type: ignore[misc]
         def write(address: int, size: int, user: object) -> None:
             pieces.append(ctypes.string_at(address, size))
 

@@ -1,0 +1,98 @@
+"""What a worker of Dask does: it keeps a process that runs the files, and notices when that hangs or ends."""
+from __future__ import annotations
+
+import os
+import pickle
+import selectors
+import signal
+import subprocess
+import sys
+import threading
+import time
+from typing import Any
+
+from ._operations import LENGTH
+
+class _Process:
+    """The process of a worker that runs the files."""
+
+    def __init__(self) -> None:
+        self._child: subprocess.Popen[bytes] | None = None
+        self._data = bytearray()
+
+    def _start(self) -> subprocess.Popen[bytes]:
+        folder = os.path.dirname(os.path.dirname(os.path.abspath(__file__)))
+        paths = [folder, *filter(None, os.environ.get("PYTHONPATH", "").split(os.pathsep))]
+        self._data.clear()
+        return subprocess.Popen([sys.executable, "-m", "vornath_data._operations"], stdin=subprocess.PIPE,
+                                stdout=subprocess.PIPE, bufsize=0,
+                                env={**os.environ, "PYTHONPATH": os.pathsep.join(dict.fromkeys(paths))})
+
+    def run(self, work: bytes, paths: list[str], timeout: float | None) -> list[dict[str, Any]]:
+        """Returns the rows of files."""
+        rows: list[dict[str, Any]] = []
+        while len(rows) < len(paths):
+            child = self._child
+            if child is None or child.poll() is not None:
+                child = self._child = self._start()
+            assert child.stdin is not None and child.stdout is not None
+            request = pickle.dumps((work, paths[len(rows):]))
+            try:
+                child.stdin.write(LENGTH.pack(len(request)) + request)
+            except BrokenPipeError:
+                rows.append(self._ended(child))
+                continue
+            while len(rows) < len(paths):
+                start = time.perf_counter()
+                row = self._answer(child, timeout)
+                if row is None:
+                    child.kill()
+                    child.wait()
+                    self._child = None
+                    rows.append({"ok": False, "seconds": time.perf_counter() - start, "error": {
+                        "code": "TIMEOUT", "message": f"it took longer than {timeout:g} s"}})
+                    break
+                rows.append(row)
+                if row.get("ended"):
+                    break
+        return rows
+
+    def _answer(self, child: subprocess.Popen[bytes], timeout: float | None) -> dict[str, Any] | None:
+        """Returns the next row, or None if the time is over."""
+        assert child.stdout is not None
+        until = None if timeout is None else time.monotonic() + timeout
+        with selectors.DefaultSelector() as selector:
+            selector.register(child.stdout, selectors.EVENT_READ)
+            while True:
+                if len(self._data) >= LENGTH.size:
+                    end = LENGTH.size + LENGTH.unpack_from(self._data)[0]
+                    if len(self._data) >= end:
+                        row: dict[str, Any] = pickle.loads(self._data[LENGTH.size:end])
+                        del self._data[:end]
+                        return row
+                left = None if until is None else until - time.monotonic()
+                if left is not None and left <= 0 or not selector.select(left):
+                    return None
+                data = os.read(child.stdout.fileno(), 1 << 16)
+                if not data:
+                    return self._ended(child)
+                self._data += data
+
+    def _ended(self, child: subprocess.Popen[bytes]) -> dict[str, Any]:
+        status = child.wait()
+        self._child = None
+        words = (f"the process ended with the signal {signal.Signals(-status).name}" if status < 0 else
+                 f"the process ended with the status {status}")
+        return {"ok": False, "seconds": 0.0, "ended": True,
+                "error": {"code": "PROCESS_ENDED", "message": words}}
+
+
+_processes = threading.local()
+
+
+def run_chunk(work: bytes, paths: list[str], timeout: float | None) -> list[dict[str, Any]]:
+    """Runs some files in the process of this thread of a worker."""
+    process: _Process | None = getattr(_processes, "process", None)
+    if process is None:
+        process = _processes.process = _Process()
+    return process.run(work, paths, timeout)

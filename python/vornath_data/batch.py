@@ -1,0 +1,324 @@
+"""Checks, digests, compares or exports thousands of scene files on Dask, or runs any function of a path
+over them.
+
+    python -m vornath_data.batch check 'scenes/**/*.vrnscene'
+    python -m vornath_data.batch diff --reference box.vrnscene --json 'renders/*.vrnscene'
+    python -m vornath_data.batch run my_module:my_function 'scenes/*.vrnscene' --timeout 60
+
+The work runs in processes of this machine, or on the cluster of --scheduler ADDRESS, whose workers need
+the package and the files. A file that is damaged, takes too long or ends the process is a row in the
+result, and not the end of the run. The rows are in the order of the input.
+
+The exit status is 0 if nothing was found, 1 if something was (an error in a file, a difference), and 2 if a
+file could not be worked on.
+"""
+from __future__ import annotations
+
+import argparse
+import glob
+import importlib
+import json
+import os
+import pickle
+import sys
+from collections.abc import Callable, Iterable, Iterator, Sequence
+from typing import Any
+
+from ._operations import OPERATIONS, found_something
+from ._worker import run_chunk
+
+__all__ = ["Row", "Table", "expand", "run"]
+
+
+class Row:
+    """The outcome for one file.
+
+    file: its path. ok: whether the function returned. result: what it returned. code, error: why it did
+    not. seconds: how long it took. found: whether the result is an error in the file or a difference.
+    """
+
+    __slots__ = ("code", "error", "file", "found", "ok", "result", "seconds")
+
+    def __init__(self, file: str, ok: bool, seconds: float, result: Any = None, code: str = "",
+                 error: str = "", found: bool = False) -> None:
+        self.file = file
+        self.ok = ok
+        self.seconds = seconds
+        self.result = result
+        self.code = code
+        self.error = error
+        self.found = found
+
+    def to_dict(self) -> dict[str, Any]:
+        """Returns the row as a JSON object."""
+        row: dict[str, Any] = {"file": self.file, "ok": self.ok, "seconds": round(self.seconds, 6)}
+        if self.ok:
+            row["result"] = self.result
+        else:
+            row["error"] = {"code": self.code, "message": self.error}
+        return row
+
+    def _words(self) -> str:
+        if not self.ok:
+            return f"{self.code}: {self.error.splitlines()[0] if self.error else ''}"
+        result = self.result
+        if isinstance(result, dict):
+            if "issues" in result:
+                issues = result["issues"]
+                words = "valid" if result["valid"] else "not valid"
+                kind = "warning" if result["valid"] else "error"
+                first = next((one["code"] for one in issues["messages"] if one["severity"] == kind), "")
+                return (f"{words}, {issues['errors']} errors, {issues['warnings']} warnings"
+                        + (f" ({first})" if first else ""))
+            for key in ("digest", "output"):
+                if key in result and len(result) == 1:
+                    return str(result[key])
+            if "differences" in result:
+                return "equal" if result["equal"] else f"{result['differences']} differences"
+        return json.dumps(result, default=str)
+
+    def __repr__(self) -> str:
+        return f"{self.file}: {self._words()}"
+
+
+class Table(Sequence[Row]):
+    """The rows of a run, in the order of the input.
+
+    failed: the rows without a result. found: those with an error in the file or a difference.
+    """
+
+    def __init__(self, rows: Iterable[Row]) -> None:
+        self._rows = list(rows)
+
+    def __getitem__(self, index: Any) -> Any:
+        return self._rows[index]
+
+    def __len__(self) -> int:
+        return len(self._rows)
+
+    def __iter__(self) -> Iterator[Row]:
+        return iter(self._rows)
+
+    @property
+    def failed(self) -> list[Row]:
+        """The rows of files that could not be worked on."""
+        return [row for row in self._rows if not row.ok]
+
+    @property
+    def found(self) -> list[Row]:
+        """The rows with an error in the file or a difference."""
+        return [row for row in self._rows if row.ok and row.found]
+
+    @property
+    def exit_status(self) -> int:
+        """0: nothing found. 1: something found. 2: a file could not be worked on."""
+        return 2 if self.failed else 1 if self.found else 0
+
+    def to_json_lines(self) -> str:
+        """Returns a JSON object for each row, one a line."""
+        return "".join(json.dumps(row.to_dict(), default=str) + "\n" for row in self._rows)
+
+    def __str__(self) -> str:
+        width = max((len(row.file) for row in self._rows), default=0)
+        lines = [f"{row.file:{width}}  {row.seconds * 1000:9.1f} ms  {row._words()}" for row in self._rows]
+        lines.append(f"{len(self._rows)} files: {len(self.failed)} failed, {len(self.found)} with findings")
+        return "\n".join(lines)
+
+    def _repr_html_(self) -> str:
+        from html import escape
+
+        from ._html import _table
+        return _table(("File", "ms", "Result"), (
+            (escape(row.file), f"{row.seconds * 1000:.1f}", escape(row._words())) for row in self._rows))
+
+
+def expand(patterns: Iterable[str | os.PathLike[str]]) -> list[str]:
+    """Returns the files of paths and globs (`**` goes into folders), each once, in the order of the
+    patterns; the files of a glob by name. A path without a glob stays, whether it exists or not."""
+    found: dict[str, None] = {}
+    for pattern in patterns:
+        text = os.fspath(pattern)
+        if glob.has_magic(text) and not os.path.exists(text):
+            for path in sorted(glob.glob(text, recursive=True)):
+                if not os.path.isdir(path):
+                    found[path] = None
+        else:
+            found[text] = None
+    return list(found)
+
+
+# In the client.
+
+def _describe(function: str | Callable[[str], Any], options: dict[str, Any]) -> dict[str, Any]:
+    """Returns a description of the work that can be sent to other processes."""
+    if isinstance(function, str) and function in OPERATIONS:
+        return {"kind": "operation", "name": function, "options": options}
+    if options:
+        raise TypeError(f"only {', '.join(OPERATIONS)} take options")
+    here = [os.path.abspath(folder) for folder in sys.path]
+    if isinstance(function, str):
+        if ":" not in function:
+            raise ValueError(f"a function is {', '.join(OPERATIONS)} or module:name, not {function!r}")
+        return {"kind": "import", "name": function, "path": here}
+    module, name = getattr(function, "__module__", ""), getattr(function, "__qualname__", "")
+    if module and module != "__main__" and name and "<" not in name:
+        return {"kind": "import", "name": f"{module}:{name}", "path": here}
+    import cloudpickle
+    return {"kind": "pickle", "function": cloudpickle.dumps(function)}
+
+
+def run(function: str | Callable[[str], Any], files: str | os.PathLike[str] | Iterable[str | os.PathLike[str]],
+        *, scheduler: str | None = None, processes: int | None = None, timeout: float | None = None,
+        progress: Callable[[int, int], None] | None = None, client: Any = None, **options: Any) -> Table:
+    """Runs a function over files, and returns a Table with a row for each.
+
+    function: "check", "info", "digest", "diff" or "export" with their options, "module:name", or a
+    function of a path whose result can be pickled. files: paths and globs. scheduler: the address of a
+    Dask scheduler; by default, processes of this machine are started. processes: how many; one for each
+    core. timeout: seconds for a file. progress: is called with the numbers of finished and of all files.
+    client: a Dask client to use.
+
+    Options: check(max_memory, max_messages); digest(ids); diff(reference, tolerance, absolute, limit);
+    export(output, root, full, inline).
+    """
+    paths = expand([files] if isinstance(files, (str, os.PathLike)) else files)
+    work = _describe(function, options)
+    if not paths:
+        return Table([])
+    try:
+        dask: Any = importlib.import_module("dask")
+        distributed: Any = importlib.import_module("distributed")
+    except ImportError as problem:
+        raise ImportError("batch needs Dask: install python3-dask and python3-distributed") from problem
+    count = processes or (len(os.sched_getaffinity(0)) if hasattr(os, "sched_getaffinity") else 1)
+    cluster = own = None
+    if client is None:
+        if scheduler is None:
+            with dask.config.set({"distributed.worker.memory.terminate": False,
+                                  "distributed.worker.memory.pause": False,
+                                  "distributed.worker.memory.spill": False}):
+                cluster = distributed.LocalCluster(n_workers=min(count, len(paths)), threads_per_worker=1,
+                                       processes=True, dashboard_address=":0", silence_logs=50)
+            client = own = distributed.Client(cluster)
+        else:
+            client = own = distributed.Client(scheduler)
+            count = max(1, sum(client.nthreads().values()))
+    try:
+        size = max(1, min(256, len(paths) // (count * 8)))
+        starts = range(0, len(paths), size)
+        data = pickle.dumps(work)
+        futures = [client.submit(run_chunk, data, paths[start:start + size], timeout, pure=False)
+                   for start in starts]
+        place = {future.key: start for future, start in zip(futures, starts)}
+        rows: list[Row | None] = [None] * len(paths)
+        done = 0
+        for future in distributed.as_completed(futures):
+            start = place[future.key]
+            chunk = paths[start:start + size]
+            try:
+                answers = future.result()
+            except Exception as problem:  # The worker is lost.
+                answers = [{"ok": False, "seconds": 0.0, "error": {
+                    "code": problem.__class__.__name__, "message": str(problem)}}] * len(chunk)
+            for offset, (path, answer) in enumerate(zip(chunk, answers)):
+                rows[start + offset] = _row(path, answer, work)
+            done += len(chunk)
+            if progress is not None:
+                progress(done, len(paths))
+            future.release()
+    finally:
+        if own is not None:
+            own.close()
+        if cluster is not None:
+            cluster.close()
+    return Table(row for row in rows if row is not None)
+
+
+def _row(path: str, answer: dict[str, Any], work: dict[str, Any]) -> Row:
+    if answer["ok"]:
+        found = work["kind"] == "operation" and found_something(work["name"], answer["result"])
+        return Row(path, True, answer["seconds"], answer["result"], found=found)
+    return Row(path, False, answer["seconds"], code=answer["error"]["code"],
+               error=answer["error"]["message"])
+
+
+# The command.
+
+def _show_progress(done: int, total: int) -> None:
+    filled = 30 * done // total
+    sys.stderr.write(f"\r[{'#' * filled}{'.' * (30 - filled)}] {done}/{total}")
+    if done == total:
+        sys.stderr.write("\n")
+    sys.stderr.flush()
+
+
+def _parser() -> argparse.ArgumentParser:
+    parser = argparse.ArgumentParser(prog="python -m vornath_data.batch",
+                                     description="Works on many scene files at once.")
+    commands = parser.add_subparsers(dest="command", required=True, metavar="COMMAND")
+    words = {"check": "check files", "info": "tell what is in files", "digest": "compute digests",
+             "diff": "compare with a reference", "export": "write the JSON forms",
+             "run": "run a function of a path"}
+    for name, text in words.items():
+        command = commands.add_parser(name, help=text, description=text)
+        if name == "run":
+            command.add_argument("function", metavar="MODULE:FUNCTION")
+        command.add_argument("files", nargs="+", metavar="FILE", help="a path or a glob; ** goes into folders")
+        command.add_argument("--json", action="store_true", help="print a JSON object for each file")
+        command.add_argument("--scheduler", metavar="ADDRESS", help="the address of a Dask scheduler")
+        command.add_argument("--processes", type=int, metavar="N", help="processes of this machine")
+        command.add_argument("--timeout", type=float, metavar="SECONDS", help="the limit for one file")
+        command.add_argument("--quiet", action="store_true", help="show no progress")
+        if name == "check":
+            command.add_argument("--max-memory", type=int, default=0, metavar="BYTES")
+            command.add_argument("--strict", action="store_true", help="warnings count as findings")
+        elif name == "digest":
+            command.add_argument("--ids", action="store_true", help="ids count, too")
+        elif name == "diff":
+            command.add_argument("--reference", required=True, metavar="FILE")
+            command.add_argument("--tolerance", type=float, default=0.0, metavar="REL")
+            command.add_argument("--abs", type=float, default=0.0, dest="absolute", metavar="ABS")
+        elif name == "export":
+            command.add_argument("--output", required=True, metavar="FOLDER")
+            command.add_argument("--full", action="store_true", help="also what has its default")
+            command.add_argument("--inline", action="store_true", help="the bytes of assets in base64")
+    return parser
+
+
+def main(arguments: Sequence[str] | None = None) -> int:
+    """Runs the command, and returns its exit status."""
+    chosen = _parser().parse_args(arguments)
+    files = expand(chosen.files)
+    if not files:
+        print(f"batch {chosen.command}: no file matches {' '.join(chosen.files)}", file=sys.stderr)
+        return 2
+    options: dict[str, Any] = {}
+    function = chosen.function if chosen.command == "run" else chosen.command
+    if chosen.command == "check":
+        options = {"max_memory": chosen.max_memory}
+    elif chosen.command == "digest":
+        options = {"ids": chosen.ids}
+    elif chosen.command == "diff":
+        options = {"reference": os.path.abspath(chosen.reference), "tolerance": chosen.tolerance,
+                   "absolute": chosen.absolute}
+    elif chosen.command == "export":
+        folders = [os.path.dirname(os.path.abspath(one)) for one in files]
+        options = {"output": os.path.abspath(chosen.output), "root": os.path.commonpath(folders),
+                   "full": chosen.full, "inline": chosen.inline}
+    show = not chosen.quiet and sys.stderr.isatty()
+    try:
+        table = run(function, files,
+                    scheduler=chosen.scheduler, processes=chosen.processes, timeout=chosen.timeout,
+                    progress=_show_progress if show else None, **options)
+    except (ImportError, ValueError, OSError) as problem:
+        print(f"batch {chosen.command}: {problem}", file=sys.stderr)
+        return 2
+    if chosen.command == "check" and chosen.strict:
+        for row in table:
+            row.found = row.found or row.ok and row.result["issues"]["warnings"] > 0
+    sys.stdout.write(table.to_json_lines() if chosen.json else f"{table}\n")
+    return table.exit_status
+
+
+if __name__ == "__main__":
+    sys.exit(main())
