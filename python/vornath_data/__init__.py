@@ -12,8 +12,8 @@ docs/python.md is a tour.
 from .assets import FORMATS, LAYOUTS, MeshLayout
 from .catalogue import catalogue
 from ._check import Message, Report, check
-from ._tools import (CatalogueChange, Difference, Differences, catalogue_text, compare_catalogue, diff, equivalent,
-                     make_patch)
+from ._tools import (CatalogueChange, Difference, Differences, catalogue_text, compare_catalogue, diff,
+                     equivalent, make_patch)
 from .colour import *
 from .colour import __all__ as _colour
 from .errors import *
@@ -24,7 +24,7 @@ from .values import ForeignAddress, Part, Value, coerce, parse_value
 
 __version__ = "1.0.0"
 
-__all__ = ["CatalogueChange", "Difference", "Differences", "FORMATS", "Field", "ForeignAddress", "LAYOUTS", "MeshLayout", "Message", "Objects", "Part", "Report",
-           "Scene", "SceneObject", "Side", "Type", "Value", "back", "catalogue", "catalogue_text", "check",
-           "coerce", "compare_catalogue", "diff", "equivalent", "front", "make_patch",
-           "parse_value", *_colour, *_errors]
+__all__ = ["CatalogueChange", "Difference", "Differences", "FORMATS", "Field", "ForeignAddress", "LAYOUTS",
+           "MeshLayout", "Message", "Objects", "Part", "Report", "Scene", "SceneObject", "Side", "Type",
+           "Value", "back", "catalogue", "catalogue_text", "check", "coerce", "compare_catalogue", "diff",
+           "equivalent", "front", "make_patch", "parse_value", *_colour, *_errors]

@@ -3,7 +3,7 @@
     >>> import vornath_data as vd
     >>> report = vd.check(b"no scene")
     >>> report.valid, report.messages[0].code
-    (False, 'FILE_NO_SCENE')
+    (False, 'FILE_HEADER')
 """
 from __future__ import annotations
 

@@ -17,6 +17,7 @@ from functools import lru_cache
 from typing import Any, BinaryIO
 
 LENGTH = struct.Struct("<I")
+READY = b"ready\n"  # what the process writes when it has started
 
 
 def check(path: str, *, max_memory: int = 0, max_messages: int = 100) -> dict[str, Any]:
@@ -124,6 +125,8 @@ def _serve() -> None:
     """Runs files as they come, until there are no more."""
     answers = os.fdopen(os.dup(1), "wb")
     os.dup2(2, 1)  # What a function prints goes to standard error.
+    answers.write(READY)
+    answers.flush()
     questions = sys.stdin.buffer
     loaded: dict[bytes, Callable[[str], Any]] = {}
     while True:

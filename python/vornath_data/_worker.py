@@ -11,7 +11,7 @@ import threading
 import time
 from typing import Any
 
-from ._operations import LENGTH
+from ._operations import LENGTH, READY
 
 class _Process:
     """The process of a worker that runs the files."""
@@ -24,9 +24,18 @@ class _Process:
         folder = os.path.dirname(os.path.dirname(os.path.abspath(__file__)))
         paths = [folder, *filter(None, os.environ.get("PYTHONPATH", "").split(os.pathsep))]
         self._data.clear()
-        return subprocess.Popen([sys.executable, "-m", "vornath_data._operations"], stdin=subprocess.PIPE,
-                                stdout=subprocess.PIPE, bufsize=0,
-                                env={**os.environ, "PYTHONPATH": os.pathsep.join(dict.fromkeys(paths))})
+        child = subprocess.Popen([sys.executable, "-m", "vornath_data._operations"], stdin=subprocess.PIPE,
+                                 stdout=subprocess.PIPE, bufsize=0,
+                                 env={**os.environ, "PYTHONPATH": os.pathsep.join(dict.fromkeys(paths))})
+        # The time of a file begins when the process has started.
+        assert child.stdout is not None
+        ready = b""
+        while len(ready) < len(READY):
+            data = child.stdout.read(len(READY) - len(ready))
+            if not data:
+                break  # It ended, which the first question shows.
+            ready += data
+        return child
 
     def run(self, work: bytes, paths: list[str], timeout: float | None) -> list[dict[str, Any]]:
         """Returns the rows of files."""

@@ -19,7 +19,7 @@ import atexit
 import ctypes
 import math
 import uuid
-from typing import TYPE_CHECKING, Any
+from typing import TYPE_CHECKING, Any, TypeVar
 
 import numpy
 
@@ -34,6 +34,7 @@ if TYPE_CHECKING:
     from .scene import Scene
 
 Array = numpy.ndarray[Any, Any]
+A = TypeVar("A", bound="Asset")
 
 # Storage blocks.
 
@@ -163,7 +164,8 @@ class Asset(SceneObject):
         return numpy.asarray(_Memory(address, size, handle, False))
 
     @classmethod
-    def _insert(cls, scene: Scene, desc: ctypes.Structure, owner: Any, address: int, size: int) -> Any:
+    def _insert(cls: type[A], scene: Scene, desc: ctypes.Structure, owner: Any, address: int,
+                size: int) -> A:
         """Adds an asset over bytes that `owner` keeps alive."""
         handle = _StorageHandle(make_storage(owner, address, size))
         storage = ctypes.c_void_p(handle.address)
@@ -200,16 +202,16 @@ class Mesh(Asset):
         """
         if isinstance(data, MeshLayout):
             layout = data
-            return cls._insert(scene, layout._record(), layout.words, layout.words.ctypes.data,  # type: ignore[no-any-return]
+            return cls._insert(scene, layout._record(), layout.words, layout.words.ctypes.data,
                                layout.words.nbytes)
         if data is not None:
             counts = _counts(parts)
             layout = MeshLayout.__new__(MeshLayout)
             layout._count(*counts)
             owner, address, size = _owned(data, 4 * layout._words)
-            return cls._insert(scene, layout._record(), owner, address, size)  # type: ignore[no-any-return]
+            return cls._insert(scene, layout._record(), owner, address, size)
         layout, owner, address = _assemble(**parts)
-        return cls._insert(scene, layout._record(), owner, address, 4 * layout._words)  # type: ignore[no-any-return]
+        return cls._insert(scene, layout._record(), owner, address, 4 * layout._words)
 
     def replace(self, data: Any = None, **parts: Any) -> None:
         """Replaces the record and the bytes, which are copied; the id and the references stay. Takes what
@@ -524,7 +526,7 @@ class Texture(Asset):
         or with bytes, and width=, height= and depth= beside them. Contiguous arrays in the dtype of the
         format are not copied."""
         desc, owner, address, size = cls._take_pixels(pixels, **record)
-        return cls._insert(scene, desc, owner, address, size)  # type: ignore[no-any-return]
+        return cls._insert(scene, desc, owner, address, size)
 
     @classmethod
     def _take_pixels(cls, pixels: Any, *, format: str | int, layout: str | int = "2D",
@@ -642,7 +644,7 @@ class MaterialGraph(Asset):
             if not 0 <= offset <= size:
                 raise OutOfRange(f"{name}: {offset} is outside the {size} bytes of the graph")
         desc = cls._desc(size, root_offset, parameter_offset)
-        return cls._insert(scene, desc, owner, address, size)  # type: ignore[no-any-return]
+        return cls._insert(scene, desc, owner, address, size)
 
     def replace(self, data: Any, *, root_offset: int = 0, parameter_offset: int = 0) -> None:
         """Replaces the record and the bytes, which are copied; the id and the references stay."""

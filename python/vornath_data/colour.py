@@ -304,6 +304,6 @@ def plot_spectrum(value: Value | Part, file: Any = None) -> Any:
 
 
 __all__ = ["blackbody", "blackbody_rgb", "convert_spectrum", "emission_type", "light_unit_type",
-           "material_parameter_name", "material_parameter_type", "planck", "plot_spectrum", "sample_spectrum", "sampler_name",
-           "sampler_type", "spectrum", "spectrum_to_rgb", "spectrum_type", "srgb", "texture_type",
-           "uv_transformation_type", "wrap_mode_type"]
+           "material_parameter_name", "material_parameter_type", "planck", "plot_spectrum", "sample_spectrum",
+           "sampler_name", "sampler_type", "spectrum", "spectrum_to_rgb", "spectrum_type", "srgb",
+           "texture_type", "uv_transformation_type", "wrap_mode_type"]

@@ -5,7 +5,7 @@
     >>> gloss = vd.Type("{ float @default=0.5 @max=1.0 @min=0.0 gloss; }")
     >>> value = vd.Value(gloss, {"gloss": 2.5})
     >>> [(one.path, one.message) for one in limits.outside(value, gloss)]
-    [('gloss', '2.5 is above the maximum, 1')]
+    [('gloss', '2.5 is above the maximum, 1.0')]
     >>> limits.clamp(value, gloss)["gloss"]
     1.0
 """
