@@ -169,6 +169,22 @@ def check(source: str | os.PathLike[str] | bytes, *, max_memory: int = 0, max_me
     return _take(report, file)
 
 
+def check_json(path: str, max_memory: int, max_messages: int) -> tuple[str, bool]:
+    """Returns the report of a file as a JSON document, and whether the file is valid."""
+    report, text, error = ctypes.c_void_p(), ctypes.c_void_p(), ctypes.c_void_p()
+    status = long.vrtkCheckFile(os.fsencode(path), ctypes.byref(_limits(max_memory, max_messages)),
+                                ctypes.byref(report), ctypes.byref(error))
+    if status:
+        raise toolkit_error(status, error)
+    try:
+        status = quick.vrtkReportJson(report, ctypes.byref(text), ctypes.byref(error))
+        if status:
+            raise toolkit_error(status, error)
+        return take_toolkit_string(text.value), bool(quick.vrtkReportValid(report))
+    finally:
+        quick.vrtkReportDestroy(report)
+
+
 def open_scene(source: str | os.PathLike[str] | bytes, max_memory: int, max_messages: int,
                trust: bool) -> int:
     """Returns the handle of a scene that was read."""

@@ -1,11 +1,12 @@
 """What batch runs for one file: functions of a path and options that return JSON, and the process that
 runs them.
 
-A worker of Dask has one such process. It gets files through its standard input and answers one by one, so
-that a file that takes too long or ends the process costs only its own row."""
+A worker of Dask has one such process. It gets files through its standard input and answers with their rows,
+so that a file that takes too long or ends the process costs only its own row."""
 from __future__ import annotations
 
 import importlib
+import json
 import os
 import pickle
 import struct
@@ -17,19 +18,39 @@ from functools import lru_cache
 from typing import Any, BinaryIO
 
 LENGTH = struct.Struct("<I")
+INTERVAL = 0.05  # seconds between answers: to answer for each file takes longer than to check a small one
 READY = b"ready\n"  # what the process writes when it has started
 
 
-def check(path: str, *, max_memory: int = 0, max_messages: int = 100) -> dict[str, Any]:
+class Document:
+    """A result as a JSON text, which is read when somebody asks for it.
+
+    found: whether it is one that people look for: errors in a file, or differences.
+    """
+
+    __slots__ = ("found", "text")
+
+    def __init__(self, text: str, found: bool = False) -> None:
+        self.text = text
+        self.found = found
+
+    def __reduce__(self) -> tuple[Any, ...]:
+        return Document, (self.text, self.found)
+
+
+def check(path: str, *, max_memory: int = 0, max_messages: int = 100) -> Document:
     """Returns the report of the check as a JSON document."""
-    from ._check import check as check_file
-    return check_file(path, max_memory=max_memory, max_messages=max_messages).to_dict()
+    from ._check import check_json
+    text, valid = check_json(path, max_memory, max_messages)
+    return Document(text, not valid)
 
 
-def info(path: str) -> dict[str, Any]:
+def info(path: str) -> Document:
     """Returns what a check learns of a file: its id, its objects, its bytes."""
-    found = check(path, max_messages=1)
-    return {"size": found["size"], "valid": found["valid"], **found["info"]}
+    from ._check import check_json
+    text, valid = check_json(path, 0, 1)
+    found = json.loads(text)
+    return Document(json.dumps({"size": found["size"], "valid": valid, **found["info"]}), not valid)
 
 
 def digest(path: str, *, ids: bool = False) -> dict[str, Any]:
@@ -46,17 +67,14 @@ def _reference(path: str, modified: int) -> Any:
 
 
 def diff(path: str, *, reference: str, tolerance: float = 0.0, absolute: float = 0.0,
-         limit: int = 100) -> dict[str, Any]:
+         limit: int = 100) -> Document:
     """Returns the differences from a reference scene to the scene of a file."""
-    import json
-
     from ._tools import diff as compare
     from .scene import Scene
     first = _reference(reference, os.stat(reference).st_mtime_ns)
     with Scene.open(path) as scene:
-        found: dict[str, Any] = json.loads(compare(first, scene, tolerance=tolerance, absolute=absolute,
-                                                   limit=limit).json)
-        return found
+        found = compare(first, scene, tolerance=tolerance, absolute=absolute, limit=limit)
+        return Document(found.json, not found.equal)
 
 
 def export(path: str, *, output: str, root: str = ".", full: bool = False,
@@ -72,13 +90,6 @@ def export(path: str, *, output: str, root: str = ".", full: bool = False,
 
 OPERATIONS: dict[str, Callable[..., Any]] = {
     "check": check, "info": info, "digest": digest, "diff": diff, "export": export}
-
-
-def found_something(operation: str, result: Any) -> bool:
-    """Tells whether a result is one that people look for: errors in a file, or differences."""
-    if operation in ("check", "info"):
-        return not result["valid"]
-    return operation == "diff" and not result["equal"]
 
 
 def load(work: dict[str, Any]) -> Callable[[str], Any]:
@@ -121,7 +132,7 @@ def _read(stream: BinaryIO) -> Any:
     return pickle.loads(stream.read(LENGTH.unpack(head)[0]))
 
 
-def _serve() -> None:
+def serve() -> None:
     """Runs files as they come, until there are no more."""
     answers = os.fdopen(os.dup(1), "wb")
     os.dup2(2, 1)  # What a function prints goes to standard error.
@@ -131,9 +142,11 @@ def _serve() -> None:
     loaded: dict[bytes, Callable[[str], Any]] = {}
     while True:
         try:
-            key, paths = _read(questions)
+            key, paths, careful = _read(questions)
         except EOFError:
             return
+        waiting: list[bytes] = []
+        sent = time.monotonic()
         for path in paths:
             row: dict[str, Any]
             try:
@@ -144,9 +157,12 @@ def _serve() -> None:
             except Exception as problem:  # The function cannot be loaded, or its result not be sent.
                 data = pickle.dumps({"ok": False, "seconds": 0.0, "error": {
                     "code": problem.__class__.__name__, "message": str(problem)}})
-            answers.write(LENGTH.pack(len(data)) + data)
-            answers.flush()
-
-
-if __name__ == "__main__":
-    _serve()
+            waiting.append(LENGTH.pack(len(data)) + data)
+            now = time.monotonic()
+            if careful or now - sent > INTERVAL:
+                answers.write(b"".join(waiting))
+                answers.flush()
+                waiting.clear()
+                sent = now
+        answers.write(b"".join(waiting))
+        answers.flush()

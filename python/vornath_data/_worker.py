@@ -11,7 +11,7 @@ import threading
 import time
 from typing import Any
 
-from ._operations import LENGTH, READY
+from ._operations import INTERVAL, LENGTH, READY
 
 class _Process:
     """The process of a worker that runs the files."""
@@ -24,7 +24,8 @@ class _Process:
         folder = os.path.dirname(os.path.dirname(os.path.abspath(__file__)))
         paths = [folder, *filter(None, os.environ.get("PYTHONPATH", "").split(os.pathsep))]
         self._data.clear()
-        child = subprocess.Popen([sys.executable, "-m", "vornath_data._operations"], stdin=subprocess.PIPE,
+        child = subprocess.Popen([sys.executable, "-c",
+                                  "from vornath_data._operations import serve; serve()"], stdin=subprocess.PIPE,
                                  stdout=subprocess.PIPE, bufsize=0,
                                  env={**os.environ, "PYTHONPATH": os.pathsep.join(dict.fromkeys(paths))})
         # The time of a file begins when the process has started.
@@ -40,31 +41,51 @@ class _Process:
     def run(self, work: bytes, paths: list[str], timeout: float | None) -> list[dict[str, Any]]:
         """Returns the rows of files."""
         rows: list[dict[str, Any]] = []
+        careful = False
         while len(rows) < len(paths):
             child = self._child
             if child is None or child.poll() is not None:
                 child = self._child = self._start()
-            assert child.stdin is not None and child.stdout is not None
-            request = pickle.dumps((work, paths[len(rows):]))
             try:
-                child.stdin.write(LENGTH.pack(len(request)) + request)
-            except BrokenPipeError:
-                rows.append(self._ended(child))
+                trouble = self._ask(child, work, paths, rows, timeout, careful)
+            except BaseException:
+                # What the process still sends belongs to files that nobody asks for any more.
+                child.kill()
+                child.wait()
+                self._child = None
+                raise
+            if trouble is None:
                 continue
-            while len(rows) < len(paths):
-                start = time.perf_counter()
-                row = self._answer(child, timeout)
-                if row is None:
-                    child.kill()
-                    child.wait()
-                    self._child = None
-                    rows.append({"ok": False, "seconds": time.perf_counter() - start, "error": {
-                        "code": "TIMEOUT", "message": f"it took longer than {timeout:g} s"}})
-                    break
-                rows.append(row)
-                if row.get("ended"):
-                    break
+            # Rows that the process has not sent are lost with it. The rest is run again, with an answer for
+            # each file: then the first file without an answer is the one that makes trouble.
+            if careful:
+                rows.append(trouble)
+            careful = not careful
         return rows
+
+    def _ask(self, child: subprocess.Popen[bytes], work: bytes, paths: list[str],
+             rows: list[dict[str, Any]], timeout: float | None, careful: bool) -> dict[str, Any] | None:
+        """Adds the rows of the files that have none. Returns the row of a file that hangs or ended the
+        process."""
+        assert child.stdin is not None
+        request = pickle.dumps((work, paths[len(rows):], careful))
+        try:
+            child.stdin.write(LENGTH.pack(len(request)) + request)
+        except BrokenPipeError:
+            return self._ended(child)
+        while len(rows) < len(paths):
+            start = time.perf_counter()
+            row = self._answer(child, None if timeout is None else timeout + INTERVAL)
+            if row is None:
+                child.kill()
+                child.wait()
+                self._child = None
+                return {"ok": False, "seconds": time.perf_counter() - start, "error": {
+                    "code": "TIMEOUT", "message": f"it took longer than {timeout:g} s"}}
+            if row.get("ended"):
+                return row
+            rows.append(row)
+        return None
 
     def _answer(self, child: subprocess.Popen[bytes], timeout: float | None) -> dict[str, Any] | None:
         """Returns the next row, or None if the time is over."""

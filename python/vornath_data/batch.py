@@ -24,7 +24,7 @@ import sys
 from collections.abc import Callable, Iterable, Iterator, Sequence
 from typing import Any
 
-from ._operations import OPERATIONS, found_something
+from ._operations import OPERATIONS, Document
 from ._worker import run_chunk
 
 __all__ = ["Row", "Table", "expand", "run"]
@@ -37,17 +37,24 @@ class Row:
     not. seconds: how long it took. found: whether the result is an error in the file or a difference.
     """
 
-    __slots__ = ("code", "error", "file", "found", "ok", "result", "seconds")
+    __slots__ = ("_result", "code", "error", "file", "found", "ok", "seconds")
 
     def __init__(self, file: str, ok: bool, seconds: float, result: Any = None, code: str = "",
-                 error: str = "", found: bool = False) -> None:
+                 error: str = "") -> None:
         self.file = file
         self.ok = ok
         self.seconds = seconds
-        self.result = result
+        self._result = result
         self.code = code
         self.error = error
-        self.found = found
+        self.found = isinstance(result, Document) and result.found
+
+    @property
+    def result(self) -> Any:
+        """What the function returned."""
+        if isinstance(self._result, Document):
+            self._result = json.loads(self._result.text)
+        return self._result
 
     def to_dict(self) -> dict[str, Any]:
         """Returns the row as a JSON object."""
@@ -221,7 +228,7 @@ def run(function: str | Callable[[str], Any], files: str | os.PathLike[str] | It
                 answers = [{"ok": False, "seconds": 0.0, "error": {
                     "code": problem.__class__.__name__, "message": str(problem)}}] * len(chunk)
             for offset, (path, answer) in enumerate(zip(chunk, answers)):
-                rows[start + offset] = _row(path, answer, work)
+                rows[start + offset] = _row(path, answer)
             done += len(chunk)
             if progress is not None:
                 progress(done, len(paths))
@@ -234,10 +241,9 @@ def run(function: str | Callable[[str], Any], files: str | os.PathLike[str] | It
     return Table(row for row in rows if row is not None)
 
 
-def _row(path: str, answer: dict[str, Any], work: dict[str, Any]) -> Row:
+def _row(path: str, answer: dict[str, Any]) -> Row:
     if answer["ok"]:
-        found = work["kind"] == "operation" and found_something(work["name"], answer["result"])
-        return Row(path, True, answer["seconds"], answer["result"], found=found)
+        return Row(path, True, answer["seconds"], answer["result"])
     return Row(path, False, answer["seconds"], code=answer["error"]["code"],
                error=answer["error"]["message"])
 
