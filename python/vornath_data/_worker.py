@@ -1,6 +1,8 @@
 """What a worker of Dask does: it keeps a process that runs the files, and notices when that hangs or ends."""
 from __future__ import annotations
 
+import contextlib
+import fcntl
 import os
 import pickle
 import selectors
@@ -12,6 +14,8 @@ import time
 from typing import Any
 
 from ._operations import INTERVAL, LENGTH, READY
+
+PIPE = 1 << 20  # bytes of answers that a process can write before somebody reads them
 
 class _Process:
     """The process of a worker that runs the files."""
@@ -28,8 +32,11 @@ class _Process:
                                   "from vornath_data._operations import serve; serve()"], stdin=subprocess.PIPE,
                                  stdout=subprocess.PIPE, bufsize=0,
                                  env={**os.environ, "PYTHONPATH": os.pathsep.join(dict.fromkeys(paths))})
-        # The time of a file begins when the process has started.
         assert child.stdout is not None
+        if hasattr(fcntl, "F_SETPIPE_SZ"):
+            with contextlib.suppress(OSError):  # The system may limit it.
+                fcntl.fcntl(child.stdout, fcntl.F_SETPIPE_SZ, PIPE)
+        # The time of a file begins when the process has started.
         ready = b""
         while len(ready) < len(READY):
             data = child.stdout.read(len(READY) - len(ready))
@@ -38,9 +45,9 @@ class _Process:
             ready += data
         return child
 
-    def run(self, work: bytes, paths: list[str], timeout: float | None) -> list[dict[str, Any]]:
+    def run(self, work: bytes, paths: list[str], timeout: float | None) -> list[bytes | dict[str, Any]]:
         """Returns the rows of files."""
-        rows: list[dict[str, Any]] = []
+        rows: list[bytes | dict[str, Any]] = []
         careful = False
         while len(rows) < len(paths):
             child = self._child
@@ -64,7 +71,7 @@ class _Process:
         return rows
 
     def _ask(self, child: subprocess.Popen[bytes], work: bytes, paths: list[str],
-             rows: list[dict[str, Any]], timeout: float | None, careful: bool) -> dict[str, Any] | None:
+             rows: list[bytes | dict[str, Any]], timeout: float | None, careful: bool) -> dict[str, Any] | None:
         """Adds the rows of the files that have none. Returns the row of a file that hangs or ended the
         process."""
         assert child.stdin is not None
@@ -82,13 +89,14 @@ class _Process:
                 self._child = None
                 return {"ok": False, "seconds": time.perf_counter() - start, "error": {
                     "code": "TIMEOUT", "message": f"it took longer than {timeout:g} s"}}
-            if row.get("ended"):
+            if isinstance(row, dict):
                 return row
             rows.append(row)
         return None
 
-    def _answer(self, child: subprocess.Popen[bytes], timeout: float | None) -> dict[str, Any] | None:
-        """Returns the next row, or None if the time is over."""
+    def _answer(self, child: subprocess.Popen[bytes], timeout: float | None) -> bytes | dict[str, Any] | None:
+        """Returns the next row as the process pickled it, for the client to read; a dict if the process has
+        ended, or None if the time is over."""
         assert child.stdout is not None
         until = None if timeout is None else time.monotonic() + timeout
         with selectors.DefaultSelector() as selector:
@@ -97,13 +105,13 @@ class _Process:
                 if len(self._data) >= LENGTH.size:
                     end = LENGTH.size + LENGTH.unpack_from(self._data)[0]
                     if len(self._data) >= end:
-                        row: dict[str, Any] = pickle.loads(self._data[LENGTH.size:end])
+                        row = bytes(memoryview(self._data)[LENGTH.size:end])
                         del self._data[:end]
                         return row
                 left = None if until is None else until - time.monotonic()
                 if left is not None and left <= 0 or not selector.select(left):
                     return None
-                data = os.read(child.stdout.fileno(), 1 << 16)
+                data = os.read(child.stdout.fileno(), PIPE)
                 if not data:
                     return self._ended(child)
                 self._data += data
@@ -113,14 +121,13 @@ class _Process:
         self._child = None
         words = (f"the process ended with the signal {signal.Signals(-status).name}" if status < 0 else
                  f"the process ended with the status {status}")
-        return {"ok": False, "seconds": 0.0, "ended": True,
-                "error": {"code": "PROCESS_ENDED", "message": words}}
+        return {"ok": False, "seconds": 0.0, "error": {"code": "PROCESS_ENDED", "message": words}}
 
 
 _processes = threading.local()
 
 
-def run_chunk(work: bytes, paths: list[str], timeout: float | None) -> list[dict[str, Any]]:
+def run_chunk(work: bytes, paths: list[str], timeout: float | None) -> list[bytes | dict[str, Any]]:
     """Runs some files in the process of this thread of a worker."""
     process: _Process | None = getattr(_processes, "process", None)
     if process is None:

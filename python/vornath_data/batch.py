@@ -211,7 +211,7 @@ def run(function: str | Callable[[str], Any], files: str | os.PathLike[str] | It
             client = own = distributed.Client(scheduler)
             count = max(1, sum(client.nthreads().values()))
     try:
-        size = max(1, min(256, len(paths) // (count * 8)))
+        size = max(1, min(512, len(paths) // (count * 4)))
         starts = range(0, len(paths), size)
         data = pickle.dumps(work)
         futures = [client.submit(run_chunk, data, paths[start:start + size], timeout, pure=False)
@@ -219,14 +219,13 @@ def run(function: str | Callable[[str], Any], files: str | os.PathLike[str] | It
         place = {future.key: start for future, start in zip(futures, starts)}
         rows: list[Row | None] = [None] * len(paths)
         done = 0
-        for future in distributed.as_completed(futures):
+        for future, answers in distributed.as_completed(futures, with_results=True, raise_errors=False):
             start = place[future.key]
             chunk = paths[start:start + size]
-            try:
-                answers = future.result()
-            except Exception as problem:  # The worker is lost.
+            if future.status != "finished":  # The worker is lost.
+                lost = future.exception()
                 answers = [{"ok": False, "seconds": 0.0, "error": {
-                    "code": problem.__class__.__name__, "message": str(problem)}}] * len(chunk)
+                    "code": lost.__class__.__name__, "message": str(lost)}}] * len(chunk)
             for offset, (path, answer) in enumerate(zip(chunk, answers)):
                 rows[start + offset] = _row(path, answer)
             done += len(chunk)
@@ -241,7 +240,10 @@ def run(function: str | Callable[[str], Any], files: str | os.PathLike[str] | It
     return Table(row for row in rows if row is not None)
 
 
-def _row(path: str, answer: dict[str, Any]) -> Row:
+def _row(path: str, answer: bytes | dict[str, Any]) -> Row:
+    if isinstance(answer, bytes):
+        answer = pickle.loads(answer)
+    assert isinstance(answer, dict)
     if answer["ok"]:
         return Row(path, True, answer["seconds"], answer["result"])
     return Row(path, False, answer["seconds"], code=answer["error"]["code"],
