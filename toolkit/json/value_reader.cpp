@@ -54,7 +54,7 @@ std::string oneLine(std::string text) {
 
 }  // namespace
 
-const char* ValueType::defaultBytes() {
+const char* DocumentType::defaultBytes() {
   if (!defaults) {
     vrntValuesError_t* error = nullptr;
     defaults.reset(vrntValueCreateDefault(annotated.get(), &error));
@@ -462,8 +462,8 @@ bool ValueReader::checkKeys(std::uint32_t json, const std::vector<std::string_vi
   return right;
 }
 
-std::shared_ptr<ValueType> ValueReader::makeType(vrnt::UniqueType type) {
-  auto made = std::make_shared<ValueType>();
+std::shared_ptr<DocumentType> ValueReader::makeType(vrnt::UniqueType type) {
+  auto made = std::make_shared<DocumentType>();
   made->stripped.reset(vrntTypeStripMetadata(type.get()));
   made->annotated = std::move(type);
   made->tree = std::make_unique<TypeTree>(made->stripped.get());
@@ -485,7 +485,7 @@ void ValueReader::forgetTypes(std::size_t added) {
   typeBytes_ = added;
 }
 
-std::shared_ptr<ValueType> ValueReader::makeType(const std::string& text, std::uint64_t offset) {
+std::shared_ptr<DocumentType> ValueReader::makeType(const std::string& text, std::uint64_t offset) {
   const auto known = types_.find(text);
   if (known != types_.end()) return known->second;
   vrntValuesError_t* error = nullptr;
@@ -502,7 +502,7 @@ std::shared_ptr<ValueType> ValueReader::makeType(const std::string& text, std::u
   return made;
 }
 
-std::shared_ptr<ValueType> ValueReader::typeOfText(std::uint32_t json) {
+std::shared_ptr<DocumentType> ValueReader::typeOfText(std::uint32_t json) {
   const JsonNode& text = tape_[json];
   if (text.token != Token::String) {
     problems_.add(ProblemCode::WrongKind, text.offset,
@@ -517,8 +517,8 @@ std::shared_ptr<ValueType> ValueReader::typeOfText(std::uint32_t json) {
 }
 
 // The type of a block that is referred to by a word of the declared type, without a text.
-std::shared_ptr<ValueType> ValueReader::typeOf(const vrntType_t* declared, std::uint32_t json,
-                                               std::uint32_t data) {
+std::shared_ptr<DocumentType> ValueReader::typeOf(const vrntType_t* declared, std::uint32_t json,
+                                                  std::uint32_t data) {
   if (declared == nullptr) {
     problems_.add(ProblemCode::MissingKey, tape_[json].offset,
                   "a reference to void* needs a \"type\" beside \"to\"");
@@ -545,7 +545,7 @@ std::shared_ptr<ValueType> ValueReader::typeOf(const vrntType_t* declared, std::
   return makeType(fmt::format("{}[{}]", elementText, tape_[data].length), tape_[json].offset);
 }
 
-bool ValueReader::openBlock(std::shared_ptr<ValueType> type, std::uint32_t json, char* word,
+bool ValueReader::openBlock(std::shared_ptr<DocumentType> type, std::uint32_t json, char* word,
                             const std::string* name) {
   if (!type->isConcrete) {
     problems_.add(ProblemCode::Type, tape_[json].offset,

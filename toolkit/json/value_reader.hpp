@@ -33,7 +33,7 @@ class Budget {
 };
 
 /// A type that a document names, and what values of it need.
-struct ValueType {
+struct DocumentType {
   vrnt::UniqueType annotated;  ///< says the defaults
   vrnt::UniqueType stripped;   ///< that of the values
   std::unique_ptr<TypeTree> tree;
@@ -78,7 +78,7 @@ class ValueReader {
 
   // A block that is being read.
   struct OpenBlock {
-    std::shared_ptr<ValueType> type;
+    std::shared_ptr<DocumentType> type;
     std::unique_ptr<char[]> bytes;
     char* word = nullptr;  // where its address goes; null for the value itself
     const std::string* name = nullptr;
@@ -104,13 +104,13 @@ class ValueReader {
   void openArray(const TypeTree& tree, std::uint32_t node, std::uint32_t json, char* base);
   void reference(const vrntType_t* declared, std::uint32_t json, char* word);
   void shared(const std::string& name, const vrntType_t* declared, std::uint32_t json, char* word);
-  bool openBlock(std::shared_ptr<ValueType> type, std::uint32_t json, char* word,
+  bool openBlock(std::shared_ptr<DocumentType> type, std::uint32_t json, char* word,
                  const std::string* name);
-  std::shared_ptr<ValueType> typeOfText(std::uint32_t json);
-  std::shared_ptr<ValueType> typeOf(const vrntType_t* declared, std::uint32_t json,
-                                    std::uint32_t data);
-  std::shared_ptr<ValueType> makeType(const std::string& text, std::uint64_t offset);
-  std::shared_ptr<ValueType> makeType(vrnt::UniqueType type);
+  std::shared_ptr<DocumentType> typeOfText(std::uint32_t json);
+  std::shared_ptr<DocumentType> typeOf(const vrntType_t* declared, std::uint32_t json,
+                                       std::uint32_t data);
+  std::shared_ptr<DocumentType> makeType(const std::string& text, std::uint64_t offset);
+  std::shared_ptr<DocumentType> makeType(vrnt::UniqueType type);
   void forgetTypes(std::size_t added);
   bool wrongKind(const TypeTree& tree, const TypeNode& node, const JsonNode& json);
   bool checkKeys(std::uint32_t json, const std::vector<std::string_view>& keys);
@@ -121,8 +121,8 @@ class ValueReader {
   Budget& budget_;
   std::vector<Frame> frames_;
   std::vector<OpenBlock> openBlocks_;
-  std::unordered_map<std::string, std::shared_ptr<ValueType>> types_;
-  std::unordered_map<const vrntType_t*, std::shared_ptr<ValueType>> declaredTypes_;
+  std::unordered_map<std::string, std::shared_ptr<DocumentType>> types_;
+  std::unordered_map<const vrntType_t*, std::shared_ptr<DocumentType>> declaredTypes_;
   std::size_t typeBytes_ = 0;
 
   // Of the value that is being read.
