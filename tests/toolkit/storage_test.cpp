@@ -1,9 +1,9 @@
 // References to storage blocks.
-#include "vornath_toolkit/vrtk_storage.h"
-
 #include <gtest/gtest.h>
 
 #include <cstdlib>
+
+#include "vornath_toolkit/vrtk_storage.h"
 
 namespace vornath_test {
 namespace {
