@@ -11,12 +11,18 @@
 set -euo pipefail
 cd "$(dirname "${BASH_SOURCE[0]}")/.."
 
-scripts/install_dependencies.sh library bench
+scripts/install_dependencies.sh library toolkit bench
 if ! scripts/install_dependencies.sh yardsticks; then
   echo "some yardsticks cannot be installed; their rows are left out"
 fi
 configuration=$(cmake --preset release)
 grep "left out of the benchmarks" <<< "$configuration" || true
+# Order of the pages from which on a virtual machine gives free memory back to its host; -1 for none.
+reporting=/sys/module/page_reporting/parameters/page_reporting_order
+if [ -r "$reporting" ] && [ "$(cat "$reporting")" -ge 0 ] && [ "$(cat "$reporting")" -le 10 ]; then
+  echo "this virtual machine gives free memory back to its host: figures of large scenes and assets vary by"
+  echo "a factor of 10; as root, write 11 to $reporting while you measure"
+fi
 core=()
 if command -v taskset > /dev/null; then core=(taskset -c 0); fi
 

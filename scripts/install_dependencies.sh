@@ -1,9 +1,9 @@
 #!/bin/sh
 # Installs the packages of Debian 12 that the project needs, if they are missing. Needs root or sudo.
 # usage: scripts/install_dependencies.sh [--list] [PURPOSE...]
-#   PURPOSE  library (includes the toolkit and the examples), tests, browser, python (the Python package
-#            and its tests), bench, yardsticks, coverage, tidy or fuzz; the default is library, tests,
-#            browser and python
+#   PURPOSE  library (includes the examples), toolkit (includes the command vrn), tests, browser, python
+#            (the Python package and its tests), bench, yardsticks, coverage, tidy or fuzz; the default
+#            is library, toolkit, tests, browser and python
 #   --list   prints the names of the packages and installs nothing
 set -eu
 
@@ -12,7 +12,7 @@ if [ "${1:-}" = --list ]; then
   list=true
   shift
 fi
-[ $# -gt 0 ] || set -- library tests browser python
+[ $# -gt 0 ] || set -- library toolkit tests browser python
 
 packages=""
 for purpose in "$@"; do
@@ -21,9 +21,13 @@ for purpose in "$@"; do
       packages="$packages bison cmake flex g++ gcc libboost-dev libc6-dev libcrypto++-dev libfmt-dev
                 libimath-dev libtbb-dev ninja-build rapidjson-dev"
       ;;
-    # The tests inspect the built library, call pkg-config, compute colours with Python, and check
-    # documents against a JSON Schema.
-    tests) packages="$packages binutils libgtest-dev pkg-config python3 python3-jsonschema" ;;
+    # Only who builds the toolkit and the command vrn needs these.
+    toolkit) packages="$packages libcli11-dev rapidjson-dev" ;;
+    # The tests inspect the built library, call pkg-config, compute colours with Python, check documents
+    # against a JSON Schema, and apply patches with another library.
+    tests)
+      packages="$packages binutils libgtest-dev nlohmann-json3-dev pkg-config python3 python3-jsonschema"
+      ;;
     # The test of the catalogue's page runs it in a browser.
     browser) packages="$packages chromium chromium-driver python3-selenium" ;;
     # The package needs NumPy. Dask spreads work over processes, matplotlib draws where it is wanted, and
@@ -35,7 +39,7 @@ for purpose in "$@"; do
     bench) packages="$packages libbenchmark-dev" ;;
     # Libraries that the benchmarks measure beside this one, if they are installed.
     yardsticks)
-      packages="$packages libhdf5-dev libprotobuf-dev libprotoc-dev rapidjson-dev"
+      packages="$packages libhdf5-dev libprotobuf-dev libprotoc-dev"
       ;;
     coverage) packages="$packages gcovr" ;;
     tidy) packages="$packages clang-tidy" ;;

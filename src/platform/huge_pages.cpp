@@ -1,13 +1,17 @@
 #include "platform/huge_pages.hpp"
 
 #include <algorithm>
+#include <atomic>
+#include <cerrno>
 #include <charconv>
 #include <cstdint>
+#include <limits>
 
 #if defined(__linux__)
 #include <fcntl.h>
 #include <sched.h>
 #include <sys/mman.h>
+#include <time.h>
 #include <unistd.h>
 #endif
 
@@ -75,6 +79,45 @@ void advise(void* begin, std::size_t size, int advice) noexcept {
   [[maybe_unused]] const int refused = madvise(begin, size, advice);
 }
 
+// A virtual machine may have given its free huge pages back to its host. The first write to one
+// then makes the host provide it in small pages, which takes some 6 ms instead of the 0.1 ms of
+// clearing it. 2 MiB of small pages take about 1 ms.
+constexpr std::int64_t kSlow = 1'500'000;
+
+// For how long no huge page is tried after a slow one: less than a hundredth of the time is lost.
+constexpr std::int64_t kPause = 600'000'000;
+
+std::atomic<std::int64_t> pauseEnd = std::numeric_limits<std::int64_t>::min();
+
+std::int64_t nanoseconds(clockid_t clock) noexcept {
+  timespec time{};
+  if (clock_gettime(clock, &time) != 0) return 0;
+  return std::int64_t{time.tv_sec} * 1'000'000'000 + time.tv_nsec;
+}
+
+#if defined(MADV_POPULATE_WRITE)
+// Provides memory. Returns whether one of its pages was slow. Time in which the thread does not run
+// does not count.
+bool populate(void* begin, std::size_t size) noexcept {
+  const std::int64_t start = nanoseconds(CLOCK_THREAD_CPUTIME_ID);
+  advise(begin, size, MADV_POPULATE_WRITE);
+  const bool slow = nanoseconds(CLOCK_THREAD_CPUTIME_ID) - start > kSlow;
+  if (slow) {
+    pauseEnd.store(nanoseconds(CLOCK_MONOTONIC_COARSE) + kPause, std::memory_order_relaxed);
+  }
+  return slow;
+}
+#else
+bool populate(void*, std::size_t) noexcept { return false; }
+#endif
+
+// Uses huge pages for memory that begins with a whole one, unless that one is slow.
+void tryHugePages(char* first, std::size_t size) noexcept {
+  advise(first, size, MADV_HUGEPAGE);
+  if (size < kHugePage || !populate(first, kPage)) return;
+  advise(first + kHugePage, size - kHugePage, MADV_NOHUGEPAGE);
+}
+
 void* reserve(std::size_t size, int protection) noexcept {
   void* const place = mmap(nullptr, size, protection, MAP_PRIVATE | MAP_ANONYMOUS, -1, 0);
   return place == MAP_FAILED ? nullptr : place;
@@ -96,6 +139,7 @@ void* reserveAligned(std::size_t size, int protection) noexcept {
 
 std::size_t hugePagesAtHand(std::size_t wanted) noexcept {
   if (wanted == 0 || !hasUsualPages()) return 0;
+  if (nanoseconds(CLOCK_MONOTONIC_COARSE) < pauseEnd.load(std::memory_order_relaxed)) return 0;
   const int file = open("/proc/buddyinfo", O_RDONLY | O_CLOEXEC);
   if (file < 0) return 0;
   char report[8192];
@@ -119,20 +163,20 @@ void useHugePages(void* begin, std::size_t size) noexcept {
   if (first >= end) return;
   const std::size_t pages = hugePagesAtHand((end - first) / kHugePage);
   if (pages == 0) return;
-  advise(static_cast<char*>(begin) + (first - address), pages * kHugePage, MADV_HUGEPAGE);
+  tryHugePages(static_cast<char*>(begin) + (first - address), pages * kHugePage);
 }
 
-void provideMemory(void* begin, std::size_t size) noexcept {
-#if defined(MADV_POPULATE_WRITE)
+void provideMemory(void* begin, std::size_t size, void* end) noexcept {
   if (size == 0 || !hasUsualPages()) return;
   const auto address = reinterpret_cast<std::uintptr_t>(begin);
   const std::uintptr_t first = address / kPage * kPage;
-  advise(static_cast<char*>(begin) - (address - first), alignUp(address + size, kPage) - first,
-         MADV_POPULATE_WRITE);
-#else
-  static_cast<void>(begin);
-  static_cast<void>(size);
-#endif
+  const std::uintptr_t last = alignUp(address + size, kPage);
+  if (!populate(static_cast<char*>(begin) - (address - first), last - first)) return;
+  const std::uintptr_t rest = alignUp(last, kHugePage);
+  const std::uintptr_t restEnd = reinterpret_cast<std::uintptr_t>(end) / kHugePage * kHugePage;
+  if (rest < restEnd) {
+    advise(static_cast<char*>(begin) + (rest - address), restEnd - rest, MADV_NOHUGEPAGE);
+  }
 }
 
 void* allocatePages(std::size_t size) noexcept {
@@ -142,7 +186,7 @@ void* allocatePages(std::size_t size) noexcept {
   if (hugePagesAtHand(wanted) < wanted) return nullptr;
   void* const place = reserveAligned(size, PROT_READ | PROT_WRITE);
   // Huge pages lie within the memory. So its last bytes are in usual pages.
-  if (place) advise(place, size, MADV_HUGEPAGE);
+  if (place) tryHugePages(static_cast<char*>(place), size);
   return place;
 }
 
@@ -150,21 +194,29 @@ void* resizePages(void* place, std::size_t formerSize, std::size_t size) noexcep
   if (size > SIZE_MAX / 2) return nullptr;
   formerSize = alignUp(formerSize, kPage);
   size = alignUp(size, kPage);
+  bool huge = false;
   if (size > formerSize) {
     const std::size_t wanted = alignUp(size - formerSize, kHugePage) / kHugePage;
-    const bool huge = hugePagesAtHand(wanted) == wanted;
+    huge = hugePagesAtHand(wanted) == wanted;
     // One advice for all of the memory: the system moves only memory with equal properties.
     advise(place, formerSize, huge ? MADV_HUGEPAGE : MADV_NOHUGEPAGE);
   }
   void* moved = mremap(place, formerSize, size, 0);
-  if (moved != MAP_FAILED) return moved;
-  // Only memory that stays aligned is moved in huge pages.
-  void* const target = reserveAligned(size, PROT_NONE);
-  if (!target) return nullptr;
-  moved = mremap(place, formerSize, size, MREMAP_MAYMOVE | MREMAP_FIXED, target);
-  if (moved != MAP_FAILED) return moved;
-  munmap(target, size);
-  return nullptr;
+  if (moved == MAP_FAILED) {
+    // Only memory that stays aligned is moved in huge pages.
+    void* const target = reserveAligned(size, PROT_NONE);
+    if (!target) return nullptr;
+    moved = mremap(place, formerSize, size, MREMAP_MAYMOVE | MREMAP_FIXED, target);
+    if (moved == MAP_FAILED) {
+      // Without memory, the system may have unmapped the target already, and another thread may
+      // have memory there.
+      if (errno != ENOMEM) munmap(target, size);
+      return nullptr;
+    }
+  }
+  const std::size_t added = alignUp(formerSize, kHugePage);
+  if (huge && added < size) tryHugePages(static_cast<char*>(moved) + added, size - added);
+  return moved;
 }
 
 void releasePages(void* place, std::size_t size) noexcept { munmap(place, alignUp(size, kPage)); }
@@ -173,7 +225,7 @@ void releasePages(void* place, std::size_t size) noexcept { munmap(place, alignU
 
 std::size_t hugePagesAtHand(std::size_t) noexcept { return 0; }
 void useHugePages(void*, std::size_t) noexcept {}
-void provideMemory(void*, std::size_t) noexcept {}
+void provideMemory(void*, std::size_t, void*) noexcept {}
 void* allocatePages(std::size_t) noexcept { return nullptr; }
 void* resizePages(void*, std::size_t, std::size_t) noexcept { return nullptr; }
 void releasePages(void*, std::size_t) noexcept {}

@@ -182,9 +182,11 @@ void ImportObjects::instances() {
   // A large import reserves exactly what it needs. For many small ones, the container's own growth
   // is faster.
   if (count >= to.size()) reserveSlots(to, size);
+  SlotsAhead ahead(to, count >= to.size() ? size : 0);
   for (std::uint32_t i = 0; i < count; ++i) {
     if (!from.slots[i].live()) continue;
     const std::uint32_t added = to.size();
+    ahead.provide(added);
     appendSlot(to);
     Instance<Desc>& object = to.slots[added];
     copy(from.slots[i], object);

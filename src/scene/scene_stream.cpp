@@ -51,7 +51,7 @@ std::size_t FileReader::readIntoNew(void* bytes, std::size_t size) {
   while (done < size && !failed_) {
     const std::size_t piece = std::min(kPiece, size - done);
     char* const place = static_cast<char*>(bytes) + done;
-    vrnt::detail::provideMemory(place, piece);
+    vrnt::detail::provideMemory(place, piece, static_cast<char*>(bytes) + size);
     done += read(place, piece);
   }
   return done;

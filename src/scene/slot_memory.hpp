@@ -29,16 +29,25 @@ class SlotMemory {
     if (count > slots.capacity_ && isLarge<Element>(count)) changeMemory(slots, count);
   }
 
-  /// Provides memory for one more element, and for as many as SlotVector::append() would. Until the
-  /// container grows further, up to a huge page of it is not used. A container that grows to
-  /// kNeverReused has at least half of that in use, so this is at most an eighth.
+  /// Provides memory for one more element, and for as many more as are worth a call of the system.
+  /// Until the container grows further, up to a huge page of it is not used. A container that grows
+  /// to kNeverReused has at least half of that in use, so this is at most an eighth.
   template <typename Element>
   static void provideOneMore(SlotVector<Element>& slots) noexcept {
     if (slots.size_ != slots.capacity_ || !isLarge<Element>(2 * slots.size_)) return;
-    changeMemory(slots, 2 * slots.capacity_);
+    changeMemory(slots, slots.capacity_ + addedCount(slots));
   }
 
  private:
+  // Pages are moved, not copied. So memory in pages need not double to grow in linear time, and
+  // each small step finds out anew whether huge pages are fast.
+  template <typename Element>
+  static std::size_t addedCount(const SlotVector<Element>& slots) noexcept {
+    if (slots.release_ != vrnt::detail::releasePages) return slots.capacity_;
+    constexpr std::size_t kStep = (std::size_t{16} << 20) / sizeof(Element);
+    return std::max(slots.capacity_ / 8, kStep);
+  }
+
   template <typename Element>
   static bool isLarge(std::size_t count) noexcept {
     // Pages are moved byte by byte. And leak checkers do not look for pointers in such memory.
@@ -103,16 +112,18 @@ void appendSlot(Container<Element>& container) {
 template <typename Element>
 class SlotsAhead {
  public:
-  /// For `count` slots.
+  /// For the slots that the container needs to have `count`.
   SlotsAhead(Container<Element>& container, std::size_t count) noexcept
       : container_(container),
-        end_(count >= vrnt::detail::kNeverReused / sizeof(Element) ? count : 0) {}
+        end_(count >= vrnt::detail::kNeverReused / sizeof(Element) ? count : 0),
+        next_(container.slots.size()) {}
 
   /// Call it before a slot is added at `index`, for each index in order.
   void provide(std::size_t index) noexcept {
     if (index != next_ || index >= end_) return;
     const std::size_t count = std::min(kPiece, end_ - index);
-    vrnt::detail::provideMemory(container_.slots.begin() + index, count * sizeof(Element));
+    Element* const slots = container_.slots.begin();
+    vrnt::detail::provideMemory(slots + index, count * sizeof(Element), slots + end_);
     next_ += count;
   }
 
@@ -122,7 +133,7 @@ class SlotsAhead {
 
   Container<Element>& container_;
   std::size_t end_;
-  std::size_t next_ = 0;
+  std::size_t next_;
 };
 
 }  // namespace vrnt::data

@@ -109,7 +109,7 @@ TEST(useHugePages, ChangesNoByte) {
   for (const std::size_t begin : {0, 1, 4095, 4096, 100000}) {
     for (const std::size_t size : {std::size_t{0}, std::size_t{1}, kHugePage, 5 * kHugePage / 2}) {
       useHugePages(bytes.data() + begin, size);
-      provideMemory(bytes.data() + begin, size);
+      provideMemory(bytes.data() + begin, size, bytes.data() + bytes.size());
     }
   }
   EXPECT_TRUE(holdsBytes(bytes.data(), bytes.size()));

@@ -100,7 +100,7 @@ class Page(unittest.TestCase):
         actions.perform()
 
     def wait(self, condition):
-        WebDriverWait(self.browser, 10).until(lambda _: condition())
+        WebDriverWait(self.browser, 60).until(lambda _: condition())
 
     def visible_rows(self):
         return self.run_script("return [...document.querySelectorAll('tr.field')]"

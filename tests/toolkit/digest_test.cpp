@@ -1,4 +1,6 @@
 // The digest of scenes.
+#include <cryptopp/sha.h>
+
 #include <functional>
 #include <limits>
 #include <set>
@@ -39,6 +41,81 @@ TEST(vrtkSceneDigest, Is64HexadecimalDigits) {
   const std::string digest = digestOf(sceneOfAllClasses().get());
   EXPECT_EQ(digest.size(), 64U);
   EXPECT_EQ(digest.find_first_not_of("0123456789abcdef"), std::string::npos);
+}
+
+std::string sha256(const std::string& bytes) {
+  std::string digest(CryptoPP::SHA256::DIGESTSIZE, '\0');
+  CryptoPP::SHA256().CalculateDigest(reinterpret_cast<CryptoPP::byte*>(digest.data()),
+                                     reinterpret_cast<const CryptoPP::byte*>(bytes.data()),
+                                     bytes.size());
+  return digest;
+}
+
+std::string hexOf(const std::string& bytes) {
+  std::string hex;
+  for (const char c : bytes) {
+    const auto byte = static_cast<unsigned char>(c);
+    hex += "0123456789abcdef"[byte >> 4U];
+    hex += "0123456789abcdef"[byte & 15U];
+  }
+  return hex;
+}
+
+template <typename T>
+std::string bytesOfNumber(T number) {
+  return std::string(reinterpret_cast<const char*>(&number), sizeof(number));
+}
+
+// The form of docs/scene_digest.md, put together from the file of the scene.
+TEST(vrtkSceneDigest, IsTheSha256OfTheDocumentedForm) {
+  const SceneHandle scene(vrdmCreateScene());
+  const std::string file = bytesOf(scene.get());
+  const std::string header = "vornath scene digest 1\n" + file.substr(8, 4);
+  const std::string groups = file.substr(28, 320);
+  const std::string none = bytesOfNumber(std::uint32_t{0});
+  const std::string one = bytesOfNumber(std::uint32_t{1});
+  std::string counts;
+  for (std::uint32_t c = 0; c < kClasses; ++c) counts += none;
+  EXPECT_EQ(digestOf(scene.get()), hexOf(sha256(header + none + groups + counts)));
+  EXPECT_EQ(digestOf(scene.get(), true),
+            hexOf(sha256(header + one + file.substr(12, 16) + groups + counts)));
+
+  // A program, a material with a value, and a light group with a list, all in their classes.
+  vrdmAddProgram(scene.get(), VRDM_CLASS_LIGHT_PROGRAM, "light");
+  vrdmCreateInstance(scene.get(), VRDM_CLASS_MATERIAL);
+  const ValueHandle value = parseValue("{ a = 1c; b = &2; c = $0; }");
+  vrdmSetInstanceValue(scene.get(), VRDM_CLASS_MATERIAL, 0, value.get());
+  vrdmCreateInstance(scene.get(), VRDM_CLASS_LIGHT_GROUP);
+  vrdmSetReference(scene.get(), VRDM_CLASS_LIGHT_GROUP, 0, 0, 1);
+  const std::string two = sha256(sha256("int") + bytesOfNumber(std::int32_t{2}));
+  const std::string data = std::string(1, '\1') + std::string(23, '\0');
+  const std::string root =
+      sha256(sha256(vrntTypeString(vrntValueType(value.get()))) + data + '\1' + two + '\0');
+  std::string objects;
+  for (std::uint32_t c = 0; c < kClasses; ++c) {
+    switch (c) {
+      case VRDM_CLASS_LIGHT_PROGRAM:
+        objects += one + one + bytesOfNumber(std::uint64_t{5}) + "light";
+        break;
+      case VRDM_CLASS_MATERIAL: {
+        objects += one + one;
+        for (std::uint32_t slot = 0; slot < vrdmReferenceCount(c); ++slot) {
+          const bool isList = vrdmReferenceType(c, slot).kind >= VRDM_REFERENCE_LIST;
+          objects += isList ? bytesOfNumber(std::uint64_t{0}) : bytesOfNumber(std::int32_t{-1});
+        }
+        ASSERT_EQ(vrdmFieldCount(c), 0U);
+        objects += one + root;
+        break;
+      }
+      case VRDM_CLASS_LIGHT_GROUP:
+        objects += one + one + bytesOfNumber(std::uint64_t{1}) + bytesOfNumber(INT32_MIN);
+        ASSERT_EQ(vrdmFieldCount(c), 0U);
+        break;
+      default:
+        objects += none;
+    }
+  }
+  EXPECT_EQ(digestOf(scene.get()), hexOf(sha256(header + none + groups + objects)));
 }
 
 TEST(vrtkSceneDigest, IsTheSameForTheSameContentInOtherMemory) {

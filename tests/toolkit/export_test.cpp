@@ -53,7 +53,7 @@ TEST(vrtkSceneExportString, WritesTheSparseForm) {
   "objects": {
     "MaterialProgram": [
       {
-        "text": "a \"text\"\u000a"
+        "text": "a \"text\"\n"
       }
     ],
     "Camera": [

@@ -1,35 +1,12 @@
 // Allocations of the functions of the catalogue fail: they report it, and the next call succeeds.
 #include "support/allocations.hpp"
+#include "toolkit/failed_allocations.hpp"
 #include "toolkit/support.hpp"
 
 namespace vornath_test {
 namespace {
 
 constexpr const char* kGroup = "Camera/Backplate";
-
-// Calls a function with its Nth allocation failing, for growing N, until it does not get to the Nth
-// any more. The function returns a status and leaves nothing behind. The first allocations fail in
-// turn, and of those that follow each at a distance.
-template <typename Call>
-void failAllocations(std::uint64_t distance, Call&& call) {
-  EXPECT_EQ(call(), VRTK_OK);
-  std::uint64_t failures = 0;
-  for (std::uint64_t number = 0;; number += number < 200 ? 1 : distance) {
-    bool triggered = false;
-    std::uint32_t status = VRTK_OK;
-    {
-      const FailNthAllocation failing(number);
-      status = call();
-      triggered = failing.triggered();
-    }
-    if (!triggered) break;
-    failures += status == VRTK_OK ? 0 : 1;
-    ASSERT_TRUE(status == VRTK_OK || status == VRTK_OUT_OF_MEMORY)
-        << number << ": " << vrtkStatusName(status);
-    ASSERT_LT(number, 1000000U);
-  }
-  EXPECT_GT(failures, 0U);
-}
 
 std::string inForm(std::uint32_t form, const char* filter) {
   char* text = nullptr;
@@ -42,7 +19,7 @@ std::string inForm(std::uint32_t form, const char* filter) {
 TEST(vrtkCatalogue, ReportsEachFailedAllocation) {
   for (std::uint32_t form = VRTK_CATALOGUE_TEXT; form <= VRTK_CATALOGUE_MARKDOWN; ++form) {
     const std::string expected = inForm(form, kGroup);
-    failAllocations(1, [&] {
+    failEachAllocation([&] {
       char* text = nullptr;
       vrtkError* error = nullptr;
       const std::uint32_t status = vrtkCatalogue(form, kGroup, &text, &error);
@@ -63,18 +40,22 @@ TEST(vrtkCatalogueCompare, ReportsFailedAllocations) {
        at = json.find("\"mode\"")) {
     json.replace(at, 6, "\"Mode\"");
   }
-  failAllocations(97, [&] {
-    vrtkCatalogueChanges* changes = nullptr;
-    vrtkError* error = nullptr;
-    const std::uint32_t status = vrtkCatalogueCompare(json.data(), json.size(), &changes, &error);
-    const ToolkitError owner(error);
-    EXPECT_EQ(changes != nullptr, status == VRTK_OK);
-    if (status == VRTK_OK) {
-      EXPECT_EQ(vrtkCatalogueChangesCount(changes), 2U);
-    }
-    vrtkCatalogueChangesDestroy(changes);
-    return status;
-  });
+  failSomeAllocations(
+      97,
+      [&] {
+        vrtkCatalogueChanges* changes = nullptr;
+        vrtkError* error = nullptr;
+        const std::uint32_t status =
+            vrtkCatalogueCompare(json.data(), json.size(), &changes, &error);
+        const ToolkitError owner(error);
+        EXPECT_EQ(changes != nullptr, status == VRTK_OK);
+        if (status == VRTK_OK) {
+          EXPECT_EQ(vrtkCatalogueChangesCount(changes), 2U);
+        }
+        vrtkCatalogueChangesDestroy(changes);
+        return status;
+      },
+      [](std::uint32_t) {});
 }
 
 TEST(vrtkCatalogueChangesJson, ReportsEachFailedAllocation) {
@@ -82,7 +63,7 @@ TEST(vrtkCatalogueChangesJson, ReportsEachFailedAllocation) {
   json.replace(json.find("\"region\""), 8, "\"window\"");
   vrtkCatalogueChanges* changes = nullptr;
   ASSERT_EQ(vrtkCatalogueCompare(json.data(), json.size(), &changes, nullptr), VRTK_OK);
-  failAllocations(1, [&] {
+  failEachAllocation([&] {
     char* text = nullptr;
     const std::uint32_t status = vrtkCatalogueChangesJson(changes, &text, nullptr);
     EXPECT_EQ(text != nullptr, status == VRTK_OK);

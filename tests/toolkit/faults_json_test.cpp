@@ -1,40 +1,11 @@
 // Each allocation of the functions for JSON fails once: they report it and leave their arguments as
 // they were, and the next call succeeds.
 #include "support/allocations.hpp"
+#include "toolkit/failed_allocations.hpp"
 #include "toolkit/json_support.hpp"
 
 namespace vornath_test {
 namespace {
-
-// Calls a function with its Nth allocation failing, for N = 0, 1, 2 and so on, until it does not
-// get to the Nth any more. `look` sees what each call has left behind.
-template <typename Call, typename Look>
-void failEachAllocation(Call&& call, Look&& look) {
-  EXPECT_EQ(call(), VRTK_OK);
-  look(VRTK_OK);
-  std::uint64_t failures = 0;
-  for (std::uint64_t number = 0;; ++number) {
-    bool triggered = false;
-    std::uint32_t status = VRTK_OK;
-    {
-      const FailNthAllocation failing(number);
-      status = call();
-      triggered = failing.triggered();
-    }
-    look(status);
-    if (!triggered) break;
-    failures += status == VRTK_OK ? 0 : 1;
-    ASSERT_TRUE(status == VRTK_OK || status == VRTK_OUT_OF_MEMORY)
-        << number << ": " << vrtkStatusName(status);
-    ASSERT_LT(number, 200000U);
-  }
-  EXPECT_GT(failures, 0U);
-}
-
-template <typename Call>
-void failEachAllocation(Call&& call) {
-  failEachAllocation(std::forward<Call>(call), [](std::uint32_t) {});
-}
 
 TEST(vrtkSceneExportString, ReportsEachFailedAllocation) {
   const SceneHandle scene = sceneOfAllClasses();

@@ -1,32 +1,10 @@
 // Each allocation of the functions that read, compare and convert scenes and values fails once.
 #include "support/allocations.hpp"
+#include "toolkit/failed_allocations.hpp"
 #include "toolkit/support.hpp"
 
 namespace vornath_test {
 namespace {
-
-// Calls a function with its Nth allocation failing, for N = 0, 1, 2 and so on, until it does not
-// get to the Nth any more. The function returns a status and leaves nothing behind.
-template <typename Call>
-void failEachAllocation(Call&& call) {
-  EXPECT_EQ(call(), VRTK_OK);
-  std::uint64_t failures = 0;
-  for (std::uint64_t number = 0;; ++number) {
-    bool triggered = false;
-    std::uint32_t status = VRTK_OK;
-    {
-      const FailNthAllocation failing(number);
-      status = call();
-      triggered = failing.triggered();
-    }
-    if (!triggered) break;
-    failures += status == VRTK_OK ? 0 : 1;
-    ASSERT_TRUE(status == VRTK_OK || status == VRTK_OUT_OF_MEMORY)
-        << number << ": " << vrtkStatusName(status);
-    ASSERT_LT(number, 200000U);
-  }
-  EXPECT_GT(failures, 0U);
-}
 
 TEST(vrtkSceneDigest, ReportsEachFailedAllocation) {
   const SceneHandle scene = sceneOfAllClasses();

@@ -1,5 +1,6 @@
 // A scene that is exported and built again is the same.
 #include <cmath>
+#include <cstdlib>
 #include <limits>
 
 #include "support/depth.hpp"
@@ -157,6 +158,26 @@ TEST(JsonRoundTrip, GivesASceneFromAFileBack) {
     EXPECT_EQ(jsonOf(&read, true), jsonOf(scene.get(), true));
   }
 }
+
+#ifdef BUILD_SCENE
+TEST(JsonRoundTrip, GivesTheCornellBoxBackByFilesToo) {
+  const TemporaryFolder folder;
+  const std::string path = folder.file("box.vrnscene");
+  const std::string command = std::string(BUILD_SCENE) + " " + path + " >" + folder.file("out");
+  ASSERT_EQ(std::system(command.c_str()), 0);
+  vrdmScene_t* opened = nullptr;
+  ASSERT_EQ(vrtkSceneOpen(path.c_str(), nullptr, &opened, nullptr, nullptr), VRTK_OK);
+  const SceneHandle scene(opened);
+  expectRoundTrip(opened);
+  const std::string json = folder.file("box.json");
+  ASSERT_EQ(vrtkSceneExportFile(opened, json.c_str(), nullptr, nullptr), VRTK_OK);
+  vrdmScene_t* built = nullptr;
+  ASSERT_EQ(vrtkSceneBuildFile(json.c_str(), nullptr, &built, nullptr, nullptr), VRTK_OK);
+  const SceneHandle owner(built);
+  EXPECT_TRUE(Scene::equivalent(*scene, *built));
+  EXPECT_TRUE(contentOf(built) == contentOf(opened));
+}
+#endif
 
 TEST(JsonRoundTrip, KeepsIds) {
   const SceneHandle scene = sceneOfAllClasses();

@@ -35,9 +35,9 @@ SceneHandle patchedBy(const vrdmScene_t* scene, const std::string& json) {
 std::string get(const vrdmScene_t* scene, const char* address) {
   char* json = nullptr;
   EXPECT_EQ(vrtkSceneGet(scene, address, &json, nullptr), VRTK_OK) << address;
-  const std::string text = json != nullptr ? json : "\n";
+  const std::string text = json != nullptr ? json : "";
   vrtkStringDestroy(json);
-  return text.substr(0, text.size() - 1);
+  return text;
 }
 
 TEST(vrtkScenePatch, WithoutOperationsCopiesTheScene) {

@@ -1,5 +1,7 @@
 // Typed texts, limits, choices and conversions of values.
 #include <limits>
+#include <random>
+#include <utility>
 
 #include "toolkit/support.hpp"
 
@@ -245,6 +247,52 @@ TEST(vrtkValueParseAs, BoundsTheDepthOfATextAndReadsNoMoreThanIsThere) {
   for (std::size_t length = 0; length < whole.size(); ++length) {
     EXPECT_NE(read(kSettings, whole.substr(0, length)).find(":"), std::string::npos);
   }
+}
+
+// Texts with characters changed, removed and doubled at random.
+TEST(vrtkValueParseAs, TellsAPlaceInEveryWrongText) {
+  const std::string texts[] = {
+      "{ gloss = 0.5; mode = ON : enum { OFF; ON; AUTO; }; size = int2(0, 0); place = { x = 1; }; "
+      "}",
+      "{ float @default=0.5 @name=\"N\" a; enum { A; B(int x); }[2,3] e; int* p; ((int) => int) f; "
+      "}",
+      "{ a = [ 1, 2 | 2, 1 ]; b = &1.5; c = $0x0000000000000000; d = float2(1.0, -inf); }"};
+  const TypeHandle type = typeOf(kSettings);
+  std::mt19937 random(3);  // NOLINT(cert-msc51-cpp): the same on every run
+  int wrong = 0;
+  for (int i = 0; i < 3000; ++i) {
+    std::string text = texts[i % 3];
+    for (int change = 0; change < 3; ++change) {
+      const std::size_t at = random() % text.size();
+      constexpr char kOthers[] = "{}[]();,=@\"$&|:*-+.x0\n\xC3";  // and the NUL at its end
+      const char other = kOthers[random() % sizeof kOthers];
+      if (i % 2 == 0) text.erase(at, 1);
+      if (i % 5 != 0 && other != '\0') text.insert(at, 1, other);
+    }
+    vrntValue_t* value = nullptr;
+    vrntType_t* parsed = nullptr;
+    for (int function = 0; function < 3; ++function) {
+      vrtkError* error = nullptr;
+      const std::uint32_t status = function == 0
+                                       ? vrtkValueParseAs(type.get(), text.c_str(), &value, &error)
+                                   : function == 1 ? vrtkTypeParse(text.c_str(), &parsed, &error)
+                                                   : vrtkValueParse(text.c_str(), &value, &error);
+      const ToolkitError owner(error);
+      if (status == VRTK_OK) {
+        if (value != nullptr) vrntValueDestroy(std::exchange(value, nullptr));
+        if (parsed != nullptr) vrntTypeDestroy(std::exchange(parsed, nullptr));
+        continue;
+      }
+      ++wrong;
+      ASSERT_EQ(status, VRTK_TEXT_INVALID) << text;
+      vrtkTextPlace place{0, 0, 0};
+      ASSERT_TRUE(vrtkErrorPlace(error, &place)) << text;
+      ASSERT_LE(place.offset, text.size()) << text;
+      ASSERT_EQ(std::string_view(vrtkErrorMessage(error)).find('\n'), std::string_view::npos)
+          << text;
+    }
+  }
+  EXPECT_GT(wrong, 5000);
 }
 
 TEST(vrtkValueParseAs, RefusesTypesWithoutValues) {

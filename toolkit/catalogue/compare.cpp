@@ -24,7 +24,6 @@ namespace {
 
 // RapidJSON does not look at what its allocator returns.
 struct ThrowingAllocator {
-  static constexpr bool kNeedFree = true;
   void* Malloc(std::size_t size) { return size == 0 ? nullptr : checked(std::malloc(size)); }
   void* Realloc(void* block, std::size_t /*oldSize*/, std::size_t size) {
     if (size != 0) return checked(std::realloc(block, size));
@@ -69,6 +68,9 @@ const Value* find(const Value& object, std::string_view key) {
       Value(rapidjson::StringRef(key.data(), static_cast<rapidjson::SizeType>(key.size()))));
   return found == object.MemberEnd() ? nullptr : &found->value;
 }
+
+// Returns a member that is known to be there.
+const Value& memberOf(const Value& object, std::string_view key) { return *find(object, key); }
 
 const Value& require(const Value& object, std::string_view key, const std::string& place,
                      bool (Value::*is)() const, std::string_view expected) {
@@ -235,11 +237,11 @@ class Comparison {
     compareText(saved, live, "kind", "CLASS_KIND_CHANGED", place, name, "kind ");
     const bool before =
         require(saved, "hasValue", place, &Value::IsBool, "true or false").GetBool();
-    if (before != live["hasValue"].GetBool()) {
+    if (before != memberOf(live, "hasValue").GetBool()) {
       add("CLASS_VALUE_CHANGED", Effect::Breaking, name,
           before ? "its objects had a value" : "its objects had no value");
     }
-    compareSlots(objectIn(saved, "slots", place), live["slots"], place + "/slots",
+    compareSlots(objectIn(saved, "slots", place), memberOf(live, "slots"), place + "/slots",
                  name + "/slots/");
     compareGroups(saved, live, place, name, name + "/groups/");
   }
@@ -262,9 +264,10 @@ class Comparison {
           compareNumber(before, now, "number", "SLOT_NUMBER_CHANGED", at, "number", address);
           compareText(before, now, "kind", "SLOT_KIND_CHANGED", at, address, "kind ");
           const Value& targets = arrayIn(before, "targets", at);
-          if (targets != now["targets"]) {
+          if (targets != memberOf(now, "targets")) {
             add("SLOT_TARGET_CHANGED", Effect::Breaking, address,
-                fmt::format("{} before, {} now", wordsOf(&targets), wordsOf(&now["targets"])));
+                fmt::format("{} before, {} now", wordsOf(&targets),
+                            wordsOf(&memberOf(now, "targets"))));
           }
         },
         [&](const std::string& name, const Value& /*before*/) {
@@ -284,7 +287,7 @@ class Comparison {
     compareNumber(saved, live, "groupsAlignment", "CLASS_ALIGNMENT_CHANGED", place,
                   "alignment of the groups:", owner);
     compareMembers(
-        objectIn(saved, "groups", place), live["groups"], place + "/groups",
+        objectIn(saved, "groups", place), memberOf(live, "groups"), place + "/groups",
         [&](const std::string& name, const Value& before, const Value& now, const std::string& at) {
           compareGroup(before, now, at, prefix + name);
         },
@@ -307,15 +310,15 @@ class Comparison {
     compareAnnotations(saved, live, address);
     const std::string_view type = textIn(saved, "type", place);
     const std::size_t before = changes_.changes.size();
-    compareFields(arrayIn(saved, "fields", place), live["fields"], place + "/fields",
+    compareFields(arrayIn(saved, "fields", place), memberOf(live, "fields"), place + "/fields",
                   address + "/");
     // The text of the type says the same as the fields, so that it differs where they do.
-    if (type == textOf(live["type"]) || changes_.changes.size() != before) return;
+    if (type == textOf(memberOf(live, "type")) || changes_.changes.size() != before) return;
     for (const CatalogueChange& change : changes_.changes) {
       if (change.address == address) return;
     }
     add("GROUP_TYPE_CHANGED", Effect::Breaking, address,
-        fmt::format("{} before, {} now", wordsOf(type), wordsOf(textOf(live["type"]))));
+        fmt::format("{} before, {} now", wordsOf(type), wordsOf(textOf(memberOf(live, "type")))));
   }
 
   using Paths = std::map<std::string_view, const Value*>;
@@ -337,7 +340,7 @@ class Comparison {
   static std::map<std::string_view, std::size_t> ranksOf(const Value& fields, const Paths& others) {
     std::map<std::string_view, std::size_t> ranks;
     for (const Value& field : fields.GetArray()) {
-      const std::string_view path = textOf(field["path"]);
+      const std::string_view path = textOf(memberOf(field, "path"));
       if (others.count(path) != 0) ranks.emplace(path, ranks.size());
     }
     return ranks;
@@ -352,7 +355,7 @@ class Comparison {
     for (rapidjson::SizeType i = 0; i < saved.Size(); ++i) {
       const Value& field = saved[i];
       const std::string at = fmt::format("{}/{}", place, i);
-      const std::string_view path = textOf(field["path"]);
+      const std::string_view path = textOf(memberOf(field, "path"));
       const std::string address = prefix + shortened(path);
       const std::uint64_t offset = numberIn(field, "offset", at);
       const std::string_view type = textIn(field, "type", at);
@@ -373,11 +376,11 @@ class Comparison {
       compareAnnotations(field, current, address);
     }
     for (const Value& field : live.GetArray()) {
-      const std::string_view path = textOf(field["path"]);
+      const std::string_view path = textOf(memberOf(field, "path"));
       if (before.count(path) != 0) continue;
       add("FIELD_ADDED", Effect::Harmless, prefix + std::string(path),
-          fmt::format("the field is new: {} at {}", wordsOf(textOf(field["type"])),
-                      field["offset"].GetUint64()));
+          fmt::format("the field is new: {} at {}", wordsOf(textOf(memberOf(field, "type"))),
+                      memberOf(field, "offset").GetUint64()));
     }
   }
 
@@ -394,9 +397,9 @@ class Comparison {
                           place + "/constructors", address);
       differsInside = changes_.changes.size() != told;
     }
-    const std::string_view savedType = textOf(saved["type"]);
-    const std::string_view liveType = textOf(live["type"]);
-    differsInside = differsInside || fieldsDiffer(textOf(saved["path"]), before, now);
+    const std::string_view savedType = textOf(memberOf(saved, "type"));
+    const std::string_view liveType = textOf(memberOf(live, "type"));
+    differsInside = differsInside || fieldsDiffer(textOf(memberOf(saved, "path")), before, now);
     const auto differs = [&](std::string_view key) {
       const Value* const was = find(saved, key);
       const Value* const is = find(live, key);
@@ -425,7 +428,7 @@ class Comparison {
       if (!hasBefore && !hasNow) return false;
       if (hasBefore != hasNow || was->first != is->first) return true;
       const Value* const type = find(*was->second, "type");
-      if (type == nullptr || *type != (*is->second)["type"]) return true;
+      if (type == nullptr || *type != memberOf(*is->second, "type")) return true;
     }
   }
 
@@ -433,7 +436,7 @@ class Comparison {
                            const std::string& address) {
     std::map<std::string_view, const Value*> now;
     for (const Value& constructor : live.GetArray()) {
-      now.emplace(textOf(constructor["label"]), &constructor);
+      now.emplace(textOf(memberOf(constructor, "label")), &constructor);
     }
     std::map<std::string_view, const Value*> before;
     for (rapidjson::SizeType i = 0; i < saved.Size(); ++i) {
@@ -451,7 +454,7 @@ class Comparison {
         continue;
       }
       const Value& current = *found->second;
-      const std::uint64_t codeNow = current["code"].GetUint64();
+      const std::uint64_t codeNow = memberOf(current, "code").GetUint64();
       if (codeNow != code) {
         add("CONSTRUCTOR_CODE_CHANGED", Effect::Breaking, address,
             fmt::format("code of {}: {} before, {} now", wordsOf(label), code, codeNow));
@@ -469,7 +472,7 @@ class Comparison {
       if (before.count(label) != 0) continue;
       add("CONSTRUCTOR_ADDED", Effect::Harmless, address,
           fmt::format("the constructor {} is new; its code is {}", wordsOf(label),
-                      (*constructor)["code"].GetUint64()));
+                      memberOf(*constructor, "code").GetUint64()));
     }
   }
 

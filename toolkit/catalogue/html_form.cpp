@@ -220,8 +220,10 @@ class Page {
   void addGroup(const ClassModel& model, const GroupModel& group) {
     const vrntType_t* const type = group.type.get();
     const std::string id = anchor(model.name + "/" + group.name);
-    print("<section class=\"group\" id=\"{}\" data-name=\"{}\">\n<h3><a href=\"#{}\">{}</a></h3>\n",
-          id, escaped(group.name), id, escaped(group.name));
+    print(
+        "<section class=\"group\" id=\"{}\" data-name=\"{}\">\n<h3><a href=\"#{}\" "
+        "data-owner=\"{}\">{}</a></h3>\n",
+        id, escaped(group.name), id, titleOf(model), escaped(group.name));
     const std::string_view words = annotationText(type, "desc");
     if (!words.empty()) print("<p>{}</p>\n", escaped(words));
     print("<p class=\"facts\">{} bytes at {}, aligned to {} ", vrntTypeSize(type), group.offset,

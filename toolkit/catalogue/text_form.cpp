@@ -15,7 +15,7 @@ constexpr std::size_t kLineLength = 100;
 
 class Text {
  public:
-  Text(const CatalogueModel& catalogue)
+  explicit Text(const CatalogueModel& catalogue)
       : isDetailed_(catalogue.filter.find('/') != std::string::npos) {
     bool isFirst = true;
     for (const ClassModel& model : catalogue.classes) addClass(model, isFirst);

@@ -26,10 +26,15 @@ using vrnt::data::ClassInfo;
 using vrnt::data::Scene;
 
 // A part of a document that the toolkit wrote. Its text is borrowed from the document.
+struct Member;
 struct Node {
   enum class Kind { Object, Array, Scalar } kind = Kind::Scalar;
   std::string_view text;
-  std::vector<std::pair<std::string_view, Node>> members;  // an array's have no keys
+  std::vector<Member> members;
+};
+struct Member {
+  std::string_view key;  // empty in an array
+  Node node;
 };
 
 // Reads what the toolkit itself wrote, so nothing is checked.
@@ -90,7 +95,7 @@ class Reader {
           key = text_.substr(keyStart, at_ - 1 - keyStart);
           ++at_;  // the colon
         }
-        node.members.emplace_back(key, this->node(depth + 1));
+        node.members.push_back({key, this->node(depth + 1)});
         blanks();
         if (text_[at_] == ',') ++at_;
       }
@@ -103,6 +108,11 @@ class Reader {
   std::string_view text_;
   std::size_t at_ = 0;
 };
+
+// Groups are compared as bytes: the same text in a document needs the same bits.
+bool sameBytes(const void* a, const void* b, std::size_t size) {
+  return std::memcmp(a, b, size) == 0;
+}
 
 // The text on one line.
 std::string compact(std::string_view text) {
@@ -141,7 +151,7 @@ class ScenePatch {
 
   std::string run() {
     if (a_.id != b_.id) operation("replace", "/id", '"' + idText(b_.id.begin()) + '"');
-    if (std::memcmp(&a_.data, &b_.data, sizeof(a_.data)) != 0) {
+    if (!sameBytes(&a_.data, &b_.data, sizeof(a_.data))) {
       const auto write = [](SceneWriter& writer) { writer.sceneGroups(0); };
       compareTexts("/scene", written(a_, AssetBytes::Digest, write),
                    written(b_, AssetBytes::Digest, write));
@@ -236,7 +246,7 @@ class ScenePatch {
   template <typename Desc>
   bool same(const vrnt::data::Instance<Desc>& a, const vrnt::data::Instance<Desc>& b) {
     if constexpr (vrnt::data::kGroupCount<Desc> != 0) {
-      if (std::memcmp(&a.desc.groups, &b.desc.groups, sizeof(a.desc.groups)) != 0) return false;
+      if (!sameBytes(&a.desc.groups, &b.desc.groups, sizeof(a.desc.groups))) return false;
     }
     bool equal = true;
     vrnt::data::forEachSlot<Desc>([&](const auto& slot, auto position) {
@@ -364,10 +374,10 @@ class ScenePatch {
   void compareElements(std::string& path, const Node& a, const Node& b) {
     const std::size_t both = std::min(a.members.size(), b.members.size());
     for (std::size_t i = 0; i < both; ++i) {
-      at(path, std::to_string(i), [&] { compare(path, a.members[i].second, b.members[i].second); });
+      at(path, std::to_string(i), [&] { compare(path, a.members[i].node, b.members[i].node); });
     }
     for (std::size_t i = both; i < b.members.size(); ++i) {
-      at(path, std::to_string(i), [&] { operation("add", path, b.members[i].second.text); });
+      at(path, std::to_string(i), [&] { operation("add", path, b.members[i].node.text); });
     }
     for (std::size_t i = a.members.size(); i > both; --i) {
       at(path, std::to_string(i - 1), [&] { operation("remove", path); });

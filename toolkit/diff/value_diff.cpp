@@ -145,13 +145,13 @@ void ValueDiff::values(const vrntValue_t* a, const vrntValue_t* b,
   const std::string path = address();
   open_.push_back({a, b, path + "/data", path + "/type"});
   while (!open_.empty()) {
-    Pair pair = std::move(open_.back());
+    const Pair pair = std::move(open_.back());
     open_.pop_back();
-    blocks(std::move(pair));
+    blocks(pair);
   }
 }
 
-void ValueDiff::blocks(Pair pair) {
+void ValueDiff::blocks(const Pair& pair) {
   const vrntType_t* const typeA = vrntValueType(pair.a);
   const vrntType_t* const typeB = vrntValueType(pair.b);
   const std::size_t first = open_.size();
@@ -307,7 +307,7 @@ void ValueDiff::arrays(const Parts& parts, std::vector<Parts>& open) {
     if (inA || inB) {
       std::string path = parts.path;
       for (std::uint32_t d = rank; d-- > 0;) {
-        path = pathTo(path, ("/" + std::to_string(index[d])).c_str());
+        path = pathTo(path, std::string("/").append(std::to_string(index[d])).c_str());
       }
       const vrntValueView_t left =
           elementAt(parts.typeA, inA ? index : std::array<std::int32_t, 4>{});

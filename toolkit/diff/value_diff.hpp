@@ -56,7 +56,7 @@ class ValueDiff {
     std::string path;
   };
 
-  void blocks(Pair pair);
+  void blocks(const Pair& pair);
   void sameType(const vrntType_t* type, const char* a, const char* b, const std::string& path);
   void otherTypes(Parts parts);
   void structs(const Parts& parts, std::vector<Parts>& open);

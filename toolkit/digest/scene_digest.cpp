@@ -1,7 +1,11 @@
 // The digest of a scene. docs/scene_digest.md describes what is hashed.
 #include <algorithm>
+#include <cstdint>
 #include <cstring>
+#include <memory>
+#include <new>
 #include <unordered_map>
+#include <utility>
 #include <vector>
 
 #include "check/file_layout.hpp"
@@ -18,77 +22,107 @@ namespace {
 using vrnt::data::ClassInfo;
 using vrnt::data::Scene;
 
-// Collects small pieces, since a call of the hash for each would cost more than the hash.
+// Collects small pieces, since a call of the hash for each would cost more than the hash. The hash
+// gets whole blocks at aligned places: it is much slower with others.
 class Hasher {
  public:
   void add(const void* bytes, std::size_t size) {
-    if (size > buffer_.size() - used_) {
+    const auto* from = static_cast<const char*>(bytes);
+    while (size > kCapacity - used_) {
+      const std::size_t count = kCapacity - used_;
+      std::memcpy(buffer_.get() + used_, from, count);
+      used_ = kCapacity;
       flush();
-      if (size > buffer_.size() / 2) {
-        hash_.Update(static_cast<const CryptoPP::byte*>(bytes), size);
-        return;
+      from += count;
+      size -= count;
+      if (size > kCapacity &&
+          reinterpret_cast<std::uintptr_t>(from) % alignof(std::uint64_t) == 0) {
+        const std::size_t whole = size / kBlock * kBlock;
+        hash_.Update(reinterpret_cast<const CryptoPP::byte*>(from), whole);
+        from += whole;
+        size -= whole;
       }
     }
-    if (size != 0) std::memcpy(buffer_.data() + used_, bytes, size);
+    if (size != 0) std::memcpy(buffer_.get() + used_, from, size);
     used_ += size;
   }
   template <typename T>
   void number(T value) {
-    add(&value, sizeof(value));
+    std::memcpy(room(sizeof(value)), &value, sizeof(value));
   }
 
   // Returns room for `size` bytes, at most kLargestRoom, which count as added.
   static constexpr std::size_t kLargestRoom = 8192;
   char* room(std::size_t size) {
-    if (size > buffer_.size() - used_) flush();
-    char* const place = buffer_.data() + used_;
+    if (size > kCapacity - used_) flush();
+    char* const place = buffer_.get() + used_;
     used_ += size;
     return place;
   }
 
   Sha256 digest() {
     flush();
+    hash_.Update(reinterpret_cast<const CryptoPP::byte*>(buffer_.get()), used_);
     return finish(hash_);
   }
 
  private:
+  static constexpr std::size_t kBlock = CryptoPP::SHA256::BLOCKSIZE;
+  static constexpr std::size_t kCapacity = std::size_t{1} << 15;
+
+  // Leaves less than a block in the buffer.
   void flush() {
-    hash_.Update(reinterpret_cast<const CryptoPP::byte*>(buffer_.data()), used_);
-    used_ = 0;
+    const std::size_t whole = used_ / kBlock * kBlock;
+    hash_.Update(reinterpret_cast<const CryptoPP::byte*>(buffer_.get()), whole);
+    std::memmove(buffer_.get(), buffer_.get() + whole, used_ - whole);
+    used_ -= whole;
   }
 
   CryptoPP::SHA256 hash_;
-  std::vector<char> buffer_ = std::vector<char>(65536);
+  std::unique_ptr<char[]> buffer_ = std::make_unique<char[]>(kCapacity);
   std::size_t used_ = 0;
 };
 
 // The bits of a small block that count: those of its parts, without padding and references.
 class BitMask {
  public:
-  explicit BitMask(std::size_t size) : bits_(size) {}
+  explicit BitMask(std::size_t size) : size_(size), words_((size + kWord - 1) / kWord) {}
 
   void add(const ValueLayout& layout, std::size_t offset) {
+    auto* const bits = reinterpret_cast<unsigned char*>(words_.data());
     layout.forEachRun([&](const LayoutRun& run, std::uint64_t at) {
       if (run.kind == RunKind::Word) return true;
       for (std::uint64_t i = 0; i < run.count; ++i) {
-        std::memset(bits_.data() + offset + at + i * run.stride, 0xFF, run.size);
+        std::memset(bits + offset + at + i * run.stride, 0xFF, run.size);
       }
       return true;
     });
   }
 
-  std::size_t size() const { return bits_.size(); }
+  std::size_t size() const { return size_; }
 
+  // Word by word: for a scene of many small objects this takes as long as a copy.
   void apply(const char* bytes, char* out) const {
-    const std::size_t size = bits_.size();
-    const unsigned char* const bits = bits_.data();
-    for (std::size_t i = 0; i < size; ++i) {
-      out[i] = static_cast<char>(static_cast<unsigned char>(bytes[i]) & bits[i]);
+    const std::size_t whole = size_ / kWord;
+    const std::uint64_t* const words = words_.data();
+    for (std::size_t i = 0; i < whole; ++i) {
+      std::uint64_t word = 0;
+      std::memcpy(&word, bytes + i * kWord, kWord);
+      word &= words[i];
+      std::memcpy(out + i * kWord, &word, kWord);
     }
+    if (size_ % kWord == 0) return;
+    std::uint64_t word = 0;
+    std::memcpy(&word, bytes + whole * kWord, size_ % kWord);
+    word &= words[whole];
+    std::memcpy(out + whole * kWord, &word, size_ % kWord);
   }
 
  private:
-  std::vector<unsigned char> bits_;
+  static constexpr std::size_t kWord = sizeof(std::uint64_t);
+
+  std::size_t size_;
+  std::vector<std::uint64_t> words_;
 };
 
 // Digests of values. A block counts with the digests of the blocks that it refers to, so equal

@@ -22,19 +22,22 @@ std::size_t paddingOf(std::string_view text) {
   return text.empty() || text.back() != '=' ? 0 : text[text.size() - 2] == '=' ? 2 : 1;
 }
 
+// Wide enough to be shifted.
+std::uint32_t byteAt(const unsigned char* bytes, std::size_t i) { return bytes[i]; }
+
 }  // namespace
 
 char* writeBase64(char* out, const void* bytes, std::size_t size) {
   const auto* from = static_cast<const unsigned char*>(bytes);
   for (; size >= 3; size -= 3, from += 3) {
-    const std::uint32_t word = from[0] << 16U | from[1] << 8U | from[2];
+    const std::uint32_t word = byteAt(from, 0) << 16U | byteAt(from, 1) << 8U | byteAt(from, 2);
     *out++ = kDigits[word >> 18U];
     *out++ = kDigits[word >> 12U & 63U];
     *out++ = kDigits[word >> 6U & 63U];
     *out++ = kDigits[word & 63U];
   }
   if (size == 0) return out;
-  const std::uint32_t word = from[0] << 16U | (size == 2 ? from[1] << 8U : 0U);
+  const std::uint32_t word = byteAt(from, 0) << 16U | (size == 2 ? byteAt(from, 1) << 8U : 0U);
   *out++ = kDigits[word >> 18U];
   *out++ = kDigits[word >> 12U & 63U];
   *out++ = size == 2 ? kDigits[word >> 6U & 63U] : '=';

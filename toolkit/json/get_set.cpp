@@ -190,7 +190,7 @@ std::string get(const vrdmScene_t* scene, std::string_view given) {
   const Address address = resolveAddress(scene, catalogue, given);
   if (address.part == Address::Part::Head || address.part == Address::Part::SceneId) {
     if (!address.rest.empty()) failUnknown(given, address.path, address.rest.front(), {});
-    return headText(scene, address) + "\n";
+    return headText(scene, address);
   }
   // The digest of an asset takes time, so it is made only if it is asked for.
   const bool needsDigest = address.part != Address::Part::Asset || address.rest.empty() ||
@@ -198,13 +198,13 @@ std::string get(const vrdmScene_t* scene, std::string_view given) {
   std::string text =
       textOf(scene, catalogue, address, needsDigest ? AssetBytes::Digest : AssetBytes::Size);
   if (address.rest.empty()) {
-    if (text.back() != '\n') text += '\n';
+    if (text.back() == '\n') text.pop_back();
     return text;
   }
   Tape tape;
   readOwnText(text, tape);
   const std::size_t start = tape[follow(tape, address, given)].offset;
-  return withoutIndent(text, start, endOfValue(text, start)) + "\n";
+  return withoutIndent(text, start, endOfValue(text, start));
 }
 
 // Writes what an address names.

@@ -88,7 +88,7 @@ std::optional<IdBytes> readId(std::string_view text) {
     const int digit = hexDigit(text[i]);
     if (digit < 0) return std::nullopt;
     auto& byte = id.bytes[digits++ / 2];
-    byte = static_cast<unsigned char>(byte << 4U | static_cast<unsigned>(digit));
+    byte = static_cast<unsigned char>(unsigned{byte} << 4U | static_cast<unsigned>(digit));
   }
   return id;
 }
@@ -718,6 +718,7 @@ bool ObjectReader::readRecord(std::uint32_t objectClass, std::uint32_t json, cha
                                     [key](const auto& member) { return key == member.name; });
     if (found == members.end()) {
       std::vector<std::string_view> names;
+      names.reserve(members.size());
       for (const RecordMember& member : members) names.emplace_back(member.name);
       problems_.add(ProblemCode::UnknownKey, tape_[i].offset,
                     fmt::format("the record of a {} has no member {}{}",

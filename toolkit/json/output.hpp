@@ -35,24 +35,37 @@ class Output {
   }
 
   void put(std::string_view text) {
-    if (static_cast<std::size_t>(end_ - next_) < text.size()) {
+    if (static_cast<std::size_t>(end_ - next_) < text.size()) [[unlikely]] {
       flush();
       if (text.size() > kCapacity) {
         sink_(text.data(), text.size());
         return;
       }
     }
-    std::memcpy(next_, text.data(), text.size());
+    if (!text.empty()) std::memcpy(next_, text.data(), text.size());
     next_ += text.size();
   }
 
   /// Ends a line, and starts one that is indented by `depth` steps.
   void line(std::size_t depth) {
-    const std::size_t blanks = 2 * (depth < kDeepestIndent ? depth : kDeepestIndent);
-    char* const at = room(blanks + 1);
-    *at = '\n';
-    std::memset(at + 1, ' ', blanks);
-    wrote(at + 1 + blanks);
+    char* const at = room(kLongestIndent);
+    wrote(startLine(at, depth));
+  }
+
+  /// Starts the next part of an object or an array on a line of its own. `key` stands before it as
+  /// it is; it is short.
+  void part(bool isFirst, std::size_t depth, std::string_view key) {
+    if (key.size() > kMostRoom - kLongestIndent - 1) {
+      if (!isFirst) put(',');
+      line(depth);
+      put(key);
+      return;
+    }
+    char* at = room(key.size() + kLongestIndent + 1);
+    *at = ',';
+    at = startLine(at + (isFirst ? 0 : 1), depth);
+    if (!key.empty()) std::memcpy(at, key.data(), key.size());
+    wrote(at + key.size());
   }
 
   void flush() {
@@ -68,6 +81,14 @@ class Output {
   static constexpr std::size_t kCapacity = std::size_t{1} << 18;
   // Deeper lines are not indented any further: a document is to grow with its content only.
   static constexpr std::size_t kDeepestIndent = 64;
+  static constexpr std::size_t kLongestIndent = 2 * kDeepestIndent + 1;
+
+  static char* startLine(char* at, std::size_t depth) {
+    const std::size_t blanks = 2 * (depth < kDeepestIndent ? depth : kDeepestIndent);
+    *at = '\n';
+    std::memset(at + 1, ' ', blanks);
+    return at + 1 + blanks;
+  }
 
   Sink sink_;
   std::unique_ptr<char[]> buffer_;

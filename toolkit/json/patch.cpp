@@ -342,6 +342,7 @@ class PatchedScene {
     tell(problems, head, "");
     if (!scene) return nullptr;
     std::vector<std::uint32_t> sizes;
+    sizes.reserve(arrays.size());
     for (const TreeNode* array : arrays) {
       sizes.push_back(array != nullptr ? static_cast<std::uint32_t>(array->children.size()) : 0);
     }

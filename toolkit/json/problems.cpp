@@ -226,6 +226,7 @@ std::unique_ptr<vrtkJsonReport> reportOf(const Problems& problems, std::string_v
   std::stable_sort(sorted.begin(), sorted.end(),
                    [](const Problem& a, const Problem& b) { return a.offset < b.offset; });
   std::vector<std::uint64_t> offsets;
+  offsets.reserve(sorted.size());
   for (const Problem& problem : sorted) offsets.push_back(problem.offset);
   PlaceFinder finder(std::move(offsets));
   readJson(document, finder);  // the syntax is right at least up to the last problem

@@ -19,6 +19,17 @@ bool differs(const ClassDescription& description, std::uint32_t group, const cha
                       description.defaultsOf(group));
 }
 
+// Whether all groups have what those of a new object have.
+bool sameGroups(const ClassDescription& description, const char* bytes) {
+  if (std::memcmp(bytes, description.defaults.data(), description.defaults.size()) == 0) {
+    return true;
+  }
+  for (std::uint32_t i = 0; i < description.trees.size(); ++i) {
+    if (differs(description, i, bytes)) return false;
+  }
+  return true;
+}
+
 }  // namespace
 
 std::string idText(const void* id) {
@@ -33,17 +44,19 @@ std::string idText(const void* id) {
 }
 
 void SceneWriter::member(bool& isFirst, std::string_view key, std::size_t depth) {
-  if (!isFirst) out_.put(',');
+  out_.part(isFirst, depth, "\"");
   isFirst = false;
-  out_.line(depth);
-  out_.put('"');
-  out_.put(key);
-  out_.put("\": ");
+  char* at = out_.room(key.size() + 3);
+  at = std::copy(key.begin(), key.end(), at);
+  *at++ = '"';
+  *at++ = ':';
+  *at++ = ' ';
+  out_.wrote(at);
 }
 
 void SceneWriter::string(std::string_view text) {
   text_.clear();
-  appendJsonString(text_, text);
+  appendJsonString(text_, text, LineFeeds::Short);
   out_.put(text_);
 }
 
@@ -58,11 +71,7 @@ void SceneWriter::headMembers(bool& isFirst) {
   string(idText(vrdmSceneId(scene_)->begin()));
   const ClassDescription& wide = catalogue_.of(VRDM_CLASS_SCENE_DATA);
   const char* const bytes = sceneGroupBytes(scene_);
-  bool isDefault = !options_.full;
-  for (std::uint32_t i = 0; isDefault && i < wide.trees.size(); ++i) {
-    isDefault = !differs(wide, i, bytes);
-  }
-  if (!isDefault) {
+  if (options_.full || !sameGroups(wide, bytes)) {
     member(isFirst, "scene", 1);
     sceneGroups(1);
   }
@@ -159,11 +168,7 @@ void SceneWriter::instance(const ClassDescription& description, std::int32_t ind
   bool isFirst = true;
   if (!description.trees.empty()) {
     const char* const bytes = groupBytes(scene_, objectClass, index);
-    bool isDefault = !options_.full;
-    for (std::uint32_t i = 0; isDefault && i < description.trees.size(); ++i) {
-      isDefault = !differs(description, i, bytes);
-    }
-    if (!isDefault) {
+    if (options_.full || !sameGroups(description, bytes)) {
       member(isFirst, "groups", depth + 1);
       groupsOf(description, bytes, depth + 1);
     }

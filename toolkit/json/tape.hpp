@@ -14,6 +14,7 @@
 #include <vector>
 
 #include "json/rapidjson.hpp"
+#include "json/text.hpp"
 
 namespace vrtk {
 
@@ -194,13 +195,13 @@ class JsonHandler {
 
 }  // namespace detail
 
-template <typename Events>
-std::optional<SyntaxFault> readJson(std::string_view document, Events& events) {
+namespace detail {
+
+template <unsigned kFlags, typename Events>
+std::optional<SyntaxFault> readJsonWith(std::string_view document, Events& events) {
   rapid::MemoryStream stream(document.data(), document.size());
-  detail::JsonHandler<Events> handler(document, stream, events);
+  JsonHandler<Events> handler(document, stream, events);
   rapid::GenericReader<rapid::UTF8<>, rapid::UTF8<>, ThrowingAllocator> reader;
-  constexpr unsigned kFlags = rapid::kParseIterativeFlag | rapid::kParseNumbersAsStringsFlag |
-                              rapid::kParseValidateEncodingFlag;
   const rapid::ParseResult result = reader.template Parse<kFlags>(stream, handler);
   if (result.IsError()) {
     return SyntaxFault{result.Offset(), syntaxWords(result.Code(), document, result.Offset())};
@@ -211,6 +212,16 @@ std::optional<SyntaxFault> readJson(std::string_view document, Events& events) {
                                                   document, stream.Tell())};
   }
   return std::nullopt;
+}
+
+}  // namespace detail
+
+template <typename Events>
+std::optional<SyntaxFault> readJson(std::string_view document, Events& events) {
+  constexpr unsigned kFlags = rapid::kParseIterativeFlag | rapid::kParseNumbersAsStringsFlag;
+  // RapidJSON looks at each character, which takes longer than to look at all beforehand.
+  if (isUtf8(document)) return detail::readJsonWith<kFlags>(document, events);
+  return detail::readJsonWith<kFlags | rapid::kParseValidateEncodingFlag>(document, events);
 }
 
 /// Puts a whole document on a tape. The document must live as long as the tape is used.

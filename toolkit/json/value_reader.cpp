@@ -102,11 +102,11 @@ std::string expectedWords(const TypeTree& tree, const TypeNode& node) {
     case Part::Function:
       return "an array of two references";
     default: {
-      const std::string one = node.part == Part::Bool  ? "true or false"
-                              : node.part == Part::Int ? "a whole number (int)"
-                              : node.part == Part::Char
-                                  ? "a whole number from 0 to 255 (char)"
-                                  : fmt::format("a number ({})", familyName(node.part));
+      std::string one = node.part == Part::Bool  ? "true or false"
+                        : node.part == Part::Int ? "a whole number (int)"
+                        : node.part == Part::Char
+                            ? "a whole number from 0 to 255 (char)"
+                            : fmt::format("a number ({})", familyName(node.part));
       if (node.lanes == 1) return one;
       return fmt::format("an array of {} elements ({}{})", node.lanes, familyName(node.part),
                          node.lanes);

@@ -6,6 +6,7 @@
 #include <utility>
 
 #include "foundation/failure.hpp"
+#include "foundation/small_stack.hpp"
 #include "json/numbers.hpp"
 #include "json/text.hpp"
 #include "vornath_data/catalogue.h"
@@ -33,6 +34,13 @@ char* writeLane(char* out, Part part, const char* at) {
     default:
       return writeFloat(out, load<std::uint32_t>(at));
   }
+}
+
+char* writeByte(char* out, unsigned byte) {
+  if (byte >= 100) *out++ = static_cast<char>('0' + byte / 100);
+  if (byte >= 10) *out++ = static_cast<char>('0' + byte / 10 % 10);
+  *out++ = static_cast<char>('0' + byte % 10);
+  return out;
 }
 
 void writeEnum(Output& out, const TypeTree& tree, const TypeNode& node, const char* at) {
@@ -84,9 +92,20 @@ void writeFlat(Output& out, const TypeTree& tree, std::uint32_t index, const cha
   if (outer.count != 0 && tree.node(index + 1).part != Part::Array) {
     const TypeNode& element = tree.node(index + 1);
     out.put('[');
-    for (std::uint64_t i = 0; i < outer.count; ++i) {
-      if (i != 0) out.put(", ");
-      writeNumbers(out, tree, element, at + i * outer.stride);
+    if (element.part == Part::Char && element.lanes == 1) {
+      for (std::uint64_t i = 0; i < outer.count; ++i) {
+        char* end = out.room(8);
+        if (i != 0) {
+          *end++ = ',';
+          *end++ = ' ';
+        }
+        out.wrote(writeByte(end, static_cast<unsigned char>(at[i])));
+      }
+    } else {
+      for (std::uint64_t i = 0; i < outer.count; ++i) {
+        if (i != 0) out.put(", ");
+        writeNumbers(out, tree, element, at + i * outer.stride);
+      }
     }
     out.put(']');
     return;
@@ -120,16 +139,20 @@ void writeAddress(Output& out, std::uint64_t word) {
 }  // namespace
 
 bool sameContent(const TypeTree& tree, std::uint32_t node, const char* a, const char* b) {
-  // What holds no padding is compared at once; groups have few parts that do.
+  const TypeNode& whole = tree.node(node);
+  if (std::memcmp(a + whole.offset, b + whole.offset, whole.size) == 0) return true;
+  if (whole.part != Part::Struct && whole.part != Part::Array) return false;
+  // The difference may be in padding.
   struct Open {
     std::uint32_t node;
     const char* a;
     const char* b;
   };
-  std::vector<Open> open{{node, a, b}};
+  SmallStack<Open, 16> open;
+  open.push({node, a, b});
   while (!open.empty()) {
     const Open top = open.back();
-    open.pop_back();
+    open.pop();
     const TypeNode& part = tree.node(top.node);
     const char* const left = top.a + part.offset;
     const char* const right = top.b + part.offset;
@@ -137,12 +160,12 @@ bool sameContent(const TypeTree& tree, std::uint32_t node, const char* a, const 
     if (part.part == Part::Struct) {
       std::uint32_t child = top.node + 1;
       for (std::uint32_t i = 0; i < part.children; ++i) {
-        open.push_back({child, left, right});
+        open.push({child, left, right});
         child = tree.node(child).end;
       }
     } else if (part.part == Part::Array) {
       for (std::uint64_t i = 0; i < part.count; ++i) {
-        open.push_back({top.node + 1, left + i * part.stride, right + i * part.stride});
+        open.push({top.node + 1, left + i * part.stride, right + i * part.stride});
       }
     } else {
       return false;
@@ -177,14 +200,15 @@ void writePart(Output& out, const TypeTree& tree, std::uint32_t node, const char
                 to != nullptr ? to + part.offset : nullptr,
                 true};
   };
-  std::vector<Open> open{opened(node, base, defaults)};
+  SmallStack<Open, 8> open;
+  open.push(opened(node, base, defaults));
   while (!open.empty()) {
     Open& top = open.back();
     const bool isStruct = tree.node(top.node).part == Part::Struct;
     if (top.left == 0) {
       if (!top.isFirst) out.line(depth + open.size() - 1);
       out.put(isStruct ? '}' : ']');
-      open.pop_back();
+      open.pop();
       continue;
     }
     --top.left;
@@ -200,14 +224,12 @@ void writePart(Output& out, const TypeTree& tree, std::uint32_t node, const char
       const TypeNode& array = tree.node(top.node);
       from += (array.count - top.left - 1) * array.stride;
     }
-    if (!top.isFirst) out.put(',');
+    out.part(top.isFirst, depth + open.size(), isStruct ? tree.keyText(part) : std::string_view());
     top.isFirst = false;
-    out.line(depth + open.size());
-    if (isStruct) out.put(tree.keyText(part));
     if (part.isFlat) {
       writeFlat(out, tree, child, from);
     } else {
-      open.push_back(opened(child, from, to));
+      open.push(opened(child, from, to));
     }
   }
 }

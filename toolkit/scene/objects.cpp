@@ -2,6 +2,7 @@
 
 #include <cstdlib>
 #include <cstring>
+#include <memory>
 #include <new>
 #include <string_view>
 #include <type_traits>
@@ -197,14 +198,15 @@ void withElement(vrdmScene_t* scene, std::uint32_t objectClass, std::int32_t ind
 
 void replaceProgram(vrdmScene_t* scene, std::uint32_t objectClass, std::int32_t index,
                     const std::string& text) {
-  auto* const copy = static_cast<char*>(std::malloc(text.size() + 1));
-  if (copy == nullptr) throw std::bad_alloc();
-  std::memcpy(copy, text.c_str(), text.size() + 1);
+  std::unique_ptr<char, decltype(&std::free)> copy(static_cast<char*>(std::malloc(text.size() + 1)),
+                                                   &std::free);
+  if (!copy) throw std::bad_alloc();
+  std::memcpy(copy.get(), text.c_str(), text.size() + 1);
   withElement<ObjectKind::Program>(scene, objectClass, index, [&](auto& program) {
     std::free(program.text);
-    program.text = copy;
+    program.text = copy.release();
     program.length = text.size();
-    program.id = vrnt::UniqueId::hash(copy, text.size());
+    program.id = vrnt::UniqueId::hash(program.text, text.size());
   });
 }
 

@@ -264,7 +264,8 @@ void findOutside(const ValueLayout& layout, const BoundsBytes& bounds, const cha
       const char* const nearest = nearestOf(run.kind, data + at, bounds.min.data() + at,
                                             bounds.max.data() + at, standard + at, fault);
       // A default is right, though it may be outside its limits.
-      if (nearest == nullptr || std::memcmp(data + at, standard + at, run.size) == 0) continue;
+      if (nearest == nullptr || std::equal(data + at, data + at + run.size, standard + at))
+        continue;
       visit({at, run.kind, data + at, nearest, fault});
     }
     return true;
@@ -273,7 +274,7 @@ void findOutside(const ValueLayout& layout, const BoundsBytes& bounds, const cha
 
 std::string numberText(RunKind kind, const char* at) {
   char text[kLongestNumber];
-  char* end = text;
+  char* end;
   switch (kind) {
     case RunKind::Bool:
       end = writeBool(text, load<std::uint32_t>(at));

@@ -28,11 +28,13 @@
 namespace vrtk {
 namespace {
 
-constexpr std::size_t kLongestPath = 4000;
-
+// Appends a step to a path. One that nobody can read is cut.
 std::string pathTo(const std::string& path, std::string_view step) {
+  constexpr std::size_t kLongestPath = 4000;
   if (path.size() > kLongestPath) return path;
-  return path.empty() ? std::string(step) : path + "/" + std::string(step);
+  std::string longer = path.empty() ? std::string(step) : path + "/" + std::string(step);
+  if (longer.size() > kLongestPath) longer += "/...";
+  return longer;
 }
 
 std::string textOfType(const vrntType_t* type) {
@@ -44,6 +46,17 @@ std::string textOfType(const vrntType_t* type) {
 std::string plainTextOfType(const vrntType_t* type) {
   const vrnt::UniqueType plain(vrntTypeStripMetadata(type));
   return textOfType(plain.get());
+}
+
+// The text of the type of a part. Those of structs in structs would be long together.
+std::string partTextOfType(const vrntType_t* type) {
+  constexpr std::size_t kLongest = 1000;
+  std::string text = plainTextOfType(type);
+  if (text.size() > kLongest) {
+    text.resize(kLongest);
+    text += "...";
+  }
+  return text;
 }
 
 std::string jsonText(std::string_view text) {
@@ -83,8 +96,9 @@ bool isArray(const vrntType_t* type) {
 
 // The type of an array's elements, which lives as long as the array's.
 const vrntType_t* elementOf(const vrntType_t* arrayType) {
-  const vrnt::UniqueType element(vrntTypeElementType(arrayType));
-  return element.get();
+  vrntType_t* const element = vrntTypeElementType(arrayType);
+  vrntTypeDestroy(element);
+  return element;
 }
 
 // An array of numbers or enums, of any dimensions, is one leaf.
@@ -182,7 +196,7 @@ class TypeDescription {
     Table table({"OFFSET", "SIZE", "TYPE", "PART", "DEFAULT", "LIMITS", "UNIT"});
     for (const Part& part : parts_) {
       table.add({std::to_string(part.offset), std::to_string(vrntTypeSize(part.type)),
-                 plainTextOfType(part.type), part.path, valueText(part), limitsText(part),
+                 partTextOfType(part.type), part.path, valueText(part), limitsText(part),
                  annotatedText(part.type, "unit").value_or("")});
     }
     return text + "\n" + table.text({true, true, false, false, false, false, false});
@@ -278,7 +292,7 @@ class TypeDescription {
       if (max.empty()) return "from " + min;
       return min + " to " + max;
     };
-    const std::string hard = rangeText(&BoundsBytes::min, &BoundsBytes::max);
+    std::string hard = rangeText(&BoundsBytes::min, &BoundsBytes::max);
     const std::string soft = rangeText(&BoundsBytes::softMin, &BoundsBytes::softMax);
     if (soft.empty() || soft == hard) return hard;
     return hard.empty() ? "soft " + soft : hard + ", soft " + soft;
@@ -289,7 +303,7 @@ class TypeDescription {
         "{{ \"path\": {}, \"offset\": {}, \"size\": {}, \"alignment\": {}, \"type\": "
         "{}, \"kind\": \"{}\"",
         jsonText(part.path), part.offset, vrntTypeSize(part.type), vrntTypeAlignment(part.type),
-        jsonText(plainTextOfType(part.type)), kindOf(part.type));
+        jsonText(partTextOfType(part.type)), kindOf(part.type));
     const auto member = [&json](const char* key, const std::string& text) {
       if (!text.empty()) json += fmt::format(", \"{}\": {}", key, text);
     };
@@ -446,8 +460,9 @@ class ValueDescription {
       std::uint64_t rest = i;
       for (std::uint32_t d = 0; d < vrntTypeArrayDimension(part.type); ++d) {
         const auto extent = static_cast<std::uint64_t>(std::max(shape[d], 1));
-        const std::string index = std::to_string(rest % extent);
-        path = path.empty() ? index : index + "/" + path;
+        // The last dimension, which runs slowest, is the first step.
+        if (!path.empty()) path.insert(0, 1, '/');
+        path.insert(0, std::to_string(rest % extent));
         rest /= extent;
       }
       open_.push_back({element, part.block, part.offset + i * size, pathTo(part.path, path)});

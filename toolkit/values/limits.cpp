@@ -6,6 +6,7 @@
 #include <cstring>
 #include <deque>
 #include <memory>
+#include <new>
 #include <string>
 #include <string_view>
 #include <unordered_map>
@@ -99,9 +100,17 @@ class ConversionCheck {
     return unrelated(parts);
   }
 
+  // A path that nobody can read is cut.
+  static std::string pathTo(const std::string& path, std::string_view step) {
+    constexpr std::size_t kLongestPath = 4000;
+    if (path.size() > kLongestPath) return path;
+    return path + "/" + std::string(step);
+  }
+
   static std::string unrelated(const Parts& parts) {
+    const vrnt::UniqueType plain(vrntTypeStripMetadata(parts.to));
     const char* const from = vrntTypeString(parts.from);
-    const char* const to = vrntTypeString(parts.to);
+    const char* const to = vrntTypeString(plain.get());
     if (from == nullptr || to == nullptr) throw std::bad_alloc();
     return fmt::format("a value of the type {} does not fit the type {}", from, to);
   }
@@ -133,7 +142,7 @@ class ConversionCheck {
       vrntValueView_t to{};
       vrntValueStructField(&from, parts.from, i);
       vrntValueStructField(&to, parts.to, target->second);
-      open_.push_back({from.type, to.type, parts.data + from.offset, parts.path + "/" + label});
+      open_.push_back({from.type, to.type, parts.data + from.offset, pathTo(parts.path, label)});
     }
   }
 
@@ -154,7 +163,7 @@ class ConversionCheck {
       vrntValueArrayElement(&target, parts.to, index.data());
       if (vrntTypeIsSubType(source.type, target.type) != 0) return;
       std::string path = parts.path;
-      for (std::uint32_t d = rank; d-- > 0;) path += '/' + std::to_string(index[d]);
+      for (std::uint32_t d = rank; d-- > 0;) path = pathTo(path, std::to_string(index[d]));
       open_.push_back({source.type, target.type, parts.data + source.offset, std::move(path)});
       std::uint32_t d = 0;
       while (d < rank && ++index[d] >= std::min(from[d], to[d])) index[d++] = 0;

@@ -9,6 +9,7 @@
 #include <new>
 #include <string>
 #include <string_view>
+#include <unordered_map>
 #include <utility>
 #include <vector>
 
@@ -276,6 +277,19 @@ class TypedText {
     const std::uint32_t count = vrntTypeFieldCount(type);
     const auto labelAt = [type](std::uint32_t i) { return vrntTypeFieldLabel(type, i); };
     std::vector<bool> given(count);
+    // A search of the fields one by one would take too long for many.
+    constexpr std::uint32_t kFew = 16;
+    std::unordered_map<std::string_view, std::uint32_t> byLabel;
+    for (std::uint32_t i = 0; count > kFew && i < count; ++i) byLabel.emplace(labelAt(i), i);
+    const auto fieldOf = [&](std::string_view label) {
+      if (count > kFew) {
+        const auto known = byLabel.find(label);
+        return known != byLabel.end() ? known->second : count;
+      }
+      std::uint32_t field = 0;
+      while (field < count && label != labelAt(field)) ++field;
+      return field;
+    };
     while (!take('}')) {
       blanks();
       const std::size_t start = at_;
@@ -283,8 +297,7 @@ class TypedText {
       if (label.empty()) {
         fail(start, fmt::format("expected the label of a field or '}}', found {}", found()));
       }
-      std::uint32_t field = 0;
-      while (field < count && label != labelAt(field)) ++field;
+      const std::uint32_t field = fieldOf(label);
       if (field == count) {
         fail(start, fmt::format("the struct has no field '{}'{}", label,
                                 suggestion(label, count, labelAt)));
@@ -635,7 +648,9 @@ class TypedText {
     const bool isNegative = !text.empty() && text.front() == '-';
     if (isNegative) text.remove_prefix(1);
     while (text.size() > 1 && text.front() == '0') text.remove_prefix(1);
-    return readInt((isNegative ? "-" : "") + std::string(text), min, max, number);
+    std::string digits(isNegative ? 1 : 0, '-');
+    digits.append(text);
+    return readInt(digits, min, max, number);
   }
 
   // The number as JSON has it: people write "+1", "1.", ".5" and "007".

@@ -36,6 +36,7 @@
 #include "vornath_toolkit/vrtk_diff.h"
 #include "vornath_toolkit/vrtk_digest.h"
 #include "vornath_toolkit/vrtk_error.h"
+#include "vornath_toolkit/vrtk_file.h"
 #include "vornath_toolkit/vrtk_json.h"
 #include "vornath_toolkit/vrtk_scene.h"
 #include "vornath_toolkit/vrtk_storage.h"

@@ -43,8 +43,9 @@ typedef struct vrtkExportOptions {
                                 made if it does not exist and the scene has assets. Null: no file
                                 is written */
   const char* assetPrefix; /**< what stands before the file's name in the document, such as
-                                "box.assets/". Null: the document names no files, only the size and
-                                the digest of each asset */
+                                "box.assets/". Null: nothing if there is an asset folder; without
+                                one, the document names no files, only the size and the digest of
+                                each asset */
 } vrtkExportOptions;
 
 /** The default options, as in `vrtkExportOptions options = VRTK_EXPORT_OPTIONS_INIT;`: the sparse
@@ -182,11 +183,11 @@ VRTK_API uint32_t vrtkSceneBuildFile(const char* path, const vrtkBuildOptions* o
 /* Single values. */
 
 /**
- * Returns what an address names, as JSON in the full form. The bytes of assets are given by their
- * size and digest; vrtkSceneGetBytes() returns them. `*json` receives a new string; free it with
- * vrtkStringDestroy().
- * Errors: VRTK_ADDRESS_UNKNOWN with the part of the address that names nothing, and the nearest
- * name; VRTK_VALUE_CYCLE; VRTK_OUT_OF_MEMORY.
+ * Returns what an address names, as JSON in the full form, without a line feed at its end. The
+ * bytes of assets are given by their size and digest; vrtkSceneGetBytes() returns them. `*json`
+ * receives a new string; free it with vrtkStringDestroy(). Errors: VRTK_ADDRESS_UNKNOWN with the
+ * part of the address that names nothing, and the nearest name; VRTK_VALUE_CYCLE;
+ * VRTK_OUT_OF_MEMORY.
  */
 VRTK_API uint32_t vrtkSceneGet(const vrdmScene_t* scene, const char* address, char** json,
                                vrtkError** error);

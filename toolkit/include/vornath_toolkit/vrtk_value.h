@@ -216,7 +216,9 @@ enum {
  * "softMax", "name", "description", "unit", "choices"}]}`. Members of a part that do not apply are
  * left out. The parts are the fields of structs, at any depth; an array is one part, followed by
  * the parts of its element with "[]" in their paths if that is a struct. Numbers are as in the JSON
- * form of a scene.
+ * form of a scene. Paths and types of parts that are longer than people read are cut, and end in
+ * "...". Defaults and limits are left out of arrays of more than 64 elements, and of types of more
+ * than 16 MiB.
  *
  * `*description` receives a new string; free it with vrtkStringDestroy().
  * Errors: VRTK_INVALID_ARGUMENT for another form; VRTK_OUT_OF_MEMORY.
