@@ -571,6 +571,7 @@ FUNCTIONS = {
     "vrtkErrorDestroy": (None, (c_void_p,)),
     "vrtkErrorMessage": (c_char_p, (c_void_p,)),
     "vrtkErrorPlace": (c_bool, (c_void_p, c_void_p,)),
+    "vrtkFileSave": (c_uint32, (c_void_p, c_uint64, c_char_p, c_void_p, c_void_p,)),
     "vrtkJsonReportCount": (c_uint64, (c_void_p,)),
     "vrtkJsonReportDestroy": (None, (c_void_p,)),
     "vrtkJsonReportJson": (c_uint32, (c_void_p, c_void_p, c_void_p,)),
