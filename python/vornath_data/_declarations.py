@@ -144,6 +144,16 @@ class vrtkClassInfo(Structure):
     ]
 
 
+class vrtkGroupPlace(Structure):
+    _fields_ = [
+        ("scene", c_void_p),
+        ("value", c_void_p),
+        ("objectClass", c_uint32),
+        ("index", c_int32),
+        ("group", c_uint32),
+    ]
+
+
 class vrtkDiffOptions(Structure):
     _fields_ = [
         ("structSize", c_uint64),
@@ -608,6 +618,7 @@ FUNCTIONS = {
     "vrtkSceneExportString": (c_uint32, (c_void_p, c_void_p, c_void_p, c_void_p, c_void_p,)),
     "vrtkSceneGet": (c_uint32, (c_void_p, c_char_p, c_void_p, c_void_p,)),
     "vrtkSceneGetBytes": (c_uint32, (c_void_p, c_char_p, c_void_p, c_void_p, c_void_p,)),
+    "vrtkSceneGroupSet": (c_uint32, (c_void_p,)),
     "vrtkSceneImport": (c_uint32, (c_void_p, c_void_p, c_void_p, c_void_p,)),
     "vrtkSceneLiveSlots": (c_uint32, (c_void_p, c_uint32, c_void_p, c_uint64, c_void_p, c_void_p,)),
     "vrtkSceneOpen": (c_uint32, (c_char_p, c_void_p, c_void_p, c_void_p, c_void_p,)),

@@ -194,5 +194,68 @@ TEST(vrtkSceneColumnGet, ReadsNothingForNoObjects) {
             VRTK_OK);
 }
 
+// A value of the group "General" of a Camera with another near_distance.
+ValueHandle generalWith(const SceneHandle& scene, float nearDistance) {
+  vrntValue_t* value = vrdmGetDataValue(scene.get(), VRDM_CLASS_CAMERA, 0, kGeneral);
+  vrntValuesError_t* error = nullptr;
+  vrntValueWrite(&value, kNearDistance, &nearDistance, sizeof nearDistance, &error);
+  EXPECT_EQ(error, nullptr);
+  return ValueHandle(value);
+}
+
+TEST(vrtkSceneGroupSet, WritesAGroupAndCountsTheChangeAsTheLibraryDoes) {
+  const SceneHandle one = camerasWithAGap();
+  const SceneHandle other = camerasWithAGap();
+  const ValueHandle value = generalWith(one, 0.25F);
+  const vrtkGroupPlace place{one.get(), value.get(), VRDM_CLASS_CAMERA, 2, kGeneral};
+  EXPECT_EQ(vrtkSceneGroupSet(&place), VRTK_OK);
+  ASSERT_TRUE(vrdmSetDataValue(other.get(), VRDM_CLASS_CAMERA, 2, kGeneral, value.get()));
+  EXPECT_EQ(fieldOf(one, 2, kNearDistance), 0.25F);
+  EXPECT_EQ(fieldOf(one, 0, kNearDistance), 0.0F);
+  using vrnt::data::CameraDesc;
+  const auto& a = std::as_const(*one).container<CameraDesc>().at(2);
+  const auto& b = std::as_const(*other).container<CameraDesc>().at(2);
+  EXPECT_EQ(a.version, b.version);
+  EXPECT_EQ(a.groupVersions, b.groupVersions);
+  EXPECT_EQ(one->versions.version, other->versions.version);
+  EXPECT_EQ(one->versions.classes, other->versions.classes);
+}
+
+TEST(vrtkSceneGroupSet, WritesAGroupOfTheWholeScene) {
+  const SceneHandle scene(vrdmCreateScene());
+  vrntValue_t* raytracer = vrdmGetSceneDataValue(scene.get(), 2);
+  const float epsilon = 0.5F;
+  vrntValuesError_t* error = nullptr;
+  vrntValueWrite(&raytracer, 0, &epsilon, sizeof epsilon, &error);
+  ASSERT_EQ(error, nullptr);
+  const ValueHandle value(raytracer);
+  const vrtkGroupPlace place{scene.get(), value.get(), VRDM_CLASS_SCENE_DATA, -1, 2};
+  EXPECT_EQ(vrtkSceneGroupSet(&place), VRTK_OK);
+  const ValueHandle found(vrdmGetSceneDataValue(scene.get(), 2));
+  EXPECT_EQ(std::memcmp(vrntValueData(found.get()), &epsilon, sizeof epsilon), 0);
+}
+
+TEST(vrtkSceneGroupSet, RefusesWhatIsNoPlaceAndAValueOfAnotherType) {
+  const SceneHandle scene = camerasWithAGap();
+  const ValueHandle value = generalWith(scene, 0.25F);
+  const ValueHandle wrong(vrdmGetSceneDataValue(scene.get(), 2));
+  const vrtkGroupPlace right{scene.get(), value.get(), VRDM_CLASS_CAMERA, 0, kGeneral};
+  std::vector<vrtkGroupPlace> places(9, right);
+  places[0].scene = nullptr;
+  places[1].value = nullptr;
+  places[2].objectClass = 18;
+  places[3].objectClass = VRDM_CLASS_MESH;
+  places[4].objectClass = VRDM_CLASS_SCENE_DATA;
+  places[5].index = 1;
+  places[6].index = -1;
+  places[7].group = 99;
+  places[8].value = wrong.get();
+  for (std::size_t i = 0; i < places.size(); ++i) {
+    EXPECT_EQ(vrtkSceneGroupSet(&places[i]), VRTK_INVALID_ARGUMENT) << i;
+  }
+  EXPECT_EQ(vrtkSceneGroupSet(nullptr), VRTK_INVALID_ARGUMENT);
+  EXPECT_EQ(fieldOf(scene, 0, kNearDistance), 0.0F);
+}
+
 }  // namespace
 }  // namespace vornath_test

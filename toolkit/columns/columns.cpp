@@ -166,3 +166,19 @@ std::uint32_t vrtkSceneColumnSet(vrdmScene_t* scene, std::uint32_t objectClass, 
     scene->versions.version += static_cast<std::uint32_t>(count);
   });
 }
+
+std::uint32_t vrtkSceneGroupSet(const vrtkGroupPlace* place) {
+  return guarded(nullptr, [&] {
+    bool stored = false;
+    if (place != nullptr && place->scene != nullptr && place->value != nullptr) {
+      if (place->objectClass == VRDM_CLASS_SCENE_DATA) {
+        stored = vrdmSetSceneDataValue(place->scene, place->group, place->value);
+      } else if (vrdmValid(place->scene, place->objectClass, place->index)) {
+        stored = vrdmSetDataValue(place->scene, place->objectClass, place->index, place->group,
+                                  place->value);
+      }
+    }
+    // Without a message: the caller gets the status alone.
+    if (!stored) refuse(std::string());
+  });
+}

@@ -1,6 +1,6 @@
 /*
- * Columns: a part of one group of many objects as one array, read and written with one call. vrtk.h
- * has the rules for all functions.
+ * Columns: a part of one group of many objects as one array, read and written with one call; and a
+ * group of one object, written by a call with one argument. vrtk.h has the rules for all functions.
  *
  * A part is given by its offset and its size in bytes in the group, as vrntValueStructField() tells
  * them. Its bytes are copied as they are: a column of a float field is an array of floats.
@@ -48,6 +48,25 @@ VRTK_API uint32_t vrtkSceneColumnSet(vrdmScene_t* scene, uint32_t objectClass, u
                                      uint64_t offset, uint64_t size, const int32_t* slots,
                                      uint64_t count, const void* bytes, uint64_t stride,
                                      vrtkError** error);
+
+/** A group of one object, or of the whole scene, and the value to write to it. */
+typedef struct vrtkGroupPlace {
+  vrdmScene_t* scene;
+  const vrntValue_t* value; /**< of the group's type; borrowed during the call */
+  uint32_t objectClass;     /**< VRDM_CLASS_SCENE_DATA for a group of the whole scene */
+  int32_t index;            /**< the slot of the object; not read for VRDM_CLASS_SCENE_DATA */
+  uint32_t group;
+} vrtkGroupPlace;
+
+/**
+ * Writes a group as vrdmSetDataValue() and vrdmSetSceneDataValue() do. For hosts in other
+ * languages, for which a call with one argument is quicker: they prepare the place once, change the
+ * value, and call this after each change. Errors: VRTK_INVALID_ARGUMENT for null, a null member, a
+ * class that has no such group, a slot without a live object, and a value of another type;
+ * VRTK_OUT_OF_MEMORY. Nothing is written then; the change counters of the class and of the scene
+ * may count the attempt.
+ */
+VRTK_API uint32_t vrtkSceneGroupSet(const vrtkGroupPlace* place);
 
 VRNT_END_DECLS
 
