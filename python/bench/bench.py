@@ -70,7 +70,7 @@ def main():
 
     row("set a field", best(set_field, 100_000) - best(lambda: None, 100_000), empty, 6)
 
-    handle = ctypes.c_void_p(scene._handle.address)
+    handle = ctypes.c_void_p(scene._handle.value)
 
     def get_value():
         capi.vrntValueDestroy(capi.vrdmGetDataValue(handle, 8, 0, 1))

@@ -1,4 +1,5 @@
 """Lifetimes and threads: nothing reads freed memory. These tests also run under AddressSanitizer."""
+import contextlib
 import gc
 import os
 import sys
@@ -33,6 +34,7 @@ def test_every_use_after_close_raises_closed_error():
     cut, emitters = shape.cut_planes.cut, scene.LightGroup[0].emitters
     assert general.near_distance == 0.0 and matrix.x[0] == 1.0 and groups.ray_epsilon > 0
     objects = scene.Shape
+    assert len(objects) == 1 and list(objects) == [shape]  # now their slots are known
     scene.close()
     scene.close()
     assert scene.closed
@@ -130,6 +132,40 @@ def test_deleting_in_any_order():
         for index in order:
             things[index] = None
         gc.collect()
+
+
+def test_a_finaliser_that_closes_the_scene_while_a_call_is_made_frees_nothing_under_the_call():
+    class Closer:
+        def __del__(self):
+            with contextlib.suppress(vd.ConcurrentUseError):  # It runs in a call that holds the scene.
+                self.scene.close()
+
+    thresholds = gc.get_threshold()
+    uses = [lambda s, c: len(s.Shape), lambda s, c: s.Shape[0], lambda s, c: c.value, lambda s, c: c.program,
+            lambda s, c: setattr(c.general, "near_distance", 0.5), lambda s, c: s.Camera[0].general.to_dict(),
+            lambda s, c: s.to_bytes(), lambda s, c: s.Mesh[0].positions, lambda s, c: s.CameraProgram[0].text]
+    for use in uses:
+        closed = 0
+        for threshold in range(1, 20, 2):
+            scene = box()
+            camera = scene.Camera[0]
+            closer = Closer()
+            closer.scene, closer.cycle = scene, closer
+            gc.collect()
+            gc.set_threshold(threshold)
+            try:
+                del closer
+                with contextlib.suppress(vd.ClosedError):
+                    for _ in range(50):
+                        use(scene, camera)
+            finally:
+                gc.set_threshold(*thresholds)
+            gc.collect()
+            closed += scene.closed
+            scene.close()
+            with pytest.raises(vd.ClosedError):
+                use(scene, camera)
+        assert closed
 
 
 def test_an_exception_in_a_block_closes_the_scene():
@@ -401,7 +437,7 @@ import vornath_data as vd
 from vornath_data import capi
 scene = vd.Scene()
 scene.Mesh.add(np.zeros(36, "u4"), triangles=1, vertices=3)
-address, scene._handle.address = scene._handle.address, 0
+address, scene._handle.value = scene._handle.value, 0
 """)
     assert (done.returncode, done.stdout, done.stderr) == (0, "destroyed\n", "")
 

@@ -132,6 +132,20 @@ def test_texts_in_groups_are_str(scene):
     (lambda c: setattr(c.transformation.matrix, "x", (1, 2)), vd.TypeMismatch, ""),
     (lambda c: c.general.update(near=1), vd.UnknownName, "no field 'near'; did you mean"),
     (lambda c: setattr(c.general, "nothing", 1), AttributeError, "nothing"),
+    (lambda c: setattr(c.general, "near_distanc", 0.5), vd.UnknownName,
+     "Camera/0/groups/General has no field 'near_distanc'; did you mean 'near_distance'?"),
+    (lambda c: setattr(c.general, "to_dict", 0.5), vd.UnknownName, "no field 'to_dict'"),
+    (lambda c: c.general.__setitem__("near_distanc", 0.5), vd.UnknownName, "did you mean 'near_distance'"),
+    (lambda c: setattr(c.transformation.matrix, "xx", (1, 2, 3, 4)), vd.UnknownName,
+     "Camera/0/groups/Transformation has no field 'xx'; did you mean 'x'?"),
+    (lambda c: setattr(c.transformation, "matrx", {}), vd.UnknownName, "did you mean 'matrix'"),
+    (lambda c: c.groups.__setitem__("Genral", {}), vd.UnknownName, "did you mean 'General'"),
+    (lambda c: c.slots.__setitem__("progam", None), vd.UnknownName, "did you mean 'program'"),
+    (lambda c: setattr(c, "progam", None), vd.UnknownName, "did you mean 'program'"),
+    (lambda c: setattr(c, "index", 3), AttributeError, "'index' of a Camera cannot be assigned to"),
+    (lambda c: setattr(c.scene.groups, "raytracr", {}), vd.UnknownName, "did you mean 'Raytracer'"),
+    (lambda c: setattr(c.scene.groups.raytracer, "ray_epsilo", 1.0), vd.UnknownName,
+     "scene/Raytracer has no field 'ray_epsilo'; did you mean 'ray_epsilon'?"),
     (lambda c: c.general.nothing, vd.UnknownName, "has no field 'nothing'"),
     (lambda c: setattr(c, "genral", 1), vd.UnknownName, "did you mean 'general'"),
     (lambda c: c.genral, AttributeError, "did you mean 'general'"),
@@ -422,3 +436,12 @@ def test_shows_itself(filled):
     assert repr(filled.Shape[0]) == "<Shape 0: material 0, mesh 0>"
     assert "Camera" in dir(filled) and "save" in dir(filled)
     assert repr(filled.Camera[0].general).startswith("Camera/0/groups/General {'near_distance': 0.25")
+
+
+def test_misspelt_members_of_programs_and_assets_are_refused(filled):
+    for thing, name, nearest in ((filled.CameraProgram[0], "txt", "text"), (filled.Mesh[0], "positons", "positions"),
+                                 (filled.Texture[0], "widht", "width")):
+        with pytest.raises(vd.UnknownName, match=f"has no '{name}'; did you mean '{nearest}'"):
+            setattr(thing, name, 1)
+        with pytest.raises(AttributeError, match=f"'{nearest}' of a {thing.class_name} cannot be assigned to"):
+            setattr(thing, nearest, 1)

@@ -38,7 +38,8 @@ text: str = program.text if program is not None else ""
 visible: bool = scene.Shape[0].target.visible_in_mask
 """
     wrong = ["scene.Camera[0].genral", "scene.Camera[0].general.near_distanc", "scene.Camra",
-             'scene.Camera[0].general.near_distance = "x"', "scene.Shape[0].value", "scene.Mesh[0].general",
+             'scene.Camera[0].general.near_distance = "x"', "scene.Camera[0].general.near_distanc = 1.0",
+             "scene.Camera[0].progam = None", "scene.Shape[0].value", "scene.Mesh[0].general",
              "vd.Scene.opn", 'scene.Camera[0].backplate.mode = "FIT"']
     (tmp_path / "host.py").write_text(right + "\n".join(wrong) + "\n")
     (tmp_path / "mypy.ini").write_text(f"[mypy]\nmypy_path = {PACKAGE}\nstrict = true\n")

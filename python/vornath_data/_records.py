@@ -9,19 +9,20 @@ from __future__ import annotations
 
 import ctypes
 import struct
-from collections.abc import Callable, Iterator, MutableMapping, Sequence
-from functools import lru_cache, partial
+from collections.abc import Callable, Iterable, Iterator, MutableMapping, Sequence
+from functools import lru_cache
 from typing import TYPE_CHECKING, Any
 
 import numpy
 
+from . import _declarations
 from ._layout import _CODES, SCALARS, Array, Encoder, check_number, is_text
 from ._library import quick, undeclared
 from ._status import no_name
 from .catalogue import SCENE_DATA
 from .catalogue import Group as GroupInfo
 from .errors import ConcurrentUseError
-from .types import Type
+from .types import Field, Type
 from .values import Block, Value
 
 if TYPE_CHECKING:
@@ -30,10 +31,10 @@ if TYPE_CHECKING:
 _get_value = quick.vrdmGetDataValue
 _get_scene_value = quick.vrdmGetSceneDataValue
 _destroy = quick.vrntValueDestroy
-# Without declared arguments and results, whose conversion takes longer than the call. What they are given
-# are void pointers and numbers of 32 bits.
-_set_value = undeclared("vrdmSetDataValue")
-_set_scene_value = undeclared("vrdmSetSceneDataValue")
+# Without a declared argument and result, whose conversion takes longer than the call.
+_store = undeclared("vrtkSceneGroupSet")
+# What a group is written to that was not read yet, as large as the largest one; nothing reads it.
+_SCRATCH = bytearray()
 
 
 @lru_cache(maxsize=None)
@@ -65,6 +66,9 @@ class Fields(MutableMapping[str, Any]):
             if name.startswith("__"):
                 raise AttributeError(name)
             no_name(f"{self._where()} has no field", name, self._type.fields)
+
+        def __setattr__(self, name: str, thing: Any) -> None:
+            self[name] = thing
 
     def _where(self) -> str:
         return self._group._name()
@@ -119,10 +123,7 @@ class Fields(MutableMapping[str, Any]):
     def to_dict(self) -> dict[str, Any]:
         """Returns the fields as a dict: a struct is a dict, a vector a tuple, an array a list, a text a
         str, and an enum its label."""
-        group = self._group
-        if group._seen != group._scene._epoch:
-            group._refresh()
-        found: dict[str, Any] = self._type._layout.decode(group._buffer, self._offset, None)
+        found: dict[str, Any] = self._type._layout.decode(self._group._bytes(), self._offset, None)
         return found
 
     def value(self) -> Value:
@@ -175,23 +176,38 @@ class Fields(MutableMapping[str, Any]):
         return fields_html(self)
 
 
+class _Copy:
+    """A copy of the bytes of a group.
+
+    seen: the count of the scene's changes when it was made. buffer: the bytes, in a value that `block` holds.
+    arguments: what hands them to the scene; given as one tuple, so that the call makes no object, and the
+    collector runs no code between the last look at the count and the call.
+    """
+
+    __slots__ = ("arguments", "block", "born", "buffer", "index", "scene", "seen")
+    arguments: tuple[Any]
+    buffer: Any
+
+    def __init__(self, scene: Scene, index: int, born: int) -> None:
+        self.scene = scene
+        self.index = index
+        self.born = born
+        self.seen = -2
+        self.block: Block | None = None
+        self.buffer = _SCRATCH
+
+
 class GroupRecord(Fields):
     """A group of an object."""
 
-    __slots__ = ("__weakref__", "_block", "_born", "_buffer", "_index", "_scene", "_seen", "_store")
+    __slots__ = ("__weakref__", "_copy")
     _info: GroupInfo
     _number: int
     _offset = 0
-    _scene: Scene
-    _store: Callable[[], bool]
+    _copy: _Copy
 
     def __init__(self, scene: Scene, index: int, born: int) -> None:
-        self._scene = scene
-        self._index = index
-        self._born = born
-        self._seen = -2
-        self._block: Block | None = None
-        self._buffer: Any = None
+        _set_attribute(self, "_copy", _Copy(scene, index, born))
 
     @property
     def _group(self) -> GroupRecord:  # type: ignore[override]
@@ -200,33 +216,38 @@ class GroupRecord(Fields):
     def _name(self) -> str:
         info = self._info
         return f"scene/{info.name}" if self._number == SCENE_DATA else (
-            f"{info.owner}/{self._index}/groups/{info.name}")
+            f"{info.owner}/{self._copy.index}/groups/{info.name}")
 
     def _refresh(self) -> None:
         """Reads the group from the scene."""
-        scene, number, group = self._scene, self._number, self._info.index
+        copy, number, group = self._copy, self._number, self._info.index
+        scene = copy.scene
         seen = scene._epoch  # before the scene is read: what changes afterwards is noticed
+        if number != SCENE_DATA:
+            scene._check(number, copy.index, copy.born)
+        pointer = scene._pointer
+        if pointer is None:
+            scene._refuse()
         if number == SCENE_DATA:
-            pointer = scene._pointer
-            if pointer is None:
-                scene._refuse()
             address = _get_scene_value(pointer, group)
         else:
-            scene._check(number, self._index, self._born)
-            pointer = scene._pointer
-            if pointer is None:
-                scene._refuse()
-            address = _get_value(pointer, number, self._index, group)
-        if self._block is None:
-            self._buffer = (ctypes.c_char * self._type.size).from_address(address + 48)
-            self._block = Block(address)
-            value = ctypes.c_void_p(address)
-            self._store = (partial(_set_scene_value, pointer, group, value) if number == SCENE_DATA else
-                           partial(_set_value, pointer, number, self._index, group, value))
+            address = _get_value(pointer, number, copy.index, group)
+        if copy.block is None:
+            copy.buffer = (ctypes.c_char * self._type.size).from_address(address + 48)
+            copy.block = Block(address)
+            copy.arguments = (ctypes.byref(_declarations.vrtkGroupPlace(
+                pointer.value, address, number, copy.index, group)),)
         else:
-            ctypes.memmove(self._buffer, address + 48, self._type.size)
+            ctypes.memmove(copy.buffer, address + 48, self._type.size)
             _destroy(address)
-        self._seen = seen
+        copy.seen = seen
+
+    def _bytes(self) -> Any:
+        """Returns the bytes of the group as the scene has them."""
+        copy = self._copy
+        if copy.seen != copy.scene._epoch:
+            self._refresh()
+        return copy.buffer
 
     def _read(self, type: Type, offset: int) -> Any:
         kind = type.kind
@@ -234,52 +255,52 @@ class GroupRecord(Fields):
             return part_class(type)(self, offset)
         if kind == "array" and not is_text(type):
             return Elements(self, type, offset)
-        if self._seen != self._scene._epoch:
-            self._refresh()
-        return type._layout.decode(self._buffer, offset, None)
+        return type._layout.decode(self._bytes(), offset, None)
 
     def _write(self, type: Type, offset: int, thing: Any, path: str, keep: bool = False) -> None:
-        if self._seen != self._scene._epoch:
-            self._refresh()
-        seen = self._seen
+        buffer = self._bytes()
+        seen = self._copy.seen
         if isinstance(thing, Fields):
             thing = thing.to_dict()
         elif isinstance(thing, Elements):
             thing = thing.to_list()
-        whole = bytes(self._buffer) if keep else fresh_bytes(self._number, self._info.index)
+        whole = bytes(buffer) if keep else fresh_bytes(self._number, self._info.index)
         encoder = Encoder(bytearray(whole[offset:offset + type.size]))
         encoder.put(type, 0, thing, f"{self._name()}/{path}" if path else self._name())
         self._commit(offset, bytes(encoder.buffer), seen)
 
     def _reset(self, offset: int, size: int) -> None:
-        if self._seen != self._scene._epoch:
-            self._refresh()
+        self._bytes()
         fresh = fresh_bytes(self._number, self._info.index)
-        self._commit(offset, fresh[offset:offset + size], self._seen)
+        self._commit(offset, fresh[offset:offset + size], self._copy.seen)
 
     def _commit(self, offset: int, data: bytes, seen: int) -> None:
         """Writes bytes to the group, if nothing was changed since `seen`."""
-        scene = self._scene
-        if self._seen != seen or scene._epoch != seen:
+        copy = self._copy
+        scene = copy.scene
+        if copy.seen != seen or scene._epoch != seen:
             self._conflict()
-        ctypes.memmove(ctypes.addressof(self._buffer) + offset, data, len(data))
+        ctypes.memmove(ctypes.addressof(copy.buffer) + offset, data, len(data))
         if scene._epoch != seen:
             self._conflict()
-        scene._epoch = self._seen = seen + 1
-        self._store()
+        scene._epoch = copy.seen = seen + 1
+        _store(*copy.arguments)
 
     def _conflict(self) -> None:
-        self._seen = -2
-        self._scene._live()
+        copy = self._copy
+        copy.seen = -2
+        copy.scene._live()
         raise ConcurrentUseError(f"{self._name()}: the scene was changed while this field was written; "
                                  "one thread at a time may use a scene")
 
     def _value(self, type: Type, offset: int) -> Value:
-        if self._seen != self._scene._epoch:
-            self._refresh()
+        buffer = self._bytes()
         value = type.stripped.zero()
-        ctypes.memmove(value._block.address + 48, ctypes.addressof(self._buffer) + offset, type.size)
+        ctypes.memmove(value._block.address + 48, ctypes.addressof(buffer) + offset, type.size)
         return value
+
+
+_set_attribute = object.__setattr__
 
 
 class PartRecord(Fields):
@@ -288,8 +309,8 @@ class PartRecord(Fields):
     __slots__ = ("_group", "_offset")
 
     def __init__(self, group: GroupRecord, offset: int) -> None:
-        self._group = group
-        self._offset = offset
+        _set_attribute(self, "_group", group)
+        _set_attribute(self, "_offset", offset)
 
 
 class Elements(Sequence[Any]):
@@ -328,10 +349,7 @@ class Elements(Sequence[Any]):
 
     def to_list(self) -> list[Any]:
         """Returns the elements as Python objects."""
-        group = self._group
-        if group._seen != group._scene._epoch:
-            group._refresh()
-        return list(self._type._layout.decode(group._buffer, self._offset, None))
+        return list(self._type._layout.decode(self._group._bytes(), self._offset, None))
 
     def __array__(self, dtype: Any = None, copy: bool | None = None) -> Array:
         array = self._group._value(self._type, self._offset).numpy()
@@ -352,54 +370,95 @@ class Elements(Sequence[Any]):
 
 # Classes with a property for each field.
 
-def _leaf_properties(type: Type, offset: int, label: str) -> property:
-    """Returns the property of a scalar field of a group, at a fixed offset."""
-    kind = type.kind
-    packer = struct.Struct("<" + _CODES[kind])
-    unpack, pack = packer.unpack_from, packer.pack_into
-    exact = {"float": float, "int": int, "bool": bool}.get(kind)
+def _leaf_property(type: Type, offset: int, label: str) -> property:
+    """Returns the property of a scalar field of a group, at a fixed offset. _setter() makes what writes it."""
+    unpack = struct.Struct("<" + _CODES[type.kind]).unpack_from
     labels = dict(enumerate(type.labels))
 
     def refresh_and_read(self: GroupRecord) -> Any:
-        self._refresh()
-        return unpack(self._buffer, offset)[0]
+        return unpack(self._bytes(), offset)[0]
 
-    if kind == "bool":
+    if type.kind == "bool":
         def read(self: GroupRecord) -> Any:
-            if self._seen != self._scene._epoch:
-                self._refresh()
-            return unpack(self._buffer, offset)[0] != 0
-    elif kind == "enum":
+            return unpack(self._bytes(), offset)[0] != 0
+    elif type.kind == "enum":
         def read(self: GroupRecord) -> Any:
-            if self._seen != self._scene._epoch:
-                self._refresh()
-            code = unpack(self._buffer, offset)[0]
+            code = unpack(self._bytes(), offset)[0]
             return labels.get(code, code)
     else:
         def read(self: GroupRecord) -> Any:
-            if self._seen != self._scene._epoch:
+            copy = self._copy
+            if copy.seen != copy.scene._epoch:
                 return refresh_and_read(self)
-            return unpack(self._buffer, offset)[0]
+            return unpack(copy.buffer, offset)[0]
 
     def write(self: GroupRecord, thing: Any) -> None:
-        if thing.__class__ is not exact or exact is bool:
-            thing = check_number(type, kind, _plain(thing), f"{self._name()}/{label}")
-        scene = self._scene
-        if self._seen != scene._epoch:
-            self._refresh()
-        try:
-            pack(self._buffer, offset, thing)
-        except (struct.error, OverflowError):
-            self._seen = -2  # The bytes of the copy are not what they were.
-            check_number(type, kind, thing, f"{self._name()}/{label}")
-            raise
-        seen = self._seen
-        if seen != scene._epoch:
-            self._conflict()
-        scene._epoch = self._seen = seen + 1
-        self._store()
+        setattr(self, label, thing)
 
     return property(read, write, doc=_doc(type, label))
+
+
+_EXACT = {"float": float, "int": int, "bool": bool}
+
+
+def _setter(fields: Iterable[Field]) -> Callable[[GroupRecord, str, Any], None]:
+    """Returns the __setattr__ of a group's class. It writes scalar fields itself: a property for each would
+    be called by a __setattr__ that looks for misspelt names, and two calls take twice the time of one."""
+    writers: dict[str, tuple[Any, Callable[..., None], int]] = {}
+    types = {}
+    for field in fields:
+        kind = field.type.kind
+        if kind in SCALARS:
+            packer = struct.Struct("<" + _CODES[kind])
+            writers[field.label] = _EXACT.get(kind), packer.pack_into, field.offset
+            types[field.label] = field.type
+
+    def check(self: GroupRecord, name: str, thing: Any) -> Any:
+        type = types[name]
+        return check_number(type, type.kind, _plain(thing), f"{self._name()}/{name}")
+
+    def write(self: GroupRecord, name: str, thing: Any) -> None:
+        try:
+            exact, pack, offset = writers[name]
+        except KeyError:
+            self[name] = thing
+            return
+        if type(thing) is not exact:
+            thing = check(self, name, thing)
+        elif thing is True:
+            thing = -1
+        copy = self._copy
+        seen = copy.seen
+        try:
+            pack(copy.buffer, offset, thing)
+        except BaseException:
+            copy.seen = -2  # The bytes of the copy are not what they were.
+            check(self, name, thing)
+            raise
+        scene = copy.scene
+        if scene._epoch != seen:
+            _write_again(self, pack, offset, thing, seen)
+            return
+        scene._epoch = copy.seen = seen + 1
+        _store(*copy.arguments)
+
+    return write
+
+
+def _write_again(self: GroupRecord, pack: Callable[..., None], offset: int, thing: Any, seen: int) -> None:
+    """Writes a field to a group whose copy was made before the scene was changed."""
+    copy = self._copy
+    if copy.seen != seen:
+        self._conflict()
+    copy.seen = -2
+    self._refresh()
+    seen = copy.seen
+    pack(copy.buffer, offset, thing)
+    scene = copy.scene
+    if copy.seen != seen or scene._epoch != seen:
+        self._conflict()
+    scene._epoch = copy.seen = seen + 1
+    _store(*copy.arguments)
 
 
 def _plain(thing: Any) -> Any:
@@ -428,9 +487,11 @@ def _namespace(type: Type, root: bool) -> dict[str, Any]:
         if hasattr(Fields, label):
             continue  # It is reached as an item.
         if root and field.type.kind in SCALARS:
-            names[label] = _leaf_properties(field.type, field.offset, label)
+            names[label] = _leaf_property(field.type, field.offset, label)
         else:
             names[label] = _other_property(field.type, field.offset, label)
+    if root:
+        names["__setattr__"] = _setter(type.fields.values())
     return names
 
 
@@ -438,6 +499,7 @@ def _namespace(type: Type, root: bool) -> dict[str, Any]:
 def group_class(info: GroupInfo, number: int) -> type[GroupRecord]:
     """Returns the class of a group."""
     names = _namespace(info.type, root=True)
+    _SCRATCH.extend(bytes(max(0, info.type.size - len(_SCRATCH))))
     names["_info"] = info
     names["_number"] = number
     return type(_class_name(info.owner, info.name), (GroupRecord,), names)

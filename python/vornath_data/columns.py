@@ -40,6 +40,7 @@ Array = numpy.ndarray[Any, Any]
 
 def live_slots(scene: Scene, number: int) -> Array:
     """Returns the slots of the live objects of a class."""
+    scene._live()
     known: Array | None = scene._lists.get(number)
     if known is not None:
         return known

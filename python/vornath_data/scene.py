@@ -36,22 +36,13 @@ _NONE_IN_LIST = -(2**31)
 T = TypeVar("T", bound="SceneObject")
 
 
-class _Handle:
-    """Owns a scene of the library."""
-
-    __slots__ = ("address",)
-
-    def __init__(self, address: int) -> None:
-        self.address = address
+class _Handle(ctypes.c_void_p):
+    """A scene of the library, destroyed with its last reference. A call holds one as long as it runs, so
+    that code of the collector, which may run while the call is made, cannot close the scene under it."""
 
     def __del__(self, destroy: Any = long.vrdmDestroyScene) -> None:
-        if self.address:
-            destroy(self.address)
-
-    def close(self) -> None:
-        address, self.address = self.address, 0
-        if address:
-            long.vrdmDestroyScene(address)
+        if self.value:
+            destroy(self.value)
 
 
 class SceneObject:
@@ -121,6 +112,21 @@ class SceneObject:
     def to_json(self) -> Any:
         """Returns the object in the JSON form of a scene, as Python objects."""
         return self._scene.get(f"{self._class.name}/{self._index}")
+
+    if not TYPE_CHECKING:
+        def __setattr__(self, name: str, thing: Any) -> None:
+            if name[0] != "_":
+                self._refuse_name(name, ())
+            object.__setattr__(self, name, thing)
+
+    def _refuse_name(self, name: str, names: Iterable[str]) -> NoReturn:
+        """Refuses an assignment to what is no attribute, or cannot be assigned to."""
+        if hasattr(type(self), name):
+            raise AttributeError(f"{name!r} of a {self._class.name} cannot be assigned to")
+        no_name(f"a {self._class.name} has no", name, [*names, *self._names()])
+
+    def _names(self) -> list[str]:
+        return [name for name in object.__dir__(self) if name[0] != "_"]
 
     def __eq__(self, other: object) -> bool:
         if not isinstance(other, SceneObject):
@@ -233,13 +239,13 @@ class Instance(SceneObject):
             else:
                 no_name(f"a {self._class.name} has no", name, self._attributes)
 
-    def __setattr__(self, name: str, thing: Any) -> None:
-        if name[0] == "_" or name in self._attributes:
-            object.__setattr__(self, name, thing)
-        else:
-            no_name(f"a {self._class.name} has no", name, self._attributes)
-
     if not TYPE_CHECKING:  # so that a type checker sees what is misspelt
+        def __setattr__(self, name: str, thing: Any) -> None:
+            if name[0] == "_" or name in self._attributes:
+                object.__setattr__(self, name, thing)
+            else:
+                self._refuse_name(name, self._attributes)
+
         def __getattr__(self, name: str) -> Any:
             if name[0] == "_":
                 raise AttributeError(name)
@@ -756,7 +762,7 @@ class Scene(SceneClasses):
     classes are attributes: scene.Camera, scene.Shape, ...
     """
 
-    __slots__ = ("__weakref__", "_epoch", "_groups", "_handle", "_lists", "_pid", "_pointer", "_removals", "_user")
+    __slots__ = ("__weakref__", "_epoch", "_groups", "_lists", "_open", "_pid", "_pointer", "_removals", "_user")
 
     def __init__(self) -> None:
         address = quick.vrdmCreateScene()
@@ -765,8 +771,8 @@ class Scene(SceneClasses):
         self._take(address)
 
     def _take(self, address: int) -> None:
-        self._handle = _Handle(address)
-        self._pointer: Any = ctypes.c_void_p(address)
+        self._pointer: Any = _Handle(address)
+        self._open = True
         self._epoch = 0
         self._user: int | None = None
         self._removals: dict[tuple[int, int], int] = {}
@@ -784,24 +790,30 @@ class Scene(SceneClasses):
     # Lifetime and use.
 
     @property
+    def _handle(self) -> Any:
+        """The scene of the library for calls of the C functions: its `value` is the address."""
+        return self._pointer
+
+    @property
     def closed(self) -> bool:
         """Whether the scene was closed."""
-        return not self._handle.address
+        return not self._open
 
     def close(self) -> None:
         """Destroys the scene. Arrays over the bytes of its assets stay valid. Does nothing for a closed
         scene. Any other use of it then raises ClosedError."""
-        if self.closed:
+        if not self._open:
             return
         # No call stands between these lines, so that one thread alone closes the scene.
         pointer = self._pointer
         if pointer is None:
             self._refuse()
         self._pointer = None
+        self._open = False
         self._epoch = -1
-        self._handle.close()
         self._groups.clear()
         self._removals.clear()
+        del pointer  # the last reference, unless a call is just made
 
     def __enter__(self) -> Scene:
         self._live()
