@@ -96,11 +96,29 @@ def test_info_has_the_numbers_of_objects(files, client):
 
 def test_a_function_that_hangs_dies_or_raises_costs_its_own_row(files, client):
     paths = [files / "a" / f"{number}.vrnscene" for number in (0, 1, 2, 4, 5)]
-    table = batch.run(sleep_or_die, paths, client=client, timeout=3.0)
+    table = batch.run(sleep_or_die, paths, client=client, timeout=1.5)
     assert [row.ok for row in table] == [True, False, False, False, True]
     assert [row.code for row in table.failed] == ["TIMEOUT", "PROCESS_ENDED", "RuntimeError"]
-    assert "longer than 3 s" in table[1].error and "SIGSEGV" in table[2].error and table[3].error == "four"
-    assert table[4].result == {"name": "5.vrnscene"} and table[1].seconds >= 3.0
+    assert "longer than 1.5 s" in table[1].error and "SIGSEGV" in table[2].error and table[3].error == "four"
+    assert table[4].result == {"name": "5.vrnscene"} and table[1].seconds >= 1.5
+
+
+def test_a_function_that_ends_the_process_when_it_is_loaded_is_told_for_each_file(files, client, tmp_path, monkeypatch):
+    (tmp_path / "ends_when_loaded.py").write_text("import os\nos._exit(7)\n")
+    monkeypatch.syspath_prepend(tmp_path)
+    paths = [files / "a" / f"{number}.vrnscene" for number in range(3)]
+    table = batch.run("ends_when_loaded:work", paths, client=client, timeout=5.0)
+    assert [(row.code, row.error) for row in table] == [("PROCESS_ENDED", "the process ended with the status 7")] * 3
+
+
+def cannot_be_sent_for_one(path):
+    return (lambda: None) if path.endswith("1.vrnscene") else path
+
+
+def test_a_result_that_cannot_be_sent_costs_its_own_row(files, client):
+    paths = [files / "a" / f"{number}.vrnscene" for number in range(3)]
+    table = batch.run(cannot_be_sent_for_one, paths, client=client)
+    assert [row.ok for row in table] == [True, False, True] and "pickle" in table[1].error
 
 
 def test_a_function_of_a_notebook_is_sent_as_it_is(files, client):

@@ -169,7 +169,7 @@ def check(source: str | os.PathLike[str] | bytes, *, max_memory: int = 0, max_me
     return _take(report, file)
 
 
-def check_json(path: str, max_memory: int, max_messages: int) -> tuple[str, bool]:
+def check_json(path: str, max_memory: int, max_messages: int) -> tuple[bytes, bool]:
     """Returns the report of a file as a JSON document, and whether the file is valid."""
     report, text, error = ctypes.c_void_p(), ctypes.c_void_p(), ctypes.c_void_p()
     status = long.vrtkCheckFile(os.fsencode(path), ctypes.byref(_limits(max_memory, max_messages)),
@@ -180,9 +180,13 @@ def check_json(path: str, max_memory: int, max_messages: int) -> tuple[str, bool
         status = quick.vrtkReportJson(report, ctypes.byref(text), ctypes.byref(error))
         if status:
             raise toolkit_error(status, error)
-        return take_toolkit_string(text.value), bool(quick.vrtkReportValid(report))
+        valid = bool(quick.vrtkReportValid(report))
     finally:
         quick.vrtkReportDestroy(report)
+    try:
+        return ctypes.string_at(text.value or 0), valid
+    finally:
+        quick.vrtkStringDestroy(text)
 
 
 def open_scene(source: str | os.PathLike[str] | bytes, max_memory: int, max_messages: int,

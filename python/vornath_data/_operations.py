@@ -12,13 +12,18 @@ import pickle
 import struct
 import sys
 import time
-import traceback
+import zlib
 from collections.abc import Callable
-from functools import lru_cache
+from functools import lru_cache, partial
 from typing import Any, BinaryIO
 
 LENGTH = struct.Struct("<I")
+HEAD = struct.Struct("<II")  # of an answer: its bytes, and the number of its rows
 INTERVAL = 0.05  # seconds between answers: to answer for each file takes longer than to check a small one
+# What a row begins with. Each goes on with the seconds; then come for a document its text and whether it is
+# one that people look for, for a result the result, and for an error its code and its message.
+DOCUMENT, RESULT, ERROR = 0, 1, 2
+FileRow = tuple[Any, ...]
 READY = b"ready\n"  # what the process writes when it has started
 
 
@@ -30,12 +35,9 @@ class Document:
 
     __slots__ = ("found", "text")
 
-    def __init__(self, text: str, found: bool = False) -> None:
+    def __init__(self, text: bytes | str, found: bool = False) -> None:
         self.text = text
         self.found = found
-
-    def __reduce__(self) -> tuple[Any, ...]:
-        return Document, (self.text, self.found)
 
 
 def check(path: str, *, max_memory: int = 0, max_messages: int = 100) -> Document:
@@ -111,17 +113,47 @@ def load(work: dict[str, Any]) -> Callable[[str], Any]:
     return made
 
 
-def run_one(function: Callable[[str], Any], path: str) -> dict[str, Any]:
-    """Returns the row of a file, without its name."""
+def run_one(function: Callable[[str], Any], path: str) -> FileRow:
+    """Returns the row of a file."""
     start = time.perf_counter()
     try:
-        row = {"ok": True, "result": function(path)}
+        result = function(path)
     except Exception as problem:
-        code = getattr(problem, "code", None) or problem.__class__.__name__
-        row = {"ok": False, "error": {"code": str(code), "message": str(problem)}}
-        if not hasattr(problem, "code"):
-            row["error"]["traceback"] = traceback.format_exc()
-    row["seconds"] = time.perf_counter() - start
+        code = str(getattr(problem, "code", None) or problem.__class__.__name__)
+        return ERROR, time.perf_counter() - start, code, str(problem)
+    seconds = time.perf_counter() - start
+    if result.__class__ is Document:
+        return DOCUMENT, seconds, result.text, result.found
+    return RESULT, seconds, result
+
+
+def _fail(problem: Exception, path: str) -> None:
+    """Stands for a function that cannot be loaded."""
+    raise problem
+
+
+def pack(rows: list[FileRow]) -> bytes:
+    """Returns rows as bytes. The documents of many files are much alike, so that they take little time to
+    compress, and less than the processes between here and the client would take to pass them on."""
+    try:
+        data = pickle.dumps(rows)
+    except Exception:
+        data = pickle.dumps([_sendable(row) for row in rows])
+    return zlib.compress(data, 1)
+
+
+def unpack(data: bytes) -> list[FileRow]:
+    """Returns the rows of bytes that pack() made."""
+    rows: list[FileRow] = pickle.loads(zlib.decompress(data))
+    return rows
+
+
+def _sendable(row: FileRow) -> FileRow:
+    """Returns a row, or for one with a result that cannot be sent, a row that says so."""
+    try:
+        pickle.dumps(row)
+    except Exception as problem:
+        return ERROR, row[1], problem.__class__.__name__, str(problem)
     return row
 
 
@@ -140,29 +172,32 @@ def serve() -> None:
     answers.flush()
     questions = sys.stdin.buffer
     loaded: dict[bytes, Callable[[str], Any]] = {}
+
+    def send(rows: list[FileRow]) -> None:
+        data = pack(rows)
+        answers.write(HEAD.pack(len(data), len(rows)) + data)
+        answers.flush()
+
     while True:
         try:
             key, paths, careful = _read(questions)
         except EOFError:
             return
-        waiting: list[bytes] = []
+        if key not in loaded:
+            try:
+                loaded[key] = load(pickle.loads(key))
+            except Exception as problem:
+                loaded[key] = partial(_fail, problem)
+            send([])  # The time of the first file begins when the function is loaded.
+        function = loaded[key]
+        waiting: list[FileRow] = []
         sent = time.monotonic()
         for path in paths:
-            row: dict[str, Any]
-            try:
-                if key not in loaded:
-                    loaded[key] = load(pickle.loads(key))
-                row = run_one(loaded[key], path)
-                data = pickle.dumps(row)
-            except Exception as problem:  # The function cannot be loaded, or its result not be sent.
-                data = pickle.dumps({"ok": False, "seconds": 0.0, "error": {
-                    "code": problem.__class__.__name__, "message": str(problem)}})
-            waiting.append(LENGTH.pack(len(data)) + data)
+            waiting.append(run_one(function, path))
             now = time.monotonic()
             if careful or now - sent > INTERVAL:
-                answers.write(b"".join(waiting))
-                answers.flush()
-                waiting.clear()
+                send(waiting)
+                waiting = []
                 sent = now
-        answers.write(b"".join(waiting))
-        answers.flush()
+        if waiting:
+            send(waiting)

@@ -24,7 +24,7 @@ import sys
 from collections.abc import Callable, Iterable, Iterator, Sequence
 from typing import Any
 
-from ._operations import OPERATIONS, Document
+from ._operations import DOCUMENT, ERROR, OPERATIONS, Document, FileRow, unpack
 from ._worker import run_chunk
 
 __all__ = ["Row", "Table", "expand", "run"]
@@ -222,12 +222,12 @@ def run(function: str | Callable[[str], Any], files: str | os.PathLike[str] | It
         for future, answers in distributed.as_completed(futures, with_results=True, raise_errors=False):
             start = place[future.key]
             chunk = paths[start:start + size]
-            if future.status != "finished":  # The worker is lost.
+            if future.status == "finished":
+                found = [row for piece in answers for row in unpack(piece)]
+            else:  # The worker is lost.
                 lost = future.exception()
-                answers = [{"ok": False, "seconds": 0.0, "error": {
-                    "code": lost.__class__.__name__, "message": str(lost)}}] * len(chunk)
-            for offset, (path, answer) in enumerate(zip(chunk, answers)):
-                rows[start + offset] = _row(path, answer)
+                found = [(ERROR, 0.0, lost.__class__.__name__, str(lost))] * len(chunk)
+            rows[start:start + len(chunk)] = map(_row, chunk, found)
             done += len(chunk)
             if progress is not None:
                 progress(done, len(paths))
@@ -240,14 +240,12 @@ def run(function: str | Callable[[str], Any], files: str | os.PathLike[str] | It
     return Table(row for row in rows if row is not None)
 
 
-def _row(path: str, answer: bytes | dict[str, Any]) -> Row:
-    if isinstance(answer, bytes):
-        answer = pickle.loads(answer)
-    assert isinstance(answer, dict)
-    if answer["ok"]:
-        return Row(path, True, answer["seconds"], answer["result"])
-    return Row(path, False, answer["seconds"], code=answer["error"]["code"],
-               error=answer["error"]["message"])
+def _row(path: str, row: FileRow) -> Row:
+    if row[0] == DOCUMENT:
+        return Row(path, True, row[1], Document(row[2], row[3]))
+    if row[0] == ERROR:
+        return Row(path, False, row[1], code=row[2], error=row[3])
+    return Row(path, True, row[1], row[2])
 
 
 # The command.
