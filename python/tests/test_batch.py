@@ -137,6 +137,30 @@ def test_a_function_that_is_not_there_is_told_for_each_file(files, client):
         batch.run(sleep_or_die, [files / "a/0.vrnscene"], client=client, ids=True)
 
 
+def near_distance(scene):
+    return scene.Camera[0].general.near_distance
+
+
+def camera_count(thing: "vd.Scene"):
+    return len(thing.Camera)
+
+
+def name_of_what_is_given(thing):
+    return type(thing).__name__
+
+
+def test_a_function_of_a_scene_gets_the_scene_opened_and_checked(files, client):
+    paths = [files / "a" / f"{number}.vrnscene" for number in (2, 3, 4)]
+    table = batch.run(near_distance, paths, client=client)
+    assert [row.ok and row.result for row in table] == [0.25, False, 0.5] and table[1].code == "FILE_DAMAGED"
+    assert batch.run(camera_count, paths[:1], client=client)[0].result == 1
+    assert batch.run(lambda scene: scene.closed, paths[:1], client=client)[0].result is False
+    for given, name in ((None, "str"), (True, "Scene"), (False, "str")):
+        assert batch.run(name_of_what_is_given, paths[:1], client=client, scene=given)[0].result == name
+    with pytest.raises(TypeError):
+        batch.run("check", paths, client=client, scene=True)
+
+
 def test_no_files_are_an_empty_table():
     assert len(batch.run("check", [])) == 0 and batch.run("check", []).exit_status == 0
 
@@ -159,6 +183,15 @@ def test_the_command_prints_json_lines(files):
 def test_the_command_uses_a_scheduler(files, client):
     done = command("digest", files / "a/0.vrnscene", "--scheduler", client.scheduler.address)
     assert done.returncode == 0 and "sha256:" in done.stdout, done.stderr
+
+
+def test_the_command_runs_a_function_of_a_scene(files, client, tmp_path):
+    (tmp_path / "counts.py").write_text("def cameras(thing):\n    return len(thing.Camera)\n")
+    done = subprocess.run([sys.executable, "-m", "vornath_data.batch", "run", "counts:cameras", "--scene", "--json",
+                           "--scheduler", client.scheduler.address, str(files / "a/0.vrnscene")], cwd=tmp_path,
+                          env={**os.environ, "PYTHONPATH": str(PACKAGE)}, capture_output=True, text=True,
+                          timeout=120, check=False)
+    assert done.returncode == 0 and json.loads(done.stdout)["result"] == 1, done.stderr
 
 
 def test_the_command_tells_that_nothing_matches(tmp_path):

@@ -6,6 +6,7 @@ so that a file that takes too long or ends the process costs only its own row.""
 from __future__ import annotations
 
 import importlib
+import inspect
 import json
 import os
 import pickle
@@ -104,13 +105,34 @@ def load(work: dict[str, Any]) -> Callable[[str], Any]:
             if folder not in sys.path:
                 sys.path.append(folder)
         module, _, name = work["name"].partition(":")
-        thing: Any = importlib.import_module(module)
+        function: Any = importlib.import_module(module)
         for part in name.split("."):
-            thing = getattr(thing, part)
-        function: Callable[[str], Any] = thing
-        return function
-    made: Callable[[str], Any] = pickle.loads(work["function"])
-    return made
+            function = getattr(function, part)
+    else:
+        function = pickle.loads(work["function"])
+    wanted: bool | None = work["scene"]
+    if takes_scene(function) if wanted is None else wanted:
+        return partial(_with_scene, function)
+    of_path: Callable[[str], Any] = function
+    return of_path
+
+
+def takes_scene(function: Callable[..., Any]) -> bool:
+    """Tells whether the first parameter of a function is a scene: by its annotation, or else its name."""
+    try:
+        first = next(iter(inspect.signature(function).parameters.values()))
+    except (StopIteration, TypeError, ValueError):
+        return False
+    if first.annotation is first.empty:
+        return first.name == "scene"
+    name = first.annotation if isinstance(first.annotation, str) else getattr(first.annotation, "__name__", "")
+    return name.rpartition(".")[2] == "Scene"
+
+
+def _with_scene(function: Callable[[Any], Any], path: str) -> Any:
+    from .scene import Scene
+    with Scene.open(path) as scene:
+        return function(scene)
 
 
 def run_one(function: Callable[[str], Any], path: str) -> FileRow:

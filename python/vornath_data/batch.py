@@ -1,5 +1,5 @@
-"""Checks, digests, compares or exports thousands of scene files on Dask, or runs any function of a path
-over them.
+"""Checks, digests, compares or exports thousands of scene files on Dask, or runs any function of a scene or
+of a path over them.
 
     python -m vornath_data.batch check 'scenes/**/*.vrnscene'
     python -m vornath_data.batch diff --reference box.vrnscene --json 'renders/*.vrnscene'
@@ -156,9 +156,11 @@ def expand(patterns: Iterable[str | os.PathLike[str]]) -> list[str]:
 
 # In the client.
 
-def _describe(function: str | Callable[[str], Any], options: dict[str, Any]) -> dict[str, Any]:
+def _describe(function: str | Callable[..., Any], scene: bool | None, options: dict[str, Any]) -> dict[str, Any]:
     """Returns a description of the work that can be sent to other processes."""
     if isinstance(function, str) and function in OPERATIONS:
+        if scene is not None:
+            raise TypeError(f"{function} takes no option 'scene'")
         return {"kind": "operation", "name": function, "options": options}
     if options:
         raise TypeError(f"only {', '.join(OPERATIONS)} take options")
@@ -166,21 +168,24 @@ def _describe(function: str | Callable[[str], Any], options: dict[str, Any]) -> 
     if isinstance(function, str):
         if ":" not in function:
             raise ValueError(f"a function is {', '.join(OPERATIONS)} or module:name, not {function!r}")
-        return {"kind": "import", "name": function, "path": here}
+        return {"kind": "import", "name": function, "path": here, "scene": scene}
     module, name = getattr(function, "__module__", ""), getattr(function, "__qualname__", "")
     if module and module != "__main__" and name and "<" not in name:
-        return {"kind": "import", "name": f"{module}:{name}", "path": here}
+        return {"kind": "import", "name": f"{module}:{name}", "path": here, "scene": scene}
     import cloudpickle
-    return {"kind": "pickle", "function": cloudpickle.dumps(function)}
+    return {"kind": "pickle", "function": cloudpickle.dumps(function), "scene": scene}
 
 
-def run(function: str | Callable[[str], Any], files: str | os.PathLike[str] | Iterable[str | os.PathLike[str]],
-        *, scheduler: str | None = None, processes: int | None = None, timeout: float | None = None,
-        progress: Callable[[int, int], None] | None = None, client: Any = None, **options: Any) -> Table:
+def run(function: str | Callable[..., Any], files: str | os.PathLike[str] | Iterable[str | os.PathLike[str]],
+        *, scene: bool | None = None, scheduler: str | None = None, processes: int | None = None,
+        timeout: float | None = None, progress: Callable[[int, int], None] | None = None, client: Any = None,
+        **options: Any) -> Table:
     """Runs a function over files, and returns a Table with a row for each.
 
     function: "check", "info", "digest", "diff" or "export" with their options, "module:name", or a
-    function of a path whose result can be pickled. files: paths and globs. scheduler: the address of a
+    function of a scene or of a path, whose result can be pickled. scene: True for a function of a scene,
+    which is opened with the check and closed afterwards; False for one of a path; by default, the first
+    parameter decides: a scene is named `scene` or annotated as a Scene. files: paths and globs. scheduler: the address of a
     Dask scheduler; by default, processes of this machine are started. processes: how many; one for each
     core. timeout: seconds for a file. progress: is called with the numbers of finished and of all files.
     client: a Dask client to use.
@@ -189,7 +194,7 @@ def run(function: str | Callable[[str], Any], files: str | os.PathLike[str] | It
     export(output, root, full, inline).
     """
     paths = expand([files] if isinstance(files, (str, os.PathLike)) else files)
-    work = _describe(function, options)
+    work = _describe(function, scene, options)
     if not paths:
         return Table([])
     try:
@@ -264,11 +269,14 @@ def _parser() -> argparse.ArgumentParser:
     commands = parser.add_subparsers(dest="command", required=True, metavar="COMMAND")
     words = {"check": "check files", "info": "tell what is in files", "digest": "compute digests",
              "diff": "compare with a reference", "export": "write the JSON forms",
-             "run": "run a function of a path"}
+             "run": "run a function of a scene or of a path"}
     for name, text in words.items():
         command = commands.add_parser(name, help=text, description=text)
         if name == "run":
             command.add_argument("function", metavar="MODULE:FUNCTION")
+            command.add_argument("--scene", action="store_true", default=None,
+                                 help="the function takes a scene and not a path, also if its first parameter "
+                                      "is not named scene")
         command.add_argument("files", nargs="+", metavar="FILE", help="a path or a glob; ** goes into folders")
         command.add_argument("--json", action="store_true", help="print a JSON object for each file")
         command.add_argument("--scheduler", metavar="ADDRESS", help="the address of a Dask scheduler")
@@ -307,6 +315,8 @@ def main(arguments: Sequence[str] | None = None) -> int:
     elif chosen.command == "diff":
         options = {"reference": os.path.abspath(chosen.reference), "tolerance": chosen.tolerance,
                    "absolute": chosen.absolute}
+    elif chosen.command == "run":
+        options = {"scene": chosen.scene}
     elif chosen.command == "export":
         folders = [os.path.dirname(os.path.abspath(one)) for one in files]
         options = {"output": os.path.abspath(chosen.output), "root": os.path.commonpath(folders),
