@@ -115,3 +115,9 @@ def test_plots_as_svg_without_matplotlib(tmp_path, monkeypatch):
     assert ET.parse(tmp_path / "x.svg").getroot().tag.endswith("svg")
     with pytest.raises(ImportError):
         vd.plot_spectrum(sampled(), tmp_path / "x.png")
+
+
+def test_all_groups_of_an_object_and_of_a_scene_show_themselves(scene):
+    text = scene.Camera.add().groups._repr_html_()
+    assert text.count("<details>") == 4 and "near_distance" in text
+    assert "ray_epsilon" in scene.groups._repr_html_()

@@ -1,8 +1,10 @@
 """Scenes, objects, groups, slots and the catalogue."""
 import copy
+import inspect
 import json
 import os
 import pickle
+import pydoc
 
 import pytest
 
@@ -445,3 +447,29 @@ def test_misspelt_members_of_programs_and_assets_are_refused(filled):
             setattr(thing, name, 1)
         with pytest.raises(AttributeError, match=f"'{nearest}' of a {thing.class_name} cannot be assigned to"):
             setattr(thing, nearest, 1)
+
+
+def test_the_objects_of_a_class_are_equal_to_themselves(scene):
+    assert scene.Camera == scene["Camera"] and hash(scene.Camera) == hash(scene["Camera"])
+    assert scene.Camera != scene.Shape and scene.Camera != 1
+    with vd.Scene() as other:
+        assert scene.Camera != other.Camera
+
+
+def test_help_tells_what_a_class_a_group_and_a_field_are(scene):
+    camera = scene.Camera.add()
+    text = pydoc.plain(pydoc.render_doc(camera))
+    assert "An object of the class Camera." in text and "general: the group 'General': near_distance," in text
+    assert "program: the reference slot 'program': a CameraProgram." in text
+    assert "value: the parameters of its program, a Value." in text
+    text = pydoc.plain(pydoc.render_doc(type(camera.general)))
+    assert "General settings for a camera instance" in text
+    near = inspect.getdoc(type(camera.general).near_distance)
+    assert near.startswith("Near Distance (float). ") and "Default: 0.0. Limits: from 0.0." in near
+    assert "one of 'DISABLED', 'FIT_SIZE'" in inspect.getdoc(type(camera.backplate).mode)
+    for entry in vd.catalogue():
+        for group in entry.groups.values():
+            kind = type(getattr(scene[entry.name].add(), group.attribute))
+            for label, field in group.fields.items():
+                doc = inspect.getdoc(getattr(kind, label))
+                assert field.name in doc and field.description.strip() in doc

@@ -1,8 +1,11 @@
 """JSON, differences, digests, merging, limits and the forms of the catalogue."""
 import json
+import pickle
+import re
 
 import numpy as np
 import pytest
+from conftest import ROOT
 
 import vornath_data as vd
 from vornath_data import limits
@@ -189,3 +192,32 @@ def test_a_removed_field_breaks():
     text = vd.catalogue_text("json")
     changes = vd.compare_catalogue(text.replace('"near_distance"', '"nearer_distance"'))
     assert any(one.breaking and "nearer_distance" in repr(one) for one in changes)
+
+
+def test_the_codes_of_messages_are_those_of_the_document():
+    codes = vd.check_codes()
+    text = (ROOT / "docs/scene_check.md").read_text()
+    rows = re.findall(r"^\| `([A-Z_]+)` \|", text, re.M)
+    assert rows and set(rows) == set(codes) and set(codes.values()) == {"error", "warning"}
+    assert codes["FILE_TRUNCATED"] == "error" and codes["SLOT_OUT_OF_RANGE"] == "warning"
+
+
+def test_a_file_is_written_whole_or_not_at_all(tmp_path):
+    path = tmp_path / "a.csv"
+    vd.write_file(path, "größe", sync=False)
+    vd.write_file(str(path), b"1,2", sync=False)
+    assert path.read_bytes() == b"1,2" and list(tmp_path.iterdir()) == [path]
+    with pytest.raises(vd.SaveError) as caught:
+        vd.write_file(tmp_path / "none" / "a", b"")
+    assert caught.value.code == "SAVE_NO_FOLDER"
+    with pytest.raises(vd.FileError):
+        vd.write_file(tmp_path, b"")
+
+
+def test_an_error_of_a_document_tells_whether_there_is_more():
+    document = {"format": "vornath-scene", "formatVersion": 1, "sceneVersion": 173, "a": 1, "b": 2, "c": 3}
+    for limit, truncated in ((2, True), (20, False)):
+        with pytest.raises(vd.JsonError) as caught:
+            vd.Scene.from_json(document, max_messages=limit)
+        assert caught.value.truncated is truncated and len(caught.value.messages) == min(limit, 3)
+        assert pickle.loads(pickle.dumps(caught.value)).truncated is truncated

@@ -186,3 +186,19 @@ def test_parameter_and_sampler_types_are_found_by_name():
     with pytest.raises(ValueError):
         vd.sampler_type("picture")
     assert isinstance(numpy.dtype("f4"), numpy.dtype)
+
+
+@pytest.mark.parametrize("text,place", [
+    ("flot", (1, 1, 0)), ("{ float a; int }", (1, 16, 15)), ("\nfloat[", (2, 7, 7)),
+    ('{ char[4] @desc="größe" a; int }', (1, 32, 33)), ("int\0", (1, 4, 3)), ("\n\u00e4\0", (2, 2, 3))])
+def test_an_error_of_a_text_has_its_line_its_column_and_its_offset_in_bytes(text, place):
+    with pytest.raises(vd.ParseError) as caught:
+        vd.Type(text)
+    assert (caught.value.line, caught.value.column, caught.value.offset) == place
+
+
+def test_fields_that_are_found_again_are_equal():
+    kind = vd.Type("{ { float @default=0.5 x; int y; } a; int x; }")
+    assert kind.field("a.x") == kind.field("a/x") and hash(kind.field("a.x")) == hash(kind.field("a/x"))
+    assert kind.field("a.x") != kind.field("a.y") and kind.field("a.x") != kind.fields["x"]
+    assert kind.field("x") == kind.fields["x"] and kind.fields["x"] != "x"

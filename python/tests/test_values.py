@@ -423,3 +423,11 @@ def test_shows_itself(value):
 def test_numbers_convert():
     assert float(vd.Value.parse("0.5")) == 0.5 and int(vd.Value.parse("3")) == 3
     assert not vd.Value.parse("0") and vd.Value.parse("{ }")
+
+
+@pytest.mark.parametrize("text,place", [
+    ("{ a = 1; b }", (1, 12, 11)), ("1 2", (1, 3, 2)), ("{\n a = ;\n}", (2, 6, 7)), ("vrntval", (1, 1, 0))])
+def test_an_error_of_a_text_has_its_line_its_column_and_its_offset_in_bytes(text, place):
+    with pytest.raises(vd.ParseError, match="Unable to parse value") as caught:
+        vd.Value.parse(text)
+    assert (caught.value.line, caught.value.column, caught.value.offset) == place

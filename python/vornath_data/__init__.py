@@ -11,9 +11,9 @@ docs/python.md is a tour.
 """
 from .assets import FORMATS, LAYOUTS, MeshLayout
 from .catalogue import catalogue
-from ._check import Message, Report, check
+from ._check import Message, Report, check, check_codes
 from ._tools import (CatalogueChange, Difference, Differences, catalogue_text, compare_catalogue, diff,
-                     equivalent, make_patch)
+                     equivalent, make_patch, write_file)
 from .colour import *
 from .colour import __all__ as _colour
 from .errors import *
@@ -26,5 +26,5 @@ __version__ = "1.0.0"
 
 __all__ = ["CatalogueChange", "Difference", "Differences", "FORMATS", "Field", "ForeignAddress", "LAYOUTS",
            "MeshLayout", "Message", "Objects", "Part", "Report", "Scene", "SceneObject", "Side", "Type",
-           "Value", "back", "catalogue", "catalogue_text", "check", "coerce", "compare_catalogue", "diff",
-           "equivalent", "front", "make_patch", "parse_value", *_colour, *_errors]
+           "Value", "back", "catalogue", "catalogue_text", "check", "check_codes", "coerce", "compare_catalogue",
+           "diff", "equivalent", "front", "make_patch", "parse_value", "write_file", *_colour, *_errors]

@@ -169,6 +169,13 @@ def check(source: str | os.PathLike[str] | bytes, *, max_memory: int = 0, max_me
     return _take(report, file)
 
 
+def check_codes() -> dict[str, str]:
+    """Returns the codes that messages of a report may have, with the severity of each, "error" or
+    "warning"."""
+    return {quick.vrtkCheckCode(index).decode(): "error" if quick.vrtkCheckCodeSeverity(index) else "warning"
+            for index in range(quick.vrtkCheckCodeCount())}
+
+
 def check_json(path: str, max_memory: int, max_messages: int) -> tuple[bytes, bool]:
     """Returns the report of a file as a JSON document, and whether the file is valid."""
     report, text, error = ctypes.c_void_p(), ctypes.c_void_p(), ctypes.c_void_p()
@@ -233,4 +240,4 @@ def validate(scene: Scene, max_messages: int) -> Report:
     return _take(report, None)
 
 
-__all__ = ["Message", "Report", "check"]
+__all__ = ["Message", "Report", "check", "check_codes"]

@@ -1,7 +1,7 @@
 """How things show themselves in a notebook: tables, swatches of colours, and spectra as SVG."""
 from __future__ import annotations
 
-from collections.abc import Iterable
+from collections.abc import Iterable, Mapping
 from html import escape
 from typing import TYPE_CHECKING, Any
 
@@ -243,6 +243,12 @@ def fields_html(fields: Fields) -> str:
     return _table(("Field", "Value", "Unit", "Default", "Description"), rows, escape(group._name()))
 
 
+def groups_html(groups: Mapping[str, Fields]) -> str:
+    """Returns groups as tables to unfold."""
+    return "".join(f"<details><summary>{escape(name)}</summary>{fields_html(group)}</details>"
+                   for name, group in groups.items())
+
+
 def object_html(thing: SceneObject) -> str:
     """Returns an object: its slots, its value and its groups."""
     from .scene import Instance
@@ -255,8 +261,7 @@ def object_html(thing: SceneObject) -> str:
     value = getattr(thing, "value", None) if thing._class.has_value else None
     if value is not None:
         parts.append(f"<details open><summary>value</summary>{value_html(value)}</details>")
-    for name, group in thing.groups.items():
-        parts.append(f"<details><summary>{escape(name)}</summary>{fields_html(group)}</details>")
+    parts.append(groups_html(thing.groups))
     return "".join(parts)
 
 

@@ -370,8 +370,9 @@ class Elements(Sequence[Any]):
 
 # Classes with a property for each field.
 
-def _leaf_property(type: Type, offset: int, label: str) -> property:
+def _leaf_property(field: Field) -> property:
     """Returns the property of a scalar field of a group, at a fixed offset. _setter() makes what writes it."""
+    type, offset, label = field.type, field.offset, field.label
     unpack = struct.Struct("<" + _CODES[type.kind]).unpack_from
     labels = dict(enumerate(type.labels))
 
@@ -395,7 +396,7 @@ def _leaf_property(type: Type, offset: int, label: str) -> property:
     def write(self: GroupRecord, thing: Any) -> None:
         setattr(self, label, thing)
 
-    return property(read, write, doc=_doc(type, label))
+    return _property(field, read, write)
 
 
 _EXACT = {"float": float, "int": int, "bool": bool}
@@ -465,31 +466,63 @@ def _plain(thing: Any) -> Any:
     return thing[()] if isinstance(thing, numpy.ndarray) and thing.ndim == 0 else thing
 
 
-def _other_property(type: Type, offset: int, label: str) -> property:
+def _other_property(field: Field) -> property:
+    type, offset, label = field.type, field.offset, field.label
+
     def read(self: Fields) -> Any:
         return self._group._read(type, self._offset + offset)
 
     def write(self: Fields, thing: Any) -> None:
         self._group._write(type, self._offset + offset, thing, label)
 
-    return property(read, write, doc=_doc(type, label))
+    return _property(field, read, write)
 
 
-def _doc(type: Type, label: str) -> str:
-    metadata = type.metadata
-    unit = f" ({metadata['si_unit']})" if "si_unit" in metadata else ""
-    return f"{metadata.get('name', label)}{unit}. {metadata.get('desc', '')}".strip()
+def _doc(field: Field) -> str:
+    """Returns the docstring of a field: its type, its unit, what it is for, its default and its limits."""
+    type = field.type
+    words = {"struct": "struct", "enum": "one of " + ", ".join(map(repr, type.labels))}.get(
+        type.kind, "text" if is_text(type) else type.stripped.text)
+    if field.unit:
+        words += f", in {field.unit}"
+    parts = [f"{field.name} ({words}).", field.description]
+    if type.kind != "struct":
+        parts.append(f"Default: {field.default!r}.")
+    for low, high, name in ((field.minimum, field.maximum, "Limits"),
+                            (field.soft_minimum, field.soft_maximum, "Slider")):
+        if low is not None or high is not None:
+            ends = [f"from {low}" if low is not None else "", f"to {high}" if high is not None else ""]
+            parts.append(f"{name}: {' '.join(filter(None, ends))}.")
+    return " ".join(part if part[-1] in ".!?" else part + "." for part in filter(None, parts))
+
+
+class _FieldProperty(property):
+    """The property of a field, whose docstring is written when somebody asks for it."""
+
+    field: Field
+
+    def __getattribute__(self, name: str) -> Any:
+        if name == "__doc__":
+            return _doc(object.__getattribute__(self, "field"))
+        return object.__getattribute__(self, name)
+
+
+def _property(field: Field, read: Callable[[Any], Any], write: Callable[[Any, Any], None]) -> property:
+    made = _FieldProperty(read, write)
+    made.field = field
+    return made
 
 
 def _namespace(type: Type, root: bool) -> dict[str, Any]:
-    names: dict[str, Any] = {"__slots__": (), "_type": type, "__doc__": str(type.metadata.get("desc", ""))}
+    names: dict[str, Any] = {"__slots__": (), "_type": type, "__doc__": str(type.metadata.get("desc", "")),
+                             "__module__": __name__}
     for label, field in type.fields.items():
         if hasattr(Fields, label):
             continue  # It is reached as an item.
         if root and field.type.kind in SCALARS:
-            names[label] = _leaf_property(field.type, field.offset, label)
+            names[label] = _leaf_property(field)
         else:
-            names[label] = _other_property(field.type, field.offset, label)
+            names[label] = _other_property(field)
     if root:
         names["__setattr__"] = _setter(type.fields.values())
     return names

@@ -4,7 +4,7 @@ from __future__ import annotations
 import ctypes
 import difflib
 from collections.abc import Iterable
-from typing import NoReturn
+from typing import Any, NoReturn
 
 from ._library import quick
 from .errors import CheckError, Error, FileError, JsonError, ParseError, SaveError, ToolkitError, UnknownName
@@ -76,6 +76,29 @@ def _place(error: ctypes.c_void_p) -> tuple[int | None, int | None, int | None]:
     if not quick.vrtkErrorPlace(error, ctypes.byref(place)):
         return None, None, None
     return place.line, place.column, place.offset
+
+
+def parse_error(error: ctypes.c_void_p, parse: Any, destroy: Any, text: str) -> ParseError | MemoryError:
+    """Returns the exception of an error object of a text that did not parse, and destroys the object.
+    `parse` is the function of the toolkit that tells the place."""
+    problem = value_error(error)
+    if isinstance(problem, MemoryError):
+        return problem
+    made, told = ctypes.c_void_p(), ctypes.c_void_p()
+    status = parse(text.encode(), ctypes.byref(made), ctypes.byref(told))
+    if not status:
+        destroy(made)
+        return ParseError(str(problem))
+    found = toolkit_error(status, told)
+    if not isinstance(found, ParseError):
+        return ParseError(str(problem))
+    return ParseError(str(problem), found.line, found.column, found.offset)
+
+
+def nul_error(words: str, text: str) -> ParseError:
+    """Returns the exception of a text with a NUL character."""
+    before = text[:text.index("\0")]
+    return ParseError(words, before.count("\n") + 1, len(before) - before.rfind("\n"), len(before.encode()))
 
 
 def nearest(name: object, names: Iterable[str]) -> str:

@@ -37,12 +37,31 @@ def _folder(path: str | os.PathLike[str] | None) -> bytes | None:
     return None if path is None else os.fsencode(path)
 
 
+# Files.
+
+def write_file(path: str | os.PathLike[str], data: bytes | bytearray | memoryview | str, *,
+               sync: bool = True) -> None:
+    """Writes a file whole or not at all, as Scene.save() does: beside the target, which is then replaced.
+
+    data: bytes, or a text that is written in UTF-8. sync: wait until the bytes are on the device. Raises
+    SaveError; the file that was there before then stands as it was.
+    """
+    whole = data.encode() if isinstance(data, str) else bytes(data)
+    options = options_of("vrtkSaveOptions", not sync)
+    error = ctypes.c_void_p()
+    status = long.vrtkFileSave(whole, len(whole), os.fsencode(path), ctypes.byref(options), ctypes.byref(error))
+    if status:
+        raise toolkit_error(status, error)
+
+
 # JSON.
 
 def _json_problem(status: int, error: ctypes.c_void_p, report: ctypes.c_void_p) -> BaseException:
     problem = toolkit_error(status, error)
     messages = []
+    truncated = False
     if report:
+        truncated = bool(quick.vrtkJsonReportTruncated(report))
         for index in range(quick.vrtkJsonReportCount(report)):
             one = _declarations.vrtkJsonMessage.from_address(quick.vrtkJsonReportMessage(report, index))
             messages.append(JsonMessage(one.code.decode(), one.line, one.column,
@@ -52,6 +71,7 @@ def _json_problem(status: int, error: ctypes.c_void_p, report: ctypes.c_void_p) 
         quick.vrtkJsonReportDestroy(report)
     if isinstance(problem, JsonError):
         problem.messages = tuple(messages)
+        problem.truncated = truncated
     return problem
 
 
@@ -422,4 +442,4 @@ def compare_catalogue(saved: Any) -> list[CatalogueChange]:
 
 
 __all__ = ["CatalogueChange", "Difference", "Differences", "catalogue_text", "compare_catalogue", "diff",
-           "equivalent", "make_patch"]
+           "equivalent", "make_patch", "write_file"]

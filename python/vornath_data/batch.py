@@ -176,10 +176,10 @@ def _describe(function: str | Callable[..., Any], scene: bool | None, options: d
     return {"kind": "pickle", "function": cloudpickle.dumps(function), "scene": scene}
 
 
-def run(function: str | Callable[..., Any], files: str | os.PathLike[str] | Iterable[str | os.PathLike[str]],
-        *, scene: bool | None = None, scheduler: str | None = None, processes: int | None = None,
-        timeout: float | None = None, progress: Callable[[int, int], None] | None = None, client: Any = None,
-        **options: Any) -> Table:
+def run(function: str | Callable[..., Any],
+        files: str | os.PathLike[str] | Iterable[str | os.PathLike[str]], *, scene: bool | None = None,
+        scheduler: str | None = None, processes: int | None = None, timeout: float | None = None,
+        progress: Callable[[int, int], None] | None = None, client: Any = None, **options: Any) -> Table:
     """Runs a function over files, and returns a Table with a row for each.
 
     function: "check", "info", "digest", "diff" or "export" with their options, "module:name", or a

@@ -65,7 +65,7 @@ class OutOfRange(Error, ValueError, OverflowError):
 class ParseError(Error, ValueError):
     """A text is not a type or a value.
 
-    line, column: 1 for the first; None where the library tells no place.
+    line, column: 1 for the first, in characters; None where the library tells no place.
     offset: bytes from the start of the text, or None.
     """
 
@@ -144,13 +144,15 @@ class JsonMessage:
 class JsonError(ToolkitError, ValueError):
     """A JSON document is not a scene, a value or a patch.
 
-    messages: all that is wrong with it, up to the number that was asked for.
+    messages: all that is wrong with it, up to the number that was asked for. truncated: whether there is
+    more.
     """
 
-    def __init__(self, message: str, code: str = "JSON_INVALID",
-                 messages: tuple[JsonMessage, ...] = ()) -> None:
+    def __init__(self, message: str, code: str = "JSON_INVALID", messages: tuple[JsonMessage, ...] = (),
+                 truncated: bool = False) -> None:
         super().__init__(message, code)
         self.messages = messages
+        self.truncated = truncated
 
     def __reduce__(self) -> tuple[object, ...]:
-        return type(self), (str(self), self.code, self.messages)
+        return type(self), (str(self), self.code, self.messages, self.truncated)

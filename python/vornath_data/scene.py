@@ -339,6 +339,10 @@ class Groups(Mapping[str, GroupRecord]):
     def _ipython_key_completions_(self) -> list[str]:
         return list(self)
 
+    def _repr_html_(self) -> str:
+        from ._html import groups_html
+        return groups_html(self)
+
     def __repr__(self) -> str:
         return repr(self.to_dict())
 
@@ -569,6 +573,20 @@ def _slot_property(slot: Slot) -> property:
     return property(read_list, write_list, doc=doc)
 
 
+def _class_doc(entry: Class) -> str:
+    """Returns the docstring of a class of instances: its groups, its slots and its value."""
+    lines = [f"An object of the class {entry.name}.", ""]
+    for group in entry.groups.values():
+        lines.append(f"{group.attribute}: the group {group.name!r}: {', '.join(group.fields)}.")
+    for slot in entry.slots.values():
+        words = f"a {slot.target}{'' if slot.kind == 'required' else ' or None'}" if slot.single else (
+            "a list of lights and shapes" if slot.kind == "emitters" else f"a list of {slot.target} objects")
+        lines.append(f"{slot.attribute}: the reference slot {slot.name!r}: {words}.")
+    if entry.has_value:
+        lines.append("value: the parameters of its program, a Value.")
+    return "\n".join(lines)
+
+
 @lru_cache(maxsize=None)
 def object_class(name: str) -> type[Any]:
     """Returns the Python class of a class of objects."""
@@ -581,7 +599,7 @@ def object_class(name: str) -> type[Any]:
                       "MaterialGraph": assets.MaterialGraph}[name]
         return type(name, (base,), {"__slots__": (), "_class": entry})
     attributes: dict[str, str] = {}
-    names: dict[str, Any] = {"__slots__": (), "_class": entry}
+    names: dict[str, Any] = {"__slots__": (), "_class": entry, "__doc__": _class_doc(entry)}
     for group in entry.groups.values():
         names[group.attribute] = _group_property(group.index, group.description)
         attributes[group.attribute] = "group"
@@ -708,6 +726,14 @@ class Objects(Generic[T]):
         """Writes one field of one group of all live objects from a NumPy array, or one value to all."""
         from .columns import set_column
         set_column(self._scene, self._class, group, field, values, slots)
+
+    def __eq__(self, other: object) -> bool:
+        if not isinstance(other, Objects):
+            return NotImplemented
+        return self._scene is other._scene and self._class is other._class
+
+    def __hash__(self) -> int:
+        return hash((id(self._scene), self._class.number))
 
     def __repr__(self) -> str:
         if self._scene.closed:
@@ -1159,6 +1185,10 @@ class SceneGroups(Mapping[str, GroupRecord]):
     def __dir__(self) -> list[str]:
         return sorted({*object.__dir__(self),
                        *(info.attribute for info in catalogue().scene.groups.values())})
+
+    def _repr_html_(self) -> str:
+        from ._html import groups_html
+        return groups_html(self)
 
     def __repr__(self) -> str:
         return repr({name: group.to_dict() for name, group in self.items()})

@@ -17,8 +17,8 @@ from collections.abc import Callable, Iterator, Mapping
 from typing import TYPE_CHECKING, Any, TypeVar
 
 from ._library import long, quick
-from ._status import no_name, take_string, value_error
-from .errors import Error, ParseError, TypeMismatch
+from ._status import no_name, nul_error, parse_error, take_string, value_error
+from .errors import TypeMismatch
 
 if TYPE_CHECKING:
     import numpy
@@ -164,6 +164,15 @@ class Field:
         """The fields of the field's type, if that is a struct."""
         return self.type.fields
 
+    def __eq__(self, other: object) -> bool:
+        if not isinstance(other, Field):
+            return NotImplemented
+        return (self.label, self.offset, self.index, self.type, self._parent) == (
+            other.label, other.offset, other.index, other.type, other._parent)
+
+    def __hash__(self) -> int:
+        return hash((self.label, self.offset, self.type))
+
     def __repr__(self) -> str:
         return f"<Field {self.label!r} at {self.offset}: {self.type.stripped.text}>"
 
@@ -189,12 +198,11 @@ class Type:
         if not isinstance(text, str):
             raise TypeError(f"a text is expected, not {type(text).__name__}")
         if "\0" in text:
-            raise ParseError("a text of a type contains no NUL character", offset=text.index("\0"))
+            raise nul_error("a text of a type contains no NUL character", text)
         error = ctypes.c_void_p()
         address = long.vrntTypeParse(text.encode(), ctypes.byref(error))
         if not address:
-            problem = value_error(error)
-            raise ParseError(str(problem)) if isinstance(problem, Error) else problem
+            raise parse_error(error, long.vrtkTypeParse, long.vrntTypeDestroy, text)
         return cls._own(address)
 
     @classmethod

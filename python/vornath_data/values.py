@@ -21,8 +21,8 @@ from typing import Any, SupportsIndex
 from . import _declarations
 from ._layout import SCALARS, Array, Encoder, array_of, write_block
 from ._library import long, quick
-from ._status import no_name, take_string, value_error
-from .errors import Error, ParseError, TypeMismatch
+from ._status import no_name, nul_error, parse_error, take_string, value_error
+from .errors import Error, TypeMismatch
 from .types import Type
 
 _HEADER = 48  # bytes before the first byte of a value
@@ -351,16 +351,13 @@ class Value(_Item):
         if not isinstance(text, str):
             raise TypeError(f"a text is expected, not {text.__class__.__name__}")
         if "\0" in text:
-            raise ParseError("a text of a value contains no NUL character", offset=text.index("\0"))
-        if text.startswith("vrntval"):
-            # The library takes a text that begins so for a block, if a NUL follows.
-            text = " " + text
+            raise nul_error("a text of a value contains no NUL character", text)
         error = ctypes.c_void_p()
-        source = ctypes.c_char_p(text.encode())
+        # The library takes a text that begins with vrntval for a block, if a NUL follows.
+        source = ctypes.c_char_p((" " + text if text.startswith("vrntval") else text).encode())
         address = long.vrntValueParse(source, ctypes.byref(error))
         if not address:
-            problem = value_error(error)
-            raise ParseError(str(problem)) if isinstance(problem, Error) else problem
+            raise parse_error(error, long.vrtkValueParse, long.vrntValueDestroy, text)
         return cls._own(address)
 
     @classmethod
@@ -564,7 +561,7 @@ def parse_value(text: str, type: Type | str | None = None) -> Value:
     from ._status import toolkit_error
     type = type if isinstance(type, Type) else Type(type)
     if "\0" in text:
-        raise ParseError("a text of a value contains no NUL character", offset=text.index("\0"))
+        raise nul_error("a text of a value contains no NUL character", text)
     result, error = ctypes.c_void_p(), ctypes.c_void_p()
     status = long.vrtkValueParseAs(type._handle.address, text.encode(), ctypes.byref(result),
                                    ctypes.byref(error))
