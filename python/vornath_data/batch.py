@@ -156,7 +156,8 @@ def expand(patterns: Iterable[str | os.PathLike[str]]) -> list[str]:
 
 # In the client.
 
-def _describe(function: str | Callable[..., Any], scene: bool | None, options: dict[str, Any]) -> dict[str, Any]:
+def _describe(function: str | Callable[..., Any], scene: bool | None,
+              options: dict[str, Any]) -> dict[str, Any]:
     """Returns a description of the work that can be sent to other processes."""
     if isinstance(function, str) and function in OPERATIONS:
         if scene is not None:
