@@ -143,13 +143,15 @@ def _bytes_of(type: Type, values: Any, count: int, where: str) -> Array:
         return numpy.tile(numpy.frombuffer(ctypes.string_at(one._block.address + 48, type.size), "u1"),
                           (count, 1))
     kind = type_leaf(type)
+    if kind == "struct" and _rows(type):
+        kind = next(iter(type.fields.values())).type.base
     if kind == "enum":
         values = _codes(type, values, where)
     array = numpy.asarray(values)
-    if (array.dtype == "<f4" and kind == "float" and array.flags.c_contiguous
+    if (array.dtype == {"float": "<f4", "int": "<i4", "half": "<f2"}.get(kind) and array.flags.c_contiguous
             and array.nbytes == count * type.size and array.shape[:1] == (count,)):
         target = _shape(type, numpy.empty((0, type.size), "u1"))
-        if array.shape[1:] == target.shape[1:]:
+        if target.dtype.names is None and array.shape[1:] == target.shape[1:]:
             return array  # The bytes of the column as they stand.
     raw = numpy.zeros((count, type.size), "u1")
     target = _shape(type, raw)
@@ -163,10 +165,9 @@ def _bytes_of(type: Type, values: Any, count: int, where: str) -> Array:
     if array.shape not in (target.shape, target.shape[1:]):
         raise TypeMismatch(f"{where}: the shape {target.shape} or {target.shape[1:]} is expected, "
                            f"not {array.shape}")
-    leaf = kind if kind != "struct" else next(iter(type.fields.values())).type.base
     if array.dtype.kind == "O":
         raise TypeMismatch(f"{where}: an array of numbers is expected")
-    store_numbers(target, array, leaf, where, partial(_fail, type, array, where))
+    store_numbers(target, array, kind, where, partial(_fail, type, array, where))
     return raw
 
 
