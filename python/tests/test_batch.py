@@ -134,6 +134,10 @@ def test_a_function_that_is_not_there_is_told_for_each_file(files, client):
     with pytest.raises(ValueError, match="a function is check, info, digest, diff, export or module:name"):
         batch.run("chekc", [files / "a/0.vrnscene"], client=client)
     with pytest.raises(TypeError):
+        batch.run("check", [files / "a/0.vrnscene"], client=client, max_mem=3)
+    with pytest.raises(TypeError):
+        batch.run("diff", [files / "a/0.vrnscene"], client=client)
+    with pytest.raises(TypeError):
         batch.run(sleep_or_die, [files / "a/0.vrnscene"], client=client, ids=True)
 
 

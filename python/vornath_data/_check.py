@@ -10,7 +10,7 @@ from __future__ import annotations
 import ctypes
 import os
 import uuid
-from collections.abc import Iterator
+from collections.abc import Callable, Iterator
 from typing import TYPE_CHECKING, Any
 
 from . import _declarations
@@ -176,24 +176,31 @@ def check_codes() -> dict[str, str]:
             for index in range(quick.vrtkCheckCodeCount())}
 
 
-def check_json(path: str, max_memory: int, max_messages: int) -> tuple[bytes, bool]:
-    """Returns the report of a file as a JSON document, and whether the file is valid."""
+def json_checker(max_memory: int, max_messages: int) -> Callable[[str], tuple[bytes, bool]]:
+    """Returns a function that returns the report of a file as a JSON document, and whether the file is valid.
+    For one thread, and many small files: what a call needs is made once, and the interpreter's lock is held."""
     report, text, error = ctypes.c_void_p(), ctypes.c_void_p(), ctypes.c_void_p()
-    status = long.vrtkCheckFile(os.fsencode(path), ctypes.byref(_limits(max_memory, max_messages)),
-                                ctypes.byref(report), ctypes.byref(error))
-    if status:
-        raise toolkit_error(status, error)
-    try:
-        status = quick.vrtkReportJson(report, ctypes.byref(text), ctypes.byref(error))
+    options = _limits(max_memory, max_messages)
+    limits, to_report, to_text, to_error = map(ctypes.byref, (options, report, text, error))
+    check_file, write, valid = quick.vrtkCheckFile, quick.vrtkReportJson, quick.vrtkReportValid
+    destroy, free, string_at, encode = (
+        quick.vrtkReportDestroy, quick.vrtkStringDestroy, ctypes.string_at, os.fsencode)
+
+    def check_json(path: str) -> tuple[bytes, bool]:
+        report.value = text.value = error.value = None
+        status = check_file(encode(path), limits, to_report, to_error)
         if status:
             raise toolkit_error(status, error)
-        valid = bool(quick.vrtkReportValid(report))
-    finally:
-        quick.vrtkReportDestroy(report)
-    try:
-        return ctypes.string_at(text.value or 0), valid
-    finally:
-        quick.vrtkStringDestroy(text)
+        status = write(report, to_text, to_error)
+        good = bool(valid(report))
+        destroy(report)
+        if status:
+            raise toolkit_error(status, error)
+        document = string_at(text.value or 0)
+        free(text)
+        return document, good
+
+    return check_json
 
 
 def open_scene(source: str | os.PathLike[str] | bytes, max_memory: int, max_messages: int,

@@ -1,5 +1,5 @@
-"""What batch runs for one file: functions of a path and options that return JSON, and the process that
-runs them.
+"""What batch runs for one file: functions that options make functions of a path, whose results are JSON;
+and the process that runs them.
 
 A worker of Dask has one such process. It gets files through its standard input and answers with their rows,
 so that a file that takes too long or ends the process costs only its own row."""
@@ -41,26 +41,37 @@ class Document:
         self.found = found
 
 
-def check(path: str, *, max_memory: int = 0, max_messages: int = 100) -> Document:
-    """Returns the report of the check as a JSON document."""
-    from ._check import check_json
-    text, valid = check_json(path, max_memory, max_messages)
-    return Document(text, not valid)
+def check(*, max_memory: int = 0, max_messages: int = 100) -> Callable[[str], Document]:
+    """Returns the function that returns the report of the check of a file as a JSON document."""
+    from ._check import json_checker
+    check_json = json_checker(max_memory, max_messages)
+
+    def work(path: str) -> Document:
+        text, valid = check_json(path)
+        return Document(text, not valid)
+    return work
 
 
-def info(path: str) -> Document:
-    """Returns what a check learns of a file: its id, its objects, its bytes."""
-    from ._check import check_json
-    text, valid = check_json(path, 0, 1)
-    found = json.loads(text)
-    return Document(json.dumps({"size": found["size"], "valid": valid, **found["info"]}), not valid)
+def info() -> Callable[[str], Document]:
+    """Returns the function that returns what a check learns of a file: its id, its objects, its bytes."""
+    from ._check import json_checker
+    check_json = json_checker(0, 1)
+
+    def work(path: str) -> Document:
+        text, valid = check_json(path)
+        found = json.loads(text)
+        return Document(json.dumps({"size": found["size"], "valid": valid, **found["info"]}), not valid)
+    return work
 
 
-def digest(path: str, *, ids: bool = False) -> dict[str, Any]:
-    """Returns the digest of a scene."""
+def digest(*, ids: bool = False) -> Callable[[str], dict[str, Any]]:
+    """Returns the function that returns the digest of a scene."""
     from .scene import Scene
-    with Scene.open(path) as scene:
-        return {"digest": scene.digest(ids=ids)}
+
+    def work(path: str) -> dict[str, Any]:
+        with Scene.open(path) as scene:
+            return {"digest": scene.digest(ids=ids)}
+    return work
 
 
 @lru_cache(maxsize=2)
@@ -69,26 +80,33 @@ def _reference(path: str, modified: int) -> Any:
     return Scene.open(path)
 
 
-def diff(path: str, *, reference: str, tolerance: float = 0.0, absolute: float = 0.0,
-         limit: int = 100) -> Document:
-    """Returns the differences from a reference scene to the scene of a file."""
+def diff(*, reference: str, tolerance: float = 0.0, absolute: float = 0.0,
+         limit: int = 100) -> Callable[[str], Document]:
+    """Returns the function that returns the differences from a reference scene to the scene of a file."""
     from ._tools import diff as compare
     from .scene import Scene
-    first = _reference(reference, os.stat(reference).st_mtime_ns)
-    with Scene.open(path) as scene:
-        found = compare(first, scene, tolerance=tolerance, absolute=absolute, limit=limit)
-        return Document(found.json, not found.equal)
+
+    def work(path: str) -> Document:
+        first = _reference(reference, os.stat(reference).st_mtime_ns)
+        with Scene.open(path) as scene:
+            found = compare(first, scene, tolerance=tolerance, absolute=absolute, limit=limit)
+            return Document(found.json, not found.equal)
+    return work
 
 
-def export(path: str, *, output: str, root: str = ".", full: bool = False,
-           inline: bool = False) -> dict[str, Any]:
-    """Writes the JSON form of a scene into the folder `output`, under its path from `root`."""
+def export(*, output: str, root: str = ".", full: bool = False,
+           inline: bool = False) -> Callable[[str], dict[str, Any]]:
+    """Returns the function that writes the JSON form of a scene into the folder `output`, under its path from
+    `root`."""
     from .scene import Scene
-    target = os.path.join(output, os.path.splitext(os.path.relpath(path, root))[0] + ".json")
-    os.makedirs(os.path.dirname(target) or ".", exist_ok=True)
-    with Scene.open(path) as scene:
-        scene.to_json(target, full=full, inline=inline)
-    return {"output": target}
+
+    def work(path: str) -> dict[str, Any]:
+        target = os.path.join(output, os.path.splitext(os.path.relpath(path, root))[0] + ".json")
+        os.makedirs(os.path.dirname(target) or ".", exist_ok=True)
+        with Scene.open(path) as scene:
+            scene.to_json(target, full=full, inline=inline)
+        return {"output": target}
+    return work
 
 
 OPERATIONS: dict[str, Callable[..., Any]] = {
@@ -98,8 +116,8 @@ OPERATIONS: dict[str, Callable[..., Any]] = {
 def load(work: dict[str, Any]) -> Callable[[str], Any]:
     """Returns the function that a description of work names."""
     if work["kind"] == "operation":
-        operation, options = OPERATIONS[work["name"]], work["options"]
-        return lambda path: operation(path, **options)
+        made: Callable[[str], Any] = OPERATIONS[work["name"]](**work["options"])
+        return made
     if work["kind"] == "import":
         for folder in work["path"]:
             if folder not in sys.path:

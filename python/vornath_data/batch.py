@@ -17,17 +17,20 @@ from __future__ import annotations
 import argparse
 import glob
 import importlib
+import inspect
+import itertools
 import json
 import os
 import pickle
 import sys
 from collections.abc import Callable, Iterable, Iterator, Sequence
+from contextlib import contextmanager
 from typing import Any
 
 from ._operations import DOCUMENT, ERROR, OPERATIONS, Document, FileRow, unpack
 from ._worker import run_chunk
 
-__all__ = ["Row", "Table", "expand", "run"]
+__all__ = ["Row", "Table", "expand", "processes_of_this_machine", "run"]
 
 
 class Row:
@@ -95,26 +98,46 @@ class Table(Sequence[Row]):
     """
 
     def __init__(self, rows: Iterable[Row]) -> None:
+        self._rows: list[Row | FileRow] = list(rows)
+        self._paths: Sequence[str] = ()
+
+    @classmethod
+    def _of(cls, paths: Sequence[str], rows: Iterable[FileRow]) -> Table:
+        """Returns the table of rows as the workers send them; each becomes a Row when it is looked at."""
+        self = cls(())
+        self._paths = paths
         self._rows = list(rows)
+        return self
+
+    def _row(self, index: int) -> Row:
+        row = self._rows[index]
+        if not isinstance(row, Row):
+            row = self._rows[index] = _row(self._paths[index], row)
+        return row
 
     def __getitem__(self, index: Any) -> Any:
-        return self._rows[index]
+        if isinstance(index, slice):
+            return [self._row(one) for one in range(*index.indices(len(self._rows)))]
+        self._rows[index]  # Raises IndexError.
+        return self._row(range(len(self._rows))[index])
 
     def __len__(self) -> int:
         return len(self._rows)
 
     def __iter__(self) -> Iterator[Row]:
-        return iter(self._rows)
+        return map(self._row, range(len(self._rows)))
 
     @property
     def failed(self) -> list[Row]:
         """The rows of files that could not be worked on."""
-        return [row for row in self._rows if not row.ok]
+        return [self._row(index) for index, row in enumerate(self._rows)
+                if (not row.ok if isinstance(row, Row) else row[0] == ERROR)]
 
     @property
     def found(self) -> list[Row]:
         """The rows with an error in the file or a difference."""
-        return [row for row in self._rows if row.ok and row.found]
+        return [self._row(index) for index, row in enumerate(self._rows)
+                if (row.ok and row.found if isinstance(row, Row) else row[0] == DOCUMENT and row[3])]
 
     @property
     def exit_status(self) -> int:
@@ -123,11 +146,11 @@ class Table(Sequence[Row]):
 
     def to_json_lines(self) -> str:
         """Returns a JSON object for each row, one a line."""
-        return "".join(json.dumps(row.to_dict(), default=str) + "\n" for row in self._rows)
+        return "".join(json.dumps(row.to_dict(), default=str) + "\n" for row in self)
 
     def __str__(self) -> str:
-        width = max((len(row.file) for row in self._rows), default=0)
-        lines = [f"{row.file:{width}}  {row.seconds * 1000:9.1f} ms  {row._words()}" for row in self._rows]
+        width = max((len(row.file) for row in self), default=0)
+        lines = [f"{row.file:{width}}  {row.seconds * 1000:9.1f} ms  {row._words()}" for row in self]
         lines.append(f"{len(self._rows)} files: {len(self.failed)} failed, {len(self.found)} with findings")
         return "\n".join(lines)
 
@@ -136,7 +159,7 @@ class Table(Sequence[Row]):
 
         from ._html import _table
         return _table(("File", "ms", "Result"), (
-            (escape(row.file), f"{row.seconds * 1000:.1f}", escape(row._words())) for row in self._rows))
+            (escape(row.file), f"{row.seconds * 1000:.1f}", escape(row._words())) for row in self))
 
 
 def expand(patterns: Iterable[str | os.PathLike[str]]) -> list[str]:
@@ -162,6 +185,7 @@ def _describe(function: str | Callable[..., Any], scene: bool | None,
     if isinstance(function, str) and function in OPERATIONS:
         if scene is not None:
             raise TypeError(f"{function} takes no option 'scene'")
+        inspect.signature(OPERATIONS[function]).bind(**options)  # Raises TypeError.
         return {"kind": "operation", "name": function, "options": options}
     if options:
         raise TypeError(f"only {', '.join(OPERATIONS)} take options")
@@ -198,52 +222,77 @@ def run(function: str | Callable[..., Any],
     work = _describe(function, scene, options)
     if not paths:
         return Table([])
+    if client is None and scheduler is None:
+        with processes_of_this_machine(min(processes or _cores(), len(paths))) as made:
+            return _run(made, work, paths, timeout, progress)
+    if client is not None:
+        return _run(client, work, paths, timeout, progress)
+    _, distributed = _dask()
+    with distributed.Client(scheduler) as made:
+        return _run(made, work, paths, timeout, progress)
+
+
+def _dask() -> tuple[Any, Any]:
     try:
-        dask: Any = importlib.import_module("dask")
-        distributed: Any = importlib.import_module("distributed")
+        return importlib.import_module("dask"), importlib.import_module("distributed")
     except ImportError as problem:
         raise ImportError("batch needs Dask: install python3-dask and python3-distributed") from problem
-    count = processes or (len(os.sched_getaffinity(0)) if hasattr(os, "sched_getaffinity") else 1)
-    cluster = own = None
-    if client is None:
-        if scheduler is None:
-            with dask.config.set({"distributed.worker.memory.terminate": False,
-                                  "distributed.worker.memory.pause": False,
-                                  "distributed.worker.memory.spill": False}):
-                cluster = distributed.LocalCluster(n_workers=min(count, len(paths)), threads_per_worker=1,
-                                       processes=True, dashboard_address=":0", silence_logs=50)
-            client = own = distributed.Client(cluster)
-        else:
-            client = own = distributed.Client(scheduler)
-            count = max(1, sum(client.nthreads().values()))
-    try:
-        size = max(1, min(512, len(paths) // (count * 4)))
-        starts = range(0, len(paths), size)
-        data = pickle.dumps(work)
-        futures = [client.submit(run_chunk, data, paths[start:start + size], timeout, pure=False)
-                   for start in starts]
-        place = {future.key: start for future, start in zip(futures, starts)}
-        rows: list[Row | None] = [None] * len(paths)
-        done = 0
-        for future, answers in distributed.as_completed(futures, with_results=True, raise_errors=False):
-            start = place[future.key]
-            chunk = paths[start:start + size]
-            if future.status == "finished":
-                found = [row for piece in answers for row in unpack(piece)]
-            else:  # The worker is lost.
-                lost = future.exception()
-                found = [(ERROR, 0.0, lost.__class__.__name__, str(lost))] * len(chunk)
-            rows[start:start + len(chunk)] = map(_row, chunk, found)
-            done += len(chunk)
-            if progress is not None:
-                progress(done, len(paths))
-            future.release()
-    finally:
-        if own is not None:
-            own.close()
-        if cluster is not None:
+
+
+def _cores() -> int:
+    return len(os.sched_getaffinity(0)) if hasattr(os, "sched_getaffinity") else 1
+
+
+# No limits of memory, since the files are in processes that Dask does not see; and no profiles of what Dask's
+# processes do, which take time.
+_CONFIGURATION = {"distributed.worker.memory.terminate": False, "distributed.worker.memory.pause": False,
+                  "distributed.worker.memory.spill": False, "distributed.worker.profile.enabled": False,
+                  "distributed.admin.tick.interval": "1s"}
+
+
+@contextmanager
+def processes_of_this_machine(count: int | None = None) -> Iterator[Any]:
+    """Starts processes of this machine, and gives a Dask client for `client` of run(). They end with the
+    block. Starting them takes seconds, so that several runs should share them.
+
+    count: how many; one for each core.
+    """
+    dask, distributed = _dask()
+    with dask.config.set(_CONFIGURATION):
+        cluster = distributed.LocalCluster(n_workers=count or _cores(), threads_per_worker=1, processes=True,
+                                           dashboard_address=":0", silence_logs=50)
+        try:
+            with distributed.Client(cluster) as client:
+                yield client
+        finally:
             cluster.close()
-    return Table(row for row in rows if row is not None)
+
+
+def _run(client: Any, work: dict[str, Any], paths: list[str], timeout: float | None,
+         progress: Callable[[int, int], None] | None) -> Table:
+    """Runs work over files with the workers of a client."""
+    _, distributed = _dask()
+    count = max(1, sum(client.nthreads().values()))
+    size = max(1, min(512, len(paths) // (count * 4)))
+    chunks = [paths[start:start + size] for start in range(0, len(paths), size)]
+    data = pickle.dumps(work)
+    futures = client.map(run_chunk, [data] * len(chunks), chunks, [timeout] * len(chunks), pure=False)
+    place = {future.key: number for number, future in enumerate(futures)}
+    rows: list[list[FileRow]] = [[] for _ in chunks]
+    done = 0
+    for future, answers in distributed.as_completed(futures, with_results=True, raise_errors=False):
+        number = place[future.key]
+        chunk = chunks[number]
+        if future.status == "finished":
+            rows[number] = [row for piece in answers for row in unpack(piece)]
+        else:  # The worker is lost.
+            lost = future.exception()
+            rows[number] = [(ERROR, 0.0, lost.__class__.__name__, str(lost))] * len(chunk)
+        done += len(chunk)
+        if progress is not None:
+            progress(done, len(paths))
+        future.release()
+    return Table._of(paths, itertools.chain.from_iterable(rows))
 
 
 def _row(path: str, row: FileRow) -> Row:
