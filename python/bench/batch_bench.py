@@ -1,7 +1,9 @@
 #!/usr/bin/env python3
 """Measures vornath_data.batch beside one process in C for each core, which checks the same files.
 
-usage: python/bench/batch_bench.py [FILES]     the default is 10000
+usage: python/bench/batch_bench.py [FILES [SHAPES]]
+       FILES   how many files, 10000 by default
+       SHAPES  the shapes in each, with a material for each; 20 by default, which makes files of 10 KB
 """
 import os
 import pathlib
@@ -18,10 +20,11 @@ ROOT = pathlib.Path(__file__).resolve().parents[2]
 
 def main():
     count = int(sys.argv[1]) if len(sys.argv) > 1 else 10_000
+    shapes = int(sys.argv[2]) if len(sys.argv) > 2 else 20
     cores = len(os.sched_getaffinity(0))
     with tempfile.TemporaryDirectory() as folder:
         with vd.Scene() as scene:
-            for number in range(20):
+            for _ in range(shapes):
                 scene.Shape.add(material=scene.Material.add(value="{ gloss = 0.5; }"))
             data = scene.to_bytes()
         paths = [f"{folder}/{number:06}.vrnscene" for number in range(count)]
