@@ -17,9 +17,7 @@ from vornath_data import batch  # noqa: E402
 
 @pytest.fixture(scope="module")
 def client():
-    from distributed import Client, LocalCluster
-    with LocalCluster(n_workers=2, threads_per_worker=1, processes=True, dashboard_address=":0",
-                      silence_logs=50) as cluster, Client(cluster) as made:
+    with batch.processes_of_this_machine(2) as made:
         yield made
 
 

@@ -210,10 +210,11 @@ def run(function: str | Callable[..., Any],
     function: "check", "info", "digest", "diff" or "export" with their options, "module:name", or a
     function of a scene or of a path, whose result can be pickled. scene: True for a function of a scene,
     which is opened with the check and closed afterwards; False for one of a path; by default, the first
-    parameter decides: a scene is named `scene` or annotated as a Scene. files: paths and globs. scheduler: the address of a
-    Dask scheduler; by default, processes of this machine are started. processes: how many; one for each
-    core. timeout: seconds for a file. progress: is called with the numbers of finished and of all files.
-    client: a Dask client to use.
+    parameter decides: a scene is named `scene` or annotated as a Scene. files: paths and globs.
+    scheduler: the address of a Dask scheduler; by default, processes of this machine are started.
+    processes: how many; one for each core. client: a Dask client to use instead, such as that of
+    processes_of_this_machine(). timeout: seconds for a file. progress: is called with the numbers of
+    finished and of all files.
 
     Options: check(max_memory, max_messages); digest(ids); diff(reference, tolerance, absolute, limit);
     export(output, root, full, inline).
