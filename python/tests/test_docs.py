@@ -27,6 +27,15 @@ def test_the_examples_of_the_tour_print_what_it_says():
     assert result.attempted > 90 and result.failed == 0
 
 
+def test_the_tour_names_every_public_name_and_no_other():
+    text = (ROOT / "docs/python.md").read_text()
+    assert not [name for name in vd.__all__ if not re.search(rf"\b{name}\b", text)]
+    assert not [name for name in re.findall(r"\bvd\.(\w+)", text) if not hasattr(vd, name)]
+    table = text[text.index("## All names"):text.index("## The C functions")]
+    names = re.findall(r"`(\w+)`", table)
+    assert len(names) > 45 and all(name in vd.__all__ or name in ("limits", "batch", "capi") for name in names)
+
+
 @pytest.mark.parametrize("name", MODULES)
 def test_the_examples_of_docstrings_print_what_they_say(name):
     module = vd if name == "__init__" else importlib.import_module(f"vornath_data.{name}")

@@ -473,3 +473,30 @@ def test_help_tells_what_a_class_a_group_and_a_field_are(scene):
             for label, field in group.fields.items():
                 doc = inspect.getdoc(getattr(kind, label))
                 assert field.name in doc and field.description.strip() in doc
+
+
+def test_copies_and_pickles_are_equal_to_what_they_are_of(filled):
+    camera, catalogue = filled.Camera[0], vd.catalogue()
+    changed = filled.copy()
+    changed.Camera[0].general.near_distance = 0.75
+    things = [
+        catalogue, catalogue["Camera"], catalogue["Camera"].groups["General"], catalogue["Camera"].slots["program"],
+        catalogue.scene.groups["Raytracer"], catalogue["Camera"].groups["General"].fields["near_distance"],
+        vd.Type("{ int @max=3 a; }"), camera.value, vd.Value.parse("{ a = { b = 1; }; }")["a"],
+        vd.ForeignAddress(5), camera.general, camera.transformation.matrix, camera.groups, filled.groups,
+        filled.Shape[0].cut_planes.cut, vd.MeshLayout(1, 3), vd.front(3), vd.check(filled.to_bytes()),
+        vd.check(b"x").messages[0], vd.diff(filled, changed), vd.diff(filled, changed)[0]]
+    for thing in things:
+        for twin in (copy.copy(thing), copy.deepcopy(thing), pickle.loads(pickle.dumps(thing))):
+            assert twin == thing, thing
+    assert copy.copy(catalogue["Camera"]) is catalogue["Camera"]
+    for twin in (copy.copy(filled), copy.deepcopy(filled), pickle.loads(pickle.dumps(filled))):
+        assert twin is not filled and twin.equivalent(filled) and twin.digest(ids=True) == filled.digest(ids=True)
+    assert vd.check(b"x") != vd.check(b"y" * 9) and vd.diff(filled, filled) != vd.diff(filled, changed)
+    assert vd.MeshLayout(1, 3) != vd.MeshLayout(1, 4)
+
+
+@pytest.mark.parametrize("index", ["x", slice(1, 2), None, 1.5])
+def test_objects_are_indexed_by_slot_number_alone(scene, index):
+    with pytest.raises(TypeError, match="Shape is indexed by slot number, not by"):
+        scene.Shape[index]

@@ -102,6 +102,14 @@ class Report:
     def __bool__(self) -> bool:
         return self.valid
 
+    def __eq__(self, other: object) -> bool:
+        if not isinstance(other, Report):
+            return NotImplemented
+        return self.json == other.json
+
+    def __hash__(self) -> int:
+        return hash(self.json)
+
     def __iter__(self) -> Iterator[Message]:
         return iter(self.messages)
 

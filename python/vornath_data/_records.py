@@ -355,6 +355,15 @@ class Elements(Sequence[Any]):
         array = self._group._value(self._type, self._offset).numpy()
         return array if dtype is None else array.astype(dtype)
 
+    def __copy__(self) -> list[Any]:
+        return self.to_list()
+
+    def __deepcopy__(self, memo: object) -> list[Any]:
+        return self.to_list()
+
+    def __reduce__(self) -> tuple[object, ...]:
+        return list, (self.to_list(),)
+
     def __eq__(self, other: object) -> bool:
         if isinstance(other, Elements):
             return self.to_list() == other.to_list()

@@ -240,6 +240,14 @@ class Differences:
     def __bool__(self) -> bool:
         return self.found > 0
 
+    def __eq__(self, other: object) -> bool:
+        if not isinstance(other, Differences):
+            return NotImplemented
+        return self.json == other.json
+
+    def __hash__(self) -> int:
+        return hash(self.json)
+
     def __len__(self) -> int:
         return len(self._entries)
 

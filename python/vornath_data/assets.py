@@ -332,6 +332,15 @@ class MeshLayout:
                                                               self._flags)
         return record
 
+    def __eq__(self, other: object) -> bool:
+        if not isinstance(other, MeshLayout):
+            return NotImplemented
+        return (self._triangles, self._vertices, self._sets, self._flags) == (
+            other._triangles, other._vertices, other._sets, other._flags) and bool(
+            numpy.array_equal(self.words, other.words))
+
+    __hash__ = None  # type: ignore[assignment]
+
     @property
     def triangles(self) -> Array:
         """The indices: shape (triangles, 3), uint32."""

@@ -41,9 +41,10 @@ class Slot:
     lights and shapes). target: the name of the class that it refers to, "emitter" for lights and shapes.
     """
 
-    __slots__ = ("attribute", "index", "kind", "name", "target", "target_number")
+    __slots__ = ("attribute", "index", "kind", "name", "owner", "target", "target_number")
 
-    def __init__(self, index: int, name: str, kind: str, target: str, target_number: int) -> None:
+    def __init__(self, owner: str, index: int, name: str, kind: str, target: str, target_number: int) -> None:
+        self.owner = owner
         self.index = index
         self.name = name
         self.kind = kind
@@ -55,6 +56,9 @@ class Slot:
     def single(self) -> bool:
         """Whether the slot holds one object, and not a list."""
         return self.kind in ("required", "optional")
+
+    def __reduce__(self) -> tuple[object, ...]:
+        return _entry, (self.owner, "slots", self.name)
 
     def __repr__(self) -> str:
         return f"<Slot {self.name!r}: {self.kind}, {self.target}>"
@@ -91,6 +95,9 @@ class Group:
         """The annotation @desc."""
         return str(self.type.metadata.get("desc", ""))
 
+    def __reduce__(self) -> tuple[object, ...]:
+        return _entry, (self.owner, "groups", self.name)
+
     def __repr__(self) -> str:
         return f"<Group {self.owner}/{self.name}: {', '.join(self.fields)}>"
 
@@ -126,8 +133,8 @@ class Class:
             info = quick.vrdmReferenceType(number, index)
             target = "emitter" if info.targetClass == EMITTER else quick.vrdmObjectName(
                 info.targetClass).decode()
-            slots[info.name.decode()] = Slot(index, info.name.decode(), SLOT_KINDS[info.kind], target,
-                                             info.targetClass)
+            slots[info.name.decode()] = Slot(self.name, index, info.name.decode(), SLOT_KINDS[info.kind],
+                                             target, info.targetClass)
         # Where a group has the same name, the slot's attribute tells its target, too.
         taken = {group.attribute for group in self.groups.values()}
         for slot in slots.values():
@@ -135,6 +142,9 @@ class Class:
                 slot.attribute += "_" + snake_case(slot.target)
         self.slots: Mapping[str, Slot] = _Lookup(f"{self.name} has no slot", slots)
         self.has_value = bool(quick.vrdmHasValue(number))
+
+    def __reduce__(self) -> tuple[object, ...]:
+        return _entry, (self.name,)
 
     def __repr__(self) -> str:
         return f"<Class {self.name}: {self.kind}>"
@@ -170,6 +180,9 @@ class Catalogue:
         self.by_number: Mapping[int, Class] = MappingProxyType(
             {entry.number: entry for entry in self.classes.values()})
 
+    def __reduce__(self) -> tuple[object, ...]:
+        return catalogue, ()
+
     def __iter__(self) -> Iterator[Class]:
         return iter(self.classes.values())
 
@@ -188,6 +201,12 @@ class Catalogue:
     def _repr_html_(self) -> str:
         from ._html import catalogue_html
         return catalogue_html(self)
+
+
+def _entry(owner: str, part: str = "", name: str = "") -> Any:
+    """Returns a class, or one of its groups or slots: what copies and pickles of them are."""
+    entry = catalogue().scene if owner == "scene" else catalogue().classes[owner]
+    return getattr(entry, part)[name] if part else entry
 
 
 @lru_cache(maxsize=1)

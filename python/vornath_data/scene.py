@@ -11,6 +11,7 @@
 from __future__ import annotations
 
 import ctypes
+import operator
 import os
 import threading
 import uuid
@@ -336,6 +337,15 @@ class Groups(Mapping[str, GroupRecord]):
         """Returns all groups as dicts."""
         return {name: group.to_dict() for name, group in self.items()}
 
+    def __copy__(self) -> dict[str, Any]:
+        return self.to_dict()
+
+    def __deepcopy__(self, memo: object) -> dict[str, Any]:
+        return self.to_dict()
+
+    def __reduce__(self) -> tuple[object, ...]:
+        return dict, (self.to_dict(),)
+
     def _ipython_key_completions_(self) -> list[str]:
         return list(self)
 
@@ -643,7 +653,10 @@ class Objects(Generic[T]):
 
     def __getitem__(self, index: int) -> T:
         """Returns the object in a slot. Raises NoSuchObject for a free one."""
-        slot = index.__index__()
+        try:
+            slot = operator.index(index)
+        except TypeError:
+            raise TypeError(f"{self._class.name} is indexed by slot number, not by {index!r}") from None
         if not (0 <= slot < 2**31 and self._scene._call(_valid, self._class.number, slot)):
             raise NoSuchObject(f"the scene has no {self._class.name} {index}")
         return self._kind(self._scene, slot)
@@ -1181,6 +1194,19 @@ class SceneGroups(Mapping[str, GroupRecord]):
 
     def __len__(self) -> int:
         return len(catalogue().scene.groups)
+
+    def to_dict(self) -> dict[str, Any]:
+        """Returns all groups as dicts."""
+        return {name: group.to_dict() for name, group in self.items()}
+
+    def __copy__(self) -> dict[str, Any]:
+        return self.to_dict()
+
+    def __deepcopy__(self, memo: object) -> dict[str, Any]:
+        return self.to_dict()
+
+    def __reduce__(self) -> tuple[object, ...]:
+        return dict, (self.to_dict(),)
 
     def __dir__(self) -> list[str]:
         return sorted({*object.__dir__(self),
