@@ -1,6 +1,6 @@
 """Groups of an object as Python objects.
 
-A group keeps a copy of its bytes. A scene counts its changes (`_epoch`): as long as the count is the one
+A group keeps a copy of its bytes. A scene counts its changes: as long as the count is the one
 that the group has seen, its copy is what the scene has, and reading a field is reading memory. A change is
 made in the copy and handed to the scene with one call. The calls hold the interpreter's lock, and no other
 Python thread can run between the last look at the count and the call, so a change that another thread made
@@ -176,6 +176,16 @@ class Fields(MutableMapping[str, Any]):
         return fields_html(self)
 
 
+class Changes:
+    """Counts the changes of a scene: -1 while it is in use or closed. Apart from the scene, since Python finds
+    the attributes of a class with a __getattr__ slowly."""
+
+    __slots__ = ("count",)
+
+    def __init__(self) -> None:
+        self.count = 0
+
+
 class _Copy:
     """A copy of the bytes of a group.
 
@@ -184,12 +194,13 @@ class _Copy:
     collector runs no code between the last look at the count and the call.
     """
 
-    __slots__ = ("arguments", "block", "born", "buffer", "index", "scene", "seen")
+    __slots__ = ("arguments", "block", "born", "buffer", "changes", "index", "scene", "seen")
     arguments: tuple[Any]
     buffer: Any
 
     def __init__(self, scene: Scene, index: int, born: int) -> None:
         self.scene = scene
+        self.changes = scene._changes
         self.index = index
         self.born = born
         self.seen = -2
@@ -222,7 +233,7 @@ class GroupRecord(Fields):
         """Reads the group from the scene."""
         copy, number, group = self._copy, self._number, self._info.index
         scene = copy.scene
-        seen = scene._epoch  # before the scene is read: what changes afterwards is noticed
+        seen = copy.changes.count  # before the scene is read: what changes afterwards is noticed
         if number != SCENE_DATA:
             scene._check(number, copy.index, copy.born)
         pointer = scene._pointer
@@ -245,7 +256,7 @@ class GroupRecord(Fields):
     def _bytes(self) -> Any:
         """Returns the bytes of the group as the scene has them."""
         copy = self._copy
-        if copy.seen != copy.scene._epoch:
+        if copy.seen != copy.changes.count:
             self._refresh()
         return copy.buffer
 
@@ -277,13 +288,13 @@ class GroupRecord(Fields):
     def _commit(self, offset: int, data: bytes, seen: int) -> None:
         """Writes bytes to the group, if nothing was changed since `seen`."""
         copy = self._copy
-        scene = copy.scene
-        if copy.seen != seen or scene._epoch != seen:
+        changes = copy.changes
+        if copy.seen != seen or changes.count != seen:
             self._conflict()
         ctypes.memmove(ctypes.addressof(copy.buffer) + offset, data, len(data))
-        if scene._epoch != seen:
+        if changes.count != seen:
             self._conflict()
-        scene._epoch = copy.seen = seen + 1
+        changes.count = copy.seen = seen + 1
         _store(*copy.arguments)
 
     def _conflict(self) -> None:
@@ -398,7 +409,7 @@ def _leaf_property(field: Field) -> property:
     else:
         def read(self: GroupRecord) -> Any:
             copy = self._copy
-            if copy.seen != copy.scene._epoch:
+            if copy.seen != copy.changes.count:
                 return refresh_and_read(self)
             return unpack(copy.buffer, offset)[0]
 
@@ -445,11 +456,11 @@ def _setter(fields: Iterable[Field]) -> Callable[[GroupRecord, str, Any], None]:
             copy.seen = -2  # The bytes of the copy are not what they were.
             check(self, name, thing)
             raise
-        scene = copy.scene
-        if scene._epoch != seen:
+        changes = copy.changes
+        if changes.count != seen:
             _write_again(self, pack, offset, thing, seen)
             return
-        scene._epoch = copy.seen = seen + 1
+        changes.count = copy.seen = seen + 1
         _store(*copy.arguments)
 
     return write
@@ -464,10 +475,10 @@ def _write_again(self: GroupRecord, pack: Callable[..., None], offset: int, thin
     self._refresh()
     seen = copy.seen
     pack(copy.buffer, offset, thing)
-    scene = copy.scene
-    if copy.seen != seen or scene._epoch != seen:
+    changes = copy.changes
+    if copy.seen != seen or changes.count != seen:
         self._conflict()
-    scene._epoch = copy.seen = seen + 1
+    changes.count = copy.seen = seen + 1
     _store(*copy.arguments)
 
 

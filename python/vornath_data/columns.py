@@ -44,7 +44,7 @@ def live_slots(scene: Scene, number: int) -> Array:
     known: Array | None = scene._lists.get(number)
     if known is not None:
         return known
-    seen = scene._epoch
+    seen = scene._changes.count
     count, error = ctypes.c_uint64(), ctypes.c_void_p()
     with scene._exclusive(change=False) as pointer:
         slots = numpy.empty(quick.vrdmContainerSize(pointer, number), "<i4")
@@ -53,7 +53,7 @@ def live_slots(scene: Scene, number: int) -> Array:
     if status:
         raise toolkit_error(status, error)
     slots = slots[:count.value]
-    if scene._epoch == seen:
+    if scene._changes.count == seen:
         scene._lists[number] = slots
     return slots
 

@@ -22,7 +22,7 @@ from typing import TYPE_CHECKING, Any, Generic, NoReturn, TypeVar
 from . import _declarations
 from ._library import long, quick
 from ._objects import SceneClasses
-from ._records import GroupRecord, group_class
+from ._records import Changes, GroupRecord, group_class
 from ._status import no_name, toolkit_error
 from .catalogue import SCENE_DATA, Class, Slot, catalogue, snake_case
 from .errors import ClosedError, ConcurrentUseError, NoSuchObject, TypeMismatch
@@ -62,7 +62,7 @@ class SceneObject:
     def _check(self) -> None:
         """Raises NoSuchObject if the object is not in the scene any more."""
         scene = self._scene
-        seen = scene._epoch
+        seen = scene._changes.count
         if self._seen != seen or seen < 0:
             scene._check(self._class.number, self._index, self._born)
             self._seen = seen
@@ -277,7 +277,7 @@ class Instance(SceneObject):
         else:
             word = self._scene._index_of(thing, slot.target, f"{self._class.name}/{self._index}/slots/{slot.name}")
         self._call(quick.vrdmSetReference, slot.index, word)
-        self._scene._epoch += 1
+        self._scene._changes.count += 1
 
     def _get_list(self, slot: Slot) -> ReferenceList:
         return ReferenceList(self, slot)
@@ -299,7 +299,7 @@ class Instance(SceneObject):
         # The scene shares the block; a later write to the Value copies it.
         block = thing._block
         self._call(quick.vrdmSetInstanceValue, block.address)
-        self._scene._epoch += 1
+        self._scene._changes.count += 1
 
     def update_texture_references(self) -> None:
         """Sets the list `textures` of a Light or a Material to the textures that its value names."""
@@ -764,7 +764,7 @@ class Objects(Generic[T]):
 class _Exclusive:
     """Takes the scene for itself as long as it is open: another use raises ConcurrentUseError."""
 
-    __slots__ = ("_change", "_epoch", "_fields", "_pointer", "_scene")
+    __slots__ = ("_change", "_count", "_fields", "_pointer", "_scene")
 
     def __init__(self, scene: Scene, change: bool, fields: bool) -> None:
         self._scene = scene
@@ -778,8 +778,9 @@ class _Exclusive:
         if pointer is None:
             scene._refuse()
         scene._pointer = None
-        self._epoch = scene._epoch
-        scene._epoch = -1
+        changes = scene._changes
+        self._count = changes.count
+        changes.count = -1
         self._pointer = pointer
         scene._user = threading.get_ident()
         return pointer
@@ -789,7 +790,7 @@ class _Exclusive:
         scene._user = None
         if self._change and not self._fields:
             scene._lists.clear()
-        scene._epoch = self._epoch + 1 if self._change else self._epoch
+        scene._changes.count = self._count + 1 if self._change else self._count
         scene._pointer = self._pointer
 
 
@@ -801,7 +802,7 @@ class Scene(SceneClasses):
     classes are attributes: scene.Camera, scene.Shape, ...
     """
 
-    __slots__ = ("__weakref__", "_epoch", "_groups", "_lists", "_open", "_pid", "_pointer", "_removals", "_user")
+    __slots__ = ("__weakref__", "_changes", "_groups", "_lists", "_open", "_pid", "_pointer", "_removals", "_user")
 
     def __init__(self) -> None:
         address = quick.vrdmCreateScene()
@@ -812,7 +813,7 @@ class Scene(SceneClasses):
     def _take(self, address: int) -> None:
         self._pointer: Any = _Handle(address)
         self._open = True
-        self._epoch = 0
+        self._changes = Changes()
         self._user: int | None = None
         self._removals: dict[tuple[int, int], int] = {}
         self._groups: dict[int, GroupRecord] = {}
@@ -849,7 +850,7 @@ class Scene(SceneClasses):
             self._refuse()
         self._pointer = None
         self._open = False
-        self._epoch = -1
+        self._changes.count = -1
         self._groups.clear()
         self._removals.clear()
         del pointer  # the last reference, unless a call is just made
