@@ -1,11 +1,10 @@
 """Many files on Dask."""
 import json
 import os
-import signal
 import subprocess
 import sys
-import time
 
+import functions_of_files
 import pytest
 from conftest import PACKAGE
 
@@ -31,18 +30,6 @@ def files(tmp_path):
     data = (tmp_path / "a" / "3.vrnscene").read_bytes()
     (tmp_path / "a" / "3.vrnscene").write_bytes(data[:-7])
     return tmp_path
-
-
-def sleep_or_die(path):
-    name = os.path.basename(path)
-    if name.startswith("1"):
-        time.sleep(60)
-    if name.startswith("2"):
-        os.kill(os.getpid(), signal.SIGSEGV)
-    if name.startswith("4"):
-        raise RuntimeError("four")
-    print("talk on standard output")
-    return {"name": name}
 
 
 def test_rows_are_in_the_order_of_the_input(files, client):
@@ -94,7 +81,7 @@ def test_info_has_the_numbers_of_objects(files, client):
 
 def test_a_function_that_hangs_dies_or_raises_costs_its_own_row(files, client):
     paths = [files / "a" / f"{number}.vrnscene" for number in (0, 1, 2, 4, 5)]
-    table = batch.run(sleep_or_die, paths, client=client, timeout=1.5)
+    table = batch.run(functions_of_files.sleep_or_die, paths, client=client, timeout=1.5)
     assert [row.ok for row in table] == [True, False, False, False, True]
     assert [row.code for row in table.failed] == ["TIMEOUT", "PROCESS_ENDED", "RuntimeError"]
     assert "longer than 1.5 s" in table[1].error and "SIGSEGV" in table[2].error and table[3].error == "four"
@@ -109,13 +96,9 @@ def test_a_function_that_ends_the_process_when_it_is_loaded_is_told_for_each_fil
     assert [(row.code, row.error) for row in table] == [("PROCESS_ENDED", "the process ended with the status 7")] * 3
 
 
-def cannot_be_sent_for_one(path):
-    return (lambda: None) if path.endswith("1.vrnscene") else path
-
-
 def test_a_result_that_cannot_be_sent_costs_its_own_row(files, client):
     paths = [files / "a" / f"{number}.vrnscene" for number in range(3)]
-    table = batch.run(cannot_be_sent_for_one, paths, client=client)
+    table = batch.run(functions_of_files.cannot_be_sent_for_one, paths, client=client)
     assert [row.ok for row in table] == [True, False, True] and "pickle" in table[1].error
 
 
@@ -136,29 +119,18 @@ def test_a_function_that_is_not_there_is_told_for_each_file(files, client):
     with pytest.raises(TypeError):
         batch.run("diff", [files / "a/0.vrnscene"], client=client)
     with pytest.raises(TypeError):
-        batch.run(sleep_or_die, [files / "a/0.vrnscene"], client=client, ids=True)
-
-
-def near_distance(scene):
-    return scene.Camera[0].general.near_distance
-
-
-def camera_count(thing: "vd.Scene"):
-    return len(thing.Camera)
-
-
-def name_of_what_is_given(thing):
-    return type(thing).__name__
+        batch.run(functions_of_files.sleep_or_die, [files / "a/0.vrnscene"], client=client, ids=True)
 
 
 def test_a_function_of_a_scene_gets_the_scene_opened_and_checked(files, client):
     paths = [files / "a" / f"{number}.vrnscene" for number in (2, 3, 4)]
-    table = batch.run(near_distance, paths, client=client)
+    table = batch.run(functions_of_files.near_distance, paths, client=client)
     assert [row.ok and row.result for row in table] == [0.25, False, 0.5] and table[1].code == "FILE_DAMAGED"
-    assert batch.run(camera_count, paths[:1], client=client)[0].result == 1
+    assert batch.run(functions_of_files.camera_count, paths[:1], client=client)[0].result == 1
     assert batch.run(lambda scene: scene.closed, paths[:1], client=client)[0].result is False
     for given, name in ((None, "str"), (True, "Scene"), (False, "str")):
-        assert batch.run(name_of_what_is_given, paths[:1], client=client, scene=given)[0].result == name
+        table = batch.run(functions_of_files.name_of_what_is_given, paths[:1], client=client, scene=given)
+        assert table[0].result == name
     with pytest.raises(TypeError):
         batch.run("check", paths, client=client, scene=True)
 
