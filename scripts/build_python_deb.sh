@@ -77,6 +77,7 @@ if $with_libraries; then
     folders=$build/src:$build/toolkit
   fi
   mkdir "$packages/vornath_data/lib"
+  # shellcheck disable=SC2016  # CMake expands it.
   echo 'file(RPATH_REMOVE FILE "${FILE}")' >"$work/remove_path.cmake"
   for library in "${libraries[@]}"; do
     found=""
@@ -101,8 +102,9 @@ if $with_libraries; then
     done < <(objdump -p "$target" | awk '$1 == "NEEDED" { print $2 }')
   done
   architecture=$(dpkg --print-architecture)
+  words=" The libraries are in this package."
 else
-  depends+=", libvornath-data1, libvornath-toolkit1"
+  words=" It needs ${libraries[0]} and ${libraries[1]}, which are not in this package."
 fi
 
 documents=$tree/usr/share/doc/$name
@@ -127,6 +129,7 @@ Description: scene descriptions for renderers in Python
  Scenes, types, self-describing values and spectral colour of vornath_data,
  with NumPy views of the bytes of meshes, textures and values, and tools that
  check, compare and convert thousands of scene files.
+$words
 END
 # Debian's Python compiles the modules of packages when they are installed.
 cat >"$tree/DEBIAN/postinst" <<END

@@ -62,16 +62,23 @@ def test_pip_installs_the_package_without_a_network(tmp_path):
     assert "check files" in run(tmp_path / "there/bin/vornath-batch", "--help", VORNATH_DATA_LIBRARY=folders())
 
 
-@pytest.fixture(scope="module")
-def package(tmp_path_factory):
+def build_deb(folder, *options):
     for tool in ("dpkg-deb", "dpkg-query", "strip", "objdump", "cmake"):
         if not shutil.which(tool):
             pytest.skip(f"needs {tool}")
     pytest.importorskip("hatchling")
-    folder = tmp_path_factory.mktemp("deb")
-    path = run(ROOT / "scripts/build_python_deb.sh", "--output", folder, "--libraries", folders()).strip()
+    path = run(ROOT / "scripts/build_python_deb.sh", "--output", folder, *options).strip()
     assert pathlib.Path(path).parent == folder
     return path
+
+
+def fields_of(package):
+    return dict(line.split(": ", 1) for line in run("dpkg-deb", "--field", package).splitlines() if line[0] != " ")
+
+
+@pytest.fixture(scope="module")
+def package(tmp_path_factory):
+    return build_deb(tmp_path_factory.mktemp("deb"), "--libraries", folders())
 
 
 def test_the_debian_package_runs_from_another_root_with_its_own_libraries(package, tmp_path):
@@ -89,7 +96,7 @@ def test_the_debian_package_runs_from_another_root_with_its_own_libraries(packag
 
 
 def test_the_debian_package_says_what_it_needs_and_names_no_folder_of_the_build(package, tmp_path):
-    fields = dict(line.split(": ", 1) for line in run("dpkg-deb", "--field", package).splitlines() if line[0] != " ")
+    fields = fields_of(package)
     assert fields["Package"] == "python3-vornath-data" and fields["Version"] == vd.__version__
     needs = fields["Depends"].split(", ")
     assert {"python3 (>= 3.11)", "python3-numpy", "libc6", "libstdc++6"} <= set(needs)
@@ -97,3 +104,17 @@ def test_the_debian_package_says_what_it_needs_and_names_no_folder_of_the_build(
     run("dpkg-deb", "--extract", package, tmp_path)
     for library in tmp_path.rglob("*.so.1"):
         assert "RUNPATH" not in run("objdump", "-p", library) and "RPATH" not in run("objdump", "-p", library)
+
+
+def test_a_debian_package_without_libraries_is_for_all_architectures(tmp_path):
+    package = build_deb(tmp_path, "--without-libraries")
+    fields = fields_of(package)
+    assert fields["Architecture"] == "all" and fields["Depends"] == "python3 (>= 3.11), python3-numpy"
+    listed = run("dpkg-deb", "--contents", package)
+    assert "/vornath_data/scene.py" in listed and ".so" not in listed
+
+
+def test_the_script_refuses_what_it_does_not_know(tmp_path):
+    done = subprocess.run([ROOT / "scripts/build_python_deb.sh", "--libraris", "x"], capture_output=True, text=True,
+                          check=False)
+    assert done.returncode == 2 and done.stderr == "build_python_deb.sh: unknown argument: --libraris\n"
