@@ -1,8 +1,9 @@
 #!/bin/sh
 # Installs the packages of Debian 12 that the project needs, if they are missing. Needs root or sudo.
 # usage: scripts/install_dependencies.sh [--list] [PURPOSE...]
-#   PURPOSE  library (includes the examples), toolkit (includes the command vrn), tests, browser, bench,
-#            yardsticks, coverage, tidy or fuzz; the default is library, toolkit, tests and browser
+#   PURPOSE  library (includes the examples), toolkit (includes the command vrn), tests, browser, python
+#            (the Python package and its tests), bench, yardsticks, coverage, tidy or fuzz; the default
+#            is library, toolkit, tests, browser and python
 #   --list   prints the names of the packages and installs nothing
 set -eu
 
@@ -11,7 +12,7 @@ if [ "${1:-}" = --list ]; then
   list=true
   shift
 fi
-[ $# -gt 0 ] || set -- library toolkit tests browser
+[ $# -gt 0 ] || set -- library toolkit tests browser python
 
 packages=""
 for purpose in "$@"; do
@@ -29,6 +30,12 @@ for purpose in "$@"; do
       ;;
     # The test of the catalogue's page runs it in a browser.
     browser) packages="$packages chromium chromium-driver python3-selenium" ;;
+    # The package needs NumPy. Dask spreads work over processes, matplotlib draws where it is wanted, and
+    # the others test, check and build the package.
+    python)
+      packages="$packages python3 python3-dask python3-distributed python3-hatchling python3-matplotlib
+                mypy python3-numpy python3-pip python3-pytest"
+      ;;
     bench) packages="$packages libbenchmark-dev" ;;
     # Libraries that the benchmarks measure beside this one, if they are installed.
     yardsticks)

@@ -226,6 +226,9 @@ bool isTestOfTheBuild(const std::string& name) {
   if (name.rfind("fuzz.replay.", 0) == 0) {
     return has("fuzz/CMakeLists.txt", "vornath_fuzz_target(" + rest("fuzz.replay."));
   }
+  if (name.rfind("python.", 0) == 0) {
+    return fs::exists(kSource / "python/tests" / (rest("python.") + ".py"));
+  }
   return has("examples/CMakeLists.txt", "add_test(NAME " + name + "\n");
 }
 

@@ -32,12 +32,14 @@
 #include "vornath_toolkit/version.h"
 #include "vornath_toolkit/vrtk_catalogue.h"
 #include "vornath_toolkit/vrtk_check.h"
+#include "vornath_toolkit/vrtk_columns.h"
 #include "vornath_toolkit/vrtk_diff.h"
 #include "vornath_toolkit/vrtk_digest.h"
 #include "vornath_toolkit/vrtk_error.h"
 #include "vornath_toolkit/vrtk_file.h"
 #include "vornath_toolkit/vrtk_json.h"
 #include "vornath_toolkit/vrtk_scene.h"
+#include "vornath_toolkit/vrtk_storage.h"
 #include "vornath_toolkit/vrtk_value.h"
 
 #endif
