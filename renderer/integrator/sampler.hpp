@@ -1,0 +1,75 @@
+/// Numbers for the choices along a path: points of the sequence of Sobol, scrambled after Owen.
+#ifndef VRN_RENDER_INTEGRATOR_SAMPLER_HPP
+#define VRN_RENDER_INTEGRATOR_SAMPLER_HPP
+
+#include <algorithm>
+#include <cstdint>
+
+#include "geometry/vector.hpp"
+
+namespace vrn_render {
+
+/// The numbers of one sample of one pixel. They depend on the seed, the pixel and the sample only,
+/// so that it does not matter which thread asks, and when. Each call takes the next pair of a
+/// sequence of its own; the samples of a pixel together cover the unit square evenly in each pair.
+class Sampler {
+ public:
+  Sampler(std::uint32_t seed, std::uint32_t x, std::uint32_t y, std::uint32_t sample)
+      : key_(mixed(mixed(mixed(seed) ^ x) ^ (y + 0x9e3779b9U))), sample_(sample) {}
+
+  /// Returns a number from 0 up to 1.
+  float one() { return two().x; }
+
+  /// Returns two numbers from 0 up to 1.
+  Vec2 two() {
+    const std::uint32_t key = mixed(key_ + 0x85ebca6bU * ++dimension_);
+    const std::uint32_t index = scrambled(sample_, key);
+    const std::uint32_t x = scrambled(reversed(index), mixed(key ^ 0x68bc21ebU));
+    const std::uint32_t y = scrambled(sobol(index), mixed(key ^ 0x02e5be93U));
+    return {toFloat(x), toFloat(y)};
+  }
+
+ private:
+  static float toFloat(std::uint32_t bits) {
+    return std::min(static_cast<float>(bits) * 0x1p-32F, 0x1.fffffep-1F);
+  }
+  static std::uint32_t mixed(std::uint32_t a) {
+    a ^= a >> 16;
+    a *= 0x21f0aaadU;
+    a ^= a >> 15;
+    a *= 0x735a2d97U;
+    return a ^ (a >> 15);
+  }
+  static std::uint32_t reversed(std::uint32_t a) {
+    a = (a << 16) | (a >> 16);
+    a = ((a & 0x00ff00ffU) << 8) | ((a & 0xff00ff00U) >> 8);
+    a = ((a & 0x0f0f0f0fU) << 4) | ((a & 0xf0f0f0f0U) >> 4);
+    a = ((a & 0x33333333U) << 2) | ((a & 0xccccccccU) >> 2);
+    return ((a & 0x55555555U) << 1) | ((a & 0xaaaaaaaaU) >> 1);
+  }
+  // The second dimension of the sequence.
+  static std::uint32_t sobol(std::uint32_t index) {
+    std::uint32_t result = 0;
+    for (std::uint32_t v = 1U << 31; index != 0; index >>= 1, v ^= v >> 1) {
+      if (index & 1U) result ^= v;
+    }
+    return result;
+  }
+  // Permutes so that each bit depends on the bits above it only (Laine and Karras, 2011).
+  static std::uint32_t scrambled(std::uint32_t a, std::uint32_t key) {
+    a = reversed(a);
+    a ^= a * 0x3d20adeaU;
+    a += key;
+    a *= (key >> 16) | 1U;
+    a ^= a * 0x05526c56U;
+    a ^= a * 0x53a22864U;
+    return reversed(a);
+  }
+
+  std::uint32_t key_, sample_;
+  std::uint32_t dimension_ = 0;
+};
+
+}  // namespace vrn_render
+
+#endif
