@@ -35,6 +35,16 @@ void fill(RTCRay& out, const Ray& ray) {
   out.flags = 0;
 }
 
+// Embree must not be given a ray that has no end or no direction.
+bool canBeTraced(const Ray& ray) {
+  constexpr float kFar = 1e18F;
+  const auto isNear = [](Vec3 v) {
+    return std::abs(v.x) < kFar && std::abs(v.y) < kFar && std::abs(v.z) < kFar;
+  };
+  return isNear(ray.origin) && isNear(ray.direction) && ray.near >= 0 && ray.far >= ray.near &&
+         ray.near < kFar && std::isfinite(ray.time);
+}
+
 Vec3 vertexAt(const MeshDescription& mesh, std::uint32_t vertex, int offset) {
   const float* const p = mesh.vertices + std::size_t{9} * vertex + offset;
   return {p[0], p[1], p[2]};
@@ -278,6 +288,7 @@ Transform SceneGeometry::surfacePlace(const LightDescription& light) {
 
 Hit SceneGeometry::intersect(const Ray& ray, PassedLights& lights) const {
   lights.clear();
+  if (!canBeTraced(ray)) return {};
   Context context;
   rtcInitIntersectContext(&context.base);
   context.base.flags = RTC_INTERSECT_CONTEXT_FLAG_INCOHERENT;
@@ -303,6 +314,7 @@ Hit SceneGeometry::intersect(const Ray& ray, PassedLights& lights) const {
 }
 
 bool SceneGeometry::isOccluded(const Ray& ray) const {
+  if (!canBeTraced(ray)) return true;
   Context context;
   rtcInitIntersectContext(&context.base);
   context.geometry = this;

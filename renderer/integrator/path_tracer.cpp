@@ -21,6 +21,7 @@ struct PathTracer::Path {
   float density = 0;
   bool isSingular = true;
   std::uint32_t shape = Hit::kNone;  // that the ray comes from
+  int band = -1;  // the only one that is left, or all
   Vec2 film;
   bool isDirect = true;  // whether nothing has scattered it
   bool wasDiffuse = false;
@@ -293,6 +294,7 @@ Seen PathTracer::trace(Vec2 film, Sampler& sampler) const {
   if (task.wavelengths == Wavelengths::One) {
     path.throughput = Spectrum();
     path.throughput[task.band] = 1;
+    path.band = task.band;
   }
   const Vec3 eye = path.ray.origin;
   PassedLights passed;
@@ -353,11 +355,12 @@ Seen PathTracer::trace(Vec2 film, Sampler& sampler) const {
     const float lobe = sampler.one();
     const Vec2 u = sampler.two();
     const float survival = sampler.one();
-    const Scattered next = surface.sample(lobe, u);
+    const Scattered next = surface.sample(lobe, u, path.band);
     if (next.kind == 0) break;
     if (next.kind == kDiffuseRay && !shape.receivesIndirect) break;
     path.throughput *= next.weight;
     path.density = next.density;
+    if (next.band >= 0) path.band = next.band;
     path.isSingular = next.isSingular;
     path.isDirect = false;
     path.shape = hit.shape;

@@ -157,7 +157,7 @@ float Surface::evaluate(Vec3 direction, std::uint32_t kinds, Spectrum& value) co
   return evaluateLobes(view_, to, kinds, value);
 }
 
-Scattered Surface::sampleBoundary(Vec3 view, float choice, Vec2 u) const {
+Scattered Surface::sampleBoundary(Vec3 view, float choice, Vec2 u, int band) const {
   Scattered out;
   const Microfacets facets{alpha_};
   const Vec3 half = isSmooth_ ? Vec3{0, 0, 1} : facets.sampleVisible(view, u);
@@ -165,9 +165,12 @@ Scattered Surface::sampleBoundary(Vec3 view, float choice, Vec2 u) const {
   float eta = eta_;
   if (material_.isDispersive) {
     // One band goes on, for all of them would part here. The choice also selects what happens.
-    const float at = choice * kBands;
-    out.band = std::min(static_cast<int>(at), kBands - 1);
-    choice = std::min(at - static_cast<float>(out.band), kLargestShare);
+    out.band = band;
+    if (band < 0) {
+      const float at = choice * kBands;
+      out.band = std::min(static_cast<int>(at), kBands - 1);
+      choice = std::min(at - static_cast<float>(out.band), kLargestShare);
+    }
     eta = isInside_ ? 1 / material_.indices[out.band] : material_.indices[out.band];
   }
   const float reflected = fresnelDielectric(c, eta);
@@ -204,14 +207,14 @@ Scattered Surface::sampleBoundary(Vec3 view, float choice, Vec2 u) const {
   }
   out.weight = isReflected ? Spectrum(scale) : *reflectance_ * scale;
   if (out.band >= 0) {
-    const float kept = out.weight[out.band] * kBands;
+    const float kept = out.weight[out.band] * (band < 0 ? kBands : 1);
     out.weight = Spectrum();
     out.weight[out.band] = kept;
   }
   return out;
 }
 
-Scattered Surface::sample(float choice, Vec2 u) const {
+Scattered Surface::sample(float choice, Vec2 u, int band) const {
   Scattered out;
   std::size_t lobe = 0;
   while (lobe < kLobes && choice >= shares_[lobe]) choice -= shares_[lobe++];
@@ -230,7 +233,7 @@ Scattered Surface::sample(float choice, Vec2 u) const {
     out.kind = kDiffuseRay;
     out.direction = frame_.toWorld(to);
   } else if (lobe == kBoundary) {
-    out = sampleBoundary(view_, choice, u);
+    out = sampleBoundary(view_, choice, u, band);
     if (out.kind == 0) return out;
     if (out.isSingular) {
       out.weight *= weights_[kBoundary] / shares_[kBoundary];

@@ -44,8 +44,9 @@ class Surface {
   /// `value`. Returns the probability density with which sample() chooses the direction.
   float evaluate(Vec3 direction, std::uint32_t kinds, Spectrum& value) const;
 
-  /// Samples a direction. `choice` selects a lobe.
-  Scattered sample(float choice, Vec2 u) const;
+  /// Samples a direction. `choice` selects a lobe. `band` is the only band that light still has, or
+  /// -1 for all.
+  Scattered sample(float choice, Vec2 u, int band = -1) const;
 
   /// The normal on the side of the view.
   Vec3 normal() const { return frame_.normal; }
@@ -57,7 +58,7 @@ class Surface {
  private:
   enum Lobe : std::size_t { kDiffuse, kCoat, kMetal, kBoundary, kLobes };
 
-  Scattered sampleBoundary(Vec3 view, float choice, Vec2 u) const;
+  Scattered sampleBoundary(Vec3 view, float choice, Vec2 u, int band) const;
   float evaluateLobes(Vec3 view, Vec3 direction, std::uint32_t kinds, Spectrum& value) const;
   Spectrum metalFresnel(float cosine) const;
 
