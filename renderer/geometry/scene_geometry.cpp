@@ -37,7 +37,7 @@ void fill(RTCRay& out, const Ray& ray) {
 
 // Embree must not be given a ray that has no end or no direction.
 bool canBeTraced(const Ray& ray) {
-  constexpr float kFar = 1e18F;
+  constexpr float kFar = 1e9F;  // metres
   const auto isNear = [](Vec3 v) {
     return std::abs(v.x) < kFar && std::abs(v.y) < kFar && std::abs(v.z) < kFar;
   };
@@ -232,8 +232,7 @@ void SceneGeometry::attachShape(std::uint32_t index) {
                                           ? &scene_.meshes[static_cast<std::size_t>(shape.mesh)]
                                           : meshOfForm(shape.form);
   bool isFlat = false;
-  for (const Transform& step : shape.motion.steps) isFlat |= step.isFlat();
-  if (isFlat && mesh == nullptr) return;  // a curved form without an extent: there is nothing to see
+  for (const Transform& step : shape.motion.steps) isFlat |= !canBeEntered(step);
   if (mesh != nullptr && !shape.motion.moves() &&
       (isFlat || shape.motion.steps.front().isIdentity())) {
     const RTCGeometry geometry = makeMesh(isFlat ? flatten(index, *mesh) : *mesh);
@@ -269,7 +268,7 @@ void SceneGeometry::attachLight(std::uint32_t index) {
   if (!isSurface) return;
   Motion motion;
   motion.steps = {surfacePlace(light)};
-  if (motion.steps.front().isFlat()) return;
+  if (!canBeEntered(motion.steps.front())) return;
   const Form form = formOf(light.kind);
   const std::uint32_t mask = light.visibleTo & ~static_cast<std::uint32_t>(kShadowRay);
   attach(makeInstance(partScene(meshOfForm(form), form, true), motion), mask,

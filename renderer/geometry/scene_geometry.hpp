@@ -121,7 +121,7 @@ class SceneGeometry {
   };
   std::vector<Part> parts_;
   std::map<std::pair<const void*, bool>, RTCScene> partsByKey_;
-  // Copies in the world, of meshes that a transformation makes flat: such a map has no inverse.
+  // Copies in the world, of meshes that a transformation makes flat, so that rays cannot enter their space.
   struct Flattened {
     std::vector<float> vertices;
     MeshDescription mesh;

@@ -85,6 +85,21 @@ inline Transform inverse(const Transform& map) {
   return result;
 }
 
+/// Returns whether rays can be mapped into the space of a map and stay within the range of floats:
+/// the map is not flat, and neither far larger nor far smaller than what a scene in metres needs.
+inline bool canBeEntered(const Transform& map) {
+  constexpr float kLargest = 1e8F;
+  const auto isModest = [](const Transform& m) {
+    const auto is = [](Vec3 v) {
+      return std::abs(v.x) <= kLargest && std::abs(v.y) <= kLargest && std::abs(v.z) <= kLargest;
+    };
+    return is(m.x) && is(m.y) && is(m.z);
+  };
+  if (!map.isFinite() || map.isFlat() || !isModest(map)) return false;
+  const Transform back = inverse(map);
+  return back.isFinite() && isModest(back) && length(map.w) <= 1e9F && length(back.w) <= 1e17F;
+}
+
 /// Three perpendicular directions around a normal, which is the local z.
 struct Frame {
   Vec3 tangent, bitangent, normal;

@@ -126,7 +126,7 @@ void Lights::addLight(std::uint32_t index) {
     environments_.push_back(index);
     Transform turn = light.place;
     turn.w = {};
-    if (turn.isFlat()) turn = Transform();
+    if (!canBeEntered(turn)) turn = Transform();
     places_[index] = turn;
     inverses_[index] = inverse(turn);
     if (light.emission.lookup.texture >= 0) {
@@ -159,7 +159,7 @@ void Lights::addLight(std::uint32_t index) {
     power *= 2 * kPi * (1 - 0.5F * (light.cosInner + light.cosOuter));
   } else {
     places_[index] = SceneGeometry::surfacePlace(light);
-    if (places_[index].isFlat()) return;
+    if (!canBeEntered(places_[index])) return;
     inverses_[index] = inverse(places_[index]);
     power *= kPi * areaOf(light.kind, places_[index]);
   }

@@ -92,7 +92,7 @@ enum class Culling : std::uint8_t { None, Front, Back };
 /// The places of an object while the shutter may be open: at equal steps from `start` to `end`. One
 /// step is an object that does not move.
 struct Motion {
-  std::vector<Transform> steps{Transform{}};
+  std::vector<Transform> steps = std::vector<Transform>(1);
   float start = 0, end = 1;
   bool moves() const { return steps.size() > 1; }
 };

@@ -520,11 +520,7 @@ class Reader {
       return;
     }
     shape.motion = motionOf(kClass, index, general.fields(), groupOf(kClass, index));
-    for (const Transform& step : shape.motion.steps) {
-      if (step.isFinite()) continue;
-      notices_.add(name + " has a transformation that is not finite; it is left out");
-      return;
-    }
+    if (!checkMotion(name, shape)) return;
     const int material = reference(kClass, index, "material");
     if (material < 0) notices_.add(name + " has no material; it is neutral grey");
     shape.material = material + 1;
@@ -572,6 +568,36 @@ class Reader {
                    " are not computed; those of the mesh are used");
     }
     out_.shapes.push_back(std::move(shape));
+  }
+
+  // Returns whether the shape can be rendered. A shape that moves must have an extent at all times.
+  bool checkMotion(const std::string& name, ShapeDescription& shape) {
+    constexpr int kChecks = 16;
+    std::vector<Transform>& steps = shape.motion.steps;
+    bool canMove = true;
+    for (std::size_t i = 0; i + 1 < steps.size(); ++i) {
+      for (int check = 0; check <= kChecks && canMove; ++check) {
+        const float t = static_cast<float>(check) / kChecks;
+        const auto mix = [t](Vec3 a, Vec3 b) { return a * (1 - t) + b * t; };
+        const Transform& a = steps[i];
+        const Transform& b = steps[i + 1];
+        const Transform between{mix(a.x, b.x), mix(a.y, b.y), mix(a.z, b.z), mix(a.w, b.w)};
+        canMove = canBeEntered(between) && (between.determinant() > 0) == (a.determinant() > 0);
+      }
+    }
+    if (!canMove) {
+      notices_.add(name + " has no extent at a time of its motion; it stands still");
+      steps.resize(1);
+    }
+    if (!steps.front().isFinite()) {
+      notices_.add(name + " has a transformation that is not finite; it is left out");
+      return false;
+    }
+    const bool hasMesh = shape.form == Form::Mesh || shape.form == Form::Rectangle ||
+                         shape.form == Form::Cube;
+    if (hasMesh || canBeEntered(steps.front())) return true;
+    notices_.add(name + " has a form without an extent; it is left out");
+    return false;
   }
 
   // Reads an array of bool as bits.
@@ -740,7 +766,7 @@ class Reader {
     const Group general = group(kClass, index, "General");
     camera.motion = motionOf(kClass, index, general.fields(), Transform{});
     for (const Transform& step : camera.motion.steps) {
-      if (step.isFinite() && step.determinant() != 0) continue;
+      if (canBeEntered(step)) continue;
       notices_.add(name + " has a transformation that it cannot have; it is seen from the origin");
       camera.motion = Motion();
       break;
@@ -835,7 +861,8 @@ class Reader {
                           : mode == "FIT_HEIGHT" ? Fit::Height
                           : mode == "MANUAL"     ? Fit::Manual
                                                  : Fit::Size;
-    camera.backplateBrightness = std::max(0.0F, b.numberAt("brightness", 1));
+    camera.backplateBrightness = std::clamp(b.numberAt("brightness", 1), 0.0F, 1e6F);
+    if (!std::isfinite(camera.backplateBrightness)) camera.backplateBrightness = 1;
     const auto corner = [&b](const char* label, Vec2& out) {
       const auto at = b.find(label);
       const auto lanes = at ? at->lanes() : std::nullopt;
@@ -885,7 +912,8 @@ class Reader {
         std::clamp(a.numberAt("reconstruction_gauss_filter.radius", 1.5F), 0.5F, 3.0F);
     task.clampsLuminance = a.constructorAt("clamping_technique") != "EQUAL";
     task.clampValue = std::max(0.0F, a.numberAt("clamp_value", task.clampValue));
-    task.brightness = std::max(0.0F, a.numberAt("brightness", 1));
+    task.brightness = std::clamp(a.numberAt("brightness", 1), 0.0F, 1e6F);
+    if (!std::isfinite(task.brightness)) task.brightness = 1;
     task.hasTransparentBackground = a.booleanAt("transparent_background", false);
     task.seed = static_cast<std::uint32_t>(a.find("base_seed")->integer().value_or(0));
 

@@ -128,7 +128,7 @@ float AlbedoTable::mean(float alpha) const {
 
 const AlbedoTable& AlbedoTable::ofMirror() {
   static const AlbedoTable table([](float cosine, float alpha) {
-    constexpr std::uint32_t kPoints = 2048;
+    constexpr std::uint32_t kPoints = 1024;
     const Microfacets facets{alpha};
     const Vec3 from = directionAt(cosine);
     double sum = 0;

@@ -47,8 +47,8 @@ class AlbedoTable {
   float mean(float alpha) const;
 
  private:
-  static constexpr int kCosines = 32;
-  static constexpr int kWidths = 24;
+  static constexpr int kCosines = 64;
+  static constexpr int kWidths = 32;
 
   template <typename Albedo>
   explicit AlbedoTable(Albedo albedo);

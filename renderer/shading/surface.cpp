@@ -246,6 +246,8 @@ Scattered Surface::sample(float choice, Vec2 u, int band) const {
     to = 2 * dot(view_, half) * half - view_;
     out.kind = kReflectionRay;
     out.direction = frame_.toWorld(to);
+    // Below the surface, the density would be that of the boundary alone.
+    if (to.z <= 0) out.kind = 0;
     if (isSmooth_) {
       out.isSingular = true;
       out.weight = lobe == kMetal ? metalFresnel(view_.z)
@@ -256,6 +258,7 @@ Scattered Surface::sample(float choice, Vec2 u, int band) const {
       return out;
     }
   }
+  if (out.kind == 0) return out;
   if ((dot(out.direction, geometric_) > 0) != (to.z > 0) || to.z == 0) {
     out.kind = 0;
     return out;

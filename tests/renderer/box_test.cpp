@@ -40,7 +40,8 @@ TEST_F(MeasuredBox, IsUnderstoodAsAWhole) {
 // The mean spectral radiance of each wall and block, as the camera sees them.
 TEST_F(MeasuredBox, HasTheRadianceThatASecondIntegratorFinds) {
   constexpr int kSide = 32;
-  constexpr int kBounces = 16;
+  constexpr int kSlowSamples = 2400;
+  constexpr int kBounces = 6;  // for both
   Ready ready(scene_->get());
   ready.description.task.maxBounces = kBounces;
   // With one sample at a time, each belongs to one object.
@@ -67,7 +68,7 @@ TEST_F(MeasuredBox, HasTheRadianceThatASecondIntegratorFinds) {
       }
     }
   }
-  const std::vector<SlowObject> slow = renderSlowBox(kSide, kSide, 1500, kBounces, 3);
+  const std::vector<SlowObject> slow = renderSlowBox(kSide, kSide, kSlowSamples, kBounces, 3);
   ASSERT_EQ(slow.size(), 8U);
   for (const SlowObject& object : slow) {
     const Sums& found = fast.at(object.name);
@@ -75,9 +76,9 @@ TEST_F(MeasuredBox, HasTheRadianceThatASecondIntegratorFinds) {
     const double mean = object.brightness / object.count;
     const double error =
         std::sqrt((object.squares / object.count - mean * mean) / object.count) / mean;
-    ASSERT_LT(error, 0.02) << object.name << ": the second integrator is too coarse";
+    ASSERT_LT(error, 0.04) << object.name << ": the second integrator is too coarse";
     // What the camera sees of an object is counted within its own error.
-    EXPECT_NEAR(found.count / (kSide * kSide * 64.0), object.count / (kSide * kSide * 1500.0), 0.002)
+    EXPECT_NEAR(found.count / (kSide * kSide * 64.0), object.count / (1.0 * kSide * kSide * kSlowSamples), 0.002)
         << object.name;
     double total = 0;
     for (std::size_t band = 0; band < kBands; ++band) {
@@ -93,26 +94,34 @@ TEST_F(MeasuredBox, HasTheRadianceThatASecondIntegratorFinds) {
 }
 
 // Without bias, the error of the mean of pictures with seeds of their own falls with the root of
-// their number, down to the noise of the reference.
+// their number.
 TEST_F(MeasuredBox, GetsBetterWithTheRootOfTheSamples) {
   constexpr int kSide = 16;
   Ready ready(scene_->get());
   const Picture reference = ready.picture(kSide, kSide, 4096, 999);
-  std::vector<double> sum(4 * kSide * kSide, 0.0);
+  // The same pictures in groups of 1 to 16, so that rare bright paths weigh on all alike.
+  constexpr std::uint32_t kSeeds = 256;
+  std::vector<Picture> pictures;
+  for (std::uint32_t seed = 1; seed <= kSeeds; ++seed) {
+    pictures.push_back(ready.picture(kSide, kSide, 1, seed));
+  }
   std::vector<double> logSamples, logErrors;
-  std::uint32_t next = 1;
-  for (int seeds = 1; seeds <= 128; ++seeds) {
-    const Picture picture = ready.picture(kSide, kSide, 1, next++);
-    for (std::size_t i = 0; i < sum.size(); ++i) sum[i] += static_cast<double>(picture.colour[i]);
-    if (seeds < 4 || (seeds & (seeds - 1)) != 0) continue;
+  for (const std::size_t size : {1U, 2U, 4U, 8U, 16U}) {
     double squares = 0;
-    for (std::size_t i = 0; i < sum.size(); ++i) {
-      if (i % 4 == 3) continue;
-      const double error = sum[i] / seeds - static_cast<double>(reference.colour[i]);
-      squares += error * error;
+    for (std::size_t group = 0; group < kSeeds; group += size) {
+      for (std::size_t i = 0; i < reference.colour.size(); ++i) {
+        if (i % 4 == 3) continue;
+        double sum = 0;
+        for (std::size_t k = 0; k < size; ++k) {
+          sum += static_cast<double>(pictures[group + k].colour[i]);
+        }
+        const double error =
+            sum / static_cast<double>(size) - static_cast<double>(reference.colour[i]);
+        squares += error * error;
+      }
     }
-    logSamples.push_back(std::log(seeds));
-    logErrors.push_back(0.5 * std::log(squares));
+    logSamples.push_back(std::log(static_cast<double>(size)));
+    logErrors.push_back(0.5 * std::log(squares * static_cast<double>(size) / kSeeds));
   }
   double meanX = 0, meanY = 0, product = 0, square = 0;
   const auto count = static_cast<double>(logSamples.size());
