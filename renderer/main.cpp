@@ -95,12 +95,11 @@ class ProgressBar {
     const int done = static_cast<int>(progress.share * kWidth);
     std::string bar(static_cast<std::size_t>(done), '#');
     bar.resize(kWidth, '.');
-    const double left = progress.share > 0
-                            ? progress.seconds * (1 - progress.share) / progress.share
-                            : 0;
-    const std::string noise =
-        std::isfinite(progress.noise) ? std::to_string(progress.noise * 100).substr(0, 4) + " %"
-                                      : "unknown";
+    const double left =
+        progress.share > 0 ? progress.seconds * (1 - progress.share) / progress.share : 0;
+    const std::string noise = std::isfinite(progress.noise)
+                                  ? std::to_string(progress.noise * 100).substr(0, 4) + " %"
+                                  : "unknown";
     std::fprintf(stderr, "\r[%s] %3.0f %%, noise %s, %s left    ", bar.c_str(),
                  100 * progress.share, noise.c_str(), timeText(left).c_str());
   }
@@ -108,12 +107,11 @@ class ProgressBar {
   void finish(const Progress& progress) const {
     if (options_.isQuiet) return;
     if (isShown_) std::fputc('\n', stderr);
-    std::fprintf(stderr, "%llu samples, %llu rays in %.2f s: %.2f million rays per second\n",
-                 static_cast<unsigned long long>(progress.samples),
-                 static_cast<unsigned long long>(progress.rays), progress.seconds,
-                 progress.seconds > 0
-                     ? static_cast<double>(progress.rays) / progress.seconds / 1e6
-                     : 0.0);
+    std::fprintf(
+        stderr, "%llu samples, %llu rays in %.2f s: %.2f million rays per second\n",
+        static_cast<unsigned long long>(progress.samples),
+        static_cast<unsigned long long>(progress.rays), progress.seconds,
+        progress.seconds > 0 ? static_cast<double>(progress.rays) / progress.seconds / 1e6 : 0.0);
   }
 
  private:
@@ -165,7 +163,8 @@ int renderScene(const Options& options) {
 
   // A pixel is a square of the film.
   const CameraDescription& camera = scene.camera;
-  const float shape = camera.filmWidth * task.regionSize.x / (camera.filmHeight * task.regionSize.y);
+  const float shape =
+      camera.filmWidth * task.regionSize.x / (camera.filmHeight * task.regionSize.y);
   int width = options.width;
   int height = options.height;
   const auto side = [](float pixels) {
@@ -203,8 +202,8 @@ int renderScene(const Options& options) {
 
   const PathTracer tracer(scene, filmHeight);
   ProgressBar bar(options, film, task);
-  const Progress progress = render(tracer, scene, how, film,
-                                   [&bar](const Progress& at) { bar(at); });
+  const Progress progress =
+      render(tracer, scene, how, film, [&bar](const Progress& at) { bar(at); });
   bar.finish(progress);
 
   if (options.tiles) {
@@ -219,9 +218,8 @@ int renderScene(const Options& options) {
     header.task = static_cast<std::uint32_t>(options.task.value_or(0));
     header.brightness = task.brightness;
     header.hasTransparentBackground = task.hasTransparentBackground;
-    writeWhole(options.output, [&](const std::string& path) {
-      writeTiles(path, header, film, how.tiles);
-    });
+    writeWhole(options.output,
+               [&](const std::string& path) { writeTiles(path, header, film, how.tiles); });
     return 0;
   }
   writePicture(options, film.finish(task));

@@ -1,8 +1,8 @@
 #!/bin/sh
 # Installs the packages of Debian 12 that the project needs, if they are missing. Needs root or sudo.
 # usage: scripts/install_dependencies.sh [--list] [PURPOSE...]
-#   PURPOSE  library (includes the examples), tests, bench, yardsticks, coverage, tidy or fuzz; the
-#            default is library and tests
+#   PURPOSE  library (includes the examples), tests, renderer, bench, yardsticks, coverage, tidy or
+#            fuzz; the default is library and tests
 #   --list   prints the names of the packages and installs nothing
 set -eu
 
@@ -22,6 +22,8 @@ for purpose in "$@"; do
       ;;
     # The tests inspect the built library, call pkg-config, and compute colours with Python.
     tests) packages="$packages binutils libgtest-dev pkg-config python3" ;;
+    # Ray tracing, pictures and threads.
+    renderer) packages="$packages libembree-dev libopenexr-dev libpng-dev libtbb-dev" ;;
     bench) packages="$packages libbenchmark-dev" ;;
     # Libraries that the benchmarks measure beside this one, if they are installed.
     yardsticks)

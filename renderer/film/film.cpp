@@ -100,7 +100,8 @@ Picture Film::finish(const TaskDescription& task) const {
   picture.height = height_;
   picture.colour.reserve(4 * pixels_.size());
   for (const Pixel& pixel : pixels_) {
-    const double scale = pixel.samples > 0 ? static_cast<double>(task.brightness) / pixel.samples : 0;
+    const double scale =
+        pixel.samples > 0 ? static_cast<double>(task.brightness) / pixel.samples : 0;
     const bool isEmpty = pixel.samples == 0;
     picture.colour.push_back(static_cast<float>(pixel.r * scale));
     picture.colour.push_back(static_cast<float>(pixel.g * scale));

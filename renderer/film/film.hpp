@@ -17,9 +17,9 @@ struct Pixel {
   double luminance = 0, squares = 0;  ///< for the noise
   float alpha = 0, depth = 0;
   float normal[3] = {0, 0, 0}, albedo[3] = {0, 0, 0};
-  std::uint32_t hits = 0;     ///< the samples that met a shape
+  std::uint32_t hits = 0;  ///< the samples that met a shape
   std::uint32_t samples = 0;
-  std::uint32_t object = 0;   ///< that the first such sample met, plus 1
+  std::uint32_t object = 0;  ///< that the first such sample met, plus 1
   std::uint32_t rays = 0;
 };
 static_assert(sizeof(Pixel) == 88, "files of tiles hold pixels as they are");
@@ -31,10 +31,10 @@ inline constexpr int kTileSize = 16;
 /// A finished picture: means of the samples.
 struct Picture {
   int width = 0, height = 0;
-  std::vector<float> colour;    ///< r, g, b and alpha of each pixel, linear; the first row is on top
-  std::vector<float> depth;     ///< metres; infinite where there is nothing
-  std::vector<float> normal;    ///< x, y and z in the world
-  std::vector<float> albedo;    ///< r, g and b, linear
+  std::vector<float> colour;  ///< r, g, b and alpha of each pixel, linear; the first row is on top
+  std::vector<float> depth;   ///< metres; infinite where there is nothing
+  std::vector<float> normal;  ///< x, y and z in the world
+  std::vector<float> albedo;  ///< r, g and b, linear
   std::vector<std::uint32_t> object;  ///< the index of the shape in the scene, plus 1; 0 for none
   std::vector<float> spectrum;  ///< the radiance in kBands bands; empty if it was not recorded
 };

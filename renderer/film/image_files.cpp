@@ -60,7 +60,9 @@ std::vector<unsigned char> screenBytes(const Picture& picture, float exposure,
     } else if (passes.count(Pass::Object)) {
       const std::uint32_t hash = picture.object[i] * 0x9e3779b1U;
       for (std::size_t k = 0; k < 3; ++k) {
-        out[k] = picture.object[i] == 0 ? 0 : static_cast<unsigned char>(64 + (hash >> (8 * k + 3)) % 192);
+        out[k] = picture.object[i] == 0
+                     ? 0
+                     : static_cast<unsigned char>(64 + (hash >> (8 * k + 3)) % 192);
       }
     } else {
       // In a PNG, colours are not multiplied by alpha.
@@ -115,9 +117,9 @@ void writeExr(const std::string& path, const Picture& picture, float exposure,
   }
   const auto add = [&](const std::string& name, const float* first, std::size_t stride) {
     header.channels().insert(name, Imf::Channel(Imf::FLOAT));
-    frame.insert(name, Imf::Slice(Imf::FLOAT,
-                                  const_cast<char*>(reinterpret_cast<const char*>(first)),
-                                  sizeof(float) * stride, sizeof(float) * stride * width));
+    frame.insert(name,
+                 Imf::Slice(Imf::FLOAT, const_cast<char*>(reinterpret_cast<const char*>(first)),
+                            sizeof(float) * stride, sizeof(float) * stride * width));
   };
   const char* const channels[] = {"R", "G", "B", "A"};
   for (std::size_t k = 0; k < 4; ++k) add(channels[k], colour.data() + k, 4);

@@ -62,9 +62,9 @@ std::string colourText(const Colour& colour) {
 }  // namespace
 
 std::string halfBlocks(const Picture& picture, float exposure, int columns, int rows) {
-  const float scale = std::min({static_cast<float>(columns) / static_cast<float>(picture.width),
-                                static_cast<float>(2 * rows) / static_cast<float>(picture.height),
-                                1.0F});
+  const float scale =
+      std::min({static_cast<float>(columns) / static_cast<float>(picture.width),
+                static_cast<float>(2 * rows) / static_cast<float>(picture.height), 1.0F});
   const int width = std::max(1, static_cast<int>(static_cast<float>(picture.width) * scale));
   const int lines =
       std::max(1, (static_cast<int>(static_cast<float>(picture.height) * scale) + 1) / 2);
@@ -93,12 +93,14 @@ std::string sixels(const Picture& picture, float exposure, int most) {
     text.append(entry);
   }
   // An ordered pattern spreads the steps of the palette.
-  constexpr unsigned kPattern[4][4] = {{0, 8, 2, 10}, {12, 4, 14, 6}, {3, 11, 1, 9}, {15, 7, 13, 5}};
+  constexpr unsigned kPattern[4][4] = {
+      {0, 8, 2, 10}, {12, 4, 14, 6}, {3, 11, 1, 9}, {15, 7, 13, 5}};
   const auto entry = [&](int x, int y) {
     const Colour colour = reduced.at(x, y);
     unsigned code = 0;
     for (const unsigned channel : colour) {
-      code = 6 * code + std::min(5U, (channel * 5 * 16 + kPattern[y & 3][x & 3] * 255) / (255 * 16));
+      code =
+          6 * code + std::min(5U, (channel * 5 * 16 + kPattern[y & 3][x & 3] * 255) / (255 * 16));
     }
     return code;
   };

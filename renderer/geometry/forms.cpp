@@ -103,10 +103,14 @@ int meetCylinder(const FormRay& ray, FormHit* hits) {
 
 int meet(Form form, const FormRay& ray, FormHit* hits) {
   switch (form) {
-    case Form::Disk: return meetDisk(ray, 0, 1, hits);
-    case Form::Sphere: return meetSphere(ray, hits);
-    case Form::Cylinder: return meetCylinder(ray, hits);
-    default: return 0;
+    case Form::Disk:
+      return meetDisk(ray, 0, 1, hits);
+    case Form::Sphere:
+      return meetSphere(ray, hits);
+    case Form::Cylinder:
+      return meetCylinder(ray, hits);
+    default:
+      return 0;
   }
 }
 
@@ -165,8 +169,9 @@ void intersectForm(const RTCIntersectFunctionNArguments* arguments) {
     makeHit(arguments, hits[i], found);
     int accepted = -1;
     RTCRayN_tfar(ray, arguments->N, 0) = hits[i].distance;
-    RTCFilterFunctionNArguments filter{&accepted, arguments->geometryUserPtr, arguments->context,
-                                       ray, reinterpret_cast<RTCHitN*>(&found), 1};
+    RTCFilterFunctionNArguments filter{
+        &accepted, arguments->geometryUserPtr,         arguments->context,
+        ray,       reinterpret_cast<RTCHitN*>(&found), 1};
     rtcFilterIntersection(arguments, &filter);
     if (accepted == 0) {
       RTCRayN_tfar(ray, arguments->N, 0) = before;
@@ -188,8 +193,9 @@ void occludedForm(const RTCOccludedFunctionNArguments* arguments) {
     makeHit(arguments, hits[i], found);
     int accepted = -1;
     RTCRayN_tfar(arguments->ray, arguments->N, 0) = hits[i].distance;
-    RTCFilterFunctionNArguments filter{&accepted, arguments->geometryUserPtr, arguments->context,
-                                       arguments->ray, reinterpret_cast<RTCHitN*>(&found), 1};
+    RTCFilterFunctionNArguments filter{
+        &accepted,      arguments->geometryUserPtr,         arguments->context,
+        arguments->ray, reinterpret_cast<RTCHitN*>(&found), 1};
     rtcFilterOcclusion(arguments, &filter);
     if (accepted != 0) {
       RTCRayN_tfar(arguments->ray, arguments->N, 0) = -std::numeric_limits<float>::infinity();

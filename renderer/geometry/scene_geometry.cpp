@@ -90,7 +90,7 @@ SceneGeometry::SceneGeometry(const SceneDescription& scene) : scene_(scene) {
     rtcCommitScene(top_);
     check();
   } catch (...) {
-    for (const Part& part : parts_) rtcReleaseScene(part.scene);
+    for (const auto& part : parts_) rtcReleaseScene(part.second);
     rtcReleaseScene(top_);
     rtcReleaseDevice(device_);
     throw;
@@ -104,7 +104,7 @@ SceneGeometry::SceneGeometry(const SceneDescription& scene) : scene_(scene) {
 
 SceneGeometry::~SceneGeometry() {
   rtcReleaseScene(top_);
-  for (const Part& part : parts_) rtcReleaseScene(part.scene);
+  for (const auto& part : parts_) rtcReleaseScene(part.second);
   rtcReleaseDevice(device_);
 }
 
@@ -182,13 +182,12 @@ RTCGeometry SceneGeometry::makeForm(Form form) const {
 
 // The parts that instances share: a mesh or a form, with and without a filter.
 RTCScene SceneGeometry::partScene(const MeshDescription* mesh, Form form, bool isFiltered) {
-  const void* const key = mesh != nullptr ? static_cast<const void*>(mesh)
-                                          : reinterpret_cast<const void*>(
-                                                static_cast<std::uintptr_t>(form));
-  const auto found = partsByKey_.find({key, isFiltered});
-  if (found != partsByKey_.end()) return found->second;
-  const RTCScene scene = rtcNewScene(device_);
-  parts_.push_back({scene});
+  const void* const key = mesh != nullptr
+                              ? static_cast<const void*>(mesh)
+                              : reinterpret_cast<const void*>(static_cast<std::uintptr_t>(form));
+  RTCScene& scene = parts_[{key, isFiltered}];
+  if (scene != nullptr) return scene;
+  scene = rtcNewScene(device_);
   const RTCGeometry geometry = mesh != nullptr ? makeMesh(*mesh) : makeForm(form);
   if (isFiltered) setFilter(geometry);
   rtcCommitGeometry(geometry);
@@ -197,7 +196,6 @@ RTCScene SceneGeometry::partScene(const MeshDescription* mesh, Form form, bool i
   if (scene_.isRobust) rtcSetSceneFlags(scene, RTC_SCENE_FLAG_ROBUST);
   rtcCommitScene(scene);
   check();
-  partsByKey_[{key, isFiltered}] = scene;
   return scene;
 }
 
@@ -271,8 +269,7 @@ void SceneGeometry::attachLight(std::uint32_t index) {
   if (!canBeEntered(motion.steps.front())) return;
   const Form form = formOf(light.kind);
   const std::uint32_t mask = light.visibleTo & ~static_cast<std::uint32_t>(kShadowRay);
-  attach(makeInstance(partScene(meshOfForm(form), form, true), motion), mask,
-         {Hit::kNone, index});
+  attach(makeInstance(partScene(meshOfForm(form), form, true), motion), mask, {Hit::kNone, index});
 }
 
 Transform SceneGeometry::surfacePlace(const LightDescription& light) {
@@ -386,7 +383,9 @@ SurfacePoint SceneGeometry::pointAt(const Ray& ray, const Hit& hit) const {
     const float* const first = mesh->coordinates + std::size_t{2} * set * mesh->vertexCount;
     Vec2& uv = point.coordinates.sets[set];
     for (int axis = 0; axis < 2; ++axis) {
-      const auto at = [&](int corner) { return first[std::size_t{2} * index[corner] + static_cast<std::size_t>(axis)]; };
+      const auto at = [&](int corner) {
+        return first[std::size_t{2} * index[corner] + static_cast<std::size_t>(axis)];
+      };
       (axis == 0 ? uv.x : uv.y) = w * at(0) + hit.u * at(1) + hit.v * at(2);
     }
   }

@@ -116,12 +116,10 @@ class SceneGeometry {
   RTCDevice device_ = nullptr;
   RTCScene top_ = nullptr;
   std::vector<Attached> attached_;  // by the geometry id in top_
-  struct Part {
-    RTCScene scene;
-  };
-  std::vector<Part> parts_;
-  std::map<std::pair<const void*, bool>, RTCScene> partsByKey_;
-  // Copies in the world, of meshes that a transformation makes flat, so that rays cannot enter their space.
+  // The scenes that instances share, by mesh or form, and by whether they have a filter.
+  std::map<std::pair<const void*, bool>, RTCScene> parts_;
+  // Copies in the world, of meshes that a transformation makes flat, so that rays cannot enter
+  // their space.
   struct Flattened {
     std::vector<float> vertices;
     MeshDescription mesh;

@@ -21,7 +21,7 @@ struct PathTracer::Path {
   float density = 0;
   bool isSingular = true;
   std::uint32_t shape = Hit::kNone;  // that the ray comes from
-  int band = -1;  // the only one that is left, or all
+  int band = -1;                     // the only one that is left, or all
   Vec2 film;
   bool isDirect = true;  // whether nothing has scattered it
   bool wasDiffuse = false;
@@ -113,8 +113,8 @@ Vec3 PathTracer::mappedNormal(const MaterialDescription& material,
       scene_.textures[static_cast<std::size_t>(material.normalMap.texture)];
   if (texture.bytes == nullptr) return point.normal;
   const int set = std::min(material.normalMap.set, TextureCoordinates::kMostSets - 1);
-  const Texel texel =
-      sampleFlat(texture, material.normalMap, point.coordinates.sets[static_cast<std::size_t>(set)]);
+  const Texel texel = sampleFlat(texture, material.normalMap,
+                                 point.coordinates.sets[static_cast<std::size_t>(set)]);
   Vec3 n{texel[0], texel[1], texel[2]};
   // Normals of floats are stored as they are, the others as 0 to 1.
   const int family = texture.format % 12;
@@ -127,7 +127,8 @@ Vec3 PathTracer::mappedNormal(const MaterialDescription& material,
   const Vec3 tangent = normalised(point.tangent - point.normal * dot(point.tangent, point.normal),
                                   Frame(point.normal).tangent);
   const Vec3 bitangent = cross(point.normal, tangent);
-  const Vec3 mapped = normalised(n.x * tangent + n.y * bitangent + n.z * point.normal, point.normal);
+  const Vec3 mapped =
+      normalised(n.x * tangent + n.y * bitangent + n.z * point.normal, point.normal);
   return dot(mapped, point.geometricNormal) > 0 ? mapped : point.normal;
 }
 
@@ -161,9 +162,9 @@ Spectrum PathTracer::background(const Path& path) const {
   }
   const TextureDescription& texture = scene_.textures[static_cast<std::size_t>(camera.backplate)];
   Vec2 low{0, 0}, high{1, 1};
-  const float image = texture.height > 0 ? static_cast<float>(texture.width) /
-                                               static_cast<float>(texture.height)
-                                         : 1;
+  const float image = texture.height > 0
+                          ? static_cast<float>(texture.width) / static_cast<float>(texture.height)
+                          : 1;
   const float plate = camera.filmWidth / filmHeight_;
   using Fit = CameraDescription::Fit;
   if (camera.backplateFit == Fit::Width) {
@@ -180,8 +181,8 @@ Spectrum PathTracer::background(const Path& path) const {
   const Vec2 at{(film.x - low.x) / (high.x - low.x), 1 - (film.y - low.y) / (high.y - low.y)};
   if (!std::isfinite(at.x + at.y)) return Spectrum();
   const Texel texel = sampleFlat(texture, camera.backplateLookup, at);
-  Spectrum result = Colours::get().emission({std::max(texel[0], 0.0F), std::max(texel[1], 0.0F),
-                                             std::max(texel[2], 0.0F)});
+  Spectrum result = Colours::get().emission(
+      {std::max(texel[0], 0.0F), std::max(texel[1], 0.0F), std::max(texel[2], 0.0F)});
   result *= camera.backplateBrightness * texel[3];
   if (camera.hasBackground) result.add(camera.background, 1 - texel[3]);
   return result;
@@ -212,8 +213,8 @@ void PathTracer::addSurroundings(Path& path) const {
       if (!lights_.shinesOn(path.shape, light, true)) continue;
       if (!path.isSingular) {
         if (lights_.isOnlySampled(light)) continue;
-        weight = balanced(path.density, lights_.densityOfEnvironment(path.shape, light,
-                                                                     path.ray.direction));
+        weight = balanced(path.density,
+                          lights_.densityOfEnvironment(path.shape, light, path.ray.direction));
       }
     }
     path.radiance.addProduct(path.throughput, lights_.environment(light, path.ray.direction),
@@ -334,8 +335,7 @@ Seen PathTracer::trace(Vec2 film, Sampler& sampler) const {
         (path.shape == Hit::kNone || lights_.shinesOn(path.shape, hit.shape, false))) {
       float weight = 1;
       if (path.shape != Hit::kNone && !path.isSingular) {
-        weight = balanced(path.density,
-                          lights_.densityOfShape(path.shape, path.ray, hit, point));
+        weight = balanced(path.density, lights_.densityOfShape(path.shape, path.ray, hit, point));
       }
       path.radiance.addProduct(path.throughput, lights_.radianceOf(hit.shape, point, view), weight);
     }
@@ -381,9 +381,8 @@ Seen PathTracer::trace(Vec2 film, Sampler& sampler) const {
 
     if (bounce > task.rouletteStart) {
       const float strength = path.throughput.largest();
-      const float kept = task.hasFixedRoulette
-                             ? 1 - task.fixedRoulette
-                             : std::clamp(strength, kLeastRoulette, 1.0F);
+      const float kept = task.hasFixedRoulette ? 1 - task.fixedRoulette
+                                               : std::clamp(strength, kLeastRoulette, 1.0F);
       if (!(strength > 0) || survival >= kept) break;
       path.throughput *= 1 / kept;
     }

@@ -51,8 +51,8 @@ class PathTracer {
   void addPassedLights(Path& path, const PassedLights& lights, float farthest) const;
   void addSurroundings(Path& path) const;
   Spectrum background(const Path& path) const;
-  void addDirect(Path& path, const SurfacePoint& point, const Surface& surface,
-                 std::uint32_t shape, Sampler& sampler) const;
+  void addDirect(Path& path, const SurfacePoint& point, const Surface& surface, std::uint32_t shape,
+                 Sampler& sampler) const;
   float transparencyOf(Ray ray, Path& path) const;
   float opacityAt(std::uint32_t shape, const SurfacePoint& point) const;
   Vec3 mappedNormal(const MaterialDescription& material, const SurfacePoint& point) const;

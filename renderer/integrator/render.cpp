@@ -9,6 +9,7 @@
 #include <algorithm>
 #include <chrono>
 #include <cmath>
+#include <memory>
 #include <mutex>
 #include <numeric>
 
@@ -76,12 +77,11 @@ Progress render(const PathTracer& tracer, const SceneDescription& scene,
     return (options.cancel != nullptr && options.cancel->load(std::memory_order_relaxed)) ||
            (options.seconds > 0 && elapsed() > options.seconds);
   };
+  const std::vector<int> all = tiles;
   const auto meanNoise = [&] {
     double sum = 0;
-    for (const int tile : options.tiles.empty() ? tiles : options.tiles) {
-      sum += noises[static_cast<std::size_t>(tile)];
-    }
-    return static_cast<float>(sum / static_cast<double>(std::max<std::size_t>(1, options.tiles.empty() ? noises.size() : options.tiles.size())));
+    for (const int tile : all) sum += static_cast<double>(noises[static_cast<std::size_t>(tile)]);
+    return all.empty() ? 0.0F : static_cast<float>(sum / static_cast<double>(all.size()));
   };
 
   const auto renderTile = [&](int number, std::uint32_t from, std::uint32_t to) {
@@ -95,7 +95,8 @@ Progress render(const PathTracer& tracer, const SceneDescription& scene,
           Sampler sampler(options.seed, static_cast<std::uint32_t>(x),
                           static_cast<std::uint32_t>(y), sample);
           const Vec2 offset = inPixel(task, sampler.two());
-          const float across = (static_cast<float>(x) + offset.x) / static_cast<float>(film.width());
+          const float across =
+              (static_cast<float>(x) + offset.x) / static_cast<float>(film.width());
           const float down = (static_cast<float>(y) + offset.y) / static_cast<float>(film.height());
           const Vec2 at{task.regionOrigin.x + task.regionSize.x * across,
                         task.regionOrigin.y + task.regionSize.y * (1 - down)};
@@ -139,7 +140,8 @@ Progress render(const PathTracer& tracer, const SceneDescription& scene,
       tbb::parallel_for(
           tbb::blocked_range<std::size_t>(0, tiles.size(), 1),
           [&](const tbb::blocked_range<std::size_t>& range) {
-            for (std::size_t i = range.begin(); i != range.end(); ++i) renderTile(tiles[i], from, to);
+            for (std::size_t i = range.begin(); i != range.end(); ++i)
+              renderTile(tiles[i], from, to);
           },
           tbb::simple_partitioner());
     });

@@ -14,10 +14,10 @@ namespace vrn_render {
 struct RenderOptions {
   std::uint32_t samples = 64;  ///< for each pixel at most
   std::uint32_t seed = 0;
-  int threads = 0;             ///< 0 for all
-  float noise = 0;             ///< a tile that has no more than this is finished; 0 renders all
-  double seconds = 0;          ///< no new tile is begun after this time; 0 for no limit
-  std::vector<int> tiles;      ///< those to render; empty for all
+  int threads = 0;         ///< 0 for all
+  float noise = 0;         ///< a tile that has no more than this is finished; 0 renders all
+  double seconds = 0;      ///< no new tile is begun after this time; 0 for no limit
+  std::vector<int> tiles;  ///< those to render; empty for all
   const std::atomic<bool>* cancel = nullptr;
 };
 

@@ -18,7 +18,10 @@ class Sampler {
       : key_(mixed(mixed(mixed(seed) ^ x) ^ (y + 0x9e3779b9U))), sample_(sample) {}
 
   /// Returns a number from 0 up to 1.
-  float one() { return two().x; }
+  float one() {
+    const std::uint32_t key = mixed(key_ + 0x85ebca6bU * ++dimension_);
+    return toFloat(scrambled(reversed(scrambled(sample_, key)), mixed(key ^ 0x68bc21ebU)));
+  }
 
   /// Returns two numbers from 0 up to 1.
   Vec2 two() {
@@ -47,13 +50,15 @@ class Sampler {
     a = ((a & 0x33333333U) << 2) | ((a & 0xccccccccU) >> 2);
     return ((a & 0x55555555U) << 1) | ((a & 0xaaaaaaaaU) >> 1);
   }
-  // The second dimension of the sequence.
+  // The second dimension of the sequence. Its matrix is Pascal's triangle modulo 2: digit j is the
+  // sum of the digits of the index at all places whose binary digits include those of j.
   static std::uint32_t sobol(std::uint32_t index) {
-    std::uint32_t result = 0;
-    for (std::uint32_t v = 1U << 31; index != 0; index >>= 1, v ^= v >> 1) {
-      if (index & 1U) result ^= v;
-    }
-    return result;
+    index ^= (index >> 1) & 0x55555555U;
+    index ^= (index >> 2) & 0x33333333U;
+    index ^= (index >> 4) & 0x0f0f0f0fU;
+    index ^= (index >> 8) & 0x00ff00ffU;
+    index ^= (index >> 16) & 0x0000ffffU;
+    return reversed(index);
   }
   // Permutes so that each bit depends on the bits above it only (Laine and Karras, 2011).
   static std::uint32_t scrambled(std::uint32_t a, std::uint32_t key) {

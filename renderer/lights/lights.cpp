@@ -38,12 +38,13 @@ float meanOf(const SceneDescription& scene, const ColourParameter& emission) {
       float sum = 0;
       for (int y = 0; y < kSteps; ++y) {
         for (int x = 0; x < kSteps; ++x) {
-          const Texel t = texelAt(texture, x * texture.width / kSteps, y * texture.height / kSteps, 0);
+          const Texel t =
+              texelAt(texture, x * texture.width / kSteps, y * texture.height / kSteps, 0);
           sum += (t[0] + t[1] + t[2]) / 3;
         }
       }
-      mean *= std::max(sum / (kSteps * kSteps) * emission.scale.mean() + emission.offset.mean(),
-                       1e-4F);
+      mean *=
+          std::max(sum / (kSteps * kSteps) * emission.scale.mean() + emission.offset.mean(), 1e-4F);
     }
   }
   return mean;
@@ -87,7 +88,8 @@ Lights::Lights(const SceneDescription& scene, const SceneGeometry& geometry)
   };
   lightOf = inverted(scene.lights);
   shapeOf = inverted(scene.shapes);
-  const auto known = [](const std::vector<int>& objects, const std::vector<std::uint32_t>& indices) {
+  const auto known = [](const std::vector<int>& objects,
+                        const std::vector<std::uint32_t>& indices) {
     std::vector<std::uint32_t> result;
     for (const int object : objects) {
       const auto at = static_cast<std::size_t>(object);
@@ -140,8 +142,9 @@ void Lights::addLight(std::uint32_t index) {
           const float u = (static_cast<float>(column) + 0.5F) / Panorama::kColumns;
           const Vec3 local = latLongDirection({u, v}, false);
           // A cell may be darker in its middle than elsewhere, so each gets a share of the mean.
-          cells.push_back(luminanceOf(environment(index, normalised(places_[index].vector(local)))) +
-                          0.02F * power);
+          cells.push_back(
+              luminanceOf(environment(index, normalised(places_[index].vector(local)))) +
+              0.02F * power);
           sum += cells.back();
         }
         rows.push_back(sum * std::sin(kPi * v));
@@ -165,8 +168,7 @@ void Lights::addLight(std::uint32_t index) {
   }
   // A light that scattered rays do not all see is left to sampling alone, and so is one whose light
   // passes through shapes.
-  onlySampled_[index] =
-      (light.visibleTo & kScatteredRays) != kScatteredRays || !light.castsShadow;
+  onlySampled_[index] = (light.visibleTo & kScatteredRays) != kScatteredRays || !light.castsShadow;
   power *= light.samplingMultiplier;
   if (!(power > 0) || !std::isfinite(power)) return;
   emitterOfLight_[index] = static_cast<std::uint32_t>(emitters_.size());
@@ -175,8 +177,7 @@ void Lights::addLight(std::uint32_t index) {
 
 void Lights::addShape(std::uint32_t index) {
   const ShapeDescription& shape = scene_.shapes[index];
-  const MaterialDescription& material =
-      scene_.materials[static_cast<std::size_t>(shape.material)];
+  const MaterialDescription& material = scene_.materials[static_cast<std::size_t>(shape.material)];
   if (!material.emits || shape.isMatte || !shape.castsIndirect) return;
   // Rays that scatter find the curved forms; sampling is for meshes.
   const MeshDescription* const mesh = geometry_.meshOf(index);
@@ -300,9 +301,9 @@ bool Lights::sampleLight(std::uint32_t index, Vec3 point, Vec2 u, LightSample& o
     const float rest = u.x * less;             // 1 - cosine
     const float cosine = 1 - rest;
     const float sine = std::sqrt(std::max(0.0F, rest * (2 - rest)));
-    out.direction = Frame(way * (1 / distance))
-                        .toWorld({sine * std::cos(2 * kPi * u.y), sine * std::sin(2 * kPi * u.y),
-                                  cosine});
+    out.direction =
+        Frame(way * (1 / distance))
+            .toWorld({sine * std::cos(2 * kPi * u.y), sine * std::sin(2 * kPi * u.y), cosine});
     const float inside = std::max(0.0F, radius * radius - distance2 * sine * sine);
     out.distance = distance * cosine - std::sqrt(inside);
     out.density = 1 / (2 * kPi * less);
@@ -381,8 +382,8 @@ bool Lights::sampleShape(const Emitter& emitter, Vec3 point, float time, float c
   for (Vec3& corner : p) corner = place.point(corner);
   const float area = triangleArea(p);
   if (!(area > 0)) return false;
-  out.density = emitter.triangles.probability(triangle) * out.distance * out.distance /
-                (cosine * area);
+  out.density =
+      emitter.triangles.probability(triangle) * out.distance * out.distance / (cosine * area);
   out.radiance = radianceOf(emitter.index, on, -out.direction);
   out.visibleTo = shape.visibleTo;
   return !out.radiance.isZero();

@@ -8,9 +8,12 @@ namespace {
 Spectrum colourFor(const Rgb& rgb, ColourUse use) {
   const Colours& colours = Colours::get();
   switch (use) {
-    case ColourUse::Reflectance: return colours.reflectance(rgb);
-    case ColourUse::Factor: return colours.factor(rgb);
-    case ColourUse::Emission: return colours.emission(rgb);
+    case ColourUse::Reflectance:
+      return colours.reflectance(rgb);
+    case ColourUse::Factor:
+      return colours.factor(rgb);
+    case ColourUse::Emission:
+      return colours.emission(rgb);
   }
   return Spectrum();
 }
@@ -246,10 +249,18 @@ std::optional<EmissionParameter> readEmission(const ValueReader& at) {
     result.colour.value *=
         luminance > 0 && std::isfinite(value) ? std::max(value, 0.0F) / luminance : 0.0F;
     switch (unit->integer().value_or(-1)) {
-      case VRNT_LIGHT_UNIT_LUMEN: result.unit = LightUnit::Lumen; break;
-      case VRNT_LIGHT_UNIT_CANDELA: result.unit = LightUnit::Candela; break;
-      case VRNT_LIGHT_UNIT_LUX: result.unit = LightUnit::Lux; break;
-      default: result.unit = LightUnit::Nit; break;
+      case VRNT_LIGHT_UNIT_LUMEN:
+        result.unit = LightUnit::Lumen;
+        break;
+      case VRNT_LIGHT_UNIT_CANDELA:
+        result.unit = LightUnit::Candela;
+        break;
+      case VRNT_LIGHT_UNIT_LUX:
+        result.unit = LightUnit::Lux;
+        break;
+      default:
+        result.unit = LightUnit::Nit;
+        break;
     }
     return result;
   }

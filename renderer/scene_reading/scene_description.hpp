@@ -79,7 +79,8 @@ struct MaterialDescription {
 struct MeshDescription {
   const std::uint32_t* indices = nullptr;
   const float* vertices = nullptr;
-  const float* coordinates = nullptr;  ///< 2 floats for each vertex and set, one set after the other
+  const float* coordinates =
+      nullptr;  ///< 2 floats for each vertex and set, one set after the other
   std::uint32_t triangles = 0, vertexCount = 0, sets = 1;
   /// Own copies, for meshes with indices that must not be followed.
   std::shared_ptr<std::vector<std::uint32_t>> ownIndices;
@@ -116,7 +117,13 @@ struct ShapeDescription {
 };
 
 enum class LightKind : std::uint8_t {
-  Rectangle, Disk, Sphere, Point, Spot, Directional, Environment
+  Rectangle,
+  Disk,
+  Sphere,
+  Point,
+  Spot,
+  Directional,
+  Environment
 };
 
 struct LightDescription {
@@ -140,7 +147,7 @@ struct LightGroupDescription {
 struct CameraDescription {
   Motion motion;
   float focalLength = 0.035F, filmWidth = 0.036F, filmHeight = 0.024F;  ///< metres
-  float lensRadius = 0, focusDistance = 1;                             ///< metres
+  float lensRadius = 0, focusDistance = 1;                              ///< metres
   bool isOrthographic = false;
   float nearDistance = 0;
   float shutterOpen = 0, shutterClose = 0;

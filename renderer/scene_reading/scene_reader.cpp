@@ -102,7 +102,8 @@ class Reader {
     const int target = vrdmGetReference(scene_, objectClass, index, at);
     return valid(vrdmReferenceType(objectClass, at).targetClass, target) ? target : -1;
   }
-  std::vector<std::int32_t> list(std::uint32_t objectClass, int index, std::string_view name) const {
+  std::vector<std::int32_t> list(std::uint32_t objectClass, int index,
+                                 std::string_view name) const {
     const std::uint32_t at = slot(objectClass, name);
     const int size = vrdmGetReferenceCount(scene_, objectClass, index, at);
     const std::int32_t* const words = vrdmGetReferenceList(scene_, objectClass, index, at);
@@ -304,8 +305,7 @@ class Reader {
         material.indices.clamp(1.0001F, 10);
         material.indexOfRefraction = material.indices.mean();
         for (int band = 0; band < kBands; ++band) {
-          material.isDispersive |=
-              std::abs(material.indices[band] - material.indices[0]) > 1e-5F;
+          material.isDispersive |= std::abs(material.indices[band] - material.indices[0]) > 1e-5F;
         }
       }
     }
@@ -353,21 +353,63 @@ class Reader {
   }
 
   void tellUnknown(const ValueReader& value) {
-    static constexpr std::string_view kKnown[] = {
-        "reflectance", "base_color", "base_colour", "diffuse", "diffuse_color", "albedo", "color",
-        "colour", "map", "reflectance_map", "reflectance_texture", "base_color_texture",
-        "base_color_map", "diffuse_texture", "diffuse_map", "roughness", "roughness_texture",
-        "roughness_map", "roughness_channel", "metallic", "metalness", "metallic_texture",
-        "metallic_map", "metallic_channel", "transmission", "transmittance", "opacity", "alpha",
-        "opacity_texture", "opacity_map", "alpha_texture", "opacity_channel", "opacity_cutoff",
-        "alpha_cutoff", "index_of_refraction", "refractive_index", "ior", "normal", "normal_map",
-        "normal_texture", "normal_scale", "emission", "emissive", "emission_color",
-        "emissive_color", "emission_texture", "emission_map", "emissive_texture",
-        "emission_strength", "emissive_strength", "double_sided", "two_sided"};
+    static constexpr std::string_view kKnown[] = {"reflectance",
+                                                  "base_color",
+                                                  "base_colour",
+                                                  "diffuse",
+                                                  "diffuse_color",
+                                                  "albedo",
+                                                  "color",
+                                                  "colour",
+                                                  "map",
+                                                  "reflectance_map",
+                                                  "reflectance_texture",
+                                                  "base_color_texture",
+                                                  "base_color_map",
+                                                  "diffuse_texture",
+                                                  "diffuse_map",
+                                                  "roughness",
+                                                  "roughness_texture",
+                                                  "roughness_map",
+                                                  "roughness_channel",
+                                                  "metallic",
+                                                  "metalness",
+                                                  "metallic_texture",
+                                                  "metallic_map",
+                                                  "metallic_channel",
+                                                  "transmission",
+                                                  "transmittance",
+                                                  "opacity",
+                                                  "alpha",
+                                                  "opacity_texture",
+                                                  "opacity_map",
+                                                  "alpha_texture",
+                                                  "opacity_channel",
+                                                  "opacity_cutoff",
+                                                  "alpha_cutoff",
+                                                  "index_of_refraction",
+                                                  "refractive_index",
+                                                  "ior",
+                                                  "normal",
+                                                  "normal_map",
+                                                  "normal_texture",
+                                                  "normal_scale",
+                                                  "emission",
+                                                  "emissive",
+                                                  "emission_color",
+                                                  "emissive_color",
+                                                  "emission_texture",
+                                                  "emission_map",
+                                                  "emissive_texture",
+                                                  "emission_strength",
+                                                  "emissive_strength",
+                                                  "double_sided",
+                                                  "two_sided"};
     for (std::uint32_t i = 0; i < value.fieldCount(); ++i) {
       const std::string_view label = value.label(i);
-      const bool isKnown = std::any_of(std::begin(kKnown), std::end(kKnown),
-                                       [&](std::string_view known) { return sameLabel(known, label); });
+      const bool isKnown =
+          std::any_of(std::begin(kKnown), std::end(kKnown),
+                      [&](std::string_view known) { return sameLabel(known, label); });
       if (!isKnown) {
         notices_.add("the material field '" + std::string(label) + "' is not used");
       }
@@ -474,8 +516,7 @@ class Reader {
   Motion motionOf(std::uint32_t objectClass, int index, const ValueReader& general,
                   const Transform& outer) const {
     Motion motion;
-    const Transform own =
-        group(objectClass, index, "Transformation").fields().matrixAt("matrix");
+    const Transform own = group(objectClass, index, "Transformation").fields().matrixAt("matrix");
     motion.steps = {outer * own};
     const int keyframes = reference(objectClass, index, "keyframes");
     if (keyframes < 0) return motion;
@@ -560,7 +601,8 @@ class Reader {
       notices_.add("caps of cut planes are not rendered");
     }
     if (reference(kClass, index, "decals") >= 0) notices_.add("decals are not rendered");
-    if (general.fields().numberAt("edge_radius") > 0) notices_.add("rounded edges are not rendered");
+    if (general.fields().numberAt("edge_radius") > 0)
+      notices_.add("rounded edges are not rendered");
     const Group procedural = group(kClass, index, "Procedural UVs");
     if (const std::string_view uv = procedural.fields().constructorAt("mode");
         !uv.empty() && uv != "KEEP") {
@@ -593,8 +635,8 @@ class Reader {
       notices_.add(name + " has a transformation that is not finite; it is left out");
       return false;
     }
-    const bool hasMesh = shape.form == Form::Mesh || shape.form == Form::Rectangle ||
-                         shape.form == Form::Cube;
+    const bool hasMesh =
+        shape.form == Form::Mesh || shape.form == Form::Rectangle || shape.form == Form::Cube;
     if (hasMesh || canBeEntered(steps.front())) return true;
     notices_.add(name + " has a form without an extent; it is left out");
     return false;
@@ -631,14 +673,22 @@ class Reader {
     }
     const std::string program = programOf(kClass, index, VRDM_CLASS_LIGHT_PROGRAM, "light");
     static constexpr std::pair<std::string_view, LightKind> kKinds[] = {
-        {"rectangle", LightKind::Rectangle},     {"square", LightKind::Rectangle},
-        {"quad", LightKind::Rectangle},          {"area", LightKind::Rectangle},
-        {"disk", LightKind::Disk},               {"disc", LightKind::Disk},
-        {"sphere", LightKind::Sphere},           {"point", LightKind::Point},
-        {"spot", LightKind::Spot},               {"directional", LightKind::Directional},
-        {"distant", LightKind::Directional},     {"sun", LightKind::Directional},
-        {"environment", LightKind::Environment}, {"dome", LightKind::Environment},
-        {"sky", LightKind::Environment},         {"ibl", LightKind::Environment}};
+        {"rectangle", LightKind::Rectangle},
+        {"square", LightKind::Rectangle},
+        {"quad", LightKind::Rectangle},
+        {"area", LightKind::Rectangle},
+        {"disk", LightKind::Disk},
+        {"disc", LightKind::Disk},
+        {"sphere", LightKind::Sphere},
+        {"point", LightKind::Point},
+        {"spot", LightKind::Spot},
+        {"directional", LightKind::Directional},
+        {"distant", LightKind::Directional},
+        {"sun", LightKind::Directional},
+        {"environment", LightKind::Environment},
+        {"dome", LightKind::Environment},
+        {"sky", LightKind::Environment},
+        {"ibl", LightKind::Environment}};
     bool isKnown = false;
     for (const auto& [label, kind] : kKinds) {
       if (!sameLabel(program, label)) continue;
@@ -693,7 +743,8 @@ class Reader {
     const float area = lightArea(light);
     switch (emission->unit) {
       case LightUnit::None:
-      case LightUnit::Nit: break;
+      case LightUnit::Nit:
+        break;
       case LightUnit::Lumen:
         light.emission.value *= isSurface(light) ? 1 / (kPi * area) : 1 / (4 * kPi);
         break;
@@ -935,11 +986,11 @@ class Reader {
     }
     const Group gi = group(kClass, index, "Global illumination");
     const ValueReader g = gi.fields();
-    task.rouletteStart = std::max(
-        0, static_cast<int>(g.numberAt("russian_roulette_termination.start_depth", 2)));
+    task.rouletteStart =
+        std::max(0, static_cast<int>(g.numberAt("russian_roulette_termination.start_depth", 2)));
     task.hasFixedRoulette = g.constructorAt("russian_roulette_termination.scheme") == "FIXED";
-    task.fixedRoulette = std::clamp(
-        g.numberAt("russian_roulette_termination.fixed_probability", 0.1F), 0.0F, 0.95F);
+    task.fixedRoulette =
+        std::clamp(g.numberAt("russian_roulette_termination.fixed_probability", 0.1F), 0.0F, 0.95F);
     const Group general = group(kClass, index, "General");
     task.cutsOnlyCamera = general.fields().booleanAt("cut_planes.only_primary", false);
   }

@@ -21,7 +21,9 @@ Vec2 evenPoint(std::uint32_t index, std::uint32_t count) {
           std::min(static_cast<float>(reversed) * 0x1p-32F, 0x1.fffffep-1F)};
 }
 
-Vec3 directionAt(float cosine) { return {std::sqrt(std::max(0.0F, 1 - cosine * cosine)), 0, cosine}; }
+Vec3 directionAt(float cosine) {
+  return {std::sqrt(std::max(0.0F, 1 - cosine * cosine)), 0, cosine};
+}
 
 }  // namespace
 
@@ -67,8 +69,8 @@ Vec3 Microfacets::sampleVisible(Vec3 from, Vec2 u) const {
   const float x = radius * std::cos(angle);
   float y = radius * std::sin(angle);
   // `frame` turns around its normal freely, so its second axis is brought into the plane of z.
-  const Vec3 side = std::abs(stretched.z) < 0.9999F ? normalised(cross({0, 0, 1}, stretched))
-                                                    : frame.tangent;
+  const Vec3 side =
+      std::abs(stretched.z) < 0.9999F ? normalised(cross({0, 0, 1}, stretched)) : frame.tangent;
   const Vec3 up = cross(stretched, side);
   const float s = 0.5F * (1 + stretched.z);
   y = (1 - s) * std::sqrt(std::max(0.0F, 1 - x * x)) + s * y;
@@ -123,7 +125,8 @@ float AlbedoTable::mean(float alpha) const {
   const float y = std::sqrt(std::clamp(alpha, 0.0F, 1.0F)) * (kWidths - 1);
   const int j = std::min(static_cast<int>(y), kWidths - 2);
   const float t = y - static_cast<float>(j);
-  return means_[static_cast<std::size_t>(j)] * (1 - t) + means_[static_cast<std::size_t>(j) + 1] * t;
+  return means_[static_cast<std::size_t>(j)] * (1 - t) +
+         means_[static_cast<std::size_t>(j) + 1] * t;
 }
 
 const AlbedoTable& AlbedoTable::ofMirror() {
@@ -146,8 +149,8 @@ namespace {
 
 // A table for each index of refraction, as long as the program runs.
 template <typename Make>
-std::shared_ptr<const AlbedoTable> remembered(std::map<float, std::shared_ptr<const AlbedoTable>>& tables,
-                                              float eta, Make make) {
+std::shared_ptr<const AlbedoTable> remembered(
+    std::map<float, std::shared_ptr<const AlbedoTable>>& tables, float eta, Make make) {
   static std::mutex mutex;
   const std::lock_guard<std::mutex> lock(mutex);
   auto& table = tables[eta];

@@ -74,8 +74,7 @@ float Colours::luminance(const Spectrum& radiance) const { return weighted(radia
 // The part that all three channels have is white, what two have beyond it is cyan, magenta or
 // yellow, and the rest is red, green or blue.
 Spectrum Colours::combined(const Rgb& colour) const {
-  std::array<std::pair<float, unsigned>, 3> parts{
-      {{colour.r, 1U}, {colour.g, 2U}, {colour.b, 4U}}};
+  std::array<std::pair<float, unsigned>, 3> parts{{{colour.r, 1U}, {colour.g, 2U}, {colour.b, 4U}}};
   std::sort(parts.begin(), parts.end());
   Spectrum result;
   result.add(colours_[7], parts[0].first);

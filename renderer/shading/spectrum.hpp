@@ -22,7 +22,7 @@ inline constexpr float bandBegin(int band) { return 400.0F + 5.0F * static_cast<
 struct alignas(64) Spectrum {
   std::array<float, kPaddedBands> v;
 
-  Spectrum() : Spectrum(0.0F) {}
+  Spectrum() : v{} {}
   explicit Spectrum(float amplitude) {
     v.fill(amplitude);
     for (int i = kBands; i < kPaddedBands; ++i) v[static_cast<std::size_t>(i)] = 0;
@@ -52,13 +52,19 @@ struct alignas(64) Spectrum {
     for (std::size_t i = 0; i < v.size(); ++i) v[i] += factor * a.v[i];
   }
 
+  // largest() and mean() keep eight results, which fit a register or two, and join them at the end.
+  // The order is fixed.
   float largest() const {
-    float result = v[0];
-    for (const float amplitude : v) result = std::max(result, amplitude);
-    return result;
+    std::array<float, 8> most{};
+    for (std::size_t lane = 0; lane < 8; ++lane) most[lane] = v[lane];
+    for (std::size_t i = 8; i < v.size(); i += 8) {
+      for (std::size_t lane = 0; lane < 8; ++lane) {
+        most[lane] = v[i + lane] > most[lane] ? v[i + lane] : most[lane];
+      }
+    }
+    return *std::max_element(most.begin(), most.end());
   }
   float mean() const {
-    // Eight sums, which a compiler may keep in one register; the order is fixed.
     std::array<float, 8> sums{};
     for (std::size_t i = 0; i < v.size(); i += 8) {
       for (std::size_t lane = 0; lane < 8; ++lane) sums[lane] += v[i + lane];
@@ -84,10 +90,9 @@ struct Rgb {
 
 /// Conversions by the library's colour functions, prepared so that each takes a few sums.
 ///
-/// The conversions of the library are sums over the bands, or, for a spectrum of an RGB triple, sums
-/// of the spectra of seven colours. So the library is asked once for each band and each of these
-/// colours.
-/// Threads: immutable after the first call.
+/// The conversions of the library are sums over the bands, or, for a spectrum of an RGB triple,
+/// sums of the spectra of seven colours. So the library is asked once for each band and each of
+/// these colours. Threads: immutable after the first call.
 class Colours {
  public:
   /// Returns the only object. Throws what vrntSpectrumConvert() throws at the first call.

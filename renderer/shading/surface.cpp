@@ -47,8 +47,7 @@ Surface::Surface(const SceneDescription& scene, const MaterialDescription& mater
   view_ = frame_.toLocal(view);
   view_.z = std::max(view_.z, 1e-5F);
 
-  reflectance_ =
-      &vrn_render::evaluate(scene, material.reflectance, coordinates, true, scratch_);
+  reflectance_ = &vrn_render::evaluate(scene, material.reflectance, coordinates, true, scratch_);
   const auto number = [&](const NumberParameter& parameter) {
     return std::clamp(vrn_render::evaluate(scene, parameter, coordinates), 0.0F, 1.0F);
   };
@@ -108,7 +107,8 @@ float Surface::evaluateLobes(Vec3 view, Vec3 to, std::uint32_t kinds, Spectrum& 
       const float shape = facets.density(half) * facets.shadowing(view, to) / (4 * view.z);
       const float sampled = visible / (4 * std::max(c, 1e-7F));
       if (shares_[kCoat] > 0) {
-        value += Spectrum(weights_[kCoat] * fresnelDielectric(c, eta_ < 1 ? 1 / eta_ : eta_) * shape);
+        value +=
+            Spectrum(weights_[kCoat] * fresnelDielectric(c, eta_ < 1 ? 1 / eta_ : eta_) * shape);
         density += shares_[kCoat] * sampled;
       }
       if (shares_[kMetal] > 0) {
@@ -201,8 +201,8 @@ Scattered Surface::sampleBoundary(Vec3 view, float choice, Vec2 u, int band) con
   float scale = 1;
   if (!isSmooth_) {
     const float whole = (isInside_ ? tables_.inside : tables_.outside)->at(view.z, alpha_);
-    const float seen = isReflected ? facets.shadowing(view, to) / facets.masking(view)
-                                   : facets.masking(to);
+    const float seen =
+        isReflected ? facets.shadowing(view, to) / facets.masking(view) : facets.masking(to);
     scale = seen / std::max(whole, 1e-3F);
   }
   out.weight = isReflected ? Spectrum(scale) : *reflectance_ * scale;
@@ -250,9 +250,9 @@ Scattered Surface::sample(float choice, Vec2 u, int band) const {
     if (to.z <= 0) out.kind = 0;
     if (isSmooth_) {
       out.isSingular = true;
-      out.weight = lobe == kMetal ? metalFresnel(view_.z)
-                                  : Spectrum(fresnelDielectric(
-                                        view_.z, eta_ < 1 ? 1 / eta_ : eta_));
+      out.weight = lobe == kMetal
+                       ? metalFresnel(view_.z)
+                       : Spectrum(fresnelDielectric(view_.z, eta_ < 1 ? 1 / eta_ : eta_));
       out.weight *= weights_[lobe] / shares_[lobe];
       if (dot(out.direction, geometric_) <= 0) out.kind = 0;
       return out;

@@ -45,9 +45,12 @@ const std::array<float, 256>& gammaTable() {
 
 int wrapped(int at, int size, Wrap wrap) {
   switch (wrap) {
-    case Wrap::Border: return at >= 0 && at < size ? at : -1;
-    case Wrap::Clamp: return std::clamp(at, 0, size - 1);
-    case Wrap::Repeat: return ((at % size) + size) % size;
+    case Wrap::Border:
+      return at >= 0 && at < size ? at : -1;
+    case Wrap::Clamp:
+      return std::clamp(at, 0, size - 1);
+    case Wrap::Repeat:
+      return ((at % size) + size) % size;
     case Wrap::Mirror: {
       const int period = ((at % (2 * size)) + 2 * size) % (2 * size);
       return period < size ? period : 2 * size - 1 - period;
@@ -87,8 +90,7 @@ Texel sampleSlice(const TextureDescription& texture, const TextureLookup& lookup
                                   : coordinate;
   };
   return interpolated(near(at.x, lookup.u) * static_cast<float>(texture.width),
-                      near(at.y, lookup.v) * static_cast<float>(texture.height),
-                      [&](int x, int y) {
+                      near(at.y, lookup.v) * static_cast<float>(texture.height), [&](int x, int y) {
                         const int i = wrapped(x, texture.width, lookup.u);
                         const int j = wrapped(y, texture.height, lookup.v);
                         return i < 0 || j < 0 ? lookup.border : texelAt(texture, i, j, slice);
@@ -107,8 +109,9 @@ std::string textureProblem(const TextureDescription& texture, std::uint64_t size
   const auto rows = static_cast<std::uint64_t>(texture.height);
   std::uint64_t needed = 0;
   if (isPlain(texture.format) && channelsOf(texture.format) != 0) {
-    needed = columns * rows *
-             static_cast<std::uint64_t>(channelsOf(texture.format) * bytesOfChannel(texture.format));
+    needed =
+        columns * rows *
+        static_cast<std::uint64_t>(channelsOf(texture.format) * bytesOfChannel(texture.format));
   } else if (blockBytes(texture.format) != 0) {
     needed = ((columns + 3) / 4) * ((rows + 3) / 4) *
              static_cast<std::uint64_t>(blockBytes(texture.format));
@@ -173,7 +176,8 @@ Texel sampleFlat(const TextureDescription& texture, const TextureLookup& lookup,
 Vec3 latLongDirection(Vec2 uv, bool isDirectX) {
   const float azimuth = (uv.x - 0.5F) * 2 * kPi * (isDirectX ? -1.0F : 1.0F);
   const float polar = uv.y * kPi;
-  return {std::sin(polar) * std::sin(azimuth), std::cos(polar), -std::sin(polar) * std::cos(azimuth)};
+  return {std::sin(polar) * std::sin(azimuth), std::cos(polar),
+          -std::sin(polar) * std::cos(azimuth)};
 }
 
 Vec2 latLongPoint(Vec3 direction, bool isDirectX) {
@@ -233,7 +237,8 @@ const Spectrum& evaluate(const SceneDescription& scene, const ColourParameter& p
       const int slice = std::min(static_cast<int>(place), std::max(0, texture.depth - 2));
       if (slice != before) {
         low = sampleSlice(texture, parameter.lookup, uv, slice)[0];
-        high = sampleSlice(texture, parameter.lookup, uv, std::min(slice + 1, texture.depth - 1))[0];
+        high =
+            sampleSlice(texture, parameter.lookup, uv, std::min(slice + 1, texture.depth - 1))[0];
         before = slice;
       }
       const float t = place - static_cast<float>(slice);

@@ -17,9 +17,9 @@ using namespace vrn_render_tests;
 class MeasuredBox : public testing::Test {
  protected:
   void SetUp() override {
-    const std::string name =
-        std::string("renderer_") +
-        testing::UnitTest::GetInstance()->current_test_info()->name() + ".vrnscene";
+    const std::string name = std::string("renderer_") +
+                             testing::UnitTest::GetInstance()->current_test_info()->name() +
+                             ".vrnscene";
     path_ = (std::filesystem::temp_directory_path() / name).string();
     ASSERT_EQ(std::system((std::string(BUILD_SCENE) + " " + path_ + " > /dev/null").c_str()), 0);
     scene_ = std::make_unique<vrnt::host::Scene>(vrnt::host::Scene::read(path_));
@@ -56,9 +56,9 @@ TEST_F(MeasuredBox, HasTheRadianceThatASecondIntegratorFinds) {
       for (std::uint32_t sample = 0; sample < 64; ++sample) {
         Sampler sampler(5, static_cast<std::uint32_t>(x), static_cast<std::uint32_t>(y), sample);
         const Vec2 u = sampler.two();
-        const Seen seen = tracer.trace({(static_cast<float>(x) + u.x) / kSide,
-                                        1 - (static_cast<float>(y) + u.y) / kSide},
-                                       sampler);
+        const Seen seen = tracer.trace(
+            {(static_cast<float>(x) + u.x) / kSide, 1 - (static_cast<float>(y) + u.y) / kSide},
+            sampler);
         if (!seen.isHit) continue;
         Sums& sums = fast[ready.description.shapes[seen.object - 1].tag];
         sums.count += 1;
@@ -78,7 +78,8 @@ TEST_F(MeasuredBox, HasTheRadianceThatASecondIntegratorFinds) {
         std::sqrt((object.squares / object.count - mean * mean) / object.count) / mean;
     ASSERT_LT(error, 0.04) << object.name << ": the second integrator is too coarse";
     // What the camera sees of an object is counted within its own error.
-    EXPECT_NEAR(found.count / (kSide * kSide * 64.0), object.count / (1.0 * kSide * kSide * kSlowSamples), 0.002)
+    EXPECT_NEAR(found.count / (kSide * kSide * 64.0),
+                object.count / (1.0 * kSide * kSide * kSlowSamples), 0.002)
         << object.name;
     double total = 0;
     for (std::size_t band = 0; band < kBands; ++band) {

@@ -52,14 +52,15 @@ TEST(Colours, OfRadianceAreThoseOfTheLibrary) {
 std::vector<float> libraryPairs(std::array<float, 3> rgb) {
   std::vector<float> pairs = pairsOf(Spectrum());
   vrntSpectrumRec in{VRNT_ENCODING_RGB, 3, rgb.data()};
-  vrntSpectrumRec out{VRNT_ENCODING_SPECTRAL, static_cast<std::int32_t>(pairs.size()), pairs.data()};
+  vrntSpectrumRec out{VRNT_ENCODING_SPECTRAL, static_cast<std::int32_t>(pairs.size()),
+                      pairs.data()};
   vrntSpectrumConvert(&in, &out, VRNT_COLOUR_SPACE_D65);
   return pairs;
 }
 
 TEST(Colours, OfMaterialsAreThoseOfTheLibrary) {
-  for (const std::array<float, 3> rgb : {std::array<float, 3>{0.9F, 0.1F, 0.3F},
-                                         std::array<float, 3>{0.2F, 0.3F, 0.8F}}) {
+  for (const std::array<float, 3> rgb :
+       {std::array<float, 3>{0.9F, 0.1F, 0.3F}, std::array<float, 3>{0.2F, 0.3F, 0.8F}}) {
     Maker maker;
     maker.material(Record::ofType("{ " + kSpectrumType + " reflectance; }")
                        .set("reflectance", vrnt::host::RgbSpectrum{rgb[0], rgb[1], rgb[2]}));
@@ -73,8 +74,9 @@ TEST(Colours, OfMaterialsAreThoseOfTheLibrary) {
   }
 }
 
-// Pixels of textures are sums of the spectra of seven colours. The library moves a colour to another
-// white before it adds them up, so there is a difference, the largest for saturated colours.
+// Pixels of textures are sums of the spectra of seven colours. The library moves a colour to
+// another white before it adds them up, so there is a difference, the largest for saturated
+// colours.
 TEST(Colours, OfTexturesAreNearThoseOfTheLibrary) {
   std::mt19937 random(2);
   std::uniform_real_distribution<float> channel(0, 1);
@@ -171,7 +173,8 @@ TEST(Metamers, AreAlikeInOneLightAndDifferInAnotherAsComputed) {
   const Rgb c = rendered(first, warm);
   const Rgb d = rendered(second, warm);
   const double found[3] = {d.r - c.r, d.g - c.g, d.b - c.b};
-  const double size = std::sqrt(byHand[0] * byHand[0] + byHand[1] * byHand[1] + byHand[2] * byHand[2]);
+  const double size =
+      std::sqrt(byHand[0] * byHand[0] + byHand[1] * byHand[1] + byHand[2] * byHand[2]);
   ASSERT_GT(size, 0.005);
   for (std::size_t k = 0; k < 3; ++k) EXPECT_NEAR(found[k], byHand[k], 0.02 * size);
 }

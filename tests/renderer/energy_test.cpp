@@ -16,13 +16,18 @@ struct NamedMaterial {
 };
 
 // White materials of all kinds.
-constexpr NamedMaterial kWhite[] = {
-    {"diffuse", 1, 0, 0, 0, 1.5F, false},       {"mirror", 1, 0, 1, 0, 1.5F, true},
-    {"smooth metal", 1, 0.15F, 1, 0, 1.5F, true}, {"rough metal", 1, 0.5F, 1, 0, 1.5F, true},
-    {"dull metal", 1, 1, 1, 0, 1.5F, true},     {"coat", 1, 0, 0, 0, 1.5F, true},
-    {"rough coat", 1, 0.4F, 0, 0, 1.5F, true},  {"dull coat", 1, 1, 0, 0, 1.8F, true},
-    {"glass", 1, 0, 0, 1, 1.5F, true},          {"rough glass", 1, 0.3F, 0, 1, 1.5F, true},
-    {"frosted glass", 1, 0.8F, 0, 1, 1.33F, true}, {"mix", 1, 0.5F, 0.3F, 0.4F, 1.5F, true}};
+constexpr NamedMaterial kWhite[] = {{"diffuse", 1, 0, 0, 0, 1.5F, false},
+                                    {"mirror", 1, 0, 1, 0, 1.5F, true},
+                                    {"smooth metal", 1, 0.15F, 1, 0, 1.5F, true},
+                                    {"rough metal", 1, 0.5F, 1, 0, 1.5F, true},
+                                    {"dull metal", 1, 1, 1, 0, 1.5F, true},
+                                    {"coat", 1, 0, 0, 0, 1.5F, true},
+                                    {"rough coat", 1, 0.4F, 0, 0, 1.5F, true},
+                                    {"dull coat", 1, 1, 0, 0, 1.8F, true},
+                                    {"glass", 1, 0, 0, 1, 1.5F, true},
+                                    {"rough glass", 1, 0.3F, 0, 1, 1.5F, true},
+                                    {"frosted glass", 1, 0.8F, 0, 1, 1.33F, true},
+                                    {"mix", 1, 0.5F, 0.3F, 0.4F, 1.5F, true}};
 
 MaterialDescription describe(const NamedMaterial& named) {
   MaterialDescription material;
@@ -85,8 +90,8 @@ TEST(Materials, DoNotScatterMoreThanTheyReceive) {
   }
 }
 
-// What evaluate() tells is what sample() does: the densities of a rough surface fill the sphere, and
-// the integral of the scattered part is the mean of the samples' weights.
+// What evaluate() tells is what sample() does: the densities of a rough surface fill the sphere,
+// and the integral of the scattered part is the mean of the samples' weights.
 TEST(Materials, SampleDirectionsWithTheDensitiesThatTheyTell) {
   for (const NamedMaterial& named : kWhite) {
     if (named.roughness < 0.3F) continue;
@@ -200,13 +205,14 @@ void expectIrradiance(bool asShape) {
               maker.mesh({{{{-1, -1, 0}, {1, -1, 0}, {1, 1, 0}, {-1, 1, 0}}}}));
   // The lamp is behind the camera and shines down.
   if (asShape) {
-    const Record lamp = Record::ofType("{ " + kSpectrumType + " reflectance; " + kSpectrumType +
-                                       " emission; }")
-                            .set("reflectance", flat(0))
-                            .set("emission", flat(kRadiance));
+    const Record lamp =
+        Record::ofType("{ " + kSpectrumType + " reflectance; " + kSpectrumType + " emission; }")
+            .set("reflectance", flat(0))
+            .set("emission", flat(kRadiance));
     const float h = kSide / 2;
-    maker.shape(maker.material(lamp),
-                maker.mesh({{{{-h, h, kHeight}, {h, h, kHeight}, {h, -h, kHeight}, {-h, -h, kHeight}}}}));
+    maker.shape(
+        maker.material(lamp),
+        maker.mesh({{{{-h, h, kHeight}, {h, h, kHeight}, {h, -h, kHeight}, {-h, -h, kHeight}}}}));
   } else {
     const Object lamp = maker.light("rectangle", flat(kRadiance));
     maker.place(lamp, {kSide, 0, 0}, {0, -kSide, 0}, {0, 0, -1}, {0, 0, kHeight});

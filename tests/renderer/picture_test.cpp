@@ -44,23 +44,22 @@ Object moved(Maker& maker, const std::vector<Vec3>& places) {
     keys.push_back(key);
   }
   const Object list = maker.scene.create(VRDM_CLASS_KEYFRAME_LIST);
-  maker.scene.setList(list, "keyframes",
-                      vrnt::host::Span<const Object>(keys.data(), keys.size()));
+  maker.scene.setList(list, "keyframes", vrnt::host::Span<const Object>(keys.data(), keys.size()));
   return list;
 }
 
 void openShutter(Maker& maker, const Object& camera, float open, float close) {
-  maker.scene.setGroup(camera, "General",
-                       maker.scene.group(camera, "General")
-                           .set("shutter_open", open)
-                           .set("shutter_close", close));
+  maker.scene.setGroup(
+      camera, "General",
+      maker.scene.group(camera, "General").set("shutter_open", open).set("shutter_close", close));
 }
 
 // A square of width 1 moves by 1 while the shutter is open: each place is covered for a part of the
 // time that grows and falls along a line.
 TEST(MotionBlur, CoversEachPixelForTheTimeThatTheShapeIsThere) {
   Maker maker;
-  const Object shape = maker.shape(maker.material(glowing(1)), maker.mesh({square({-0.5F, 0, 0}, 1)}));
+  const Object shape =
+      maker.shape(maker.material(glowing(1)), maker.mesh({square({-0.5F, 0, 0}, 1)}));
   maker.scene.refer(shape, "keyframes", moved(maker, {{0, 0, 0}, {1, 0, 0}}));
   const Object camera = maker.camera({0, 0, 2}, 0.035F, {3, 3}, "orthographic");
   openShutter(maker, camera, 0, 1);
@@ -85,7 +84,8 @@ TEST(MotionBlur, OfTheCameraIsThatOfAShapeThatMovesTheOtherWay) {
 
 TEST(MotionBlur, IsNotThereIfTheShutterClosesAsItOpens) {
   Maker maker;
-  const Object shape = maker.shape(maker.material(glowing(1)), maker.mesh({square({-0.5F, 0, 0}, 1)}));
+  const Object shape =
+      maker.shape(maker.material(glowing(1)), maker.mesh({square({-0.5F, 0, 0}, 1)}));
   maker.scene.refer(shape, "keyframes", moved(maker, {{0, 0, 0}, {1, 0, 0}}));
   const Object camera = maker.camera({0, 0, 2}, 0.035F, {3, 3}, "orthographic");
   openShutter(maker, camera, 0.5F, 0.5F);
@@ -126,7 +126,10 @@ TEST(Forms, HaveTheirSilhouettes) {
   const struct {
     const char* name;
     double area;
-  } kForms[] = {{"RECTANGLE", 1}, {"DISK", M_PI / 4}, {"SPHERE", M_PI / 4}, {"CYLINDER", M_PI / 4},
+  } kForms[] = {{"RECTANGLE", 1},
+                {"DISK", M_PI / 4},
+                {"SPHERE", M_PI / 4},
+                {"CYLINDER", M_PI / 4},
                 {"CUBE", 1}};
   for (const auto& form : kForms) {
     Maker maker;
@@ -175,10 +178,10 @@ TEST(Textures, ShowTheirPixels) {
             rgb[k] += s * t * kTexels[(row + (corner >> 1)) & 1][(column + (corner & 1)) & 1][k];
           }
         }
-        expected.add(Colours::get().reflectance({static_cast<float>(rgb[0]),
-                                                 static_cast<float>(rgb[1]),
-                                                 static_cast<float>(rgb[2])}),
-                     0.5F / (kSteps * kSteps));
+        expected.add(
+            Colours::get().reflectance({static_cast<float>(rgb[0]), static_cast<float>(rgb[1]),
+                                        static_cast<float>(rgb[2])}),
+            0.5F / (kSteps * kSteps));
       }
       for (const int band : {2, 30, 50}) {
         EXPECT_NEAR(picture.spectrum[static_cast<std::size_t>(2 * y + x) * kBands +
@@ -237,7 +240,8 @@ TEST(Textures, InBlocksAreDecoded) {
 TEST(Visibility, HidesShapesFromTheRaysThatTheirFieldsName) {
   for (const char* field : {"visible_to.camera", "visible_to.indirect_illumination"}) {
     Maker maker;
-    const Object shape = maker.shape(maker.material(glowing(1)), maker.mesh({square({0, 0, 0}, 1)}));
+    const Object shape =
+        maker.shape(maker.material(glowing(1)), maker.mesh({square({0, 0, 0}, 1)}));
     maker.scene.setGroup(shape, "Visibility",
                          maker.scene.group(shape, "Visibility").set(field, false));
     maker.camera({0, 0, 3}, 0.035F, {1, 1}, "orthographic");
@@ -246,7 +250,8 @@ TEST(Visibility, HidesShapesFromTheRaysThatTheirFieldsName) {
   }
   for (const char* mode : {"FRONT", "BACK"}) {
     Maker maker;
-    const Object shape = maker.shape(maker.material(glowing(1)), maker.mesh({square({0, 0, 0}, 1)}));
+    const Object shape =
+        maker.shape(maker.material(glowing(1)), maker.mesh({square({0, 0, 0}, 1)}));
     maker.scene.setGroup(shape, "Face culling",
                          maker.scene.group(shape, "Face culling").set("mode", mode));
     maker.camera({0, 0, 3}, 0.035F, {1, 1}, "orthographic");
@@ -287,23 +292,25 @@ TEST(CutPlanes, TakeAwayWhatLiesBeforeThem) {
 TEST(Opacity, LetsLightThrough) {
   Maker maker;
   maker.shape(maker.diffuse(flat(1)), maker.mesh({square({0, 0, 0}, 20)}));
-  const Object sheet = maker.material(
-      Record::ofType("{ " + kSpectrumType + " reflectance; float opacity; }")
-          .set("reflectance", flat(0))
-          .set("opacity", 0.5F));
+  const Object sheet =
+      maker.material(Record::ofType("{ " + kSpectrumType + " reflectance; float opacity; }")
+                         .set("reflectance", flat(0))
+                         .set("opacity", 0.5F));
   maker.shape(sheet, maker.mesh({square({0, 0, 1}, 20)}));
   const Object lamp = maker.light("point", flat(4));
   maker.place(lamp, {1, 0, 0}, {0, 1, 0}, {0, 0, 1}, {0, 0, 2});
   maker.camera({0, 0, 3}, 1, {0.001F, 0.001F});
   maker.bounces(1);
-  EXPECT_NEAR(meanOfBand(Ready(maker.scene.get()).picture(4, 4, 1024), kMiddle), 0.25 / M_PI, 0.002);
+  EXPECT_NEAR(meanOfBand(Ready(maker.scene.get()).picture(4, 4, 1024), kMiddle), 0.25 / M_PI,
+              0.002);
 }
 
 // Glass splits colours: below the critical angle of some bands only, these come through.
 TEST(Dispersion, KeepsTheMeanOfEachBand) {
   Maker maker;
   Spectrum indices;
-  for (int band = 0; band < kBands; ++band) indices[band] = 1.6F - 0.002F * static_cast<float>(band);
+  for (int band = 0; band < kBands; ++band)
+    indices[band] = 1.6F - 0.002F * static_cast<float>(band);
   const Object glass = maker.material(
       Record::ofType("{ " + kSpectrumType + " index_of_refraction; float transmission; }")
           .set("index_of_refraction", sampled(indices))

@@ -18,12 +18,13 @@ using namespace vrn_render_tests;
 class Program : public testing::Test {
  protected:
   void SetUp() override {
-    folder_ = std::filesystem::temp_directory_path() /
-              (std::string("renderer_") +
-               testing::UnitTest::GetInstance()->current_test_info()->name());
+    folder_ =
+        std::filesystem::temp_directory_path() /
+        (std::string("renderer_") + testing::UnitTest::GetInstance()->current_test_info()->name());
     std::filesystem::create_directories(folder_);
     Maker maker;
-    maker.shape(maker.diffuse(flat(0.7F)), maker.mesh({{{{-1, -1, 0}, {1, -1, 0}, {1, 1, 0}, {-1, 1, 0}}}}));
+    maker.shape(maker.diffuse(flat(0.7F)),
+                maker.mesh({{{{-1, -1, 0}, {1, -1, 0}, {1, 1, 0}, {-1, 1, 0}}}}));
     const Object lamp = maker.light("rectangle", flat(3));
     maker.place(lamp, {1, 0, 0}, {0, -1, 0}, {0, 0, -1}, {0, 0, 1});
     maker.camera({0, 0, 2});
@@ -65,7 +66,8 @@ TEST_F(Program, WritesPicturesThatOthersRead) {
     EXPECT_NE(exr.find(channel), std::string::npos) << channel;
   }
   for (const char* pass : {"depth", "normal", "albedo", "object"}) {
-    EXPECT_EQ(run(path("scene") + " -o " + path("b.png") + " --size 8 --samples 1 --pass " + pass), 0);
+    EXPECT_EQ(run(path("scene") + " -o " + path("b.png") + " --size 8 --samples 1 --pass " + pass),
+              0);
   }
 }
 
@@ -83,9 +85,9 @@ TEST_F(Program, PutsSharesTogetherToTheSameBytes) {
 }
 
 TEST_F(Program, WritesWhatThereIsWhenItIsInterrupted) {
-  const std::string command = "(" + std::string(VRN_RENDER) + " " + path("scene") + " -o " +
-                              path("cut.png") +
-                              " --size 64 --samples 100000000 --quiet & sleep 1; kill -INT $!; wait $!)";
+  const std::string command =
+      "(" + std::string(VRN_RENDER) + " " + path("scene") + " -o " + path("cut.png") +
+      " --size 64 --samples 100000000 --quiet & sleep 1; kill -INT $!; wait $!)";
   EXPECT_EQ(WEXITSTATUS(std::system(("bash -c '" + command + "'").c_str())), 130);
   EXPECT_EQ(bytes("cut.png").substr(1, 3), "PNG");
 }
@@ -95,7 +97,8 @@ TEST_F(Program, TellsInOneLineWhatIsWrong) {
   const std::string text = bytes("out");
   EXPECT_EQ(text.find("vrn-render: " + path("none")), 0U) << text;
   EXPECT_EQ(std::count(text.begin(), text.end(), '\n'), 1);
-  EXPECT_EQ(run(path("scene") + " -o " + path("folder/a.png") + " --size 4 --samples 1 --quiet"), 1);
+  EXPECT_EQ(run(path("scene") + " -o " + path("folder/a.png") + " --size 4 --samples 1 --quiet"),
+            1);
   EXPECT_EQ(run(path("scene") + " -o " + path("a.png") + " --task 7"), 1);
   EXPECT_EQ(bytes("out"), "vrn-render: there is no image task 7\n");
   for (const char* arguments :
@@ -109,9 +112,12 @@ TEST_F(Program, TellsInOneLineWhatIsWrong) {
 }
 
 TEST_F(Program, DrawsPreviews) {
-  ASSERT_EQ(run(path("scene") + " -o " + path("a.png") + " --size 16 --samples 4 --quiet --preview"), 0);
+  ASSERT_EQ(
+      run(path("scene") + " -o " + path("a.png") + " --size 16 --samples 4 --quiet --preview"), 0);
   EXPECT_NE(bytes("out").find("\u2580"), std::string::npos);
-  ASSERT_EQ(run(path("scene") + " -o " + path("a.png") + " --size 16 --samples 4 --quiet --preview=sixel"), 0);
+  ASSERT_EQ(run(path("scene") + " -o " + path("a.png") +
+                " --size 16 --samples 4 --quiet --preview=sixel"),
+            0);
   EXPECT_NE(bytes("out").find("\x1bPq"), std::string::npos);
 }
 

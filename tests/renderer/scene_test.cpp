@@ -44,7 +44,8 @@ TEST(UnknownMaterial, IsNeutralGreyAndToldOnce) {
 }
 
 TEST(MaterialParameters, AreReadInEachOfTheLibrarysTypes) {
-  for (const std::uint32_t number : {VRNT_MATERIAL_PARAM_COLOUR, VRNT_MATERIAL_PARAM_SIMPLE_COLOUR}) {
+  for (const std::uint32_t number :
+       {VRNT_MATERIAL_PARAM_COLOUR, VRNT_MATERIAL_PARAM_SIMPLE_COLOUR}) {
     Maker maker;
     const vrnt::TypeHandle parameter = vrnt::TypeHandle::adopt(vrntTypeMaterialParam(number));
     const std::string text =
@@ -52,7 +53,8 @@ TEST(MaterialParameters, AreReadInEachOfTheLibrarysTypes) {
     Record record = Record::ofType(text);
     record.set(number == VRNT_MATERIAL_PARAM_COLOUR ? "reflectance.color" : "reflectance.value",
                flat(0.25F));
-    if (number == VRNT_MATERIAL_PARAM_SIMPLE_COLOUR) record.set("reflectance.texture.texture_ref", -1);
+    if (number == VRNT_MATERIAL_PARAM_SIMPLE_COLOUR)
+      record.set("reflectance.texture.texture_ref", -1);
     maker.material(record);
     const Ready ready(maker.scene.get());
     EXPECT_FLOAT_EQ(ready.description.materials[1].reflectance.value[7], 0.25F);
@@ -93,7 +95,8 @@ class Confusion {
     for (std::uint32_t objectClass = 0; objectClass < vrdmObjectTypeCount(); ++objectClass) {
       const std::uint32_t kind = vrdmObjectClass(objectClass);
       if (kind == VRDM_KIND_PROGRAM) {
-        for (const char* text : {"", "light sphere", "/* unfinished", "rectangle", "light spot { }"}) {
+        for (const char* text :
+             {"", "light sphere", "/* unfinished", "rectangle", "light spot { }"}) {
           if (any(2)) scene.addProgram(objectClass, text);
         }
       }
@@ -121,8 +124,13 @@ class Confusion {
   int any(int count) { return static_cast<int>(bits() % static_cast<std::uint32_t>(count)); }
 
   float number() {
-    constexpr float kNumbers[] = {0,     1,     -1,    0.5F,
-                                  1e30F, 1e-30F, std::numeric_limits<float>::infinity(),
+    constexpr float kNumbers[] = {0,
+                                  1,
+                                  -1,
+                                  0.5F,
+                                  1e30F,
+                                  1e-30F,
+                                  std::numeric_limits<float>::infinity(),
                                   std::numeric_limits<float>::quiet_NaN()};
     return any(3) ? std::uniform_real_distribution<float>(-2, 2)(random_) : kNumbers[any(8)];
   }
@@ -146,7 +154,8 @@ class Confusion {
       }
       const auto count = static_cast<std::uint32_t>(any(4));
       vrdmSetReferenceCount(raw, object.objectClass, object.index, slot, count);
-      std::int32_t* const words = vrdmModifyReferenceList(raw, object.objectClass, object.index, slot);
+      std::int32_t* const words =
+          vrdmModifyReferenceList(raw, object.objectClass, object.index, slot);
       for (std::uint32_t i = 0; words != nullptr && i < count; ++i) words[i] = any(7) - 3;
     }
     if (!vrdmHasValue(object.objectClass)) return;
@@ -154,7 +163,8 @@ class Confusion {
         "{ " + kSpectrumType + " reflectance; " + kSpectrumType + " emission; float roughness; }",
         "{ float3 emission; float3 base_color; float transmission; float ior; }",
         "{ float focal_length; float2 film_size; float f_number; float focus_distance; }",
-        "{ { int texture_ref; } emission; { int texture_ref; } map; float opacity; float alpha_cutoff; }",
+        "{ { int texture_ref; } emission; { int texture_ref; } map; float opacity; float "
+        "alpha_cutoff; }",
         "{ int what; }"};
     Record record = Record::ofType(types[any(5)]);
     for (const char* label : {"roughness", "transmission", "ior", "focal_length", "f_number",

@@ -106,7 +106,8 @@ class Box {
 
   void readGeometry() {
     const std::vector<Row> rows = readTable("geometry");
-    const std::map<std::string, int> materials{{"white", 0}, {"green", 1}, {"red", 2}, {"light", 3}};
+    const std::map<std::string, int> materials{
+        {"white", 0}, {"green", 1}, {"red", 2}, {"light", 3}};
     for (std::size_t i = 0; i + 3 < rows.size(); i += 4) {
       const std::string& name = rows[i][0];
       if (objects_.empty() || objects_.back().name != name) {
@@ -176,8 +177,8 @@ class Box {
       if (hit == nullptr) break;
       if (bounce == 0) first = hit->object;
       if (bounce == bounces) break;
-      const Bands& reflectance =
-          reflectances_[static_cast<std::size_t>(materialOf_[static_cast<std::size_t>(hit->object)])];
+      const Bands& reflectance = reflectances_[static_cast<std::size_t>(
+          materialOf_[static_cast<std::size_t>(hit->object)])];
       for (std::size_t i = 0; i < kCount; ++i) throughput[i] *= reflectance[i];
       V n = hit->normal;
       if (dotOf(n, direction) > 0) n = n * -1;

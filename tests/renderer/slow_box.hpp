@@ -9,8 +9,8 @@
 
 struct SlowObject {
   std::string name;
-  double count = 0;                ///< the camera's paths that met it
-  std::array<double, 61> sum{};    ///< of their radiances, in bands of 5 nm from 400 nm
+  double count = 0;                    ///< the camera's paths that met it
+  std::array<double, 61> sum{};        ///< of their radiances, in bands of 5 nm from 400 nm
   double brightness = 0, squares = 0;  ///< sums of the mean over the bands, and of its square
 };
 

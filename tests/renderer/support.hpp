@@ -120,8 +120,8 @@ class Maker {
     const Object object = scene.create(VRDM_CLASS_LIGHT);
     scene.refer(object, "program",
                 program(VRDM_CLASS_LIGHT_PROGRAM, std::string("light ") + name + " { }"));
-    scene.setValue(object, Record::ofType("{ " + kSpectrumType + " emission; }")
-                               .set("emission", emission));
+    scene.setValue(object,
+                   Record::ofType("{ " + kSpectrumType + " emission; }").set("emission", emission));
     return object;
   }
 
@@ -158,8 +158,8 @@ struct Ready {
     description.task.rouletteStart = 4;
   }
 
-  Film render(int width, int height, std::uint32_t samples, std::uint32_t seed = 0,
-              int threads = 0, std::vector<int> tiles = {}) {
+  Film render(int width, int height, std::uint32_t samples, std::uint32_t seed = 0, int threads = 0,
+              std::vector<int> tiles = {}) {
     const float filmHeight =
         description.camera.filmWidth * static_cast<float>(height) / static_cast<float>(width);
     const PathTracer tracer(description, filmHeight);
