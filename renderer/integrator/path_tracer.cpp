@@ -36,11 +36,13 @@ PathTracer::PathTracer(const SceneDescription& scene, float filmHeight)
       lights_(scene, geometry_),
       tables_(makeMaterialTables(scene)),
       filmHeight_(filmHeight) {
-  AlbedoTable::ofMirror();  // so that no path waits for it
   for (const MaterialDescription& material : scene.materials) {
     const bool is = material.opacity.lookup.texture >= 0 || material.opacity.value < 1;
     isTransparent_.push_back(is);
     hasTransparency_ |= is;
+    // Made here, so that no path waits for it.
+    const bool hasMetal = material.metallic.lookup.texture >= 0 || material.metallic.value > 0;
+    if (hasMetal) AlbedoTable::ofMirror();
   }
 }
 

@@ -61,6 +61,17 @@ TEST(MaterialParameters, AreReadInEachOfTheLibrarysTypes) {
   }
 }
 
+TEST(Meshes, StayInTheBytesOfTheScene) {
+  Maker maker;
+  const Object mesh = maker.mesh({{{{-1, -1, 0}, {1, -1, 0}, {1, 1, 0}, {-1, 1, 0}}}});
+  const Ready ready(maker.scene.get());
+  const unsigned char* const bytes = maker.scene.bytes(mesh).data();
+  const MeshDescription& found = ready.description.meshes[0];
+  EXPECT_EQ(static_cast<const void*>(found.indices), bytes);
+  EXPECT_EQ(static_cast<const void*>(found.vertices), bytes + 6 * 4);
+  EXPECT_EQ(static_cast<const void*>(found.coordinates), bytes + 6 * 4 + 4 * 9 * 4);
+}
+
 TEST(Keyframes, TurnAtAnEvenSpeed) {
   Maker maker;
   const Object shape = maker.form(maker.diffuse(flat(1)), "CUBE", 1);
