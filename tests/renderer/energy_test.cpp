@@ -168,8 +168,8 @@ TEST(WhiteFurnace, HidesWhiteSpheresOfRoughMaterials) {
     maker.light("environment", flat(1));
     maker.camera({0, 0, 3});
     maker.bounces(64);
-    const Picture picture = Ready(maker.scene.get()).picture(12, 12, 256);
-    EXPECT_NEAR(meanOfBand(picture, kMiddle), 1, 0.004) << named.name;
+    const Picture picture = Ready(maker.scene.get()).picture(12, 12, 1024);
+    EXPECT_NEAR(meanOfBand(picture, kMiddle), 1, 0.002) << named.name;
   }
 }
 
