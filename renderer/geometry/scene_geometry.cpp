@@ -86,7 +86,7 @@ SceneGeometry::SceneGeometry(const SceneDescription& scene) : scene_(scene) {
     flattened_.resize(scene.shapes.size());
     for (std::uint32_t i = 0; i < scene.shapes.size(); ++i) attachShape(i);
     for (std::uint32_t i = 0; i < scene.lights.size(); ++i) attachLight(i);
-    if (scene.isRobust) rtcSetSceneFlags(top_, RTC_SCENE_FLAG_ROBUST);
+    setFlags(top_, direct_);
     rtcCommitScene(top_);
     check();
   } catch (...) {
@@ -163,6 +163,15 @@ void SceneGeometry::filter(const RTCFilterFunctionNArguments* arguments) {
   }
 }
 
+// Large meshes are traced in the bytes of the scene. For others, Embree keeps the corners of the
+// triangles a second time, side by side, which is faster.
+void SceneGeometry::setFlags(RTCScene scene, std::uint64_t triangles) const {
+  int flags = RTC_SCENE_FLAG_NONE;
+  if (scene_.isRobust) flags |= RTC_SCENE_FLAG_ROBUST;
+  if (triangles > kLargeMesh) flags |= RTC_SCENE_FLAG_COMPACT;
+  rtcSetSceneFlags(scene, static_cast<RTCSceneFlags>(flags));
+}
+
 RTCGeometry SceneGeometry::makeMesh(const MeshDescription& mesh) const {
   const RTCGeometry geometry = rtcNewGeometry(device_, RTC_GEOMETRY_TYPE_TRIANGLE);
   rtcSetSharedGeometryBuffer(geometry, RTC_BUFFER_TYPE_VERTEX, 0, RTC_FORMAT_FLOAT3, mesh.vertices,
@@ -193,7 +202,7 @@ RTCScene SceneGeometry::partScene(const MeshDescription* mesh, Form form, bool i
   rtcCommitGeometry(geometry);
   rtcAttachGeometry(scene, geometry);
   rtcReleaseGeometry(geometry);
-  if (scene_.isRobust) rtcSetSceneFlags(scene, RTC_SCENE_FLAG_ROBUST);
+  setFlags(scene, mesh != nullptr ? mesh->triangles : 0);
   rtcCommitScene(scene);
   check();
   return scene;
@@ -235,6 +244,7 @@ void SceneGeometry::attachShape(std::uint32_t index) {
       (isFlat || shape.motion.steps.front().isIdentity())) {
     const RTCGeometry geometry = makeMesh(isFlat ? flatten(index, *mesh) : *mesh);
     if (isFiltered) setFilter(geometry);
+    direct_ += mesh->triangles;
     attach(geometry, shape.visibleTo, record);
     return;
   }

@@ -106,6 +106,7 @@ class SceneGeometry {
   RTCGeometry makeForm(Form form) const;
   RTCGeometry makeInstance(RTCScene part, const Motion& motion) const;
   void attach(RTCGeometry geometry, std::uint32_t mask, Attached record);
+  void setFlags(RTCScene scene, std::uint64_t triangles) const;
   void setFilter(RTCGeometry geometry) const;
   bool needsFilter(const ShapeDescription& shape) const;
   void check() const;
@@ -115,6 +116,7 @@ class SceneGeometry {
   const SceneDescription& scene_;
   RTCDevice device_ = nullptr;
   RTCScene top_ = nullptr;
+  std::uint64_t direct_ = 0;        // triangles that are in top_ and not in an instance
   std::vector<Attached> attached_;  // by the geometry id in top_
   // The scenes that instances share, by mesh or form, and by whether they have a filter.
   std::map<std::pair<const void*, bool>, RTCScene> parts_;
