@@ -1,5 +1,5 @@
-# Fails if the output of PROGRAM differs from the file EXPECTED in any byte.
-execute_process(COMMAND "${PROGRAM}" OUTPUT_VARIABLE printed RESULT_VARIABLE result)
+# Fails if the output of PROGRAM with ARGUMENTS differs from the file EXPECTED in any byte.
+execute_process(COMMAND "${PROGRAM}" ${ARGUMENTS} OUTPUT_VARIABLE printed RESULT_VARIABLE result)
 if(NOT result EQUAL 0)
   message(FATAL_ERROR "${PROGRAM} ended with ${result}")
 endif()

@@ -9,6 +9,8 @@
 #include <streambuf>
 
 #include "check/file_check.hpp"
+#include "support/comparison_checks.hpp"
+#include "support/json_round_trip.hpp"
 #include "support/scenes.hpp"
 #include "vornath_toolkit/vrtk.h"
 
@@ -140,6 +142,8 @@ void useScene(Scene& scene, const vrtkReport* report) {
       FUZZ_CHECK(has(report, "ENUM_CODE_UNNAMED") || vrtkReportTruncated(report));
     }
   }
+  if (light) checkJsonRoundTrip(scene);
+  if (light) checkComparisons(scene);
   for (std::uint32_t c = 0; c < kClasses; ++c) {
     const std::uint32_t slots = light ? vrdmContainerSize(&scene, c) : 0;
     for (std::uint32_t i = 0; i < slots; ++i) {

@@ -11,7 +11,7 @@
 set -euo pipefail
 cd "$(dirname "${BASH_SOURCE[0]}")/.."
 
-scripts/install_dependencies.sh library bench
+scripts/install_dependencies.sh library toolkit bench
 if ! scripts/install_dependencies.sh yardsticks; then
   echo "some yardsticks cannot be installed; their rows are left out"
 fi

@@ -16,7 +16,7 @@ what=$1
 bound=$2
 shift 2
 
-scripts/install_dependencies.sh library fuzz
+scripts/install_dependencies.sh library toolkit fuzz
 configure=(cmake --preset fuzz)
 if command -v ccache >/dev/null; then
   configure+=(-DCMAKE_C_COMPILER_LAUNCHER=ccache -DCMAKE_CXX_COMPILER_LAUNCHER=ccache)

@@ -1,8 +1,9 @@
 #!/bin/sh
 # Installs the packages of Debian 12 that the project needs, if they are missing. Needs root or sudo.
 # usage: scripts/install_dependencies.sh [--list] [PURPOSE...]
-#   PURPOSE  library (includes the examples), tests, renderer, bench, yardsticks, coverage, tidy or
-#            fuzz; the default is library and tests
+#   PURPOSE  library (includes the examples), toolkit (includes the command vrn), tests, browser,
+#            renderer, bench, yardsticks, coverage, tidy or fuzz; the default is library, toolkit,
+#            tests and browser
 #   --list   prints the names of the packages and installs nothing
 set -eu
 
@@ -11,23 +12,30 @@ if [ "${1:-}" = --list ]; then
   list=true
   shift
 fi
-[ $# -gt 0 ] || set -- library tests
+[ $# -gt 0 ] || set -- library toolkit tests browser
 
 packages=""
 for purpose in "$@"; do
   case $purpose in
     library)
       packages="$packages bison cmake flex g++ gcc libboost-dev libc6-dev libcrypto++-dev libfmt-dev
-                libimath-dev libtbb-dev ninja-build"
+                libimath-dev libtbb-dev ninja-build rapidjson-dev"
       ;;
-    # The tests inspect the built library, call pkg-config, and compute colours with Python.
-    tests) packages="$packages binutils libgtest-dev pkg-config python3" ;;
+    # Only who builds the toolkit and the command vrn needs these.
+    toolkit) packages="$packages libcli11-dev rapidjson-dev" ;;
+    # The tests inspect the built library, call pkg-config, compute colours with Python, check documents
+    # against a JSON Schema, and apply patches with another library.
+    tests)
+      packages="$packages binutils libgtest-dev nlohmann-json3-dev pkg-config python3 python3-jsonschema"
+      ;;
+    # The test of the catalogue's page runs it in a browser.
+    browser) packages="$packages chromium chromium-driver python3-selenium" ;;
     # Ray tracing, pictures and threads.
     renderer) packages="$packages libembree-dev libopenexr-dev libpng-dev libtbb-dev" ;;
     bench) packages="$packages libbenchmark-dev" ;;
     # Libraries that the benchmarks measure beside this one, if they are installed.
     yardsticks)
-      packages="$packages libhdf5-dev libprotobuf-dev libprotoc-dev rapidjson-dev"
+      packages="$packages libhdf5-dev libprotobuf-dev libprotoc-dev"
       ;;
     coverage) packages="$packages gcovr" ;;
     tidy) packages="$packages clang-tidy" ;;

@@ -1,7 +1,8 @@
 #!/usr/bin/env python3
 """Updates everything that follows from the tables of fields in include/vornath_data/catalogue/:
-docs/catalogue.md, the version and sizes in docs/scene_format.md, the version in CHANGELOG.md, and the
-version in the scene files of the fuzz corpus. Run it after you change a class, a group or a field.
+docs/catalogue.md, which the toolkit prints; the version and sizes in docs/scene_format.md; the version in
+CHANGELOG.md; and the version in the scene files of the fuzz corpus. Run it after you change a class, a group
+or a field.
 
 If the layout of scene files has changed but their version has not, it writes nothing and fails:
 increment kVersion in src/scene/scene_file.cpp first, and add a line to its history.
@@ -135,8 +136,8 @@ def main(arguments):
     build = pathlib.Path(arguments[0]) if arguments else ROOT / "build/dev"
     subprocess.run(["cmake", "--build", str(build), "--target", "list_catalogue"], check=True,
                    stdout=subprocess.DEVNULL)
-    page = subprocess.run([str(build / "examples/list_catalogue")], check=True, capture_output=True,
-                          text=True).stdout
+    page = subprocess.run([str(build / "examples/list_catalogue"), "markdown"], check=True,
+                          capture_output=True, text=True).stdout
     catalogue = ROOT / "docs/catalogue.md"
     version, changes = check(catalogue.read_text(), page)
     for change in changes:

@@ -1,8 +1,8 @@
 /// Reads the tokens of a text one after the other, as views, without the generated scanner.
 ///
 /// It reads each token as the rules of scanner.ll do: the longest match, of two equally long ones
-/// the earlier rule. At what no rule matches it stops for good, with Token::Other: only the
-/// generated scanner reports errors.
+/// the earlier rule. What no rule matches is Token::Other: only the generated scanner reports
+/// errors.
 #ifndef VORNATH_LANGUAGE_LEXER_HPP
 #define VORNATH_LANGUAGE_LEXER_HPP
 
@@ -54,7 +54,7 @@ class Lexer {
   explicit Lexer(const std::string& text)
       : text_(text.c_str()), end_(text_ + text.size()), next_(text_) {}
 
-  /// Reads the next token and returns it. After End and Other, returns the same again.
+  /// Reads the next token and returns it. After End, returns it again; after Other, do not call it.
   Token advance() {
     for (;;) {
       const std::uint8_t entry = kCharacters[static_cast<unsigned char>(*next_)];

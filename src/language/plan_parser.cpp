@@ -11,7 +11,7 @@
 namespace qex::vornath {
 namespace {
 
-// Bytes of lanes are at most four times those of the text, and their offsets have 32 bits.
+// Bytes of lanes are at most four times those of the text, and a step has 32 bits for their number.
 constexpr std::size_t kMaxPlannedLength = std::numeric_limits<std::uint32_t>::max() / 4;
 
 // Each member function that reads a part of a rule returns what to read next. What a rule goes on

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <atomic>
+#include <cerrno>
 #include <charconv>
 #include <cstdint>
 #include <limits>
@@ -207,7 +208,9 @@ void* resizePages(void* place, std::size_t formerSize, std::size_t size) noexcep
     if (!target) return nullptr;
     moved = mremap(place, formerSize, size, MREMAP_MAYMOVE | MREMAP_FIXED, target);
     if (moved == MAP_FAILED) {
-      munmap(target, size);
+      // Without memory, the system may have unmapped the target already, and another thread may
+      // have memory there.
+      if (errno != ENOMEM) munmap(target, size);
       return nullptr;
     }
   }

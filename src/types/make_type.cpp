@@ -20,7 +20,7 @@ TypePtr makeType(TypeDesc&& desc, Metadata&& metadata) {
 }
 
 TypePtr makeType(const TypeDesc& desc, const Metadata& metadata) {
-  return factory().makeType(TypeDesc(desc), metadata);
+  return factory().makeType(desc, metadata);
 }
 
 TypePtr makeArrayType(const InternedType& element, std::int32_t extent) {

@@ -267,6 +267,10 @@ TypePtr Type::Factory::makeType(TypeDesc&& desc, const Metadata& metadata) {
   return makeType(std::move(desc), metadata, nullptr);
 }
 
+TypePtr Type::Factory::makeType(const TypeDesc& desc, const Metadata& metadata) {
+  return makeType(TypeDesc(desc), metadata, nullptr);
+}
+
 TypePtr Type::Factory::makeType(TypeDesc&& desc, Metadata&& metadata) {
   return makeType(std::move(desc), metadata, &metadata);
 }

@@ -40,6 +40,8 @@ class Type::Factory {
   /// the description. Throws std::bad_alloc and "Illegal base type."; the tables are then
   /// unchanged.
   TypePtr makeType(TypeDesc&& desc, const Metadata& metadata = {});
+  /// Does the same with a copy of the description.
+  TypePtr makeType(const TypeDesc& desc, const Metadata& metadata = {});
   /// Does the same. A new type takes the metadata over.
   TypePtr makeType(TypeDesc&& desc, Metadata&& metadata);
 

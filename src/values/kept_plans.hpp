@@ -28,9 +28,9 @@ struct PairPlan {
 // A plan is kept by its target, or annotated, type and dropped when it or the source type is
 // destroyed. It keeps neither of them alive; a specialization's keeps the type of its results,
 // which is smaller than both. Each target keeps up to kMaxPlansOfType plans, and all types together
-// up to kMaxKeptBytes: what is above that is planned for each value. A plan that is kept is not
-// replaced while both types live, so that readers need neither a lock nor a count: who runs a plan
-// has both types.
+// up to kMaxKeptBytes of plans, not counting the lists that hold them: what is above that is
+// planned for each value. A plan that is kept is not replaced while both types live, so that
+// readers need neither a lock nor a count: who runs a plan has both types.
 
 inline constexpr std::size_t kMaxPlansOfType = 64;
 /// In bytes, for a single plan and for all of them.

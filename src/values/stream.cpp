@@ -44,12 +44,15 @@ class RecordReader {
     read_(&length, sizeof(length), user_);
     if (length <= kMaxShortTextLength) {
       std::array<char, kMaxShortTextLength> text;
+      // A stream that ends early leaves zeros, which no type's text has.
+      std::memset(text.data(), 0, length);
       read_(text.data(), length, user_);
       return types_.typeOf({text.data(), length});
     }
     // A length that no text has comes from a damaged stream; it is more memory than there is.
     if (length > longText_.max_size()) throw std::bad_alloc();
     if (length > longText_.size()) longText_.resize(length);
+    std::memset(longText_.data(), 0, length);
     read_(longText_.data(), length, user_);
     return types_.typeOf({longText_.data(), length});
   }

@@ -87,13 +87,14 @@ void writeBytes(vrntValue_t*& handle, std::uint64_t offset, const void* source,
   makeExclusive(handle);
   if (size == 0) return;
   char* const data = blockData(handle);
-  const auto first = slots.from(firstSlotAt(blockType(handle), offset));
+  const std::size_t firstSlot = firstSlotAt(blockType(handle), offset);
+  const auto first = slots.from(firstSlot);
   const auto forEachWritten = [&](auto&& call) {
     for (auto slot = first; slot != slots.end() && *slot * kWordSize < offset + size; ++slot) {
       call(loadWord(data + *slot * kWordSize));
     }
   };
-  std::uint64_t* const shadow = handle->shadowRefs;
+  std::uint64_t* const shadow = handle->shadowRefs + firstSlot;
   std::size_t count = 0;
   forEachWritten([&](std::uint64_t word) { shadow[count++] = word; });
   std::memmove(data + offset, source, size);

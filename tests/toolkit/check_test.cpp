@@ -352,6 +352,26 @@ TEST(vrtkCheckBytes, WarnsOfFieldsWithTheirPaths) {
   }
 }
 
+TEST(vrtkCheckBytes, WarnsOfAFieldInEachObjectBetweenOthersThatAreRight) {
+  constexpr std::uint32_t kClass = VRDM_CLASS_TRANSFORMATION_GROUP;
+  constexpr std::size_t kRecord = 1 + 64;  // the flag and the matrix
+  const SceneHandle scene(vrdmCreateScene());
+  for (int i = 0; i < 6; ++i) vrdmCreateInstance(scene.get(), kClass);
+  std::string bytes = bytesOf(scene.get());
+  std::vector<std::string> expected;
+  for (const std::size_t wrong : {std::size_t{1}, std::size_t{3}, std::size_t{4}}) {
+    put<std::uint32_t>(bytes, sectionOf(kClass) + 4 + wrong * kRecord + 1 + 20, 0x7FC00000);
+    expected.push_back("TransformationGroup/" + std::to_string(wrong) +
+                       "/groups/Transformation/matrix/y/1");
+  }
+  const ReportHandle report = check(bytes);
+  std::vector<std::string> found;
+  for (std::uint64_t i = 0; i < vrtkReportMessageCount(report.get()); ++i) {
+    found.emplace_back(vrtkReportMessage(report.get(), i)->address);
+  }
+  EXPECT_EQ(found, expected) << textOf(report.get());
+}
+
 TEST(vrtkCheckBytes, WarnsOfFieldsOfTheScene) {
   std::string bytes = emptyFile();
   put(bytes, 324, bitsOf(-1.0F));

@@ -1,33 +1,11 @@
 // Each allocation of the toolkit's functions fails once: they report it, and the next call
 // succeeds.
 #include "support/allocations.hpp"
+#include "toolkit/failed_allocations.hpp"
 #include "toolkit/support.hpp"
 
 namespace vornath_test {
 namespace {
-
-// Calls a function with its Nth allocation failing, for N = 0, 1, 2 and so on, until it does not
-// get to the Nth any more. The function returns a status and leaves nothing behind.
-template <typename Call>
-void failEachAllocation(Call&& call) {
-  EXPECT_EQ(call(), VRTK_OK);
-  std::uint64_t failures = 0;
-  for (std::uint64_t number = 0;; ++number) {
-    bool triggered = false;
-    std::uint32_t status = VRTK_OK;
-    {
-      const FailNthAllocation failing(number);
-      status = call();
-      triggered = failing.triggered();
-    }
-    if (!triggered) break;
-    failures += status == VRTK_OK ? 0 : 1;
-    ASSERT_TRUE(status == VRTK_OK || status == VRTK_OUT_OF_MEMORY)
-        << number << ": " << vrtkStatusName(status);
-    ASSERT_LT(number, 200000U);
-  }
-  EXPECT_GT(failures, 0U);
-}
 
 // A scene with values, in bytes.
 const std::string& someFile() {
@@ -91,6 +69,16 @@ TEST(vrtkSceneSave, ReportsEachFailedAllocationAndLeavesTheOldFile) {
   failEachAllocation([&] { return vrtkSceneSave(scene.get(), path.c_str(), &options, nullptr); });
   EXPECT_EQ(std::distance(std::filesystem::directory_iterator(folder.path()), {}), 1);
   EXPECT_EQ(readFile(path), bytesOf(scene.get()));
+}
+
+TEST(vrtkFileSave, ReportsEachFailedAllocationAndLeavesTheOldFile) {
+  const TemporaryFolder folder;
+  const std::string path = folder.file("out");
+  vrtkSaveOptions options = VRTK_SAVE_OPTIONS_INIT;
+  options.skipSync = 1;
+  failEachAllocation([&] { return vrtkFileSave("new", 3, path.c_str(), &options, nullptr); });
+  EXPECT_EQ(std::distance(std::filesystem::directory_iterator(folder.path()), {}), 1);
+  EXPECT_EQ(readFile(path), "new");
 }
 
 TEST(vrtkSceneValidate, ReportsEachFailedAllocation) {

@@ -1,8 +1,14 @@
 // The memory that the check takes, and the memory that it foretells.
 #include <dlfcn.h>
 #include <malloc.h>
+#include <sys/mman.h>
+#include <sys/syscall.h>
+#include <unistd.h>
 
+#include <array>
 #include <atomic>
+#include <cstdarg>
+#include <cstdint>
 #include <cstdlib>
 #include <new>
 
@@ -15,16 +21,50 @@ namespace {
 std::atomic<std::int64_t> held{0};
 std::atomic<std::int64_t> most{0};
 
-void took(void* memory) {
-  if (memory == nullptr) return;
-  const auto size = static_cast<std::int64_t>(malloc_usable_size(memory)) + 16;
+void tookBytes(std::int64_t size) {
   const std::int64_t now = held.fetch_add(size) + size;
   std::int64_t before = most.load();
   while (now > before && !most.compare_exchange_weak(before, now)) {
   }
 }
+void took(void* memory) {
+  if (memory != nullptr) tookBytes(static_cast<std::int64_t>(malloc_usable_size(memory)) + 16);
+}
 void gaveBack(void* memory) {
   if (memory != nullptr) held -= static_cast<std::int64_t>(malloc_usable_size(memory)) + 16;
+}
+
+// Memory that the library gets from the system itself. It trims what it got, and moves it.
+struct Mapping {
+  std::uintptr_t begin;
+  std::uintptr_t end;
+};
+std::array<Mapping, 64> mappings{};
+
+void tookMapping(void* place, std::size_t size) {
+  for (Mapping& mapping : mappings) {
+    if (mapping.begin != mapping.end) continue;
+    mapping.begin = reinterpret_cast<std::uintptr_t>(place);
+    mapping.end = mapping.begin + size;
+    tookBytes(static_cast<std::int64_t>(size));
+    return;
+  }
+  std::abort();  // more mappings at once than there is room for
+}
+
+// Parts of a mapping are given back at its ends only.
+void gaveMappingBack(void* place, std::size_t size) {
+  const auto begin = reinterpret_cast<std::uintptr_t>(place);
+  for (Mapping& mapping : mappings) {
+    if (begin < mapping.begin || begin >= mapping.end) continue;
+    held -= static_cast<std::int64_t>(size);
+    if (begin == mapping.begin) {
+      mapping.begin += size;
+    } else {
+      mapping.end = begin;
+    }
+    return;
+  }
 }
 
 }  // namespace
@@ -68,6 +108,30 @@ void* memalign(std::size_t alignment, std::size_t size) {
   took(memory);
   return memory;
 }
+void* mmap(void* wish, std::size_t size, int protection, int flags, int file, off_t offset) {
+  auto* const place =
+      reinterpret_cast<void*>(syscall(SYS_mmap, wish, size, protection, flags, file, offset));
+  if (place != MAP_FAILED && (flags & MAP_ANONYMOUS) != 0) tookMapping(place, size);
+  return place;
+}
+int munmap(void* place, std::size_t size) {
+  const long status = syscall(SYS_munmap, place, size);
+  if (status == 0) gaveMappingBack(place, size);
+  return static_cast<int>(status);
+}
+void* mremap(void* place, std::size_t formerSize, std::size_t size, int flags, ...) {
+  va_list rest;
+  va_start(rest, flags);
+  void* const target = (flags & MREMAP_FIXED) != 0 ? va_arg(rest, void*) : nullptr;
+  va_end(rest);
+  auto* const moved =
+      reinterpret_cast<void*>(syscall(SYS_mremap, place, formerSize, size, flags, target));
+  if (moved == MAP_FAILED) return moved;
+  gaveMappingBack(place, formerSize);
+  if (target != nullptr) gaveMappingBack(target, size);
+  tookMapping(moved, size);
+  return moved;
+}
 void* aligned_alloc(std::size_t alignment, std::size_t size) {
   void* const memory = __libc_memalign(alignment, size);
   took(memory);
@@ -100,8 +164,6 @@ void expectBound(const std::string& bytes, const std::string& what) {
       memoryOf([&] { scene.reset(vrdmDeserialize(folder.file("scene").c_str())); });
   ASSERT_NE(scene, nullptr) << what;
   EXPECT_LE(measured, bound) << what;
-  if (getenv("SHOW"))
-    std::printf("%-28s measured %10lu bound %10lu\n", what.c_str(), measured, bound);
   // A bound that is far from the truth would be of no use.
   EXPECT_LE(bound, 8 * measured + (std::uint64_t{8} << 20U)) << what;
   scene.reset();

@@ -57,6 +57,16 @@ TEST(vrtkSceneSave, WritesWhatTheLibraryWrites) {
   EXPECT_EQ(namesIn(folder.path()), std::vector<std::string>{"scene"});
 }
 
+TEST(vrtkSceneSave, WritesListsWithoutElements) {
+  const TemporaryFolder folder;
+  const SceneHandle scene(vrdmCreateScene());
+  vrdmCreateInstance(scene.get(), VRDM_CLASS_KEYFRAME_LIST);
+  vrdmCreateInstance(scene.get(), VRDM_CLASS_LIGHT_GROUP);
+  const Saved saved = save(scene.get(), folder.file("scene"));
+  ASSERT_EQ(saved.status, VRTK_OK) << saved.message;
+  EXPECT_EQ(readFile(folder.file("scene")), bytesOf(scene.get()));
+}
+
 TEST(vrtkSceneSave, GivesANewFileTheUsualPermissions) {
   const TemporaryFolder folder;
   const SceneHandle scene(vrdmCreateScene());

@@ -64,6 +64,16 @@ TEST(Interning, GivesTheSameThroughTheVariantAndThroughTheAlternative) {
   EXPECT_EQ(direct, general);
 }
 
+TEST(Interning, LeavesADescriptionAsItWas) {
+  Metadata metadata = with({{"name", text("x")}});
+  qex::vornath::TypeDesc desc = Array<int>(intType(), 4);
+  const TypePtr first = factory().makeType(desc, metadata);
+  const TypePtr second = factory().makeType(desc, metadata);
+  EXPECT_EQ(first, second);
+  EXPECT_EQ(std::get<Array<int>>(desc).element, intType());
+  EXPECT_EQ(std::get<std::string>(metadata.at("name")), "x");
+}
+
 TEST(Interning, TellsMetadataApart) {
   const TypePtr plain = floatType();
   const TypePtr flagged = make(Base::Float, {{"a", flag()}});

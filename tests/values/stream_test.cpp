@@ -191,6 +191,32 @@ TEST(DeserializeValue, ReleasesEverythingWhereverTheStreamEnds) {
   EXPECT_EQ(text(read(bytes)), text(v));
 }
 
+// A callback must fill all bytes. One that cannot is not noticed, but nothing else is taken for
+// them.
+TEST(DeserializeValue, TakesNoOtherBytesForThoseOfATypeTextThatAreMissing) {
+  struct Short {
+    std::string bytes;
+    std::size_t position = 0;
+
+    void operator()(void* to, std::uint64_t size) {
+      const std::size_t count = std::min<std::size_t>(size, bytes.size() - position);
+      std::memcpy(to, bytes.data() + position, count);
+      position += count;
+    }
+  };
+  const std::string longLabel(5000, 'x');
+  for (const std::string& label : {std::string("label"), longLabel}) {
+    const std::string bytes = write(value("{ " + label + " = 1; b = &2; }")).bytes();
+    const std::size_t typeText = value("{ " + label + " = 1; b = &2; }").typeOf().text().size();
+    for (const std::size_t cut : {std::size_t{8}, std::size_t{12}, 8 + typeText - 1}) {
+      read(bytes);  // leaves the text where the next call may find it
+      Short stream{bytes.substr(0, cut)};
+      DynamicValue::StreamMap map;
+      EXPECT_THROW(DynamicValue::deserialize(stream, map), vrnt::Exception) << cut;
+    }
+  }
+}
+
 TEST(DeserializeValue, CannotReadACycle) {
   // The back reference isn't known yet: another record is expected.
   const std::string stream = word(5) + "void*" + word(2) + word(2);

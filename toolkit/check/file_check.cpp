@@ -66,6 +66,7 @@ struct GroupsCheck {
   GroupsLayout layout;
   std::vector<char> lastRight;
   std::vector<char> known;
+  bool isWhole = false;  // lastRight is all of the last object, what is between groups included
 };
 
 class FileCheck {
@@ -170,6 +171,11 @@ class FileCheck {
     const std::uint64_t size = check.layout.size;
     require(size, "the groups of an object", [&] { return addressOf(owner, index); });
     const char* const bytes = window_.at(position_, static_cast<std::size_t>(size));
+    if (check.isWhole && std::memcmp(bytes, check.lastRight.data(), check.lastRight.size()) == 0) {
+      position_ += size;
+      return;
+    }
+    check.isWhole = true;
     for (std::size_t i = 0; i < check.layout.groups.size(); ++i) {
       const GroupLayout& group = check.layout.groups[i];
       const auto length = static_cast<std::size_t>(group.plan.size());
@@ -182,8 +188,11 @@ class FileCheck {
                       group.defaultBytes()})) {
         std::memcpy(right, record, length);
         check.known[i] = 1;
+      } else {
+        check.isWhole = false;
       }
     }
+    if (check.isWhole) std::memcpy(check.lastRight.data(), bytes, check.lastRight.size());
     position_ += size;
   }
 

@@ -12,6 +12,7 @@
 #include "file/target.hpp"
 #include "foundation/failure.hpp"
 #include "vornath_data/scene.hpp"
+#include "vornath_toolkit/vrtk_file.h"
 #include "vornath_toolkit/vrtk_scene.h"
 
 namespace vrtk {
@@ -101,5 +102,18 @@ std::uint32_t vrtkSceneSaveBytes(const vrdmScene_t* scene, void** bytes, std::ui
     vrnt::data::Scene::serialize(*scene, stream);
     *size = buffer.size();
     *bytes = buffer.release();
+  });
+}
+
+std::uint32_t vrtkFileSave(const void* bytes, std::uint64_t size, const char* path,
+                           const vrtkSaveOptions* options, vrtkError** error) {
+  return vrtk::guarded(error, [&] {
+    if (size != 0) vrtk::requireArgument(bytes, "vrtkFileSave", "bytes");
+    vrtk::requireArgument(path, "vrtkFileSave", "path");
+    vrtk::TargetFile target(path);
+    target.write([bytes, size](std::ostream& stream) {
+      stream.write(static_cast<const char*>(bytes), static_cast<std::streamsize>(size));
+    });
+    target.commit(vrtk::optionsOf(options).skipSync == 0);
   });
 }

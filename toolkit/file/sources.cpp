@@ -98,12 +98,15 @@ void FileSource::read(std::uint64_t offset, void* to, std::size_t size) {
 }
 
 Window::Window(ByteSource& source, std::size_t capacity)
-    : source_(source), direct_(source.inMemory()), capacity_(capacity) {
+    : source_(source),
+      size_(source.size()),
+      direct_(source.inMemory()),
+      capacity_(capacity) {
   if (direct_ == nullptr) buffer_ = std::make_unique_for_overwrite<char[]>(capacity_);
 }
 
 const char* Window::load(std::uint64_t offset) {
-  const std::uint64_t rest = source_.size() - offset;
+  const std::uint64_t rest = size_ - offset;
   const auto length = static_cast<std::size_t>(std::min<std::uint64_t>(rest, capacity_));
   length_ = 0;  // if reading fails
   source_.read(offset, buffer_.get(), length);

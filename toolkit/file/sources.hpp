@@ -92,7 +92,7 @@ class Window {
 
   explicit Window(ByteSource& source, std::size_t capacity = kCapacity);
 
-  std::uint64_t sourceSize() const { return source_.size(); }
+  std::uint64_t sourceSize() const { return size_; }
 
   /// Returns `size` bytes, valid until the next call. `size` must not be greater than the capacity,
   /// nor `offset + size` than sourceSize().
@@ -113,6 +113,7 @@ class Window {
   const char* load(std::uint64_t offset);
 
   ByteSource& source_;
+  std::uint64_t size_;
   const char* direct_;
   std::size_t capacity_;
   std::unique_ptr<char[]> buffer_;

@@ -85,6 +85,7 @@ class FileBuffer final : public std::streambuf {
 
   std::streamsize xsputn(const char* bytes, std::streamsize count) override {
     const auto size = static_cast<std::size_t>(count);
+    if (size == 0) return 0;  // The bytes of an empty list are at a null address.
     if (size >= static_cast<std::size_t>(epptr() - pptr())) {
       flush();
       if (size >= kCapacity) {

@@ -12,6 +12,7 @@
 struct vrtkError {
   std::uint32_t status;
   const char* message;
+  std::optional<vrtkTextPlace> place;
 };
 
 namespace vrtk {
@@ -19,9 +20,11 @@ namespace {
 
 // Reporting that there is no memory must not need any. Never freed.
 vrtkError outOfMemory = {VRTK_OUT_OF_MEMORY,
-                         "there is not enough memory; free some, or work on a smaller scene"};
+                         "there is not enough memory; free some, or work on a smaller scene",
+                         std::nullopt};
 
-std::uint32_t store(vrtkError** error, std::uint32_t status, const char* message) noexcept {
+std::uint32_t store(vrtkError** error, std::uint32_t status, const char* message,
+                    const std::optional<vrtkTextPlace>& place = {}) noexcept {
   if (error == nullptr) return status;
   const std::size_t length = std::strlen(message);
   auto* const block = static_cast<char*>(std::malloc(sizeof(vrtkError) + length + 1));
@@ -31,7 +34,7 @@ std::uint32_t store(vrtkError** error, std::uint32_t status, const char* message
   }
   char* const text = block + sizeof(vrtkError);
   std::memcpy(text, message, length + 1);
-  *error = new (block) vrtkError{status, text};
+  *error = new (block) vrtkError{status, text, place};
   return status;
 }
 
@@ -60,6 +63,15 @@ constexpr Named kNames[] = {
     {VRTK_SAVE_NO_SPACE, "SAVE_NO_SPACE"},
     {VRTK_SAVE_FAILED, "SAVE_FAILED"},
     {VRTK_SCENE_INCOMPLETE, "SCENE_INCOMPLETE"},
+    {VRTK_CATALOGUE_UNKNOWN, "CATALOGUE_UNKNOWN"},
+    {VRTK_CATALOGUE_INVALID, "CATALOGUE_INVALID"},
+    {VRTK_JSON_INVALID, "JSON_INVALID"},
+    {VRTK_ADDRESS_UNKNOWN, "ADDRESS_UNKNOWN"},
+    {VRTK_PATCH_FAILED, "PATCH_FAILED"},
+    {VRTK_WRITE_STOPPED, "WRITE_STOPPED"},
+    {VRTK_VALUE_CYCLE, "VALUE_CYCLE"},
+    {VRTK_TEXT_INVALID, "TEXT_INVALID"},
+    {VRTK_VALUE_TYPE, "VALUE_TYPE"},
 };
 
 #define VRTK_TEXT_OF(number) VRTK_TEXT_OF_VALUE(number)
@@ -73,7 +85,7 @@ std::uint32_t reportCaught(vrtkError** error) noexcept {
   try {
     throw;
   } catch (const Failure& caught) {
-    return store(error, caught.status(), caught.what());
+    return store(error, caught.status(), caught.what(), caught.place());
   } catch (const std::bad_alloc&) {
     if (error != nullptr) *error = &outOfMemory;
     return VRTK_OUT_OF_MEMORY;
@@ -93,6 +105,21 @@ std::uint32_t reportCaught(vrtkError** error) noexcept {
   }
 }
 
+vrtkTextPlace placeIn(std::string_view text, std::size_t offset) {
+  vrtkTextPlace place{1, 1, offset};
+  for (const char c : text.substr(0, offset)) {
+    const auto byte = static_cast<unsigned char>(c);
+    if (c == '\n') {
+      ++place.line;
+      place.column = 1;
+    } else if ((byte & 0xC0U) != 0x80U) {
+      // A character counts by its first byte.
+      ++place.column;
+    }
+  }
+  return place;
+}
+
 void requireArgument(const void* pointer, const char* function, const char* name) {
   if (pointer != nullptr) return;
   throw Failure(VRTK_INVALID_ARGUMENT,
@@ -110,6 +137,12 @@ char* copyString(const std::string& text) {
 
 std::uint32_t vrtkErrorCode(const vrtkError* error) { return error->status; }
 const char* vrtkErrorMessage(const vrtkError* error) { return error->message; }
+
+bool vrtkErrorPlace(const vrtkError* error, vrtkTextPlace* place) {
+  if (!error->place) return false;
+  if (place != nullptr) *place = *error->place;
+  return true;
+}
 
 void vrtkErrorDestroy(vrtkError* error) {
   if (error != &vrtk::outOfMemory) std::free(error);

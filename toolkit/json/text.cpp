@@ -3,6 +3,8 @@
 #include <fmt/format.h>
 
 #include <cstddef>
+#include <cstdint>
+#include <cstring>
 #include <iterator>
 
 namespace vrtk {
@@ -36,7 +38,7 @@ std::size_t sequenceLength(std::string_view text) {
 
 }  // namespace
 
-void appendJsonString(std::string& out, std::string_view text) {
+void appendJsonString(std::string& out, std::string_view text, LineFeeds lineFeeds) {
   out += '"';
   while (!text.empty()) {
     const char c = text.front();
@@ -48,6 +50,8 @@ void appendJsonString(std::string& out, std::string_view text) {
     } else if (c == '"' || c == '\\') {
       out += '\\';
       out += c;
+    } else if (lineFeeds == LineFeeds::Short && (c == '\n' || c == '\t' || c == '\r')) {
+      out += c == '\n' ? "\\n" : c == '\t' ? "\\t" : "\\r";
     } else if (static_cast<unsigned char>(c) < 0x20 || c == 0x7F) {
       fmt::format_to(std::back_inserter(out), "\\u{:04x}", static_cast<unsigned>(c));
     } else {
@@ -56,6 +60,23 @@ void appendJsonString(std::string& out, std::string_view text) {
     text.remove_prefix(length == 0 ? 1 : length);
   }
   out += '"';
+}
+
+bool isUtf8(std::string_view text) {
+  while (!text.empty()) {
+    // Most texts are ASCII.
+    while (text.size() >= sizeof(std::uint64_t)) {
+      std::uint64_t word = 0;
+      std::memcpy(&word, text.data(), sizeof(word));
+      if ((word & 0x8080808080808080U) != 0) break;
+      text.remove_prefix(sizeof(word));
+    }
+    if (text.empty()) break;
+    const std::size_t length = sequenceLength(text);
+    if (length == 0) return false;
+    text.remove_prefix(length);
+  }
+  return true;
 }
 
 }  // namespace vrtk

@@ -1,6 +1,7 @@
 /*
  * All functions of the toolkit, which stands beside vornath_data for hosts that cannot trust their
- * files: it checks a scene file before it is read, and writes files whole or not at all.
+ * files: it checks a scene file before it is read, and writes files whole or not at all. It also
+ * writes the catalogue in several forms.
  *
  * These rules hold for all functions, unless a function says otherwise:
  *
@@ -29,8 +30,14 @@
 #define VORNATH_TOOLKIT_VRTK_H
 
 #include "vornath_toolkit/version.h"
+#include "vornath_toolkit/vrtk_catalogue.h"
 #include "vornath_toolkit/vrtk_check.h"
+#include "vornath_toolkit/vrtk_diff.h"
+#include "vornath_toolkit/vrtk_digest.h"
 #include "vornath_toolkit/vrtk_error.h"
+#include "vornath_toolkit/vrtk_file.h"
+#include "vornath_toolkit/vrtk_json.h"
 #include "vornath_toolkit/vrtk_scene.h"
+#include "vornath_toolkit/vrtk_value.h"
 
 #endif

@@ -1,0 +1,32 @@
+# Writes page/style.css and page/script.js as C++ constants to OUTPUT, with their digests in base64, by which
+# the page tells the browser that it runs these and no others.
+set(base64 "ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz0123456789+/")
+
+function(digest_of file result)
+  file(SHA256 "${file}" hex)
+  # 32 bytes are 42 digits of base64, and two more for the last two bytes.
+  set(hex "${hex}00")
+  set(text "")
+  foreach(start RANGE 0 63 6)
+    string(SUBSTRING "${hex}" ${start} 6 three)
+    foreach(shift 18 12 6 0)
+      math(EXPR digit "(0x${three} >> ${shift}) & 63")
+      string(SUBSTRING "${base64}" ${digit} 1 letter)
+      string(APPEND text "${letter}")
+    endforeach()
+  endforeach()
+  string(SUBSTRING "${text}" 0 43 text)
+  set(${result} "${text}=" PARENT_SCOPE)
+endfunction()
+
+set(code "// Made by the build from toolkit/catalogue/page/.\n#include \"catalogue/page.hpp\"\n\nnamespace vrtk {\n")
+foreach(pair kPageStyle=style.css kPageScript=script.js)
+  string(REPLACE "=" ";" pair "${pair}")
+  list(GET pair 0 name)
+  list(GET pair 1 file)
+  file(READ "${CMAKE_CURRENT_LIST_DIR}/${file}" text)
+  digest_of("${CMAKE_CURRENT_LIST_DIR}/${file}" digest)
+  string(APPEND code "extern const PageFile ${name} = {\n    R\"~~(${text})~~\",\n    \"${digest}\"};\n")
+endforeach()
+string(APPEND code "}  // namespace vrtk\n")
+file(WRITE "${OUTPUT}" "${code}")

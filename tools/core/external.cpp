@@ -1,0 +1,65 @@
+#include "core/external.hpp"
+
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <array>
+#include <cerrno>
+#include <csignal>
+#include <cstdlib>
+#include <cstring>
+
+#include "core/trouble.hpp"
+
+namespace vrn {
+namespace {
+
+bool isProgram(const std::string& path) {
+  struct stat status {};
+  return stat(path.c_str(), &status) == 0 && S_ISREG(status.st_mode) &&
+         access(path.c_str(), X_OK) == 0;
+}
+
+std::string ownFolder() {
+  std::array<char, 4096> path{};
+  const ssize_t length = readlink("/proc/self/exe", path.data(), path.size());
+  if (length <= 0 || static_cast<std::size_t>(length) == path.size()) return "";
+  const std::string text(path.data(), static_cast<std::size_t>(length));
+  return text.substr(0, text.rfind('/'));
+}
+
+std::vector<std::string> folders() {
+  std::vector<std::string> found = {ownFolder()};
+  const char* const path = std::getenv("PATH");
+  const std::string text = path != nullptr ? path : "";
+  for (std::size_t start = 0; start <= text.size();) {
+    const std::size_t end = std::min(text.find(':', start), text.size());
+    found.push_back(text.substr(start, end - start));
+    start = end + 1;
+  }
+  return found;
+}
+
+}  // namespace
+
+void runExternal(const std::string& command, const std::vector<std::string>& arguments) {
+  // Only a name may become part of the name of a program.
+  if (command.empty() || command.find('/') != std::string::npos) return;
+  for (const std::string& folder : folders()) {
+    std::string program = folder;
+    program += "/vrn-";
+    program += command;
+    if (folder.empty() || !isProgram(program)) continue;
+    std::vector<char*> words;
+    words.push_back(const_cast<char*>(program.c_str()));
+    for (const std::string& argument : arguments) {
+      words.push_back(const_cast<char*>(argument.c_str()));
+    }
+    words.push_back(nullptr);
+    std::signal(SIGPIPE, SIG_DFL);
+    execv(program.c_str(), words.data());
+    throw Trouble(program + ": it cannot be run: " + std::strerror(errno) + "; check the file");
+  }
+}
+
+}  // namespace vrn
