@@ -20,15 +20,15 @@ Film::Tile Film::tile(int index) const {
 
 void Film::add(int x, int y, const Seen& seen, const TaskDescription& task) {
   Pixel& pixel = at(x, y);
-  const Colours& colours = Colours::get();
   Rgb rgb;
   float luminance;
   if (task.wavelengths == Wavelengths::One) {
     luminance = seen.radiance[task.band];
     rgb = {luminance, luminance, luminance};
   } else {
-    rgb = colours.toRgb(seen.radiance);
-    luminance = colours.luminance(seen.radiance);
+    const ScreenColour colour = Colours::get().toScreen(seen.radiance);
+    rgb = colour.rgb;
+    luminance = colour.luminance;
   }
   ++pixel.samples;
   pixel.rays += seen.rays;
@@ -59,10 +59,9 @@ void Film::add(int x, int y, const Seen& seen, const TaskDescription& task) {
     pixel.normal[0] += seen.normal.x;
     pixel.normal[1] += seen.normal.y;
     pixel.normal[2] += seen.normal.z;
-    const Rgb albedo = colours.toRgb(seen.albedo * colours.daylight());
-    pixel.albedo[0] += albedo.r;
-    pixel.albedo[1] += albedo.g;
-    pixel.albedo[2] += albedo.b;
+    pixel.albedo[0] += seen.albedo.r;
+    pixel.albedo[1] += seen.albedo.g;
+    pixel.albedo[2] += seen.albedo.b;
   }
   if (!spectra_.empty()) {
     float* const spectrum = spectra_.data() + index(x, y) * kBands;

@@ -84,6 +84,7 @@ SceneGeometry::SceneGeometry(const SceneDescription& scene) : scene_(scene) {
   top_ = rtcNewScene(device_);
   try {
     flattened_.resize(scene.shapes.size());
+    isInWorld_.resize(scene.shapes.size());
     for (std::uint32_t i = 0; i < scene.shapes.size(); ++i) attachShape(i);
     for (std::uint32_t i = 0; i < scene.lights.size(); ++i) attachLight(i);
     setFlags(top_, direct_);
@@ -245,6 +246,7 @@ void SceneGeometry::attachShape(std::uint32_t index) {
     const RTCGeometry geometry = makeMesh(isFlat ? flatten(index, *mesh) : *mesh);
     if (isFiltered) setFilter(geometry);
     direct_ += mesh->triangles;
+    isInWorld_[index] = 1;
     attach(geometry, shape.visibleTo, record);
     return;
   }
@@ -333,7 +335,7 @@ bool SceneGeometry::isOccluded(const Ray& ray) const {
 }
 
 Transform SceneGeometry::placeAt(std::uint32_t shape, float time) const {
-  if (flattened_[shape]) return {};
+  if (isInWorld_[shape]) return {};
   const Motion& motion = scene_.shapes[shape].motion;
   if (!motion.moves()) return motion.steps.front();
   const auto last = static_cast<float>(motion.steps.size() - 1);
@@ -355,10 +357,11 @@ std::array<Vec3, 3> SceneGeometry::corners(const MeshDescription& mesh, std::uin
   return {vertexAt(mesh, index[0], 0), vertexAt(mesh, index[1], 0), vertexAt(mesh, index[2], 0)};
 }
 
-SurfacePoint SceneGeometry::pointAt(const Ray& ray, const Hit& hit) const {
+SurfacePoint SceneGeometry::pointAt(const Ray& ray, const Hit& hit, bool wantsCoordinates) const {
   SurfacePoint point;
-  const Transform place = placeAt(hit.shape, ray.time);
   const MeshDescription* const mesh = meshOf(hit.shape);
+  const bool isInWorld = isInWorld_[hit.shape] != 0;
+  const Transform place = isInWorld ? Transform() : placeAt(hit.shape, ray.time);
   if (mesh == nullptr) {
     const Form form = scene_.shapes[hit.shape].form;
     Vec3 local = inverse(place).point(ray.origin + hit.distance * ray.direction);
@@ -376,16 +379,21 @@ SurfacePoint SceneGeometry::pointAt(const Ray& ray, const Hit& hit) const {
   const std::array<Vec3, 3> p = corners(*mesh, hit.primitive);
   const float w = 1 - hit.u - hit.v;
   const auto mix = [&](Vec3 a, Vec3 b, Vec3 c) { return w * a + hit.u * b + hit.v * c; };
-  point.position = place.point(mix(p[0], p[1], p[2]));
+  point.position = mix(p[0], p[1], p[2]);
+  if (!isInWorld) point.position = place.point(point.position);
   const Vec3 flat = cross(p[1] - p[0], p[2] - p[0]);
-  point.geometricNormal = normalised(place.normal(normalised(flat)), -ray.direction);
+  point.geometricNormal = isInWorld
+                              ? normalised(flat, -ray.direction)
+                              : normalised(place.normal(normalised(flat)), -ray.direction);
   const auto part = [&](int offset) {
     return mix(vertexAt(*mesh, index[0], offset), vertexAt(*mesh, index[1], offset),
                vertexAt(*mesh, index[2], offset));
   };
-  point.normal = normalised(place.normal(part(3)), point.geometricNormal);
+  point.normal =
+      normalised(isInWorld ? part(3) : place.normal(part(3)), point.geometricNormal);
   if (!isFinite(point.normal)) point.normal = point.geometricNormal;
   if (dot(point.normal, point.geometricNormal) < 0) point.normal = -point.normal;
+  if (!wantsCoordinates) return point;
   point.tangent = place.vector(part(6));
   const std::uint32_t sets =
       std::min(mesh->sets, static_cast<std::uint32_t>(TextureCoordinates::kMostSets));

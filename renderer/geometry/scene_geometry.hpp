@@ -77,7 +77,9 @@ class SceneGeometry {
   /// Returns whether something stops a ray between its ends.
   bool isOccluded(const Ray& ray) const;
 
-  SurfacePoint pointAt(const Ray& ray, const Hit& hit) const;
+  /// Returns the point that a ray met. The tangent and the texture coordinates are only there if they
+  /// are asked for.
+  SurfacePoint pointAt(const Ray& ray, const Hit& hit, bool wantsCoordinates = true) const;
   /// Returns where a shape is at a time.
   Transform placeAt(std::uint32_t shape, float time) const;
   /// Returns the corners of a triangle of a mesh, in the mesh's own space.
@@ -127,6 +129,7 @@ class SceneGeometry {
     MeshDescription mesh;
   };
   std::vector<std::unique_ptr<Flattened>> flattened_;  // by shape; null for the others
+  std::vector<char> isInWorld_;  // by shape: whether its mesh has the coordinates of the world
   Vec3 low_, high_;
 };
 

@@ -15,8 +15,11 @@ float balanced(float a, float b) { return a * a / (a * a + b * b); }
 
 // The state of a path between two of its points.
 struct PathTracer::Path {
+  explicit Path(Spectrum& sum) : radiance(sum) {}
+
   Ray ray;
-  Spectrum throughput{1.0F}, radiance;
+  Spectrum throughput{1.0F};
+  Spectrum& radiance;
   // How the last direction was chosen. Without a density, sampling of lights could not choose it.
   float density = 0;
   bool isSingular = true;
@@ -60,8 +63,20 @@ Transform PathTracer::cameraAt(float time) const {
   return {mix(a.x, b.x), mix(a.y, b.y), mix(a.z, b.z), mix(a.w, b.w)};
 }
 
-Ray PathTracer::cameraRay(Vec2 film, Vec2 lens, float time) const {
+Ray PathTracer::cameraRay(Vec2 film, Sampler& sampler) const {
   const CameraDescription& camera = scene_.camera;
+  Vec2 lens;
+  float time = 0;
+  if (camera.lensRadius > 0) {
+    lens = sampler.two();
+  } else {
+    sampler.skip();
+  }
+  if (camera.shutterClose > camera.shutterOpen) {
+    time = sampler.one();
+  } else {
+    sampler.skip();
+  }
   Ray ray;
   ray.kind = kCameraRay;
   ray.time = camera.shutterOpen + time * (camera.shutterClose - camera.shutterOpen);
@@ -148,7 +163,8 @@ void PathTracer::addPassedLights(Path& path, const PassedLights& lights, float f
                                                                passed.distance));
       }
     }
-    path.radiance.addProduct(path.throughput, lights_.radianceOf(passed.light), weight);
+    Spectrum scratch{Spectrum::Unset()};
+    path.radiance.addProduct(path.throughput, lights_.radianceOf(passed.light, scratch), weight);
   }
 }
 
@@ -219,8 +235,9 @@ void PathTracer::addSurroundings(Path& path) const {
                           lights_.densityOfEnvironment(path.shape, light, path.ray.direction));
       }
     }
-    path.radiance.addProduct(path.throughput, lights_.environment(light, path.ray.direction),
-                             weight);
+    Spectrum scratch{Spectrum::Unset()};
+    path.radiance.addProduct(path.throughput,
+                             lights_.environment(light, path.ray.direction, scratch), weight);
   }
 }
 
@@ -252,48 +269,50 @@ float PathTracer::transparencyOf(Ray ray, Path& path) const {
 
 void PathTracer::addDirect(Path& path, const SurfacePoint& point, const Surface& surface,
                            std::uint32_t shape, Sampler& sampler) const {
-  const float choice = sampler.one();
+  if (lights_.empty() || surface.isSingular()) {
+    sampler.skip();
+    sampler.skip();
+    return;
+  }
+  const float choice = lights_.hasChoice(shape) ? sampler.one() : (sampler.skip(), 0.0F);
   const Vec2 u = sampler.two();
-  if (lights_.empty() || surface.isSingular()) return;
-  const std::optional<LightSample> light =
-      lights_.sample(shape, point.position, path.ray.time, choice, u);
-  if (!light) return;
-  Spectrum scattered;
-  const std::uint32_t kinds = light->visibleTo & kScatteredRays;
-  const float density = surface.evaluate(light->direction, kinds, scattered);
+  LightSample light;
+  if (!lights_.sample(shape, point.position, path.ray.time, choice, u, light)) return;
+  Scattering scattered;
+  const std::uint32_t kinds = light.visibleTo & kScatteredRays;
+  const float density = surface.evaluate(light.direction, kinds, scattered);
   if (scattered.isZero()) return;
-  float weight = 1 / light->density;
-  if (!light->isSingular && light->isFound) weight *= balanced(light->density, density);
+  float weight = light.scale / light.density;
+  if (!light.isSingular && light.isFound) weight *= balanced(light.density, density);
 
   Ray shadow;
   shadow.kind = kShadowRay;
   shadow.time = path.ray.time;
-  shadow.origin = leave(point, light->direction);
-  shadow.direction = light->direction;
-  if (std::isfinite(light->distance)) {
+  shadow.origin = leave(point, light.direction);
+  shadow.direction = light.direction;
+  if (std::isfinite(light.distance)) {
     // The way from the moved origin, without the emitter itself.
-    const Vec3 end = point.position + light->direction * light->distance;
+    const Vec3 end = point.position + light.direction * light.distance;
     const Vec3 way = end - shadow.origin;
     const float distance = length(way);
-    shadow.direction = normalised(way, light->direction);
+    shadow.direction = distance > 0 ? way * (1 / distance) : light.direction;
     shadow.far = distance * (1 - 1e-4F) - scene_.rayEpsilon;
   }
   float through = 1;
-  if (light->castsShadow && scene_.shapes[shape].receivesShadow && shadow.far > 0) {
+  if (light.castsShadow && scene_.shapes[shape].receivesShadow && shadow.far > 0) {
     through = transparencyOf(shadow, path);
   }
   if (through <= 0) return;
-  scattered *= light->radiance;
-  path.radiance.addProduct(path.throughput, scattered, weight * through);
+  scattered *= weight * through;
+  path.radiance.addScattered(path.throughput, *light.radiance, surface.reflectance(), scattered);
 }
 
 Seen PathTracer::trace(Vec2 film, Sampler& sampler) const {
   const TaskDescription& task = scene_.task;
   Seen seen;
-  Path path;
+  Path path(seen.radiance);
   path.film = film;
-  const Vec2 lens = sampler.two();
-  path.ray = cameraRay(film, lens, sampler.one());
+  path.ray = cameraRay(film, sampler);
   if (task.wavelengths == Wavelengths::One) {
     path.throughput = Spectrum();
     path.throughput[task.band] = 1;
@@ -314,10 +333,11 @@ Seen PathTracer::trace(Vec2 film, Sampler& sampler) const {
     const ShapeDescription& shape = scene_.shapes[hit.shape];
     const auto materialIndex = static_cast<std::size_t>(shape.material);
     const MaterialDescription& material = scene_.materials[materialIndex];
-    const SurfacePoint point = geometry_.pointAt(path.ray, hit);
-    const float choice = sampler.one();
-    if (isTransparent_[materialIndex] && ++passes < kMostPasses &&
-        choice >= opacityAt(hit.shape, point)) {
+    const SurfacePoint point =
+        geometry_.pointAt(path.ray, hit, tables_[materialIndex].usesCoordinates);
+    if (!isTransparent_[materialIndex]) {
+      sampler.skip();
+    } else if (sampler.one() >= opacityAt(hit.shape, point) && ++passes < kMostPasses) {
       path.ray.origin = leave(point, path.ray.direction);
       path.ray.near = 0;
       if (path.ray.kind == kCameraRay) path.ray.kind = kTransmissionRay;
@@ -339,7 +359,9 @@ Seen PathTracer::trace(Vec2 film, Sampler& sampler) const {
       if (path.shape != Hit::kNone && !path.isSingular) {
         weight = balanced(path.density, lights_.densityOfShape(path.shape, path.ray, hit, point));
       }
-      path.radiance.addProduct(path.throughput, lights_.radianceOf(hit.shape, point, view), weight);
+      Spectrum scratch{Spectrum::Unset()};
+      path.radiance.addProduct(path.throughput,
+                               lights_.radianceOf(hit.shape, point, view, scratch), weight);
     }
 
     const Surface surface(scene_, material, tables_[materialIndex], point.coordinates,
@@ -353,16 +375,24 @@ Seen PathTracer::trace(Vec2 film, Sampler& sampler) const {
     }
     if (bounce >= task.maxBounces) break;
     addDirect(path, point, surface, hit.shape, sampler);
+    // The next point could only shine by itself.
+    if (bounce + 1 == task.maxBounces && !lights_.canBeFound()) break;
 
-    const float lobe = sampler.one();
+    const float lobe = surface.hasChoice() ? sampler.one() : (sampler.skip(), 0.0F);
     const Vec2 u = sampler.two();
-    const float survival = sampler.one();
     const Scattered next = surface.sample(lobe, u, path.band);
     if (next.kind == 0) break;
     if (next.kind == kDiffuseRay && !shape.receivesIndirect) break;
-    path.throughput *= next.weight;
+    if (next.band >= 0) {
+      path.band = next.band;
+      const float kept =
+          path.throughput[next.band] * next.weight.at(surface.reflectance()[next.band]);
+      path.throughput = Spectrum();
+      path.throughput[next.band] = kept;
+    } else {
+      path.throughput.scatter(surface.reflectance(), next.weight);
+    }
     path.density = next.density;
-    if (next.band >= 0) path.band = next.band;
     path.isSingular = next.isSingular;
     path.isDirect = false;
     path.shape = hit.shape;
@@ -381,7 +411,10 @@ Seen PathTracer::trace(Vec2 film, Sampler& sampler) const {
     path.ray.kind = static_cast<RayKind>(next.kind);
     ++bounce;
 
-    if (bounce > task.rouletteStart) {
+    if (bounce <= task.rouletteStart) {
+      sampler.skip();
+    } else {
+      const float survival = sampler.one();
       const float strength = path.throughput.largest();
       const float kept = task.hasFixedRoulette ? 1 - task.fixedRoulette
                                                : std::clamp(strength, kLeastRoulette, 1.0F);
@@ -389,7 +422,6 @@ Seen PathTracer::trace(Vec2 film, Sampler& sampler) const {
       path.throughput *= 1 / kept;
     }
   }
-  seen.radiance = path.radiance;
   seen.rays = path.rays;
   return seen;
 }

@@ -21,7 +21,7 @@ struct Seen {
   bool isHit = false;
   float depth = 0;  ///< metres from the camera
   Vec3 normal;
-  Spectrum albedo;
+  Rgb albedo;
   std::uint32_t object = 0;  ///< the index of the shape in the scene, plus 1; 0 for none
   std::uint32_t rays = 0;    ///< how many were traced
 };
@@ -38,8 +38,8 @@ class PathTracer {
   /// Traces one path from a point of the film: (0, 0) is the bottom left corner.
   Seen trace(Vec2 film, Sampler& sampler) const;
 
-  /// Casts the ray of a camera. The last three arguments are random numbers.
-  Ray cameraRay(Vec2 film, Vec2 lens, float time) const;
+  /// Casts a ray of the camera. It takes two sequences of the sampler, for the lens and the time.
+  Ray cameraRay(Vec2 film, Sampler& sampler) const;
 
   const SceneGeometry& geometry() const { return geometry_; }
   const Lights& lights() const { return lights_; }

@@ -15,24 +15,28 @@ namespace vrn_render {
 class Sampler {
  public:
   Sampler(std::uint32_t seed, std::uint32_t x, std::uint32_t y, std::uint32_t sample)
-      : key_(mixed(mixed(mixed(seed) ^ x) ^ (y + 0x9e3779b9U))), sample_(sample) {}
+      : key_(mixed(mixed(mixed(seed) ^ x) ^ (y + 0x9e3779b9U))), sample_(reversed(sample)) {}
 
   /// Returns a number from 0 up to 1.
   float one() {
-    const std::uint32_t key = mixed(key_ + 0x85ebca6bU * ++dimension_);
-    return toFloat(scrambled(reversed(scrambled(sample_, key)), mixed(key ^ 0x68bc21ebU)));
+    const std::uint32_t key = nextKey();
+    return toFloat(reversed(permuted(reversed(permuted(sample_, key)), mixed(key ^ 0x68bc21ebU))));
   }
 
   /// Returns two numbers from 0 up to 1.
   Vec2 two() {
-    const std::uint32_t key = mixed(key_ + 0x85ebca6bU * ++dimension_);
-    const std::uint32_t index = scrambled(sample_, key);
-    const std::uint32_t x = scrambled(reversed(index), mixed(key ^ 0x68bc21ebU));
-    const std::uint32_t y = scrambled(sobol(index), mixed(key ^ 0x02e5be93U));
-    return {toFloat(x), toFloat(y)};
+    const std::uint32_t key = nextKey();
+    const std::uint32_t index = reversed(permuted(sample_, key));
+    const std::uint32_t x = permuted(index, mixed(key ^ 0x68bc21ebU));
+    const std::uint32_t y = permuted(sobol(index), mixed(key ^ 0x02e5be93U));
+    return {toFloat(reversed(x)), toFloat(reversed(y))};
   }
 
+  /// Takes the next sequence without asking for its numbers, which has no influence on the others.
+  void skip() { ++dimension_; }
+
  private:
+  std::uint32_t nextKey() { return mixed(key_ + 0x85ebca6bU * ++dimension_); }
   static float toFloat(std::uint32_t bits) {
     return std::min(static_cast<float>(bits) * 0x1p-32F, 0x1.fffffep-1F);
   }
@@ -50,7 +54,7 @@ class Sampler {
     a = ((a & 0x33333333U) << 2) | ((a & 0xccccccccU) >> 2);
     return ((a & 0x55555555U) << 1) | ((a & 0xaaaaaaaaU) >> 1);
   }
-  // The second dimension of the sequence. Its matrix is Pascal's triangle modulo 2: digit j is the
+  // The second dimension of the sequence, with its digits reversed. Its matrix is Pascal's triangle modulo 2: digit j is the
   // sum of the digits of the index at all places whose binary digits include those of j.
   static std::uint32_t sobol(std::uint32_t index) {
     index ^= (index >> 1) & 0x55555555U;
@@ -58,20 +62,21 @@ class Sampler {
     index ^= (index >> 4) & 0x0f0f0f0fU;
     index ^= (index >> 8) & 0x00ff00ffU;
     index ^= (index >> 16) & 0x0000ffffU;
-    return reversed(index);
+    return index;
   }
-  // Permutes so that each bit depends on the bits above it only (Laine and Karras, 2011).
-  static std::uint32_t scrambled(std::uint32_t a, std::uint32_t key) {
-    a = reversed(a);
+  // Permutes so that each bit depends on the bits below it only (Laine and Karras, 2011). Numbers
+  // are kept with their digits reversed, so that these are the more significant ones.
+  static std::uint32_t permuted(std::uint32_t a, std::uint32_t key) {
     a ^= a * 0x3d20adeaU;
     a += key;
     a *= (key >> 16) | 1U;
     a ^= a * 0x05526c56U;
     a ^= a * 0x53a22864U;
-    return reversed(a);
+    return a;
   }
 
-  std::uint32_t key_, sample_;
+  std::uint32_t key_;
+  std::uint32_t sample_;  // with its digits reversed
   std::uint32_t dimension_ = 0;
 };
 

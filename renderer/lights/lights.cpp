@@ -7,6 +7,8 @@
 namespace vrn_render {
 namespace {
 
+const Spectrum kDark;
+
 constexpr std::uint32_t kNone = ~0U;
 
 // True for a map that keeps all angles, so that a sphere stays a sphere.
@@ -72,6 +74,14 @@ Lights::Lights(const SceneDescription& scene, const SceneGeometry& geometry)
   radius_ = std::max(0.5F * length(geometry.high() - geometry.low()), 1e-3F);
   for (std::uint32_t i = 0; i < scene.lights.size(); ++i) addLight(i);
   for (std::uint32_t i = 0; i < scene.shapes.size(); ++i) addShape(i);
+  canBeFound_ = scene.camera.hasBackplate;
+  for (const LightDescription& light : scene.lights) {
+    canBeFound_ |= light.kind != LightKind::Point && light.kind != LightKind::Spot &&
+                   light.kind != LightKind::Directional;
+  }
+  for (const ShapeDescription& shape : scene.shapes) {
+    canBeFound_ |= scene.materials[static_cast<std::size_t>(shape.material)].emits;
+  }
 
   std::vector<std::uint32_t> all(emitters_.size());
   for (std::uint32_t i = 0; i < all.size(); ++i) all[i] = i;
@@ -142,9 +152,10 @@ void Lights::addLight(std::uint32_t index) {
           const float u = (static_cast<float>(column) + 0.5F) / Panorama::kColumns;
           const Vec3 local = latLongDirection({u, v}, false);
           // A cell may be darker in its middle than elsewhere, so each gets a share of the mean.
-          cells.push_back(
-              luminanceOf(environment(index, normalised(places_[index].vector(local)))) +
-              0.02F * power);
+          Spectrum scratch;
+          cells.push_back(luminanceOf(environment(
+                              index, normalised(places_[index].vector(local)), scratch)) +
+                          0.02F * power);
           sum += cells.back();
         }
         rows.push_back(sum * std::sin(kPi * v));
@@ -223,18 +234,23 @@ bool Lights::shinesOn(std::uint32_t shape, std::uint32_t index, bool isLight) co
                   index);
 }
 
-std::optional<LightSample> Lights::sample(std::uint32_t shape, Vec3 point, float time, float choice,
-                                          Vec2 u) const {
+bool Lights::hasChoice(std::uint32_t shape) const {
   const Set& set = setOf(shape);
-  if (set.choice.empty()) return std::nullopt;
-  const std::size_t chosen = set.choice.choose(choice);
+  return set.emitters.size() != 1 || !emitters_[set.emitters.front()].isLight;
+}
+
+bool Lights::sample(std::uint32_t shape, Vec3 point, float time, float choice, Vec2 u,
+                    LightSample& out) const {
+  const Set& set = setOf(shape);
+  if (set.choice.empty()) return false;
+  const bool isOnly = set.emitters.size() == 1;
+  const std::size_t chosen = isOnly ? 0 : set.choice.choose(choice);
   const Emitter& emitter = emitters_[set.emitters[chosen]];
-  std::optional<LightSample> out(std::in_place);
-  const bool isLit = emitter.isLight ? sampleLight(emitter.index, point, u, *out)
-                                     : sampleShape(emitter, point, time, choice, u, *out);
-  if (!isLit || !(out->density > 0)) return std::nullopt;
-  out->density *= set.choice.probability(chosen);
-  return out;
+  const bool isLit = emitter.isLight ? sampleLight(emitter.index, point, u, out)
+                                     : sampleShape(emitter, point, time, choice, u, out);
+  if (!isLit || !(out.density > 0)) return false;
+  if (!isOnly) out.density *= set.choice.probability(chosen);
+  return true;
 }
 
 bool Lights::sampleLight(std::uint32_t index, Vec3 point, Vec2 u, LightSample& out) const {
@@ -259,13 +275,13 @@ bool Lights::sampleLight(std::uint32_t index, Vec3 point, Vec2 u, LightSample& o
     }
     out.direction = normalised(places_[index].vector(local));
     out.density = panoramaDensity(index, out.direction);
-    out.radiance = environment(index, out.direction);
+    out.radiance = &environment(index, out.direction, out.scratch);
     return true;
   }
   if (light.kind == LightKind::Directional) {
     out.direction = -normalised(light.place.vector({0, 0, 1}));
     out.distance = std::numeric_limits<float>::infinity();
-    out.radiance = light.emission.value;
+    out.radiance = &light.emission.value;
     out.density = 1;
     out.isSingular = true;
     return true;
@@ -281,7 +297,8 @@ bool Lights::sampleLight(std::uint32_t index, Vec3 point, Vec2 u, LightSample& o
       const Vec3 axis = normalised(light.place.vector({0, 0, 1}));
       scale *= smoothStep(light.cosOuter, light.cosInner, -dot(axis, out.direction));
     }
-    out.radiance = light.emission.value * scale;
+    out.radiance = &light.emission.value;
+    out.scale = scale;
     out.density = scale > 0 ? 1.0F : 0.0F;
     out.isSingular = true;
     return true;
@@ -307,7 +324,7 @@ bool Lights::sampleLight(std::uint32_t index, Vec3 point, Vec2 u, LightSample& o
     const float inside = std::max(0.0F, radius * radius - distance2 * sine * sine);
     out.distance = distance * cosine - std::sqrt(inside);
     out.density = 1 / (2 * kPi * less);
-    out.radiance = radianceOf(index);
+    out.radiance = &radianceOf(index, out.scratch);
     return out.distance > 0;
   }
   if (light.kind == LightKind::Rectangle) {
@@ -325,7 +342,7 @@ bool Lights::sampleLight(std::uint32_t index, Vec3 point, Vec2 u, LightSample& o
   if (!(out.distance > 0)) return false;
   out.direction = way * (1 / out.distance);
   out.density = surfaceDensity(index, point, out.direction, out.distance);
-  out.radiance = radianceOf(index);
+  out.radiance = &radianceOf(index, out.scratch);
   return out.density > 0;
 }
 
@@ -384,23 +401,22 @@ bool Lights::sampleShape(const Emitter& emitter, Vec3 point, float time, float c
   if (!(area > 0)) return false;
   out.density =
       emitter.triangles.probability(triangle) * out.distance * out.distance / (cosine * area);
-  out.radiance = radianceOf(emitter.index, on, -out.direction);
+  out.radiance = &radianceOf(emitter.index, on, -out.direction, out.scratch);
   out.visibleTo = shape.visibleTo;
-  return !out.radiance.isZero();
+  return !out.radiance->isZero();
 }
 
-Spectrum Lights::radianceOf(std::uint32_t light) const {
+const Spectrum& Lights::radianceOf(std::uint32_t light, Spectrum& scratch) const {
   const ColourParameter& emission = scene_.lights[light].emission;
-  Spectrum scratch;
   return evaluate(scene_, emission, TextureCoordinates(), false, scratch);
 }
 
-Spectrum Lights::radianceOf(std::uint32_t shape, const SurfacePoint& point, Vec3 view) const {
+const Spectrum& Lights::radianceOf(std::uint32_t shape, const SurfacePoint& point, Vec3 view,
+                                   Spectrum& scratch) const {
   const MaterialDescription& material =
       scene_.materials[static_cast<std::size_t>(scene_.shapes[shape].material)];
-  if (!material.emits) return Spectrum();
-  if (!material.emitsOnBothSides && dot(point.geometricNormal, view) <= 0) return Spectrum();
-  Spectrum scratch;
+  if (!material.emits) return kDark;
+  if (!material.emitsOnBothSides && dot(point.geometricNormal, view) <= 0) return kDark;
   return evaluate(scene_, material.emission, point.coordinates, false, scratch);
 }
 
@@ -408,19 +424,20 @@ Vec3 Lights::toEnvironment(std::uint32_t light, Vec3 direction) const {
   return normalised(inverses_[light].vector(direction));
 }
 
-Spectrum Lights::environment(std::uint32_t index, Vec3 direction) const {
+const Spectrum& Lights::environment(std::uint32_t index, Vec3 direction,
+                                    Spectrum& scratch) const {
   const ColourParameter& emission = scene_.lights[index].emission;
   if (emission.lookup.texture < 0) return emission.value;
   const TextureDescription& texture =
       scene_.textures[static_cast<std::size_t>(emission.lookup.texture)];
   const Texel texel = sampleSphere(texture, toEnvironment(index, direction));
-  Spectrum result = Colours::get().factor(
+  scratch = Colours::get().factor(
       {std::max(texel[0], 0.0F), std::max(texel[1], 0.0F), std::max(texel[2], 0.0F)});
   if (emission.isScaled) {
-    result *= emission.scale;
-    result += emission.offset;
+    scratch *= emission.scale;
+    scratch += emission.offset;
   }
-  return result *= emission.value;
+  return scratch *= emission.value;
 }
 
 float Lights::panoramaDensity(std::uint32_t light, Vec3 direction) const {

@@ -15,7 +15,10 @@ namespace vrn_render {
 struct LightSample {
   Vec3 direction;
   float distance = 0;  ///< infinite for light from everywhere
-  Spectrum radiance;
+  /// The radiance is `scale` times `radiance`, which lasts as long as the lights, or is `scratch`.
+  const Spectrum* radiance = &scratch;
+  float scale = 1;
+  Spectrum scratch{Spectrum::Unset()};
   /// The probability density per solid angle, with the probability of the emitter. For a light
   /// without an extent, the probability alone.
   float density = 0;
@@ -24,6 +27,10 @@ struct LightSample {
   bool isFound = true;
   bool castsShadow = true;
   std::uint32_t visibleTo = ~0U;  ///< the kinds of rays that see the emitter
+
+  LightSample() = default;
+  LightSample(const LightSample&) = delete;
+  LightSample& operator=(const LightSample&) = delete;
 };
 
 /// Threads: after construction, any number of threads may use it at the same time.
@@ -34,17 +41,23 @@ class Lights {
 
   bool empty() const { return emitters_.empty(); }
 
-  /// Samples a way for light to a point of a shape. `choice` selects the emitter. Empty if no light
-  /// comes from the sampled place.
-  std::optional<LightSample> sample(std::uint32_t shape, Vec3 point, float time, float choice,
-                                    Vec2 u) const;
+  /// Samples a way for light to a point of a shape. `choice` selects the emitter. Returns false if
+  /// no light comes from the sampled place.
+  bool sample(std::uint32_t shape, Vec3 point, float time, float choice, Vec2 u,
+              LightSample& out) const;
+  /// Returns whether sample() looks at its `choice` for a shape.
+  bool hasChoice(std::uint32_t shape) const;
+  /// Returns whether rays that scatter on surfaces may find light.
+  bool canBeFound() const { return canBeFound_; }
 
+  // The results of these are constant, or `scratch`.
   /// The radiance of a light against the direction of a ray that passes its lit side.
-  Spectrum radianceOf(std::uint32_t light) const;
+  const Spectrum& radianceOf(std::uint32_t light, Spectrum& scratch) const;
   /// The radiance of a shape at a point, to the side that `view` leads to.
-  Spectrum radianceOf(std::uint32_t shape, const SurfacePoint& point, Vec3 view) const;
+  const Spectrum& radianceOf(std::uint32_t shape, const SurfacePoint& point, Vec3 view,
+                             Spectrum& scratch) const;
   /// The radiance of an environment from a direction.
-  Spectrum environment(std::uint32_t light, Vec3 direction) const;
+  const Spectrum& environment(std::uint32_t light, Vec3 direction, Spectrum& scratch) const;
   /// The lights that surround the scene, as indices of lights.
   const std::vector<std::uint32_t>& environments() const { return environments_; }
 
@@ -100,6 +113,7 @@ class Lights {
   std::vector<std::uint32_t> environments_;
   std::vector<Panorama> panoramas_;  // by light; empty for the others
   std::vector<bool> onlySampled_;
+  bool canBeFound_ = false;
   std::vector<Set> sets_;  // the first has all emitters, the others are those of the light groups
   std::vector<std::vector<std::uint32_t>> lightsOfGroup_, shapesOfGroup_;  // ascending
   std::vector<Transform> places_;  // of the surfaces of lights

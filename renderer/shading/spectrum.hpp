@@ -18,11 +18,31 @@ inline constexpr int kPaddedBands = 64;
 /// Returns the wavelength at which a band begins, in nm.
 inline constexpr float bandBegin(int band) { return 400.0F + 5.0F * static_cast<float>(band); }
 
+/// The fraction of light that goes on at a surface, in the bands in which the surface has the
+/// reflectance R: white + once R + twice R^2. So most of the work at a surface does not grow with the
+/// number of bands.
+struct Scattering {
+  float white = 0, once = 0, twice = 0;
+
+  float at(float reflectance) const { return white + (once + twice * reflectance) * reflectance; }
+  bool isZero() const { return white == 0 && once == 0 && twice == 0; }
+  Scattering& operator*=(float factor) {
+    white *= factor;
+    once *= factor;
+    twice *= factor;
+    return *this;
+  }
+};
+
 /// An amplitude for each band. Arithmetic is band by band.
 struct alignas(64) Spectrum {
   std::array<float, kPaddedBands> v;
 
+  /// Selects the constructor that leaves the amplitudes unset, for a spectrum that is written next.
+  struct Unset {};
+
   Spectrum() : v{} {}
+  explicit Spectrum(Unset /*unset*/) {}  // NOLINT(cppcoreguidelines-pro-type-member-init)
   explicit Spectrum(float amplitude) {
     v.fill(amplitude);
     for (int i = kBands; i < kPaddedBands; ++i) v[static_cast<std::size_t>(i)] = 0;
@@ -47,6 +67,11 @@ struct alignas(64) Spectrum {
   void addProduct(const Spectrum& a, const Spectrum& b, float factor) {
     for (std::size_t i = 0; i < v.size(); ++i) v[i] += factor * a.v[i] * b.v[i];
   }
+  /// Adds what of the light that comes along `throughput` a surface scatters.
+  void addScattered(const Spectrum& throughput, const Spectrum& light, const Spectrum& reflectance,
+                    Scattering scattering);
+  /// Multiplies by what a surface scatters.
+  void scatter(const Spectrum& reflectance, Scattering scattering);
   /// Adds `factor` times another spectrum.
   void add(const Spectrum& a, float factor) {
     for (std::size_t i = 0; i < v.size(); ++i) v[i] += factor * a.v[i];
@@ -88,6 +113,11 @@ struct Rgb {
   float r = 0, g = 0, b = 0;
 };
 
+struct ScreenColour {
+  Rgb rgb;
+  float luminance = 0;
+};
+
 /// Conversions by the library's colour functions, prepared so that each takes a few sums.
 ///
 /// The conversions of the library are sums over the bands, or, for a spectrum of an RGB triple,
@@ -100,6 +130,8 @@ class Colours {
 
   /// Returns the colour of a radiance on a screen whose white is D65. It may be outside of 0 to 1.
   Rgb toRgb(const Spectrum& radiance) const;
+  /// Returns the same, with the luminance.
+  ScreenColour toScreen(const Spectrum& radiance) const;
   /// Returns the Y of CIE XYZ; 1 for a radiance of 1 in all bands.
   float luminance(const Spectrum& radiance) const;
   /// Returns the reflectance of a surface that has this colour under D65, within 0 to 1.
@@ -115,8 +147,8 @@ class Colours {
   Colours();
   Spectrum combined(const Rgb& colour) const;
 
-  std::array<Spectrum, 3> screen_;
-  Spectrum luminance_, daylight_;
+  std::array<Spectrum, 4> screen_;  // red, green, blue and the luminance
+  Spectrum daylight_;
   std::array<Spectrum, 8> colours_;  // by the bits r = 1, g = 2, b = 4
 };
 

@@ -7,7 +7,11 @@ namespace {
 
 constexpr float kLargestShare = 0.999999F;
 
-float power5(float a) { return a * a * a * a * a; }
+// The approximation of Schlick: a metal reflects edge + (1 - edge) R.
+float schlickEdge(float cosine) {
+  const float a = std::clamp(1 - cosine, 0.0F, 1.0F);
+  return a * a * a * a * a;
+}
 
 Vec3 cosineDirection(Vec2 u) {
   const float radius = std::sqrt(u.x);
@@ -21,6 +25,16 @@ std::vector<MaterialTables> makeMaterialTables(const SceneDescription& scene) {
   std::vector<MaterialTables> result(scene.materials.size());
   for (std::size_t i = 0; i < result.size(); ++i) {
     const MaterialDescription& material = scene.materials[i];
+    result[i].ground = material.reflectance.value.mean();
+    const Colours& colours = Colours::get();
+    result[i].colour = colours.toRgb(material.reflectance.value * colours.daylight());
+    result[i].usesCoordinates = material.normalMap.texture >= 0;
+    for (const int texture :
+         {material.reflectance.lookup.texture, material.emission.lookup.texture,
+          material.roughness.lookup.texture, material.metallic.lookup.texture,
+          material.transmission.lookup.texture, material.opacity.lookup.texture}) {
+      result[i].usesCoordinates |= texture >= 0;
+    }
     if (material.hasCoat) result[i].coat = AlbedoTable::ofCoat(material.indexOfRefraction);
     if (material.transmission.value > 0 || material.transmission.lookup.texture >= 0) {
       result[i].outside = AlbedoTable::ofBoundary(material.indexOfRefraction);
@@ -63,7 +77,7 @@ Surface::Surface(const SceneDescription& scene, const MaterialDescription& mater
   weights_[kDiffuse] = (1 - metallic) * (1 - transmission);
   weights_[kCoat] = material.hasCoat ? weights_[kDiffuse] : 0;
 
-  const float ground = reflectance_->mean();
+  const float ground = reflectance_ == &scratch_ ? reflectance_->mean() : tables.ground;
   const float coated = tables_.coat ? tables_.coat->at(view_.z, alpha_) : 0;
   shares_[kDiffuse] = weights_[kDiffuse] * (1 - coated) * ground;
   shares_[kCoat] = weights_[kCoat] * coated;
@@ -74,16 +88,14 @@ Surface::Surface(const SceneDescription& scene, const MaterialDescription& mater
   for (float& share : shares_) share = sum > 0 ? share / sum : 0;
 }
 
-// The approximation of Schlick for each band.
-Spectrum Surface::metalFresnel(float cosine) const {
-  const float edge = power5(std::clamp(1 - cosine, 0.0F, 1.0F));
-  Spectrum result = *reflectance_ * (1 - edge);
-  result += Spectrum(edge);
-  return result;
+Rgb Surface::colour() const {
+  if (reflectance_ != &scratch_) return tables_.colour;
+  const Colours& colours = Colours::get();
+  return colours.toRgb(*reflectance_ * colours.daylight());
 }
 
-float Surface::evaluateLobes(Vec3 view, Vec3 to, std::uint32_t kinds, Spectrum& value) const {
-  value = Spectrum();
+float Surface::evaluateLobes(Vec3 view, Vec3 to, std::uint32_t kinds, Scattering& value) const {
+  value = Scattering();
   float density = 0;
   const float cosine = std::abs(to.z);
   if (to.z > 0) {
@@ -96,7 +108,7 @@ float Surface::evaluateLobes(Vec3 view, Vec3 to, std::uint32_t kinds, Spectrum& 
         scale *= (1 - coat.at(view.z, alpha_)) * (1 - coat.at(to.z, alpha_)) /
                  std::max(1e-4F, 1 - coat.mean(alpha_));
       }
-      value.add(*reflectance_, scale);
+      value.once += scale;
       density += shares_[kDiffuse] * cosine / kPi;
     }
     if ((kinds & kReflectionRay) && !isSmooth_) {
@@ -107,22 +119,25 @@ float Surface::evaluateLobes(Vec3 view, Vec3 to, std::uint32_t kinds, Spectrum& 
       const float shape = facets.density(half) * facets.shadowing(view, to) / (4 * view.z);
       const float sampled = visible / (4 * std::max(c, 1e-7F));
       if (shares_[kCoat] > 0) {
-        value +=
-            Spectrum(weights_[kCoat] * fresnelDielectric(c, eta_ < 1 ? 1 / eta_ : eta_) * shape);
+        value.white +=
+            weights_[kCoat] * fresnelDielectric(c, eta_ < 1 ? 1 / eta_ : eta_) * shape;
         density += shares_[kCoat] * sampled;
       }
       if (shares_[kMetal] > 0) {
         // Light that is scattered more than once is reflected more than once, too.
         const float once = AlbedoTable::ofMirror().at(view.z, alpha_);
-        Spectrum more = *reflectance_ * ((1 - once) / std::max(once, 1e-3F));
-        more += Spectrum(1.0F);
-        value.addProduct(metalFresnel(c), more, weights_[kMetal] * shape);
+        const float more = (1 - once) / std::max(once, 1e-3F);
+        const float edge = schlickEdge(c);
+        const float scale = weights_[kMetal] * shape;
+        value.white += scale * edge;
+        value.once += scale * (1 - edge + edge * more);
+        value.twice += scale * (1 - edge) * more;
         density += shares_[kMetal] * sampled;
       }
       if (shares_[kBoundary] > 0 && !material_.isDispersive) {
         const float whole = (isInside_ ? tables_.inside : tables_.outside)->at(view.z, alpha_);
         const float reflected = fresnelDielectric(c, eta_);
-        value += Spectrum(weights_[kBoundary] * reflected * shape / std::max(whole, 1e-3F));
+        value.white += weights_[kBoundary] * reflected * shape / std::max(whole, 1e-3F);
         density += shares_[kBoundary] * reflected * sampled;
       }
     }
@@ -140,18 +155,18 @@ float Surface::evaluateLobes(Vec3 view, Vec3 to, std::uint32_t kinds, Spectrum& 
       const float whole = (isInside_ ? tables_.inside : tables_.outside)->at(view.z, alpha_);
       const float shape = (1 - reflected) * facets.density(half) *
                           facets.transmissionShadowing(view, to) * c * turn / view.z;
-      value.add(*reflectance_, weights_[kBoundary] * shape / std::max(whole, 1e-3F));
+      value.once += weights_[kBoundary] * shape / std::max(whole, 1e-3F);
       density += shares_[kBoundary] * (1 - reflected) * facets.visibleDensity(view, half) * turn;
     }
   }
   return density;
 }
 
-float Surface::evaluate(Vec3 direction, std::uint32_t kinds, Spectrum& value) const {
+float Surface::evaluate(Vec3 direction, std::uint32_t kinds, Scattering& value) const {
   const Vec3 to = frame_.toLocal(direction);
   // Light must not leak through by the difference of the two normals.
   if ((dot(direction, geometric_) > 0) != (to.z > 0)) {
-    value = Spectrum();
+    value = Scattering();
     return 0;
   }
   return evaluateLobes(view_, to, kinds, value);
@@ -205,12 +220,9 @@ Scattered Surface::sampleBoundary(Vec3 view, float choice, Vec2 u, int band) con
         isReflected ? facets.shadowing(view, to) / facets.masking(view) : facets.masking(to);
     scale = seen / std::max(whole, 1e-3F);
   }
-  out.weight = isReflected ? Spectrum(scale) : *reflectance_ * scale;
-  if (out.band >= 0) {
-    const float kept = out.weight[out.band] * (band < 0 ? kBands : 1);
-    out.weight = Spectrum();
-    out.weight[out.band] = kept;
-  }
+  // One band stands for all.
+  if (out.band >= 0 && band < 0) scale *= kBands;
+  (isReflected ? out.weight.white : out.weight.once) = scale;
   return out;
 }
 
@@ -250,9 +262,12 @@ Scattered Surface::sample(float choice, Vec2 u, int band) const {
     if (to.z <= 0) out.kind = 0;
     if (isSmooth_) {
       out.isSingular = true;
-      out.weight = lobe == kMetal
-                       ? metalFresnel(view_.z)
-                       : Spectrum(fresnelDielectric(view_.z, eta_ < 1 ? 1 / eta_ : eta_));
+      if (lobe == kMetal) {
+        const float edge = schlickEdge(view_.z);
+        out.weight = {edge, 1 - edge, 0};
+      } else {
+        out.weight.white = fresnelDielectric(view_.z, eta_ < 1 ? 1 / eta_ : eta_);
+      }
       out.weight *= weights_[lobe] / shares_[lobe];
       if (dot(out.direction, geometric_) <= 0) out.kind = 0;
       return out;

@@ -11,16 +11,19 @@
 
 namespace vrn_render {
 
-/// Tables of a material, made once.
+/// What of a material is computed once.
 struct MaterialTables {
   std::shared_ptr<const AlbedoTable> coat, outside, inside;
+  float ground = 0;  ///< the mean reflectance, if no texture decides it
+  Rgb colour;        ///< for the pass "albedo", if no texture decides it
+  bool usesCoordinates = false;
 };
 std::vector<MaterialTables> makeMaterialTables(const SceneDescription& scene);
 
 /// A direction in which light goes on.
 struct Scattered {
   Vec3 direction;          ///< in the world
-  Spectrum weight;         ///< the scattered part times the cosine, over the probability density
+  Scattering weight;       ///< the scattered part times the cosine, over the probability density
   float density = 0;       ///< per solid angle; 0 for a mirror or a smooth boundary
   std::uint32_t kind = 0;  ///< a RayKind; 0 if the light ends here
   bool isSingular = false;
@@ -42,32 +45,34 @@ class Surface {
 
   /// Evaluates the lobes whose rays are of these kinds: the scattered part times the cosine goes to
   /// `value`. Returns the probability density with which sample() chooses the direction.
-  float evaluate(Vec3 direction, std::uint32_t kinds, Spectrum& value) const;
+  float evaluate(Vec3 direction, std::uint32_t kinds, Scattering& value) const;
 
   /// Samples a direction. `choice` selects a lobe. `band` is the only band that light still has, or
   /// -1 for all.
   Scattered sample(float choice, Vec2 u, int band = -1) const;
+  /// Returns whether sample() looks at its `choice`.
+  bool hasChoice() const { return shares_[kDiffuse] != 1; }
 
   /// The normal on the side of the view.
   Vec3 normal() const { return frame_.normal; }
   Vec3 geometricNormal() const { return geometric_; }
+  const Spectrum& reflectance() const { return *reflectance_; }
   /// The colour for the pass "albedo".
-  const Spectrum& colour() const { return *reflectance_; }
+  Rgb colour() const;
   bool isSingular() const { return isSmooth_ && shares_[kDiffuse] <= 0; }
 
  private:
   enum Lobe : std::size_t { kDiffuse, kCoat, kMetal, kBoundary, kLobes };
 
   Scattered sampleBoundary(Vec3 view, float choice, Vec2 u, int band) const;
-  float evaluateLobes(Vec3 view, Vec3 direction, std::uint32_t kinds, Spectrum& value) const;
-  Spectrum metalFresnel(float cosine) const;
+  float evaluateLobes(Vec3 view, Vec3 direction, std::uint32_t kinds, Scattering& value) const;
 
   const MaterialDescription& material_;
   const MaterialTables& tables_;
   Frame frame_;
   Vec3 geometric_, view_;
   bool isInside_;
-  Spectrum scratch_;
+  Spectrum scratch_{Spectrum::Unset()};
   const Spectrum* reflectance_;
   float alpha_, eta_;
   bool isSmooth_;

@@ -52,7 +52,7 @@ double sampledAlbedo(const Surface& surface, int samples) {
     Sampler sampler(1, 2, 3, static_cast<std::uint32_t>(i));
     const float choice = sampler.one();
     const Scattered next = surface.sample(choice, sampler.two());
-    if (next.kind != 0) sum += next.weight[kMiddle];
+    if (next.kind != 0) sum += next.weight.at(surface.reflectance()[kMiddle]);
   }
   return sum / samples;
 }
@@ -109,10 +109,10 @@ TEST(Materials, SampleDirectionsWithTheDensitiesThatTheyTell) {
         for (int column = 0; column < kColumns; ++column) {
           const float angle = 2 * kPi * (static_cast<float>(column) + 0.5F) / kColumns;
           const float radius = std::sqrt(1 - z * z);
-          Spectrum value;
+          Scattering value;
           density += static_cast<double>(surface.evaluate(
               {radius * std::cos(angle), radius * std::sin(angle), z}, kScatteredRays, value));
-          scattered += value[kMiddle];
+          scattered += value.at(surface.reflectance()[kMiddle]);
         }
       }
       const double cell = 4 * 3.14159265358979 / (kRows * kColumns);
