@@ -382,15 +382,13 @@ SurfacePoint SceneGeometry::pointAt(const Ray& ray, const Hit& hit, bool wantsCo
   point.position = mix(p[0], p[1], p[2]);
   if (!isInWorld) point.position = place.point(point.position);
   const Vec3 flat = cross(p[1] - p[0], p[2] - p[0]);
-  point.geometricNormal = isInWorld
-                              ? normalised(flat, -ray.direction)
-                              : normalised(place.normal(normalised(flat)), -ray.direction);
+  point.geometricNormal = isInWorld ? normalised(flat, -ray.direction)
+                                    : normalised(place.normal(normalised(flat)), -ray.direction);
   const auto part = [&](int offset) {
     return mix(vertexAt(*mesh, index[0], offset), vertexAt(*mesh, index[1], offset),
                vertexAt(*mesh, index[2], offset));
   };
-  point.normal =
-      normalised(isInWorld ? part(3) : place.normal(part(3)), point.geometricNormal);
+  point.normal = normalised(isInWorld ? part(3) : place.normal(part(3)), point.geometricNormal);
   if (!isFinite(point.normal)) point.normal = point.geometricNormal;
   if (dot(point.normal, point.geometricNormal) < 0) point.normal = -point.normal;
   if (!wantsCoordinates) return point;

@@ -77,8 +77,8 @@ class SceneGeometry {
   /// Returns whether something stops a ray between its ends.
   bool isOccluded(const Ray& ray) const;
 
-  /// Returns the point that a ray met. The tangent and the texture coordinates are only there if they
-  /// are asked for.
+  /// Returns the point that a ray met. The tangent and the texture coordinates are only there if
+  /// they are asked for.
   SurfacePoint pointAt(const Ray& ray, const Hit& hit, bool wantsCoordinates = true) const;
   /// Returns where a shape is at a time.
   Transform placeAt(std::uint32_t shape, float time) const;

@@ -29,6 +29,22 @@ inline Vec3 cross(Vec3 a, Vec3 b) {
 inline float length(Vec3 a) { return std::sqrt(dot(a, a)); }
 inline bool isFinite(Vec3 a) { return std::isfinite(a.x + a.y + a.z); }
 
+/// Returns the cosine and the sine of a part of a full turn, from 0 to 1. Within 1e-7.
+inline Vec2 turnedBy(float part) {
+  // The nearest quarter, and series for the angle that is left, of an eighth of a turn at most.
+  const auto quarters = static_cast<int>(4 * part + 0.5F);
+  const float x = (part - 0.25F * static_cast<float>(quarters)) * (2 * kPi);
+  const float xx = x * x;
+  const float sine =
+      x * (1 - xx * (1.0F / 6) *
+                   (1 - xx * (1.0F / 20) * (1 - xx * (1.0F / 42) * (1 - xx * (1.0F / 72)))));
+  const float cosine =
+      1 - xx * 0.5F * (1 - xx * (1.0F / 12) * (1 - xx * (1.0F / 30) * (1 - xx * (1.0F / 56))));
+  const float a = quarters & 1 ? sine : cosine;
+  const float b = quarters & 1 ? cosine : sine;
+  return {(quarters + 1) & 2 ? -a : a, quarters & 2 ? -b : b};
+}
+
 /// Returns the vector at length 1, or `otherwise` for a vector without a length.
 inline Vec3 normalised(Vec3 a, Vec3 otherwise = {0, 0, 1}) {
   const float size = length(a);

@@ -90,7 +90,8 @@ Ray PathTracer::cameraRay(Vec2 film, Sampler& sampler) const {
   } else if (camera.lensRadius > 0) {
     const float radius = camera.lensRadius * std::sqrt(lens.x);
     const Vec3 focus = on * (camera.focusDistance / camera.focalLength);
-    origin = {radius * std::cos(2 * kPi * lens.y), radius * std::sin(2 * kPi * lens.y), 0};
+    const Vec2 around = turnedBy(lens.y);
+    origin = {radius * around.x, radius * around.y, 0};
     direction = focus - origin;
   }
   direction = normalised(direction, {0, 0, -1});
@@ -242,11 +243,12 @@ void PathTracer::addSurroundings(Path& path) const {
 }
 
 // Returns how much of the light on a shadow ray comes through.
-float PathTracer::transparencyOf(Ray ray, Path& path) const {
+float PathTracer::transparencyOf(const Ray& shadow, Path& path) const {
   if (!hasTransparency_) {
     ++path.rays;
-    return geometry_.isOccluded(ray) ? 0.0F : 1.0F;
+    return geometry_.isOccluded(shadow) ? 0.0F : 1.0F;
   }
+  Ray ray = shadow;
   float through = 1;
   PassedLights ignored;
   for (int pass = 0; pass < kMostPasses; ++pass) {
@@ -360,8 +362,8 @@ Seen PathTracer::trace(Vec2 film, Sampler& sampler) const {
         weight = balanced(path.density, lights_.densityOfShape(path.shape, path.ray, hit, point));
       }
       Spectrum scratch{Spectrum::Unset()};
-      path.radiance.addProduct(path.throughput,
-                               lights_.radianceOf(hit.shape, point, view, scratch), weight);
+      path.radiance.addProduct(path.throughput, lights_.radianceOf(hit.shape, point, view, scratch),
+                               weight);
     }
 
     const Surface surface(scene_, material, tables_[materialIndex], point.coordinates,

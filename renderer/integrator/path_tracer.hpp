@@ -53,7 +53,7 @@ class PathTracer {
   Spectrum background(const Path& path) const;
   void addDirect(Path& path, const SurfacePoint& point, const Surface& surface, std::uint32_t shape,
                  Sampler& sampler) const;
-  float transparencyOf(Ray ray, Path& path) const;
+  float transparencyOf(const Ray& shadow, Path& path) const;
   float opacityAt(std::uint32_t shape, const SurfacePoint& point) const;
   Vec3 mappedNormal(const MaterialDescription& material, const SurfacePoint& point) const;
   Vec3 leave(const SurfacePoint& point, Vec3 direction) const;

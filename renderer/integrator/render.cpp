@@ -43,7 +43,8 @@ Vec2 inPixel(const TaskDescription& task, Vec2 u) {
   // The filter is exp(-alpha r^2) up to its radius.
   const float inside = 1 - std::exp(-task.gaussAlpha * task.gaussRadius * task.gaussRadius);
   const float radius = std::sqrt(-std::log1p(-u.x * inside) / task.gaussAlpha);
-  return {0.5F + radius * std::cos(2 * kPi * u.y), 0.5F + radius * std::sin(2 * kPi * u.y)};
+  const Vec2 around = turnedBy(u.y);
+  return {0.5F + radius * around.x, 0.5F + radius * around.y};
 }
 
 }  // namespace

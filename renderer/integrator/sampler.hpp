@@ -2,7 +2,6 @@
 #ifndef VRN_RENDER_INTEGRATOR_SAMPLER_HPP
 #define VRN_RENDER_INTEGRATOR_SAMPLER_HPP
 
-#include <algorithm>
 #include <cstdint>
 
 #include "geometry/vector.hpp"
@@ -38,7 +37,7 @@ class Sampler {
  private:
   std::uint32_t nextKey() { return mixed(key_ + 0x85ebca6bU * ++dimension_); }
   static float toFloat(std::uint32_t bits) {
-    return std::min(static_cast<float>(bits) * 0x1p-32F, 0x1.fffffep-1F);
+    return static_cast<float>(static_cast<std::int32_t>(bits >> 8)) * 0x1p-24F;  // exact
   }
   static std::uint32_t mixed(std::uint32_t a) {
     a ^= a >> 16;
@@ -48,14 +47,14 @@ class Sampler {
     return a ^ (a >> 15);
   }
   static std::uint32_t reversed(std::uint32_t a) {
-    a = (a << 16) | (a >> 16);
-    a = ((a & 0x00ff00ffU) << 8) | ((a & 0xff00ff00U) >> 8);
+    a = __builtin_bswap32(a);
     a = ((a & 0x0f0f0f0fU) << 4) | ((a & 0xf0f0f0f0U) >> 4);
     a = ((a & 0x33333333U) << 2) | ((a & 0xccccccccU) >> 2);
     return ((a & 0x55555555U) << 1) | ((a & 0xaaaaaaaaU) >> 1);
   }
-  // The second dimension of the sequence, with its digits reversed. Its matrix is Pascal's triangle modulo 2: digit j is the
-  // sum of the digits of the index at all places whose binary digits include those of j.
+  // The second dimension of the sequence, with its digits reversed. Its matrix is Pascal's triangle
+  // modulo 2: digit j is the sum of the digits of the index at all places whose binary digits
+  // include those of j.
   static std::uint32_t sobol(std::uint32_t index) {
     index ^= (index >> 1) & 0x55555555U;
     index ^= (index >> 2) & 0x33333333U;

@@ -153,9 +153,9 @@ void Lights::addLight(std::uint32_t index) {
           const Vec3 local = latLongDirection({u, v}, false);
           // A cell may be darker in its middle than elsewhere, so each gets a share of the mean.
           Spectrum scratch;
-          cells.push_back(luminanceOf(environment(
-                              index, normalised(places_[index].vector(local)), scratch)) +
-                          0.02F * power);
+          cells.push_back(
+              luminanceOf(environment(index, normalised(places_[index].vector(local)), scratch)) +
+              0.02F * power);
           sum += cells.back();
         }
         rows.push_back(sum * std::sin(kPi * v));
@@ -265,7 +265,8 @@ bool Lights::sampleLight(std::uint32_t index, Vec3 point, Vec2 u, LightSample& o
     if (panorama.columns.empty()) {
       const float z = 1 - 2 * u.x;
       const float radius = std::sqrt(std::max(0.0F, 1 - z * z));
-      local = {radius * std::cos(2 * kPi * u.y), radius * std::sin(2 * kPi * u.y), z};
+      const Vec2 around = turnedBy(u.y);
+      local = {radius * around.x, radius * around.y, z};
     } else {
       const std::size_t row = panorama.rows.choose(u.y);
       const std::size_t column = panorama.columns[row].choose(u.x);
@@ -318,9 +319,8 @@ bool Lights::sampleLight(std::uint32_t index, Vec3 point, Vec2 u, LightSample& o
     const float rest = u.x * less;             // 1 - cosine
     const float cosine = 1 - rest;
     const float sine = std::sqrt(std::max(0.0F, rest * (2 - rest)));
-    out.direction =
-        Frame(way * (1 / distance))
-            .toWorld({sine * std::cos(2 * kPi * u.y), sine * std::sin(2 * kPi * u.y), cosine});
+    const Vec2 around = turnedBy(u.y);
+    out.direction = Frame(way * (1 / distance)).toWorld({sine * around.x, sine * around.y, cosine});
     const float inside = std::max(0.0F, radius * radius - distance2 * sine * sine);
     out.distance = distance * cosine - std::sqrt(inside);
     out.density = 1 / (2 * kPi * less);
@@ -331,11 +331,13 @@ bool Lights::sampleLight(std::uint32_t index, Vec3 point, Vec2 u, LightSample& o
     on = {u.x - 0.5F, u.y - 0.5F, 0};
   } else if (light.kind == LightKind::Disk) {
     const float radius = 0.5F * std::sqrt(u.x);
-    on = {radius * std::cos(2 * kPi * u.y), radius * std::sin(2 * kPi * u.y), 0};
+    const Vec2 around = turnedBy(u.y);
+    on = {radius * around.x, radius * around.y, 0};
   } else {
     const float z = 1 - 2 * u.x;
     const float radius = std::sqrt(std::max(0.0F, 1 - z * z));
-    on = 0.5F * Vec3{radius * std::cos(2 * kPi * u.y), radius * std::sin(2 * kPi * u.y), z};
+    const Vec2 around = turnedBy(u.y);
+    on = 0.5F * Vec3{radius * around.x, radius * around.y, z};
   }
   const Vec3 way = place.point(on) - point;
   out.distance = length(way);
@@ -424,8 +426,7 @@ Vec3 Lights::toEnvironment(std::uint32_t light, Vec3 direction) const {
   return normalised(inverses_[light].vector(direction));
 }
 
-const Spectrum& Lights::environment(std::uint32_t index, Vec3 direction,
-                                    Spectrum& scratch) const {
+const Spectrum& Lights::environment(std::uint32_t index, Vec3 direction, Spectrum& scratch) const {
   const ColourParameter& emission = scene_.lights[index].emission;
   if (emission.lookup.texture < 0) return emission.value;
   const TextureDescription& texture =

@@ -65,9 +65,9 @@ Vec3 Microfacets::sampleVisible(Vec3 from, Vec2 u) const {
   const Vec3 stretched = normalised({alpha * from.x, alpha * from.y, from.z});
   const Frame frame(stretched);
   const float radius = std::sqrt(u.x);
-  const float angle = 2 * kPi * u.y;
-  const float x = radius * std::cos(angle);
-  float y = radius * std::sin(angle);
+  const Vec2 around = turnedBy(u.y);
+  const float x = radius * around.x;
+  float y = radius * around.y;
   // `frame` turns around its normal freely, so its second axis is brought into the plane of z.
   const Vec3 side =
       std::abs(stretched.z) < 0.9999F ? normalised(cross({0, 0, 1}, stretched)) : frame.tangent;

@@ -2,9 +2,10 @@
 
 #include <vector>
 
-// Builds a function for two widths of vector units; the program takes the one that the processor has.
-// Both round alike. A sanitizer would look at the choice before it is ready.
-#if defined(__x86_64__) && defined(__GNUC__) && !defined(__clang__) && !defined(__SANITIZE_ADDRESS__)
+// Builds a function for two widths of vector units; the program takes the one that the processor
+// has. Both round alike. A sanitizer would look at the choice before it is ready.
+#if defined(__x86_64__) && defined(__GNUC__) && !defined(__clang__) && \
+    !defined(__SANITIZE_ADDRESS__)
 #define VRN_RENDER_WIDE __attribute__((target_clones("avx2", "default")))
 #else
 #define VRN_RENDER_WIDE
@@ -52,7 +53,8 @@ VRN_RENDER_WIDE void weigh(const Spectrum& a, const std::array<Spectrum, 4>& wei
   }
   for (std::size_t k = 0; k < 4; ++k) {
     const Lanes& s = sums[k];
-    means[k] = (((s[0] + s[1]) + (s[2] + s[3])) + ((s[4] + s[5]) + (s[6] + s[7]))) * (1.0F / kBands);
+    means[k] =
+        (((s[0] + s[1]) + (s[2] + s[3])) + ((s[4] + s[5]) + (s[6] + s[7]))) * (1.0F / kBands);
   }
 }
 

@@ -19,8 +19,8 @@ inline constexpr int kPaddedBands = 64;
 inline constexpr float bandBegin(int band) { return 400.0F + 5.0F * static_cast<float>(band); }
 
 /// The fraction of light that goes on at a surface, in the bands in which the surface has the
-/// reflectance R: white + once R + twice R^2. So most of the work at a surface does not grow with the
-/// number of bands.
+/// reflectance R: white + once R + twice R^2. So most of the work at a surface does not grow with
+/// the number of bands.
 struct Scattering {
   float white = 0, once = 0, twice = 0;
 

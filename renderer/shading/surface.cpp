@@ -15,8 +15,8 @@ float schlickEdge(float cosine) {
 
 Vec3 cosineDirection(Vec2 u) {
   const float radius = std::sqrt(u.x);
-  const float angle = 2 * kPi * u.y;
-  return {radius * std::cos(angle), radius * std::sin(angle), std::sqrt(std::max(0.0F, 1 - u.x))};
+  const Vec2 around = turnedBy(u.y);
+  return {radius * around.x, radius * around.y, std::sqrt(std::max(0.0F, 1 - u.x))};
 }
 
 }  // namespace
@@ -25,6 +25,11 @@ std::vector<MaterialTables> makeMaterialTables(const SceneDescription& scene) {
   std::vector<MaterialTables> result(scene.materials.size());
   for (std::size_t i = 0; i < result.size(); ++i) {
     const MaterialDescription& material = scene.materials[i];
+    const auto isZero = [](const NumberParameter& number) {
+      return number.lookup.texture < 0 && number.value <= 0;
+    };
+    result[i].isDiffuse =
+        !material.hasCoat && isZero(material.metallic) && isZero(material.transmission);
     result[i].ground = material.reflectance.value.mean();
     const Colours& colours = Colours::get();
     result[i].colour = colours.toRgb(material.reflectance.value * colours.daylight());
@@ -62,6 +67,13 @@ Surface::Surface(const SceneDescription& scene, const MaterialDescription& mater
   view_.z = std::max(view_.z, 1e-5F);
 
   reflectance_ = &vrn_render::evaluate(scene, material.reflectance, coordinates, true, scratch_);
+  const float ground = reflectance_ == &scratch_ ? reflectance_->mean() : tables.ground;
+  if (tables.isDiffuse) {
+    weights_[kDiffuse] = 1;
+    shares_[kDiffuse] = ground > 0 ? 1.0F : 0.0F;
+    isSmooth_ = true;
+    return;
+  }
   const auto number = [&](const NumberParameter& parameter) {
     return std::clamp(vrn_render::evaluate(scene, parameter, coordinates), 0.0F, 1.0F);
   };
@@ -77,7 +89,6 @@ Surface::Surface(const SceneDescription& scene, const MaterialDescription& mater
   weights_[kDiffuse] = (1 - metallic) * (1 - transmission);
   weights_[kCoat] = material.hasCoat ? weights_[kDiffuse] : 0;
 
-  const float ground = reflectance_ == &scratch_ ? reflectance_->mean() : tables.ground;
   const float coated = tables_.coat ? tables_.coat->at(view_.z, alpha_) : 0;
   shares_[kDiffuse] = weights_[kDiffuse] * (1 - coated) * ground;
   shares_[kCoat] = weights_[kCoat] * coated;
@@ -98,6 +109,10 @@ float Surface::evaluateLobes(Vec3 view, Vec3 to, std::uint32_t kinds, Scattering
   value = Scattering();
   float density = 0;
   const float cosine = std::abs(to.z);
+  if (tables_.isDiffuse) {
+    if (!(to.z > 0) || !(kinds & kDiffuseRay) || shares_[kDiffuse] <= 0) return 0;
+    return value.once = cosine * (1 / kPi);
+  }
   if (to.z > 0) {
     if ((kinds & kDiffuseRay) && shares_[kDiffuse] > 0) {
       float scale = weights_[kDiffuse] * cosine / kPi;
@@ -119,8 +134,7 @@ float Surface::evaluateLobes(Vec3 view, Vec3 to, std::uint32_t kinds, Scattering
       const float shape = facets.density(half) * facets.shadowing(view, to) / (4 * view.z);
       const float sampled = visible / (4 * std::max(c, 1e-7F));
       if (shares_[kCoat] > 0) {
-        value.white +=
-            weights_[kCoat] * fresnelDielectric(c, eta_ < 1 ? 1 / eta_ : eta_) * shape;
+        value.white += weights_[kCoat] * fresnelDielectric(c, eta_ < 1 ? 1 / eta_ : eta_) * shape;
         density += shares_[kCoat] * sampled;
       }
       if (shares_[kMetal] > 0) {

@@ -17,6 +17,7 @@ struct MaterialTables {
   float ground = 0;  ///< the mean reflectance, if no texture decides it
   Rgb colour;        ///< for the pass "albedo", if no texture decides it
   bool usesCoordinates = false;
+  bool isDiffuse = false;  ///< whether there is the diffuse ground alone
 };
 std::vector<MaterialTables> makeMaterialTables(const SceneDescription& scene);
 
@@ -74,8 +75,8 @@ class Surface {
   bool isInside_;
   Spectrum scratch_{Spectrum::Unset()};
   const Spectrum* reflectance_;
-  float alpha_, eta_;
-  bool isSmooth_;
+  float alpha_ = 0, eta_ = 1;
+  bool isSmooth_ = false;
   std::array<float, kLobes> weights_{};  ///< of the mix
   std::array<float, kLobes> shares_{};   ///< the probabilities of the lobes
 };

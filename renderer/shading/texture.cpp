@@ -220,9 +220,9 @@ Texel sampleSphere(const TextureDescription& texture, Vec3 direction) {
   return sampleSlice(texture, lookup, {0.5F + 0.5F * s / major, 0.5F + 0.5F * t / major}, face);
 }
 
-const Spectrum& evaluate(const SceneDescription& scene, const ColourParameter& parameter,
-                         const TextureCoordinates& at, bool isReflectance, Spectrum& scratch) {
-  if (parameter.lookup.texture < 0) return parameter.value;
+const Spectrum& evaluateTexture(const SceneDescription& scene, const ColourParameter& parameter,
+                                const TextureCoordinates& at, bool isReflectance,
+                                Spectrum& scratch) {
   const TextureDescription& texture =
       scene.textures[static_cast<std::size_t>(parameter.lookup.texture)];
   const int set = std::min(parameter.lookup.set, TextureCoordinates::kMostSets - 1);
@@ -258,9 +258,8 @@ const Spectrum& evaluate(const SceneDescription& scene, const ColourParameter& p
   return scratch;
 }
 
-float evaluate(const SceneDescription& scene, const NumberParameter& parameter,
-               const TextureCoordinates& at) {
-  if (parameter.lookup.texture < 0) return parameter.value;
+float evaluateTexture(const SceneDescription& scene, const NumberParameter& parameter,
+                      const TextureCoordinates& at) {
   const TextureDescription& texture =
       scene.textures[static_cast<std::size_t>(parameter.lookup.texture)];
   const int set = std::min(parameter.lookup.set, TextureCoordinates::kMostSets - 1);

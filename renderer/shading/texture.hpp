@@ -44,10 +44,21 @@ struct TextureCoordinates {
 
 /// Evaluates a colour parameter. A reflectance stays within 0 to 1. `scratch` holds the result if
 /// there is a texture.
-const Spectrum& evaluate(const SceneDescription& scene, const ColourParameter& parameter,
-                         const TextureCoordinates& at, bool isReflectance, Spectrum& scratch);
-float evaluate(const SceneDescription& scene, const NumberParameter& parameter,
-               const TextureCoordinates& at);
+const Spectrum& evaluateTexture(const SceneDescription& scene, const ColourParameter& parameter,
+                                const TextureCoordinates& at, bool isReflectance,
+                                Spectrum& scratch);
+float evaluateTexture(const SceneDescription& scene, const NumberParameter& parameter,
+                      const TextureCoordinates& at);
+inline const Spectrum& evaluate(const SceneDescription& scene, const ColourParameter& parameter,
+                                const TextureCoordinates& at, bool isReflectance,
+                                Spectrum& scratch) {
+  if (parameter.lookup.texture < 0) return parameter.value;
+  return evaluateTexture(scene, parameter, at, isReflectance, scratch);
+}
+inline float evaluate(const SceneDescription& scene, const NumberParameter& parameter,
+                      const TextureCoordinates& at) {
+  return parameter.lookup.texture < 0 ? parameter.value : evaluateTexture(scene, parameter, at);
+}
 
 }  // namespace vrn_render
 

@@ -57,6 +57,16 @@ double sampledAlbedo(const Surface& surface, int samples) {
   return sum / samples;
 }
 
+TEST(PartsOfATurn, HaveTheirCosineAndSine) {
+  for (int i = 0; i <= 4096; ++i) {
+    const float part = static_cast<float>(i) / 4096;
+    const Vec2 found = turnedBy(part);
+    const double angle = 2 * 3.14159265358979 * static_cast<double>(part);
+    EXPECT_NEAR(found.x, std::cos(angle), 2e-7) << part;
+    EXPECT_NEAR(found.y, std::sin(angle), 2e-7) << part;
+  }
+}
+
 TEST(Materials, WhiteOnesScatterAllLight) {
   for (const NamedMaterial& named : kWhite) {
     SceneDescription scene;
