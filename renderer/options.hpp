@@ -30,10 +30,12 @@ struct Options {
   std::set<Pass> passes;
   Preview preview = Preview::None;
   std::optional<std::pair<int, int>> tiles;
+  std::uint64_t maxMemory = 0;  ///< bytes; 0 for no limit
+  bool trust = false, json = false;
   bool isQuiet = false, wantsHelp = false, wantsVersion = false, wantsTiles = false;
 };
 
-/// A command line that the program does not understand.
+/// A command line that the program does not understand. The message is one line, with what to do.
 struct UsageError : std::runtime_error {
   using std::runtime_error::runtime_error;
 };

@@ -3,15 +3,15 @@
 #include <OpenEXR/ImfChannelList.h>
 #include <OpenEXR/ImfFrameBuffer.h>
 #include <OpenEXR/ImfHeader.h>
+#include <OpenEXR/ImfIO.h>
 #include <OpenEXR/ImfOutputFile.h>
 #include <png.h>
 
 #include <algorithm>
 #include <cmath>
-#include <csetjmp>
-#include <cstdio>
-#include <memory>
+#include <limits>
 #include <stdexcept>
+#include <utility>
 
 namespace vrn_render {
 namespace {
@@ -28,8 +28,23 @@ unsigned char toScreen(float linear) {
                                      : 1.055F * std::pow(linear, 1 / 2.4F) - 0.055F);
 }
 
-struct Closer {
-  void operator()(std::FILE* file) const { std::fclose(file); }
+// Collects what OpenEXR writes, which goes back to fill in offsets.
+class MemoryStream : public Imf::OStream {
+ public:
+  MemoryStream() : Imf::OStream("the picture") {}
+  void write(const char* bytes, int count) override {
+    const auto size = static_cast<std::size_t>(count);
+    if (bytes_.size() < at_ + size) bytes_.resize(at_ + size);
+    std::copy(bytes, bytes + size, bytes_.begin() + static_cast<std::ptrdiff_t>(at_));
+    at_ += size;
+  }
+  std::uint64_t tellp() override { return at_; }
+  void seekp(std::uint64_t position) override { at_ = static_cast<std::size_t>(position); }
+  std::string take() { return std::move(bytes_); }
+
+ private:
+  std::string bytes_;
+  std::size_t at_ = 0;
 };
 
 }  // namespace
@@ -75,8 +90,7 @@ std::vector<unsigned char> screenBytes(const Picture& picture, float exposure,
   return bytes;
 }
 
-void writePng(const std::string& path, const Picture& picture, float exposure,
-              const std::set<Pass>& passes) {
+std::string makePng(const Picture& picture, float exposure, const std::set<Pass>& passes) {
   const std::vector<unsigned char> bytes = screenBytes(picture, exposure, passes);
   bool isOpaque = true;
   for (std::size_t i = 3; i < bytes.size(); i += 4) isOpaque &= bytes[i] == 255;
@@ -96,16 +110,16 @@ void writePng(const std::string& path, const Picture& picture, float exposure,
     }
     pixels = opaque.data();
   }
-  std::unique_ptr<std::FILE, Closer> file(std::fopen(path.c_str(), "wb"));
-  if (!file) throw std::runtime_error(path + ": cannot write the file");
-  const bool isWritten = png_image_write_to_stdio(&image, file.get(), 0, pixels, 0, nullptr) != 0;
-  if (!isWritten || std::fclose(file.release()) != 0) {
-    throw std::runtime_error(path + ": cannot write the picture");
+  png_alloc_size_t size = PNG_IMAGE_PNG_SIZE_MAX(image);
+  std::string file(size, '\0');
+  if (png_image_write_to_memory(&image, file.data(), &size, 0, pixels, 0, nullptr) == 0) {
+    throw std::runtime_error(std::string("the picture cannot be a PNG: ") + image.message);
   }
+  file.resize(size);
+  return file;
 }
 
-void writeExr(const std::string& path, const Picture& picture, float exposure,
-              const std::set<Pass>& passes) {
+std::string makeExr(const Picture& picture, float exposure, const std::set<Pass>& passes) {
   const auto width = static_cast<std::size_t>(picture.width);
   Imf::Header header(picture.width, picture.height);
   header.compression() = Imf::ZIP_COMPRESSION;
@@ -145,13 +159,13 @@ void writeExr(const std::string& path, const Picture& picture, float exposure,
                             const_cast<char*>(reinterpret_cast<const char*>(picture.object.data())),
                             sizeof(std::uint32_t), sizeof(std::uint32_t) * width));
   }
-  try {
-    Imf::OutputFile file(path.c_str(), header, 0);
+  MemoryStream stream;
+  {
+    Imf::OutputFile file(stream, header, 0);
     file.setFrameBuffer(frame);
     file.writePixels(picture.height);
-  } catch (const std::exception&) {
-    throw std::runtime_error(path + ": cannot write the picture");
   }
+  return stream.take();
 }
 
 }  // namespace vrn_render

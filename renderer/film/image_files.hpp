@@ -1,4 +1,4 @@
-/// Writes pictures to files.
+/// Pictures as files.
 #ifndef VRN_RENDER_FILM_IMAGE_FILES_HPP
 #define VRN_RENDER_FILM_IMAGE_FILES_HPP
 
@@ -12,21 +12,19 @@ namespace vrn_render {
 /// What a picture can show besides its colours.
 enum class Pass { Depth, Normal, Albedo, Object, Spectrum };
 
-/// Writes a PNG of 8 bits with the transfer curve of sRGB. With a pass, that is drawn instead of
+/// Returns a PNG of 8 bits with the transfer curve of sRGB. With a pass, that is drawn instead of
 /// the colours: depths from white (near) to black, normals as colours, objects in colours of their
 /// own. `exposure` multiplies colours by 2 to its power.
-/// Errors: throws std::runtime_error with the path.
-void writePng(const std::string& path, const Picture& picture, float exposure,
-              const std::set<Pass>& passes);
+/// Errors: throws std::runtime_error.
+std::string makePng(const Picture& picture, float exposure, const std::set<Pass>& passes);
 
-/// Writes an EXR: R, G, B and A, and channels for each pass: depth.Z, normal.X, .Y and .Z,
+/// Returns an EXR: R, G, B and A, and channels for each pass: depth.Z, normal.X, .Y and .Z,
 /// albedo.R, .G and .B, object.id, and spectrum.400nm to spectrum.700nm. All are floats of 32 bits
 /// but object.id, which is an integer.
-/// Errors: throws std::runtime_error with the path.
-void writeExr(const std::string& path, const Picture& picture, float exposure,
-              const std::set<Pass>& passes);
+/// Errors: throws std::runtime_error.
+std::string makeExr(const Picture& picture, float exposure, const std::set<Pass>& passes);
 
-/// Returns a picture as bytes, 4 for each pixel, as writePng() writes them.
+/// Returns a picture as bytes, 4 for each pixel, as makePng() takes them.
 std::vector<unsigned char> screenBytes(const Picture& picture, float exposure,
                                        const std::set<Pass>& passes);
 

@@ -81,6 +81,28 @@ std::string halfBlocks(const Picture& picture, float exposure, int columns, int 
   return text;
 }
 
+std::string letters(const Picture& picture, float exposure, int columns, int rows) {
+  constexpr char kInks[] = " .:-=+*#%@";
+  // A character is about twice as high as it is wide.
+  const float scale =
+      std::min({static_cast<float>(columns) / static_cast<float>(picture.width),
+                static_cast<float>(2 * rows) / static_cast<float>(picture.height), 1.0F});
+  const int width = std::max(1, static_cast<int>(static_cast<float>(picture.width) * scale));
+  const int lines =
+      std::max(1, (static_cast<int>(static_cast<float>(picture.height) * scale) + 1) / 2);
+  const Reduced reduced(picture, exposure, width, lines);
+  std::string text;
+  for (int line = 0; line < lines; ++line) {
+    for (int x = 0; x < width; ++x) {
+      const Colour colour = reduced.at(x, line);
+      const unsigned brightness = (2 * colour[0] + 5 * colour[1] + colour[2]) / 8;
+      text += kInks[brightness * (sizeof kInks - 1) / 256];
+    }
+    text += "\n";
+  }
+  return text;
+}
+
 std::string sixels(const Picture& picture, float exposure, int most) {
   const int width = std::min(most, picture.width);
   const int height = std::max(1, picture.height * width / picture.width);

@@ -12,6 +12,9 @@ namespace vrn_render {
 /// each, with colours of 24 bits.
 std::string halfBlocks(const Picture& picture, float exposure, int columns, int rows);
 
+/// Returns a picture of at most `columns` by `rows` characters in letters, without colours.
+std::string letters(const Picture& picture, float exposure, int columns, int rows);
+
 /// Returns the sixels that draw a picture of at most `width` pixels, with a palette of 216 colours.
 std::string sixels(const Picture& picture, float exposure, int width);
 

@@ -13,19 +13,19 @@ namespace vrn_render {
 /// What the shares of one picture have in common.
 struct TileHeader {
   std::array<char, 8> magic{'V', 'R', 'N', 'T', 'I', 'L', 'E', 'S'};
-  std::uint32_t version = 1;
+  std::uint32_t version = 2;
   std::int32_t width = 0, height = 0;
   std::uint32_t samples = 0, seed = 0;
   float noise = 0;
-  std::array<unsigned char, 16> scene{};  ///< the id of the scene
-  std::uint32_t task = 0;
+  std::array<char, 64> scene{};  ///< the digest of the scene, in hexadecimal digits
+  std::uint32_t task = 0, bounces = 0;
   float brightness = 1;
   std::uint32_t hasTransparentBackground = 0;
   std::int32_t tiles = 0;  ///< in this file
 };
 
 /// Writes tiles of a film: the header, the index of each tile, and the pixels of each.
-/// Errors: throws std::runtime_error with the path.
+/// Errors: throws what saveBytes() throws.
 void writeTiles(const std::string& path, TileHeader header, const Film& film,
                 const std::vector<int>& tiles);
 

@@ -8,6 +8,8 @@
 #include <filesystem>
 #include <fstream>
 #include <iterator>
+#include <regex>
+#include <set>
 
 #include "renderer/support.hpp"
 
@@ -80,8 +82,20 @@ TEST_F(Program, PutsSharesTogetherToTheSameBytes) {
   ASSERT_EQ(run(path("scene") + how + "-o " + path("b") + " --tiles 3-5 --threads 3"), 0);
   ASSERT_EQ(run("--assemble " + path("b") + " " + path("a") + " -o " + path("put.png")), 0);
   EXPECT_EQ(bytes("put.png"), bytes("whole.png"));
-  EXPECT_EQ(run("--assemble " + path("b") + " -o " + path("put.png")), 1);
-  EXPECT_EQ(bytes("out"), "vrn-render: tile 0 is in none of the files\n");
+  const std::string before = bytes("put.png");
+  EXPECT_EQ(run("--assemble " + path("b") + " -o " + path("put.png")), 2);
+  EXPECT_EQ(bytes("out"), "vrn render: " + path("b") +
+                              ": the shares have fewer pixels than the picture; give all shares, "
+                              "as they were written\n");
+  EXPECT_EQ(
+      run("--assemble " + path("a") + " " + path("b") + " " + path("b") + " -o " + path("put.png")),
+      2);
+  EXPECT_NE(bytes("out").find("it has tile 3, which another share has"), std::string::npos);
+  // Shares of other options belong to another picture.
+  ASSERT_EQ(run(path("scene") + how + "-o " + path("c") + " --tiles 0-2 --bounces 1"), 0);
+  EXPECT_EQ(run("--assemble " + path("c") + " " + path("b") + " -o " + path("put.png")), 2);
+  EXPECT_NE(bytes("out").find("it belongs to another picture"), std::string::npos);
+  EXPECT_EQ(bytes("put.png"), before);
 }
 
 TEST_F(Program, WritesWhatThereIsWhenItIsInterrupted) {
@@ -93,22 +107,87 @@ TEST_F(Program, WritesWhatThereIsWhenItIsInterrupted) {
 }
 
 TEST_F(Program, TellsInOneLineWhatIsWrong) {
-  EXPECT_EQ(run(path("none") + " -o " + path("a.png")), 1);
-  const std::string text = bytes("out");
-  EXPECT_EQ(text.find("vrn-render: " + path("none")), 0U) << text;
-  EXPECT_EQ(std::count(text.begin(), text.end(), '\n'), 1);
-  EXPECT_EQ(run(path("scene") + " -o " + path("folder/a.png") + " --size 4 --samples 1 --quiet"),
-            1);
-  EXPECT_EQ(run(path("scene") + " -o " + path("a.png") + " --task 7"), 1);
-  EXPECT_EQ(bytes("out"), "vrn-render: there is no image task 7\n");
+  const auto expectTrouble = [&](const std::string& arguments) {
+    EXPECT_EQ(run(arguments), 2) << arguments;
+    const std::string text = bytes("out");
+    EXPECT_EQ(text.find("vrn render: "), 0U) << text;
+    EXPECT_EQ(std::count(text.begin(), text.end(), '\n'), 1) << text;
+    return text;
+  };
+  EXPECT_EQ(
+      expectTrouble(path("none") + " -o " + path("a.png")).find("vrn render: " + path("none")), 0U);
+  expectTrouble(path("scene") + " -o " + path("folder/a.png") + " --size 4 --samples 1 --quiet");
+  EXPECT_EQ(expectTrouble(path("scene") + " -o " + path("a.png") + " --task 7"),
+            "vrn render: --task: there is no image task 7; run vrn show " + path("scene") + "\n");
+  EXPECT_EQ(expectTrouble("scene -o a.png --sampels 3"),
+            "vrn render: --sampels: there is no such option; did you mean --samples?\n");
+  EXPECT_EQ(expectTrouble("scene -o a.exr --pass deph"),
+            "vrn render: --pass: there is no pass 'deph'; did you mean depth?\n");
   for (const char* arguments :
        {"", "scene", "scene -o a.jpg", "scene -o a.png --size 0", "scene -o a.png --samples none",
         "scene -o a.png --wrong", "scene -o a.png --pass light", "--assemble -o a.png",
-        "scene -o a.png --tiles 0-1", "scene -o a.png --tiles 3-1", "scene -o"}) {
-    EXPECT_EQ(run(arguments), 2) << arguments;
+        "scene -o a.png --tiles 0-1", "scene -o a.png --tiles 3-1", "scene -o",
+        "scene other -o a.png", "scene -o a.png --quiet=1", "scene -o a.png --max-memory much"}) {
+    expectTrouble(arguments);
   }
   EXPECT_EQ(run("--help"), 0);
   EXPECT_EQ(run("--version"), 0);
+}
+
+TEST_F(Program, RefusesAFileThatIsNotSafeToReadUnlessItIsTrusted) {
+  const std::string whole = bytes("scene");
+  std::ofstream(path("cut"), std::ios::binary) << whole.substr(0, whole.size() - 4);
+  EXPECT_EQ(run(path("cut") + " -o " + path("a.png")), 2);
+  EXPECT_NE(bytes("out").find("; run vrn check " + path("cut") + "\n"), std::string::npos)
+      << bytes("out");
+  EXPECT_FALSE(std::filesystem::exists(path("a.png")));
+  EXPECT_EQ(run(path("scene") + " --trust -o " + path("a.png") + " --size 4 --samples 1"), 0);
+  EXPECT_EQ(run(path("scene") + " --max-memory 1KiB -o " + path("a.png") + " --size 4"), 2);
+}
+
+TEST_F(Program, WritesToStandardOutputAndReadsStandardInput) {
+  const std::string how = " --size 8 --samples 2 --quiet ";
+  ASSERT_EQ(run(path("scene") + how + "-o " + path("a.png")), 0);
+  ASSERT_EQ(run("-" + how + "-o - < " + path("scene")), 0);
+  EXPECT_EQ(bytes("out"), bytes("a.png"));
+}
+
+TEST_F(Program, KeepsTheOldFileIfItFails) {
+  std::ofstream(path("a.png")) << "old";
+  std::filesystem::permissions(path("a.png"), std::filesystem::perms(0640));
+  EXPECT_EQ(run(path("none") + " -o " + path("a.png")), 2);
+  EXPECT_EQ(bytes("a.png"), "old");
+  ASSERT_EQ(run(path("scene") + " -o " + path("a.png") + " --size 4 --samples 1 --quiet"), 0);
+  EXPECT_EQ(std::filesystem::status(path("a.png")).permissions(), std::filesystem::perms(0640));
+  EXPECT_EQ(std::distance(std::filesystem::directory_iterator(folder_), {}), 3);
+}
+
+TEST_F(Program, PrintsOneJsonDocument) {
+  ASSERT_EQ(run(path("scene") + " --json -o " + path("a.png") + " --size 8x4 --samples 2"), 0);
+  const std::string text = bytes("out");
+  EXPECT_EQ(text.front(), '{');
+  for (const char* member : {"\"width\": 8,", "\"height\": 4,", "\"samples\": 64,",
+                             "\"interrupted\": false", "\"notices\": []\n}\n"}) {
+    EXPECT_NE(text.find(member), std::string::npos) << member << " in " << text;
+  }
+}
+
+TEST_F(Program, HasAManualPageOfItsOptions) {
+  ASSERT_EQ(run("--help"), 0);
+  const auto optionsOf = [](std::string text, const std::regex& line) {
+    std::set<std::string> found;
+    for (std::sregex_iterator at(text.begin(), text.end(), line), end; at != end; ++at) {
+      found.insert((*at)[1]);
+    }
+    return found;
+  };
+  std::ifstream stream(std::string(SOURCE) + "/renderer/vrn-render.1");
+  const std::string raw{std::istreambuf_iterator<char>(stream), {}};
+  const std::string page = std::regex_replace(raw, std::regex(R"(\\-)"), "-");
+  const auto inHelp = optionsOf(bytes("out"), std::regex("\n {2,6}(?:-\\w, )?(--[a-z-]+)"));
+  const auto inPage = optionsOf(page, std::regex(R"(\n\\fB(?:-\w\\fR, \\fB)?(--[a-z-]+)\\fR)"));
+  EXPECT_GT(inHelp.size(), 15U);
+  EXPECT_EQ(inHelp, inPage);
 }
 
 TEST_F(Program, DrawsPreviews) {
@@ -119,6 +198,12 @@ TEST_F(Program, DrawsPreviews) {
                 " --size 16 --samples 4 --quiet --preview=sixel"),
             0);
   EXPECT_NE(bytes("out").find("\x1bPq"), std::string::npos);
+  ASSERT_EQ(setenv("NO_COLOR", "1", 1), 0);
+  ASSERT_EQ(
+      run(path("scene") + " -o " + path("a.png") + " --size 16 --samples 4 --quiet --preview"), 0);
+  unsetenv("NO_COLOR");
+  EXPECT_EQ(bytes("out").find('\x1b'), std::string::npos);
+  EXPECT_GT(bytes("out").size(), 16U);
 }
 
 }  // namespace
