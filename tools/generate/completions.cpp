@@ -4,7 +4,6 @@
 #include <vector>
 
 #include "command.hpp"
-#include "core/external.hpp"
 #include "core/text.hpp"
 
 namespace vrn {
@@ -125,7 +124,6 @@ std::string bashCompletion() {
   std::vector<std::string> names;
   names.reserve(all.size());
   for (const Declared& declared : all) names.push_back(declared.command->name);
-  for (const ExternalProgram& program : externalPrograms()) names.emplace_back(program.command);
   std::string text =
       "# bash completion for vrn. Written by vrn_generate from the options of its commands.\n"
       "\n"
@@ -171,9 +169,6 @@ std::string bashCompletion() {
     if (!files.empty()) text += "        *) " + files + " ;;\n";
     text += "      esac ;;\n";
   }
-  for (const ExternalProgram& program : externalPrograms()) {
-    append(text, {"    ", program.command, ") _vrn_files ;;\n"});
-  }
   return text + "    help) COMPREPLY=($(compgen -W '" + joined(names) +
          "' -- \"$cur\")) ;;\n  esac\n}\n\ncomplete -F _vrn vrn\n";
 }
@@ -191,9 +186,6 @@ std::string zshCompletion() {
   for (const Declared& declared : all) {
     text += "    '" + declared.command->name + ":" + zshQuoted(declared.command->summary, ":\\") +
             "'\n";
-  }
-  for (const ExternalProgram& program : externalPrograms()) {
-    append(text, {"    '", program.command, ":", zshQuoted(program.summary, ":\\"), "'\n"});
   }
   text +=
       "    'help:print the options of a command'\n  )\n"
@@ -225,9 +217,6 @@ std::string zshCompletion() {
     }
     text += " ;;\n";
   }
-  for (const ExternalProgram& program : externalPrograms()) {
-    append(text, {"        ", program.command, ") _files ;;\n"});
-  }
   return text +
          "        help) _describe command commands ;;\n"
          "      esac ;;\n  esac\n}\n\n_vrn \"$@\"\n";
@@ -237,7 +226,6 @@ std::string fishCompletion() {
   const std::vector<Declared> all = declaredCommands();
   std::vector<std::string> names = {"help"};
   for (const Declared& declared : all) names.push_back(declared.command->name);
-  for (const ExternalProgram& program : externalPrograms()) names.emplace_back(program.command);
   const std::string none = "-n 'not __fish_seen_subcommand_from " + joined(names) + "'";
   std::string text =
       "# fish completion for vrn. Written by vrn_generate from the options of its commands.\n\n"
@@ -246,11 +234,6 @@ std::string fishCompletion() {
       none + " -s h -l help -d 'Print the commands'\n" + "complete -c vrn " + none +
       " -l version -d 'Print the version'\n" + "complete -c vrn " + none +
       " -a help -d 'print the options of a command'\n";
-  for (const ExternalProgram& program : externalPrograms()) {
-    append(text,
-           {"complete -c vrn ", none, " -a ", program.command, " -d ", fishQuoted(program.summary),
-            "\ncomplete -c vrn -n '__fish_seen_subcommand_from ", program.command, "' -F\n"});
-  }
   for (const Declared& declared : all) {
     const std::string& name = declared.command->name;
     const std::string when = "-n '__fish_seen_subcommand_from " + name + "'";
