@@ -133,7 +133,7 @@ void writePicture(const Options& options, const Picture& picture) {
 
 std::string timeText(double seconds) {
   char text[32];
-  const auto whole = static_cast<long>(seconds + 0.5);
+  const long whole = std::lround(seconds);
   if (whole < 60) {
     std::snprintf(text, sizeof text, "%ld s", whole);
   } else {
@@ -292,7 +292,7 @@ int renderScene(const Options& options) {
       throw std::runtime_error("--tiles: the picture has the tiles 0 to " +
                                std::to_string(film.tiles() - 1));
     }
-    how.tiles.resize(static_cast<std::size_t>(options.tiles->second - options.tiles->first + 1));
+    how.tiles.resize(static_cast<std::size_t>(options.tiles->second - options.tiles->first) + 1);
     std::iota(how.tiles.begin(), how.tiles.end(), options.tiles->first);
   }
 

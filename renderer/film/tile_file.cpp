@@ -1,7 +1,6 @@
 #include "film/tile_file.hpp"
 
 #include <cstddef>
-#include <cstring>
 #include <filesystem>
 #include <fstream>
 #include <stdexcept>
@@ -69,7 +68,7 @@ Film assemble(const std::vector<std::string>& paths, TileHeader& header) {
     }
     TileHeader compared = own;
     compared.tiles = header.tiles;
-    if (std::memcmp(&compared, &header, sizeof header) != 0) {
+    if (compared != header) {
       throw std::runtime_error(path + ": it belongs to another picture than " + paths[0] +
                                "; give shares of one scene, with the same options");
     }

@@ -22,6 +22,8 @@ struct TileHeader {
   float brightness = 1;
   std::uint32_t hasTransparentBackground = 0;
   std::int32_t tiles = 0;  ///< in this file
+
+  bool operator==(const TileHeader&) const = default;
 };
 
 /// Writes tiles of a film: the header, the index of each tile, and the pixels of each.

@@ -174,7 +174,7 @@ void SceneGeometry::setFlags(RTCScene scene, std::uint64_t triangles) const {
 }
 
 RTCGeometry SceneGeometry::makeMesh(const MeshDescription& mesh) const {
-  const RTCGeometry geometry = rtcNewGeometry(device_, RTC_GEOMETRY_TYPE_TRIANGLE);
+  RTCGeometry geometry = rtcNewGeometry(device_, RTC_GEOMETRY_TYPE_TRIANGLE);
   rtcSetSharedGeometryBuffer(geometry, RTC_BUFFER_TYPE_VERTEX, 0, RTC_FORMAT_FLOAT3, mesh.vertices,
                              0, 9 * sizeof(float), mesh.vertexCount);
   rtcSetSharedGeometryBuffer(geometry, RTC_BUFFER_TYPE_INDEX, 0, RTC_FORMAT_UINT3, mesh.indices, 0,
@@ -185,7 +185,7 @@ RTCGeometry SceneGeometry::makeMesh(const MeshDescription& mesh) const {
 
 RTCGeometry SceneGeometry::makeForm(Form form) const {
   if (const MeshDescription* const mesh = meshOfForm(form); mesh != nullptr) return makeMesh(*mesh);
-  const RTCGeometry geometry = rtcNewGeometry(device_, RTC_GEOMETRY_TYPE_USER);
+  RTCGeometry geometry = rtcNewGeometry(device_, RTC_GEOMETRY_TYPE_USER);
   setFormFunctions(geometry, form);
   return geometry;
 }
@@ -198,7 +198,7 @@ RTCScene SceneGeometry::partScene(const MeshDescription* mesh, Form form, bool i
   RTCScene& scene = parts_[{key, isFiltered}];
   if (scene != nullptr) return scene;
   scene = rtcNewScene(device_);
-  const RTCGeometry geometry = mesh != nullptr ? makeMesh(*mesh) : makeForm(form);
+  RTCGeometry geometry = mesh != nullptr ? makeMesh(*mesh) : makeForm(form);
   if (isFiltered) setFilter(geometry);
   rtcCommitGeometry(geometry);
   rtcAttachGeometry(scene, geometry);
@@ -219,7 +219,7 @@ void SceneGeometry::attach(RTCGeometry geometry, std::uint32_t mask, Attached re
 }
 
 RTCGeometry SceneGeometry::makeInstance(RTCScene part, const Motion& motion) const {
-  const RTCGeometry instance = rtcNewGeometry(device_, RTC_GEOMETRY_TYPE_INSTANCE);
+  RTCGeometry instance = rtcNewGeometry(device_, RTC_GEOMETRY_TYPE_INSTANCE);
   rtcSetGeometryInstancedScene(instance, part);
   rtcSetGeometryTimeStepCount(instance, static_cast<unsigned>(motion.steps.size()));
   if (motion.moves()) rtcSetGeometryTimeRange(instance, motion.start, motion.end);
@@ -243,7 +243,7 @@ void SceneGeometry::attachShape(std::uint32_t index) {
   for (const Transform& step : shape.motion.steps) isFlat |= !canBeEntered(step);
   if (mesh != nullptr && !shape.motion.moves() &&
       (isFlat || shape.motion.steps.front().isIdentity())) {
-    const RTCGeometry geometry = makeMesh(isFlat ? flatten(index, *mesh) : *mesh);
+    RTCGeometry geometry = makeMesh(isFlat ? flatten(index, *mesh) : *mesh);
     if (isFiltered) setFilter(geometry);
     direct_ += mesh->triangles;
     isInWorld_[index] = 1;
@@ -251,7 +251,7 @@ void SceneGeometry::attachShape(std::uint32_t index) {
     return;
   }
   if (isFlat) return;
-  const RTCScene part = partScene(mesh, shape.form, isFiltered);
+  RTCScene part = partScene(mesh, shape.form, isFiltered);
   attach(makeInstance(part, shape.motion), shape.visibleTo, record);
 }
 

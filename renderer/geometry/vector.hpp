@@ -32,7 +32,7 @@ inline bool isFinite(Vec3 a) { return std::isfinite(a.x + a.y + a.z); }
 /// Returns the cosine and the sine of a part of a full turn, from 0 to 1. Within 1e-7.
 inline Vec2 turnedBy(float part) {
   // The nearest quarter, and series for the angle that is left, of an eighth of a turn at most.
-  const auto quarters = static_cast<int>(4 * part + 0.5F);
+  const auto quarters = (static_cast<int>(8 * part) + 1) / 2;
   const float x = (part - 0.25F * static_cast<float>(quarters)) * (2 * kPi);
   const float xx = x * x;
   const float sine =

@@ -212,7 +212,7 @@ void Lights::addShape(std::uint32_t index) {
 }
 
 const Lights::Set& Lights::setOf(std::uint32_t shape) const {
-  return sets_[static_cast<std::size_t>(scene_.shapes[shape].lightGroup + 1)];
+  return sets_[static_cast<std::size_t>(scene_.shapes[shape].lightGroup) + 1];
 }
 
 bool Lights::contains(const std::vector<std::uint32_t>& sorted, std::uint32_t index) {

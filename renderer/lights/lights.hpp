@@ -13,12 +13,12 @@ namespace vrn_render {
 
 /// A way for light to a point.
 struct LightSample {
+  Spectrum scratch{Spectrum::Unset()};
   Vec3 direction;
   float distance = 0;  ///< infinite for light from everywhere
   /// The radiance is `scale` times `radiance`, which lasts as long as the lights, or is `scratch`.
   const Spectrum* radiance = &scratch;
   float scale = 1;
-  Spectrum scratch{Spectrum::Unset()};
   /// The probability density per solid angle, with the probability of the emitter. For a light
   /// without an extent, the probability alone.
   float density = 0;

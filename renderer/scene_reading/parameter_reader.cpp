@@ -38,14 +38,14 @@ std::optional<Spectrum> readUniversal(const ValueReader& at, ColourUse use) {
   } else {
     std::array<float, 2 * kBands> pairs{};
     for (int band = 0; band < kBands; ++band) {
-      pairs[static_cast<std::size_t>(2 * band)] = bandBegin(band);
+      pairs[2 * static_cast<std::size_t>(band)] = bandBegin(band);
     }
     if (vrntValueToSPD(at.value(), &at.place(), static_cast<std::int32_t>(pairs.size()),
                        pairs.data()) != 0) {
       return std::nullopt;
     }
     for (int band = 0; band < kBands; ++band) {
-      result[band] = pairs[static_cast<std::size_t>(2 * band + 1)];
+      result[band] = pairs[2 * static_cast<std::size_t>(band) + 1];
     }
   }
   makeUsable(result, use);

@@ -47,8 +47,8 @@ struct TextureLookup {
 /// A colour: `value` times, if there is a texture, the texture times `scale` plus `offset`.
 struct ColourParameter {
   Spectrum value{1.0F};
-  TextureLookup lookup;
   Spectrum scale{1.0F}, offset{0.0F};
+  TextureLookup lookup;
   bool isScaled = false;  ///< whether `scale` and `offset` have an effect
 };
 
@@ -63,13 +63,13 @@ struct NumberParameter {
 struct MaterialDescription {
   ColourParameter reflectance;
   ColourParameter emission;  ///< radiance
+  Spectrum indices;          ///< of refraction, for each band
   bool emits = false;
   bool emitsOnBothSides = false;
   NumberParameter roughness, metallic, transmission, opacity;
   float opacityCutoff = -1;  ///< below it a point is invisible, from it on opaque; -1 for none
   bool hasCoat = false;      ///< a smooth or rough dielectric layer on the diffuse ground
   float indexOfRefraction = 1.5F;
-  Spectrum indices;  ///< of refraction, for each band
   bool isDispersive = false;
   TextureLookup normalMap;
   Vec3 normalScale{1, 1, 1}, normalOffset{0, 0, 0};
@@ -127,12 +127,12 @@ enum class LightKind : std::uint8_t {
 };
 
 struct LightDescription {
+  /// Radiance of a surface and of the environment, intensity of a point, irradiance of a direction.
+  ColourParameter emission;
   std::uint32_t object = 0;
   std::string tag;
   LightKind kind = LightKind::Rectangle;
   Transform place;
-  /// Radiance of a surface and of the environment, intensity of a point, irradiance of a direction.
-  ColourParameter emission;
   float cosInner = 1, cosOuter = 0;  ///< the cone of a spot light
   std::uint32_t visibleTo = ~0U;
   bool castsShadow = true, castsCaustics = true;
@@ -145,6 +145,7 @@ struct LightGroupDescription {
 };
 
 struct CameraDescription {
+  Spectrum background;
   Motion motion;
   float focalLength = 0.035F, filmWidth = 0.036F, filmHeight = 0.024F;  ///< metres
   float lensRadius = 0, focusDistance = 1;                              ///< metres
@@ -152,7 +153,6 @@ struct CameraDescription {
   float nearDistance = 0;
   float shutterOpen = 0, shutterClose = 0;
   bool hasBackground = false;
-  Spectrum background;
   bool hasBackplate = false;
   int backplate = -1;
   TextureLookup backplateLookup;

@@ -20,7 +20,7 @@ using Pairs = std::array<float, 2 * (kBands + 2)>;
 Pairs emptyPairs() {
   Pairs pairs{};
   for (int band = 0; band <= kBands; ++band) {
-    pairs[static_cast<std::size_t>(2 * band + 2)] = bandBegin(band);
+    pairs[2 * static_cast<std::size_t>(band) + 2] = bandBegin(band);
   }
   return pairs;
 }
@@ -107,7 +107,7 @@ Colours::Colours() {
   for (int band = 0; band < kBands; ++band) {
     Pairs pairs = emptyPairs();
     // As many as there are bands, since mean() divides by them.
-    pairs[static_cast<std::size_t>(2 * band + 3)] = kBands;
+    pairs[2 * static_cast<std::size_t>(band) + 3] = kBands;
     float rgb[3] = {};
     convert(pairs, VRNT_ENCODING_RGB, rgb, VRNT_COLOUR_SPACE_E);
     for (std::size_t channel = 0; channel < 3; ++channel) screen_[channel][band] = rgb[channel];
@@ -129,7 +129,7 @@ Colours::Colours() {
                        pairs.data()};
     vrntSpectrumConvert(&from, &to, VRNT_COLOUR_SPACE_D65);
     for (int band = 0; band < kBands; ++band) {
-      colours_[bits][band] = pairs[static_cast<std::size_t>(2 * band + 3)];
+      colours_[bits][band] = pairs[2 * static_cast<std::size_t>(band) + 3];
     }
   }
 }

@@ -68,12 +68,12 @@ class Surface {
   Scattered sampleBoundary(Vec3 view, float choice, Vec2 u, int band) const;
   float evaluateLobes(Vec3 view, Vec3 direction, std::uint32_t kinds, Scattering& value) const;
 
+  Spectrum scratch_{Spectrum::Unset()};
   const MaterialDescription& material_;
   const MaterialTables& tables_;
   Frame frame_;
   Vec3 geometric_, view_;
   bool isInside_;
-  Spectrum scratch_{Spectrum::Unset()};
   const Spectrum* reflectance_;
   float alpha_ = 0, eta_ = 1;
   bool isSmooth_ = false;
