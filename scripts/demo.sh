@@ -63,6 +63,6 @@ run_vrn 1 diff "$scene" "$changed"
 
 heading "vrn render: the box as a picture"
 image=$PWD/$build/cornell_box.png
-run_vrn 0 render "$scene" -o "$image" --size 512 --samples 128 --time 18
+run_vrn 0 render "$scene" -o "$image" --size 512 --samples 128 --time 18 --exposure 1
 
 printf '\nThe demo succeeded: the programs read what was written.\nThe picture: %s\n' "$image"

@@ -3,6 +3,7 @@
 #include <cmath>
 #include <cstdint>
 
+#include "shading/block_modes.hpp"
 #include "vornath_data/asset_records.h"
 
 namespace vrn_render {
@@ -76,7 +77,8 @@ bool isBC3(int format) {
 int blockBytes(int format) {
   if (isBC1(format) || format == VRNT_TEXTURE_FORMAT_BC4) return 8;
   if (isBC2(format) || isBC3(format) || format == VRNT_TEXTURE_FORMAT_BC5 ||
-      format == VRNT_TEXTURE_FORMAT_BC5N) {
+      format == VRNT_TEXTURE_FORMAT_BC5N || format == VRNT_TEXTURE_FORMAT_BC6H ||
+      format == VRNT_TEXTURE_FORMAT_BC7) {
     return 16;
   }
   return 0;
@@ -99,8 +101,11 @@ std::array<float, 4> decodeBlock(int format, const unsigned char* block, int x, 
     }
     return {red, green, blue, 1};
   }
+  if (format == VRNT_TEXTURE_FORMAT_BC6H) return decodeBC6H(block, index);
   Pixel pixel;
-  if (isBC1(format)) {
+  if (format == VRNT_TEXTURE_FORMAT_BC7) {
+    pixel = decodeBC7(block, index);
+  } else if (isBC1(format)) {
     pixel = decodeColour(block, index, false);
   } else {
     pixel = decodeColour(block + 8, index, true);

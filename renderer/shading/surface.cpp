@@ -242,6 +242,15 @@ Scattered Surface::sampleBoundary(Vec3 view, float choice, Vec2 u, int band) con
 
 Scattered Surface::sample(float choice, Vec2 u, int band) const {
   Scattered out;
+  if (tables_.isDiffuse) {
+    const Vec3 to = cosineDirection(u);
+    out.direction = frame_.toWorld(to);
+    if (shares_[kDiffuse] <= 0 || !(to.z > 0) || dot(out.direction, geometric_) <= 0) return out;
+    out.kind = kDiffuseRay;
+    out.density = to.z * (1 / kPi);
+    out.weight.once = 1;
+    return out;
+  }
   std::size_t lobe = 0;
   while (lobe < kLobes && choice >= shares_[lobe]) choice -= shares_[lobe++];
   if (lobe == kLobes) {

@@ -7,6 +7,7 @@
 
 #include "film/tile_file.hpp"
 #include "renderer/support.hpp"
+#include "shading/block_modes.hpp"
 
 namespace {
 
@@ -234,6 +235,72 @@ TEST(Textures, InBlocksAreDecoded) {
   EXPECT_FLOAT_EQ(texelAt(texture, 0, 0, 0)[0], 1);
   EXPECT_FLOAT_EQ(texelAt(texture, 1, 0, 0)[0], 0);
   EXPECT_NEAR(texelAt(texture, 2, 0, 0)[0], 6.0 / 7, 1e-6);
+}
+
+// Blocks of each mode, from a simple generator. The sums are those of the pixels that OpenImageIO
+// reads from such blocks in a DDS file; each channel counts by its place, so that no two may be
+// exchanged.
+TEST(Textures, InBlocksWithModesAreThoseOfAnotherDecoder) {
+  std::uint32_t state = 1;
+  const auto makeBlocks = [&state](unsigned code, unsigned bits) {
+    std::vector<unsigned char> blocks(std::size_t{64} * 16);
+    for (unsigned char& byte : blocks) {
+      state = state * 1664525U + 1013904223U;
+      byte = static_cast<unsigned char>(state >> 24);
+    }
+    for (std::size_t i = 0; i < blocks.size(); i += 16) {
+      blocks[i] = static_cast<unsigned char>((blocks[i] & ~((1U << bits) - 1)) | code);
+    }
+    return blocks;
+  };
+  const auto sum = [](const std::vector<unsigned char>& blocks, std::size_t channels, auto decode,
+                      auto store) {
+    std::uint32_t result = 0;
+    for (std::size_t at = 0; at < blocks.size(); at += 16) {
+      for (int pixel = 0; pixel < 16; ++pixel) {
+        const std::array<float, 4> found = decode(blocks.data() + at, pixel);
+        for (std::size_t channel = 0; channel < channels; ++channel) {
+          result += store(found[channel]) * (4 * static_cast<std::uint32_t>(pixel) +
+                                             static_cast<std::uint32_t>(channel) + 1);
+        }
+      }
+    }
+    return result;
+  };
+  const std::uint32_t sums7[] = {21336514, 21114541, 21603646, 20975877,
+                                 17443984, 17028976, 16811200, 16664976};
+  for (unsigned mode = 0; mode < 8; ++mode) {
+    EXPECT_EQ(sum(makeBlocks(1U << mode, mode + 1), 4, decodeBC7,
+                  [](float code) { return static_cast<std::uint32_t>(std::lround(code * 255)); }),
+              sums7[mode])
+        << mode;
+  }
+  const auto bitsOfHalf = [](float number) {
+    int exponent = 0;
+    const float part = std::frexp(number, &exponent);  // from 0.5 to 1
+    if (number == 0 || exponent < -13) return static_cast<std::uint32_t>(std::ldexp(number, 24));
+    return static_cast<std::uint32_t>((exponent + 14) << 10) +
+           static_cast<std::uint32_t>((2 * part - 1) * 1024);
+  };
+  const unsigned codes[] = {0, 1, 2, 6, 10, 14, 18, 22, 26, 30, 3, 7, 11, 15};
+  const std::uint32_t sums6[] = {1623490212, 1526915223, 1507674384, 1539876361, 1533876758,
+                                 1635317289, 1566106058, 1631019593, 1700265862, 1552563307,
+                                 1668946283, 1491668066, 1499434419, 1605665005};
+  for (std::size_t mode = 0; mode < 14; ++mode) {
+    EXPECT_EQ(sum(makeBlocks(codes[mode], codes[mode] < 2 ? 2 : 5), 3, decodeBC6H, bitsOfHalf),
+              sums6[mode])
+        << codes[mode];
+  }
+  const std::vector<unsigned char> reserved = makeBlocks(0, 8);
+  EXPECT_EQ(decodeBC7(reserved.data(), 3), (Texel{0, 0, 0, 0}));
+  TextureDescription texture;
+  texture.bytes = reserved.data();
+  texture.width = texture.height = 8;
+  for (const int format : {VRNT_TEXTURE_FORMAT_BC6H, VRNT_TEXTURE_FORMAT_BC7}) {
+    texture.format = format;
+    EXPECT_EQ(textureProblem(texture, 64), "");
+    EXPECT_NE(textureProblem(texture, 63), "");
+  }
 }
 
 // A red square before a green one, with flags and sides that hide it.
