@@ -373,6 +373,7 @@ SurfacePoint SceneGeometry::pointAt(const Ray& ray, const Hit& hit, bool wantsCo
     point.geometricNormal = point.normal = normalised(place.normal(normal));
     point.tangent = form == Form::Disk ? place.x : place.vector(cross({0, 0, 1}, normal));
     point.coordinates.sets.fill(formCoordinates(form, local));
+    if (wantsCoordinates) addProjection(hit.shape, local, normal, point);
     return point;
   }
   const std::uint32_t* const index = mesh->indices + std::size_t{3} * hit.primitive;
@@ -405,7 +406,19 @@ SurfacePoint SceneGeometry::pointAt(const Ray& ray, const Hit& hit, bool wantsCo
       (axis == 0 ? uv.x : uv.y) = w * at(0) + hit.u * at(1) + hit.v * at(2);
     }
   }
+  addProjection(hit.shape, mix(p[0], p[1], p[2]), flat, point);
   return point;
+}
+
+// Replaces the coordinates of a shape whose field says so. The point and the normal are in the
+// space of the shape.
+void SceneGeometry::addProjection(std::uint32_t index, Vec3 local, Vec3 normal,
+                                  SurfacePoint& point) const {
+  const ShapeDescription& shape = scene_.shapes[index];
+  if (shape.projection == Projection::Keep) return;
+  const Transform& map = shape.toProjection;
+  point.coordinates.sets.fill(
+      project(shape.projection, map.point(local), map.normal(normal)).coordinates);
 }
 
 }  // namespace vrn_render

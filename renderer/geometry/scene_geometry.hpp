@@ -100,6 +100,7 @@ class SceneGeometry {
     std::uint32_t light = Hit::kNone;
   };
 
+  void addProjection(std::uint32_t shape, Vec3 local, Vec3 normal, SurfacePoint& point) const;
   void attachShape(std::uint32_t index);
   void attachLight(std::uint32_t index);
   const MeshDescription& flatten(std::uint32_t shape, const MeshDescription& mesh);

@@ -115,13 +115,55 @@ Vec3 PathTracer::leave(const SurfacePoint& point, Vec3 direction) const {
   return p + point.geometricNormal * (isFront ? step : -step);
 }
 
-float PathTracer::opacityAt(std::uint32_t shape, const SurfacePoint& point) const {
-  const MaterialDescription& material =
-      scene_.materials[static_cast<std::size_t>(scene_.shapes[shape].material)];
-  const float opacity =
-      std::clamp(evaluate(scene_, material.opacity, point.coordinates), 0.0F, 1.0F);
+float PathTracer::opacityAt(std::size_t index, const TextureCoordinates& at) const {
+  const MaterialDescription& material = scene_.materials[index];
+  const float opacity = std::clamp(evaluate(scene_, material.opacity, at), 0.0F, 1.0F);
   if (material.opacityCutoff >= 0) return opacity < material.opacityCutoff ? 0.0F : 1.0F;
   return opacity;
+}
+
+// Returns whether a decal covers a point, with the point as the decal's material sees it.
+bool PathTracer::reachesDecal(const DecalUse& use, const SurfacePoint& point, Vec3 view,
+                              SurfacePoint& on) const {
+  if ((dot(point.geometricNormal, view) > 0) != use.isFront) return false;
+  const DecalDescription& decal = scene_.decals[static_cast<std::size_t>(use.decal)];
+  const Vec3 local = decal.toLocal.point(point.position);
+  const Vec3& low = decal.low;
+  const Vec3& high = decal.high;
+  if (!(local.x >= low.x && local.y >= low.y && local.z >= low.z && local.x <= high.x &&
+        local.y <= high.y && local.z <= high.z)) {
+    return false;
+  }
+  on = point;
+  if (decal.projection == Projection::Keep) return true;
+  const Vec3 normal = decal.toLocal.normal(point.geometricNormal);
+  const Projected found = project(decal.projection, local, normal);
+  if (!(dot(normal, found.outward) > 0 ? decal.fromOutside : decal.fromInside)) return false;
+  on.coordinates.sets.fill(found.coordinates);
+  on.tangent = decal.place.x;
+  return true;
+}
+
+// Chooses the uppermost decal, by the chance of its opacity, or one that is below it. Returns false
+// if a ray meets the shape's own material.
+bool PathTracer::chooseDecal(const ShapeDescription& shape, SurfacePoint& point, Vec3 view,
+                             Sampler& sampler, std::size_t& material) const {
+  float choice = sampler.one();
+  for (auto use = shape.decals.rbegin(); use != shape.decals.rend(); ++use) {
+    SurfacePoint on;
+    if (!reachesDecal(*use, point, view, on)) continue;
+    const DecalDescription& decal = scene_.decals[static_cast<std::size_t>(use->decal)];
+    const auto over =
+        static_cast<std::size_t>(use->isFront ? decal.frontMaterial : decal.backMaterial);
+    const float opacity = opacityAt(over, on.coordinates);
+    if (choice < opacity) {
+      point = on;
+      material = over;
+      return true;
+    }
+    choice = std::min((choice - opacity) / (1 - opacity), 0x1.fffffep-1F);
+  }
+  return false;
 }
 
 Vec3 PathTracer::mappedNormal(const MaterialDescription& material,
@@ -258,7 +300,14 @@ float PathTracer::transparencyOf(const Ray& shadow, Path& path) const {
     const auto material = static_cast<std::size_t>(scene_.shapes[hit.shape].material);
     if (!isTransparent_[material]) return 0;
     const SurfacePoint point = geometry_.pointAt(ray, hit);
-    through *= 1 - opacityAt(hit.shape, point);
+    through *= 1 - opacityAt(material, point.coordinates);
+    for (const DecalUse& use : scene_.shapes[hit.shape].decals) {
+      SurfacePoint on;
+      if (!reachesDecal(use, point, -ray.direction, on)) continue;
+      const DecalDescription& decal = scene_.decals[static_cast<std::size_t>(use.decal)];
+      const int over = use.isFront ? decal.frontMaterial : decal.backMaterial;
+      through *= 1 - opacityAt(static_cast<std::size_t>(over), on.coordinates);
+    }
     if (through <= 0) return 0;
     const Vec3 next = leave(point, ray.direction);
     ray.far -= dot(next - ray.origin, ray.direction);
@@ -333,13 +382,17 @@ Seen PathTracer::trace(Vec2 film, Sampler& sampler) const {
       break;
     }
     const ShapeDescription& shape = scene_.shapes[hit.shape];
-    const auto materialIndex = static_cast<std::size_t>(shape.material);
+    auto materialIndex = static_cast<std::size_t>(shape.material);
+    const bool hasDecals = !shape.decals.empty();
+    SurfacePoint point =
+        geometry_.pointAt(path.ray, hit, hasDecals || tables_[materialIndex].usesCoordinates);
+    const bool isDecal =
+        hasDecals && chooseDecal(shape, point, -path.ray.direction, sampler, materialIndex);
     const MaterialDescription& material = scene_.materials[materialIndex];
-    const SurfacePoint point =
-        geometry_.pointAt(path.ray, hit, tables_[materialIndex].usesCoordinates);
-    if (!isTransparent_[materialIndex]) {
+    if (isDecal || !isTransparent_[materialIndex]) {
       sampler.skip();
-    } else if (sampler.one() >= opacityAt(hit.shape, point) && ++passes < kMostPasses) {
+    } else if (sampler.one() >= opacityAt(materialIndex, point.coordinates) &&
+               ++passes < kMostPasses) {
       path.ray.origin = leave(point, path.ray.direction);
       path.ray.near = 0;
       if (path.ray.kind == kCameraRay) path.ray.kind = kTransmissionRay;
@@ -362,7 +415,7 @@ Seen PathTracer::trace(Vec2 film, Sampler& sampler) const {
         weight = balanced(path.density, lights_.densityOfShape(path.shape, path.ray, hit, point));
       }
       Spectrum scratch{Spectrum::Unset()};
-      path.radiance.addProduct(path.throughput, lights_.radianceOf(hit.shape, point, view, scratch),
+      path.radiance.addProduct(path.throughput, lights_.radianceOf(material, point, view, scratch),
                                weight);
     }
 

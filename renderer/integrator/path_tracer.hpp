@@ -54,7 +54,11 @@ class PathTracer {
   void addDirect(Path& path, const SurfacePoint& point, const Surface& surface, std::uint32_t shape,
                  Sampler& sampler) const;
   float transparencyOf(const Ray& shadow, Path& path) const;
-  float opacityAt(std::uint32_t shape, const SurfacePoint& point) const;
+  float opacityAt(std::size_t material, const TextureCoordinates& at) const;
+  bool reachesDecal(const DecalUse& use, const SurfacePoint& point, Vec3 view,
+                    SurfacePoint& on) const;
+  bool chooseDecal(const ShapeDescription& shape, SurfacePoint& point, Vec3 view, Sampler& sampler,
+                   std::size_t& material) const;
   Vec3 mappedNormal(const MaterialDescription& material, const SurfacePoint& point) const;
   Vec3 leave(const SurfacePoint& point, Vec3 direction) const;
 

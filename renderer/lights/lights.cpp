@@ -79,9 +79,8 @@ Lights::Lights(const SceneDescription& scene, const SceneGeometry& geometry)
     canBeFound_ |= light.kind != LightKind::Point && light.kind != LightKind::Spot &&
                    light.kind != LightKind::Directional;
   }
-  for (const ShapeDescription& shape : scene.shapes) {
-    canBeFound_ |= scene.materials[static_cast<std::size_t>(shape.material)].emits;
-  }
+  // Also those of decals.
+  for (const MaterialDescription& material : scene.materials) canBeFound_ |= material.emits;
 
   std::vector<std::uint32_t> all(emitters_.size());
   for (std::uint32_t i = 0; i < all.size(); ++i) all[i] = i;
@@ -189,8 +188,8 @@ void Lights::addLight(std::uint32_t index) {
 void Lights::addShape(std::uint32_t index) {
   const ShapeDescription& shape = scene_.shapes[index];
   const MaterialDescription& material = scene_.materials[static_cast<std::size_t>(shape.material)];
-  if (!material.emits || shape.isMatte || !shape.castsIndirect) return;
-  // Rays that scatter find the curved forms; sampling is for meshes.
+  if (!material.emits || shape.isMatte || !shape.castsIndirect || !shape.decals.empty()) return;
+  // Rays that scatter find the curved forms, and what decals may cover; sampling is for meshes.
   const MeshDescription* const mesh = geometry_.meshOf(index);
   if (mesh == nullptr || (shape.visibleTo & kScatteredRays) != kScatteredRays) return;
   const Transform place = geometry_.placeAt(index, shape.motion.start);
@@ -403,7 +402,8 @@ bool Lights::sampleShape(const Emitter& emitter, Vec3 point, float time, float c
   if (!(area > 0)) return false;
   out.density =
       emitter.triangles.probability(triangle) * out.distance * out.distance / (cosine * area);
-  out.radiance = &radianceOf(emitter.index, on, -out.direction, out.scratch);
+  const MaterialDescription& material = scene_.materials[static_cast<std::size_t>(shape.material)];
+  out.radiance = &radianceOf(material, on, -out.direction, out.scratch);
   out.visibleTo = shape.visibleTo;
   return !out.radiance->isZero();
 }
@@ -413,10 +413,8 @@ const Spectrum& Lights::radianceOf(std::uint32_t light, Spectrum& scratch) const
   return evaluate(scene_, emission, TextureCoordinates(), false, scratch);
 }
 
-const Spectrum& Lights::radianceOf(std::uint32_t shape, const SurfacePoint& point, Vec3 view,
-                                   Spectrum& scratch) const {
-  const MaterialDescription& material =
-      scene_.materials[static_cast<std::size_t>(scene_.shapes[shape].material)];
+const Spectrum& Lights::radianceOf(const MaterialDescription& material, const SurfacePoint& point,
+                                   Vec3 view, Spectrum& scratch) const {
   if (!material.emits) return kDark;
   if (!material.emitsOnBothSides && dot(point.geometricNormal, view) <= 0) return kDark;
   return evaluate(scene_, material.emission, point.coordinates, false, scratch);

@@ -53,9 +53,9 @@ class Lights {
   // The results of these are constant, or `scratch`.
   /// The radiance of a light against the direction of a ray that passes its lit side.
   const Spectrum& radianceOf(std::uint32_t light, Spectrum& scratch) const;
-  /// The radiance of a shape at a point, to the side that `view` leads to.
-  const Spectrum& radianceOf(std::uint32_t shape, const SurfacePoint& point, Vec3 view,
-                             Spectrum& scratch) const;
+  /// The radiance of a material at a point, to the side that `view` leads to.
+  const Spectrum& radianceOf(const MaterialDescription& material, const SurfacePoint& point,
+                             Vec3 view, Spectrum& scratch) const;
   /// The radiance of an environment from a direction.
   const Spectrum& environment(std::uint32_t light, Vec3 direction, Spectrum& scratch) const;
   /// The lights that surround the scene, as indices of lights.

@@ -9,6 +9,7 @@
 #include <string>
 #include <vector>
 
+#include "geometry/projection.hpp"
 #include "geometry/vector.hpp"
 #include "shading/spectrum.hpp"
 
@@ -98,6 +99,23 @@ struct Motion {
   bool moves() const { return steps.size() > 1; }
 };
 
+/// What is laid over the surface of shapes, by a projection.
+struct DecalDescription {
+  Transform place;  ///< from the space of the projection to the world; it has an inverse
+  Transform toLocal;
+  Projection projection = Projection::Planar;
+  bool fromOutside = true, fromInside = false;  ///< on which sides of surfaces it falls
+  Vec3 low, high;  ///< the clipping box, in the space of the projection
+  int frontMaterial = 0, backMaterial = 0;
+};
+
+/// A decal on a shape. On the front it is seen from there, with its front material; likewise on the
+/// back.
+struct DecalUse {
+  int decal;
+  bool isFront;
+};
+
 struct ShapeDescription {
   std::uint32_t object = 0;  ///< the index in the scene
   std::string tag;
@@ -112,7 +130,10 @@ struct ShapeDescription {
   bool isMatte = false;
   Culling culling = Culling::None;
   bool cullsOnlyCamera = true;
-  std::uint32_t cutBy = 0;  ///< a bit for each cut plane
+  std::uint32_t cutBy = 0;                   ///< a bit for each cut plane
+  std::vector<DecalUse> decals;              ///< a later one covers an earlier one
+  Projection projection = Projection::Keep;  ///< of the texture coordinates
+  Transform toProjection;                    ///< from the space of the shape
   float samplingMultiplier = 1;
 };
 
@@ -191,6 +212,7 @@ struct SceneDescription {
   std::vector<TextureDescription> textures;
   std::vector<MaterialDescription> materials;
   std::vector<MeshDescription> meshes;
+  std::vector<DecalDescription> decals;
   std::vector<ShapeDescription> shapes;
   std::vector<LightDescription> lights;
   std::vector<LightGroupDescription> lightGroups;

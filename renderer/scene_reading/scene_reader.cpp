@@ -75,6 +75,7 @@ class Reader {
     readMaterials();
     readMeshes();
     readLightGroups();
+    readDecals();
     readShapes();
     readLights();
     readScene();
@@ -279,12 +280,14 @@ class Reader {
 
     const bool hasTransmission = number({"transmission", "transmittance"}, material.transmission);
     if (hasTransmission) material.reflectance.value = Spectrum(1.0F);
-    colour({"reflectance", "base_color", "base_colour", "diffuse", "diffuse_color", "albedo",
-            "color", "colour"},
-           ColourUse::Reflectance, material.reflectance);
-    map({"map", "reflectance_map", "reflectance_texture", "base_color_texture", "base_color_map",
-         "diffuse_texture", "diffuse_map"},
-        material.reflectance.lookup);
+    const bool hasColour = colour({"reflectance", "base_color", "base_colour", "diffuse",
+                                   "diffuse_color", "albedo", "color", "colour"},
+                                  ColourUse::Reflectance, material.reflectance);
+    const bool hasMap = map({"map", "reflectance_map", "reflectance_texture", "base_color_texture",
+                             "base_color_map", "diffuse_texture", "diffuse_map"},
+                            material.reflectance.lookup);
+    // A texture alone is the colour.
+    if (hasMap && !hasColour) material.reflectance.value = Spectrum(1.0F);
     material.hasCoat = number({"roughness"}, material.roughness);
     map({"roughness_texture", "roughness_map"}, material.roughness.lookup);
     channel("roughness_channel", material.roughness);
@@ -339,7 +342,11 @@ class Reader {
     } else {
       material.emission.value = Spectrum();
     }
-    map({"emission_texture", "emission_map", "emissive_texture"}, material.emission.lookup);
+    const bool emits = !material.emission.value.isZero();
+    if (map({"emission_texture", "emission_map", "emissive_texture"}, material.emission.lookup) &&
+        !emits && !value.findAny({"emission", "emissive", "emission_color", "emissive_color"})) {
+      material.emission.value = Colours::get().daylight();
+    }
     if (const auto at = value.findAny({"emission_strength", "emissive_strength"}); at) {
       const float strength = at->number().value_or(1);
       material.emission.value *= std::isfinite(strength) ? std::max(strength, 0.0F) : 0.0F;
@@ -534,6 +541,57 @@ class Reader {
 
   // Objects
 
+  static Projection projectionOf(std::string_view mode) {
+    static constexpr std::pair<std::string_view, Projection> kProjections[] = {
+        {"BOX", Projection::Box},
+        {"CUBIC", Projection::Cubic},
+        {"PLANAR", Projection::Planar},
+        {"SPHERICAL", Projection::Spherical},
+        {"CYLINDRICAL", Projection::Cylindrical},
+        {"RADIAL", Projection::Radial}};
+    for (const auto& [label, projection] : kProjections) {
+      // The variants of a mode begin with its name.
+      if (mode.substr(0, label.size()) == label) return projection;
+    }
+    return Projection::Keep;
+  }
+
+  void readDecals() {
+    constexpr std::uint32_t kClass = VRDM_CLASS_DECAL;
+    out_.decals.resize(static_cast<std::size_t>(count(kClass)));
+    isUsable_.resize(out_.decals.size());
+    for (int i = 0; i < count(kClass); ++i) {
+      if (!valid(kClass, i)) continue;
+      DecalDescription& decal = out_.decals[static_cast<std::size_t>(i)];
+      decal.place =
+          groupOf(kClass, i) * group(kClass, i, "Transformation").fields().matrixAt("matrix");
+      if (!canBeEntered(decal.place)) {
+        notices_.add(called(kClass, i) + " has a projection without an extent; it is left out");
+        continue;
+      }
+      isUsable_[static_cast<std::size_t>(i)] = true;
+      decal.toLocal = inverse(decal.place);
+      const Group projection = group(kClass, i, "Projection");
+      const ValueReader p = projection.fields();
+      decal.projection = projectionOf(p.constructorAt("mode"));
+      const std::string_view direction = p.constructorAt("direction");
+      decal.fromOutside = direction != "INSIDE_OUT";
+      decal.fromInside = direction != "OUTSIDE_IN";
+      const auto corner = [&p](std::string_view label, float otherwise) {
+        const auto at = p.find(label);
+        const auto lanes = at ? at->lanes() : std::nullopt;
+        const auto known = [otherwise](float x) { return std::isnan(x) ? otherwise : x; };
+        return lanes ? Vec3{known((*lanes)[0]), known((*lanes)[1]), known((*lanes)[2])}
+                     : Vec3{otherwise, otherwise, otherwise};
+      };
+      constexpr float kFar = std::numeric_limits<float>::infinity();
+      decal.low = corner("clipping_box.min", -kFar);
+      decal.high = corner("clipping_box.max", kFar);
+      decal.frontMaterial = reference(kClass, i, "frontMaterial") + 1;
+      decal.backMaterial = reference(kClass, i, "backMaterial") + 1;
+    }
+  }
+
   void readShapes() {
     out_.shapes.reserve(static_cast<std::size_t>(count(VRDM_CLASS_SHAPE)));
     for (int i = 0; i < count(VRDM_CLASS_SHAPE); ++i) {
@@ -600,14 +658,27 @@ class Reader {
     if (cutting.fields().booleanAt("capped", false)) {
       notices_.add("caps of cut planes are not rendered");
     }
-    if (reference(kClass, index, "decals") >= 0) notices_.add("decals are not rendered");
+    if (const int decals = reference(kClass, index, "decals"); decals >= 0) {
+      for (const std::int32_t word : list(VRDM_CLASS_DECAL_LIST, decals, "decals")) {
+        if (word == std::numeric_limits<std::int32_t>::min()) continue;
+        const std::int32_t decal = word < 0 ? ~word : word;
+        if (!valid(VRDM_CLASS_DECAL, decal) || !isUsable_[static_cast<std::size_t>(decal)])
+          continue;
+        shape.decals.push_back({decal, word < 0});
+      }
+    }
     if (general.fields().numberAt("edge_radius") > 0)
       notices_.add("rounded edges are not rendered");
     const Group procedural = group(kClass, index, "Procedural UVs");
-    if (const std::string_view uv = procedural.fields().constructorAt("mode");
-        !uv.empty() && uv != "KEEP") {
-      notices_.add("texture coordinates of the mode " + std::string(uv) +
-                   " are not computed; those of the mesh are used");
+    shape.projection = projectionOf(procedural.fields().constructorAt("mode"));
+    if (shape.projection != Projection::Keep) {
+      const Transform place = procedural.fields().matrixAt("uv_transformation");
+      if (canBeEntered(place)) {
+        shape.toProjection = inverse(place);
+      } else {
+        notices_.add(name + " has a projection without an extent; the mesh's coordinates are used");
+        shape.projection = Projection::Keep;
+      }
     }
     out_.shapes.push_back(std::move(shape));
   }
@@ -1033,6 +1104,7 @@ class Reader {
   const vrdmScene_t* scene_;
   Notices& notices_;
   SceneDescription out_;
+  std::vector<bool> isUsable_;  // by decal
 };
 
 }  // namespace

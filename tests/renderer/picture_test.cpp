@@ -356,6 +356,149 @@ TEST(CutPlanes, TakeAwayWhatLiesBeforeThem) {
 }
 
 // Half of the light passes a surface of half opacity, in both ways to a point.
+// A glowing square of side 1 with decals, seen as 4 by 4 pixels along parallel rays.
+class Decals : public testing::Test {
+ protected:
+  void SetUp() override {
+    shape_ = maker_.shape(maker_.material(glowing(1)), maker_.mesh({square({0, 0, 0}, 1)}));
+    maker_.camera({0, 0, 3}, 0.035F, {1, 1}, "orthographic");
+    maker_.bounces(0);
+  }
+  // A decal of side 1/2 around a place, that glows in front and, ten times as bright, on the back.
+  Object decal(Vec3 at, float radiance, float opacity = 1) {
+    const auto material = [&](float bright) {
+      return maker_.material(Record::ofType("{ " + kSpectrumType + " reflectance; " +
+                                            kSpectrumType +
+                                            " emission; float opacity; bool "
+                                            "double_sided; }")
+                                 .set("reflectance", flat(0))
+                                 .set("emission", flat(bright))
+                                 .set("opacity", opacity)
+                                 .set("double_sided", true));
+    };
+    const Object result = maker_.scene.create(VRDM_CLASS_DECAL);
+    maker_.scene.refer(result, "frontMaterial", material(radiance));
+    maker_.scene.refer(result, "backMaterial", material(10 * radiance));
+    maker_.place(result, {0.5F, 0, 0}, {0, 0.5F, 0}, {0, 0, 0.5F}, at);
+    const std::array<float, 3> low{-0.5F, -0.5F, -0.5F}, high{0.5F, 0.5F, 0.5F};
+    maker_.scene.setGroup(result, "Projection",
+                          maker_.scene.group(result, "Projection")
+                              .set("clipping_box.min", low)
+                              .set("clipping_box.max", high));
+    return result;
+  }
+  void project(const Object& decal, const char* field, const char* constructor) {
+    maker_.scene.setGroup(decal, "Projection",
+                          maker_.scene.group(decal, "Projection").set(field, constructor));
+  }
+  // Lays decals on the shape, in their order.
+  void lay(const std::vector<Object>& decals, bool onFront = true) {
+    const Object list = maker_.scene.create(VRDM_CLASS_DECAL_LIST);
+    const auto slot = std::uint32_t{0};
+    const vrdmScene_t* const scene = maker_.scene.get();
+    auto* const changed = const_cast<vrdmScene_t*>(scene);
+    vrdmSetReference(changed, VRDM_CLASS_DECAL_LIST, list.index, slot,
+                     static_cast<std::uint32_t>(decals.size()));
+    std::int32_t* const words =
+        vrdmModifyReferenceList(changed, VRDM_CLASS_DECAL_LIST, list.index, slot);
+    for (std::size_t i = 0; i < decals.size(); ++i) {
+      words[i] = onFront ? ~decals[i].index : decals[i].index;
+    }
+    maker_.scene.refer(shape_, "decals", list);
+  }
+  Picture picture(std::uint32_t samples = 4) {
+    return Ready(maker_.scene.get()).picture(4, 4, samples);
+  }
+
+  Maker maker_;
+  Object shape_{};
+};
+
+TEST_F(Decals, CoverWhatIsInTheirClippingBox) {
+  lay({decal({0, 0, 0}, 3)});
+  const Picture seen = picture();
+  for (int y = 0; y < 4; ++y) {
+    for (int x = 0; x < 4; ++x) {
+      const bool isInside = x >= 1 && x <= 2 && y >= 1 && y <= 2;
+      EXPECT_FLOAT_EQ(bandAt(seen, x, y), isInside ? 3.0F : 1.0F) << x << " " << y;
+    }
+  }
+}
+
+TEST_F(Decals, LieOverEachOtherInTheirOrder) {
+  lay({decal({-0.25F, 0, 0}, 3), decal({0.25F, 0, 0}, 5), decal({0.25F, 0.25F, 0}, 7, 0.5F)});
+  const Picture seen = picture(1024);
+  EXPECT_FLOAT_EQ(bandAt(seen, 0, 2), 3);
+  EXPECT_FLOAT_EQ(bandAt(seen, 3, 2), 5);
+  EXPECT_NEAR(bandAt(seen, 3, 1), 6, 0.01);  // half of 7, and half of what is below
+  EXPECT_NEAR(bandAt(seen, 3, 0), 4, 0.01);  // half of 7, and half of the shape
+}
+
+TEST_F(Decals, OnTheBackAreSeenFromThere) {
+  const Object one = decal({0, 0, 0}, 3);
+  project(one, "direction", "BIDIRECTIONAL");
+  lay({one}, false);
+  EXPECT_FLOAT_EQ(bandAt(picture(), 1, 1), 1);
+  // Turned round, the shape is dark but for its decal.
+  maker_.place(shape_, {-1, 0, 0}, {0, 1, 0}, {0, 0, -1}, {0, 0, 0});
+  const Picture seen = picture();
+  EXPECT_FLOAT_EQ(bandAt(seen, 1, 1), 30);
+  EXPECT_FLOAT_EQ(bandAt(seen, 0, 0), 0);
+}
+
+TEST_F(Decals, FallFromTheSideThatTheirDirectionSays) {
+  const Object one = decal({0, 0, 0}, 3);
+  lay({one});
+  project(one, "direction", "INSIDE_OUT");
+  EXPECT_FLOAT_EQ(bandAt(picture(), 1, 1), 1);
+  maker_.place(one, {-0.5F, 0, 0}, {0, 0.5F, 0}, {0, 0, -0.5F}, {0, 0, 0});
+  EXPECT_FLOAT_EQ(bandAt(picture(), 1, 1), 3);
+  project(one, "direction", "OUTSIDE_IN");
+  EXPECT_FLOAT_EQ(bandAt(picture(), 1, 1), 1);
+  project(one, "direction", "BIDIRECTIONAL");
+  EXPECT_FLOAT_EQ(bandAt(picture(), 1, 1), 3);
+}
+
+TEST(Projections, HaveTheCoordinatesOfTheirForms) {
+  const auto at = [](Projection projection, Vec3 point, Vec3 normal) {
+    const Vec2 uv = project(projection, point, normal).coordinates;
+    return std::array<float, 2>{std::round(uv.x * 1e4F) / 1e4F, std::round(uv.y * 1e4F) / 1e4F};
+  };
+  using Uv = std::array<float, 2>;
+  EXPECT_EQ(at(Projection::Planar, {0.25F, -0.5F, 7}, {0, 0, 1}), (Uv{0.75F, 0}));
+  EXPECT_EQ(at(Projection::Box, {0.5F, 0.1F, 0.2F}, {1, 0, 0}), (Uv{0.3F, 0.6F}));
+  EXPECT_EQ(at(Projection::Box, {0.1F, 0.5F, 0.2F}, {0, 1, 0}), (Uv{0.6F, 0.3F}));
+  EXPECT_EQ(at(Projection::Cubic, {0.1F, 0.2F, -0.5F}, {1, 0, 0}), (Uv{0.4F, 0.7F}));
+  EXPECT_EQ(at(Projection::Spherical, {0, 0.5F, 0}, {0, 1, 0}), (Uv{0.75F, 0.5F}));
+  EXPECT_EQ(at(Projection::Spherical, {0, 0, 2}, {0, 0, 1}), (Uv{0.5F, 1}));
+  EXPECT_EQ(at(Projection::Cylindrical, {0, -3, 0.25F}, {0, 1, 0}), (Uv{0.25F, 0.75F}));
+  EXPECT_EQ(at(Projection::Radial, {0.3F, 0.4F, 9}, {0, 0, 1})[1], 1);
+}
+
+// A square without use for the coordinates of its mesh shows the image that lies in its plane.
+TEST(ProceduralCoordinates, ReplaceThoseOfTheMesh) {
+  Maker maker;
+  const float pixels[] = {0.2F, 0.8F};
+  const Object texture = maker.scene.addAsset(
+      vrdmTextureDesc{2, 1, 1, VRNT_TEXTURE_FORMAT_L32, VRNT_TEXTURE_LAYOUT_2D},
+      vrnt::host::copyBytes(reinterpret_cast<const unsigned char*>(pixels), sizeof pixels));
+  const Object material = maker.material(
+      Record::ofType("{ { int texture_ref; } map; }").set("map.texture_ref", texture.index));
+  const Object shape = maker.shape(material, maker.mesh({square({0, 0, 0}, 8)}));
+  // The image is as wide as the view, and its middle is that of the left pixel.
+  maker.scene.setGroup(shape, "Procedural UVs",
+                       maker.scene.group(shape, "Procedural UVs")
+                           .set("mode", "PLANAR")
+                           .set("uv_transformation.w", Float4{-0.25F, 0, 0, 1}));
+  maker.light("environment", flat(1));
+  maker.camera({0, 0, 3}, 0.035F, {0.01F, 0.01F}, "orthographic");
+  maker.bounces(1);
+  Ready ready(maker.scene.get());
+  EXPECT_TRUE(ready.notices.messages().empty());
+  // The point in the middle of the view has u = 0.75: the middle of the right pixel.
+  EXPECT_NEAR(meanOfBand(ready.picture(2, 2, 256), kMiddle), 0.8, 0.01);
+}
+
 TEST(Opacity, LetsLightThrough) {
   Maker maker;
   maker.shape(maker.diffuse(flat(1)), maker.mesh({square({0, 0, 0}, 20)}));
