@@ -109,7 +109,7 @@ std::string sixels(const Picture& picture, float exposure, int most) {
   const Reduced reduced(picture, exposure, width, height);
   std::string text = "\x1bPq";
   for (int colour = 0; colour < 216; ++colour) {
-    char entry[32];
+    char entry[64];
     std::snprintf(entry, sizeof entry, "#%d;2;%d;%d;%d", colour, colour / 36 * 20,
                   colour / 6 % 6 * 20, colour % 6 * 20);
     text.append(entry);
