@@ -71,14 +71,14 @@ class Surface {
   Spectrum scratch_{Spectrum::Unset()};
   const MaterialDescription& material_;
   const MaterialTables& tables_;
+  const Spectrum* reflectance_ = nullptr;
   Frame frame_;
   Vec3 geometric_, view_;
-  bool isInside_;
-  const Spectrum* reflectance_;
   float alpha_ = 0, eta_ = 1;
-  bool isSmooth_ = false;
   std::array<float, kLobes> weights_{};  ///< of the mix
   std::array<float, kLobes> shares_{};   ///< the probabilities of the lobes
+  bool isInside_;
+  bool isSmooth_ = false;
 };
 
 }  // namespace vrn_render
