@@ -1101,9 +1101,9 @@ class Reader {
     }
   }
 
+  SceneDescription out_;
   const vrdmScene_t* scene_;
   Notices& notices_;
-  SceneDescription out_;
   std::vector<bool> isUsable_;  // by decal
 };
 

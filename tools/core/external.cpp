@@ -84,8 +84,9 @@ void runExternal(const std::string& command, const std::vector<std::string>& arg
   }
   for (const ExternalProgram& program : externalPrograms()) {
     if (command != program.command) continue;
-    throw Trouble(command + ": the program vrn-" + command + " is not installed; " +
-                  program.missing);
+    std::string message = command;
+    message.append(": the program vrn-").append(command).append(" is not installed; ");
+    throw Trouble(message.append(program.missing));
   }
 }
 
