@@ -2,8 +2,8 @@
 # Installs the packages of Debian 12 that the project needs, if they are missing. Needs root or sudo.
 # usage: scripts/install_dependencies.sh [--list] [PURPOSE...]
 #   PURPOSE  library (includes the examples), toolkit (includes the command vrn), tests, browser, python
-#            (the Python package and its tests), bench, yardsticks, coverage, tidy or fuzz; the default
-#            is library, toolkit, tests, browser and python
+#            (the Python package and its tests), renderer, bench, yardsticks, coverage, tidy or fuzz; the
+#            default is library, toolkit, tests, browser and python
 #   --list   prints the names of the packages and installs nothing
 set -eu
 
@@ -36,6 +36,8 @@ for purpose in "$@"; do
       packages="$packages python3 python3-dask python3-distributed python3-hatchling python3-matplotlib
                 mypy python3-numpy python3-pip python3-pytest"
       ;;
+    # Ray tracing, pictures and threads.
+    renderer) packages="$packages libembree-dev libopenexr-dev libpng-dev libtbb-dev" ;;
     bench) packages="$packages libbenchmark-dev" ;;
     # Libraries that the benchmarks measure beside this one, if they are installed.
     yardsticks)

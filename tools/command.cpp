@@ -27,6 +27,7 @@ std::string versionText() {
 std::vector<std::string> commandNames() {
   std::vector<std::string> names = {"help"};
   for (const Command* const command : commands()) names.push_back(command->name);
+  for (const ExternalProgram& program : externalPrograms()) names.emplace_back(program.command);
   return names;
 }
 
@@ -127,6 +128,11 @@ std::string overview() {
       "usage: vrn COMMAND [OPTIONS] ARGUMENTS\n\nCommands:\n";
   for (const Command* const command : commands()) {
     text += "  " + padded(command->name, 12) + command->summary + "\n";
+  }
+  text += "\nCommands that are programs of their own:\n";
+  for (const ExternalProgram& program : externalPrograms()) {
+    const std::string command = program.command;
+    text += "  vrn-" + padded(command, 8) + "`vrn " + command + "`: " + program.summary + "\n";
   }
   return text +
          "\n`vrn COMMAND --help` prints the options of a command, and `man vrn` what holds for all "

@@ -298,6 +298,34 @@ class OtherPrograms(Case):
                                  env=dict(os.environ, PATH=self.path("bin")))
         self.assertEqual(process.stdout, b"beside\n")
 
+    def test_of_the_project_are_found_beside_vrn_in_its_build_tree_and_on_PATH(self):
+        tools = self.path("tree/tools")
+        os.makedirs(tools)
+        shutil.copy(VRN, os.path.join(tools, "vrn"))
+        environment = dict(os.environ, PATH=self.path("bin"))
+
+        def render():
+            return subprocess.run([os.path.join(tools, "vrn"), "render"], capture_output=True,
+                                  env=environment)
+
+        missing = render()
+        self.assertEqual((missing.returncode, missing.stdout), (2, b""))
+        self.assertRegex(missing.stderr, rb"\Avrn: render: the program vrn-render is not installed; "
+                                         rb"[^\n]*scripts/install_dependencies.sh renderer[^\n]*\n\Z")
+        self.script("bin", "vrn-render", "#!/bin/sh\necho path\n")
+        self.assertEqual(render().stdout, b"path\n")
+        # A folder beside that of vrn counts only in a build tree.
+        self.script("tree/renderer", "vrn-render", "#!/bin/sh\necho tree\n")
+        self.assertEqual(render().stdout, b"path\n")
+        self.write("tree/CMakeCache.txt", "")
+        self.assertEqual(render().stdout, b"tree\n")
+        self.script("tree/tools", "vrn-render", "#!/bin/sh\necho beside\n")
+        self.assertEqual(render().stdout, b"beside\n")
+
+    def test_of_the_project_are_in_the_help_and_are_suggested(self):
+        self.assertRegex(self.good("--help").text, r"\n  vrn-render +`vrn render`: ")
+        self.assertIn("did you mean render?", self.trouble("rendr").words)
+
     def test_do_not_take_the_place_of_a_command(self):
         self.script("bin", "vrn-info", "#!/bin/sh\necho mine\n")
         text = self.good("info", "box.vrnscene", env={"PATH": self.path("bin")}).text

@@ -28,8 +28,21 @@ std::string ownFolder() {
   return text.substr(0, text.rfind('/'));
 }
 
-std::vector<std::string> folders() {
-  std::vector<std::string> found = {ownFolder()};
+// Returns the folder of the program in the build tree in which vrn is; empty if it is installed.
+std::string buildFolder(const std::string& own, const std::string& command) {
+  const std::size_t slash = own.rfind('/');
+  if (slash == std::string::npos || own.substr(slash) != "/tools") return "";
+  const std::string tree = own.substr(0, slash);
+  if (access((tree + "/CMakeCache.txt").c_str(), F_OK) != 0) return "";
+  for (const ExternalProgram& program : externalPrograms()) {
+    if (command == program.command) return tree + "/" + program.folder;
+  }
+  return "";
+}
+
+std::vector<std::string> folders(const std::string& command) {
+  const std::string own = ownFolder();
+  std::vector<std::string> found = {own, buildFolder(own, command)};
   const char* const path = std::getenv("PATH");
   const std::string text = path != nullptr ? path : "";
   for (std::size_t start = 0; start <= text.size();) {
@@ -42,10 +55,19 @@ std::vector<std::string> folders() {
 
 }  // namespace
 
+const std::vector<ExternalProgram>& externalPrograms() {
+  static const std::vector<ExternalProgram> all = {
+      {"render", "render a scene to a picture", "renderer",
+       "build it with VORNATH_DATA_BUILD_RENDERER=ON, for which "
+       "`scripts/install_dependencies.sh renderer` installs the packages, and put it beside vrn or "
+       "on PATH"}};
+  return all;
+}
+
 void runExternal(const std::string& command, const std::vector<std::string>& arguments) {
   // Only a name may become part of the name of a program.
   if (command.empty() || command.find('/') != std::string::npos) return;
-  for (const std::string& folder : folders()) {
+  for (const std::string& folder : folders(command)) {
     std::string program = folder;
     program += "/vrn-";
     program += command;
@@ -59,6 +81,12 @@ void runExternal(const std::string& command, const std::vector<std::string>& arg
     std::signal(SIGPIPE, SIG_DFL);
     execv(program.c_str(), words.data());
     throw Trouble(program + ": it cannot be run: " + std::strerror(errno) + "; check the file");
+  }
+  for (const ExternalProgram& program : externalPrograms()) {
+    if (command != program.command) continue;
+    std::string message = command;
+    message.append(": the program vrn-").append(command).append(" is not installed; ");
+    throw Trouble(message.append(program.missing));
   }
 }
 

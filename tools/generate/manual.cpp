@@ -2,6 +2,7 @@
 
 #include <algorithm>
 
+#include "core/external.hpp"
 #include "core/text.hpp"
 
 namespace vrn {
@@ -133,6 +134,11 @@ std::string overviewPage() {
           ".SH COMMANDS\n";
   for (const Command* const command : commands()) {
     page += ".TP\n" + bold(command->name) + "\n" + roff(command->summary) + ".\n";
+  }
+  for (const ExternalProgram& program : externalPrograms()) {
+    const std::string name = program.command;
+    page += ".TP\n" + bold(name) + "\n" + roff(program.summary) + ": the program " +
+            bold("vrn-" + name) + ".\n";
   }
   page += ".PP\n" +
           paragraphs(
