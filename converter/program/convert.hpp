@@ -1,0 +1,31 @@
+// A conversion from a file to a scene file.
+#ifndef VRN_CONVERT_PROGRAM_CONVERT_HPP
+#define VRN_CONVERT_PROGRAM_CONVERT_HPP
+
+#include <stdexcept>
+#include <string>
+#include <vector>
+
+#include "program/options.hpp"
+
+namespace vrn_convert {
+
+/// What a conversion has to tell.
+struct Outcome {
+  std::vector<std::string> notices;
+  std::string report;  ///< as JSON
+};
+
+/// A failure whose message names its file.
+class Trouble : public std::runtime_error {
+ public:
+  using std::runtime_error::runtime_error;
+};
+
+/// Reads the input and writes the output. A scene for standard output goes to the descriptor
+/// `standardOutput`. Throws Refused, Trouble and std::bad_alloc; no file is changed then.
+Outcome convert(const Options& options, int standardOutput);
+
+}  // namespace vrn_convert
+
+#endif
