@@ -67,12 +67,13 @@ std::uint64_t machineMemory() {
              : 0;
 }
 
-// What the child tells: a letter, and then a message, or the number of notices, the notices and the
-// report, a line each.
+// What the child tells: t or r with a message about trouble or the input, or d (done) or l (done
+// with a loss) with the number of notices, the notices, a line each, and the report.
 std::string work(const Options& options, int standardOutput) {
   try {
     const Outcome outcome = convert(options, standardOutput);
-    std::string text = "d" + std::to_string(outcome.notices.size()) + "\n";
+    std::string text = outcome.hasLoss ? "l" : "d";
+    text += std::to_string(outcome.notices.size()) + "\n";
     for (const std::string& notice : outcome.notices) text += notice + "\n";
     return text + outcome.report;
   } catch (const Trouble& trouble) {
@@ -113,7 +114,7 @@ int run(const Options& options) {
     return kTrouble;
   }
   const std::string& text = ending.message;
-  if (text[0] != 'd') {
+  if (text[0] != 'd' && text[0] != 'l') {
     tell((text[0] == 'r' ? shown(options.input) + ": " : "") + text.substr(1));
     return kTrouble;
   }
@@ -129,7 +130,7 @@ int run(const Options& options) {
     tell("-: standard output cannot be written");
     return kTrouble;
   }
-  return options.isStrict && count > 0 ? kFound : kDone;
+  return options.isStrict && text[0] == 'l' ? kFound : kDone;
 }
 
 }  // namespace

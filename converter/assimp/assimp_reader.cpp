@@ -13,12 +13,15 @@
 
 #include "assimp/materials.hpp"
 #include "scene_plan/mesh_builder.hpp"
+#include "scene_plan/smooth_normals.hpp"
 #include "scene_plan/text.hpp"
 
 namespace vrn_convert {
 namespace {
 
 constexpr double kPi = 3.14159265358979323846;
+// Beyond this angle, an edge of a mesh without normals is an edge. In radians.
+constexpr double kSmoothingAngle = 66 * kPi / 180;
 
 Vector vectorOf(const aiVector3D& v) { return {v.x, v.y, v.z}; }
 
@@ -68,25 +71,33 @@ class Reader {
     Assimp::Importer& importer = owned_->importer;
     importer.SetPropertyInteger(AI_CONFIG_PP_SBP_REMOVE,
                                 aiPrimitiveType_POINT | aiPrimitiveType_LINE);
+    importer.SetPropertyBool(AI_CONFIG_PP_FD_REMOVE, true);
     importer.SetPropertyBool(AI_CONFIG_IMPORT_NO_SKELETON_MESHES, true);
-    // Beyond this angle, an edge is an edge.
-    importer.SetPropertyFloat(AI_CONFIG_PP_GSN_MAX_SMOOTHING_ANGLE, 66.0F);
     constexpr unsigned kSteps =
-        aiProcess_Triangulate | aiProcess_SortByPType | aiProcess_GenSmoothNormals |
-        aiProcess_JoinIdenticalVertices | aiProcess_GenUVCoords | aiProcess_TransformUVCoords |
-        aiProcess_FlipUVs | aiProcess_FindInvalidData | aiProcess_FindDegenerates |
-        aiProcess_ValidateDataStructure | aiProcess_GlobalScale;
+        aiProcess_Triangulate | aiProcess_SortByPType | aiProcess_JoinIdenticalVertices |
+        aiProcess_GenUVCoords | aiProcess_TransformUVCoords | aiProcess_FlipUVs |
+        aiProcess_FindInvalidData | aiProcess_FindDegenerates | aiProcess_GlobalScale;
     const bool isFile = !source_.path.empty() && source_.format == extension();
     const aiScene* const scene = isFile
                                      ? importer.ReadFile(source_.path, kSteps)
                                      : importer.ReadFileFromMemory(source_.bytes, source_.size,
                                                                    kSteps, source_.format.c_str());
     if (scene == nullptr || scene->mRootNode == nullptr) {
-      std::string reason = oneLine(asUtf8(importer.GetErrorString()));
-      if (reason.empty()) reason = "it has nothing in it";
-      throw Refused("it cannot be read: " + reason);
+      refuse(oneLine(asUtf8(importer.GetErrorString())));
     }
     return scene;
+  }
+
+  // Says some of Assimp's reasons in the words of this program.
+  [[noreturn]] static void refuse(const std::string& reason) {
+    const auto has = [&reason](const char* words) {
+      return reason.find(words) != std::string::npos;
+    };
+    if (has("No suitable reader found")) {
+      throw Refused("its format is not known; vrn convert --formats lists those that are");
+    }
+    if (reason.empty() || has("No meshes remaining")) throw Refused(kNoTriangles);
+    throw Refused("it cannot be read: " + reason);
   }
 
   std::string extension() const {
@@ -146,12 +157,12 @@ class Reader {
     if (known != kUnread) return known;
     known = kEmpty;
     const aiMesh* const mesh = scene_->mMeshes[number];
-    if (mesh == nullptr || !mesh->HasPositions()) return known;
+    if (mesh == nullptr || !mesh->HasPositions() || !mesh->HasFaces()) return known;
     std::vector<std::uint32_t> indices;
     indices.reserve(3 * std::size_t{mesh->mNumFaces});
     for (unsigned i = 0; i < mesh->mNumFaces; ++i) {
       const aiFace& face = mesh->mFaces[i];
-      if (face.mNumIndices == 3) {
+      if (face.mNumIndices == 3 && face.mIndices != nullptr) {
         indices.insert(indices.end(), face.mIndices, face.mIndices + face.mNumIndices);
       }
     }
@@ -178,6 +189,12 @@ class Reader {
                       1};
     source.needsTangents = normals.has_value();
     source.tangentSet = normals ? static_cast<std::size_t>(normals->set) : 0;
+    SmoothArrays smooth;
+    if (!source.normals) {
+      const bool isInside = std::all_of(indices.begin(), indices.end(),
+                                        [count](std::uint32_t index) { return index < count; });
+      if (isInside) addSmoothNormals(source, kSmoothingAngle, smooth);
+    }
     if (mesh->HasBones()) notices_.add("skins are carried in the pose that the mesh has");
     if (mesh->mNumAnimMeshes > 0) notices_.add("morph targets are not carried");
     MeshPlan built = buildMesh(source, notices_);
@@ -250,6 +267,7 @@ class Reader {
 
   void readCameras() {
     for (unsigned i = 0; i < scene_->mNumCameras; ++i) {
+      if (scene_->mCameras[i] == nullptr) continue;
       const aiCamera& from = *scene_->mCameras[i];
       const Transform node = placeOf(from.mName);
       CameraPlan camera;
@@ -269,7 +287,9 @@ class Reader {
         camera.filmHeight = camera.filmWidth / aspect;
       } else {
         const double angle = from.mHorizontalFOV;
-        const bool isAngle = angle > 0.001 && angle < kPi - 0.001;
+        // Some of Assimp's readers lose the angle, and then tell less than a degree.
+        const bool isAngle = angle > kPi / 180 && angle < kPi - 0.001;
+        if (!isAngle) notices_.add("the angle of view of a camera is lost; it has 45 degrees");
         camera.focalLength = static_cast<float>(0.5 * static_cast<double>(camera.filmWidth) /
                                                 std::tan(isAngle ? 0.5 * angle : kPi / 8));
       }
@@ -279,7 +299,9 @@ class Reader {
 
   void readLights() {
     const Box box = plan_.box();
-    for (unsigned i = 0; i < scene_->mNumLights; ++i) readLight(*scene_->mLights[i], box);
+    for (unsigned i = 0; i < scene_->mNumLights; ++i) {
+      if (scene_->mLights[i] != nullptr) readLight(*scene_->mLights[i], box);
+    }
   }
 
   void readLight(const aiLight& from, const Box& box) {

@@ -14,6 +14,8 @@
 namespace vrn_convert {
 namespace {
 
+constexpr Colour kGrey{0.6F, 0.6F, 0.6F};
+
 float fraction(float number) { return std::isfinite(number) ? std::clamp(number, 0.0F, 1.0F) : 0; }
 float positive(float number) { return std::isfinite(number) ? std::clamp(number, 0.0F, 1e30F) : 0; }
 
@@ -47,6 +49,10 @@ class MaterialReader {
     readGround();
     readSurface();
     readEmission();
+    if (plan_.baseColour == Colour{0, 0, 0} && !plan_.roughness && !plan_.emits()) {
+      notices_.add("a material without any colour is carried as grey");
+      plan_.baseColour = kGrey;
+    }
     readOpacity();
     plan_.normalTexture = texture(aiTextureType_NORMALS, PixelUse::Normal);
     if (!plan_.normalTexture) {
@@ -101,8 +107,7 @@ class MaterialReader {
     if (!ground) ground = colour(AI_MATKEY_COLOR_DIFFUSE);
     plan_.baseTexture = texture(aiTextureType_BASE_COLOR, PixelUse::Colours);
     if (!plan_.baseTexture) plan_.baseTexture = texture(aiTextureType_DIFFUSE, PixelUse::Colours);
-    plan_.baseColour =
-        ground.value_or(plan_.baseTexture ? Colour{1, 1, 1} : Colour{0.6F, 0.6F, 0.6F});
+    plan_.baseColour = ground.value_or(plan_.baseTexture ? Colour{1, 1, 1} : kGrey);
     for (float& channel : plan_.baseColour) channel = fraction(channel);
     // Many programs write no colour beside a texture.
     if (plan_.baseTexture && plan_.baseColour == Colour{0, 0, 0}) plan_.baseColour = {1, 1, 1};

@@ -9,6 +9,7 @@
 #include <limits>
 #include <map>
 #include <nlohmann/json.hpp>
+#include <set>
 #include <string_view>
 
 #include "scene_plan/notices.hpp"
@@ -167,6 +168,32 @@ bool load(const Source& source, Files& files, tinygltf::Model& model, std::strin
                                                     size, files.folder);
 }
 
+// Throws Refused if a file requires an extension that is not read.
+void checkExtensions(const tinygltf::Model& model) {
+  static const std::set<std::string> kKnown = {"KHR_lights_punctual",
+                                               "KHR_mesh_quantization",
+                                               "KHR_texture_transform",
+                                               "EXT_mesh_gpu_instancing",
+                                               "KHR_materials_anisotropy",
+                                               "KHR_materials_clearcoat",
+                                               "KHR_materials_dispersion",
+                                               "KHR_materials_emissive_strength",
+                                               "KHR_materials_ior",
+                                               "KHR_materials_iridescence",
+                                               "KHR_materials_pbrSpecularGlossiness",
+                                               "KHR_materials_sheen",
+                                               "KHR_materials_specular",
+                                               "KHR_materials_transmission",
+                                               "KHR_materials_unlit",
+                                               "KHR_materials_variants",
+                                               "KHR_materials_volume"};
+  for (const std::string& name : model.extensionsRequired) {
+    if (kKnown.count(name) != 0) continue;
+    throw Refused("it requires the extension " + name +
+                  ", which cannot be read; write the file again without it");
+  }
+}
+
 }  // namespace
 
 std::optional<std::string> gltfVersion(const Source& source) {
@@ -197,9 +224,9 @@ tinygltf::Model loadGltf(const Source& source) {
     tinygltf::Model model;
     std::string error;
     const bool isLoaded = load(source, files, model, error);
-    if (isLoaded && error.empty()) return model;
-    if (tries < kMostTries && noteLength(error, files)) continue;
-    // What is no longer needed may have been reported; the first line is the cause.
+    if (!isLoaded && tries < kMostTries && noteLength(error, files)) continue;
+    // An extension may be the reason why a file looks damaged.
+    checkExtensions(model);
     if (isLoaded) return model;
     throw Refused("it is no valid glTF: " + oneLine(error.substr(0, error.find('\n'))) +
                   "; check the file with a validator");

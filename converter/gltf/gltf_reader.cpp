@@ -40,7 +40,6 @@ class Reader {
         notices_(notices) {}
 
   ScenePlan read() {
-    checkExtensions();
     tellUnused();
     readImages();
     placeNodes();
@@ -53,31 +52,6 @@ class Reader {
   }
 
  private:
-  void checkExtensions() const {
-    static const std::set<std::string> kKnown = {"KHR_lights_punctual",
-                                                 "KHR_mesh_quantization",
-                                                 "KHR_texture_transform",
-                                                 "EXT_mesh_gpu_instancing",
-                                                 "KHR_materials_anisotropy",
-                                                 "KHR_materials_clearcoat",
-                                                 "KHR_materials_dispersion",
-                                                 "KHR_materials_emissive_strength",
-                                                 "KHR_materials_ior",
-                                                 "KHR_materials_iridescence",
-                                                 "KHR_materials_pbrSpecularGlossiness",
-                                                 "KHR_materials_sheen",
-                                                 "KHR_materials_specular",
-                                                 "KHR_materials_transmission",
-                                                 "KHR_materials_unlit",
-                                                 "KHR_materials_variants",
-                                                 "KHR_materials_volume"};
-    for (const std::string& name : model_->extensionsRequired) {
-      if (kKnown.count(name) != 0) continue;
-      throw Refused("it requires the extension " + name +
-                    ", which cannot be read; write the file again without it");
-    }
-  }
-
   void tellUnused() {
     if (!model_->animations.empty()) {
       notices_.add("animations are not carried; the scene is that of the file without them");

@@ -97,7 +97,10 @@ std::string namesJson(const WrittenScene& written) {
 std::size_t homelessNames(const WrittenScene& written) {
   std::size_t count = 0;
   for (const auto& [objectClass, names] : written.names) {
-    if (objectClass == "Shape" || objectClass == "Light") continue;
+    // Tags hold the names of shapes and lights. Groups have those of their shapes.
+    if (objectClass == "Shape" || objectClass == "Light" || objectClass == "TransformationGroup") {
+      continue;
+    }
     count += static_cast<std::size_t>(
         std::count_if(names.begin(), names.end(), [](const std::string& n) { return !n.empty(); }));
   }
@@ -112,7 +115,7 @@ class Conversion {
   Outcome run() {
     ScenePlan plan = read();
     if (plan.shapes.empty()) {
-      throw Refused("it has no triangles, so there is nothing to render");
+      throw Refused(kNoTriangles);
     }
     addMissing(plan);
     WrittenScene written = writeScene(std::move(plan), notices_);
@@ -120,12 +123,13 @@ class Conversion {
     if (options_.names.empty()) {
       const std::size_t names = homelessNames(written);
       if (names > 0) {
-        notices_.add(std::to_string(names) + " names of meshes, materials and the like have no " +
-                     "place in a scene; --names keeps them in a file");
+        notices_.remark(std::to_string(names) +
+                        " names of meshes, materials and the like have no " +
+                        "place in a scene; --names keeps them in a file");
       }
     }
     save(written);
-    return {notices_.messages(), report(written)};
+    return {notices_.messages(), notices_.hasLoss(), report(written)};
   }
 
  private:
@@ -148,9 +152,9 @@ class Conversion {
                            source.format.empty() || !assimpReads(source.format);
     if (mayBeGltf) {
       const std::optional<std::string> version = gltfVersion(source);
-      // Version 1 is another format, which Assimp reads.
-      if (version && version->compare(0, 2, "1.") != 0) {
-        if (!version->empty() && version->compare(0, 2, "2.") != 0) {
+      // Version 1 is another format, which Assimp reads. It may leave out its version.
+      if (version && !version->empty() && version->compare(0, 2, "1.") != 0) {
+        if (version->compare(0, 2, "2.") != 0) {
           throw Refused("it has version " + oneLine(*version) + " of glTF, not 2.0");
         }
         reader_ = "glTF";
@@ -164,14 +168,15 @@ class Conversion {
   void addMissing(ScenePlan& plan) {
     addedCamera_ = options_.framesCamera || (plan.cameras.empty() && options_.addsCamera);
     if (plan.cameras.empty()) {
-      notices_.add(addedCamera_ ? "it has no camera; one that sees the whole scene is added"
-                                : "it has no camera");
+      notices_.remark(addedCamera_ ? "it has no camera; one that sees the whole scene is added"
+                                   : "it has no camera");
     }
     if (addedCamera_) plan.cameras.insert(plan.cameras.begin(), framingCamera(plan.box()));
-    addedLight_ = !plan.hasLight() && options_.addsLight;
+    addedLight_ = options_.addsLightAlways || (!plan.hasLight() && options_.addsLight);
     if (!plan.hasLight()) {
-      notices_.add(addedLight_ ? "it has no light; one from above and one from everywhere are added"
-                               : "it has no light");
+      notices_.remark(addedLight_
+                          ? "it has no light; one from above and one from everywhere are added"
+                          : "it has no light");
     }
     if (addedLight_) addDefaultLights(plan);
   }

@@ -13,7 +13,8 @@ namespace vrn_convert {
 /// What a conversion has to tell.
 struct Outcome {
   std::vector<std::string> notices;
-  std::string report;  ///< as JSON
+  bool hasLoss = false;  ///< something of the file is not carried
+  std::string report;    ///< as JSON
 };
 
 /// A failure whose message names its file.

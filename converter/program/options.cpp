@@ -23,6 +23,7 @@ const char kHelp[] =
     "                        or 1\n"
     "  --up AXIS             the axis of IN that points up, y or z; the default is y\n"
     "  --frame               adds a camera that sees the whole scene, and puts it first\n"
+    "  --light               adds the default lights to those of IN\n"
     "  --no-default-camera   adds no camera if IN has none\n"
     "  --no-default-light    adds no light if IN has none\n"
     "  --names NAMES.json    writes the names of all objects to this file\n"
@@ -113,6 +114,7 @@ const std::vector<Option>& allOptions() {
          o.isZUp = text == "z";
        }},
       {"--frame", false, [](Options& o, const std::string&) { o.framesCamera = true; }},
+      {"--light", false, [](Options& o, const std::string&) { o.addsLightAlways = true; }},
       {"--no-default-camera", false, [](Options& o, const std::string&) { o.addsCamera = false; }},
       {"--no-default-light", false, [](Options& o, const std::string&) { o.addsLight = false; }},
       {"--names", true, [](Options& o, const std::string& text) { o.names = text; }},

@@ -17,7 +17,7 @@ struct Options {
   double scale = 1;           ///< metres of a unit of the file
   bool isZUp = false;
   bool addsCamera = true, addsLight = true;
-  bool framesCamera = false;
+  bool framesCamera = false, addsLightAlways = false;
   bool isStrict = false, isJson = false, isQuiet = false;
   double seconds = 600;         ///< the time limit; 0 for none
   std::uint64_t maxMemory = 0;  ///< bytes; 0 for as many as the machine has

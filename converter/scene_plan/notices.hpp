@@ -18,6 +18,9 @@ class Refused : public std::runtime_error {
   using std::runtime_error::runtime_error;
 };
 
+/// Why a file is refused that has only points, lines, cameras or lights.
+inline constexpr char kNoTriangles[] = "it has no triangles, so there is nothing to render";
+
 /// Returns a text as one line: line ends and control characters become spaces, and a text of more
 /// than 300 bytes is cut.
 inline std::string oneLine(std::string text) {
@@ -35,17 +38,27 @@ inline std::string oneLine(std::string text) {
   return text;
 }
 
-/// The notices of a conversion: what a scene has no place for. Each is told once.
+/// The notices of a conversion. Each is told once.
 class Notices {
  public:
+  /// Tells what a scene has no place for.
   void add(const std::string& text) {
+    if (remark(text)) hasLoss_ = true;
+  }
+  /// Tells something that loses nothing. Returns whether it is new.
+  bool remark(const std::string& text) {
     constexpr std::size_t kMost = 1000;
     std::string line = oneLine(text);
-    if (messages_.size() < kMost && seen_.insert(line).second) messages_.push_back(std::move(line));
+    if (messages_.size() >= kMost || !seen_.insert(line).second) return false;
+    messages_.push_back(std::move(line));
+    return true;
   }
   const std::vector<std::string>& messages() const { return messages_; }
+  /// Whether something was not carried.
+  bool hasLoss() const { return hasLoss_; }
 
  private:
+  bool hasLoss_ = false;
   std::vector<std::string> messages_;
   std::unordered_set<std::string> seen_;
 };

@@ -16,7 +16,6 @@ Transform turnedTo(Vector z) {
 
 CameraPlan framingCamera(const Box& box) {
   CameraPlan camera;
-  camera.name = "default camera";
   const Vector centre = (box.low + box.high) * 0.5;
   double radius = 0.5 * length(box.high - box.low);
   if (!(radius > 0) || !std::isfinite(radius)) radius = 1;
