@@ -129,7 +129,9 @@ class Conversion {
       }
     }
     save(written);
-    return {notices_.messages(), notices_.hasLoss(), report(written)};
+    std::string json = report(written);
+    return {std::make_shared<WrittenScene>(std::move(written)), notices_.messages(),
+            notices_.hasLoss(), std::move(json)};
   }
 
  private:

@@ -2,6 +2,7 @@
 #ifndef VRN_CONVERT_PROGRAM_CONVERT_HPP
 #define VRN_CONVERT_PROGRAM_CONVERT_HPP
 
+#include <memory>
 #include <stdexcept>
 #include <string>
 #include <vector>
@@ -12,6 +13,7 @@ namespace vrn_convert {
 
 /// What a conversion has to tell.
 struct Outcome {
+  std::shared_ptr<const void> scene;  ///< destroying it takes time, which a process may save
   std::vector<std::string> notices;
   bool hasLoss = false;  ///< something of the file is not carried
   std::string report;    ///< as JSON

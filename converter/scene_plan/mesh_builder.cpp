@@ -5,6 +5,8 @@
 #include <limits>
 #include <new>
 
+#include "scene_plan/large_memory.hpp"
+
 namespace vrn_convert {
 namespace {
 
@@ -156,7 +158,7 @@ class Builder {
     count_ = count;
     sets_ = std::max<std::size_t>(1, source_.coordinates.size());
     plan_.size = sizeof(float) * (3 * triangles_ + (kVertexFloats + 2 * sets_) * count_);
-    plan_.bytes.reset(static_cast<unsigned char*>(std::malloc(plan_.size)));
+    plan_.bytes.reset(static_cast<unsigned char*>(allocateLarge(plan_.size)));
     if (!plan_.bytes) throw std::bad_alloc();
     indices_ = reinterpret_cast<std::uint32_t*>(plan_.bytes.get());
     place();
