@@ -1,7 +1,10 @@
 // vrn-convert: converts files of other kinds to scene files.
+#include <fcntl.h>
 #include <unistd.h>
 
 #include <algorithm>
+#include <cerrno>
+#include <csignal>
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
@@ -128,7 +131,7 @@ int run(const Options& options) {
     at = end + 1;
   }
   if (options.isJson) std::fputs(text.c_str() + at, stdout);
-  if (std::fflush(stdout) != 0) {
+  if (std::fflush(stdout) != 0 && errno != EPIPE) {
     tell("-: standard output cannot be written");
     return kTrouble;
   }
@@ -139,11 +142,16 @@ int run(const Options& options) {
 }  // namespace vrn_convert
 
 int main(int count, char** words) {
-  using namespace vrn_convert;
+  // Where a standard stream is closed, no file may take its number.
+  for (int stream = STDIN_FILENO; stream <= STDERR_FILENO; ++stream) {
+    if (fcntl(stream, F_GETFD) < 0) static_cast<void>(open("/dev/null", O_RDWR));
+  }
+  // A write to a pipe without a reader then reports an error, which ends the program quietly.
+  std::signal(SIGPIPE, SIG_IGN);
   try {
-    return run(parseOptions({words + std::min(count, 1), words + count}));
+    return vrn_convert::run(vrn_convert::parseOptions({words + std::min(count, 1), words + count}));
   } catch (const std::exception& error) {
-    tell(error.what());
-    return kTrouble;
+    vrn_convert::tell(error.what());
+    return vrn_convert::kTrouble;
   }
 }

@@ -69,6 +69,7 @@ void writeAll(int descriptor, const void* bytes, std::size_t size) {
   while (size > 0) {
     const ssize_t count = write(descriptor, at, size);
     if (count < 0 && errno == EINTR) continue;
+    if (count < 0 && errno == EPIPE) return;  // the reader has what it wants
     if (count <= 0) {
       throw Trouble(std::string("-: standard output cannot be written: ") + std::strerror(errno));
     }

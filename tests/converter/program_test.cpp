@@ -133,6 +133,18 @@ TEST_F(Program, StandardInputAndOutputAreStreams) {
   EXPECT_EQ(bytes("out").substr(0, 8), "VRNSCENE");
 }
 
+TEST_F(Program, AFullDeviceIsTroubleAndAReaderThatLeavesIsNot) {
+  EXPECT_EQ(run("--quiet in.gltf - > /dev/full 2> err; echo $?"), 0);
+  EXPECT_EQ(bytes("out"), "2\n");
+  // More bytes than a pipe holds: 20,000 nodes.
+  std::string nodes = "\"nodes\": [ { \"mesh\": 0 }";
+  for (int i = 1; i < 20000; ++i) nodes += ", { \"mesh\": 0 }";
+  write("large.gltf", triangleGltf(nodes + " ]"));
+  EXPECT_EQ(run("--quiet large.gltf - | head -c 8"), 0);
+  EXPECT_EQ(bytes("out"), "VRNSCENE");
+  EXPECT_EQ(bytes("err"), "");
+}
+
 TEST_F(Program, BuffersAndImagesBesideTheFileAreRead) {
   Buffer buffer;
   const int positions = buffer.add<float>({0, 0, 0, 1, 0, 0, 0, 1, 0});
