@@ -100,7 +100,7 @@ class Run:
             start = f"vrn convert: {path}: "
             if len(lines) != 1 or not lines[0].startswith(start):
                 return "failed", f"exits with 2 and {len(lines)} lines", {}
-            return "refused", lines[0][len(start):], {}
+            return "refused", lines[0][len(start):].replace(str(path), path.name), {}
         if done.returncode != 0:
             return "failed", f"exits with {done.returncode}: {done.stderr.strip()}", {}
         report = json.loads(done.stdout)

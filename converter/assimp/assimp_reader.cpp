@@ -72,6 +72,8 @@ class Reader {
     importer.SetPropertyInteger(AI_CONFIG_PP_SBP_REMOVE,
                                 aiPrimitiveType_POINT | aiPrimitiveType_LINE);
     importer.SetPropertyBool(AI_CONFIG_PP_FD_REMOVE, true);
+    // It would take all small triangles for those without an area.
+    importer.SetPropertyBool(AI_CONFIG_PP_FD_CHECKAREA, false);
     importer.SetPropertyBool(AI_CONFIG_IMPORT_NO_SKELETON_MESHES, true);
     constexpr unsigned kSteps =
         aiProcess_Triangulate | aiProcess_SortByPType | aiProcess_JoinIdenticalVertices |
@@ -162,7 +164,7 @@ class Reader {
     indices.reserve(3 * std::size_t{mesh->mNumFaces});
     for (unsigned i = 0; i < mesh->mNumFaces; ++i) {
       const aiFace& face = mesh->mFaces[i];
-      if (face.mNumIndices == 3 && face.mIndices != nullptr) {
+      if (face.mNumIndices == 3 && face.mIndices != nullptr && hasArea(*mesh, face)) {
         indices.insert(indices.end(), face.mIndices, face.mIndices + face.mNumIndices);
       }
     }
@@ -204,6 +206,19 @@ class Reader {
     shapeMaterials_[number] = material;
     plan_.meshes.push_back(std::move(built));
     return known;
+  }
+
+  // Returns whether a triangle has an area, whatever its size is. An index without a vertex is for
+  // others to find.
+  static bool hasArea(const aiMesh& mesh, const aiFace& face) {
+    const auto isInside = [&mesh](unsigned index) { return index < mesh.mNumVertices; };
+    if (!std::all_of(face.mIndices, face.mIndices + 3, isInside)) return true;
+    const Vector origin = vectorOf(mesh.mVertices[face.mIndices[0]]);
+    const Vector a = vectorOf(mesh.mVertices[face.mIndices[1]]) - origin;
+    const Vector b = vectorOf(mesh.mVertices[face.mIndices[2]]) - origin;
+    constexpr double kLeast = 1e-10;  // of the product of two sides
+    const double area = length(cross(a, b));
+    return !std::isfinite(area) || area > kLeast * length(a) * length(b);
   }
 
   // Returns the material of a mesh, multiplied by the mean of the colours of its vertices.

@@ -51,6 +51,14 @@ TEST(AssimpFiles, FacesKeepTheirFront) {
   }
 }
 
+TEST(AssimpFiles, SmallTrianglesStayAndThoseWithoutAnAreaDoNot) {
+  const Converted made = convert(sourceOf(
+      "v 0 0 0\nv 0.00001 0 0\nv 0 0.00001 0\nv 1 1 1\nv 2 2 2\nvn 0 0 1\nf 1//1 2//1 3//1\nf "
+      "1//1 4//1 5//1\n",
+      "obj"));
+  EXPECT_EQ(meshOf(made, 0).desc.triangles, 1);
+}
+
 TEST(AssimpFiles, AnStlIsReadWithItsNormals) {
   const std::string stl =
       "solid s\nfacet normal 0 0 1\nouter loop\nvertex 0 0 0\nvertex 4 0 0\nvertex 0 5 0\nendloop\n"

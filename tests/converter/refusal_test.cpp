@@ -107,7 +107,7 @@ TEST(Refusals, AFileWithChangedBytesIsRefusedOrBecomesASceneWithoutErrors) {
   std::mt19937 random(7);
   for (int round = 0; round < 1500; ++round) {
     std::string changed = file;
-    for (unsigned i = 0; i <= round % 3U; ++i) {
+    for (int i = 0; i <= round % 3; ++i) {
       const std::size_t at = random() % changed.size();
       const char digits[] = "0123456789-{}[],\"e. ";
       changed[at] = digits[random() % (sizeof digits - 1)];
