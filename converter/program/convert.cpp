@@ -169,12 +169,20 @@ class Conversion {
   }
 
   void addMissing(ScenePlan& plan) {
-    addedCamera_ = options_.framesCamera || (plan.cameras.empty() && options_.addsCamera);
+    const Box box = plan.box();
+    const bool isSeen = std::any_of(plan.cameras.begin(), plan.cameras.end(),
+                                    [&box](const CameraPlan& each) { return looksAt(each, box); });
+    addedCamera_ = options_.framesCamera || (!isSeen && options_.addsCamera);
+    if (!plan.cameras.empty() && !isSeen) {
+      // Some of Assimp's readers lose the direction of a camera.
+      notices_.add(addedCamera_ ? "no camera of it looks at the scene; one that does is put first"
+                                : "no camera of it looks at the scene");
+    }
     if (plan.cameras.empty()) {
       notices_.remark(addedCamera_ ? "it has no camera; one that sees the whole scene is added"
                                    : "it has no camera");
     }
-    if (addedCamera_) plan.cameras.insert(plan.cameras.begin(), framingCamera(plan.box()));
+    if (addedCamera_) plan.cameras.insert(plan.cameras.begin(), framingCamera(box));
     addedLight_ = options_.addsLightAlways || (!plan.hasLight() && options_.addsLight);
     if (!plan.hasLight()) {
       notices_.remark(addedLight_

@@ -1,5 +1,8 @@
 #include "writing/framing.hpp"
 
+#include <algorithm>
+#include <cmath>
+
 namespace vrn_convert {
 namespace {
 
@@ -25,6 +28,21 @@ CameraPlan framingCamera(const Box& box) {
   camera.place = turnedTo({0.55, 0.45, 1});
   camera.place.w = centre + camera.place.z * distance;
   return camera;
+}
+
+bool looksAt(const CameraPlan& camera, const Box& box) {
+  const Vector to = (box.low + box.high) * 0.5 - camera.place.w;
+  const double radius = 0.5 * length(box.high - box.low);
+  const double distance = length(to);
+  if (!(distance > radius)) return true;
+  const double depth = -dot(to, camera.place.z);
+  const double corner = 0.5 * std::hypot(camera.filmWidth, camera.filmHeight);
+  if (camera.isOrthographic) {
+    const double aside = std::sqrt(std::max(0.0, distance * distance - depth * depth));
+    return depth > -radius && aside <= corner + radius;
+  }
+  const double angle = std::acos(std::clamp(depth / distance, -1.0, 1.0));
+  return angle <= std::atan(corner / camera.focalLength) + std::asin(radius / distance);
 }
 
 void addDefaultLights(ScenePlan& plan) {

@@ -9,6 +9,10 @@ namespace vrn_convert {
 /// Returns a camera that sees the whole box from the front, the right and above.
 CameraPlan framingCamera(const Box& box);
 
+/// Returns whether a camera looks to where the box is: whether a sphere around it is in the cone of
+/// what the camera sees.
+bool looksAt(const CameraPlan& camera, const Box& box);
+
 /// Adds a light from above, and a weaker one from everywhere that the camera does not see. A white
 /// surface that faces the first has a radiance of about 1.
 void addDefaultLights(ScenePlan& plan);

@@ -99,6 +99,23 @@ TEST_F(Program, TheAddedCameraSeesTheWholeScene) {
   }
 }
 
+TEST_F(Program, ACameraThatLooksAwayIsNotTheFirst) {
+  const auto added = [this](const std::string& turn) {
+    write("in.gltf",
+          triangleGltf(
+              "\"cameras\": [ { \"type\": \"perspective\", \"perspective\": { \"yfov\": 0.8, "
+              "\"aspectRatio\": 1, \"znear\": 0.1 } } ], \"nodes\": [ { \"mesh\": 0 }, { "
+              "\"camera\": 0, \"translation\": [ 0, 0, 9 ]" +
+              turn + " } ]"));
+    EXPECT_EQ(run("--json in.gltf out.vrnscene"), 0) << bytes("err");
+    const nlohmann::json report = nlohmann::json::parse(bytes("out"));
+    EXPECT_EQ(report["objects"]["Camera"], report["addedCamera"] ? 2 : 1);
+    return report["addedCamera"].get<bool>();
+  };
+  EXPECT_FALSE(added(""));
+  EXPECT_TRUE(added(", \"rotation\": [ 0, 1, 0, 0 ]"));
+}
+
 TEST_F(Program, AddsNothingIfItIsTold) {
   ASSERT_EQ(run("--no-default-camera --no-default-light in.gltf --json -o out.vrnscene"), 0);
   const nlohmann::json report = nlohmann::json::parse(bytes("out"));
