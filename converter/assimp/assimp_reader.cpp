@@ -80,10 +80,17 @@ class Reader {
         aiProcess_GenUVCoords | aiProcess_TransformUVCoords | aiProcess_FlipUVs |
         aiProcess_FindInvalidData | aiProcess_FindDegenerates | aiProcess_GlobalScale;
     const bool isFile = !source_.path.empty() && source_.format == extension();
-    const aiScene* const scene = isFile
-                                     ? importer.ReadFile(source_.path, kSteps)
-                                     : importer.ReadFileFromMemory(source_.bytes, source_.size,
-                                                                   kSteps, source_.format.c_str());
+    const aiScene* scene = isFile ? importer.ReadFile(source_.path, 0)
+                                  : importer.ReadFileFromMemory(source_.bytes, source_.size, 0,
+                                                                source_.format.c_str());
+    if (scene != nullptr) {
+      // Assimp refuses meshes without faces, unless they are of points.
+      for (unsigned i = 0; i < scene->mNumMeshes; ++i) {
+        aiMesh* const mesh = scene->mMeshes[i];
+        if (mesh != nullptr && mesh->mNumFaces == 0) mesh->mPrimitiveTypes = aiPrimitiveType_POINT;
+      }
+      scene = importer.ApplyPostProcessing(kSteps);
+    }
     if (scene == nullptr || scene->mRootNode == nullptr) {
       refuse(oneLine(asUtf8(importer.GetErrorString())));
     }

@@ -116,6 +116,15 @@ TEST(AssimpFiles, ColoursOfVerticesMultiplyTheColourOfTheMaterial) {
   EXPECT_FALSE(made.tells("colours of vertices"));
 }
 
+TEST(AssimpFiles, AnEmptyMeshDoesNotKeepOthersFromBeingRead) {
+  const Converted made =
+      convert(sourceOf("solid empty\nendsolid empty\nsolid s\nfacet normal 0 0 1\nouter "
+                       "loop\nvertex 0 0 0\nvertex 4 "
+                       "0 0\nvertex 0 5 0\nendloop\nendfacet\nendsolid s\n",
+                       "stl"));
+  EXPECT_EQ(made.count(VRDM_CLASS_SHAPE), 1U);
+}
+
 TEST(AssimpFiles, PointsAloneAreRefused) {
   const std::string ply =
       "ply\nformat ascii 1.0\nelement vertex 3\nproperty float x\nproperty float y\nproperty float "
