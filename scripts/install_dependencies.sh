@@ -2,8 +2,8 @@
 # Installs the packages of Debian 12 that the project needs, if they are missing. Needs root or sudo.
 # usage: scripts/install_dependencies.sh [--list] [PURPOSE...]
 #   PURPOSE  library (includes the examples), toolkit (includes the command vrn), tests, browser, python
-#            (the Python package and its tests), renderer, bench, yardsticks, coverage, tidy or fuzz; the
-#            default is library, toolkit, tests, browser and python
+#            (the Python package and its tests), renderer, converter, bench, yardsticks, coverage, tidy or
+#            fuzz; the default is library, toolkit, tests, browser and python
 #   --list   prints the names of the packages and installs nothing
 set -eu
 
@@ -38,6 +38,10 @@ for purpose in "$@"; do
       ;;
     # Ray tracing, pictures and threads.
     renderer) packages="$packages libembree-dev libopenexr-dev libpng-dev libtbb-dev" ;;
+    # Readers of other kinds of files and images. The tests convert the models.
+    converter)
+      packages="$packages libassimp-dev libstb-dev libtinygltf-dev nlohmann-json3-dev assimp-testmodels"
+      ;;
     bench) packages="$packages libbenchmark-dev" ;;
     # Libraries that the benchmarks measure beside this one, if they are installed.
     yardsticks)

@@ -10,7 +10,7 @@ preset=${1:-dev}
 folders=("${@:2}")
 jobs=$(nproc)
 
-scripts/install_dependencies.sh library toolkit renderer tests browser python
+scripts/install_dependencies.sh library toolkit renderer converter tests browser python
 configure=(cmake --preset "$preset")
 if command -v ccache >/dev/null; then
   configure+=(-DCMAKE_C_COMPILER_LAUNCHER=ccache -DCMAKE_CXX_COMPILER_LAUNCHER=ccache)

@@ -55,6 +55,10 @@ TEST_F(Readme, HasATableOfAllOptions) {
     if (line.rfind("set(VORNATH_DATA_SANITIZE \"\" CACHE", 0) == 0) {
       declared.insert("VORNATH_DATA_SANITIZE ");
     }
+    // The programs that need packages of their own are built if these are found.
+    if (const std::size_t end = line.find(" \"${renderer_default}\" CACHE"); end != line.npos) {
+      declared.insert(line.substr(4, end - 4) + " AUTO ¹");
+    }
     if (line.rfind("option(", 0) != 0) continue;
     const std::string name = line.substr(7, line.find(' ') - 7);
     std::string value = line.substr(line.rfind(' ') + 1);

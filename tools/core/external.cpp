@@ -57,6 +57,11 @@ std::vector<std::string> folders(const std::string& command) {
 
 const std::vector<ExternalProgram>& externalPrograms() {
   static const std::vector<ExternalProgram> all = {
+      {"convert", "make a scene file from glTF and other files", "converter",
+       "build it with VORNATH_DATA_BUILD_CONVERTER=ON, for which "
+       "`scripts/install_dependencies.sh converter` installs the packages, and put it beside vrn "
+       "or "
+       "on PATH"},
       {"render", "render a scene to a picture", "renderer",
        "build it with VORNATH_DATA_BUILD_RENDERER=ON, for which "
        "`scripts/install_dependencies.sh renderer` installs the packages, and put it beside vrn or "
