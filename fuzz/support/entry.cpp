@@ -1,7 +1,10 @@
 // The entry point that libFuzzer and the replay program call, and the memory that one input may
 // take.
 #include <malloc.h>
+#include <sys/mman.h>
 
+#include <cerrno>
+#include <cstdarg>
 #include <cstdio>
 #include <cstdlib>
 #include <new>
@@ -67,6 +70,35 @@ void* operator new(std::size_t size, const std::nothrow_t&) noexcept { return al
 void operator delete(void* memory) noexcept { release(memory); }
 void operator delete(void* memory, std::size_t) noexcept { release(memory); }
 void operator delete(void* memory, const std::nothrow_t&) noexcept { release(memory); }
+
+// The library maps the memory of large containers itself, which the sanitizer does not bound. The
+// linker's option --wrap makes the library call these functions.
+extern "C" {
+void* __real_mmap(void*, std::size_t, int, int, int, off_t);
+void* __real_mremap(void*, std::size_t, std::size_t, int, ...);
+
+void* __wrap_mmap(void* place, std::size_t size, int protection, int flags, int file,
+                  off_t offset) {
+  if (counting && size > kMemoryOfAnInput) {
+    errno = ENOMEM;
+    return MAP_FAILED;
+  }
+  return __real_mmap(place, size, protection, flags, file, offset);
+}
+
+void* __wrap_mremap(void* place, std::size_t formerSize, std::size_t size, int flags, ...) {
+  if (counting && size > kMemoryOfAnInput) {
+    errno = ENOMEM;
+    return MAP_FAILED;
+  }
+  if ((flags & MREMAP_FIXED) == 0) return __real_mremap(place, formerSize, size, flags);
+  va_list arguments;
+  va_start(arguments, flags);
+  void* const target = va_arg(arguments, void*);
+  va_end(arguments);
+  return __real_mremap(place, formerSize, size, flags, target);
+}
+}
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
   // Each level of a nested type holds the text of all those inside.

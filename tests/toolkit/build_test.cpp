@@ -238,6 +238,24 @@ TEST(vrtkSceneBuild, ReportsSyntaxErrorsWithTheirPlaces) {
   expectProblems("{ \"\xFF\": 1 }", {"JSON_SYNTAX 1:4 : expected UTF-8"});
 }
 
+// A short key with an escape is a copy, which moves with the levels of the document.
+TEST(vrtkSceneBuild, NamesKeysWithEscapesAtAnyDepth) {
+  std::string json = "{ \"\\u0041/B\": ";
+  std::string pointer = "/A~1B";
+  for (int depth = 0; depth < 40; ++depth) {
+    json += "{ \"\\u0043\": ";
+    pointer += "/C";
+  }
+  json += "x";
+  const Built built = tryBuild(json);
+  ASSERT_EQ(built.status, VRTK_JSON_INVALID);
+  const std::uint64_t count = vrtkJsonReportCount(built.report.get());
+  ASSERT_GE(count, 1U);
+  const vrtkJsonMessage* const message = vrtkJsonReportMessage(built.report.get(), count - 1);
+  EXPECT_STREQ(message->code, "JSON_SYNTAX");
+  EXPECT_EQ(message->pointer, pointer);
+}
+
 TEST(vrtkSceneBuild, CountsColumnsInCharacters) {
   expectProblems(
       "{ \"\xC3\xA9\xC3\xA9\": 1, \"format\": 2 }",

@@ -31,12 +31,12 @@ class PlaceFinder {
   void value(Token token, std::uint64_t offset, std::string_view text, bool isInDocument) {
     if (token == Token::Key) {
       Level& level = levels_.back();
-      level.offset = offset;
+      level.hasKey = true;
+      level.isInDocument = isInDocument;
       if (isInDocument) {
-        level.key = text;
+        level.text = text;
       } else {
         level.own = text;
-        level.key = level.own;
       }
       meet(offset);
       return;
@@ -47,7 +47,8 @@ class PlaceFinder {
   void start(Token token, std::uint64_t offset) {
     enter();
     meet(offset);
-    levels_.push_back({token == Token::Array, 0, {}, {}, offset});
+    levels_.emplace_back();
+    levels_.back().isArray = token == Token::Array;
   }
   void end(std::uint64_t /*parts*/) { levels_.pop_back(); }
 
@@ -65,11 +66,15 @@ class PlaceFinder {
 
  private:
   struct Level {
-    bool isArray;
-    std::uint64_t count;
-    std::string_view key;
-    std::string own;
-    std::uint64_t offset;
+    // Computed at each use: a view of `own` would dangle when the vector moves its levels.
+    std::string_view key() const { return isInDocument ? text : std::string_view(own); }
+
+    bool isArray = false;
+    bool hasKey = false;
+    bool isInDocument = false;
+    std::uint64_t count = 0;
+    std::string_view text;  // in the document
+    std::string own;        // a key with escapes
   };
 
   // Counts the elements of an array.
@@ -93,9 +98,9 @@ class PlaceFinder {
         if (level.count != 0) text += "/" + std::to_string(level.count - 1);
         continue;
       }
-      if (level.key.data() == nullptr) continue;
+      if (!level.hasKey) continue;
       text += '/';
-      for (const char c : level.key) {
+      for (const char c : level.key()) {
         if (c == '~') {
           text += "~0";
         } else if (c == '/') {
