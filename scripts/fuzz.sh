@@ -1,7 +1,8 @@
 #!/bin/bash
 # Builds the fuzz targets with libFuzzer and runs one of them, or all in parallel. A target starts with
 # its seeds and its corpus. It stores new inputs in build/fuzz/corpus/, and failing inputs in
-# build/fuzz/failures/. The last line is the number of targets that ran, and of those that failed.
+# build/fuzz/failures/. The last line is the number of targets that ran, and of those that failed,
+# with their names.
 # usage: scripts/fuzz.sh TARGET|all SECONDS|-runs=N [OPTION OF LIBFUZZER...]
 #   SECONDS   runs each target for this time
 #   -runs=N   runs each target N times, but at most for 15 seconds, starting only with the seeds and
@@ -9,7 +10,7 @@
 set -euo pipefail
 cd "$(dirname "$0")/.."
 if [ $# -lt 2 ]; then
-  sed -n 's/^# \{0,1\}//; 2,8p' "$0" >&2
+  sed -n 's/^# \{0,1\}//; 2,9p' "$0" >&2
   exit 2
 fi
 what=$1
@@ -68,10 +69,10 @@ if [ "$what" = all ]; then
   for seeds in build/fuzz/seeds/*/; do targets+=("$(basename "$seeds")"); done
 fi
 
-failed=0
+failed=()
 if [ ${#targets[@]} -eq 1 ]; then
   echo "== $what"
-  fuzz "$what" "$@" || failed=1
+  fuzz "$what" "$@" || failed=("$what")
 else
   # Runs as many targets at a time as there are processors.
   logs=$(mktemp -d)
@@ -84,9 +85,13 @@ else
   wait
   for target in "${targets[@]}"; do
     echo "== $target"
-    cat "$logs/$target"
-    [ -e "$logs/$target.passed" ] || failed=$((failed + 1))
+    if [ -e "$logs/$target.passed" ]; then
+      tail -n 6 "$logs/$target"
+    else
+      cat "$logs/$target"
+      failed+=("$target")
+    fi
   done
 fi
-echo "${#targets[@]} fuzz targets ran, $failed failed"
-[ "$failed" -eq 0 ]
+echo "${#targets[@]} fuzz targets ran, ${#failed[@]} failed${failed[*]:+: ${failed[*]}}"
+[ ${#failed[@]} -eq 0 ]

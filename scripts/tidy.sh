@@ -1,7 +1,7 @@
 #!/bin/bash
 # Runs clang-tidy with the checks of .clang-tidy on the sources of the library, the toolkit, vrn, the
 # renderer and the converter. The last line is the number of files that were checked, and of those with
-# findings.
+# findings, with their names.
 set -euo pipefail
 cd "$(dirname "$0")/.."
 scripts/install_dependencies.sh library toolkit renderer converter tests tidy
@@ -15,6 +15,6 @@ trap 'rm -f "$log"' EXIT
 printf '%s\0' "${files[@]}" |
   xargs -0 -P "$(nproc)" -I{} sh -c \
     'clang-tidy -p build/dev --quiet --header-filter="^$PWD/(common|include|src|toolkit|tools|renderer|converter)/" "$1" 2>/dev/null || echo "FINDINGS in $1"' sh {} | tee "$log"
-findings=$(grep -c '^FINDINGS in ' "$log" || true)
-echo "clang-tidy checked ${#files[@]} files, $findings with findings"
-[ "$findings" -eq 0 ]
+mapfile -t findings < <(sed -n 's/^FINDINGS in //p' "$log")
+echo "clang-tidy checked ${#files[@]} files, ${#findings[@]} with findings${findings[*]:+: ${findings[*]}}"
+[ ${#findings[@]} -eq 0 ]
