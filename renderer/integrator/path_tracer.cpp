@@ -31,6 +31,9 @@ struct PathTracer::Path {
   bool receivesCaustics = true;
   bool isCaustic = false, allowsCaustic = true;
   std::uint32_t rays = 0;
+  std::uint32_t point = 0;  // how many rays have been followed before this one
+  // Where on a light, and where to go on, at this point.
+  Vec2 onLight, direction;
 };
 
 PathTracer::PathTracer(const SceneDescription& scene, float filmHeight)
@@ -63,20 +66,12 @@ Transform PathTracer::cameraAt(float time) const {
   return {mix(a.x, b.x), mix(a.y, b.y), mix(a.z, b.z), mix(a.w, b.w)};
 }
 
-Ray PathTracer::cameraRay(Vec2 film, Sampler& sampler) const {
+Ray PathTracer::cameraRay(Vec2 film, const Sampler& sampler) const {
   const CameraDescription& camera = scene_.camera;
   Vec2 lens;
   float time = 0;
-  if (camera.lensRadius > 0) {
-    lens = sampler.two();
-  } else {
-    sampler.skip();
-  }
-  if (camera.shutterClose > camera.shutterOpen) {
-    time = sampler.one();
-  } else {
-    sampler.skip();
-  }
+  if (camera.lensRadius > 0) lens = sampler.two(Choice::Lens);
+  if (camera.shutterClose > camera.shutterOpen) time = sampler.one(Choice::Time);
   Ray ray;
   ray.kind = kCameraRay;
   ray.time = camera.shutterOpen + time * (camera.shutterClose - camera.shutterOpen);
@@ -147,8 +142,7 @@ bool PathTracer::reachesDecal(const DecalUse& use, const SurfacePoint& point, Ve
 // Chooses the uppermost decal, by the chance of its opacity, or one that is below it. Returns false
 // if a ray meets the shape's own material.
 bool PathTracer::chooseDecal(const ShapeDescription& shape, SurfacePoint& point, Vec3 view,
-                             Sampler& sampler, std::size_t& material) const {
-  float choice = sampler.one();
+                             float choice, std::size_t& material) const {
   for (auto use = shape.decals.rbegin(); use != shape.decals.rend(); ++use) {
     SurfacePoint on;
     if (!reachesDecal(*use, point, view, on)) continue;
@@ -319,16 +313,11 @@ float PathTracer::transparencyOf(const Ray& shadow, Path& path) const {
 }
 
 void PathTracer::addDirect(Path& path, const SurfacePoint& point, const Surface& surface,
-                           std::uint32_t shape, Sampler& sampler) const {
-  if (lights_.empty() || surface.isSingular()) {
-    sampler.skip();
-    sampler.skip();
-    return;
-  }
-  const float choice = lights_.hasChoice(shape) ? sampler.one() : (sampler.skip(), 0.0F);
-  const Vec2 u = sampler.two();
+                           std::uint32_t shape, const Sampler& sampler) const {
+  if (lights_.empty() || surface.isSingular()) return;
+  const float choice = lights_.hasChoice(shape) ? sampler.one(Choice::Light, path.point) : 0.0F;
   LightSample light;
-  if (!lights_.sample(shape, point.position, path.ray.time, choice, u, light)) return;
+  if (!lights_.sample(shape, point.position, path.ray.time, choice, path.onLight, light)) return;
   Scattering scattered;
   const std::uint32_t kinds = light.visibleTo & kScatteredRays;
   const float density = surface.evaluate(light.direction, kinds, scattered);
@@ -358,7 +347,7 @@ void PathTracer::addDirect(Path& path, const SurfacePoint& point, const Surface&
   path.radiance.addScattered(path.throughput, *light.radiance, surface.reflectance(), scattered);
 }
 
-Seen PathTracer::trace(Vec2 film, Sampler& sampler) const {
+Seen PathTracer::trace(Vec2 film, const Sampler& sampler) const {
   const TaskDescription& task = scene_.task;
   Seen seen;
   Path path(seen.radiance);
@@ -372,7 +361,7 @@ Seen PathTracer::trace(Vec2 film, Sampler& sampler) const {
   const Vec3 eye = path.ray.origin;
   PassedLights passed;
   int passes = 0;
-  for (int bounce = 0;;) {
+  for (int bounce = 0;; ++path.point) {
     ++path.rays;
     const Hit hit = geometry_.intersect(path.ray, passed);
     addPassedLights(path, passed,
@@ -381,18 +370,23 @@ Seen PathTracer::trace(Vec2 film, Sampler& sampler) const {
       addSurroundings(path);
       break;
     }
+    // The processor computes these while it waits for the bytes of the mesh.
+    if (lights_.hasExtent()) path.onLight = sampler.two(Choice::OnLight, path.point);
+    // From the last point, the path could only find what shines by itself.
+    const bool goesOn = bounce + 1 < task.maxBounces || lights_.canBeFound();
+    if (goesOn) path.direction = sampler.two(Choice::Direction, path.point);
     const ShapeDescription& shape = scene_.shapes[hit.shape];
     auto materialIndex = static_cast<std::size_t>(shape.material);
     const bool hasDecals = !shape.decals.empty();
     SurfacePoint point =
         geometry_.pointAt(path.ray, hit, hasDecals || tables_[materialIndex].usesCoordinates);
     const bool isDecal =
-        hasDecals && chooseDecal(shape, point, -path.ray.direction, sampler, materialIndex);
+        hasDecals && chooseDecal(shape, point, -path.ray.direction,
+                                 sampler.one(Choice::Decal, path.point), materialIndex);
     const MaterialDescription& material = scene_.materials[materialIndex];
-    if (isDecal || !isTransparent_[materialIndex]) {
-      sampler.skip();
-    } else if (sampler.one() >= opacityAt(materialIndex, point.coordinates) &&
-               ++passes < kMostPasses) {
+    if (!isDecal && isTransparent_[materialIndex] &&
+        sampler.one(Choice::Pass, path.point) >= opacityAt(materialIndex, point.coordinates) &&
+        ++passes < kMostPasses) {
       path.ray.origin = leave(point, path.ray.direction);
       path.ray.near = 0;
       if (path.ray.kind == kCameraRay) path.ray.kind = kTransmissionRay;
@@ -430,12 +424,10 @@ Seen PathTracer::trace(Vec2 film, Sampler& sampler) const {
     }
     if (bounce >= task.maxBounces) break;
     addDirect(path, point, surface, hit.shape, sampler);
-    // The next point could only shine by itself.
-    if (bounce + 1 == task.maxBounces && !lights_.canBeFound()) break;
+    if (!goesOn) break;
 
-    const float lobe = surface.hasChoice() ? sampler.one() : (sampler.skip(), 0.0F);
-    const Vec2 u = sampler.two();
-    const Scattered next = surface.sample(lobe, u, path.band);
+    const float lobe = surface.hasChoice() ? sampler.one(Choice::Lobe, path.point) : 0.0F;
+    const Scattered next = surface.sample(lobe, path.direction, path.band);
     if (next.kind == 0) break;
     if (next.kind == kDiffuseRay && !shape.receivesIndirect) break;
     if (next.band >= 0) {
@@ -466,10 +458,8 @@ Seen PathTracer::trace(Vec2 film, Sampler& sampler) const {
     path.ray.kind = static_cast<RayKind>(next.kind);
     ++bounce;
 
-    if (bounce <= task.rouletteStart) {
-      sampler.skip();
-    } else {
-      const float survival = sampler.one();
+    if (bounce > task.rouletteStart) {
+      const float survival = sampler.one(Choice::Roulette, path.point);
       const float strength = path.throughput.largest();
       const float kept = task.hasFixedRoulette ? 1 - task.fixedRoulette
                                                : std::clamp(strength, kLeastRoulette, 1.0F);

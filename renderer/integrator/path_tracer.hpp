@@ -36,10 +36,10 @@ class PathTracer {
   PathTracer(const SceneDescription& scene, float filmHeight);
 
   /// Traces one path from a point of the film: (0, 0) is the bottom left corner.
-  Seen trace(Vec2 film, Sampler& sampler) const;
+  Seen trace(Vec2 film, const Sampler& sampler) const;
 
-  /// Casts a ray of the camera. It takes two sequences of the sampler, for the lens and the time.
-  Ray cameraRay(Vec2 film, Sampler& sampler) const;
+  /// Casts a ray of the camera.
+  Ray cameraRay(Vec2 film, const Sampler& sampler) const;
 
   const SceneGeometry& geometry() const { return geometry_; }
   const Lights& lights() const { return lights_; }
@@ -52,12 +52,12 @@ class PathTracer {
   void addSurroundings(Path& path) const;
   Spectrum background(const Path& path) const;
   void addDirect(Path& path, const SurfacePoint& point, const Surface& surface, std::uint32_t shape,
-                 Sampler& sampler) const;
+                 const Sampler& sampler) const;
   float transparencyOf(const Ray& shadow, Path& path) const;
   float opacityAt(std::size_t material, const TextureCoordinates& at) const;
   bool reachesDecal(const DecalUse& use, const SurfacePoint& point, Vec3 view,
                     SurfacePoint& on) const;
-  bool chooseDecal(const ShapeDescription& shape, SurfacePoint& point, Vec3 view, Sampler& sampler,
+  bool chooseDecal(const ShapeDescription& shape, SurfacePoint& point, Vec3 view, float choice,
                    std::size_t& material) const;
   Vec3 mappedNormal(const MaterialDescription& material, const SurfacePoint& point) const;
   Vec3 leave(const SurfacePoint& point, Vec3 direction) const;

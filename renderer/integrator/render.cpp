@@ -93,9 +93,9 @@ Progress render(const PathTracer& tracer, const SceneDescription& scene,
     for (int y = area.y0; y < area.y1; ++y) {
       for (int x = area.x0; x < area.x1; ++x) {
         for (std::uint32_t sample = from; sample < to; ++sample) {
-          Sampler sampler(options.seed, static_cast<std::uint32_t>(x),
-                          static_cast<std::uint32_t>(y), sample);
-          const Vec2 offset = inPixel(task, sampler.two());
+          const Sampler sampler(options.seed, static_cast<std::uint32_t>(x),
+                                static_cast<std::uint32_t>(y), sample);
+          const Vec2 offset = inPixel(task, sampler.two(Choice::Pixel));
           const float across =
               (static_cast<float>(x) + offset.x) / static_cast<float>(film.width());
           const float down = (static_cast<float>(y) + offset.y) / static_cast<float>(film.height());

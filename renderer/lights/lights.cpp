@@ -76,9 +76,11 @@ Lights::Lights(const SceneDescription& scene, const SceneGeometry& geometry)
   for (std::uint32_t i = 0; i < scene.shapes.size(); ++i) addShape(i);
   canBeFound_ = scene.camera.hasBackplate;
   for (const LightDescription& light : scene.lights) {
-    canBeFound_ |= light.kind != LightKind::Point && light.kind != LightKind::Spot &&
-                   light.kind != LightKind::Directional;
+    hasExtent_ |= light.kind != LightKind::Point && light.kind != LightKind::Spot &&
+                  light.kind != LightKind::Directional;
   }
+  for (const Emitter& emitter : emitters_) hasExtent_ |= !emitter.isLight;
+  canBeFound_ |= hasExtent_;
   // Also those of decals.
   for (const MaterialDescription& material : scene.materials) canBeFound_ |= material.emits;
 

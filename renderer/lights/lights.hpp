@@ -47,6 +47,9 @@ class Lights {
               LightSample& out) const;
   /// Returns whether sample() looks at its `choice` for a shape.
   bool hasChoice(std::uint32_t shape) const;
+  /// Returns whether sample() looks at its `u` for some shape: not if all lights are points or far
+  /// away.
+  bool hasExtent() const { return hasExtent_; }
   /// Returns whether rays that scatter on surfaces may find light.
   bool canBeFound() const { return canBeFound_; }
 
@@ -113,7 +116,7 @@ class Lights {
   std::vector<std::uint32_t> environments_;
   std::vector<Panorama> panoramas_;  // by light; empty for the others
   std::vector<bool> onlySampled_;
-  bool canBeFound_ = false;
+  bool canBeFound_ = false, hasExtent_ = false;
   std::vector<Set> sets_;  // the first has all emitters, the others are those of the light groups
   std::vector<std::vector<std::uint32_t>> lightsOfGroup_, shapesOfGroup_;  // ascending
   std::vector<Transform> places_;  // of the surfaces of lights

@@ -54,8 +54,9 @@ TEST_F(MeasuredBox, HasTheRadianceThatASecondIntegratorFinds) {
   for (int y = 0; y < kSide; ++y) {
     for (int x = 0; x < kSide; ++x) {
       for (std::uint32_t sample = 0; sample < 64; ++sample) {
-        Sampler sampler(5, static_cast<std::uint32_t>(x), static_cast<std::uint32_t>(y), sample);
-        const Vec2 u = sampler.two();
+        const Sampler sampler(5, static_cast<std::uint32_t>(x), static_cast<std::uint32_t>(y),
+                              sample);
+        const Vec2 u = sampler.two(Choice::Pixel);
         const Seen seen = tracer.trace(
             {(static_cast<float>(x) + u.x) / kSide, 1 - (static_cast<float>(y) + u.y) / kSide},
             sampler);

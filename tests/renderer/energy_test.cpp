@@ -49,9 +49,9 @@ constexpr int kMiddle = 30;
 double sampledAlbedo(const Surface& surface, int samples) {
   double sum = 0;
   for (int i = 0; i < samples; ++i) {
-    Sampler sampler(1, 2, 3, static_cast<std::uint32_t>(i));
-    const float choice = sampler.one();
-    const Scattered next = surface.sample(choice, sampler.two());
+    const Sampler sampler(1, 2, 3, static_cast<std::uint32_t>(i));
+    const float choice = sampler.one(Choice::Lobe);
+    const Scattered next = surface.sample(choice, sampler.two(Choice::Direction));
     if (next.kind != 0) sum += next.weight.at(surface.reflectance()[kMiddle]);
   }
   return sum / samples;
@@ -129,9 +129,9 @@ TEST(Materials, SampleDirectionsWithTheDensitiesThatTheyTell) {
       int lost = 0;
       constexpr int kSamples = 1 << 14;
       for (int i = 0; i < kSamples; ++i) {
-        Sampler sampler(7, 0, 0, static_cast<std::uint32_t>(i));
-        const float choice = sampler.one();
-        lost += surface.sample(choice, sampler.two()).kind == 0;
+        const Sampler sampler(7, 0, 0, static_cast<std::uint32_t>(i));
+        const float choice = sampler.one(Choice::Lobe);
+        lost += surface.sample(choice, sampler.two(Choice::Direction)).kind == 0;
       }
       // A direction below the surface is sampled, but leads nowhere.
       EXPECT_NEAR(density * cell + static_cast<double>(lost) / kSamples, 1, 0.02) << named.name;
