@@ -70,8 +70,13 @@ class Bash(Case):
         script = (". '%s'\nCOMP_WORDS=(%s)\nCOMP_CWORD=%d\n_vrn\nprintf '%%s\\n' \"${COMPREPLY[@]}\"\n"
                   % (os.path.join(PAGES, "completions", "vrn.bash"),
                      " ".join("'%s'" % word for word in words), len(words) - 1))
-        process = subprocess.run(["bash", "--norc", "-c", script], cwd=self.folder,
-                                 capture_output=True)
+        # Of other programs, only those of this test.
+        os.makedirs(self.path("bin"), exist_ok=True)
+        for name in ("sed", "sort", "grep", "tr"):
+            if not os.path.lexists(self.path("bin/" + name)):
+                os.symlink(shutil.which(name), self.path("bin/" + name))
+        process = subprocess.run([shutil.which("bash"), "--norc", "-c", script], cwd=self.folder,
+                                 capture_output=True, env={**os.environ, "PATH": self.path("bin")})
         self.assertEqual(process.stderr, b"")
         return set(process.stdout.decode("utf-8").split())
 
@@ -85,6 +90,20 @@ class Bash(Case):
             self.assertEqual(self.complete("vrn", command, "-"),
                              options_of(self.good(command, "--help").text), command)
 
+    def test_completes_programs_of_their_own(self):
+        self.complete("vrn", "")  # makes the folder
+        for name, text in (("vrn", 'exec "vrn-$@"'),
+                           ("vrn-paint", 'echo "  -o, --output OUT  the [--picture]\n      --dry"')):
+            with open(self.path("bin/" + name), "w", encoding="utf-8") as file:
+                file.write("#!/bin/sh\n" + text + "\n")
+            os.chmod(self.path("bin/" + name), 0o755)
+        self.assertEqual(self.complete("vrn", "pa"), {"paint", "patch"})
+        self.assertEqual(self.complete("vrn", "paint", "-"),
+                         {"-o", "--output", "--picture", "--dry"})
+        self.assertEqual(self.complete("vrn", "paint", "--p"), {"--picture"})
+        self.assertEqual(self.complete("vrn", "paint", "b"), {"bin", "box.vrnscene"})
+        self.assertEqual(self.complete("vrn", "absent", "--"), set())
+
     def test_completes_values(self):
         self.assertEqual(self.complete("vrn", "catalogue", "--format", ""),
                          {"text", "json", "schema", "html", "markdown"})
@@ -95,7 +114,7 @@ class Bash(Case):
     def test_completes_scene_files_and_folders(self):
         self.write("notes.txt", "")
         os.mkdir(self.path("folder"))
-        self.assertEqual(self.complete("vrn", "check", ""), {"box.vrnscene", "folder"})
+        self.assertEqual(self.complete("vrn", "check", ""), {"bin", "box.vrnscene", "folder"})
         self.assertEqual(self.complete("vrn", "check", "n"), {"notes.txt"})
 
 

@@ -148,7 +148,8 @@ std::string bashCompletion() {
       "  if [ \"$COMP_CWORD\" -eq 1 ]; then\n"
       "    COMPREPLY=($(compgen -W '" +
       joined(names) +
-      " help --help --version' -- \"$cur\"))\n"
+      " help --help --version' -- \"$cur\")\n"
+      "      $(compgen -c -- \"vrn-$cur\" | sed 's/^vrn-//' | sort -u))\n"
       "    return\n"
       "  fi\n"
       "  case $command in\n";
@@ -170,7 +171,17 @@ std::string bashCompletion() {
     text += "      esac ;;\n";
   }
   return text + "    help) COMPREPLY=($(compgen -W '" + joined(names) +
-         "' -- \"$cur\")) ;;\n  esac\n}\n\ncomplete -F _vrn vrn\n";
+         "' -- \"$cur\")) ;;\n"
+         "    *)\n"
+         "      # A program of its own: the options that stand in its help.\n"
+         "      case $cur in\n"
+         "        -*) COMPREPLY=($(compgen -W \"$(\"${COMP_WORDS[0]}\" \"$command\" --help "
+         "2>/dev/null |\n"
+         "              grep -oE '(^|[ ,[|])--?[A-Za-z][A-Za-z-]*' | tr -d ' ,[|' | sort -u)\" -- "
+         "\"$cur\")) ;;\n"
+         "        *) _vrn_files ;;\n"
+         "      esac ;;\n"
+         "  esac\n}\n\ncomplete -F _vrn vrn\n";
 }
 
 std::string zshCompletion() {
@@ -180,8 +191,9 @@ std::string zshCompletion() {
       "\n"
       "_vrn() {\n"
       "  local curcontext=$curcontext state line\n"
-      "  local -a commands\n"
-      "  commands=(\n";
+      "  local -a listed programs\n"
+      "  programs=( ${${(Mk)commands:#vrn-*}#vrn-} )\n"
+      "  listed=(\n";
   const std::vector<Declared> all = declaredCommands();
   for (const Declared& declared : all) {
     text += "    '" + declared.command->name + ":" + zshQuoted(declared.command->summary, ":\\") +
@@ -193,7 +205,7 @@ std::string zshCompletion() {
       "version]' "
       "'1:command:->command' '*::argument:->argument'\n"
       "  case $state in\n"
-      "    command) _describe command commands ;;\n"
+      "    command) _describe command listed; (( $#programs )) && compadd -a programs ;;\n"
       "    argument)\n"
       "      case $words[1] in\n";
   constexpr std::string_view kSpecial = "[]:\\";
@@ -218,7 +230,12 @@ std::string zshCompletion() {
     text += " ;;\n";
   }
   return text +
-         "        help) _describe command commands ;;\n"
+         "        help) _describe command listed ;;\n"
+         "        *)\n"
+         "          # A program of its own: the options that stand in its help.\n"
+         "          (( $+commands[vrn-$words[1]] )) || return 1\n"
+         "          words[1]=vrn-$words[1]\n"
+         "          _arguments '*:FILE:_files' -- ;;\n"
          "      esac ;;\n  esac\n}\n\n_vrn \"$@\"\n";
 }
 
@@ -233,7 +250,11 @@ std::string fishCompletion() {
       "complete -c vrn " +
       none + " -s h -l help -d 'Print the commands'\n" + "complete -c vrn " + none +
       " -l version -d 'Print the version'\n" + "complete -c vrn " + none +
-      " -a help -d 'print the options of a command'\n";
+      " -a help -d 'print the options of a command'\n"
+      "complete -c vrn -n __fish_use_subcommand -a \"(complete -C vrn- | string match -r "
+      "'^vrn-\\S+' | string replace vrn- '')\" -d 'a program of its own'\n"
+      "complete -c vrn -n 'not __fish_use_subcommand; and not __fish_seen_subcommand_from " +
+      joined(names) + "' -F\n";
   for (const Declared& declared : all) {
     const std::string& name = declared.command->name;
     const std::string when = "-n '__fish_seen_subcommand_from " + name + "'";
