@@ -439,6 +439,11 @@ TEST(vrtkSceneBuild, ReportsWrongProgramsAndAssets) {
   expectProblems(
       objects(R"("Mesh": [ { "desc": {}, "bytes": { "base64": "AA==", "sha256": "00" } } ])"),
       {"JSON_WRONG_KIND /objects/Mesh/0/bytes/sha256: 64 hexadecimal digits"});
+  for (const char* const digest : {"7", "null", "[ 1 ]", "[ 1, 2 ]", "{ \"x\": 1 }"}) {
+    expectProblems(objects(R"("Mesh": [ { "desc": {}, "bytes": { "base64": "AA==", "sha256": )" +
+                           std::string(digest) + " } } ]"),
+                   {"JSON_WRONG_KIND /objects/Mesh/0/bytes/sha256: 64 hexadecimal digits"});
+  }
   expectProblems(objects(R"("Mesh": [ { "desc": {}, "bytes": { "base64": "AA==", "sha256": ")" +
                          std::string(64, '0') + R"(" } } ])"),
                  {"JSON_ASSET /objects/Mesh/0/bytes/sha256: another digest"});
@@ -522,6 +527,19 @@ TEST(vrtkSceneBuild, SurvivesAnyText) {
     ASSERT_TRUE(built.status == VRTK_OK || built.status == VRTK_JSON_INVALID) << built.message;
     if (built.scene) {
       EXPECT_EQ(jsonOf(build(jsonOf(built.scene.get())).get()), jsonOf(built.scene.get()));
+    }
+  }
+}
+
+TEST(vrtkSceneBuild, SurvivesAValueOfEachKindAtEachPlace) {
+  const std::string json = jsonOf(sceneOfAllClasses().get());
+  const auto values = valuesIn(json);
+  EXPECT_GT(values.size(), 200U);
+  for (const auto& [begin, end] : values) {
+    for (const char* const other : kValuesOfEachKind) {
+      const Built built = tryBuild(json.substr(0, begin) + other + json.substr(end));
+      ASSERT_TRUE(built.status == VRTK_OK || built.status == VRTK_JSON_INVALID)
+          << json.substr(begin, end - begin) << other << built.message;
     }
   }
 }

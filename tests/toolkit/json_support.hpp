@@ -65,6 +65,33 @@ inline SceneHandle build(std::string_view json) {
 }
 
 // A document with members beside the two that must be there.
+// Where each value of a document begins and ends, keys aside. The document must be right.
+inline std::vector<std::pair<std::size_t, std::size_t>> valuesIn(const std::string& json) {
+  std::vector<std::pair<std::size_t, std::size_t>> values;
+  std::vector<std::size_t> open;
+  for (std::size_t at = 0; at < json.size(); ++at) {
+    const std::size_t begin = at;
+    if (json[at] == '{' || json[at] == '[') {
+      open.push_back(at);
+    } else if (json[at] == '}' || json[at] == ']') {
+      values.emplace_back(open.back(), at + 1);
+      open.pop_back();
+    } else if (json[at] == '"') {
+      while (json[++at] != '"') at += json[at] == '\\' ? 1 : 0;
+      const std::size_t next = json.find_first_not_of(" \n", at + 1);
+      if (next == std::string::npos || json[next] != ':') values.emplace_back(begin, at + 1);
+    } else if (std::string_view(" \n,:").find(json[at]) == std::string_view::npos) {
+      at = std::min(json.find_first_of(" \n,]}", at), json.size()) - 1;
+      values.emplace_back(begin, at + 1);
+    }
+  }
+  return values;
+}
+
+// A value of each kind, empty and not.
+constexpr const char* kValuesOfEachKind[] = {
+    "null", "true", "7", "-1.5", "\"\"", "\"x\"", "{}", "[]", "[ 1, 2 ]", "{ \"x\": 1 }", "[ [] ]"};
+
 inline std::string documentWith(const std::string& members) {
   return R"({ "format": "vornath-scene", "formatVersion": 1)" +
          (members.empty() ? std::string() : ",\n" + members) + " }";

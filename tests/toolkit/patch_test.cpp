@@ -201,5 +201,24 @@ TEST(vrtkScenePatch, SurvivesAnyText) {
   }
 }
 
+TEST(vrtkScenePatch, SurvivesAValueOfEachKindAtEachPlace) {
+  const SceneHandle scene = sceneWith(VRDM_CLASS_CAMERA);
+  const std::string json =
+      R"([ { "op": "replace", "path": "/scene", "value": {} },
+    { "op": "add", "path": "/objects/Camera/-", "value": {} },
+    { "op": "copy", "from": "/objects/Camera/0", "path": "/objects/Camera/1" },
+    { "op": "move", "from": "/objects/Camera/0", "path": "/objects/Camera/1" },
+    { "op": "test", "path": "/format", "value": "vornath-scene" },
+    { "op": "remove", "path": "/objects/Camera/1" } ])";
+  for (const auto& [begin, end] : valuesIn(json)) {
+    for (const char* const other : kValuesOfEachKind) {
+      const Patched patched = patch(scene.get(), json.substr(0, begin) + other + json.substr(end));
+      EXPECT_TRUE(patched.status == VRTK_OK || patched.status == VRTK_JSON_INVALID ||
+                  patched.status == VRTK_PATCH_FAILED)
+          << json.substr(begin, end - begin) << other << patched.message;
+    }
+  }
+}
+
 }  // namespace
 }  // namespace vornath_test

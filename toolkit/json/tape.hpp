@@ -27,7 +27,11 @@ struct JsonNode {
   const char* text = nullptr;
   std::uint64_t length = 0;  ///< of the text; of an object or an array, the number of its parts
 
-  std::string_view view() const { return {text, static_cast<std::size_t>(length)}; }
+  /// The text; empty for an object or an array.
+  std::string_view view() const {
+    return text != nullptr ? std::string_view(text, static_cast<std::size_t>(length))
+                           : std::string_view();
+  }
 };
 
 /// The members of an object stand as a key and a value each.
