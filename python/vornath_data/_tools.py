@@ -7,7 +7,7 @@ import os
 from collections.abc import Iterator
 from typing import TYPE_CHECKING, Any
 
-from . import _declarations
+from . import _declarations, _ending
 from ._library import long, quick
 from ._status import take_toolkit_string, toolkit_error
 from .errors import JsonError, JsonMessage
@@ -363,13 +363,21 @@ def dump(scene: Scene) -> str:
 
     @_declarations.vrtkWriteFunction  # type: ignore[misc]
     def write(address: int, size: int, context: object) -> int:
+        if _ending.over():
+            return 1  # It ends the print-out.
         pieces.append(ctypes.string_at(address, size))
         return 0
 
-    error = ctypes.c_void_p()
+    error, call = ctypes.c_void_p(), object()
     with scene._exclusive(change=False) as pointer:
-        status = long.vrtkSceneDump(pointer, write, None, ctypes.byref(error))
+        _ending.begin(call)
+        try:
+            status = long.vrtkSceneDump(pointer, write, None, ctypes.byref(error))
+        finally:
+            del _ending.calls[call]
     if status:
+        if _ending.over():
+            _ending.hold()
         raise toolkit_error(status, error)
     return b"".join(pieces).decode("utf-8", "replace")
 
