@@ -5,6 +5,8 @@ import json
 import os
 import pickle
 import pydoc
+import random
+import time
 
 import pytest
 
@@ -500,3 +502,56 @@ def test_copies_and_pickles_are_equal_to_what_they_are_of(filled):
 def test_objects_are_indexed_by_slot_number_alone(scene, index):
     with pytest.raises(TypeError, match="Shape is indexed by slot number, not by"):
         scene.Shape[index]
+
+
+def test_a_list_changes_as_a_list_of_python_does(scene):
+    choices = random.Random(7)
+    shapes = [scene.Shape.add() for _ in range(5)]
+    things = [None, *shapes, scene.Light.add(value="{ }")]
+    emitters, model = scene.LightGroup.add().emitters, []
+    both = (emitters, model)
+    for _ in range(2000):
+        thing, index = choices.choice(things), choices.randrange(-12, 12)
+        change = choices.choice((
+            lambda one: one.append(thing), lambda one: one.insert(index, thing), lambda one: one.pop(),
+            lambda one: one.extend([thing] * (index % 3)), lambda one: one.__setitem__(index, thing),
+            lambda one: one.__delitem__(index), lambda one: one.remove(thing), lambda one: one[index],
+            lambda one: one.pop(index), lambda one: one.reverse(), lambda one: one.__delitem__(slice(3, None)),
+            lambda one: one.__setitem__(slice(1, index), [thing]), lambda one: one.index(thing)))
+        outcomes = []
+        for one in both:
+            try:
+                outcomes.append(change(one))
+            except (IndexError, ValueError) as problem:
+                outcomes.append(type(problem))
+        assert outcomes[0] == outcomes[1] and list(emitters) == model and len(emitters) == len(model)
+    again = vd.Scene.from_bytes(scene.to_bytes())
+    assert again.LightGroup[0].emitters.words() == emitters.words()
+
+
+def shortest(function, rounds=20):
+    times = []
+    for _ in range(rounds):
+        start = time.perf_counter()
+        function()
+        times.append(time.perf_counter() - start)
+    return min(times)
+
+
+def test_counting_objects_and_using_one_reference_take_as_long_in_a_large_scene(scene):
+    def measures(of, emitters, shape):
+        def change():
+            emitters.append(shape)
+            emitters[0] = shape
+            emitters.pop()
+        return (shortest(lambda: len(of.Shape)), shortest(lambda: bool(of.Shape)), shortest(lambda: emitters[-1]),
+                shortest(change))
+    with vd.Scene() as small:
+        shape = small.Shape.add()
+        quick = measures(small, small.LightGroup.add(emitters=[shape]).emitters, shape)
+    shape = scene.Shape.add()
+    for _ in range(50_000):
+        scene.Shape.add()
+    slow = measures(scene, scene.LightGroup.add(emitters=[shape] * 100_000).emitters, shape)
+    # A copy of 100,000 words takes milliseconds, and the calls some microseconds.
+    assert all(large < 20 * little for large, little in zip(slow, quick)), (slow, quick)

@@ -458,16 +458,39 @@ class ReferenceList(MutableSequence[Any]):
         address = quick.vrdmGetReferenceList(pointer, number, index, slot)
         return list((ctypes.c_int32 * count).from_address(address)) if count > 0 and address else []
 
-    def _store(self, words: list[int]) -> None:
+    def _splice(self, pointer: Any, start: int, stop: int, words: list[int]) -> None:
+        """Replaces the words from `start` to `stop` in a scene that is taken."""
+        number, index, slot = self._object._class.number, self._object._index, self._slot.index
+        count = quick.vrdmGetReferenceCount(pointer, number, index, slot)
+        size = count - (stop - start) + len(words)
+        if size > count:
+            quick.vrdmSetReferenceCount(pointer, number, index, slot, size)
+        address = quick.vrdmModifyReferenceList(pointer, number, index, slot)
+        if address:
+            if size != count and stop < count:
+                ctypes.memmove(address + 4 * (start + len(words)), address + 4 * stop, 4 * (count - stop))
+            ctypes.memmove(address + 4 * start, (ctypes.c_int32 * len(words))(*words), 4 * len(words))
+        if size < count:
+            quick.vrdmSetReferenceCount(pointer, number, index, slot, size)
+
+    def _taken(self, change: bool) -> _Exclusive:
+        """Takes the scene. The lists of live objects stay as they are."""
+        self._object._check()
+        return self._object._scene._exclusive(change, fields=True)
+
+    def _count(self, pointer: Any) -> int:
         thing = self._object
-        thing._check()
-        number, index, slot = thing._class.number, thing._index, self._slot.index
-        with thing._scene._exclusive() as pointer:
-            if quick.vrdmGetReferenceCount(pointer, number, index, slot) != len(words):
-                quick.vrdmSetReferenceCount(pointer, number, index, slot, len(words))
-            address = quick.vrdmModifyReferenceList(pointer, number, index, slot)
-            if words and address:
-                ctypes.memmove(address, (ctypes.c_int32 * len(words))(*words), 4 * len(words))
+        return int(quick.vrdmGetReferenceCount(pointer, thing._class.number, thing._index, self._slot.index))
+
+    def _place(self, pointer: Any, index: Any) -> int:
+        count, place = self._count(pointer), operator.index(index)
+        if not -count <= place < count:
+            raise IndexError(f"{place} is outside the {count} elements")
+        return place % count
+
+    def _store(self, words: list[int]) -> None:
+        with self._taken(True) as pointer:
+            self._splice(pointer, 0, self._count(pointer), words)
 
     def _decode(self, word: int) -> Any:
         scene, kind = self._object._scene, self._slot.kind
@@ -503,34 +526,58 @@ class ReferenceList(MutableSequence[Any]):
         self._store([self._encode(thing) for thing in things])
 
     def __getitem__(self, index: Any) -> Any:
-        words = self.words()
         if isinstance(index, slice):
-            return [self._decode(word) for word in words[index]]
-        return self._decode(words[index])
+            return [self._decode(word) for word in self.words()[index]]
+        thing = self._object
+        with self._taken(False) as pointer:
+            place = self._place(pointer, index)
+            address = quick.vrdmGetReferenceList(pointer, thing._class.number, thing._index, self._slot.index)
+            word = ctypes.c_int32.from_address(address + 4 * place).value
+        return self._decode(word)
 
     def __setitem__(self, index: Any, thing: Any) -> None:
-        words = self.words()
         if isinstance(index, slice):
+            words = self.words()
             words[index] = [self._encode(one) for one in thing]
-        else:
-            words[index] = self._encode(thing)
-        self._store(words)
+            self._store(words)
+            return
+        word = self._encode(thing)
+        with self._taken(True) as pointer:
+            place = self._place(pointer, index)
+            self._splice(pointer, place, place + 1, [word])
 
     def __delitem__(self, index: Any) -> None:
-        words = self.words()
-        del words[index]
-        self._store(words)
+        if isinstance(index, slice):
+            words = self.words()
+            del words[index]
+            self._store(words)
+            return
+        with self._taken(True) as pointer:
+            place = self._place(pointer, index)
+            self._splice(pointer, place, place + 1, [])
 
     def insert(self, index: int, thing: Any) -> None:
         """Inserts an element."""
-        words = self.words()
-        words.insert(index, self._encode(thing))
-        self._store(words)
+        word, place = self._encode(thing), operator.index(index)
+        with self._taken(True) as pointer:
+            count = self._count(pointer)
+            place = min(max(place + count if place < 0 else place, 0), count)
+            self._splice(pointer, place, place, [word])
+
+    def append(self, thing: Any) -> None:
+        """Adds an element at the end."""
+        self.extend((thing,))
 
     def extend(self, things: Iterable[Any]) -> None:
         """Adds elements at the end."""
         added = [self._encode(thing) for thing in things]
-        self._store(self.words() + added)
+        with self._taken(True) as pointer:
+            count = self._count(pointer)
+            self._splice(pointer, count, count, added)
+
+    def clear(self) -> None:
+        """Removes all elements."""
+        self._store([])
 
     def __iter__(self) -> Iterator[Any]:
         return iter([self._decode(word) for word in self.words()])
@@ -648,8 +695,12 @@ class Objects(Generic[T]):
 
     def indices(self) -> list[int]:
         """Returns the slot numbers of the live objects."""
+        indices: list[int] = self._slots().tolist()
+        return indices
+
+    def _slots(self) -> Any:
         from .columns import live_slots
-        return [int(one) for one in live_slots(self._scene, self._class.number)]
+        return live_slots(self._scene, self._class.number)
 
     def __getitem__(self, index: int) -> T:
         """Returns the object in a slot. Raises NoSuchObject for a free one."""
@@ -680,7 +731,7 @@ class Objects(Generic[T]):
 
     def __len__(self) -> int:
         """The number of live objects."""
-        return len(self.indices())
+        return len(self._slots())
 
     def __bool__(self) -> bool:
         return len(self) > 0
