@@ -1,6 +1,8 @@
 """Many files on Dask."""
+import copy
 import json
 import os
+import pickle
 import subprocess
 import sys
 
@@ -171,6 +173,16 @@ def test_results_and_errors_that_cannot_be_read_or_shown_cost_their_own_row(file
     assert lines[3]["result"] == {"(1, 2)": ["nan", "-inf"], "text": "<HasNoText: ValueError>"}
     assert lines[0]["result"] == ["0.vrnscene", "..."]
     assert "0.vrnscene" in str(table) and "0.vrnscene" in table._repr_html_()
+
+
+@pytest.mark.parametrize("protocol", range(pickle.HIGHEST_PROTOCOL + 1))
+def test_tables_pickle_with_every_protocol_and_equal_their_copies(files, client, protocol):
+    table = batch.run("check", [files / "a/0.vrnscene", files / "a/3.vrnscene", files / "none"], client=client)
+    for twin in (pickle.loads(pickle.dumps(table, protocol)), copy.copy(table), copy.deepcopy(table)):
+        assert twin == table and str(twin) == str(table) and twin.exit_status == 2
+        assert [hash(row) for row in twin] == [hash(row) for row in table]
+    row = pickle.loads(pickle.dumps(table[1], protocol))
+    assert row == table[1] and row.found and row != table[0] and table != batch.Table([])
 
 
 def test_a_function_that_reads_standard_input_finds_nothing(files, client):

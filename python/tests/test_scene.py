@@ -1,5 +1,6 @@
 """Scenes, objects, groups, slots and the catalogue."""
 import copy
+import errno
 import inspect
 import json
 import os
@@ -527,6 +528,69 @@ def test_a_list_changes_as_a_list_of_python_does(scene):
         assert outcomes[0] == outcomes[1] and list(emitters) == model and len(emitters) == len(model)
     again = vd.Scene.from_bytes(scene.to_bytes())
     assert again.LightGroup[0].emitters.words() == emitters.words()
+
+
+def test_a_text_that_is_not_utf8_is_written_back_as_it_was(scene):
+    target = scene.Shape.add().target
+    target.tag = b"a\xff\xc3"
+    before = target.value().to_bytes()
+    assert target.tag == "a\udcff\udcc3"
+    target.update(target.to_dict())
+    assert target.value().to_bytes() == before
+    scene.Shape[0].target = target
+    target.tag = target.tag
+    assert target.value().to_bytes() == before
+    target._repr_html_().encode()
+    repr(target).encode()
+
+
+def test_errors_of_files_have_the_number_and_the_path(scene, tmp_path):
+    missing = tmp_path / "none" / "x.vrnscene"
+    for use in (vd.Scene.open, vd.check, vd.Scene.from_json, lambda path: vd.diff(scene, vd.Scene.open(path))):
+        for kind in (FileNotFoundError, vd.FileError, OSError):
+            with pytest.raises(kind) as caught:
+                use(missing)
+            assert (caught.value.errno, caught.value.filename) == (errno.ENOENT, str(missing))
+            assert caught.value.code == "FILE_MISSING" and str(missing) in str(caught.value)
+    with pytest.raises(vd.FileError) as caught:
+        vd.Scene.open(tmp_path)
+    assert caught.value.errno == errno.EISDIR and not isinstance(caught.value, FileNotFoundError)
+    for use in (scene.save, scene.to_json, lambda path: vd.write_file(path, b"x")):
+        with pytest.raises(vd.SaveError) as caught:
+            use(missing)
+        assert (caught.value.errno, caught.value.filename) == (errno.ENOENT, str(missing))
+    for protocol in range(pickle.HIGHEST_PROTOCOL + 1):
+        twin = pickle.loads(pickle.dumps(caught.value, protocol))
+        assert (type(twin), twin.errno, twin.filename, twin.code, str(twin)) == (
+            vd.SaveError, errno.ENOENT, str(missing), "SAVE_NO_FOLDER", str(caught.value))
+
+
+@pytest.mark.parametrize("protocol", range(pickle.HIGHEST_PROTOCOL + 1))
+def test_all_that_a_host_keeps_pickles_with_every_protocol_and_equals_its_copies(filled, protocol):
+    camera = filled.Camera[0]
+    saved = vd.catalogue_text("json").replace('"near_distance"', '"nearest"')
+    with vd.Scene() as other:
+        differences = vd.diff(filled, other)
+    kind = vd.Type("{ float @min=0.0 gloss; }")
+    things = [kind, kind.fields["gloss"], kind.fields["gloss"].type.metadata, filled.validate(), vd.check(b"x"),
+              vd.check(b"x").messages[0], differences, differences[0], vd.Side(3), vd.catalogue()["Camera"],
+              camera.value, *vd.compare_catalogue(saved)[:2]]
+    with pytest.raises(vd.JsonError) as caught:
+        vd.Scene.from_json('{"format": 1}')
+    things += caught.value.messages
+    assert {vd.JsonMessage, vd.CatalogueChange} <= set(map(type, things))
+    for thing in things:
+        for twin in (pickle.loads(pickle.dumps(thing, protocol)), copy.copy(thing), copy.deepcopy(thing)):
+            assert type(twin) is type(thing) and twin == thing and repr(twin) == repr(thing)
+            assert isinstance(thing, (vd.Value, type(kind.metadata))) or hash(twin) == hash(thing)
+    with pytest.raises(vd.CheckError) as caught:
+        vd.Scene.open(b"x")
+    twin = pickle.loads(pickle.dumps(caught.value, protocol))
+    assert twin.report == caught.value.report and twin.report.messages == caught.value.report.messages
+    assert pickle.loads(pickle.dumps(filled, protocol)).digest() == filled.digest()
+    for wrong in (filled.Camera, camera):
+        with pytest.raises(TypeError, match="scene"):
+            pickle.dumps(wrong, protocol)
 
 
 def shortest(function, rounds=20):

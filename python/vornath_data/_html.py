@@ -38,7 +38,7 @@ def _table(head: Iterable[str], rows: Iterable[Iterable[str]], caption: str = ""
 
 
 def _text(thing: Any, length: int = 120) -> str:
-    text = str(thing)
+    text = str(thing).encode("utf-8", "backslashreplace").decode()  # It may have bytes that are not UTF-8.
     return escape(text if len(text) <= length else text[:length - 4] + " ...")
 
 

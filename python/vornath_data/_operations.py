@@ -18,6 +18,8 @@ from collections.abc import Callable
 from functools import lru_cache, partial
 from typing import Any, BinaryIO
 
+from ._slotted import Slotted
+
 LENGTH = struct.Struct("<I")
 HEAD = struct.Struct("<II")  # of an answer: its bytes, and the number of its rows
 INTERVAL = 0.05  # seconds between answers: to answer for each file takes longer than to check a small one
@@ -28,7 +30,7 @@ FileRow = tuple[Any, ...]
 READY = b"ready\n"  # what the process writes when it has started
 
 
-class Document:
+class Document(Slotted):
     """A result as a JSON text, which is read when somebody asks for it.
 
     found: whether it is one that people look for: errors in a file, or differences.

@@ -32,6 +32,7 @@ from html import escape
 from typing import Any, cast
 
 from ._operations import DOCUMENT, ERROR, OPERATIONS, Document, FileRow, export_target, failed_row, unpack
+from ._slotted import Slotted
 from ._worker import run_chunk
 
 __all__ = ["Row", "Table", "expand", "processes_of_this_machine", "run"]
@@ -71,7 +72,7 @@ def _json(thing: Any) -> str:
         return json.dumps(_plain(thing))
 
 
-class Row:
+class Row(Slotted):
     """The outcome for one file.
 
     file: its path. ok: whether the function returned. result: what it returned. code, error: why it did
@@ -89,6 +90,18 @@ class Row:
         self.code = code
         self.error = error
         self.found = isinstance(result, Document) and result.found
+
+    def __eq__(self, other: object) -> bool:
+        if not isinstance(other, Row):
+            return NotImplemented
+        mine, others = (one.to_dict() | {"seconds": one.seconds, "found": one.found} for one in (self, other))
+        try:
+            return mine == others
+        except ValueError:  # Arrays of NumPy do not compare as a whole.
+            return pickle.dumps(mine) == pickle.dumps(others)
+
+    def __hash__(self) -> int:
+        return hash((self.file, self.ok, self.seconds, self.code, self.error))
 
     @property
     def result(self) -> Any:
@@ -161,6 +174,13 @@ class Table(Sequence[Row]):
 
     def __len__(self) -> int:
         return len(self._rows)
+
+    def __eq__(self, other: object) -> bool:
+        if not isinstance(other, Table):
+            return NotImplemented
+        return list(self) == list(other)
+
+    __hash__ = None  # type: ignore[assignment]
 
     def __iter__(self) -> Iterator[Row]:
         return map(self._row, range(len(self._rows)))

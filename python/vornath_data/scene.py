@@ -23,6 +23,7 @@ from . import _declarations
 from ._library import long, quick
 from ._objects import SceneClasses
 from ._records import Changes, GroupRecord, group_class
+from ._slotted import Slotted
 from ._status import no_name, toolkit_error
 from .catalogue import SCENE_DATA, Class, Slot, catalogue, snake_case
 from .errors import ClosedError, ConcurrentUseError, NoSuchObject, TypeMismatch
@@ -397,7 +398,7 @@ class Slots(Mapping[str, Any]):
                      for name, thing in self.items()})
 
 
-class Side:
+class Side(Slotted):
     """An element of a decal list: a decal on one side of a surface.
 
     decal: the Decal. front: whether it is on the front, and not on the back.
@@ -799,6 +800,15 @@ class Objects(Generic[T]):
     def __hash__(self) -> int:
         return hash((id(self._scene), self._class.number))
 
+    def __reduce__(self) -> NoReturn:
+        raise TypeError("the objects of a class belong to their scene; pickle the scene")
+
+    def __deepcopy__(self, memo: object) -> NoReturn:
+        raise TypeError("the objects of a class belong to their scene; copy the scene")
+
+    def __copy__(self) -> Objects[T]:
+        return self
+
     def __repr__(self) -> str:
         if self._scene.closed:
             return f"<{self._class.name} objects of a closed scene>"
@@ -1049,7 +1059,7 @@ class Scene(SceneClasses):
             status = long.vrtkSceneSave(pointer, os.fsencode(path), ctypes.byref(options),
                                         ctypes.byref(error))
         if status:
-            raise toolkit_error(status, error)
+            raise toolkit_error(status, error, path)
 
     def to_bytes(self) -> bytes:
         """Returns the bytes of the scene's file."""
