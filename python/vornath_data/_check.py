@@ -8,6 +8,7 @@
 from __future__ import annotations
 
 import ctypes
+import json
 import os
 import uuid
 from collections.abc import Callable, Iterator
@@ -111,7 +112,6 @@ class Report(Slotted):
 
     def to_dict(self) -> dict[str, Any]:
         """Returns the JSON document as Python objects."""
-        import json
         found: dict[str, Any] = json.loads(self.json)
         return found
 

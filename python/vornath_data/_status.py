@@ -7,6 +7,7 @@ import os
 from collections.abc import Iterable
 from typing import Any, NoReturn
 
+from . import _declarations
 from ._library import quick
 from .errors import (CheckError, Error, FileError, JsonError, MissingFileError, ParseError, SaveError, ToolkitError,
                      UnknownName)
@@ -74,7 +75,6 @@ def toolkit_error(status: int, error: ctypes.c_void_p,
 
 
 def _place(error: ctypes.c_void_p) -> tuple[int | None, int | None, int | None]:
-    from . import _declarations
     kind = getattr(_declarations, "vrtkTextPlace", None)
     if kind is None:
         return None, None, None

@@ -28,7 +28,7 @@ from ._layout import _Memory
 from ._library import quick
 from ._status import no_name
 from .errors import OutOfRange, TypeMismatch
-from .scene import SceneObject, _object_id
+from .scene import SceneObject, _object_id, asset_classes
 
 if TYPE_CHECKING:
     from .scene import Scene
@@ -684,5 +684,7 @@ class MaterialGraph(Asset):
     def _describe(self) -> str:
         return f"{self.nbytes} bytes"
 
+
+asset_classes.update(Mesh=Mesh, Texture=Texture, MaterialGraph=MaterialGraph)
 
 __all__ = ["FORMATS", "LAYOUTS", "Asset", "MaterialGraph", "Mesh", "MeshLayout", "Texture"]

@@ -16,6 +16,7 @@ import weakref
 from collections.abc import Callable, Iterator, Mapping
 from typing import TYPE_CHECKING, Any, TypeVar
 
+from ._declarations import vrntValueView_t
 from ._library import long, quick
 from ._slotted import Slotted
 from ._status import no_name, nul_error, parse_error, take_string, value_error
@@ -321,7 +322,6 @@ class Type:
     def _find_fields(self) -> dict[str, Field]:
         if self.kind != "struct":
             return {}
-        from ._declarations import vrntValueView_t
         address = self._handle.address
         view = vrntValueView_t()
         fields = {}
