@@ -1,6 +1,8 @@
 """Many files on Dask."""
+import copy
 import json
 import os
+import pickle
 import subprocess
 import sys
 
@@ -133,6 +135,131 @@ def test_a_function_of_a_scene_gets_the_scene_opened_and_checked(files, client):
         assert table[0].result == name
     with pytest.raises(TypeError):
         batch.run("check", paths, client=client, scene=True)
+
+
+def test_a_worker_that_ends_costs_the_row_of_its_file_alone(tmp_path):
+    """The functions end the workers themselves, and not only the processes of the files."""
+    paths = [str(tmp_path / f"{number}") for number in (0, 1, 2, 3, 4, 20, 5, 6, 7, 21, *range(30, 50))]
+    seen = []
+    with batch.processes_of_this_machine(2) as client:
+        table = batch.run(functions_of_files.end_the_worker, paths, client=client,
+                          progress=lambda done, total: seen.append(done))
+        assert [row.code for row in table.failed] == ["WORKER_LOST"] * 3
+        assert [os.path.basename(row.file) for row in table.failed] == ["2", "20", "21"]
+        assert [row.result for row in table if row.ok] == [
+            os.path.basename(path) for path in paths if not os.path.basename(path).startswith("2")]
+        assert seen == sorted(seen) and seen[-1] == len(paths)
+        assert batch.run("check", paths[:1], client=client)[0].code == "FILE_MISSING"  # It goes on.
+
+
+def test_a_run_without_workers_ends(files, monkeypatch):
+    import distributed
+    monkeypatch.setattr(batch, "_WITHOUT_WORKERS", 1.0)
+    with distributed.LocalCluster(n_workers=0, dashboard_address=None) as cluster, distributed.Client(cluster) as none:
+        table = batch.run("check", [files / "a/0.vrnscene", files / "a/1.vrnscene"], client=none)
+    assert [(row.code, row.error) for row in table] == [("NO_WORKER", "there was no worker for 1 s")] * 2
+
+
+def test_results_and_errors_that_cannot_be_read_or_shown_cost_their_own_row(files, client):
+    paths = [files / "a" / f"{number}.vrnscene" for number in (0, 1, 2, 4)]
+    table = batch.run(functions_of_files.odd_results, paths, client=client)
+    assert [row.ok for row in table] == [True, False, False, True]
+    assert [row.code for row in table.failed] == ["ZeroDivisionError", "HasNoMessage"]
+    assert table[2].error == "the message cannot be read: ValueError"
+
+    def refuse(name):
+        raise AssertionError(f"{name} is not JSON")
+    lines = [json.loads(line, parse_constant=refuse) for line in table.to_json_lines().splitlines()]
+    assert lines[3]["result"] == {"(1, 2)": ["nan", "-inf"], "text": "<HasNoText: ValueError>"}
+    assert lines[0]["result"] == ["0.vrnscene", "..."]
+    assert "0.vrnscene" in str(table) and "0.vrnscene" in table._repr_html_()
+
+
+@pytest.mark.parametrize("protocol", range(pickle.HIGHEST_PROTOCOL + 1))
+def test_tables_pickle_with_every_protocol_and_equal_their_copies(files, client, protocol):
+    table = batch.run("check", [files / "a/0.vrnscene", files / "a/3.vrnscene", files / "none"], client=client)
+    for twin in (pickle.loads(pickle.dumps(table, protocol)), copy.copy(table), copy.deepcopy(table)):
+        assert twin == table and str(twin) == str(table) and twin.exit_status == 2
+        assert [hash(row) for row in twin] == [hash(row) for row in table]
+    row = pickle.loads(pickle.dumps(table[1], protocol))
+    assert row == table[1] and row.found and row != table[0] and table != batch.Table([])
+
+
+def test_a_function_that_reads_standard_input_finds_nothing(files, client):
+    paths = [files / "a" / f"{number}.vrnscene" for number in range(4)]
+    table = batch.run(functions_of_files.read_standard_input, paths, client=client, timeout=20)
+    assert [row.ok and row.result for row in table] == [""] * 4
+
+
+def test_a_function_may_go_to_another_folder(files, client, monkeypatch):
+    monkeypatch.chdir(files)
+    paths = [f"a/{number}.vrnscene" for number in range(6)]
+    table = batch.run(functions_of_files.change_folder, paths, client=client)
+    assert [row.ok and row.result for row in table] == [True] * 6 and [row.file for row in table] == paths
+    assert batch.run("digest", paths[:1], client=client)[0].ok
+    assert batch.run("diff", paths[:1], client=client, reference=paths[0])[0].result["equal"]
+
+
+def test_a_process_that_ends_and_leaves_another_one_is_told(files, client):
+    paths = [files / "a" / f"{number}.vrnscene" for number in range(3)]
+    table = batch.run(functions_of_files.leave_a_process, paths, client=client)
+    assert [row.code for row in table] == ["", "PROCESS_ENDED", ""]
+
+
+def test_exports_stay_in_their_folder_and_never_write_one_file_twice(files, client, monkeypatch):
+    monkeypatch.chdir(files)
+    (files / "else").mkdir()
+    (files / "else" / "x.vrnscene").write_bytes((files / "a/0.vrnscene").read_bytes())
+    (files / "a" / "0.bak").write_bytes((files / "a/0.vrnscene").read_bytes())
+    table = batch.run("export", [files / "else/x.vrnscene"], client=client, output="out")
+    assert table[0].result == {"output": str(files / "out/x.json")} and (files / "out/x.json").exists()
+    table = batch.run("export", ["a/1.vrnscene", "else/x.vrnscene"], client=client, output="two")
+    assert [row.result["output"] for row in table] == [str(files / "two/a/1.json"), str(files / "two/else/x.json")]
+    with pytest.raises(ValueError, match=r"else/x.vrnscene is not in the folder .*/a,"):
+        batch.run("export", ["a/1.vrnscene", "else/x.vrnscene"], client=client, output="three", root="a")
+    with pytest.raises(ValueError, match=r"0.vrnscene and .*0.bak would both be written to .*three/0.json"):
+        batch.run("export", ["a/0.vrnscene", "a/0.bak"], client=client, output="three")
+    assert not (files / "three").exists() and not list((files / "else").glob("*.json"))
+    done = command("export", "--output", "three", "a/0.vrnscene", "a/0.bak")
+    assert done.returncode == 2 and "would both be written" in done.stderr and not (files / "three").exists()
+
+
+@pytest.mark.parametrize("options", [{"processes": 0}, {"processes": -1}, {"timeout": 0}, {"timeout": -5},
+                                     {"timeout": float("nan")}, {"timeout": float("inf")}])
+def test_numbers_without_sense_are_refused(files, options):
+    with pytest.raises(ValueError, match="not"):
+        batch.run("check", [files / "a/0.vrnscene"], **options)
+
+
+def test_a_time_or_a_number_of_another_type_is_refused(files):
+    with pytest.raises(TypeError):
+        batch.run("check", [files / "a/0.vrnscene"], timeout="x")
+    with pytest.raises(TypeError):
+        batch.run("check", [files / "a/0.vrnscene"], processes=1.5)
+    with pytest.raises(ValueError, match="not -1"), batch.processes_of_this_machine(-1):
+        pass
+
+
+@pytest.mark.parametrize("option", ["--processes=-1", "--processes=0", "--timeout=nan", "--timeout=-5",
+                                    "--timeout=0", "--timeout=x"])
+def test_the_command_tells_numbers_without_sense_as_its_usage(files, option):
+    done = command("check", files / "a/0.vrnscene", option)
+    assert done.returncode == 2 and "usage:" in done.stderr and option.split("=")[0] in done.stderr
+    assert done.stdout == ""
+
+
+def test_names_that_are_not_utf8_are_rows(files, client):
+    name = os.fsencode(files) + b"/a/\xff\xfe.vrnscene"
+    with open(name, "wb") as target:
+        target.write((files / "a/0.vrnscene").read_bytes())
+    table = batch.run("check", [os.fsdecode(name), os.fsdecode(name) + "x"], client=client)
+    assert table[0].result["valid"] and table[1].code == "FILE_MISSING"
+    assert json.loads(table.to_json_lines().splitlines()[0])["file"] == os.fsdecode(name)
+    table._repr_html_().encode()
+    done = subprocess.run([sys.executable, "-m", "vornath_data.batch", "check", "--scheduler",
+                           client.scheduler.address, name], capture_output=True, timeout=120,
+                          env={**os.environ, "PYTHONPATH": str(PACKAGE)}, check=False)
+    assert done.returncode == 0 and done.stdout.startswith(name), done.stderr
 
 
 def test_no_files_are_an_empty_table():

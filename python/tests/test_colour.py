@@ -92,6 +92,7 @@ def test_converts_between_encodings():
 
 def test_srgb_is_clamped_and_curved():
     assert vd.srgb((0.0, 0.5, 2.0)) == (0, 188, 255) and vd.srgb((math.nan, -1, 1)) == (0, 0, 255)
+    assert vd.srgb((math.inf, -math.inf, 1e300)) == (255, 0, 255)
 
 
 def test_fixed_types():

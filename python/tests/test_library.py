@@ -73,6 +73,13 @@ def test_tells_what_was_looked_for_where_the_libraries_are_missing(tmp_path):
     assert "Install the library, or set VORNATH_DATA_LIBRARY" in last
 
 
+def test_names_a_folder_that_is_not_there(tmp_path):
+    done = run_python("import vornath_data", VORNATH_DATA_LIBRARY=f"{tmp_path}/none:{tmp_path}/libvornath_data.so.1")
+    last = done.stderr.split("LibraryError: ")[-1]
+    assert f"  {tmp_path}/none/libvornath_data.so.1\n  {tmp_path}/libvornath_data.so.1\n" in last
+    assert f"{tmp_path}/none is no folder" in last and f"{tmp_path} is no folder" not in last
+
+
 def test_tells_that_a_folder_has_another_version(tmp_path):
     (tmp_path / "libvornath_data.so.2").write_bytes(b"")
     done = run_python("import vornath_data", VORNATH_DATA_LIBRARY=str(tmp_path))

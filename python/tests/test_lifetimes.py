@@ -437,6 +437,58 @@ print("end")
     assert (done.returncode, done.stdout, done.stderr) == (0, "end\n", "")
 
 
+@pytest.mark.parametrize("work", ['vd.Scene().MaterialGraph.add(np.zeros(10, "u1"))', "vd.Scene().dump()",
+                                  'vd.Scene().MaterialGraph.add(Noisy((10,)))'])
+def test_the_interpreter_ends_while_threads_of_their_own_release_assets_and_print_scenes(work):
+    for _ in range(4):
+        done = run_python(f"""
+import threading, time, numpy as np, vornath_data as vd
+class Noisy(np.ndarray):
+    def __del__(self): sum(range(100))
+def use():
+    while True: {work}
+for _ in range(3): threading.Thread(target=use, daemon=True).start()
+time.sleep(0.1)
+print("end")
+""")
+        assert (done.returncode, done.stdout, done.stderr) == (0, "end\n", "")
+
+
+def test_a_finaliser_that_runs_last_can_use_a_scene():
+    done = run_python("""
+import vornath_data as vd
+class Late:
+    def __del__(self):
+        scene = self.scene
+        scene.set("Camera/0/groups/General/near_distance", 0.5)
+        near, copy = scene.get("Camera/0/groups/General/near_distance"), scene.copy()
+        print(len(scene), len(scene.Shape), bool(scene.Camera), near, copy.digest() == scene.digest())
+        print(scene.equivalent(copy), scene.validate().valid, scene.Shape.column("Target", "visible_in_mask").tolist())
+        print(len(scene.to_json()["objects"]), len(scene.dump()) > 100)
+        try:
+            scene.get("Shape/9")
+        except KeyError:
+            print("unknown")
+late = Late()
+late.scene = vd.Scene()
+late.scene.Shape.add()
+late.scene.Camera.add(value="{ }")
+""")
+    assert (done.returncode, done.stderr) == (0, "")
+    assert done.stdout == "2 1 True 0.5 True\nTrue True [True]\n2 True\nunknown\n"
+
+
+def test_a_scene_is_printed_by_a_function_that_runs_at_the_end():
+    done = run_python("""
+import atexit
+@atexit.register
+def last(): print(len(scene.dump()) > 100)
+import vornath_data as vd
+scene = vd.Scene()
+""")
+    assert (done.returncode, done.stdout, done.stderr) == (0, "True\n", "")
+
+
 def test_blocks_that_outlive_the_interpreter_are_freed_by_the_c_library():
     done = run_python("""
 import atexit, ctypes, numpy as np

@@ -86,6 +86,49 @@ def test_a_swatch_has_the_colour_in_srgb():
     assert "background:rgb(255, 188, 0)" in style
 
 
+def spectral(*floats):
+    value = vd.spectrum_type().default()
+    value.update(encoding="SPECTRAL", spectrum=list(floats))
+    return value
+
+
+INF = float("inf")
+
+
+@pytest.mark.parametrize("floats,plot", [
+    ((0, 0, 400, 1, 400, 1, 500, 0), False), ((0, 0, 500, 1, 400, 1, 300, 0), False),
+    ((0, 0, 400, -1e30, 500, -1e30), True), ((0, 0, 400, 0, 500, 0), True), ((0, 0, 400, 1e30, 500, -1e30), True),
+    ((0, 0, 400, INF, 500, 1, 600, 2, INF, 1), True), ((0, 0, -1e30, 1, -1, 1), False), ((), False),
+    ((0, 0, 1e-45, 1e-45, 3e-45, 2e-45), True), ((400,), False), ((0, 0, 3e38, 3e38, 3.4e38, -3e38), True),
+])
+def test_every_spectrum_shows_itself_with_a_plot_if_its_wavelengths_increase(floats, plot):
+    value = spectral(*floats)
+    text = value._repr_html_()
+    parsed(value)
+    assert ("<svg" in text) is plot and "nan," not in text
+    if plot:
+        path = ET.fromstring(text[text.index("<svg"):text.index("</svg>") + 6])[0].get("d")
+        for point in path.split():
+            x, y = (float(one) for one in point[1:].split(","))
+            assert 44 <= x <= 352 and 8 <= y <= 132, "inside the axes"
+    else:
+        with pytest.raises((vd.OutOfRange, vd.TypeMismatch)):
+            vd.plot_spectrum(value)
+
+
+def test_infinite_colours_and_spectra_without_floats_show_themselves():
+    assert "rgb(255, 0, 0)" in vd.Value.parse(str(vd.spectrum((0.5, 0, 0))).replace("0.5", "1.0e39"))._repr_html_()
+    empty = vd.spectrum_type().default()
+    for code in ("LUMINANCE", "RGB", "SPECTRAL"):
+        empty["encoding"] = code
+        empty["spectrum"] = None
+        assert len(parsed(empty).data) > 0
+        with pytest.raises(vd.TypeMismatch, match="null"):
+            vd.convert_spectrum(empty)
+    with pytest.raises(vd.TypeMismatch, match="null"):
+        vd.plot_spectrum(empty)
+
+
 def test_large_things_are_cut(scene):
     for _ in range(300):
         scene.Shape.add()

@@ -1,10 +1,13 @@
 """Scenes, objects, groups, slots and the catalogue."""
 import copy
+import errno
 import inspect
 import json
 import os
 import pickle
 import pydoc
+import random
+import time
 
 import pytest
 
@@ -500,3 +503,119 @@ def test_copies_and_pickles_are_equal_to_what_they_are_of(filled):
 def test_objects_are_indexed_by_slot_number_alone(scene, index):
     with pytest.raises(TypeError, match="Shape is indexed by slot number, not by"):
         scene.Shape[index]
+
+
+def test_a_list_changes_as_a_list_of_python_does(scene):
+    choices = random.Random(7)
+    shapes = [scene.Shape.add() for _ in range(5)]
+    things = [None, *shapes, scene.Light.add(value="{ }")]
+    emitters, model = scene.LightGroup.add().emitters, []
+    both = (emitters, model)
+    for _ in range(2000):
+        thing, index = choices.choice(things), choices.randrange(-12, 12)
+        change = choices.choice((
+            lambda one: one.append(thing), lambda one: one.insert(index, thing), lambda one: one.pop(),
+            lambda one: one.extend([thing] * (index % 3)), lambda one: one.__setitem__(index, thing),
+            lambda one: one.__delitem__(index), lambda one: one.remove(thing), lambda one: one[index],
+            lambda one: one.pop(index), lambda one: one.reverse(), lambda one: one.__delitem__(slice(3, None)),
+            lambda one: one.__setitem__(slice(1, index), [thing]), lambda one: one.index(thing)))
+        outcomes = []
+        for one in both:
+            try:
+                outcomes.append(change(one))
+            except (IndexError, ValueError) as problem:
+                outcomes.append(type(problem))
+        assert outcomes[0] == outcomes[1] and list(emitters) == model and len(emitters) == len(model)
+    again = vd.Scene.from_bytes(scene.to_bytes())
+    assert again.LightGroup[0].emitters.words() == emitters.words()
+
+
+def test_a_text_that_is_not_utf8_is_written_back_as_it_was(scene):
+    target = scene.Shape.add().target
+    target.tag = b"a\xff\xc3"
+    before = target.value().to_bytes()
+    assert target.tag == "a\udcff\udcc3"
+    target.update(target.to_dict())
+    assert target.value().to_bytes() == before
+    scene.Shape[0].target = target
+    target.tag = target.tag
+    assert target.value().to_bytes() == before
+    target._repr_html_().encode()
+    repr(target).encode()
+
+
+def test_errors_of_files_have_the_number_and_the_path(scene, tmp_path):
+    missing = tmp_path / "none" / "x.vrnscene"
+    for use in (vd.Scene.open, vd.check, vd.Scene.from_json, lambda path: vd.diff(scene, vd.Scene.open(path))):
+        for kind in (FileNotFoundError, vd.FileError, OSError):
+            with pytest.raises(kind) as caught:
+                use(missing)
+            assert (caught.value.errno, caught.value.filename) == (errno.ENOENT, str(missing))
+            assert caught.value.code == "FILE_MISSING" and str(missing) in str(caught.value)
+    with pytest.raises(vd.FileError) as caught:
+        vd.Scene.open(tmp_path)
+    assert caught.value.errno == errno.EISDIR and not isinstance(caught.value, FileNotFoundError)
+    for use in (scene.save, scene.to_json, lambda path: vd.write_file(path, b"x")):
+        with pytest.raises(vd.SaveError) as caught:
+            use(missing)
+        assert (caught.value.errno, caught.value.filename) == (errno.ENOENT, str(missing))
+    for protocol in range(pickle.HIGHEST_PROTOCOL + 1):
+        twin = pickle.loads(pickle.dumps(caught.value, protocol))
+        assert (type(twin), twin.errno, twin.filename, twin.code, str(twin)) == (
+            vd.SaveError, errno.ENOENT, str(missing), "SAVE_NO_FOLDER", str(caught.value))
+
+
+@pytest.mark.parametrize("protocol", range(pickle.HIGHEST_PROTOCOL + 1))
+def test_all_that_a_host_keeps_pickles_with_every_protocol_and_equals_its_copies(filled, protocol):
+    camera = filled.Camera[0]
+    saved = vd.catalogue_text("json").replace('"near_distance"', '"nearest"')
+    with vd.Scene() as other:
+        differences = vd.diff(filled, other)
+    kind = vd.Type("{ float @min=0.0 gloss; }")
+    things = [kind, kind.fields["gloss"], kind.fields["gloss"].type.metadata, filled.validate(), vd.check(b"x"),
+              vd.check(b"x").messages[0], differences, differences[0], vd.Side(3), vd.catalogue()["Camera"],
+              camera.value, *vd.compare_catalogue(saved)[:2]]
+    with pytest.raises(vd.JsonError) as caught:
+        vd.Scene.from_json('{"format": 1}')
+    things += caught.value.messages
+    assert {vd.JsonMessage, vd.CatalogueChange} <= set(map(type, things))
+    for thing in things:
+        for twin in (pickle.loads(pickle.dumps(thing, protocol)), copy.copy(thing), copy.deepcopy(thing)):
+            assert type(twin) is type(thing) and twin == thing and repr(twin) == repr(thing)
+            assert isinstance(thing, (vd.Value, type(kind.metadata))) or hash(twin) == hash(thing)
+    with pytest.raises(vd.CheckError) as caught:
+        vd.Scene.open(b"x")
+    twin = pickle.loads(pickle.dumps(caught.value, protocol))
+    assert twin.report == caught.value.report and twin.report.messages == caught.value.report.messages
+    assert pickle.loads(pickle.dumps(filled, protocol)).digest() == filled.digest()
+    for wrong in (filled.Camera, camera):
+        with pytest.raises(TypeError, match="scene"):
+            pickle.dumps(wrong, protocol)
+
+
+def shortest(function, rounds=20):
+    times = []
+    for _ in range(rounds):
+        start = time.perf_counter()
+        function()
+        times.append(time.perf_counter() - start)
+    return min(times)
+
+
+def test_counting_objects_and_using_one_reference_take_as_long_in_a_large_scene(scene):
+    def measures(of, emitters, shape):
+        def change():
+            emitters.append(shape)
+            emitters[0] = shape
+            emitters.pop()
+        return (shortest(lambda: len(of.Shape)), shortest(lambda: bool(of.Shape)), shortest(lambda: emitters[-1]),
+                shortest(change))
+    with vd.Scene() as small:
+        shape = small.Shape.add()
+        quick = measures(small, small.LightGroup.add(emitters=[shape]).emitters, shape)
+    shape = scene.Shape.add()
+    for _ in range(50_000):
+        scene.Shape.add()
+    slow = measures(scene, scene.LightGroup.add(emitters=[shape] * 100_000).emitters, shape)
+    # A copy of 100,000 words takes milliseconds, and the calls some microseconds.
+    assert all(large < 20 * little for large, little in zip(slow, quick)), (slow, quick)

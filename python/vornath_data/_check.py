@@ -8,6 +8,7 @@
 from __future__ import annotations
 
 import ctypes
+import json
 import os
 import uuid
 from collections.abc import Callable, Iterator
@@ -15,6 +16,7 @@ from typing import TYPE_CHECKING, Any
 
 from . import _declarations
 from ._library import long, quick
+from ._slotted import Record, Slotted
 from ._status import take_toolkit_string, toolkit_error
 from .errors import CheckError, FileError
 
@@ -24,7 +26,7 @@ if TYPE_CHECKING:
 _NO_OFFSET = 2**64 - 1
 
 
-class Message:
+class Message(Record):
     """A message of a report.
 
     code: a stable name such as "FILE_TRUNCATED". severity: "error" or "warning". offset: bytes from the
@@ -45,16 +47,8 @@ class Message:
         place = f" {self.address}" if self.address else ""
         return f"{self.severity} {self.code}{place}: {self.message}"
 
-    def __eq__(self, other: object) -> bool:
-        if not isinstance(other, Message):
-            return NotImplemented
-        return all(getattr(self, name) == getattr(other, name) for name in self.__slots__)
 
-    def __hash__(self) -> int:
-        return hash((self.code, self.address, self.message))
-
-
-class Report:
+class Report(Slotted):
     """The outcome of a check. It is true if there is no error, and iterates over its messages.
 
     valid: whether there is no error. errors, warnings: how many were found. truncated: whether more were
@@ -118,7 +112,6 @@ class Report:
 
     def to_dict(self) -> dict[str, Any]:
         """Returns the JSON document as Python objects."""
-        import json
         found: dict[str, Any] = json.loads(self.json)
         return found
 
@@ -173,7 +166,7 @@ def check(source: str | os.PathLike[str] | bytes, *, max_memory: int = 0, max_me
         file = os.fspath(source)
         status = long.vrtkCheckFile(os.fsencode(source), limits, ctypes.byref(report), ctypes.byref(error))
     if status:
-        raise toolkit_error(status, error)
+        raise toolkit_error(status, error, file)
     return _take(report, file)
 
 
@@ -198,7 +191,7 @@ def json_checker(max_memory: int, max_messages: int) -> Callable[[str], tuple[by
         report.value = text.value = error.value = None
         status = check_file(encode(path), limits, to_report, to_error)
         if status:
-            raise toolkit_error(status, error)
+            raise toolkit_error(status, error, path)
         status = write(report, to_text, to_error)
         good = bool(valid(report))
         destroy(report)
@@ -219,7 +212,7 @@ def open_scene(source: str | os.PathLike[str] | bytes, max_memory: int, max_mess
         address: int | None = long.vrdmDeserialize(os.fsencode(source))
         if not address:
             raise FileError(f"{os.fspath(source)}: it cannot be read, is no scene file, or has another "
-                            "version", "FILE_UNREADABLE")
+                            "version", "FILE_UNREADABLE", os.fspath(source))
         return address
     limits = ctypes.byref(_limits(max_memory, max_messages))
     if isinstance(source, (bytes, bytearray, memoryview)):
@@ -235,7 +228,7 @@ def open_scene(source: str | os.PathLike[str] | bytes, max_memory: int, max_mess
         quick.vrtkReportDestroy(report)
         assert scene.value is not None
         return scene.value
-    problem = toolkit_error(status, error)
+    problem = toolkit_error(status, error, file)
     if report:
         made = _take(report, file)
         if isinstance(problem, CheckError):

@@ -38,7 +38,7 @@ def _table(head: Iterable[str], rows: Iterable[Iterable[str]], caption: str = ""
 
 
 def _text(thing: Any, length: int = 120) -> str:
-    text = str(thing)
+    text = str(thing).encode("utf-8", "backslashreplace").decode()  # It may have bytes that are not UTF-8.
     return escape(text if len(text) <= length else text[:length - 4] + " ...")
 
 
@@ -57,7 +57,7 @@ def swatch(rgb: Iterable[float], words: str = "") -> str:
 
 def _colour_of(item: _Item) -> str:
     """Returns the swatch and the plot of a spectrum, or nothing for another value."""
-    from .colour import spectrum_to_rgb, spectrum_type
+    from .colour import spectrum_pairs, spectrum_to_rgb, spectrum_type
     if item.type.kind != "struct" or not item.type.is_subtype(spectrum_type()):
         return ""
     try:
@@ -67,27 +67,26 @@ def _colour_of(item: _Item) -> str:
     code = item["encoding"]
     text = f"{swatch(rgb)} {escape(str(code))}"
     if code == "SPECTRAL":
-        floats = item["spectrum"].numpy()
-        text += "<br>" + spectrum_svg(floats[:len(floats) // 2 * 2].reshape(-1, 2))
+        try:
+            text += "<br>" + spectrum_svg(spectrum_pairs(item))
+        except Error as problem:
+            text += f" ({escape(str(problem))})"
     return text
 
 
 def spectrum_svg(pairs: Any, width: int = 360, height: int = 160) -> str:
     """Returns a plot of a sampled spectrum as SVG, with an axis in nanometres.
 
-    pairs: an array of shape (n, 2) of wavelengths and amplitudes, each of which holds up to the next
-    wavelength. The closing pair (0, 0) is not drawn.
+    pairs: two or more wavelengths that increase and their amplitudes, each of which holds up to the next
+    wavelength.
     """
-    import math
-    points = [(float(x), float(y)) for x, y in pairs if x > 0 and math.isfinite(x) and math.isfinite(y)]
-    if len(points) < 2:
-        return ""
+    points = [(float(x), float(y)) for x, y in pairs]
     left, bottom, right, top = 44, 28, 8, 8
     first, last = points[0][0], points[-1][0]
     highest = max(y for _, y in points)
     lowest = min(0.0, min(y for _, y in points))
     if highest <= lowest:
-        highest = lowest + 1.0
+        highest = 0.0 if lowest < 0 else 1.0
     across = (width - left - right) / (last - first)
     up = (height - top - bottom) / (highest - lowest)
 
@@ -308,18 +307,12 @@ def differences_html(found: Differences) -> str:
         for one in found), f"{found.found} differences")
 
 
-def figure_of_spectrum(item: Any) -> Any:
+def figure_of_spectrum(item: Any, pairs: Any) -> Any:
     """Returns a matplotlib figure of a spectrum in a value, with wavelengths in nanometres. Needs
     matplotlib, which nothing else in the package does."""
     from matplotlib.figure import Figure
 
     from .colour import spectrum_to_rgb, srgb
-    from .errors import TypeMismatch
-    if item["encoding"] != "SPECTRAL":
-        raise TypeMismatch("only a sampled spectrum has a plot")
-    floats = item["spectrum"].numpy()
-    pairs = floats[:len(floats) // 2 * 2].reshape(-1, 2)
-    pairs = pairs[pairs[:, 0] > 0]
     colour = [one / 255 for one in srgb(spectrum_to_rgb(item))]
     figure = Figure(figsize=(6, 3), layout="constrained")
     axes = figure.add_subplot()

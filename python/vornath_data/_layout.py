@@ -142,7 +142,7 @@ def _labeller(labels: tuple[str, ...]) -> Callable[[int], str | int]:
 
 
 def _text(data: bytes) -> str:
-    return data.partition(b"\0")[0].decode("utf-8", "replace")
+    return data.partition(b"\0")[0].decode("utf-8", "surrogateescape")  # It is written back as it was.
 
 
 def _lister(layout: Layout, shape: tuple[int, ...]) -> Callable[..., list[Any]]:
@@ -406,7 +406,7 @@ class Encoder:
             refuse(type, thing, path)
         shape, element = type.shape, type.element
         if isinstance(thing, (str, bytes, bytearray)) and element.kind == "char" and len(shape) == 1:
-            data = thing.encode() if isinstance(thing, str) else bytes(thing)
+            data = thing.encode("utf-8", "surrogateescape") if isinstance(thing, str) else bytes(thing)
             if len(data) > shape[0] or (isinstance(thing, str) and b"\0" in data):
                 raise OutOfRange(f"{path + ': ' if path else ''}a text of {len(data)} bytes does not fit "
                                  f"into {shape[0]} bytes" if len(data) > shape[0] else

@@ -25,7 +25,9 @@ def _folders() -> tuple[list[pathlib.Path], bool]:
     named = os.environ.get(VARIABLE, "")
     if named:
         places = [pathlib.Path(one) for one in named.split(os.pathsep) if one]
-        return [place if place.is_dir() else place.parent for place in places], False
+        # The name of a library stands for its folder.
+        return [place.parent if place.is_file() or ".so" in place.name and not place.is_dir() else place
+                for place in places], False
     package = pathlib.Path(__file__).resolve().parent
     return [package / "lib", package], True
 
@@ -38,14 +40,16 @@ def _load(name: str) -> tuple[str, ctypes.CDLL]:
     for folder in folders:
         place = folder / name
         looked.append(str(place))
-        if place.exists():
+        if not folder.is_dir():
+            problems.append(f"{folder} is no folder")
+        elif place.exists():
             try:
                 return str(place), ctypes.CDLL(str(place))
             except OSError as problem:
                 problems.append(f"{place} does not load: {problem}")
         else:
             stem = name.rpartition(".")[0]
-            others = sorted(one.name for one in folder.glob(stem + ".*")) if folder.is_dir() else []
+            others = sorted(one.name for one in folder.glob(stem + ".*"))
             if others:
                 problems.append(f"{folder} has another version: {', '.join(others)}")
     if system:

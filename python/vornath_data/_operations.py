@@ -18,6 +18,8 @@ from collections.abc import Callable
 from functools import lru_cache, partial
 from typing import Any, BinaryIO
 
+from ._slotted import Slotted
+
 LENGTH = struct.Struct("<I")
 HEAD = struct.Struct("<II")  # of an answer: its bytes, and the number of its rows
 INTERVAL = 0.05  # seconds between answers: to answer for each file takes longer than to check a small one
@@ -28,7 +30,7 @@ FileRow = tuple[Any, ...]
 READY = b"ready\n"  # what the process writes when it has started
 
 
-class Document:
+class Document(Slotted):
     """A result as a JSON text, which is read when somebody asks for it.
 
     found: whether it is one that people look for: errors in a file, or differences.
@@ -94,6 +96,16 @@ def diff(*, reference: str, tolerance: float = 0.0, absolute: float = 0.0,
     return work
 
 
+def export_target(path: str, output: str, root: str) -> str:
+    """Returns the file in the folder `output` for the JSON form of a scene. Raises ValueError for a path that
+    does not lie in `root`."""
+    place = os.path.relpath(path, root)
+    if place.split(os.sep)[0] == os.pardir:
+        raise ValueError(f"{path} is not in the folder {root}, so that its place in {output} is not known; give the "
+                         "root of all files")
+    return os.path.join(output, os.path.splitext(place)[0] + ".json")
+
+
 def export(*, output: str, root: str = ".", full: bool = False,
            inline: bool = False) -> Callable[[str], dict[str, Any]]:
     """Returns the function that writes the JSON form of a scene into the folder `output`, under its path from
@@ -101,7 +113,7 @@ def export(*, output: str, root: str = ".", full: bool = False,
     from .scene import Scene
 
     def work(path: str) -> dict[str, Any]:
-        target = os.path.join(output, os.path.splitext(os.path.relpath(path, root))[0] + ".json")
+        target = export_target(path, output, root)
         os.makedirs(os.path.dirname(target) or ".", exist_ok=True)
         with Scene.open(path) as scene:
             scene.to_json(target, full=full, inline=inline)
@@ -153,18 +165,29 @@ def _with_scene(function: Callable[[Any], Any], path: str) -> Any:
         return function(scene)
 
 
+def failed_row(problem: BaseException, seconds: float = 0.0) -> FileRow:
+    """Returns the row of an exception."""
+    name = problem.__class__.__name__
+    try:
+        code: Any = getattr(problem, "code", None)
+        words = str(problem)
+    except Exception as other:
+        code, words = None, f"the message cannot be read: {other.__class__.__name__}"
+    return ERROR, seconds, code if code and isinstance(code, str) else name, words
+
+
 def run_one(function: Callable[[str], Any], path: str) -> FileRow:
-    """Returns the row of a file."""
+    """Returns the row of a file, with a result as a pickle of its own: one that cannot be sent, or cannot be
+    read where it arrives, costs no other row."""
     start = time.perf_counter()
     try:
         result = function(path)
+        seconds = time.perf_counter() - start
+        if result.__class__ is Document:
+            return DOCUMENT, seconds, result.text, result.found
+        return RESULT, seconds, pickle.dumps(result)
     except Exception as problem:
-        code = str(getattr(problem, "code", None) or problem.__class__.__name__)
-        return ERROR, time.perf_counter() - start, code, str(problem)
-    seconds = time.perf_counter() - start
-    if result.__class__ is Document:
-        return DOCUMENT, seconds, result.text, result.found
-    return RESULT, seconds, result
+        return failed_row(problem, time.perf_counter() - start)
 
 
 def _fail(problem: Exception, path: str) -> None:
@@ -175,26 +198,19 @@ def _fail(problem: Exception, path: str) -> None:
 def pack(rows: list[FileRow]) -> bytes:
     """Returns rows as bytes. The documents of many files are much alike, so that they take little time to
     compress, and less than the processes between here and the client would take to pass them on."""
-    try:
-        data = pickle.dumps(rows)
-    except Exception:
-        data = pickle.dumps([_sendable(row) for row in rows])
-    return zlib.compress(data, 1)
+    return zlib.compress(pickle.dumps(rows), 1)
 
 
 def unpack(data: bytes) -> list[FileRow]:
-    """Returns the rows of bytes that pack() made."""
+    """Returns the rows of bytes that pack() made, with their results."""
     rows: list[FileRow] = pickle.loads(zlib.decompress(data))
+    for number, row in enumerate(rows):
+        if row[0] == RESULT:
+            try:
+                rows[number] = RESULT, row[1], pickle.loads(row[2])
+            except (Exception, SystemExit) as problem:
+                rows[number] = failed_row(problem, row[1])
     return rows
-
-
-def _sendable(row: FileRow) -> FileRow:
-    """Returns a row, or for one with a result that cannot be sent, a row that says so."""
-    try:
-        pickle.dumps(row)
-    except Exception as problem:
-        return ERROR, row[1], problem.__class__.__name__, str(problem)
-    return row
 
 
 def _read(stream: BinaryIO) -> Any:
@@ -207,10 +223,13 @@ def _read(stream: BinaryIO) -> Any:
 def serve() -> None:
     """Runs files as they come, until there are no more."""
     answers = os.fdopen(os.dup(1), "wb")
+    questions = os.fdopen(os.dup(0), "rb")
     os.dup2(2, 1)  # What a function prints goes to standard error.
+    nothing = os.open(os.devnull, os.O_RDONLY)
+    os.dup2(nothing, 0)  # A function that reads standard input finds nothing there.
+    os.close(nothing)
     answers.write(READY)
     answers.flush()
-    questions = sys.stdin.buffer
     loaded: dict[bytes, Callable[[str], Any]] = {}
 
     def send(rows: list[FileRow]) -> None:

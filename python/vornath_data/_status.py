@@ -3,11 +3,14 @@ from __future__ import annotations
 
 import ctypes
 import difflib
+import os
 from collections.abc import Iterable
 from typing import Any, NoReturn
 
+from . import _declarations
 from ._library import quick
-from .errors import CheckError, Error, FileError, JsonError, ParseError, SaveError, ToolkitError, UnknownName
+from .errors import (CheckError, Error, FileError, JsonError, MissingFileError, ParseError, SaveError, ToolkitError,
+                     UnknownName)
 
 OUT_OF_MEMORY = 1  # VRNT_OUT_OF_MEMORY
 
@@ -40,8 +43,10 @@ def take_toolkit_string(address: int | None) -> str:
         quick.vrtkStringDestroy(address)
 
 
-def toolkit_error(status: int, error: ctypes.c_void_p) -> Error | MemoryError:
+def toolkit_error(status: int, error: ctypes.c_void_p,
+                  path: str | os.PathLike[str] | None = None) -> Error | MemoryError:
     """Returns the exception of a status and an error object of the toolkit, and destroys the object."""
+    file = None if path is None else os.fspath(path)
     name_bytes = quick.vrtkStatusName(status)
     code = name_bytes.decode() if name_bytes else str(status)
     if error:
@@ -56,10 +61,12 @@ def toolkit_error(status: int, error: ctypes.c_void_p) -> Error | MemoryError:
         return ParseError(message, *place)
     if code in ("FILE_NO_SCENE", "FILE_VERSION", "FILE_DAMAGED", "FILE_TOO_LARGE"):
         return CheckError(message, code)
+    if code == "FILE_MISSING":
+        return MissingFileError(message, code, file)
     if code.startswith("FILE_"):
-        return FileError(message, code)
+        return FileError(message, code, file)
     if code.startswith("SAVE_"):
-        return SaveError(message, code)
+        return SaveError(message, code, file)
     if code in ("JSON_INVALID", "PATCH_FAILED", "CATALOGUE_INVALID"):
         return JsonError(message, code)
     if code in ("ADDRESS_UNKNOWN", "CATALOGUE_UNKNOWN"):
@@ -68,7 +75,6 @@ def toolkit_error(status: int, error: ctypes.c_void_p) -> Error | MemoryError:
 
 
 def _place(error: ctypes.c_void_p) -> tuple[int | None, int | None, int | None]:
-    from . import _declarations
     kind = getattr(_declarations, "vrtkTextPlace", None)
     if kind is None:
         return None, None, None

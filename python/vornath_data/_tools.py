@@ -7,8 +7,9 @@ import os
 from collections.abc import Iterator
 from typing import TYPE_CHECKING, Any
 
-from . import _declarations
+from . import _declarations, _ending
 from ._library import long, quick
+from ._slotted import Record, Slotted
 from ._status import take_toolkit_string, toolkit_error
 from .errors import JsonError, JsonMessage
 
@@ -51,13 +52,14 @@ def write_file(path: str | os.PathLike[str], data: bytes | bytearray | memoryvie
     error = ctypes.c_void_p()
     status = long.vrtkFileSave(whole, len(whole), os.fsencode(path), ctypes.byref(options), ctypes.byref(error))
     if status:
-        raise toolkit_error(status, error)
+        raise toolkit_error(status, error, path)
 
 
 # JSON.
 
-def _json_problem(status: int, error: ctypes.c_void_p, report: ctypes.c_void_p) -> BaseException:
-    problem = toolkit_error(status, error)
+def _json_problem(status: int, error: ctypes.c_void_p, report: ctypes.c_void_p,
+                  path: str | os.PathLike[str] | None = None) -> BaseException:
+    problem = toolkit_error(status, error, path)
     messages = []
     truncated = False
     if report:
@@ -94,7 +96,7 @@ def export_json(scene: Scene, path: str | os.PathLike[str] | None, full: bool, i
         status = long.vrtkSceneExportFile(pointer, os.fsencode(path), ctypes.byref(options),
                                           ctypes.byref(error))
     if status:
-        raise toolkit_error(status, error)
+        raise toolkit_error(status, error, path)
     return None
 
 
@@ -110,7 +112,7 @@ def build_scene(source: Any, asset_folder: str | os.PathLike[str] | None, max_me
         data = json_bytes(source)
         status = long.vrtkSceneBuild(data, len(data), *results)
     if status:
-        raise _json_problem(status, error, report)
+        raise _json_problem(status, error, report, source if isinstance(source, os.PathLike) else None)
     assert scene.value is not None
     return scene.value
 
@@ -178,7 +180,7 @@ def apply_patch(scene: Scene, patch: Any, limits: bool, asset_folder: str | os.P
 
 # Differences.
 
-class Difference:
+class Difference(Slotted):
     """A difference between two scenes.
 
     address: a path in the JSON form, such as "Camera/0/groups/General/near_distance". kind: "changed",
@@ -211,7 +213,7 @@ class Difference:
         return hash(repr(self))
 
 
-class Differences:
+class Differences(Slotted):
     """The differences between two scenes, in the order of the JSON form: a sequence, and true if there is
     one.
 
@@ -363,13 +365,21 @@ def dump(scene: Scene) -> str:
 
     @_declarations.vrtkWriteFunction  # type: ignore[misc]
     def write(address: int, size: int, context: object) -> int:
+        if _ending.over():
+            return 1  # It ends the print-out.
         pieces.append(ctypes.string_at(address, size))
         return 0
 
-    error = ctypes.c_void_p()
+    error, call = ctypes.c_void_p(), object()
     with scene._exclusive(change=False) as pointer:
-        status = long.vrtkSceneDump(pointer, write, None, ctypes.byref(error))
+        _ending.begin(call)
+        try:
+            status = long.vrtkSceneDump(pointer, write, None, ctypes.byref(error))
+        finally:
+            del _ending.calls[call]
     if status:
+        if _ending.over():
+            _ending.hold()
         raise toolkit_error(status, error)
     return b"".join(pieces).decode("utf-8", "replace")
 
@@ -407,7 +417,7 @@ def catalogue_text(form: str = "text", part: str | None = None) -> str:
     return text_of(long.vrtkCatalogue, _FORMS.index(form), None if part is None else part.encode())
 
 
-class CatalogueChange:
+class CatalogueChange(Record):
     """A change since a saved catalogue.
 
     code: a stable name such as "FIELD_REMOVED". breaking: whether an old file or host breaks. address:

@@ -15,6 +15,7 @@ import time
 from ._operations import ERROR, HEAD, INTERVAL, LENGTH, READY, FileRow, pack
 
 PIPE = 1 << 20  # bytes of answers that a process can write before somebody reads them
+LOOK = 1.0  # seconds between two looks at whether a process has ended that does not answer
 LOADING = 60.0  # seconds that a function may take to load, if the time for a file is not longer
 
 
@@ -131,9 +132,14 @@ class _Process:
                         piece = bytes(memoryview(self._data)[HEAD.size:end])
                         del self._data[:end]
                         return rows, piece
-                left = None if until is None else until - time.monotonic()
-                if left is not None and left <= 0 or not selector.select(left):
-                    return None
+                ended = child.poll() is not None
+                left = LOOK if until is None else min(LOOK, until - time.monotonic())
+                if not selector.select(max(left, 0.0)):
+                    if ended:  # A process that it started may hold its standard output.
+                        return 0, self._ended(child)
+                    if left < LOOK:
+                        return None
+                    continue
                 data = os.read(child.stdout.fileno(), PIPE)
                 if not data:
                     return 0, self._ended(child)

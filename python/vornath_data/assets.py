@@ -15,20 +15,20 @@ must not be written to any more.
 """
 from __future__ import annotations
 
-import atexit
 import ctypes
 import math
 import uuid
+from collections.abc import Callable
 from typing import TYPE_CHECKING, Any, TypeVar
 
 import numpy
 
-from . import _declarations
+from . import _declarations, _ending
 from ._layout import _Memory
 from ._library import quick
 from ._status import no_name
 from .errors import OutOfRange, TypeMismatch
-from .scene import SceneObject, _object_id
+from .scene import SceneObject, _object_id, asset_classes
 
 if TYPE_CHECKING:
     from .scene import Scene
@@ -48,28 +48,39 @@ _RELEASE = ctypes.CFUNCTYPE(None, ctypes.c_void_p)
 # What the storage blocks that this process made need: by the block's address, the object that owns the
 # bytes.
 _kept: dict[int, Any] = {}
-_ended = False
 
 
 @_RELEASE  # type: ignore[misc]
 def _release(address: int) -> None:
     """Frees a block. The library calls this on whatever thread releases the last reference."""
+    call = object()
+    _ending.calls[call] = None
     owner = _kept.pop(address, None)
     _free(address)
     del owner
+    del _ending.calls[call]  # the last line, so that no other thread runs between it and the return
 
 
-def _end() -> None:
+_RELEASE_ADDRESS = ctypes.cast(_release, ctypes.c_void_p).value
+_FREE_ADDRESS = ctypes.cast(_free, ctypes.c_void_p).value
+
+
+def _end() -> Callable[[], bool]:
     """Leaves the living blocks to the C library: after the interpreter has ended, nothing can call back
     into it. The arrays stay as they are until the process ends."""
-    global _ended
-    _ended = True
-    for address, owner in list(_kept.items()):
-        ctypes.pythonapi.Py_IncRef(ctypes.py_object(owner))
-        _Storage.from_address(address).release = ctypes.cast(_free, ctypes.c_void_p).value
+    ctypes.pythonapi.Py_IncRef(ctypes.py_object(_kept))
+    releasing: list[int] = []
+    for address in list(_kept):
+        storage = _Storage.from_address(address)
+        # No call stands between the lines of a test and a use of the block, so that it is not freed in between.
+        if address in _kept:
+            storage.release = _FREE_ADDRESS
+            if not storage.references:  # Its release was called, and waits for the interpreter's lock.
+                releasing += (address,)
+    return lambda: any(address in _kept for address in releasing)
 
 
-atexit.register(_end)
+_ending.endings.append(_end)
 ctypes.pythonapi.Py_IncRef.argtypes = [ctypes.py_object]
 ctypes.pythonapi.Py_IncRef(ctypes.py_object(_release))  # Never freed: blocks may outlive this module.
 
@@ -84,12 +95,8 @@ def make_storage(owner: Any, address: int, size: int) -> int:
     storage.references = 1
     storage.external = 0
     storage.data = address if size else block  # A slot whose data is null is free.
-    if _ended:
-        ctypes.pythonapi.Py_IncRef(ctypes.py_object(owner))
-        storage.release = ctypes.cast(_free, ctypes.c_void_p).value
-    else:
-        storage.release = ctypes.cast(_release, ctypes.c_void_p).value
-        _kept[block] = owner
+    _kept[block] = owner
+    storage.release = _FREE_ADDRESS if _ending.begun else _RELEASE_ADDRESS
     return block
 
 
@@ -677,5 +684,7 @@ class MaterialGraph(Asset):
     def _describe(self) -> str:
         return f"{self.nbytes} bytes"
 
+
+asset_classes.update(Mesh=Mesh, Texture=Texture, MaterialGraph=MaterialGraph)
 
 __all__ = ["FORMATS", "LAYOUTS", "Asset", "MaterialGraph", "Mesh", "MeshLayout", "Texture"]

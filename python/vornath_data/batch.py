@@ -18,22 +18,61 @@ import argparse
 import glob
 import importlib
 import inspect
-import itertools
 import json
+import math
+import operator
 import os
 import pickle
 import sys
+import time
+from collections import deque
 from collections.abc import Callable, Iterable, Iterator, Sequence
 from contextlib import contextmanager
-from typing import Any
+from html import escape
+from typing import Any, cast
 
-from ._operations import DOCUMENT, ERROR, OPERATIONS, Document, FileRow, unpack
+from ._operations import DOCUMENT, ERROR, OPERATIONS, Document, FileRow, export_target, failed_row, unpack
+from ._slotted import Slotted
 from ._worker import run_chunk
 
 __all__ = ["Row", "Table", "expand", "processes_of_this_machine", "run"]
 
 
-class Row:
+def _plain(thing: Any, inside: tuple[int, ...] = ()) -> Any:
+    """Returns a result as objects that JSON has: a key is a text, a NaN is "nan" as in a scene, and anything else
+    its text."""
+    if thing is None or isinstance(thing, (bool, int, str)):
+        return thing
+    if isinstance(thing, float):
+        return thing if math.isfinite(thing) else str(float(thing))
+    if isinstance(thing, (dict, list, tuple)):
+        if id(thing) in inside or len(inside) == _DEEPEST:
+            return "..."
+        inside += (id(thing),)
+        if isinstance(thing, dict):
+            return {key if isinstance(key, str) else _text(key): _plain(one, inside) for key, one in thing.items()}
+        return [_plain(one, inside) for one in thing]
+    return _text(thing)
+
+
+_DEEPEST = 200
+
+
+def _text(thing: Any) -> str:
+    try:
+        return str(thing)
+    except Exception as problem:
+        return f"<{thing.__class__.__name__}: {problem.__class__.__name__}>"
+
+
+def _json(thing: Any) -> str:
+    try:
+        return json.dumps(thing, allow_nan=False)
+    except Exception:  # not only of json: a class may have a __str__ that raises
+        return json.dumps(_plain(thing))
+
+
+class Row(Slotted):
     """The outcome for one file.
 
     file: its path. ok: whether the function returned. result: what it returned. code, error: why it did
@@ -51,6 +90,18 @@ class Row:
         self.code = code
         self.error = error
         self.found = isinstance(result, Document) and result.found
+
+    def __eq__(self, other: object) -> bool:
+        if not isinstance(other, Row):
+            return NotImplemented
+        mine, others = (one.to_dict() | {"seconds": one.seconds, "found": one.found} for one in (self, other))
+        try:
+            return mine == others
+        except ValueError:  # Arrays of NumPy do not compare as a whole.
+            return pickle.dumps(mine) == pickle.dumps(others)
+
+    def __hash__(self) -> int:
+        return hash((self.file, self.ok, self.seconds, self.code, self.error))
 
     @property
     def result(self) -> Any:
@@ -85,7 +136,7 @@ class Row:
                     return str(result[key])
             if "differences" in result:
                 return "equal" if result["equal"] else f"{result['differences']} differences"
-        return json.dumps(result, default=str)
+        return _json(result)
 
     def __repr__(self) -> str:
         return f"{self.file}: {self._words()}"
@@ -124,6 +175,13 @@ class Table(Sequence[Row]):
     def __len__(self) -> int:
         return len(self._rows)
 
+    def __eq__(self, other: object) -> bool:
+        if not isinstance(other, Table):
+            return NotImplemented
+        return list(self) == list(other)
+
+    __hash__ = None  # type: ignore[assignment]
+
     def __iter__(self) -> Iterator[Row]:
         return map(self._row, range(len(self._rows)))
 
@@ -145,8 +203,9 @@ class Table(Sequence[Row]):
         return 2 if self.failed else 1 if self.found else 0
 
     def to_json_lines(self) -> str:
-        """Returns a JSON object for each row, one a line."""
-        return "".join(json.dumps(row.to_dict(), default=str) + "\n" for row in self)
+        """Returns a JSON object for each row, one a line. Of a result that JSON has no form for, it has the text; a
+        NaN and an infinity are "nan", "inf" and "-inf"."""
+        return "".join(_json(row.to_dict()) + "\n" for row in self)
 
     def __str__(self) -> str:
         width = max((len(row.file) for row in self), default=0)
@@ -155,11 +214,9 @@ class Table(Sequence[Row]):
         return "\n".join(lines)
 
     def _repr_html_(self) -> str:
-        from html import escape
-
         from ._html import _table
         return _table(("File", "ms", "Result"), (
-            (escape(row.file), f"{row.seconds * 1000:.1f}", escape(row._words())) for row in self))
+            (_shown(row.file), f"{row.seconds * 1000:.1f}", _shown(row._words())) for row in self))
 
 
 def expand(patterns: Iterable[str | os.PathLike[str]]) -> list[str]:
@@ -175,6 +232,11 @@ def expand(patterns: Iterable[str | os.PathLike[str]]) -> list[str]:
         else:
             found[text] = None
     return list(found)
+
+
+def _shown(text: str) -> str:
+    """Returns a text as HTML that can be encoded, also where a name of a file is not UTF-8."""
+    return escape(text.encode("utf-8", "backslashreplace").decode())
 
 
 # In the client.
@@ -210,19 +272,27 @@ def run(function: str | Callable[..., Any],
     function: "check", "info", "digest", "diff" or "export" with their options, "module:name", or a
     function of a scene or of a path, whose result can be pickled. scene: True for a function of a scene,
     which is opened with the check and closed afterwards; False for one of a path; by default, the first
-    parameter decides: a scene is named `scene` or annotated as a Scene. files: paths and globs.
+    parameter decides: a scene is named `scene` or annotated as a Scene. files: paths and globs; a function of
+    a path gets it absolute.
     scheduler: the address of a Dask scheduler; by default, processes of this machine are started.
     processes: how many; one for each core. client: a Dask client to use instead, such as that of
     processes_of_this_machine(). timeout: seconds for a file. progress: is called with the numbers of
     finished and of all files.
 
     Options: check(max_memory, max_messages); digest(ids); diff(reference, tolerance, absolute, limit);
-    export(output, root, full, inline).
+    export(output, root, full, inline), which writes each file under its path from `root`, by default the folder
+    that all have in common. Raises ValueError for an export that would leave `output` or write one file twice.
     """
     paths = expand([files] if isinstance(files, (str, os.PathLike)) else files)
+    if processes is not None:
+        processes = _checked_count(processes)
+    if timeout is not None:
+        timeout = _checked_timeout(timeout)
     work = _describe(function, scene, options)
     if not paths:
         return Table([])
+    if work["kind"] == "operation":
+        _complete(work["name"], work["options"], paths)
     if client is None and scheduler is None:
         with processes_of_this_machine(min(processes or _cores(), len(paths))) as made:
             return _run(made, work, paths, timeout, progress)
@@ -231,6 +301,42 @@ def run(function: str | Callable[..., Any],
     _, distributed = _dask()
     with distributed.Client(scheduler) as made:
         return _run(made, work, paths, timeout, progress)
+
+
+def _checked_count(count: int) -> int:
+    number = operator.index(count)
+    if number < 1:
+        raise ValueError(f"the number of processes is 1 or more, not {number}")
+    return number
+
+
+def _checked_timeout(seconds: float) -> float:
+    if isinstance(seconds, (str, bytes)):
+        raise TypeError(f"a time is a number of seconds, not {seconds!r}")
+    number = float(seconds)
+    if not (math.isfinite(number) and number > 0):
+        raise ValueError(f"the time for a file is a finite number of seconds above 0, not {number:g}")
+    return number
+
+
+def _complete(name: str, options: dict[str, Any], paths: list[str]) -> None:
+    """Makes the paths among the options of an operation absolute, since a worker may be in another folder, and
+    refuses an export that would write beside its folder, or write one file twice."""
+    if name == "diff":
+        options["reference"] = os.path.abspath(options["reference"])
+    if name != "export":
+        return
+    options["output"] = os.path.abspath(options["output"])
+    sources = [os.path.abspath(path) for path in paths]
+    root = options.get("root")
+    options["root"] = os.path.abspath(root) if root is not None else os.path.commonpath(
+        [os.path.dirname(source) for source in sources])
+    known: dict[str, str] = {}
+    for source in sources:
+        target = export_target(source, options["output"], options["root"])
+        if known.setdefault(target, source) != source:
+            raise ValueError(f"{known[target]} and {source} would both be written to {target}; export them to "
+                             "different folders")
 
 
 def _dask() -> tuple[Any, Any]:
@@ -258,9 +364,10 @@ def processes_of_this_machine(count: int | None = None) -> Iterator[Any]:
 
     count: how many; one for each core.
     """
+    number = _cores() if count is None else _checked_count(count)
     dask, distributed = _dask()
     with dask.config.set(_CONFIGURATION):
-        cluster = distributed.LocalCluster(n_workers=count or _cores(), threads_per_worker=1, processes=True,
+        cluster = distributed.LocalCluster(n_workers=number, threads_per_worker=1, processes=True,
                                            dashboard_address=":0", silence_logs=50)
         try:
             with distributed.Client(cluster) as client:
@@ -269,31 +376,159 @@ def processes_of_this_machine(count: int | None = None) -> Iterator[Any]:
             cluster.close()
 
 
+# Chunks that each thread of a worker has, so that it does not wait for the next one, if they take little time:
+# what waits behind a chunk goes to no other worker.
+_AHEAD = 3
+_SHORT = 0.5  # seconds
+_LOOK = 0.5  # seconds between two looks at which workers there are
+_WITHOUT_WORKERS = 60.0  # seconds after which a run ends that has no worker
+
+
+class _Chunk:
+    """Files for one call of a worker, from the number `start` of all.
+
+    lost: how often its worker was lost. It is then run again: first with a worker for itself, since those that
+    waited behind another chunk are lost with it, and then file by file.
+    """
+
+    __slots__ = ("files", "lost", "start")
+
+    def __init__(self, start: int, files: list[str], lost: int = 0) -> None:
+        self.start = start
+        self.files = files
+        self.lost = lost
+
+
 def _run(client: Any, work: dict[str, Any], paths: list[str], timeout: float | None,
          progress: Callable[[int, int], None] | None) -> Table:
     """Runs work over files with the workers of a client."""
-    _, distributed = _dask()
-    count = max(1, sum(client.nthreads().values()))
-    size = max(1, min(512, len(paths) // (count * 4)))
-    chunks = [paths[start:start + size] for start in range(0, len(paths), size)]
-    data = pickle.dumps(work)
-    futures = client.map(run_chunk, [data] * len(chunks), chunks, [timeout] * len(chunks), pure=False)
-    place = {future.key: number for number, future in enumerate(futures)}
-    rows: list[list[FileRow]] = [[] for _ in chunks]
-    done = 0
-    for future, answers in distributed.as_completed(futures, with_results=True, raise_errors=False):
-        number = place[future.key]
-        chunk = chunks[number]
-        if future.status == "finished":
-            rows[number] = [row for piece in answers for row in unpack(piece)]
-        else:  # The worker is lost.
-            lost = future.exception()
-            rows[number] = [(ERROR, 0.0, lost.__class__.__name__, str(lost))] * len(chunk)
-        done += len(chunk)
-        if progress is not None:
-            progress(done, len(paths))
-        future.release()
-    return Table._of(paths, itertools.chain.from_iterable(rows))
+    folder = os.getcwd()
+    # A function may go to another folder, and so may a worker be in another one.
+    files = [path if path[:1] == "/" else os.path.join(folder, path) for path in paths]
+    return Table._of(paths, _Run(client, pickle.dumps(work), files, timeout, progress).rows())
+
+
+class _Run:
+    """A run. It hands out the chunks itself and names the worker of each: Dask would run a chunk again whose
+    worker ended, end other workers with it, and blame the chunks that wait there, too."""
+
+    def __init__(self, client: Any, work: bytes, files: list[str], timeout: float | None,
+                 progress: Callable[[int, int], None] | None) -> None:
+        _, distributed = _dask()
+        self._client = client
+        self._given = work, timeout
+        self._files = files
+        self._progress = progress
+        self._rows: list[FileRow | None] = [None] * len(files)
+        self._done = 0
+        size = max(1, min(512, len(files) // (max(1, sum(client.nthreads().values())) * 4)))
+        # What to do, by how often it was lost.
+        self._waiting: list[deque[_Chunk]] = [deque(
+            _Chunk(start, files[start:start + size]) for start in range(0, len(files), size)), deque(), deque()]
+        self._running: dict[Any, tuple[_Chunk, str]] = {}
+        self._loads: dict[str, int] = {}  # how many chunks each worker has
+        self._ahead = 1
+        self._workers: dict[str, int] = {}
+        self._answers = distributed.as_completed(loop=client.loop, with_results=True, raise_errors=False)
+
+    def rows(self) -> list[FileRow]:
+        """Runs all, and returns the rows."""
+        looked = seen = time.monotonic()
+        call: Any = None
+        self._look()
+        while self._done < len(self._files):
+            self._hand_out()
+            with self._answers.thread_condition:
+                if not self._answers.has_ready():
+                    self._answers.thread_condition.wait(0.1)
+            for future, answers in self._answers.next_batch(block=False):
+                if future in self._running:
+                    self._take(future, answers)
+            now = time.monotonic()
+            if now - looked < _LOOK:
+                continue
+            looked = now
+            self._look()
+            if self._workers:
+                seen, call = now, None
+            elif self._client.status not in ("running", "connecting"):
+                self._give_up("SCHEDULER_LOST", "the connection to the scheduler is lost")
+            elif now - seen > _WITHOUT_WORKERS:
+                self._give_up("NO_WORKER", f"there was no worker for {_WITHOUT_WORKERS:g} s")
+            elif call is None:
+                call = self._client.submit(int, pure=False)  # A cluster that adapts starts workers for it.
+        return cast("list[FileRow]", self._rows)
+
+    def _look(self) -> None:
+        """Learns which workers there are, and takes back what those that are gone had."""
+        known = self._client.scheduler_info()["workers"]
+        self._workers = {address: one["nthreads"] for address, one in known.items()
+                         if one.get("status", "running") == "running"}
+        for future, (_, address) in list(self._running.items()):
+            if address not in known:
+                self._lose(future, "WORKER_LOST", f"the worker {address} ended while it had the file")
+
+    def _hand_out(self) -> None:
+        """Gives chunks to the workers that are free for them."""
+        for level, waiting in enumerate(self._waiting):
+            if not waiting:
+                continue
+            # Each worker gets its first chunk before any gets its second.
+            for place in range(self._ahead if level == 0 else 1):
+                for address, threads in self._workers.items():
+                    room = (place + 1) * threads if level == 0 else 1
+                    while waiting and self._loads.get(address, 0) < room:
+                        self._submit(waiting.popleft(), address)
+            if waiting or level == 0 and self._running:
+                return  # What was lost before waits until nothing else can be lost with it.
+
+    def _submit(self, chunk: _Chunk, address: str) -> None:
+        work, timeout = self._given
+        future = self._client.submit(run_chunk, work, chunk.files, timeout, pure=False, workers=[address])
+        self._running[future] = chunk, address
+        self._loads[address] = self._loads.get(address, 0) + 1
+        self._answers.add(future)
+
+    def _take(self, future: Any, answers: Any) -> None:
+        """Takes what a worker returned."""
+        if future.status == "finished" and isinstance(answers, list):
+            rows = [row for piece in answers for row in unpack(piece)]
+            self._ahead = _AHEAD if sum(row[1] for row in rows) < _SHORT else 1
+            self._fill(self._free(future), rows)
+            return
+        problem = answers[1] if isinstance(answers, tuple) else answers
+        if future.status == "error" and problem.__class__.__name__ != "KilledWorker":
+            chunk = self._free(future)
+            self._fill(chunk, [failed_row(problem)] * len(chunk.files))
+        else:
+            address = self._running[future][1]
+            self._lose(future, "WORKER_LOST", f"the worker {address} ended while it had the file")
+
+    def _free(self, future: Any) -> _Chunk:
+        chunk, address = self._running.pop(future)
+        self._loads[address] -= 1
+        return chunk
+
+    def _lose(self, future: Any, code: str, words: str) -> None:
+        chunk = self._free(future)
+        future.cancel()
+        if chunk.lost == 0:
+            self._waiting[1].append(_Chunk(chunk.start, chunk.files, 1))
+        elif len(chunk.files) == 1:
+            self._fill(chunk, [(ERROR, 0.0, code, words)])
+        else:
+            self._waiting[2].extend(_Chunk(chunk.start + number, [file], 2)
+                                    for number, file in enumerate(chunk.files))
+
+    def _give_up(self, code: str, words: str) -> None:
+        self._rows = [(ERROR, 0.0, code, words) if row is None else row for row in self._rows]
+        self._done = len(self._rows)
+
+    def _fill(self, chunk: _Chunk, rows: list[FileRow]) -> None:
+        self._rows[chunk.start:chunk.start + len(chunk.files)] = rows
+        self._done += len(chunk.files)
+        if self._progress is not None:
+            self._progress(self._done, len(self._files))
 
 
 def _row(path: str, row: FileRow) -> Row:
@@ -314,6 +549,20 @@ def _show_progress(done: int, total: int) -> None:
     sys.stderr.flush()
 
 
+def _count_of_text(text: str) -> int:
+    try:
+        return _checked_count(int(text))
+    except ValueError:
+        raise argparse.ArgumentTypeError(f"a whole number of 1 or more is expected, not {text!r}") from None
+
+
+def _timeout_of_text(text: str) -> float:
+    try:
+        return _checked_timeout(float(text))
+    except ValueError:
+        raise argparse.ArgumentTypeError(f"a number of seconds above 0 is expected, not {text!r}") from None
+
+
 def _parser() -> argparse.ArgumentParser:
     parser = argparse.ArgumentParser(prog="python -m vornath_data.batch",
                                      description="Works on many scene files at once.")
@@ -331,8 +580,8 @@ def _parser() -> argparse.ArgumentParser:
         command.add_argument("files", nargs="+", metavar="FILE", help="a path or a glob; ** goes into folders")
         command.add_argument("--json", action="store_true", help="print a JSON object for each file")
         command.add_argument("--scheduler", metavar="ADDRESS", help="the address of a Dask scheduler")
-        command.add_argument("--processes", type=int, metavar="N", help="processes of this machine")
-        command.add_argument("--timeout", type=float, metavar="SECONDS", help="the limit for one file")
+        command.add_argument("--processes", type=_count_of_text, metavar="N", help="processes of this machine")
+        command.add_argument("--timeout", type=_timeout_of_text, metavar="SECONDS", help="the limit for one file")
         command.add_argument("--quiet", action="store_true", help="show no progress")
         if name == "check":
             command.add_argument("--max-memory", type=int, default=0, metavar="BYTES")
@@ -350,6 +599,23 @@ def _parser() -> argparse.ArgumentParser:
     return parser
 
 
+def _print(text: str) -> None:
+    """Writes a text. The bytes of a name that is not UTF-8 stand as they are, and what the encoding of the output
+    lacks is escaped."""
+    encoding = sys.stdout.encoding or "utf-8"
+    try:
+        text.encode(encoding)
+    except UnicodeEncodeError:
+        try:
+            data = text.encode(encoding, "surrogateescape")
+        except UnicodeEncodeError:
+            data = text.encode(encoding, "backslashreplace")
+        sys.stdout.flush()
+        sys.stdout.buffer.write(data)
+    else:
+        sys.stdout.write(text)
+
+
 def main(arguments: Sequence[str] | None = None) -> int:
     """Runs the command, and returns its exit status."""
     chosen = _parser().parse_args(arguments)
@@ -364,14 +630,12 @@ def main(arguments: Sequence[str] | None = None) -> int:
     elif chosen.command == "digest":
         options = {"ids": chosen.ids}
     elif chosen.command == "diff":
-        options = {"reference": os.path.abspath(chosen.reference), "tolerance": chosen.tolerance,
+        options = {"reference": chosen.reference, "tolerance": chosen.tolerance,
                    "absolute": chosen.absolute}
     elif chosen.command == "run":
         options = {"scene": chosen.scene}
     elif chosen.command == "export":
-        folders = [os.path.dirname(os.path.abspath(one)) for one in files]
-        options = {"output": os.path.abspath(chosen.output), "root": os.path.commonpath(folders),
-                   "full": chosen.full, "inline": chosen.inline}
+        options = {"output": chosen.output, "full": chosen.full, "inline": chosen.inline}
     show = not chosen.quiet and sys.stderr.isatty()
     try:
         table = run(function, files,
@@ -383,7 +647,7 @@ def main(arguments: Sequence[str] | None = None) -> int:
     if chosen.command == "check" and chosen.strict:
         for row in table:
             row.found = row.found or row.ok and row.result["issues"]["warnings"] > 0
-    sys.stdout.write(table.to_json_lines() if chosen.json else f"{table}\n")
+    _print(table.to_json_lines() if chosen.json else f"{table}\n")
     return table.exit_status
 
 

@@ -158,6 +158,26 @@ def _spectrum_place(value: _Item) -> tuple[Value, Any]:
     return root, _declarations.vrntValueView_t(type._handle.address, offset)
 
 
+def _floats(value: Any) -> Array:
+    """Returns a copy of the floats of a spectrum. Raises TypeMismatch for one whose reference leads to none."""
+    target = value["spectrum"]
+    if not isinstance(target, _Item):
+        raise TypeMismatch("the spectrum has no floats: its reference is "
+                           + ("null" if target is None else "an address of the host"))
+    return target.numpy().copy()
+
+
+def spectrum_pairs(value: Any) -> Array:
+    """Returns the wavelengths and amplitudes of a sampled spectrum that is drawn, without what is not finite and
+    without the closing pair (0, 0). Raises OutOfRange if they cannot be drawn."""
+    floats = _floats(value)
+    pairs = floats[:len(floats) // 2 * 2].reshape(-1, 2)
+    pairs = pairs[numpy.isfinite(pairs).all(axis=1) & (pairs[:, 0] > 0)]
+    if len(pairs) < 2 or (numpy.diff(pairs[:, 0]) <= 0).any():
+        raise OutOfRange("a plot needs two or more wavelengths that are positive and increase")
+    return pairs
+
+
 def spectrum_to_rgb(value: Value | Part, illuminant: str = "D65") -> tuple[float, float, float]:
     """Returns the linear RGB of a spectrum.
 
@@ -204,7 +224,10 @@ def convert_spectrum(samples: Any, to: str = "RGB", *, illuminant: str = "D65",
         raise ValueError(f"an encoding is one of {', '.join(_ENCODINGS)}, not {to!r}")
     code = _illuminant(illuminant)
     value = samples if isinstance(samples, _Item) else spectrum(samples)
-    source = value["spectrum"].numpy().copy()
+    _spectrum_place(value)
+    source = _floats(value)
+    if value["encoding"] not in _ENCODINGS:
+        raise TypeMismatch(f"the encoding has no name: {value['encoding']}")
     encoding = _ENCODINGS.index(value["encoding"])
     if encoding == 2:
         # The library throws for wavelengths that break the rules, and an exception may not pass here.
@@ -272,10 +295,10 @@ def blackbody(temperature: float, wavelengths: Sequence[float] | Array | None = 
 def srgb(rgb: Sequence[float]) -> tuple[int, int, int]:
     """Returns linear RGB as 8-bit sRGB, with the transfer curve, clamped: for showing."""
     def encode(linear: float) -> int:
-        if not linear > 0:
-            return 0
+        if not 0 < linear < 1:
+            return 255 if linear >= 1 else 0
         curve = 12.92 * linear if linear <= 0.0031308 else 1.055 * math.pow(linear, 1 / 2.4) - 0.055
-        return min(255, round(255 * curve))
+        return round(255 * curve)
     red, green, blue = (encode(float(one)) for one in rgb)
     return red, green, blue
 
@@ -283,20 +306,20 @@ def srgb(rgb: Sequence[float]) -> tuple[int, int, int]:
 def plot_spectrum(value: Value | Part, file: Any = None) -> Any:
     """Returns a matplotlib figure of a sampled spectrum, with wavelengths in nanometres; with a file name,
     writes it there, too. Without matplotlib, a file that ends in .svg is written by the package itself.
-    Raises TypeMismatch for another encoding."""
+    Raises TypeMismatch for another encoding, and OutOfRange for wavelengths that do not increase."""
     root, _ = _spectrum_place(value)
     del root
     if value["encoding"] != "SPECTRAL":
         raise TypeMismatch("only a sampled spectrum has a plot")
     from ._html import figure_of_spectrum, spectrum_svg
+    pairs = spectrum_pairs(value)
     try:
-        figure = figure_of_spectrum(value)
+        figure = figure_of_spectrum(value, pairs)
     except ImportError:
         if file is None or not str(file).endswith(".svg"):
             raise
-        floats = value["spectrum"].numpy()
         with open(file, "w", encoding="utf-8") as target:
-            target.write(spectrum_svg(floats[:len(floats) // 2 * 2].reshape(-1, 2)))
+            target.write(spectrum_svg(pairs))
         return None
     if file is not None:
         figure.savefig(file)

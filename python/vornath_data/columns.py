@@ -38,6 +38,13 @@ if TYPE_CHECKING:
 Array = numpy.ndarray[Any, Any]
 
 
+def _address(array: Array) -> int:
+    """Returns the address of an array. NumPy's own way imports a module, which fails in a finaliser that runs
+    last."""
+    address: int = array.__array_interface__["data"][0]
+    return address
+
+
 def live_slots(scene: Scene, number: int) -> Array:
     """Returns the slots of the live objects of a class."""
     scene._live()
@@ -48,7 +55,7 @@ def live_slots(scene: Scene, number: int) -> Array:
     count, error = ctypes.c_uint64(), ctypes.c_void_p()
     with scene._exclusive(change=False) as pointer:
         slots = numpy.empty(quick.vrdmContainerSize(pointer, number), "<i4")
-        status = quick.vrtkSceneLiveSlots(pointer, number, slots.ctypes.data, len(slots),
+        status = quick.vrtkSceneLiveSlots(pointer, number, _address(slots), len(slots),
                                           ctypes.byref(count), ctypes.byref(error))
     if status:
         raise toolkit_error(status, error)
@@ -110,7 +117,7 @@ def get_column(scene: Scene, entry: Class, group: str, field: str | None, slots:
     error = ctypes.c_void_p()
     with scene._exclusive(change=False) as pointer:
         status = long.vrtkSceneColumnGet(pointer, entry.number, info.index, offset, type.size,
-                                         chosen.ctypes.data, len(chosen), raw.ctypes.data, 0,
+                                         _address(chosen), len(chosen), _address(raw), 0,
                                          ctypes.byref(error))
     if status:
         raise toolkit_error(status, error)
@@ -130,7 +137,7 @@ def set_column(scene: Scene, entry: Class, group: str, field: str | None, values
     error = ctypes.c_void_p()
     with scene._exclusive(fields=True) as pointer:
         status = long.vrtkSceneColumnSet(pointer, entry.number, info.index, offset, type.size,
-                                         chosen.ctypes.data, len(chosen), raw.ctypes.data, 0,
+                                         _address(chosen), len(chosen), _address(raw), 0,
                                          ctypes.byref(error))
     if status:
         raise toolkit_error(status, error)

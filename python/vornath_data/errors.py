@@ -2,7 +2,11 @@
 people expect in the same place."""
 from __future__ import annotations
 
+import errno
+import os
 from typing import TYPE_CHECKING
+
+from ._slotted import Record
 
 if TYPE_CHECKING:
     from ._check import Report
@@ -16,6 +20,7 @@ __all__ = [
     "JsonError",
     "JsonMessage",
     "LibraryError",
+    "MissingFileError",
     "NoSuchObject",
     "OutOfRange",
     "ParseError",
@@ -91,18 +96,40 @@ class ToolkitError(Error):
         return type(self), (str(self), self.code)
 
 
-class FileError(ToolkitError, OSError):
+# The number of the system for a code, where there is one for all its cases.
+_NUMBERS = {"FILE_MISSING": errno.ENOENT, "FILE_IS_FOLDER": errno.EISDIR, "SAVE_NO_FOLDER": errno.ENOENT,
+            "SAVE_DENIED": errno.EACCES, "SAVE_NO_SPACE": errno.ENOSPC, "SAVE_FAILED": errno.EIO}
+
+
+class _PathError(ToolkitError, OSError):
+    """code: the name of the status. errno: the number of the system that is nearest to it, or None. filename: the
+    path, where it is known."""
+
+    def __init__(self, message: str, code: str = "INTERNAL_ERROR", filename: str | None = None) -> None:
+        super().__init__(message, code)
+        number = _NUMBERS.get(code)
+        if number is not None:
+            self.errno = number
+            self.strerror = os.strerror(number)
+        self.filename = filename
+
+    def __str__(self) -> str:
+        return str(self.args[0])
+
+    def __reduce__(self) -> tuple[object, ...]:
+        return type(self), (str(self), self.code, self.filename)
+
+
+class FileError(_PathError):
     """A file cannot be read: it is missing, unreadable, a folder, or no regular file."""
 
-    def __str__(self) -> str:
-        return str(self.args[0])
+
+class MissingFileError(FileError, FileNotFoundError):
+    """There is no such file."""
 
 
-class SaveError(ToolkitError, OSError):
+class SaveError(_PathError):
     """A file cannot be written. The file that was there before stands as it was."""
-
-    def __str__(self) -> str:
-        return str(self.args[0])
 
 
 class CheckError(ToolkitError, ValueError):
@@ -119,7 +146,7 @@ class CheckError(ToolkitError, ValueError):
         return type(self), (str(self), self.code, self.report)
 
 
-class JsonMessage:
+class JsonMessage(Record):
     """What is wrong at one place of a JSON document.
 
     code: a stable name in capitals. line, column: 1 for the first, 0 if unknown. offset: bytes, or

@@ -11,6 +11,7 @@
 from __future__ import annotations
 
 import ctypes
+import json
 import operator
 import os
 import threading
@@ -19,10 +20,11 @@ from collections.abc import Iterable, Iterator, Mapping, MutableSequence
 from functools import lru_cache
 from typing import TYPE_CHECKING, Any, Generic, NoReturn, TypeVar
 
-from . import _declarations
+from . import _check, _declarations, _tools, columns
 from ._library import long, quick
 from ._objects import SceneClasses
 from ._records import Changes, GroupRecord, group_class
+from ._slotted import Slotted
 from ._status import no_name, toolkit_error
 from .catalogue import SCENE_DATA, Class, Slot, catalogue, snake_case
 from .errors import ClosedError, ConcurrentUseError, NoSuchObject, TypeMismatch
@@ -397,7 +399,7 @@ class Slots(Mapping[str, Any]):
                      for name, thing in self.items()})
 
 
-class Side:
+class Side(Slotted):
     """An element of a decal list: a decal on one side of a surface.
 
     decal: the Decal. front: whether it is on the front, and not on the back.
@@ -458,16 +460,39 @@ class ReferenceList(MutableSequence[Any]):
         address = quick.vrdmGetReferenceList(pointer, number, index, slot)
         return list((ctypes.c_int32 * count).from_address(address)) if count > 0 and address else []
 
-    def _store(self, words: list[int]) -> None:
+    def _splice(self, pointer: Any, start: int, stop: int, words: list[int]) -> None:
+        """Replaces the words from `start` to `stop` in a scene that is taken."""
+        number, index, slot = self._object._class.number, self._object._index, self._slot.index
+        count = quick.vrdmGetReferenceCount(pointer, number, index, slot)
+        size = count - (stop - start) + len(words)
+        if size > count:
+            quick.vrdmSetReferenceCount(pointer, number, index, slot, size)
+        address = quick.vrdmModifyReferenceList(pointer, number, index, slot)
+        if address:
+            if size != count and stop < count:
+                ctypes.memmove(address + 4 * (start + len(words)), address + 4 * stop, 4 * (count - stop))
+            ctypes.memmove(address + 4 * start, (ctypes.c_int32 * len(words))(*words), 4 * len(words))
+        if size < count:
+            quick.vrdmSetReferenceCount(pointer, number, index, slot, size)
+
+    def _taken(self, change: bool) -> _Exclusive:
+        """Takes the scene. The lists of live objects stay as they are."""
+        self._object._check()
+        return self._object._scene._exclusive(change, fields=True)
+
+    def _count(self, pointer: Any) -> int:
         thing = self._object
-        thing._check()
-        number, index, slot = thing._class.number, thing._index, self._slot.index
-        with thing._scene._exclusive() as pointer:
-            if quick.vrdmGetReferenceCount(pointer, number, index, slot) != len(words):
-                quick.vrdmSetReferenceCount(pointer, number, index, slot, len(words))
-            address = quick.vrdmModifyReferenceList(pointer, number, index, slot)
-            if words and address:
-                ctypes.memmove(address, (ctypes.c_int32 * len(words))(*words), 4 * len(words))
+        return int(quick.vrdmGetReferenceCount(pointer, thing._class.number, thing._index, self._slot.index))
+
+    def _place(self, pointer: Any, index: Any) -> int:
+        count, place = self._count(pointer), operator.index(index)
+        if not -count <= place < count:
+            raise IndexError(f"{place} is outside the {count} elements")
+        return place % count
+
+    def _store(self, words: list[int]) -> None:
+        with self._taken(True) as pointer:
+            self._splice(pointer, 0, self._count(pointer), words)
 
     def _decode(self, word: int) -> Any:
         scene, kind = self._object._scene, self._slot.kind
@@ -503,34 +528,58 @@ class ReferenceList(MutableSequence[Any]):
         self._store([self._encode(thing) for thing in things])
 
     def __getitem__(self, index: Any) -> Any:
-        words = self.words()
         if isinstance(index, slice):
-            return [self._decode(word) for word in words[index]]
-        return self._decode(words[index])
+            return [self._decode(word) for word in self.words()[index]]
+        thing = self._object
+        with self._taken(False) as pointer:
+            place = self._place(pointer, index)
+            address = quick.vrdmGetReferenceList(pointer, thing._class.number, thing._index, self._slot.index)
+            word = ctypes.c_int32.from_address(address + 4 * place).value
+        return self._decode(word)
 
     def __setitem__(self, index: Any, thing: Any) -> None:
-        words = self.words()
         if isinstance(index, slice):
+            words = self.words()
             words[index] = [self._encode(one) for one in thing]
-        else:
-            words[index] = self._encode(thing)
-        self._store(words)
+            self._store(words)
+            return
+        word = self._encode(thing)
+        with self._taken(True) as pointer:
+            place = self._place(pointer, index)
+            self._splice(pointer, place, place + 1, [word])
 
     def __delitem__(self, index: Any) -> None:
-        words = self.words()
-        del words[index]
-        self._store(words)
+        if isinstance(index, slice):
+            words = self.words()
+            del words[index]
+            self._store(words)
+            return
+        with self._taken(True) as pointer:
+            place = self._place(pointer, index)
+            self._splice(pointer, place, place + 1, [])
 
     def insert(self, index: int, thing: Any) -> None:
         """Inserts an element."""
-        words = self.words()
-        words.insert(index, self._encode(thing))
-        self._store(words)
+        word, place = self._encode(thing), operator.index(index)
+        with self._taken(True) as pointer:
+            count = self._count(pointer)
+            place = min(max(place + count if place < 0 else place, 0), count)
+            self._splice(pointer, place, place, [word])
+
+    def append(self, thing: Any) -> None:
+        """Adds an element at the end."""
+        self.extend((thing,))
 
     def extend(self, things: Iterable[Any]) -> None:
         """Adds elements at the end."""
         added = [self._encode(thing) for thing in things]
-        self._store(self.words() + added)
+        with self._taken(True) as pointer:
+            count = self._count(pointer)
+            self._splice(pointer, count, count, added)
+
+    def clear(self) -> None:
+        """Removes all elements."""
+        self._store([])
 
     def __iter__(self) -> Iterator[Any]:
         return iter([self._decode(word) for word in self.words()])
@@ -597,6 +646,9 @@ def _class_doc(entry: Class) -> str:
     return "\n".join(lines)
 
 
+asset_classes: dict[str, type] = {}  # The module of assets fills it, which needs this one.
+
+
 @lru_cache(maxsize=None)
 def object_class(name: str) -> type[Any]:
     """Returns the Python class of a class of objects."""
@@ -604,10 +656,7 @@ def object_class(name: str) -> type[Any]:
     if entry.kind == "program":
         return type(name, (Program,), {"__slots__": (), "_class": entry})
     if entry.kind == "asset":
-        from . import assets
-        base: type = {"Mesh": assets.Mesh, "Texture": assets.Texture,
-                      "MaterialGraph": assets.MaterialGraph}[name]
-        return type(name, (base,), {"__slots__": (), "_class": entry})
+        return type(name, (asset_classes[name],), {"__slots__": (), "_class": entry})
     attributes: dict[str, str] = {}
     names: dict[str, Any] = {"__slots__": (), "_class": entry, "__doc__": _class_doc(entry)}
     for group in entry.groups.values():
@@ -648,8 +697,11 @@ class Objects(Generic[T]):
 
     def indices(self) -> list[int]:
         """Returns the slot numbers of the live objects."""
-        from .columns import live_slots
-        return [int(one) for one in live_slots(self._scene, self._class.number)]
+        indices: list[int] = self._slots().tolist()
+        return indices
+
+    def _slots(self) -> Any:
+        return columns.live_slots(self._scene, self._class.number)
 
     def __getitem__(self, index: int) -> T:
         """Returns the object in a slot. Raises NoSuchObject for a free one."""
@@ -680,7 +732,7 @@ class Objects(Generic[T]):
 
     def __len__(self) -> int:
         """The number of live objects."""
-        return len(self.indices())
+        return len(self._slots())
 
     def __bool__(self) -> bool:
         return len(self) > 0
@@ -732,13 +784,11 @@ class Objects(Generic[T]):
         group, field: names as in the catalogue; a path such as "matrix.x" leads into structs; None for the
         whole group. slots: only these objects.
         """
-        from .columns import get_column
-        return get_column(self._scene, self._class, group, field, slots)
+        return columns.get_column(self._scene, self._class, group, field, slots)
 
     def set_column(self, group: str, field: str | None, values: Any, slots: Any = None) -> None:
         """Writes one field of one group of all live objects from a NumPy array, or one value to all."""
-        from .columns import set_column
-        set_column(self._scene, self._class, group, field, values, slots)
+        columns.set_column(self._scene, self._class, group, field, values, slots)
 
     def __eq__(self, other: object) -> bool:
         if not isinstance(other, Objects):
@@ -747,6 +797,15 @@ class Objects(Generic[T]):
 
     def __hash__(self) -> int:
         return hash((id(self._scene), self._class.number))
+
+    def __reduce__(self) -> NoReturn:
+        raise TypeError("the objects of a class belong to their scene; pickle the scene")
+
+    def __deepcopy__(self, memo: object) -> NoReturn:
+        raise TypeError("the objects of a class belong to their scene; copy the scene")
+
+    def __copy__(self) -> Objects[T]:
+        return self
 
     def __repr__(self) -> str:
         if self._scene.closed:
@@ -963,7 +1022,7 @@ class Scene(SceneClasses):
 
     def __len__(self) -> int:
         """The number of live objects of all classes."""
-        return sum(len(self[name]) for name in catalogue().classes)
+        return sum(len(columns.live_slots(self, entry.number)) for entry in catalogue())
 
     def __bool__(self) -> bool:
         return True
@@ -983,8 +1042,7 @@ class Scene(SceneClasses):
         trust: read without the check. A damaged file may then end the process.
         Raises FileError for a file that is missing or unreadable.
         """
-        from ._check import open_scene
-        return cls._own(open_scene(source, max_memory, max_messages, trust))
+        return cls._own(_check.open_scene(source, max_memory, max_messages, trust))
 
     def save(self, path: str | os.PathLike[str], *, sync: bool = True) -> None:
         """Writes the scene to a file, whole or not at all.
@@ -998,7 +1056,7 @@ class Scene(SceneClasses):
             status = long.vrtkSceneSave(pointer, os.fsencode(path), ctypes.byref(options),
                                         ctypes.byref(error))
         if status:
-            raise toolkit_error(status, error)
+            raise toolkit_error(status, error, path)
 
     def to_bytes(self) -> bytes:
         """Returns the bytes of the scene's file."""
@@ -1035,8 +1093,7 @@ class Scene(SceneClasses):
     def validate(self, *, max_messages: int = 100) -> Any:
         """Returns a Report with what a renderer may stumble over, such as references to objects that are
         not there."""
-        from ._check import validate
-        return validate(self, max_messages)
+        return _check.validate(self, max_messages)
 
     # JSON, digests, merging.
 
@@ -1047,17 +1104,13 @@ class Scene(SceneClasses):
         path: the file; the bytes of assets go into a folder beside it, unless they are inline. full: also
         what has its default. inline: the bytes of assets in base64; by default where no path is given.
         """
-        import json
-
-        from ._tools import export_json
-        text = export_json(self, path, full, path is None if inline is None else inline)
+        text = _tools.export_json(self, path, full, path is None if inline is None else inline)
         return None if text is None else json.loads(text)
 
     def to_json_text(self, *, full: bool = False, inline: bool = True) -> str:
         """Returns the scene in its JSON form as a text: the same for the same content. Without `inline`, the
         bytes of assets are named by their digests only."""
-        from ._tools import export_json
-        return export_json(self, None, full, inline) or ""
+        return _tools.export_json(self, None, full, inline) or ""
 
     @classmethod
     def from_json(cls, source: Any, *, asset_folder: str | os.PathLike[str] | None = None,
@@ -1068,22 +1121,17 @@ class Scene(SceneClasses):
         that the scene may take without its assets. Raises JsonError with all that is wrong, up to
         `max_messages`.
         """
-        from ._tools import build_scene
-        return cls._own(build_scene(source, asset_folder, max_memory, max_messages))
+        return cls._own(_tools.build_scene(source, asset_folder, max_memory, max_messages))
 
     def get(self, address: str) -> Any:
         """Returns what an address names, such as "Camera/0/groups/General/near_distance", as Python
         objects of the JSON form. Raises UnknownName."""
-        import json
-
-        from ._tools import get_json
-        return json.loads(get_json(self, address))
+        return json.loads(_tools.get_json(self, address))
 
     def get_bytes(self, address: str) -> bytes:
         """Returns a copy of the bytes of an asset ("Mesh/0/bytes") or of a program ("LightProgram/0/text").
         Raises UnknownName."""
-        from ._tools import get_bytes
-        return get_bytes(self, address)
+        return _tools.get_bytes(self, address)
 
     def set(self, address: str, thing: Any, *, limits: bool = False,
             asset_folder: str | os.PathLike[str] | None = None) -> None:
@@ -1093,10 +1141,7 @@ class Scene(SceneClasses):
         limits: refuse numbers outside the limits of their fields. Raises UnknownName, and JsonError with
         the reason; the scene is then as it was.
         """
-        import json
-
-        from ._tools import set_json
-        set_json(self, address, json.dumps(thing), limits, asset_folder)
+        _tools.set_json(self, address, json.dumps(thing), limits, asset_folder)
         parts = address.split("/")
         if thing is None and len(parts) == 2 and parts[0] in catalogue().classes and parts[1].isdigit():
             key = catalogue().classes[parts[0]].number, int(parts[1])
@@ -1106,32 +1151,27 @@ class Scene(SceneClasses):
                 asset_folder: str | os.PathLike[str] | None = None) -> Scene:
         """Returns a new scene: this one with a patch (RFC 6902) applied to its full JSON form. Objects that
         it does not touch share their bytes with this scene. Raises JsonError."""
-        from ._tools import apply_patch
-        return type(self)._own(apply_patch(self, patch, limits, asset_folder))
+        return type(self)._own(_tools.apply_patch(self, patch, limits, asset_folder))
 
     def digest(self, *, ids: bool = False) -> str:
         """Returns "sha256:" and a digest of the content: equal for equal content, whatever wrote it.
 
         ids: the random ids of the scene and its assets count, too.
         """
-        from ._tools import digest
-        return digest(self, ids)
+        return _tools.digest(self, ids)
 
     def equivalent(self, other: Scene) -> bool:
         """Tells whether two scenes have the same content in the same slots, as the library compares them."""
-        from ._tools import equivalent
-        return equivalent(self, other)
+        return _tools.equivalent(self, other)
 
     def merge(self, other: Scene) -> dict[str, list[int | None]]:
         """Adds the content of another scene, whose assets are then shared, and returns for each class which
         slot became which. The other scene stays as it is."""
-        from ._tools import merge
-        return merge(self, other)
+        return _tools.merge(self, other)
 
     def dump(self) -> str:
         """Returns the library's own print-out for people, with all counters; it differs from run to run."""
-        from ._tools import dump
-        return dump(self)
+        return _tools.dump(self)
 
     # Shown.
 

@@ -16,7 +16,9 @@ import weakref
 from collections.abc import Callable, Iterator, Mapping
 from typing import TYPE_CHECKING, Any, TypeVar
 
+from ._declarations import vrntValueView_t
 from ._library import long, quick
+from ._slotted import Slotted
 from ._status import no_name, nul_error, parse_error, take_string, value_error
 from .errors import TypeMismatch
 
@@ -45,7 +47,7 @@ class _TypeHandle:
         destroy(self.address)
 
 
-class Metadata(Mapping[str, Any]):
+class Metadata(Slotted, Mapping[str, Any]):
     """The annotations of a type: a mapping from keys to True (a flag), a str (a text) or a Python value.
     Keys are in byte order. value() returns an annotation as a Value."""
 
@@ -89,7 +91,7 @@ class Metadata(Mapping[str, Any]):
         return repr(dict(self))
 
 
-class Field:
+class Field(Slotted):
     """A field of a struct.
 
     label: its name. type: its annotated Type. offset: bytes from the start of the struct. index: its
@@ -320,7 +322,6 @@ class Type:
     def _find_fields(self) -> dict[str, Field]:
         if self.kind != "struct":
             return {}
-        from ._declarations import vrntValueView_t
         address = self._handle.address
         view = vrntValueView_t()
         fields = {}
