@@ -431,3 +431,44 @@ def test_an_error_of_a_text_has_its_line_its_column_and_its_offset_in_bytes(text
     with pytest.raises(vd.ParseError, match="Unable to parse value") as caught:
         vd.Value.parse(text)
     assert (caught.value.line, caught.value.column, caught.value.offset) == place
+
+
+# An array of 65536 times 65537 floats has 2**32 + 65536 elements, which 32 bits count as 65536.
+@pytest.mark.parametrize("use", [
+    lambda v: v[2], lambda v: v[2][0], lambda v: v[60000][5], lambda v: v[-1], lambda v: v.__setitem__((2, 0), 1.0),
+    lambda v: v.__setitem__((60000, 5), 1.0), lambda v: v[:2], lambda v: list(v), lambda v: v.to_python(),
+    lambda v: v.numpy(), lambda v: np.asarray(v), lambda v: v.edit().__enter__(), lambda v: v.type.dtype,
+    lambda v: setattr(v, "value", [[1.0]]),
+])
+def test_an_array_with_more_elements_than_bytes_is_not_entered(use):
+    made = vd.Value("float[65536,65537]")
+    before = made.to_bytes()
+    with pytest.raises(vd.TypeMismatch, match="has 4295032832 elements"):
+        use(made)
+    assert made.to_bytes() == before
+
+
+def test_an_array_with_more_elements_than_bytes_is_not_entered_in_a_struct_of_a_file():
+    made = vd.Value("{ int a; { float[2147483647,2147483647] b; } c; }", {"a": 3})
+    with vd.Scene() as scene:
+        scene.Material.add(program=scene.MaterialProgram.add("m"), value=made)
+        data = scene.to_bytes()
+    with vd.Scene.open(data) as scene:
+        found = scene.Material[0].value
+    assert found["a"] == 3
+    for use in (lambda: found["c/b/0"], lambda: found["c/b"].numpy(), lambda: found.to_python(), found.numpy,
+                lambda: found["c"].to_python(), lambda: found["c"].edit().__enter__()):
+        with pytest.raises(vd.TypeMismatch, match="4611686014132420609 elements"):
+            use()
+
+
+def test_a_part_beyond_its_block_is_refused():
+    """Whatever leads there, no place outside the bytes of the value is read or written."""
+    from vornath_data.values import Part
+    made = vd.Value("float[4]")
+    for type, offset in (("float[4]", 4), ("float[5]", 0), ("float[4]", -4)):
+        part = Part(made, vd.Type(type), offset)
+        for use in (part.numpy, part.copy, lambda: part.update(), lambda: part.edit().__enter__(), part.to_python,
+                    lambda: part[0], lambda: part.__setitem__(0, 1.0)):
+            with pytest.raises(vd.TypeMismatch, match="does not lie in its 16 bytes"):
+                use()

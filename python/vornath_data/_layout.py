@@ -31,6 +31,15 @@ def is_text(type: Type) -> bool:
             and type.element.kind == "char")
 
 
+def counted(type: Type) -> int:
+    """Returns the number of an array's elements. Raises TypeMismatch where the extents have a product that the
+    library does not count to: its values have fewer bytes than their indices reach."""
+    count = math.prod(type.shape)
+    if count * type.element.size != type.size:
+        raise TypeMismatch(f"the {type.stripped.text} has {count} elements, more than its {type.size} bytes contain")
+    return count
+
+
 class Layout:
     """The layout of a type."""
 
@@ -43,7 +52,12 @@ class Layout:
         writer = _Writer()
         expression = writer.part(type, 0)
         writer.pad(self.size)
-        self.struct = struct.Struct("<" + "".join(writer.format))
+        try:
+            self.struct = struct.Struct("<" + "".join(writer.format))
+        except struct.error:
+            self.struct = struct.Struct("")
+        if self.struct.size != self.size:
+            raise TypeMismatch(f"the parts of the {type.stripped.text} do not lie in its {self.size} bytes")
         self.has_references = writer.has_references
         code = f"lambda t, source, offset: {expression}"
         self._make: Callable[..., Any] = eval(compile(code, f"<{type.text[:60]}>", "eval"),
@@ -124,7 +138,7 @@ class _Writer:
         if not type.concrete or type.size == 0:
             return "[]"
         shape, element = type.shape, type.element
-        count = math.prod(shape)
+        counted(type)
         first, _ = self.take(1, "s", type.size)
         self.format[-1] = f"{type.size}s"
         if element.kind == "char" and len(shape) == 1:
@@ -186,6 +200,7 @@ def _make_dtype(type: Type, in_array: bool) -> numpy.dtype[Any]:
     if kind == "array":
         if not type.concrete:
             raise TypeMismatch(f"an unsized array has no dtype: {type.text}")
+        counted(type)
         return numpy.dtype((_make_dtype(type.element, True), tuple(reversed(type.shape))))
     if kind == "reference":
         return numpy.dtype("<u8")
@@ -207,6 +222,7 @@ def _array_form(type: Type) -> tuple[tuple[int, ...], tuple[int, ...] | None, nu
         return (type.lanes,), None, numpy.dtype(_DTYPES[type.base])
     if type.kind == "array":
         element = type.element
+        counted(type)
         shape, strides, base = _array_form(element)
         outer = tuple(reversed(type.shape))
         steps = []
@@ -417,7 +433,7 @@ class Encoder:
                                                 and hasattr(thing, "__array_interface__")):
             if self.put_numpy(type, offset, numpy.asarray(thing), path):
                 return
-        self.put_items(type, offset, thing, path, tuple(reversed(shape)), math.prod(shape))
+        self.put_items(type, offset, thing, path, tuple(reversed(shape)), counted(type))
 
     def put_items(self, type: Type, offset: int, thing: Any, path: str, extents: tuple[int, ...],
                   count: int) -> None:

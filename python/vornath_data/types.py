@@ -270,7 +270,11 @@ class Type:
     @property
     def size(self) -> int:
         """The bytes of a value; 0 for a type that is not concrete, such as float[]."""
-        return int(quick.vrntTypeSize(self._handle.address))
+        try:
+            size: int = self._cache["size"]
+        except KeyError:
+            size = self._cache["size"] = quick.vrntTypeSize(self._handle.address)
+        return size
 
     @property
     def alignment(self) -> int:
@@ -291,6 +295,9 @@ class Type:
     @property
     def shape(self) -> tuple[int, ...]:
         """The extents of an array, the fastest-running one first; -1 for those of an unsized array."""
+        return self._kept("shape", self._find_shape)
+
+    def _find_shape(self) -> tuple[int, ...]:
         if self.kind != "array":
             raise TypeMismatch(f"an array has a shape, and not the {self.text}")
         extents = (ctypes.c_int32 * quick.vrntTypeArrayDimension(self._handle.address))()

@@ -13,13 +13,12 @@ write.
 from __future__ import annotations
 
 import ctypes
-import math
 from collections.abc import Iterator
 from contextlib import contextmanager
-from typing import Any, SupportsIndex
+from typing import Any, NoReturn, SupportsIndex
 
 from . import _declarations
-from ._layout import SCALARS, Array, Encoder, array_of, write_block
+from ._layout import SCALARS, Array, Encoder, array_of, counted, write_block
 from ._library import long, quick
 from ._status import no_name, nul_error, parse_error, take_string, value_error
 from .errors import Error, TypeMismatch
@@ -463,7 +462,10 @@ class Part(_Item):
         self._offset = offset
 
     def _place(self) -> tuple[Value, Type, int]:
-        return self._root, self._type, self._offset
+        root, type, offset = self._root, self._type, self._offset
+        if not 0 <= offset <= root.type.size - type.size:  # a second wall around the block
+            _outside(root.type, offset)
+        return root, type, offset
 
     def __copy__(self) -> Value:
         return self.copy()
@@ -483,31 +485,40 @@ def _step(type: Type, offset: int, key: Any) -> tuple[Type, int]:
             field = type.fields.get(key)
             if field is None:
                 no_name("the struct has no field", key, type.fields)
+            if field.offset + field.type.size > type.size:
+                _outside(type, key)
             return field.type, offset + field.offset
         raise TypeError(f"a field of a struct is named by its label, not by {key!r}")
     if not isinstance(key, (int, SupportsIndex)) or isinstance(key, bool):
         raise TypeError(f"the {type.text} has no part {key!r}")
     index = int(key.__index__())
     if kind == "array":
-        extents = type.shape
-        count = extents[-1]
+        count, inner, step = type._kept("steps", lambda: _steps(type))
         if not -count <= index < count:
             raise IndexError(f"{index} is outside the {count} elements")
-        inner = type.element if len(extents) == 1 else _inner_array(type)
-        return inner, offset + (index % count) * math.prod(extents[:-1]) * type.element.size
+        at = (index % count) * step
+        if at + inner.size > type.size:
+            _outside(type, index)
+        return inner, offset + at
     if kind == "vector":
-        if not -type.lanes <= index < type.lanes:
-            raise IndexError(f"{index} is outside the {type.lanes} lanes")
-        scalar = Type(type.base)
-        return scalar, offset + (index % type.lanes) * scalar.size
+        lanes = type.lanes
+        if not -lanes <= index < lanes:
+            raise IndexError(f"{index} is outside the {lanes} lanes")
+        scalar = type._kept("lane", lambda: Type(type.base))
+        return scalar, offset + (index % lanes) * scalar.size
     raise TypeError(f"the {type.text} has no parts")
 
 
-def _inner_array(type: Type) -> Type:
-    """Returns the type of an array's parts along its last dimension."""
-    inner: Type = type._kept("inner", lambda: Type(
-        f"{type.element.text}[{','.join(str(one) for one in type.shape[:-1])}]"))
-    return inner
+def _steps(type: Type) -> tuple[int, Type, int]:
+    """Returns the number of an array's parts along its last dimension, their type, and the bytes of each."""
+    *inner, count = type.shape
+    elements = counted(type)
+    part = Type(f"{type.element.text}[{','.join(map(str, inner))}]") if inner else type.element
+    return count, part, elements // count * type.element.size if count > 0 else 0
+
+
+def _outside(type: Type, key: object) -> NoReturn:
+    raise TypeMismatch(f"the part {key!r} of the {type.stripped.text} does not lie in its {type.size} bytes")
 
 
 def _read(root: Value, type: Type, offset: int) -> Any:
