@@ -221,3 +221,21 @@ def test_an_error_of_a_document_tells_whether_there_is_more():
             vd.Scene.from_json(document, max_messages=limit)
         assert caught.value.truncated is truncated and len(caught.value.messages) == min(limit, 3)
         assert pickle.loads(pickle.dumps(caught.value)).truncated is truncated
+
+
+@pytest.mark.parametrize("call", [vd.diff, vd.equivalent, vd.make_patch, lambda a, b: a.merge(b),
+                                  lambda a, b: a.equivalent(b)])
+@pytest.mark.parametrize("other", [None, "box.vrnscene", b"", 3])
+def test_comparing_with_what_is_no_scene_leaves_the_scene_free(filled, call, other):
+    with pytest.raises(TypeError, match="a Scene is expected"):
+        call(filled, other)
+    assert len(filled.Shape) == 2 and filled.Shape.add().valid
+
+
+def test_comparing_with_a_closed_scene_leaves_the_other_free(filled):
+    closed = vd.Scene()
+    closed.close()
+    for pair in ((filled, closed), (closed, filled)):
+        with pytest.raises(vd.ClosedError):
+            vd.diff(*pair)
+        assert len(filled.Shape) == 2

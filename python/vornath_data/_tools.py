@@ -274,6 +274,10 @@ class _Both:
     __slots__ = ("_held",)
 
     def __init__(self, a: Scene, b: Scene) -> None:
+        from .scene import Scene
+        for one in (a, b):  # before either is taken
+            if not isinstance(one, Scene):
+                raise TypeError(f"a Scene is expected, not {one.__class__.__name__}")
         self._held = (a, b)
 
     def __enter__(self) -> tuple[Any, Any]:
@@ -283,8 +287,8 @@ class _Both:
         if a is b:
             self._held = (first, None)  # type: ignore[assignment]
             return pointer, pointer
-        second = b._exclusive(change=False)
         try:
+            second = b._exclusive(change=False)
             other = second.__enter__()
         except BaseException:
             first.__exit__()
