@@ -472,3 +472,39 @@ def test_a_part_beyond_its_block_is_refused():
                     lambda: part[0], lambda: part.__setitem__(0, 1.0)):
             with pytest.raises(vd.TypeMismatch, match="does not lie in its 16 bytes"):
                 use()
+
+
+def test_edits_of_several_parts_all_count():
+    made = vd.Value("{ float a; float[2] b; float[2] c; int d; }")
+    kept = made.copy()
+    with made["b"].edit() as b, made["c"].edit() as c:
+        b[:] = 1
+        c[:] = 2
+        made["d"] = 3
+    assert made.to_python() == {"a": 0.0, "b": [1, 1], "c": [2, 2], "d": 3}
+    assert kept.to_python() == {"a": 0.0, "b": [0, 0], "c": [0, 0], "d": 0}
+    first, second = made["b"].edit(), made["c"].edit()
+    b, c = first.__enter__(), second.__enter__()
+    b[0], c[0] = 5, 6
+    first.__exit__(None, None, None)
+    second.__exit__(None, None, None)
+    assert made["b"].to_python() == [5, 1] and made["c"].to_python() == [6, 2]
+
+
+def test_an_edit_of_the_whole_leaves_what_others_wrote():
+    """An element that both wrote has what the edit gave it, and no mixture."""
+    made = vd.Value("{ char[4] t; half[2] h; float3[2] p; enum { A; B; } e; bool o; { int x; float[2,2] m; } s; }")
+    with made.edit() as array:
+        array["h"][0] = 1.5
+        array["p"]["lanes"][1] = 1, 2, 3
+        array["s"]["x"] = 0x01000001
+        made["h"][1] = 2.5
+        made["t"] = b"abcd"
+        made["p"][0] = 4, 5, 6
+        made["e"] = "B"
+        made["o"] = True
+        made["s"]["x"] = 0x00020200
+        made["s"]["m"] = [[1, 2], [3, 4]]
+        array["t"][2] = ord("z")
+    assert made.to_python() == {"t": b"abzd", "h": [1.5, 2.5], "p": [(4, 5, 6), (1, 2, 3)], "e": "B", "o": True,
+                                "s": {"x": 0x01000001, "m": [[1, 2], [3, 4]]}}

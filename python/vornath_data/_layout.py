@@ -550,6 +550,16 @@ def store_numbers(target: numpy.ndarray[Any, Any], source: numpy.ndarray[Any, An
     target[...] = narrowed
 
 
+def merge_numbers(target: Array, old: Array, new: Array) -> None:
+    """Copies the numbers of `new` that are others than in `old`, bit by bit."""
+    if target.dtype.names is not None:
+        for name in target.dtype.names:
+            merge_numbers(target[name], old[name], new[name])
+    else:
+        bits = f"u{target.dtype.itemsize}"
+        numpy.copyto(target, new, where=old.view(bits) != new.view(bits))
+
+
 def write_block(block: Any, offset: int, data: bytes | bytearray) -> Any:
     """Writes bytes to a value by the write protocol. Returns the block that has the bytes afterwards: the
     same one if nobody shares it, else a copy. The block that was given stays as it was then."""

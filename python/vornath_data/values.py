@@ -18,7 +18,7 @@ from contextlib import contextmanager
 from typing import Any, NoReturn, SupportsIndex
 
 from . import _declarations
-from ._layout import SCALARS, Array, Encoder, array_of, counted, write_block
+from ._layout import SCALARS, Array, Encoder, array_of, counted, merge_numbers, write_block
 from ._library import long, quick
 from ._status import no_name, nul_error, parse_error, take_string, value_error
 from .errors import Error, TypeMismatch
@@ -189,8 +189,8 @@ class _Item:
 
     @contextmanager
     def edit(self) -> Iterator[Array]:
-        """Gives a NumPy array to write to, and writes what it contains at the end of the block, unless
-        that ends with an exception.
+        """Gives a NumPy array to write to, and writes the elements that were changed at the end of the block,
+        unless that ends with an exception. Other writes to the value meanwhile stand.
 
             >>> import vornath_data as vd
             >>> v = vd.Value(vd.Type("float[3]"))
@@ -205,14 +205,19 @@ class _Item:
         if type._layout.has_references:
             raise TypeMismatch(f"the {type.text} contains references; edit its other parts by their names")
         import numpy
-        old = root._block
-        start = old.address + _HEADER + offset
-        buffer = bytearray(ctypes.string_at(start, type.size))
+        before = root._bytes(offset, type.size)
+        buffer = bytearray(before)
         view = array_of(type, buffer, ctypes.addressof((ctypes.c_char * max(len(buffer), 1)).from_buffer(
             buffer if buffer else bytearray(1))))
         array: Array = numpy.ndarray(view.shape, view.dtype, buffer, 0, view.strides)
         yield array
-        root._block = write_block(old, offset, buffer)
+        now = root._bytes(offset, type.size)
+        if now != before:
+            found = bytearray(now)
+            merge_numbers(*(numpy.ndarray(array.shape, array.dtype, one, 0, array.strides)
+                            for one in (found, before, bytes(buffer))))
+            buffer = found
+        root._block = write_block(root._block, offset, buffer)
 
     def text(self, *, exact: bool = False, multiline: bool = False) -> str:
         """Returns the text in the language that Value.parse() reads.
@@ -374,6 +379,11 @@ class Value(_Item):
 
     def _place(self) -> tuple[Value, Type, int]:
         return self, self.type, 0
+
+    def _bytes(self, offset: int, size: int) -> bytes:
+        """Returns bytes of the value as it is now."""
+        block = self._block
+        return ctypes.string_at(block.address + _HEADER + offset, size)
 
     def _write(self, type: Type, offset: int, thing: Any, path: str, keep: bool = False) -> None:
         """Writes an object to a place. With `keep`, parts that the object does not name stay; else they
