@@ -491,3 +491,21 @@ void releaseOnThread(AssetStorage* storage) {
     function(block)
     gc.collect()
     assert watch() is None
+
+
+def test_a_scene_and_a_value_begin_once(scene):
+    camera = scene.Camera.add(general={"near_distance": 0.5})
+    general = camera.general
+    opened = vd.Scene.from_json(scene.to_json())
+    value = vd.Value("float[3]", [1, 2, 3])
+    part, parsed = value[0], vd.Value.parse("{ a = 1; }")
+    for again in (scene.__init__, opened.__init__, lambda: value.__init__("int"), lambda: parsed.__init__("int")):
+        with pytest.raises(TypeError, match="exists already"):
+            again()
+    assert general.near_distance == 0.5 and len(scene.Camera) == len(opened.Camera) == 1
+    assert value.to_python() == [1, 2, 3] and part == 1.0 and parsed["a"] == 1
+    scene.close()
+    with pytest.raises(TypeError, match="exists already"):
+        scene.__init__()
+    with pytest.raises(vd.ClosedError):
+        general.near_distance

@@ -805,6 +805,8 @@ class Scene(SceneClasses):
     __slots__ = ("__weakref__", "_changes", "_groups", "_lists", "_open", "_pid", "_pointer", "_removals", "_user")
 
     def __init__(self) -> None:
+        if hasattr(self, "_open"):  # Another scene in its place would leave its groups without theirs.
+            raise TypeError("the scene exists already; make another one")
         address = quick.vrdmCreateScene()
         if not address:
             raise MemoryError("there is no memory for a scene")

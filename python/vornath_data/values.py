@@ -327,6 +327,8 @@ class Value(_Item):
     _type: Type | None
 
     def __init__(self, type: Type | str, content: Any = ...) -> None:
+        if hasattr(self, "_block"):
+            raise TypeError("the value exists already; make another one, or assign to its parts")
         type = type if isinstance(type, Type) else Type(type)
         type._require_concrete()
         error = ctypes.c_void_p()
