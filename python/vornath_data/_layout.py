@@ -10,6 +10,7 @@ from functools import partial
 from typing import TYPE_CHECKING, Any, NoReturn
 
 import numpy
+from numpy.ma import MaskedArray
 
 from ._status import no_name, value_error
 from .errors import OutOfRange, TypeMismatch
@@ -294,8 +295,23 @@ def refuse(type: Type, thing: Any, path: str) -> NoReturn:
     raise TypeMismatch(where + reason)
 
 
+def plain_array(thing: Any, path: str) -> Array:
+    """Returns an object as an array. Raises TypeMismatch for a masked one, whose mask nothing would keep."""
+    if isinstance(thing, MaskedArray) or (isinstance(thing, (list, tuple))
+                                          and any(isinstance(one, MaskedArray) for one in thing)):
+        raise TypeMismatch(f"{path + ': ' if path else ''}a masked array has elements without a value; fill it first")
+    try:
+        return numpy.asarray(thing)
+    except ValueError as problem:
+        raise TypeMismatch(f"{path + ': ' if path else ''}{problem}") from None
+
+
 def check_number(type: Type, kind: str, thing: Any, path: str) -> Any:
     """Returns a number or a label as the struct module packs it."""
+    if isinstance(thing, numpy.ndarray):
+        if plain_array(thing, path).ndim:
+            refuse(type, thing, path)
+        thing = thing[()]
     if kind == "bool":
         if isinstance(thing, (bool, numpy.bool_)):
             return -1 if thing else 0
@@ -360,6 +376,8 @@ class Encoder:
 
     def put(self, type: Type, offset: int, thing: Any, path: str = "") -> None:
         kind = type.kind
+        if isinstance(thing, MaskedArray):
+            plain_array(thing, path)
         if kind in SCALARS:
             struct.pack_into("<" + _CODES[kind], self.buffer, offset,
                              check_number(type, kind, _scalar_of(thing), path))
@@ -431,7 +449,7 @@ class Encoder:
             return
         if isinstance(thing, numpy.ndarray) or (element.kind in SCALARS and element.kind != "enum"
                                                 and hasattr(thing, "__array_interface__")):
-            if self.put_numpy(type, offset, numpy.asarray(thing), path):
+            if self.put_numpy(type, offset, plain_array(thing, path), path):
                 return
         self.put_items(type, offset, thing, path, tuple(reversed(shape)), counted(type))
 
@@ -486,12 +504,10 @@ class Encoder:
 
 
 def _scalar_of(thing: Any) -> Any:
-    """Returns what a Part or an array without dimensions contains."""
+    """Returns what a Part contains."""
     from .values import Part, Value
     if isinstance(thing, (Part, Value)) and thing.type.kind in SCALARS and thing.type.kind != "enum":
         return thing.to_python()
-    if isinstance(thing, numpy.ndarray) and thing.ndim == 0:
-        return thing[()]
     return thing
 
 

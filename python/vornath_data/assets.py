@@ -24,7 +24,7 @@ from typing import TYPE_CHECKING, Any, TypeVar
 import numpy
 
 from . import _declarations
-from ._layout import _Memory
+from ._layout import _Memory, plain_array
 from ._library import quick
 from ._status import no_name
 from .errors import OutOfRange, TypeMismatch
@@ -109,11 +109,31 @@ def _contiguous(array: Array) -> Array:
     return array if array.flags.c_contiguous else numpy.ascontiguousarray(array)
 
 
+def _raw(thing: Any) -> Array:
+    """Returns bytes as an array: those of an object with a buffer, or a list of their numbers."""
+    if isinstance(thing, (bytes, bytearray)):
+        return numpy.frombuffer(thing, "u1")  # It holds the buffer, so that it cannot be resized.
+    if isinstance(thing, (list, tuple)):
+        try:
+            return numpy.frombuffer(bytes(thing), "u1")
+        except (TypeError, ValueError):
+            raise TypeMismatch("the bytes of an asset: a list has numbers from 0 to 255") from None
+    if not isinstance(thing, numpy.ndarray):
+        try:
+            memoryview(thing)
+        except TypeError:
+            if not hasattr(thing, "__array_interface__"):
+                raise TypeMismatch(f"the bytes of an asset: a {thing.__class__.__name__} has none") from None
+    array = plain_array(thing, "the bytes of an asset")
+    # Elements of other kinds are texts, times or the addresses of Python objects.
+    if array.dtype.hasobject or array.dtype.kind not in "biufcSV":
+        raise TypeMismatch(f"the bytes of an asset: numbers are expected, not {array.dtype}")
+    return array
+
+
 def _owned(thing: Any, size: int | None = None) -> tuple[Any, int, int]:
     """Returns an owner, an address and a size for bytes, without a copy where they are contiguous."""
-    if isinstance(thing, (bytes, bytearray, memoryview)):
-        thing = numpy.frombuffer(thing, "u1")  # It holds the buffer, so that it cannot be resized.
-    array = _contiguous(numpy.asarray(thing))
+    array = _contiguous(_raw(thing))
     if size is not None and array.nbytes < size:
         raise TypeMismatch(f"the asset has {size} bytes, and {array.nbytes} were given")
     return array, array.ctypes.data, array.nbytes if size is None else size
@@ -387,7 +407,7 @@ def _assemble(positions: Any, triangles: Any, normals: Any = None, tangents: Any
             parts[name] = _numbers(thing, name, (count, 3))
     sets = 1
     if texcoords is not None:
-        array = numpy.asarray(texcoords)
+        array = plain_array(texcoords, "texcoords")
         if array.ndim == 2:
             array = array[None]
         parts["texcoords"] = _numbers(array, "texcoords", (None, count, 2))
@@ -436,7 +456,7 @@ def _bounds(array: Array) -> tuple[int, int]:
 
 
 def _numbers(thing: Any, name: str, shape: tuple[int | None, ...]) -> Array:
-    array = numpy.asarray(thing)
+    array = plain_array(thing, name)
     if array.dtype.kind not in "fiu":
         raise TypeMismatch(f"{name}: numbers are expected, not {array.dtype}")
     if array.ndim != len(shape) or any(want is not None and want != have
@@ -447,7 +467,7 @@ def _numbers(thing: Any, name: str, shape: tuple[int | None, ...]) -> Array:
 
 
 def _indices(thing: Any) -> Array:
-    array = numpy.asarray(thing)
+    array = plain_array(thing, "triangles")
     if array.size == 0:
         array = array.reshape(-1, 3).astype("<u4")
     if array.dtype.kind not in "iu":
@@ -547,7 +567,7 @@ class Texture(Asset):
         if width is None or height is None:
             if form is None or layout_code & _MIPMAP:
                 raise TypeError("bytes of blocks or of mipmap levels need width= and height=")
-            array = numpy.asarray(pixels)
+            array = plain_array(pixels, "pixels")
             channels, kind = form
             if array.dtype != numpy.dtype(kind):
                 raise TypeMismatch(f"pixels: the format {format} has the dtype {numpy.dtype(kind)}, "
