@@ -282,3 +282,58 @@ def test_masked_arrays_are_refused(scene):
         with pytest.raises(vd.TypeMismatch, match="masked"):
             use()
     assert value == vd.Value(value.type) and len(scene.Mesh) == len(scene.Texture) == 0
+
+
+def test_the_words_of_a_layout_stay_what_they_are(scene):
+    """An array in their place could be shorter than its mesh, or have another order of bytes."""
+    layout = vd.MeshLayout(triangles=1, vertices=3)
+    for other in (layout.words[:2], layout.words[::-1], np.zeros(1000, ">u4"), None):
+        with pytest.raises(AttributeError):
+            layout.words = other
+    words = layout.words
+    words.dtype = "u1"
+    words.shape = 9, 4, -1
+    with pytest.raises(ValueError):
+        layout.words.resize((1,), refcheck=False)
+    layout.words[0] = 7
+    assert layout.words.dtype == np.uint32 and layout.words.shape == (3 + 27 + 6,)
+    layout.triangles[0] = 0, 1, 2
+    mesh = scene.Mesh.add(layout)
+    assert mesh.triangles.tolist() == [[0, 1, 2]] and mesh.bytes.ctypes.data == layout.words.ctypes.data
+
+
+def test_counts_and_extents_are_whole_numbers_in_their_range(scene):
+    for wrong in (1.5, "1", None, True, np.float32(1), 1 + 0j):
+        for call in (lambda: vd.MeshLayout(wrong, 2), lambda: vd.MeshLayout(1, wrong), lambda: vd.MeshLayout(1, 2, wrong),
+                     lambda: vd.MeshLayout(1, 2, flags=wrong),
+                     lambda: scene.Mesh.add(b"", triangles=wrong, vertices=3),
+                     lambda: scene.MaterialGraph.add(b"abc", root_offset=wrong),
+                     lambda: scene.MaterialGraph.add(b"abc", parameter_offset=wrong)):
+            with pytest.raises(vd.TypeMismatch, match="an integer is expected"):
+                call()
+    for wrong in (-1, 2**31, 2**32, 2**64):
+        for call in (lambda: vd.MeshLayout(wrong, 2), lambda: scene.Texture.add(b"abc", format="SL8", width=wrong, height=1),
+                     lambda: scene.Texture.add(b"abc", format="SL8", width=1, height=1, depth=wrong),
+                     lambda: scene.MaterialGraph.add(b"abc", root_offset=wrong)):
+            with pytest.raises(vd.OutOfRange):
+                call()
+    assert vd.MeshLayout(np.int64(1), np.uint8(3)).words.size == 36 and len(scene) == 0
+
+
+def test_extents_beside_an_array_are_those_of_the_array(scene):
+    pixels = np.zeros((2, 4, 3), "u1")
+    for extents in ({"width": 999}, {"height": 3}, {"depth": 2}):
+        with pytest.raises(vd.TypeMismatch, match="the array has"):
+            scene.Texture.add(pixels, format="SRGB8", **extents)
+    made = scene.Texture.add(pixels, format="SRGB8", width=4)
+    assert (made.width, made.height, made.depth) == (4, 2, 1)
+    made = scene.Texture.add(np.zeros((6, 2, 2, 3), "u1"), format="SRGB8", layout="Cube", depth=6)
+    assert (made.width, made.height, made.depth) == (2, 2, 6)
+
+
+def test_texture_coordinates_without_a_set_are_refused(scene):
+    eye = np.eye(3, dtype="f4")
+    for shape in ((0, 3, 2), (0, 2), (1, 2, 2), (0,), ()):
+        with pytest.raises(vd.TypeMismatch, match="texcoords"):
+            scene.Mesh.add(positions=eye, triangles=[[0, 1, 2]], texcoords=np.zeros(shape, "f4"))
+    assert scene.Mesh.add(positions=np.zeros((0, 3)), triangles=[], texcoords=np.zeros((1, 0, 2))).texcoords.shape == (1, 0, 2)

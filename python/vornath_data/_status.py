@@ -7,7 +7,18 @@ from collections.abc import Iterable
 from typing import Any, NoReturn
 
 from ._library import quick
-from .errors import CheckError, Error, FileError, JsonError, ParseError, SaveError, ToolkitError, UnknownName
+from .errors import (
+    CheckError,
+    Error,
+    FileError,
+    JsonError,
+    OutOfRange,
+    ParseError,
+    SaveError,
+    ToolkitError,
+    TypeMismatch,
+    UnknownName,
+)
 
 OUT_OF_MEMORY = 1  # VRNT_OUT_OF_MEMORY
 
@@ -99,6 +110,17 @@ def nul_error(words: str, text: str) -> ParseError:
     """Returns the exception of a text with a NUL character."""
     before = text[:text.index("\0")]
     return ParseError(words, before.count("\n") + 1, len(before) - before.rfind("\n"), len(before.encode()))
+
+
+def whole_number(name: str, thing: Any, low: int | None = None, high: int | None = None) -> int:
+    """Returns an argument that is an integer. Raises TypeMismatch and OutOfRange for another one: the fields of C
+    structs would take what is left of it."""
+    if isinstance(thing, bool) or not hasattr(thing, "__index__"):
+        raise TypeMismatch(f"{name}: an integer is expected, not {thing!r}")
+    number = int(thing.__index__())
+    if low is not None and high is not None and not low <= number <= high:
+        raise OutOfRange(f"{name}: {number} is outside the range {low} to {high}")
+    return number
 
 
 def nearest(name: object, names: Iterable[str]) -> str:

@@ -26,7 +26,7 @@ import numpy
 from . import _declarations
 from ._layout import _Memory, plain_array
 from ._library import quick
-from ._status import no_name
+from ._status import no_name, whole_number
 from .errors import OutOfRange, TypeMismatch
 from .scene import SceneObject, _object_id
 
@@ -222,8 +222,8 @@ class Mesh(Asset):
         """
         if isinstance(data, MeshLayout):
             layout = data
-            return cls._insert(scene, layout._record(), layout.words, layout.words.ctypes.data,
-                               layout.words.nbytes)
+            return cls._insert(scene, layout._record(), layout._array, layout._array.ctypes.data,
+                               layout._array.nbytes)
         if data is not None:
             counts = _counts(parts)
             layout = MeshLayout.__new__(MeshLayout)
@@ -237,7 +237,7 @@ class Mesh(Asset):
         """Replaces the record and the bytes, which are copied; the id and the references stay. Takes what
         scene.Mesh.add() takes."""
         if isinstance(data, MeshLayout):
-            layout, owner, address = data, data.words, data.words.ctypes.data
+            layout, owner, address = data, data._array, data._array.ctypes.data
         elif data is not None:
             layout = MeshLayout.__new__(MeshLayout)
             layout._count(*_counts(parts))
@@ -254,7 +254,7 @@ class Mesh(Asset):
         if 4 * layout._words > size:
             raise TypeMismatch(f"the mesh has {size} bytes, and its record asks for {4 * layout._words}")
         raw = numpy.asarray(_Memory(address, size, handle, False))
-        layout.words = numpy.ndarray((layout._words,), "<u4", raw)
+        layout._array = numpy.ndarray((layout._words,), "<u4", raw)
         return layout
 
     @property
@@ -325,23 +325,17 @@ class MeshLayout:
         True
     """
 
-    words: Array
+    _array: Array
 
     def __init__(self, triangles: int, vertices: int, texcoord_sets: int = 1, flags: int = 0) -> None:
         self._count(triangles, vertices, texcoord_sets, flags)
-        self.words = numpy.zeros(self._words, "<u4")
+        self._array = numpy.zeros(self._words, "<u4")
 
     def _count(self, triangles: int, vertices: int, texcoord_sets: int, flags: int) -> None:
-        for name, number in (("triangles", triangles), ("vertices", vertices),
-                             ("texcoord_sets", texcoord_sets)):
-            if not 0 <= number < 2**31:
-                raise OutOfRange(f"{name}: {number} is outside the range 0 to 2147483647")
-        if not 0 <= flags < 2**32:
-            raise OutOfRange(f"flags: {flags} is outside the range 0 to 4294967295")
-        self._triangles = int(triangles)
-        self._vertices = int(vertices)
-        self._sets = int(texcoord_sets) or 1
-        self._flags = int(flags)
+        self._triangles = whole_number("triangles", triangles, 0, 2**31 - 1)
+        self._vertices = whole_number("vertices", vertices, 0, 2**31 - 1)
+        self._sets = whole_number("texcoord_sets", texcoord_sets, 0, 2**31 - 1) or 1
+        self._flags = whole_number("flags", flags, 0, 2**32 - 1)
         self._extra = (self._flags & 1) + (self._flags >> 1 & 1)
         self._first_vertex = (3 + self._extra) * self._triangles
         self._first_texcoord = self._first_vertex + 9 * self._vertices
@@ -352,27 +346,32 @@ class MeshLayout:
                                                               self._flags)
         return record
 
+    @property
+    def words(self) -> Array:
+        """All words, uint32: a view."""
+        return self._array.view()
+
     def __eq__(self, other: object) -> bool:
         if not isinstance(other, MeshLayout):
             return NotImplemented
         return (self._triangles, self._vertices, self._sets, self._flags) == (
             other._triangles, other._vertices, other._sets, other._flags) and bool(
-            numpy.array_equal(self.words, other.words))
+            numpy.array_equal(self._array, other._array))
 
     __hash__ = None  # type: ignore[assignment]
 
     @property
     def triangles(self) -> Array:
         """The indices: shape (triangles, 3), uint32."""
-        return self.words[:3 * self._triangles].reshape(self._triangles, 3)
+        return self._array[:3 * self._triangles].reshape(self._triangles, 3)
 
     @property
     def triangle_words(self) -> Array:
         """A word for each triangle and set flag: shape (flags, triangles), uint32."""
-        return self.words[3 * self._triangles:self._first_vertex].reshape(self._extra, self._triangles)
+        return self._array[3 * self._triangles:self._first_vertex].reshape(self._extra, self._triangles)
 
     def _vertex(self, first: int) -> Array:
-        rows = self.words[self._first_vertex:self._first_texcoord].view("<f4").reshape(self._vertices, 9)
+        rows = self._array[self._first_vertex:self._first_texcoord].view("<f4").reshape(self._vertices, 9)
         return rows[:, first:first + 3]
 
     @property
@@ -393,7 +392,7 @@ class MeshLayout:
     @property
     def texcoords(self) -> Array:
         """The texture coordinates: shape (sets, vertices, 2), float32."""
-        return self.words[self._first_texcoord:].view("<f4").reshape(self._sets, self._vertices, 2)
+        return self._array[self._first_texcoord:].view("<f4").reshape(self._sets, self._vertices, 2)
 
 
 def _assemble(positions: Any, triangles: Any, normals: Any = None, tangents: Any = None,
@@ -410,6 +409,8 @@ def _assemble(positions: Any, triangles: Any, normals: Any = None, tangents: Any
         array = plain_array(texcoords, "texcoords")
         if array.ndim == 2:
             array = array[None]
+        if array.ndim == 3 and not len(array):
+            raise TypeMismatch("texcoords: one set or more is expected; leave them out for none")
         parts["texcoords"] = _numbers(array, "texcoords", (None, count, 2))
         sets = len(parts["texcoords"])
     corners = parts["triangles"]
@@ -420,10 +421,10 @@ def _assemble(positions: Any, triangles: Any, normals: Any = None, tangents: Any
     owner = _one_array(layout, parts)
     if owner is not None:
         return layout, owner, corners.ctypes.data
-    layout.words = numpy.zeros(layout._words, "<u4")
+    layout._array = numpy.zeros(layout._words, "<u4")
     for name, array in parts.items():
         getattr(layout, name)[...] = array
-    return layout, layout.words, layout.words.ctypes.data
+    return layout, layout._array, layout._array.ctypes.data
 
 
 def _one_array(layout: MeshLayout, parts: dict[str, Array]) -> Any:
@@ -439,7 +440,7 @@ def _one_array(layout: MeshLayout, parts: dict[str, Array]) -> Any:
     low, high = _bounds(owner)
     if start < low or start + 4 * layout._words > high:
         return None
-    layout.words = numpy.ndarray((layout._words,), "<u4", numpy.asarray(
+    layout._array = numpy.ndarray((layout._words,), "<u4", numpy.asarray(
         _Memory(start, 4 * layout._words, owner, False)))
     for name, array in parts.items():
         there = getattr(layout, name)
@@ -564,6 +565,8 @@ class Texture(Asset):
         code = _code(format, FORMATS, "texture format")
         layout_code = _code(layout, LAYOUTS, "texture layout")
         form = _pixel_form(code)
+        given = {"width": width, "height": height, "depth": depth}
+        given = {name: whole_number(name, extent, 1, 2**31 - 1) for name, extent in given.items() if extent is not None}
         if width is None or height is None:
             if form is None or layout_code & _MIPMAP:
                 raise TypeError("bytes of blocks or of mipmap levels need width= and height=")
@@ -577,12 +580,13 @@ class Texture(Asset):
             if array.ndim not in (3, 4) or array.shape[-1] != channels:
                 raise TypeMismatch(f"pixels: the shape (height, width, {channels}) is expected, "
                                    f"not {array.shape}")
-            depth, height, width = (1, *array.shape[:2]) if array.ndim == 3 else array.shape[:3]
             pixels = array
-        depth = 1 if depth is None else depth
-        for name, extent in (("width", width), ("height", height), ("depth", depth)):
-            if not 1 <= extent < 2**31:
-                raise OutOfRange(f"{name}: {extent} is outside the range 1 to 2147483647")
+            extents = dict(zip(("depth", "height", "width"), (1, *array.shape)[-4:]))
+            for name, extent in given.items():
+                if extent != extents[name]:
+                    raise TypeMismatch(f"{name}: the array has {extents[name]}, and {extent} was given")
+            given = {name: whole_number(name, extent, 1, 2**31 - 1) for name, extent in extents.items()}
+        width, height, depth = given["width"], given["height"], given.get("depth", 1)
         size = _texture_bytes(width, height, depth, code, layout_code)
         owner, address, size = _owned(pixels, size)
         return _declarations.vrdmTextureDesc(width, height, depth, code, layout_code), owner, address, size
@@ -669,20 +673,21 @@ class MaterialGraph(Asset):
         """Adds a material graph: add(data, root_offset=, parameter_offset=). Contiguous bytes are not
         copied."""
         owner, address, size = _owned(data)
-        for name, offset in (("root_offset", root_offset), ("parameter_offset", parameter_offset)):
-            if not 0 <= offset <= size:
-                raise OutOfRange(f"{name}: {offset} is outside the {size} bytes of the graph")
-        desc = cls._desc(size, root_offset, parameter_offset)
+        desc = cls._record(size, root_offset, parameter_offset)
         return cls._insert(scene, desc, owner, address, size)
 
     def replace(self, data: Any, *, root_offset: int = 0, parameter_offset: int = 0) -> None:
         """Replaces the record and the bytes, which are copied; the id and the references stay."""
         owner, address, size = _owned(data)
-        for name, offset in (("root_offset", root_offset), ("parameter_offset", parameter_offset)):
-            if not 0 <= offset <= size:
-                raise OutOfRange(f"{name}: {offset} is outside the {size} bytes of the graph")
-        self._update(self._desc(size, root_offset, parameter_offset), address)
+        self._update(self._record(size, root_offset, parameter_offset), address)
         del owner
+
+    @classmethod
+    def _record(cls, size: int, root_offset: int, parameter_offset: int) -> Any:
+        for name, offset in (("root_offset", root_offset), ("parameter_offset", parameter_offset)):
+            if not 0 <= whole_number(name, offset) <= size:
+                raise OutOfRange(f"{name}: {offset} is outside the {size} bytes of the graph")
+        return cls._desc(size, root_offset, parameter_offset)
 
     @property
     def root_offset(self) -> int:
