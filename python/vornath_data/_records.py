@@ -233,21 +233,26 @@ class GroupRecord(Fields):
         """Reads the group from the scene."""
         copy, number, group = self._copy, self._number, self._info.index
         scene = copy.scene
+        if copy.changes.count < 0:
+            scene._live()
         seen = copy.changes.count  # before the scene is read: what changes afterwards is noticed
         if number != SCENE_DATA:
             scene._check(number, copy.index, copy.born)
         pointer = scene._pointer
         if pointer is None:
-            scene._refuse()
+            pointer = scene._refuse()
         if number == SCENE_DATA:
             address = _get_scene_value(pointer, group)
         else:
             address = _get_value(pointer, number, copy.index, group)
         if copy.block is None:
-            copy.buffer = (ctypes.c_char * self._type.size).from_address(address + 48)
-            copy.block = Block(address)
+            block = Block(address)
+            buffer = (ctypes.c_char * self._type.size).from_address(address + 48)
+            # The handler of a signal may raise at any call: `block` last, which says that the others are there.
             copy.arguments = (ctypes.byref(_declarations.vrtkGroupPlace(
                 pointer.value, address, number, copy.index, group)),)
+            copy.buffer = buffer
+            copy.block = block
         else:
             ctypes.memmove(copy.buffer, address + 48, self._type.size)
             _destroy(address)
@@ -291,6 +296,7 @@ class GroupRecord(Fields):
         changes = copy.changes
         if copy.seen != seen or changes.count != seen:
             self._conflict()
+        copy.seen = -2  # If the handler of a signal raises, the bytes of the copy are not those of the scene.
         ctypes.memmove(ctypes.addressof(copy.buffer) + offset, data, len(data))
         if changes.count != seen:
             self._conflict()

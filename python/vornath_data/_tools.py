@@ -4,6 +4,7 @@ from __future__ import annotations
 import ctypes
 import json
 import os
+import sys
 from collections.abc import Iterator
 from typing import TYPE_CHECKING, Any
 
@@ -283,12 +284,14 @@ class _Both:
     def __enter__(self) -> tuple[Any, Any]:
         a, b = self._held
         first = a._exclusive(change=False)
+        first._frame = sys._getframe(1)  # The scenes are held longer than this call.
         pointer = first.__enter__()
         if a is b:
             self._held = (first, None)  # type: ignore[assignment]
             return pointer, pointer
         try:
             second = b._exclusive(change=False)
+            second._frame = first._frame
             other = second.__enter__()
         except BaseException:
             first.__exit__()

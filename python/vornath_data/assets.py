@@ -565,8 +565,8 @@ class Texture(Asset):
         code = _code(format, FORMATS, "texture format")
         layout_code = _code(layout, LAYOUTS, "texture layout")
         form = _pixel_form(code)
-        given = {"width": width, "height": height, "depth": depth}
-        given = {name: whole_number(name, extent, 1, 2**31 - 1) for name, extent in given.items() if extent is not None}
+        given = {name: whole_number(name, extent, 1, 2**31 - 1)
+                 for name, extent in (("width", width), ("height", height), ("depth", depth)) if extent is not None}
         if width is None or height is None:
             if form is None or layout_code & _MIPMAP:
                 raise TypeError("bytes of blocks or of mipmap levels need width= and height=")

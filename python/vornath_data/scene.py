@@ -13,10 +13,12 @@ from __future__ import annotations
 import ctypes
 import operator
 import os
+import sys
 import threading
 import uuid
 from collections.abc import Iterable, Iterator, Mapping, MutableSequence
 from functools import lru_cache
+from types import FrameType
 from typing import TYPE_CHECKING, Any, Generic, NoReturn, TypeVar
 
 from . import _declarations
@@ -74,7 +76,7 @@ class SceneObject:
         # No other thread can close the scene between these lines and the call.
         pointer = scene._pointer
         if pointer is None:
-            scene._refuse()
+            pointer = scene._refuse()
         return function(pointer, self._class.number, self._index, *arguments)
 
     @property
@@ -764,9 +766,11 @@ class Objects(Generic[T]):
 class _Exclusive:
     """Takes the scene for itself as long as it is open: another use raises ConcurrentUseError."""
 
-    __slots__ = ("_change", "_count", "_fields", "_pointer", "_scene")
+    __slots__ = ("_change", "_count", "_fields", "_frame", "_pointer", "_scene", "_thread")
 
     def __init__(self, scene: Scene, change: bool, fields: bool) -> None:
+        self._frame: FrameType | None = sys._getframe(2)  # that of the with statement, behind Scene._exclusive()
+        self._thread = threading.get_ident()
         self._scene = scene
         self._change = change
         self._fields = fields
@@ -776,22 +780,32 @@ class _Exclusive:
         # No call stands between these lines: no other thread can take the scene in between.
         pointer = scene._pointer
         if pointer is None:
-            scene._refuse()
-        scene._pointer = None
+            pointer = scene._refuse()
         changes = scene._changes
         self._count = changes.count
-        changes.count = -1
         self._pointer = pointer
-        scene._user = threading.get_ident()
+        scene._pointer = None
+        changes.count = -1
+        scene._user = self
         return pointer
+
+    def interrupted(self) -> bool:
+        """Tells whether the block ended without __exit__(): a handler of a signal may raise where that begins. Looks
+        at the frames of the thread that took the scene, which alone may ask."""
+        frame: FrameType | None = sys._getframe()
+        while frame is not None and frame is not self._frame:
+            frame = frame.f_back
+        return frame is None
 
     def __exit__(self, *arguments: object) -> None:
         scene = self._scene
-        scene._user = None
         if self._change and not self._fields:
             scene._lists.clear()
+        # No call stands between these lines, at which a handler of a signal could raise.
+        scene._user = None
         scene._changes.count = self._count + 1 if self._change else self._count
         scene._pointer = self._pointer
+        self._frame = None
 
 
 class Scene(SceneClasses):
@@ -816,7 +830,7 @@ class Scene(SceneClasses):
         self._pointer: Any = _Handle(address)
         self._open = True
         self._changes = Changes()
-        self._user: int | None = None
+        self._user: _Exclusive | None = None
         self._removals: dict[tuple[int, int], int] = {}
         self._groups: dict[int, GroupRecord] = {}
         self._lists: dict[int, Any] = {}  # the live slots of classes, until objects are added or removed
@@ -849,7 +863,7 @@ class Scene(SceneClasses):
         # No call stands between these lines, so that one thread alone closes the scene.
         pointer = self._pointer
         if pointer is None:
-            self._refuse()
+            pointer = self._refuse()
         self._pointer = None
         self._open = False
         self._changes.count = -1
@@ -864,13 +878,19 @@ class Scene(SceneClasses):
     def __exit__(self, *arguments: object) -> None:
         self.close()
 
-    def _refuse(self) -> NoReturn:
+    def _refuse(self) -> Any:
+        """Raises ClosedError or ConcurrentUseError; returns the scene of the library, which is free again, if the call
+        that had it was interrupted."""
         if self.closed:
             raise ClosedError("the scene is closed")
         if self._pid != os.getpid():
             raise ConcurrentUseError("another thread used the scene when this process was forked, so it may "
                                      "be half changed; open it again here")
-        if self._user == threading.get_ident():
+        user = self._user
+        if user is not None and user._thread == threading.get_ident():
+            if user.interrupted():
+                user.__exit__()
+                return self._pointer
             raise ConcurrentUseError("the scene is used by a call of this thread that has not returned")
         raise ConcurrentUseError("another thread uses the scene; one thread at a time may use a scene")
 
@@ -883,7 +903,7 @@ class Scene(SceneClasses):
         """Calls a short function of the library with the scene."""
         pointer = self._pointer
         if pointer is None:
-            self._refuse()
+            pointer = self._refuse()
         return function(pointer, *arguments)
 
     def _exclusive(self, change: bool = True, fields: bool = False) -> _Exclusive:
@@ -894,7 +914,7 @@ class Scene(SceneClasses):
         """Raises NoSuchObject for an object that is not in the scene any more."""
         pointer = self._pointer
         if pointer is None:
-            self._refuse()
+            pointer = self._refuse()
         live = _valid(pointer, number, index)
         if not live or self._removals.get((number, index), 0) != born:
             raise NoSuchObject(f"{catalogue().by_number[number].name} {index} is not in the scene any more")
@@ -902,9 +922,11 @@ class Scene(SceneClasses):
     def _remove(self, number: int, index: int, born: int) -> None:
         self._check(number, index, born)
         with self._exclusive() as pointer:
-            quick.vrdmRemove(pointer, number, index)
             key = number, index
-            self._removals[key] = self._removals.get(key, 0) + 1
+            try:
+                quick.vrdmRemove(pointer, number, index)
+            finally:  # also where the handler of a signal raises after the call
+                self._removals[key] = self._removals.get(key, 0) + 1
 
     def _index_of(self, thing: Any, target: str, where: str) -> int:
         """Returns the slot number of an object to refer to."""

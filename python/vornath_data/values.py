@@ -42,7 +42,11 @@ class Block:
         return Block(quick.vrntValueCopy(self.address))
 
     def __del__(self, destroy: Any = quick.vrntValueDestroy) -> None:
-        destroy(self.address)
+        try:
+            address = self.address
+        except AttributeError:  # The handler of a signal raised in __init__().
+            return
+        destroy(address)
 
 
 class ForeignAddress(int):
