@@ -239,3 +239,40 @@ def test_comparing_with_a_closed_scene_leaves_the_other_free(filled):
         with pytest.raises(vd.ClosedError):
             vd.diff(*pair)
         assert len(filled.Shape) == 2
+
+
+def test_paths_with_nul_are_refused(filled, tmp_path):
+    """C would cut them there, and write to or read from another file."""
+    filled.save(tmp_path / "a")
+    (tmp_path / "a.json").write_text(filled.to_json_text())
+    bad = str(tmp_path / "a\0b")
+    for use in (lambda: filled.save(bad), lambda: vd.Scene.open(bad), lambda: vd.Scene.open(bad, trust=True),
+                lambda: vd.check(bad), lambda: vd.write_file(bad, b"x"), lambda: filled.to_json(bad),
+                lambda: filled.save(bad.encode()), lambda: vd.Scene.from_json(tmp_path / "a.json\0b"),
+                lambda: vd.Scene.from_json("{}", asset_folder=bad), lambda: vd.catalogue_text("json", part="Camera\0x"),
+                lambda: filled.set("Shape/0", None, asset_folder=bad), lambda: filled.patched([], asset_folder=bad)):
+        with pytest.raises(ValueError, match="embedded null byte"):
+            use()
+    assert sorted(one.name for one in tmp_path.iterdir()) == ["a", "a.json"] and vd.check(tmp_path / "a").valid
+
+
+def test_limits_are_whole_numbers_of_64_bits(filled):
+    data, document = filled.to_bytes(), filled.to_json_text()
+    for wrong, error in ((-1, vd.OutOfRange), (2**64, vd.OutOfRange), (2**64 + 1, vd.OutOfRange), (1.5, vd.TypeMismatch),
+                         (None, vd.TypeMismatch), ("1", vd.TypeMismatch)):
+        for use in (lambda: vd.check(data, max_memory=wrong), lambda: vd.check(data, max_messages=wrong),
+                    lambda: vd.Scene.open(data, max_memory=wrong), lambda: vd.Scene.open(data, max_messages=wrong),
+                    lambda: vd.Scene.from_json(document, max_memory=wrong),
+                    lambda: vd.Scene.from_json(document, max_messages=wrong),
+                    lambda: filled.validate(max_messages=wrong), lambda: vd.diff(filled, filled, limit=wrong)):
+            with pytest.raises(error):
+                use()
+    assert vd.check(data, max_memory=2**64 - 1).valid
+
+
+def test_a_number_is_no_bytes(tmp_path):
+    for use in (lambda: vd.write_file(tmp_path / "x", 10), lambda: vd.Scene.from_bytes(5), lambda: vd.Value.from_bytes(5),
+                lambda: vd.write_file(1, b"x"), lambda: vd.check(0)):
+        with pytest.raises(TypeError):
+            use()
+    assert not list(tmp_path.iterdir())

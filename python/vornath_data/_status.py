@@ -3,6 +3,7 @@ from __future__ import annotations
 
 import ctypes
 import difflib
+import os
 from collections.abc import Iterable
 from typing import Any, NoReturn
 
@@ -112,6 +113,16 @@ def nul_error(words: str, text: str) -> ParseError:
     return ParseError(words, before.count("\n") + 1, len(before) - before.rfind("\n"), len(before.encode()))
 
 
+def path_bytes(path: Any) -> bytes:
+    """Returns a path for a C function, which would read it to the first NUL alone."""
+    if isinstance(path, int):
+        raise TypeError(f"a path is expected, not {path!r}")
+    data = os.fsencode(path)
+    if b"\0" in data:
+        raise ValueError("embedded null byte")
+    return data
+
+
 def whole_number(name: str, thing: Any, low: int | None = None, high: int | None = None) -> int:
     """Returns an argument that is an integer. Raises TypeMismatch and OutOfRange for another one: the fields of C
     structs would take what is left of it."""
@@ -121,6 +132,16 @@ def whole_number(name: str, thing: Any, low: int | None = None, high: int | None
     if low is not None and high is not None and not low <= number <= high:
         raise OutOfRange(f"{name}: {number} is outside the range {low} to {high}")
     return number
+
+
+def size_limit(name: str, thing: Any) -> int:
+    """Returns a number of bytes or of things, which C counts with 64 bits."""
+    return whole_number(name, thing, 0, 2**64 - 1)
+
+
+def bytes_of(data: Any) -> bytes:
+    """Returns the bytes of a buffer; bytes() of a number would be as many zeros."""
+    return bytes(memoryview(data))
 
 
 def nearest(name: object, names: Iterable[str]) -> str:

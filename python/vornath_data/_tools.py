@@ -10,7 +10,7 @@ from typing import TYPE_CHECKING, Any
 
 from . import _declarations
 from ._library import long, quick
-from ._status import take_toolkit_string, toolkit_error
+from ._status import bytes_of, path_bytes, size_limit, take_toolkit_string, toolkit_error
 from .errors import JsonError, JsonMessage
 
 if TYPE_CHECKING:
@@ -35,7 +35,7 @@ def text_of(function: Any, *arguments: Any) -> str:
 
 
 def _folder(path: str | os.PathLike[str] | None) -> bytes | None:
-    return None if path is None else os.fsencode(path)
+    return None if path is None else path_bytes(path)
 
 
 # Files.
@@ -47,10 +47,10 @@ def write_file(path: str | os.PathLike[str], data: bytes | bytearray | memoryvie
     data: bytes, or a text that is written in UTF-8. sync: wait until the bytes are on the device. Raises
     SaveError; the file that was there before then stands as it was.
     """
-    whole = data.encode() if isinstance(data, str) else bytes(data)
+    whole = data.encode() if isinstance(data, str) else bytes_of(data)
     options = options_of("vrtkSaveOptions", not sync)
     error = ctypes.c_void_p()
-    status = long.vrtkFileSave(whole, len(whole), os.fsencode(path), ctypes.byref(options), ctypes.byref(error))
+    status = long.vrtkFileSave(whole, len(whole), path_bytes(path), ctypes.byref(options), ctypes.byref(error))
     if status:
         raise toolkit_error(status, error)
 
@@ -92,7 +92,7 @@ def export_json(scene: Scene, path: str | os.PathLike[str] | None, full: bool, i
         finally:
             quick.vrtkStringDestroy(text)
     with scene._exclusive(change=False) as pointer:
-        status = long.vrtkSceneExportFile(pointer, os.fsencode(path), ctypes.byref(options),
+        status = long.vrtkSceneExportFile(pointer, path_bytes(path), ctypes.byref(options),
                                           ctypes.byref(error))
     if status:
         raise toolkit_error(status, error)
@@ -102,11 +102,12 @@ def export_json(scene: Scene, path: str | os.PathLike[str] | None, full: bool, i
 def build_scene(source: Any, asset_folder: str | os.PathLike[str] | None, max_memory: int,
                 max_messages: int) -> int:
     """Returns the handle of the scene of a JSON document, its file, or Python objects of that form."""
-    options = options_of("vrtkBuildOptions", _folder(asset_folder), max_memory, max_messages)
+    options = options_of("vrtkBuildOptions", _folder(asset_folder), size_limit("max_memory", max_memory),
+                         size_limit("max_messages", max_messages))
     scene, report, error = ctypes.c_void_p(), ctypes.c_void_p(), ctypes.c_void_p()
     results = (ctypes.byref(options), ctypes.byref(scene), ctypes.byref(report), ctypes.byref(error))
     if isinstance(source, os.PathLike):
-        status = long.vrtkSceneBuildFile(os.fsencode(source), *results)
+        status = long.vrtkSceneBuildFile(path_bytes(source), *results)
     else:
         data = json_bytes(source)
         status = long.vrtkSceneBuild(data, len(data), *results)
@@ -306,7 +307,7 @@ class _Both:
 
 
 def _diff_options(tolerance: float, absolute: float, limit: int, ids: bool) -> Any:
-    return options_of("vrtkDiffOptions", tolerance, absolute, limit, ids)
+    return options_of("vrtkDiffOptions", tolerance, absolute, size_limit("limit", limit), ids)
 
 
 def diff(a: Scene, b: Scene, *, tolerance: float = 0.0, absolute: float = 0.0, limit: int = 0,
@@ -411,7 +412,7 @@ def catalogue_text(form: str = "text", part: str | None = None) -> str:
     """
     if form not in _FORMS:
         raise ValueError(f"a form is one of {', '.join(_FORMS)}, not {form!r}")
-    return text_of(long.vrtkCatalogue, _FORMS.index(form), None if part is None else part.encode())
+    return text_of(long.vrtkCatalogue, _FORMS.index(form), None if part is None else path_bytes(part))
 
 
 class CatalogueChange:

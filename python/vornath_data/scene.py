@@ -25,7 +25,7 @@ from . import _declarations
 from ._library import long, quick
 from ._objects import SceneClasses
 from ._records import Changes, GroupRecord, group_class
-from ._status import no_name, toolkit_error
+from ._status import bytes_of, no_name, path_bytes, toolkit_error
 from .catalogue import SCENE_DATA, Class, Slot, catalogue, snake_case
 from .errors import ClosedError, ConcurrentUseError, NoSuchObject, TypeMismatch
 from .values import Part, Value
@@ -1019,7 +1019,7 @@ class Scene(SceneClasses):
         options = _declarations.vrtkSaveOptions(ctypes.sizeof(_declarations.vrtkSaveOptions), not sync)
         error = ctypes.c_void_p()
         with self._exclusive(change=False) as pointer:
-            status = long.vrtkSceneSave(pointer, os.fsencode(path), ctypes.byref(options),
+            status = long.vrtkSceneSave(pointer, path_bytes(path), ctypes.byref(options),
                                         ctypes.byref(error))
         if status:
             raise toolkit_error(status, error)
@@ -1040,7 +1040,7 @@ class Scene(SceneClasses):
     @classmethod
     def from_bytes(cls, data: bytes) -> Scene:
         """Returns the scene of the bytes of a file, checked. Raises CheckError."""
-        return cls.open(bytes(data))
+        return cls.open(bytes_of(data))
 
     def copy(self) -> Scene:
         """Returns a scene with the same content, slots and ids. Raises ToolkitError for an object without

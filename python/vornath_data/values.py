@@ -20,7 +20,7 @@ from typing import Any, NoReturn, SupportsIndex
 from . import _declarations
 from ._layout import SCALARS, Array, Encoder, array_of, counted, merge_numbers, write_block
 from ._library import long, quick
-from ._status import no_name, nul_error, parse_error, take_string, value_error
+from ._status import bytes_of, no_name, nul_error, parse_error, take_string, value_error
 from .errors import Error, TypeMismatch
 from .types import Type
 
@@ -454,7 +454,7 @@ class Value(_Item):
         """Returns the value of a stream that to_bytes() wrote. The stream is checked before it is read.
         Raises CheckError for one that is damaged."""
         from ._streams import read_stream
-        return read_stream(bytes(data))
+        return read_stream(bytes_of(data))
 
     def __copy__(self) -> Value:
         return self.copy()
