@@ -337,3 +337,14 @@ def test_texture_coordinates_without_a_set_are_refused(scene):
         with pytest.raises(vd.TypeMismatch, match="texcoords"):
             scene.Mesh.add(positions=eye, triangles=[[0, 1, 2]], texcoords=np.zeros(shape, "f4"))
     assert scene.Mesh.add(positions=np.zeros((0, 3)), triangles=[], texcoords=np.zeros((1, 0, 2))).texcoords.shape == (1, 0, 2)
+
+
+def test_a_position_beyond_float_is_refused(scene):
+    eye = np.eye(3)
+    far = eye * 1e300
+    for parts in ({"positions": far}, {"positions": eye, "normals": far}, {"positions": eye, "tangents": -far},
+                  {"positions": eye, "texcoords": far[:, :2]}):
+        with pytest.raises(vd.OutOfRange, match=list(parts)[-1]):
+            scene.Mesh.add(triangles=[[0, 1, 2]], **parts)
+    kept = scene.Mesh.add(triangles=[[0, 1, 2]], positions=[[np.inf, np.nan, 1], [0, 0, 0], [1, 1, 1]])
+    assert kept.positions[0, 0] == np.inf and np.isnan(kept.positions[0, 1])

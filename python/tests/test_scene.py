@@ -500,3 +500,21 @@ def test_copies_and_pickles_are_equal_to_what_they_are_of(filled):
 def test_objects_are_indexed_by_slot_number_alone(scene, index):
     with pytest.raises(TypeError, match="Shape is indexed by slot number, not by"):
         scene.Shape[index]
+
+
+def test_names_that_do_not_exist_have_the_nearest_one(filled):
+    with pytest.raises(vd.UnknownName, match="has no 'position'; did you mean 'positions'"):
+        filled.Mesh[0].position
+    with pytest.raises(vd.UnknownName, match="has no 'txt'; did you mean 'text'"):
+        filled.CameraProgram[0].txt
+    with pytest.raises(vd.UnknownName, match="has no field 'near'; did you mean 'near_distance'"):
+        vd.catalogue().classes["Camera"].groups["General"].fields["near"]
+    assert vd.catalogue().classes["Camera"].groups["General"].fields.get("near") is None
+    for thing in (filled, filled.Camera[0], filled.Mesh[0], filled.CameraProgram[0], filled.groups,
+                  filled.Camera[0].general):
+        assert not hasattr(thing, "") and not hasattr(thing, "_other")
+        with pytest.raises(AttributeError):
+            setattr(thing, "", 1)
+    for use in (lambda: filled.Camera.column("General", 5), lambda: filled.Camera.column(5)):
+        with pytest.raises((TypeError, vd.UnknownName)):
+            use()

@@ -508,3 +508,76 @@ def test_an_edit_of_the_whole_leaves_what_others_wrote():
         array["t"][2] = ord("z")
     assert made.to_python() == {"t": b"abzd", "h": [1.5, 2.5], "p": [(4, 5, 6), (1, 2, 3)], "e": "B", "o": True,
                                 "s": {"x": 0x01000001, "m": [[1, 2], [3, 4]]}}
+
+
+@pytest.mark.parametrize("type,thing", [
+    ("int", np.array([1, 2, 3])), ("enum { A; B; }", np.array([0, 1])), ("float", np.array([1.0, 2.0])),
+    ("float", vd.Value("float[3]")), ("float", vd.Value("enum { A; B; }", "B")), ("float", vd.Value("{ float a; }")),
+    ("float3", np.array(5.0)), ("float[3]", np.array(5.0)), ("float[2,2]", [np.array(5.0), np.array(5.0)]), ("float", 1j),
+    ("int", vd.Value("float")), ("float", None), ("float3", 5), ("bool", np.array([True])),
+])
+def test_things_of_another_type_are_a_type_mismatch(type, thing):
+    made = vd.Value("{ %s a; }" % type)
+    for use in (lambda: made.__setitem__("a", thing), lambda: vd.Value(type, thing), lambda: made.update(a=thing)):
+        with pytest.raises(vd.TypeMismatch):
+            use()
+
+
+def test_a_number_beyond_every_float_is_out_of_range(scene):
+    camera = scene.Camera.add()
+    made = vd.Value("{ float a; float3 b; float[2] c; half d; }")
+    for use in (lambda: made.__setitem__("a", 10**400), lambda: made.__setitem__("b", (0, 0, 10**400)),
+                lambda: made.__setitem__("c", [0, -10**400]), lambda: made.__setitem__("d", 10**400),
+                lambda: setattr(camera.general, "near_distance", 10**400)):
+        with pytest.raises(vd.OutOfRange):
+            use()
+    assert made == vd.Value(made.type)
+
+
+def test_arguments_that_are_no_values_and_no_numbers_are_refused():
+    from vornath_data import limits
+    value = vd.Value("{ float a; float[3] b; }")
+    for use in (lambda: vd.coerce(None, "int"), lambda: limits.clamp({}, "int"), lambda: limits.outside(None, "int"),
+                lambda: limits.describe(None), lambda: limits.describe({}, "int"), lambda: value.equals(value, None),
+                lambda: value.equals(value, "x"), lambda: value.difference({}), lambda: vd.blackbody_rgb("x"),
+                lambda: vd.blackbody_rgb(None), lambda: vd.planck(500, None), lambda: vd.planck("x", 5000),
+                lambda: vd.planck([500, "x"], 5000)):
+        with pytest.raises(vd.TypeMismatch, match="expected"):
+            use()
+    for use in (lambda: value.type.field(None), lambda: value["b/--1"], lambda: value["b/\u00b2"],
+                lambda: vd.catalogue_text("text", 5)):
+        with pytest.raises(TypeError):
+            use()
+    for key in ("\u00b2/1", "a/--1", "--1.b"):
+        with pytest.raises((vd.UnknownName, TypeError)):
+            value[key]
+    assert value["b/-1"] == 0.0
+
+
+def test_an_array_of_empty_structs_takes_its_own_array():
+    made = vd.Value("{ }[2]")
+    assert vd.Value("{ }[2]", [{}, {}]) == made
+    assert vd.Value("{ }[2]", made.numpy()) == made
+
+
+@pytest.mark.parametrize("text", [
+    "true", "[ true, false, true ]", "{ a = true; b = 3; c = B : enum { A; B; }; d = 1.5h; }",
+    "[ { a = true; p = [ int3(1, 2, 3), int3(4, 5, 6) ]; }, { a = false; p = [ int3(7, 8, 9), int3(0, 0, -1) ]; } ]",
+    "[ int3(1, 2, 3), int3(4, 5, 6) ]", "{ v = float3(1.0, 2.0, 3.0); w = bool2(true, false); m = [ 1.0, 2.0 | 2, 1 ]; }",
+    "[ bool3(true, false, true) ]", "{ s = { s = { t = [ 65c, 0c ]; o = [ true, false ]; }; }; e = { }; }", "[ 1.5h ]",
+    "{ r = $0x0000000000000000; i = 1; }", "[ B : enum { A; B; }, A : enum { A; B; } ]",
+])
+def test_a_type_takes_its_own_array(text):
+    made = vd.Value.parse(text)
+    assert vd.Value(made.type, made.numpy()) == made
+    assert vd.Value(made.type, made.numpy().copy()) == made
+
+
+def test_other_arrays_are_no_bools_and_no_references():
+    made = vd.Value("{ bool[2] b; int* r; bool c; }", {"r": 5})
+    for array in (np.array([0, 1], "i4"), np.array([0, -1], "i8"), np.array([0.0, 1.0])):
+        with pytest.raises(vd.TypeMismatch):
+            made["b"] = array
+    with pytest.raises(vd.TypeMismatch, match="r: the word of a reference"):
+        made.value = made.numpy()
+    assert made["r"] == 5 and made["b"].to_python() == [False, False]

@@ -311,7 +311,7 @@ def check_number(type: Type, kind: str, thing: Any, path: str) -> Any:
     if isinstance(thing, numpy.ndarray):
         if plain_array(thing, path).ndim:
             refuse(type, thing, path)
-        thing = thing[()]
+        thing = thing != 0 if kind == "bool" and _are_flags(thing) else thing[()]
     if kind == "bool":
         if isinstance(thing, (bool, numpy.bool_)):
             return -1 if thing else 0
@@ -334,9 +334,14 @@ def check_number(type: Type, kind: str, thing: Any, path: str) -> Any:
 
 def _real(type: Type, kind: str, thing: Any, path: str) -> float:
     if not isinstance(thing, float):
-        if getattr(thing, "ndim", 0) or not (hasattr(thing, "__index__") or hasattr(thing, "__float__")):
+        if not (hasattr(thing, "__index__") or hasattr(thing, "__float__")):
             refuse(type, thing, path)
-        thing = float(thing)
+        try:
+            thing = float(thing)
+        except OverflowError:
+            raise OutOfRange(f"{path + ': ' if path else ''}the number is outside the range of {kind}") from None
+        except (TypeError, ValueError):
+            refuse(type, thing, path)
     try:
         struct.pack("<" + _CODES[kind], thing)
     except OverflowError:
@@ -412,7 +417,11 @@ class Encoder:
 
     def put_vector(self, type: Type, offset: int, thing: Any, path: str) -> None:
         base, lanes = type.base, type.lanes
-        if isinstance(thing, (str, bytes)) or not hasattr(thing, "__len__") or len(thing) != lanes:
+        if isinstance(thing, numpy.ndarray) and thing.dtype.names == ("lanes",) and not thing.ndim:
+            thing = thing["lanes"]
+        if base == "bool" and isinstance(thing, numpy.ndarray) and _are_flags(thing):
+            thing = thing != 0
+        if isinstance(thing, (str, bytes)) or _length(thing) != lanes:
             refuse(type, thing, path)
         from .types import Type as MakeType
         scalar = MakeType(base)
@@ -423,8 +432,13 @@ class Encoder:
     def put_struct(self, type: Type, offset: int, thing: Any, path: str) -> None:
         """Writes the fields of a mapping. What the mapping does not name stays as it is in the buffer."""
         fields = type.fields
-        if isinstance(thing, numpy.void) and thing.dtype.names:
-            thing = {name: thing[name] for name in thing.dtype.names}
+        if isinstance(thing, numpy.ndarray) and not thing.ndim:
+            thing = thing[()]
+        if isinstance(thing, numpy.void) and thing.dtype.names is not None:
+            thing = {name: _from_numpy(fields[name].type, thing[name], f"{path}/{name}" if path else name)
+                     if name in fields else thing[name] for name in thing.dtype.names}
+        elif isinstance(thing, tuple) and not thing and not fields:
+            thing = {}  # what an item of an array of empty structs is
         elif isinstance(thing, numpy.ndarray) and thing.ndim and _rows(type) == thing.shape:
             thing = dict(zip(fields, thing))
         if not isinstance(thing, Mapping):
@@ -447,6 +461,8 @@ class Encoder:
                                  f"{path + ': ' if path else ''}a text contains no NUL character")
             self.buffer[offset:offset + shape[0]] = data.ljust(shape[0], b"\0")
             return
+        if isinstance(thing, numpy.ndarray) and thing.dtype.names == ("lanes",) and element.kind == "vector":
+            thing = thing["lanes"]
         if isinstance(thing, numpy.ndarray) or (element.kind in SCALARS and element.kind != "enum"
                                                 and hasattr(thing, "__array_interface__")):
             if self.put_numpy(type, offset, plain_array(thing, path), path):
@@ -455,7 +471,7 @@ class Encoder:
 
     def put_items(self, type: Type, offset: int, thing: Any, path: str, extents: tuple[int, ...],
                   count: int) -> None:
-        if isinstance(thing, (str, bytes)) or not hasattr(thing, "__len__") or len(thing) != extents[0]:
+        if isinstance(thing, (str, bytes)) or _length(thing) != extents[0]:
             refuse(type, thing, path)
         element = type.element
         step = count // extents[0] if extents[0] else 0
@@ -470,7 +486,7 @@ class Encoder:
     def put_numpy(self, type: Type, offset: int, array: numpy.ndarray[Any, Any], path: str) -> bool:
         """Writes an array of numbers at once. Returns whether the type has such elements."""
         shape, strides, base = _array_form(type)
-        if base.names or type_leaf(type) in ("enum", "reference", "function"):
+        if base.names is not None or type_leaf(type) in ("enum", "reference", "function"):
             return False
         if array.shape != shape:
             refuse(type, array, path)
@@ -501,6 +517,30 @@ class Encoder:
             self.keep.append(block)
             word = block.address + 48
         struct.pack_into("<Q", self.buffer, offset, word)
+
+
+def _are_flags(array: Array) -> bool:
+    """Tells whether an array has bools as numpy() of a value gives them."""
+    return array.dtype == "<i4" and bool(((array == 0) | (array == -1)).all())
+
+
+def _from_numpy(type: Type, thing: Any, path: str) -> Any:
+    """Returns what a field of a structured array contains: a bool is 0 or -1 there, and a reference its word."""
+    if type.kind == "bool" and isinstance(thing, numpy.int32) and thing in (0, -1):
+        return thing != 0
+    if type.kind == "reference" and isinstance(thing, numpy.uint64):
+        if thing:
+            raise TypeMismatch(f"{path}: the word of a reference does not keep what it leads to; assign a Value")
+        return None
+    return thing
+
+
+def _length(thing: Any) -> int:
+    """Returns the number of items of a sequence, or -1; an array without dimensions has none."""
+    try:
+        return len(thing)
+    except TypeError:
+        return -1
 
 
 def _scalar_of(thing: Any) -> Any:
@@ -544,6 +584,8 @@ def store_numbers(target: numpy.ndarray[Any, Any], source: numpy.ndarray[Any, An
     """Copies numbers into an array of another type, and refuses those that do not fit."""
     where = f"{path}: " if path else ""
     allowed = {"float": "fiu", "half": "fiu", "int": "iu", "char": "iu", "enum": "iu", "bool": "b"}[kind]
+    if kind == "bool" and _are_flags(source):
+        source = source != 0
     if source.dtype.kind not in allowed:
         fail()
     if kind == "bool":

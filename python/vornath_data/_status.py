@@ -4,7 +4,7 @@ from __future__ import annotations
 import ctypes
 import difflib
 import os
-from collections.abc import Iterable
+from collections.abc import Iterable, Mapping
 from typing import Any, NoReturn
 
 from ._library import quick
@@ -134,6 +134,18 @@ def whole_number(name: str, thing: Any, low: int | None = None, high: int | None
     return number
 
 
+def real_number(name: str, thing: Any) -> float:
+    """Returns an argument that is a number."""
+    if isinstance(thing, (str, bytes, bool)) or not (hasattr(thing, "__float__") or hasattr(thing, "__index__")):
+        raise TypeMismatch(f"{name}: a number is expected, not {thing!r}")
+    try:
+        return float(thing)
+    except OverflowError:
+        raise OutOfRange(f"{name}: the number is outside the range of float") from None
+    except (TypeError, ValueError):
+        raise TypeMismatch(f"{name}: a number is expected, not {thing!r}") from None
+
+
 def size_limit(name: str, thing: Any) -> int:
     """Returns a number of bytes or of things, which C counts with 64 bits."""
     return whole_number(name, thing, 0, 2**64 - 1)
@@ -142,6 +154,17 @@ def size_limit(name: str, thing: Any) -> int:
 def bytes_of(data: Any) -> bytes:
     """Returns the bytes of a buffer; bytes() of a number would be as many zeros."""
     return bytes(memoryview(data))
+
+
+class Lookup(dict[str, Any]):
+    """A dict that names the nearest key if one is missing."""
+
+    def __init__(self, words: str, things: Mapping[str, Any]) -> None:
+        super().__init__(things)
+        self._words = words
+
+    def __missing__(self, key: str) -> Any:
+        raise UnknownName(f"{self._words} {key!r}{nearest(key, self)}")
 
 
 def nearest(name: object, names: Iterable[str]) -> str:

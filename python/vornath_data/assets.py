@@ -19,12 +19,13 @@ import atexit
 import ctypes
 import math
 import uuid
-from typing import TYPE_CHECKING, Any, TypeVar
+from functools import partial
+from typing import TYPE_CHECKING, Any, NoReturn, TypeVar
 
 import numpy
 
 from . import _declarations
-from ._layout import _Memory, plain_array
+from ._layout import _Memory, plain_array, store_numbers
 from ._library import quick
 from ._status import no_name, whole_number
 from .errors import OutOfRange, TypeMismatch
@@ -423,7 +424,10 @@ def _assemble(positions: Any, triangles: Any, normals: Any = None, tangents: Any
         return layout, owner, corners.ctypes.data
     layout._array = numpy.zeros(layout._words, "<u4")
     for name, array in parts.items():
-        getattr(layout, name)[...] = array
+        if name == "triangles":
+            layout.triangles[...] = array
+        else:
+            store_numbers(getattr(layout, name), array, "float", name, partial(_no_numbers, array, name))
     return layout, layout._array, layout._array.ctypes.data
 
 
@@ -459,12 +463,16 @@ def _bounds(array: Array) -> tuple[int, int]:
 def _numbers(thing: Any, name: str, shape: tuple[int | None, ...]) -> Array:
     array = plain_array(thing, name)
     if array.dtype.kind not in "fiu":
-        raise TypeMismatch(f"{name}: numbers are expected, not {array.dtype}")
+        _no_numbers(array, name)
     if array.ndim != len(shape) or any(want is not None and want != have
                                        for want, have in zip(shape, array.shape)):
         words = ", ".join("any number" if want is None else str(want) for want in shape)
         raise TypeMismatch(f"{name}: the shape ({words}) is expected, not {array.shape}")
     return array
+
+
+def _no_numbers(array: Array, name: str) -> NoReturn:
+    raise TypeMismatch(f"{name}: numbers are expected, not {array.dtype}")
 
 
 def _indices(thing: Any) -> Array:

@@ -118,9 +118,14 @@ class SceneObject:
 
     if not TYPE_CHECKING:
         def __setattr__(self, name: str, thing: Any) -> None:
-            if name[0] != "_":
+            if name[:1] != "_":
                 self._refuse_name(name, ())
             object.__setattr__(self, name, thing)
+
+        def __getattr__(self, name: str) -> Any:
+            if name[:1] == "_":
+                raise AttributeError(name)
+            no_name(f"a {self._class.name} has no", name, self._names())
 
     def _refuse_name(self, name: str, names: Iterable[str]) -> NoReturn:
         """Refuses an assignment to what is no attribute, or cannot be assigned to."""
@@ -129,7 +134,7 @@ class SceneObject:
         no_name(f"a {self._class.name} has no", name, [*names, *self._names()])
 
     def _names(self) -> list[str]:
-        return [name for name in object.__dir__(self) if name[0] != "_"]
+        return [name for name in object.__dir__(self) if name[:1] != "_"]
 
     def __eq__(self, other: object) -> bool:
         if not isinstance(other, SceneObject):
@@ -244,13 +249,13 @@ class Instance(SceneObject):
 
     if not TYPE_CHECKING:  # so that a type checker sees what is misspelt
         def __setattr__(self, name: str, thing: Any) -> None:
-            if name[0] == "_" or name in self._attributes:
+            if name[:1] == "_" or name in self._attributes:
                 object.__setattr__(self, name, thing)
             else:
                 self._refuse_name(name, self._attributes)
 
         def __getattr__(self, name: str) -> Any:
-            if name[0] == "_":
+            if name[:1] == "_":
                 raise AttributeError(name)
             no_name(f"a {self._class.name} has no", name, self._attributes)
 
@@ -970,7 +975,7 @@ class Scene(SceneClasses):
             classes = catalogue().classes
             if name in classes:
                 return Objects(self, classes[name])
-            if name[0] == "_":
+            if name[:1] == "_":
                 raise AttributeError(name)
             no_name("a scene has no", name, [*classes, *object.__dir__(self)])
 
@@ -1207,7 +1212,7 @@ class SceneGroups(Mapping[str, GroupRecord]):
         group._write(group._type, 0, thing, "")
 
     def __getattr__(self, name: str) -> GroupRecord:
-        if name[0] == "_":
+        if name[:1] == "_":
             raise AttributeError(name)
         return self._find(name)
 

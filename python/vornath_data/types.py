@@ -17,7 +17,7 @@ from collections.abc import Callable, Iterator, Mapping
 from typing import TYPE_CHECKING, Any, TypeVar
 
 from ._library import long, quick
-from ._status import no_name, nul_error, parse_error, take_string, value_error
+from ._status import Lookup, no_name, nul_error, parse_error, take_string, value_error
 from .errors import TypeMismatch
 
 if TYPE_CHECKING:
@@ -336,7 +336,7 @@ class Type:
             quick.vrntValueStructField(ctypes.byref(view), address, index)
             type = Type._own(quick.vrntTypeFieldType(address, index))
             fields[label] = Field(label, type, view.offset, index, self)
-        return fields
+        return Lookup("the struct has no field", fields)
 
     @property
     def arguments(self) -> tuple[Type, ...]:
@@ -378,6 +378,8 @@ class Type:
     def field(self, path: str) -> Field:
         """Returns a field by its path, such as "matrix.x" or "matrix/x", with its offset in the whole.
         Raises UnknownName."""
+        if not isinstance(path, str):
+            raise TypeError(f"a field is named by its path, not by {path!r}")
         offset = 0
         here: Type = self
         parent: Type = self

@@ -20,7 +20,7 @@ from typing import Any, NoReturn, SupportsIndex
 from . import _declarations
 from ._layout import SCALARS, Array, Encoder, array_of, counted, merge_numbers, write_block
 from ._library import long, quick
-from ._status import bytes_of, no_name, nul_error, parse_error, take_string, value_error
+from ._status import bytes_of, no_name, nul_error, parse_error, real_number, take_string, value_error
 from .errors import Error, TypeMismatch
 from .types import Type
 
@@ -81,7 +81,7 @@ class _Item:
         root, type, offset = self._place()
         if isinstance(key, str) and ("/" in key or "." in key):
             for part in key.replace("/", ".").split("."):
-                type, offset = _step(type, offset, int(part) if part.lstrip("-").isdigit() else part)
+                type, offset = _step(type, offset, int(part) if part.removeprefix("-").isdecimal() else part)
             return root, type, offset
         if isinstance(key, tuple):
             for part in key:
@@ -268,8 +268,8 @@ class _Item:
         return None if equal else reason
 
     def _compare(self, other: _Item, tolerance: float, explain: bool) -> tuple[bool, str]:
-        if not isinstance(other, _Item):
-            raise TypeError(f"a value is expected, not {other.__class__.__name__}")
+        require_value(other)
+        tolerance = real_number("tolerance", tolerance)
         root_a, type_a, offset_a = self._place()
         root_b, type_b, offset_b = other._place()
         if not type_a.is_equal(type_b):
@@ -577,6 +577,11 @@ def _codes_valid(item: _Item) -> bool:
     return True
 
 
+def require_value(thing: object) -> None:
+    if not isinstance(thing, _Item):
+        raise TypeMismatch(f"a Value is expected, not {thing.__class__.__name__}")
+
+
 def parse_value(text: str, type: Type | str | None = None) -> Value:
     """Returns the value of a text that a person typed.
 
@@ -607,6 +612,7 @@ def coerce(value: Value | Part, type: Type | str, *, lenient: bool = True) -> Va
     """
     type = type if isinstance(type, Type) else Type(type)
     type._require_concrete()
+    require_value(value)
     whole = value.copy() if isinstance(value, Part) else value
     block = whole._block.share()
     error = ctypes.c_void_p()
