@@ -139,7 +139,7 @@ def test_texts_in_groups_are_str(scene):
     (lambda c: setattr(c.general, "to_dict", 0.5), vd.UnknownName, "no field 'to_dict'"),
     (lambda c: c.general.__setitem__("near_distanc", 0.5), vd.UnknownName, "did you mean 'near_distance'"),
     (lambda c: setattr(c.transformation.matrix, "xx", (1, 2, 3, 4)), vd.UnknownName,
-     "Camera/0/groups/Transformation has no field 'xx'; did you mean 'x'?"),
+     "Camera/0/groups/Transformation/matrix has no field 'xx'; did you mean 'x'?"),
     (lambda c: setattr(c.transformation, "matrx", {}), vd.UnknownName, "did you mean 'matrix'"),
     (lambda c: c.groups.__setitem__("Genral", {}), vd.UnknownName, "did you mean 'General'"),
     (lambda c: c.slots.__setitem__("progam", None), vd.UnknownName, "did you mean 'program'"),
@@ -518,3 +518,68 @@ def test_names_that_do_not_exist_have_the_nearest_one(filled):
     for use in (lambda: filled.Camera.column("General", 5), lambda: filled.Camera.column(5)):
         with pytest.raises((TypeError, vd.UnknownName)):
             use()
+
+
+def test_errors_name_the_whole_address(scene):
+    shape = scene.Shape.add()
+    matrix = shape.transformation.matrix
+    where = "Shape/0/groups/Transformation/matrix"
+    for use in (lambda: setattr(matrix, "x", (1, 2, 3)), lambda: matrix.__setitem__("x", (1, 2, 3)),
+                lambda: matrix.update(x=(1, 2, 3))):
+        with pytest.raises(vd.TypeMismatch, match=f"^{where}/x: "):
+            use()
+    with pytest.raises(vd.TypeMismatch, match=f"^{where}/w/2: "):
+        matrix.w = (1, 2, "3", 4)
+    for use in (lambda: matrix.q, lambda: setattr(matrix, "q", 1), lambda: matrix.__delitem__("q")):
+        with pytest.raises(vd.UnknownName, match=f"^{where} has no field 'q'"):
+            use()
+    assert repr(matrix).startswith(where + " {")
+
+
+def test_the_path_of_every_part_of_a_group_leads_to_it(scene):
+    from vornath_data._records import Elements, Fields
+    def walk(thing, path):
+        found = 0
+        parts = thing if isinstance(thing, Fields) else range(len(thing))
+        for key in parts:
+            inner = thing[key]
+            if isinstance(inner, (Fields, Elements)):
+                assert inner._path() == f"{path}{key}/"
+                found += 1 + walk(inner, f"{path}{key}/")
+        return found
+    found = 0
+    for entry in vd.catalogue():
+        if entry.kind == "instance":
+            for group in scene[entry.name].add().groups.values():
+                found += walk(group, "")
+    found += sum(walk(group, "") for group in scene.groups.values())
+    assert found > 10
+
+
+def test_printing_does_not_fail(filled):
+    import threading
+    camera, shape, group = filled.Camera[0], filled.Shape[0], filled.LightGroup[0]
+    things = [camera, camera.general, shape.transformation.matrix, camera.groups, camera.slots, shape.slots,
+              group.emitters, filled.groups, filled.groups.raytracer, filled.groups["Cut planes"], filled.Camera,
+              filled.Mesh[0], filled.CameraProgram[0], filled]
+    arrays = [one for one in (thing[label] for thing in (filled.groups["Cut planes"],) for label in thing)]
+    things += arrays
+
+    def show(words):
+        for thing in things:
+            assert repr(thing) and str(thing)
+        assert words in repr(camera.general) and words in repr(group.emitters) and words in repr(filled.groups)
+
+    show("")
+    with filled._exclusive(change=False):
+        show("has not returned")
+        other = threading.Thread(target=show, args=("another thread",))
+        other.start()
+        other.join()
+        assert repr(filled) == "<Scene, in use>"
+    camera.remove()
+    assert "not in the scene any more" in repr(camera.general) and "removed" in repr(camera)
+    assert "not in the scene any more" in repr(camera.slots) and "not in the scene any more" in repr(camera.groups)
+    filled.close()
+    show("the scene is closed")
+    assert repr(camera.general) == "<Camera/0/groups/General: the scene is closed>"

@@ -210,7 +210,7 @@ def test_a_file_is_written_whole_or_not_at_all(tmp_path):
     with pytest.raises(vd.SaveError) as caught:
         vd.write_file(tmp_path / "none" / "a", b"")
     assert caught.value.code == "SAVE_NO_FOLDER"
-    with pytest.raises(vd.FileError):
+    with pytest.raises(vd.SaveError):
         vd.write_file(tmp_path, b"")
 
 
@@ -276,3 +276,16 @@ def test_a_number_is_no_bytes(tmp_path):
         with pytest.raises(TypeError):
             use()
     assert not list(tmp_path.iterdir())
+
+
+def test_a_place_that_cannot_be_written_raises_save_error(filled, tmp_path):
+    (tmp_path / "folder").mkdir()
+    for place in (tmp_path / "folder", tmp_path / "missing" / "x", "/dev/full", "/dev/null"):
+        for use in (lambda: filled.save(place), lambda: vd.write_file(place, b"x"), lambda: filled.to_json(place)):
+            try:
+                use()
+            except vd.SaveError as problem:
+                assert problem.code and str(place) in str(problem)
+            else:
+                raise AssertionError(place)
+    assert [one.name for one in tmp_path.iterdir()] == ["folder"]

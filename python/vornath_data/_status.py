@@ -79,6 +79,12 @@ def toolkit_error(status: int, error: ctypes.c_void_p) -> Error | MemoryError:
     return ToolkitError(message, code)
 
 
+def save_error(status: int, error: ctypes.c_void_p) -> Error | MemoryError:
+    """As toolkit_error(), for a call that writes a file: what is wrong with the file is why it is not saved."""
+    problem = toolkit_error(status, error)
+    return SaveError(str(problem), problem.code) if isinstance(problem, FileError) else problem
+
+
 def _place(error: ctypes.c_void_p) -> tuple[int | None, int | None, int | None]:
     from . import _declarations
     kind = getattr(_declarations, "vrtkTextPlace", None)

@@ -10,7 +10,7 @@ from typing import TYPE_CHECKING, Any
 
 from . import _declarations
 from ._library import long, quick
-from ._status import bytes_of, path_bytes, size_limit, take_toolkit_string, toolkit_error
+from ._status import bytes_of, path_bytes, save_error, size_limit, take_toolkit_string, toolkit_error
 from .errors import JsonError, JsonMessage
 
 if TYPE_CHECKING:
@@ -52,7 +52,7 @@ def write_file(path: str | os.PathLike[str], data: bytes | bytearray | memoryvie
     error = ctypes.c_void_p()
     status = long.vrtkFileSave(whole, len(whole), path_bytes(path), ctypes.byref(options), ctypes.byref(error))
     if status:
-        raise toolkit_error(status, error)
+        raise save_error(status, error)
 
 
 # JSON.
@@ -95,7 +95,7 @@ def export_json(scene: Scene, path: str | os.PathLike[str] | None, full: bool, i
         status = long.vrtkSceneExportFile(pointer, path_bytes(path), ctypes.byref(options),
                                           ctypes.byref(error))
     if status:
-        raise toolkit_error(status, error)
+        raise save_error(status, error)
     return None
 
 

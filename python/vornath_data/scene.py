@@ -24,8 +24,8 @@ from typing import TYPE_CHECKING, Any, Generic, NoReturn, TypeVar
 from . import _declarations
 from ._library import long, quick
 from ._objects import SceneClasses
-from ._records import Changes, GroupRecord, group_class
-from ._status import bytes_of, no_name, path_bytes, toolkit_error
+from ._records import Changes, GroupRecord, group_class, shown
+from ._status import bytes_of, no_name, path_bytes, save_error, toolkit_error
 from .catalogue import SCENE_DATA, Class, Slot, catalogue, snake_case
 from .errors import ClosedError, ConcurrentUseError, NoSuchObject, TypeMismatch
 from .values import Part, Value
@@ -153,11 +153,11 @@ class SceneObject:
 
     def __repr__(self) -> str:
         head = f"<{self._class.name} {self._index}"
-        if self._scene.closed:
-            return head + " of a closed scene>"
         try:
             self._check()
             text = self._describe()
+        except ClosedError:
+            return head + " of a closed scene>"
         except NoSuchObject:
             text = "removed"
         except ConcurrentUseError:
@@ -361,7 +361,7 @@ class Groups(Mapping[str, GroupRecord]):
         return groups_html(self)
 
     def __repr__(self) -> str:
-        return repr(self.to_dict())
+        return shown(f"groups of {self._object!r}", lambda: repr(self.to_dict()))
 
 
 class Slots(Mapping[str, Any]):
@@ -400,8 +400,8 @@ class Slots(Mapping[str, Any]):
         return list(self)
 
     def __repr__(self) -> str:
-        return repr({name: list(thing) if isinstance(thing, ReferenceList) else thing
-                     for name, thing in self.items()})
+        return shown(f"slots of {self._object!r}", lambda: repr(
+            {name: list(thing) if isinstance(thing, ReferenceList) else thing for name, thing in self.items()}))
 
 
 class Side:
@@ -553,7 +553,7 @@ class ReferenceList(MutableSequence[Any]):
     __hash__ = None  # type: ignore[assignment]
 
     def __repr__(self) -> str:
-        return repr(list(self))
+        return shown(f"{self._slot.name} of {self._object!r}", lambda: repr(list(self)))
 
 
 # Classes of objects with properties for their groups and slots.
@@ -758,7 +758,7 @@ class Objects(Generic[T]):
     def __repr__(self) -> str:
         if self._scene.closed:
             return f"<{self._class.name} objects of a closed scene>"
-        return f"<{len(self)} {self._class.name} objects>"
+        return shown(f"{self._class.name} objects", lambda: f"<{len(self)} {self._class.name} objects>")
 
     def __dir__(self) -> list[str]:
         return sorted(object.__dir__(self))
@@ -1027,7 +1027,7 @@ class Scene(SceneClasses):
             status = long.vrtkSceneSave(pointer, path_bytes(path), ctypes.byref(options),
                                         ctypes.byref(error))
         if status:
-            raise toolkit_error(status, error)
+            raise save_error(status, error)
 
     def to_bytes(self) -> bytes:
         """Returns the bytes of the scene's file."""
@@ -1169,8 +1169,11 @@ class Scene(SceneClasses):
             return "<Scene, closed>"
         if self._pointer is None:
             return "<Scene, in use>"
-        parts = [f"{len(objects)} {name}" for name, objects in self.classes.items() if objects]
-        return f"<Scene {self.id}: {', '.join(parts) or 'empty'}>"
+        try:
+            parts = [f"{len(objects)} {name}" for name, objects in self.classes.items() if objects]
+            return f"<Scene {self.id}: {', '.join(parts) or 'empty'}>"
+        except ConcurrentUseError:
+            return "<Scene, in use>"
 
     def __dir__(self) -> list[str]:
         return sorted({*object.__dir__(self), *catalogue().classes})
@@ -1247,7 +1250,7 @@ class SceneGroups(Mapping[str, GroupRecord]):
         return groups_html(self)
 
     def __repr__(self) -> str:
-        return repr({name: group.to_dict() for name, group in self.items()})
+        return shown("groups of the scene", lambda: repr(self.to_dict()))
 
 
 __all__ = ["Groups", "Instance", "Objects", "Program", "ReferenceList", "Scene", "SceneGroups", "SceneObject",
