@@ -581,3 +581,33 @@ def test_other_arrays_are_no_bools_and_no_references():
     with pytest.raises(vd.TypeMismatch, match="r: the word of a reference"):
         made.value = made.numpy()
     assert made["r"] == 5 and made["b"].to_python() == [False, False]
+
+
+def test_a_long_linked_list_becomes_python_objects():
+    made = vd.Value("{ int b; void* next; }", {"b": 0})
+    for number in range(1, 5000):
+        made = vd.Value(made.type, {"b": number, "next": made})
+    found, count = made.to_python(), 0
+    assert found["b"] == 4999
+    while found["next"] is not None:
+        found, count = found["next"]["to"], count + 1
+    assert (count, found) == (4999, {"b": 0, "next": None})
+
+
+@pytest.mark.parametrize("depth", [39, 40, 41, 81, 200, 300])
+def test_deeply_nested_structs_become_python_objects(depth):
+    text = "{ int p; { float3 v; char[3] t; int[2] s; int* r; } a; }"
+    for number in range(depth):
+        text = "{ char c; %s a; int b; }" % text
+    made = vd.Value(text)
+    place = "/".join(["a"] * (depth + 1))
+    made[place] = {"v": (1, 2, 3), "t": b"xyz", "s": [7, 8], "r": 5}
+    made["b"] = 9
+    found = made.to_python()
+    assert found["b"] == 9
+    for _ in range(depth + 1):
+        found = found["a"]
+    assert found == {"v": (1, 2, 3), "t": b"xyz", "s": [7, 8], "r": {"to": 5}}
+    with pytest.raises(vd.TypeMismatch, match="contains references"):
+        made["a"].edit().__enter__()
+    assert made["a"].numpy().dtype.itemsize == made["a"].type.size

@@ -71,8 +71,34 @@ class Layout:
         type of each reference."""
         return self._make(self.struct.unpack_from(buffer, offset), source, offset)
 
+    def decode_at(self, data: bytes, source: Any, offset: int) -> Any:
+        """Returns the Python object of bytes that lie at an offset of the whole."""
+        return self._make(self.struct.unpack(data), source, offset)
+
     def make(self, numbers: tuple[Any, ...], source: Any, offset: int) -> Any:
         return self._make(numbers, source, offset)
+
+
+_DEPTH = 40  # Python's compiler takes 200 nested brackets; structs that are deeper have a layout of their own.
+
+
+def make_layout(type: Type) -> Layout:
+    """Returns the layout of a type. Makes those of its parts first, from the innermost on, without recursion."""
+    stack, found = [(type, 0)], [type]
+    while stack:
+        here, depth = stack.pop()
+        if here.kind == "array":
+            inner = [(here.element, 0)]
+        else:
+            inner = [(field.type, (depth + 1) % _DEPTH) for field in here.fields.values()]
+        for part, at in inner:
+            if part.kind in ("struct", "array"):
+                stack.append((part, at))
+                if not at:
+                    found.append(part)
+    for one in reversed(found):
+        layout: Layout = one._kept("layout", partial(Layout, one))
+    return layout
 
 
 class _Writer:
@@ -103,9 +129,15 @@ class _Writer:
         self.names[label] = thing
         return label
 
-    def part(self, type: Type, offset: int) -> str:
+    def part(self, type: Type, offset: int, depth: int = 0) -> str:
         self.pad(offset)
         kind = type.kind
+        if kind == "struct" and depth == _DEPTH:
+            layout = type._layout
+            first, _ = self.take(1, "s", type.size)
+            self.format[-1] = f"{type.size}s"
+            self.has_references = self.has_references or layout.has_references
+            return f"{self.name(layout.decode_at)}(t[{first}], source, offset + {offset})"
         if kind in SCALARS:
             first, _ = self.take(1, _CODES[kind], type.size)
             if kind == "bool":
@@ -121,7 +153,7 @@ class _Writer:
                 return f"tuple([x != 0 for x in t[{first}:{end}]])"
             return f"t[{first}:{end}]"
         if kind == "struct":
-            parts = [f"{field.label!r}: {self.part(field.type, offset + field.offset)}"
+            parts = [f"{field.label!r}: {self.part(field.type, offset + field.offset, depth + 1)}"
                      for field in type.fields.values()]
             self.pad(offset + type.size)
             return "{" + ", ".join(parts) + "}"

@@ -447,9 +447,11 @@ class Type:
 
     @property
     def _layout(self) -> Layout:
-        from ._layout import Layout
-        layout: Layout = self._kept("layout", lambda: Layout(self))
-        return layout
+        try:
+            return self._cache["layout"]  # type: ignore[no-any-return]
+        except KeyError:
+            from ._layout import make_layout
+            return make_layout(self)
 
     @property
     def dtype(self) -> numpy.dtype[Any]:

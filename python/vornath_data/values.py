@@ -175,9 +175,13 @@ class _Item:
         array of chars bytes, an enum its label, and a reference what it leads to, in a dict
         {"to": ...}, or None."""
         root, type, offset = self._place()
-        block = root._block
-        buffer = (ctypes.c_char * root.type.size).from_address(block.address + _HEADER)
-        return type._layout.decode(buffer, offset, lambda at, kind: _follow(block, kind, at))
+        # What references lead to is read afterwards, and not within: a linked list may be long.
+        pending: list[tuple[dict[str, Any], Value]] = []
+        found = root._decode(type, offset, pending)
+        while pending:
+            place, target = pending.pop()
+            place["to"] = target._decode(target.type, 0, pending)
+        return found
 
     def numpy(self) -> Array:
         """Returns a read-only NumPy array over the bytes, without a copy: of numbers for a scalar, a
@@ -386,6 +390,21 @@ class Value(_Item):
     def _place(self) -> tuple[Value, Type, int]:
         return self, self.type, 0
 
+    def _decode(self, type: Type, offset: int, pending: list[tuple[dict[str, Any], Value]]) -> Any:
+        """Returns a place as Python objects, and adds the references to follow, with the dict for each."""
+        block = self._block
+
+        def follow(at: int, kind: Type) -> Any:
+            target = _target(block, kind, at)
+            if not isinstance(target, Value):
+                return target
+            place: dict[str, Any] = {"to": None}
+            pending.append((place, target))
+            return place
+
+        buffer = (ctypes.c_char * self.type.size).from_address(block.address + _HEADER)
+        return type._layout.decode(buffer, offset, follow)
+
     def _bytes(self, offset: int, size: int) -> bytes:
         """Returns bytes of the value as it is now."""
         block = self._block
@@ -557,11 +576,6 @@ def _target(block: Block, type: Type, offset: int) -> Value | ForeignAddress | N
         return ForeignAddress(word >> 1)
     view = _View(type._handle.address, offset)
     return Value._own(quick.vrntValueDereference(block.address, ctypes.byref(view)))
-
-
-def _follow(block: Block, type: Type, offset: int) -> Any:
-    target = _target(block, type, offset)
-    return {"to": target.to_python()} if isinstance(target, Value) else target
 
 
 def _path_text(key: Any) -> str:
