@@ -583,3 +583,27 @@ def test_printing_does_not_fail(filled):
     filled.close()
     show("the scene is closed")
     assert repr(camera.general) == "<Camera/0/groups/General: the scene is closed>"
+
+
+def test_numbers_of_numpy_are_slots_and_json(filled):
+    import numpy as np
+    assert np.int64(0) in filled.Camera and np.uint8(1) not in filled.Shape and np.int32(2) in filled.Shape
+    assert 0.0 not in filled.Camera and np.float32(0) not in filled.Camera and np.array([0]) not in filled.Camera
+    assert True not in filled.Shape and None not in filled.Shape and -1 not in filled.Shape
+    filled.set("Camera/0/groups/General/near_distance", np.float32(0.75))
+    filled.set("Camera/0/groups/General/shutter_open", np.array(0.125))
+    assert filled.Camera[0].general.near_distance == 0.75 and filled.Camera[0].general.shutter_open == 0.125
+    filled.set("Shape/0/groups/Transformation/matrix", {"w": np.array([1.0, 2.0, 3.0, 1.0])})
+    assert filled.Shape[0].transformation.matrix.w == (1, 2, 3, 1)
+    for wrong in (object(), np.array([1j]), np.datetime64("2026-01-01"), np.ma.array([1.0], mask=[True])):
+        with pytest.raises(TypeError):
+            filled.set("Camera/0/groups/General/near_distance", wrong)
+
+
+def test_an_address_is_no_number_in_a_group(scene):
+    camera = scene.Camera.add()
+    for group, name in ((camera.general, "near_distance"), (camera.backplate, "mode")):
+        before = group.to_dict()
+        with pytest.raises(vd.TypeMismatch):
+            setattr(group, name, vd.ForeignAddress(1))
+        assert group.to_dict() == before

@@ -611,3 +611,30 @@ def test_deeply_nested_structs_become_python_objects(depth):
     with pytest.raises(vd.TypeMismatch, match="contains references"):
         made["a"].edit().__enter__()
     assert made["a"].numpy().dtype.itemsize == made["a"].type.size
+
+
+@pytest.mark.parametrize("type,expected", [
+    ("float[0,3]", [[], [], []]), ("float[3,0]", []), ("float[0]", []), ("float[2,0,2]", [[], []]),
+    ("char[0,2]", [[], []]), ("{ int a; float[0,2] b; }", {"a": 0, "b": [[], []]}), ("float[0][2]", [[], []]),
+])
+def test_arrays_without_elements_have_their_lists(type, expected):
+    made = vd.Value(type)
+    assert made.to_python() == expected and vd.Value(type, expected) == made
+    if isinstance(expected, list):
+        assert len(made) == len(expected)
+
+
+def test_an_array_of_countless_empty_lists_is_refused():
+    with pytest.raises(vd.OutOfRange, match="too many empty lists"):
+        vd.Value("float[0,2147483647]").to_python()
+
+
+@pytest.mark.parametrize("type", ["int", "float", "half", "char", "bool", "enum { A; B; }", "float[1]", "int2"])
+def test_an_address_is_no_number(type):
+    address = vd.ForeignAddress(1)
+    made = vd.Value("{ %s a; void* r; }" % type)
+    for thing in (address, [address], [address, address]):
+        with pytest.raises(vd.TypeMismatch):
+            made["a"] = thing
+    made["r"] = address
+    assert made["r"] == address

@@ -168,8 +168,10 @@ class _Writer:
         return f"t[{first}:{end}]"
 
     def array(self, type: Type, offset: int) -> str:
-        if not type.concrete or type.size == 0:
+        if not type.concrete:
             return "[]"
+        if type.size == 0:
+            return f"{self.name(_empty_lister(type))}()"
         shape, element = type.shape, type.element
         counted(type)
         first, _ = self.take(1, "s", type.size)
@@ -190,6 +192,27 @@ def _labeller(labels: tuple[str, ...]) -> Callable[[int], str | int]:
 
 def _text(data: bytes) -> str:
     return data.partition(b"\0")[0].decode("utf-8", "replace")
+
+
+_LISTS = 1 << 20  # of lists that are empty; those of a type with more would fill the memory
+
+
+def _empty_lister(type: Type) -> Callable[[], list[Any]]:
+    """Returns what makes the lists of an array without elements: as many as its last extents say."""
+    whole: tuple[int, ...] = ()
+    text = type.stripped.text
+    while type.kind == "array":
+        whole += type.shape[::-1]
+        type = type.element
+
+    def make(extents: tuple[int, ...]) -> list[Any]:
+        return [make(extents[1:]) for _ in range(extents[0])] if extents[0] and len(extents) > 1 else []
+
+    def read() -> list[Any]:
+        if math.prod(whole[:whole.index(0)]) > _LISTS:
+            raise OutOfRange(f"the {text} has no elements, and is too many empty lists")
+        return make(whole)
+    return read
 
 
 def _lister(layout: Layout, shape: tuple[int, ...]) -> Callable[..., list[Any]]:
@@ -294,6 +317,8 @@ def type_text_of(thing: Any) -> str | None:
         return thing.type.text
     if isinstance(thing, (bool, numpy.bool_)):
         return "bool"
+    if _is_address(thing):
+        return None
     if isinstance(thing, (int, numpy.integer)):
         return "int"
     if isinstance(thing, numpy.float16):
@@ -350,7 +375,7 @@ def check_number(type: Type, kind: str, thing: Any, path: str) -> Any:
         refuse(type, thing, path)
     if kind == "enum":
         return _enum_code(type, thing, path)
-    if isinstance(thing, (bool, numpy.bool_, str, bytes)):
+    if isinstance(thing, (bool, numpy.bool_, str, bytes)) or _is_address(thing):
         refuse(type, thing, path)
     if kind in ("float", "half"):
         return _real(type, kind, thing, path)
@@ -392,7 +417,7 @@ def _enum_code(type: Type, thing: Any, path: str) -> int:
         if thing in labels:
             return labels.index(thing)
         no_name(f"{path + ': ' if path else ''}the enum has no label", thing, labels)
-    if isinstance(thing, (bool, numpy.bool_, float)) or not hasattr(thing, "__index__"):
+    if isinstance(thing, (bool, numpy.bool_, float)) or not hasattr(thing, "__index__") or _is_address(thing):
         refuse(type, thing, path)
     code = int(thing.__index__())
     if not 0 <= code < len(labels):
@@ -565,6 +590,11 @@ def _from_numpy(type: Type, thing: Any, path: str) -> Any:
             raise TypeMismatch(f"{path}: the word of a reference does not keep what it leads to; assign a Value")
         return None
     return thing
+
+
+def _is_address(thing: Any) -> bool:
+    from .values import ForeignAddress
+    return isinstance(thing, ForeignAddress)
 
 
 def _length(thing: Any) -> int:

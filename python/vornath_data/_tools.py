@@ -8,7 +8,10 @@ import sys
 from collections.abc import Iterator
 from typing import TYPE_CHECKING, Any
 
+import numpy
+
 from . import _declarations
+from ._layout import plain_array
 from ._library import long, quick
 from ._status import bytes_of, path_bytes, save_error, size_limit, take_toolkit_string, toolkit_error
 from .errors import JsonError, JsonMessage
@@ -117,13 +120,20 @@ def build_scene(source: Any, asset_folder: str | os.PathLike[str] | None, max_me
     return scene.value
 
 
+def plain_json(thing: Any) -> Any:
+    """Returns numbers and arrays of NumPy as JSON has them."""
+    if isinstance(thing, (numpy.generic, numpy.ndarray)) and thing.dtype.kind in "biuf":
+        return plain_array(thing, "JSON").tolist()
+    raise TypeError(f"a {thing.__class__.__name__} is not in the JSON form of a scene")
+
+
 def json_bytes(source: Any) -> bytes:
     """Returns a JSON text of a text, bytes or Python objects."""
     if isinstance(source, (bytes, bytearray, memoryview)):
         return bytes(source)
     if isinstance(source, str):
         return source.encode()
-    return json.dumps(source).encode()
+    return json.dumps(source, default=plain_json).encode()
 
 
 def get_json(scene: Scene, address: str) -> str:

@@ -695,10 +695,13 @@ class Objects(Generic[T]):
     def __contains__(self, thing: object) -> bool:
         if isinstance(thing, SceneObject):
             return thing._scene is self._scene and thing._class is self._class and thing.valid
-        if isinstance(thing, int) and not isinstance(thing, bool):
-            return 0 <= thing < 2**31 and bool(
-                self._scene._call(_valid, self._class.number, thing))
-        return False
+        if isinstance(thing, bool):
+            return False
+        try:
+            slot = operator.index(thing)  # type: ignore[arg-type]
+        except TypeError:
+            return False
+        return 0 <= slot < 2**31 and bool(self._scene._call(_valid, self._class.number, slot))
 
     def add(self, *arguments: Any, **things: Any) -> T:
         """Adds an object and returns it. The lowest free slot is used.
@@ -1124,8 +1127,8 @@ class Scene(SceneClasses):
         """
         import json
 
-        from ._tools import set_json
-        set_json(self, address, json.dumps(thing), limits, asset_folder)
+        from ._tools import plain_json, set_json
+        set_json(self, address, json.dumps(thing, default=plain_json), limits, asset_folder)
         parts = address.split("/")
         if thing is None and len(parts) == 2 and parts[0] in catalogue().classes and parts[1].isdigit():
             key = catalogue().classes[parts[0]].number, int(parts[1])
