@@ -254,7 +254,8 @@ def test_bytes_come_from_buffers_and_lists_of_their_numbers(scene):
     for thing, expected in (([1, 2, 255], b"\1\2\xff"), ((), b""), (array.array("h", [1, 2]), b"\1\0\2\0"),
                             (memoryview(b"abcd")[::2], b"ac"), (bytearray(b"ab"), b"ab"),
                             (np.array([1], "f8"), b"\0\0\0\0\0\0\xf0\x3f"), (np.array([b"xy"]), b"xy"),
-                            (np.arange(6, dtype="u1").reshape(2, 3).T, b"\0\3\1\4\2\5"), (np.float32(1), b"\0\0\x80\x3f")):
+                            (np.arange(6, dtype="u1").reshape(2, 3).T, b"\0\3\1\4\2\5"),
+                            (np.float32(1), b"\0\0\x80\x3f")):
         assert scene.MaterialGraph.add(thing).bytes.tobytes() == expected
 
 
@@ -304,7 +305,8 @@ def test_the_words_of_a_layout_stay_what_they_are(scene):
 
 def test_counts_and_extents_are_whole_numbers_in_their_range(scene):
     for wrong in (1.5, "1", None, True, np.float32(1), 1 + 0j):
-        for call in (lambda: vd.MeshLayout(wrong, 2), lambda: vd.MeshLayout(1, wrong), lambda: vd.MeshLayout(1, 2, wrong),
+        for call in (lambda: vd.MeshLayout(wrong, 2), lambda: vd.MeshLayout(1, wrong),
+                     lambda: vd.MeshLayout(1, 2, wrong),
                      lambda: vd.MeshLayout(1, 2, flags=wrong),
                      lambda: scene.Mesh.add(b"", triangles=wrong, vertices=3),
                      lambda: scene.MaterialGraph.add(b"abc", root_offset=wrong),
@@ -312,7 +314,8 @@ def test_counts_and_extents_are_whole_numbers_in_their_range(scene):
             with pytest.raises(vd.TypeMismatch, match="an integer is expected"):
                 call()
     for wrong in (-1, 2**31, 2**32, 2**64):
-        for call in (lambda: vd.MeshLayout(wrong, 2), lambda: scene.Texture.add(b"abc", format="SL8", width=wrong, height=1),
+        for call in (lambda: vd.MeshLayout(wrong, 2),
+                     lambda: scene.Texture.add(b"abc", format="SL8", width=wrong, height=1),
                      lambda: scene.Texture.add(b"abc", format="SL8", width=1, height=1, depth=wrong),
                      lambda: scene.MaterialGraph.add(b"abc", root_offset=wrong)):
             with pytest.raises(vd.OutOfRange):
@@ -336,7 +339,8 @@ def test_texture_coordinates_without_a_set_are_refused(scene):
     for shape in ((0, 3, 2), (0, 2), (1, 2, 2), (0,), ()):
         with pytest.raises(vd.TypeMismatch, match="texcoords"):
             scene.Mesh.add(positions=eye, triangles=[[0, 1, 2]], texcoords=np.zeros(shape, "f4"))
-    assert scene.Mesh.add(positions=np.zeros((0, 3)), triangles=[], texcoords=np.zeros((1, 0, 2))).texcoords.shape == (1, 0, 2)
+    empty = scene.Mesh.add(positions=np.zeros((0, 3)), triangles=[], texcoords=np.zeros((1, 0, 2)))
+    assert empty.texcoords.shape == (1, 0, 2)
 
 
 def test_a_position_beyond_float_is_refused(scene):

@@ -258,7 +258,8 @@ def test_paths_with_nul_are_refused(filled, tmp_path):
 
 def test_limits_are_whole_numbers_of_64_bits(filled):
     data, document = filled.to_bytes(), filled.to_json_text()
-    for wrong, error in ((-1, vd.OutOfRange), (2**64, vd.OutOfRange), (2**64 + 1, vd.OutOfRange), (1.5, vd.TypeMismatch),
+    for wrong, error in ((-1, vd.OutOfRange), (2**64, vd.OutOfRange), (2**64 + 1, vd.OutOfRange),
+                         (1.5, vd.TypeMismatch),
                          (None, vd.TypeMismatch), ("1", vd.TypeMismatch)):
         for use in (lambda: vd.check(data, max_memory=wrong), lambda: vd.check(data, max_messages=wrong),
                     lambda: vd.Scene.open(data, max_memory=wrong), lambda: vd.Scene.open(data, max_messages=wrong),
@@ -271,7 +272,8 @@ def test_limits_are_whole_numbers_of_64_bits(filled):
 
 
 def test_a_number_is_no_bytes(tmp_path):
-    for use in (lambda: vd.write_file(tmp_path / "x", 10), lambda: vd.Scene.from_bytes(5), lambda: vd.Value.from_bytes(5),
+    for use in (lambda: vd.write_file(tmp_path / "x", 10), lambda: vd.Scene.from_bytes(5),
+                lambda: vd.Value.from_bytes(5),
                 lambda: vd.write_file(1, b"x"), lambda: vd.check(0)):
         with pytest.raises(TypeError):
             use()

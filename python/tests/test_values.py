@@ -513,7 +513,8 @@ def test_an_edit_of_the_whole_leaves_what_others_wrote():
 @pytest.mark.parametrize("type,thing", [
     ("int", np.array([1, 2, 3])), ("enum { A; B; }", np.array([0, 1])), ("float", np.array([1.0, 2.0])),
     ("float", vd.Value("float[3]")), ("float", vd.Value("enum { A; B; }", "B")), ("float", vd.Value("{ float a; }")),
-    ("float3", np.array(5.0)), ("float[3]", np.array(5.0)), ("float[2,2]", [np.array(5.0), np.array(5.0)]), ("float", 1j),
+    ("float3", np.array(5.0)), ("float[3]", np.array(5.0)), ("float[2,2]", [np.array(5.0), np.array(5.0)]),
+    ("float", 1j),
     ("int", vd.Value("float")), ("float", None), ("float3", 5), ("bool", np.array([True])),
 ])
 def test_things_of_another_type_are_a_type_mismatch(type, thing):
@@ -563,7 +564,8 @@ def test_an_array_of_empty_structs_takes_its_own_array():
 @pytest.mark.parametrize("text", [
     "true", "[ true, false, true ]", "{ a = true; b = 3; c = B : enum { A; B; }; d = 1.5h; }",
     "[ { a = true; p = [ int3(1, 2, 3), int3(4, 5, 6) ]; }, { a = false; p = [ int3(7, 8, 9), int3(0, 0, -1) ]; } ]",
-    "[ int3(1, 2, 3), int3(4, 5, 6) ]", "{ v = float3(1.0, 2.0, 3.0); w = bool2(true, false); m = [ 1.0, 2.0 | 2, 1 ]; }",
+    "[ int3(1, 2, 3), int3(4, 5, 6) ]",
+    "{ v = float3(1.0, 2.0, 3.0); w = bool2(true, false); m = [ 1.0, 2.0 | 2, 1 ]; }",
     "[ bool3(true, false, true) ]", "{ s = { s = { t = [ 65c, 0c ]; o = [ true, false ]; }; }; e = { }; }", "[ 1.5h ]",
     "{ r = $0x0000000000000000; i = 1; }", "[ B : enum { A; B; }, A : enum { A; B; } ]",
 ])

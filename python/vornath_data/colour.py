@@ -130,14 +130,15 @@ def spectrum(samples: Any, *, step: float | None = None) -> Value:
     value = spectrum_type().default()
     if isinstance(samples, (bool, numpy.bool_)):
         raise TypeMismatch("a spectrum is a number, three numbers or pairs, and not a bool")
-    if isinstance(samples, (int, float, numpy.integer, numpy.floating)):
+    number = int, float, numpy.integer, numpy.floating
+    if isinstance(samples, number):
         value.update(encoding="LUMINANCE", spectrum=[float(samples)])
         return value
     if isinstance(samples, numpy.ndarray):
         plain = bool(samples.ndim == 1 and len(samples) == 3)
     else:
         samples = samples if isinstance(samples, dict) else list(samples)
-        plain = len(samples) == 3 and all(isinstance(one, (int, float, numpy.integer, numpy.floating)) for one in samples)
+        plain = len(samples) == 3 and all(isinstance(one, number) for one in samples)
     if plain:
         value.update(encoding="RGB", spectrum=[float(one) for one in samples])
         return value
