@@ -260,11 +260,10 @@ class GroupRecord(Fields):
         if copy.block is None:
             block = Block(address)
             buffer = (ctypes.c_char * self._type.size).from_address(address + 48)
-            # The handler of a signal may raise at any call: `block` last, which says that the others are there.
-            copy.arguments = (ctypes.byref(_declarations.vrtkGroupPlace(
+            arguments = (ctypes.byref(_declarations.vrtkGroupPlace(
                 pointer.value, address, number, copy.index, group)),)
-            copy.buffer = buffer
-            copy.block = block
+            # The handler of a signal may raise at any call: all or nothing is kept.
+            copy.arguments, copy.buffer, copy.block = arguments, buffer, block
         else:
             ctypes.memmove(copy.buffer, address + 48, self._type.size)
             _destroy(address)
