@@ -234,3 +234,121 @@ def test_an_array_of_a_texture_can_become_another_texture(scene):
     scene.close()
     gc.collect()
     assert second.pixels.ctypes.data == address and second.pixels.sum() == 12
+
+
+@pytest.mark.parametrize("thing", [
+    None, object(), "abc", 5, [object()] * 100, [None] * 6, ["a"] * 6, [256] * 6, [-1] * 6, [1.5] * 6, [[1, 2], [3]],
+    np.array([None] * 100), np.array(["abc"] * 100), np.array(["2026-01-01"] * 100, "M8[D]"),
+    np.zeros(100, [("a", "i4"), ("b", "O")]), np.zeros(100, "m8[s]"), np.ma.array(np.zeros(400, "u1"), mask=True),
+], ids=lambda thing: repr(thing)[:20])
+def test_what_has_no_bytes_becomes_no_asset(scene, thing):
+    for add in (lambda: scene.MaterialGraph.add(thing), lambda: scene.Mesh.add(thing, triangles=1, vertices=3),
+                lambda: scene.Texture.add(thing, format="SL8", width=1, height=6)):
+        with pytest.raises(TypeError if thing is None else vd.TypeMismatch):
+            add()
+    assert len(scene) == 0
+
+
+def test_bytes_come_from_buffers_and_lists_of_their_numbers(scene):
+    import array
+    for thing, expected in (([1, 2, 255], b"\1\2\xff"), ((), b""), (array.array("h", [1, 2]), b"\1\0\2\0"),
+                            (memoryview(b"abcd")[::2], b"ac"), (bytearray(b"ab"), b"ab"),
+                            (np.array([1], "f8"), b"\0\0\0\0\0\0\xf0\x3f"), (np.array([b"xy"]), b"xy"),
+                            (np.arange(6, dtype="u1").reshape(2, 3).T, b"\0\3\1\4\2\5"),
+                            (np.float32(1), b"\0\0\x80\x3f")):
+        assert scene.MaterialGraph.add(thing).bytes.tobytes() == expected
+
+
+def test_masked_arrays_are_refused(scene):
+    """Nothing in a scene says that an element has no value."""
+    hidden = np.ma.array(np.zeros((3, 3), "f4"), mask=np.eye(3))
+    corner = np.ma.array([[0, 1, 2]], mask=[[0, 0, 1]])
+    shape = scene.Shape.add()
+    value = vd.Value("{ int[3] a; float b; int c; float3 d; float[3,3] e; enum { A; B; } f; }")
+    eye = np.eye(3, dtype="f4")
+    for use in (lambda: scene.Mesh.add(positions=hidden, triangles=[[0, 1, 2]]),
+                lambda: scene.Mesh.add(positions=eye, triangles=corner),
+                lambda: scene.Mesh.add(positions=eye, triangles=[[0, 1, 2]], normals=hidden),
+                lambda: scene.Mesh.add(positions=eye, triangles=[[0, 1, 2]], texcoords=hidden[:, :2]),
+                lambda: scene.Texture.add(np.ma.array(np.zeros((2, 2, 3), "u1"), mask=True), format="SRGB8"),
+                lambda: scene.Shape.set_column("Target", "tag", np.ma.array([1], mask=[True])),
+                lambda: scene.Shape.set_column("Transformation", "matrix", np.ma.array(np.eye(4), mask=np.eye(4))),
+                lambda: setattr(shape.transformation, "matrix", np.ma.array(np.eye(4), mask=np.eye(4))),
+                lambda: value.__setitem__("a", np.ma.array([1, 2, 3], mask=[1, 0, 0])),
+                lambda: value.__setitem__("a", [1, np.ma.masked, 3]),
+                lambda: value.__setitem__("b", np.ma.masked), lambda: value.__setitem__("c", np.ma.masked),
+                lambda: value.__setitem__("d", np.ma.array([1, 2, 3], mask=[1, 0, 0])),
+                lambda: value.__setitem__("d", [1, np.ma.masked, 3]), lambda: value.__setitem__("e", hidden),
+                lambda: value.__setitem__("f", np.ma.masked)):
+        with pytest.raises(vd.TypeMismatch, match="masked"):
+            use()
+    assert value == vd.Value(value.type) and len(scene.Mesh) == len(scene.Texture) == 0
+
+
+def test_the_words_of_a_layout_stay_what_they_are(scene):
+    """An array in their place could be shorter than its mesh, or have another order of bytes."""
+    layout = vd.MeshLayout(triangles=1, vertices=3)
+    for other in (layout.words[:2], layout.words[::-1], np.zeros(1000, ">u4"), None):
+        with pytest.raises(AttributeError):
+            layout.words = other
+    words = layout.words
+    words.dtype = "u1"
+    words.shape = 9, 4, -1
+    with pytest.raises(ValueError):
+        layout.words.resize((1,), refcheck=False)
+    layout.words[0] = 7
+    assert layout.words.dtype == np.uint32 and layout.words.shape == (3 + 27 + 6,)
+    layout.triangles[0] = 0, 1, 2
+    mesh = scene.Mesh.add(layout)
+    assert mesh.triangles.tolist() == [[0, 1, 2]] and mesh.bytes.ctypes.data == layout.words.ctypes.data
+
+
+def test_counts_and_extents_are_whole_numbers_in_their_range(scene):
+    for wrong in (1.5, "1", None, True, np.float32(1), 1 + 0j):
+        for call in (lambda: vd.MeshLayout(wrong, 2), lambda: vd.MeshLayout(1, wrong),
+                     lambda: vd.MeshLayout(1, 2, wrong),
+                     lambda: vd.MeshLayout(1, 2, flags=wrong),
+                     lambda: scene.Mesh.add(b"", triangles=wrong, vertices=3),
+                     lambda: scene.MaterialGraph.add(b"abc", root_offset=wrong),
+                     lambda: scene.MaterialGraph.add(b"abc", parameter_offset=wrong)):
+            with pytest.raises(vd.TypeMismatch, match="an integer is expected"):
+                call()
+    for wrong in (-1, 2**31, 2**32, 2**64):
+        for call in (lambda: vd.MeshLayout(wrong, 2),
+                     lambda: scene.Texture.add(b"abc", format="SL8", width=wrong, height=1),
+                     lambda: scene.Texture.add(b"abc", format="SL8", width=1, height=1, depth=wrong),
+                     lambda: scene.MaterialGraph.add(b"abc", root_offset=wrong)):
+            with pytest.raises(vd.OutOfRange):
+                call()
+    assert vd.MeshLayout(np.int64(1), np.uint8(3)).words.size == 36 and len(scene) == 0
+
+
+def test_extents_beside_an_array_are_those_of_the_array(scene):
+    pixels = np.zeros((2, 4, 3), "u1")
+    for extents in ({"width": 999}, {"height": 3}, {"depth": 2}):
+        with pytest.raises(vd.TypeMismatch, match="the array has"):
+            scene.Texture.add(pixels, format="SRGB8", **extents)
+    made = scene.Texture.add(pixels, format="SRGB8", width=4)
+    assert (made.width, made.height, made.depth) == (4, 2, 1)
+    made = scene.Texture.add(np.zeros((6, 2, 2, 3), "u1"), format="SRGB8", layout="Cube", depth=6)
+    assert (made.width, made.height, made.depth) == (2, 2, 6)
+
+
+def test_texture_coordinates_without_a_set_are_refused(scene):
+    eye = np.eye(3, dtype="f4")
+    for shape in ((0, 3, 2), (0, 2), (1, 2, 2), (0,), ()):
+        with pytest.raises(vd.TypeMismatch, match="texcoords"):
+            scene.Mesh.add(positions=eye, triangles=[[0, 1, 2]], texcoords=np.zeros(shape, "f4"))
+    empty = scene.Mesh.add(positions=np.zeros((0, 3)), triangles=[], texcoords=np.zeros((1, 0, 2)))
+    assert empty.texcoords.shape == (1, 0, 2)
+
+
+def test_a_position_beyond_float_is_refused(scene):
+    eye = np.eye(3)
+    far = eye * 1e300
+    for parts in ({"positions": far}, {"positions": eye, "normals": far}, {"positions": eye, "tangents": -far},
+                  {"positions": eye, "texcoords": far[:, :2]}):
+        with pytest.raises(vd.OutOfRange, match=list(parts)[-1]):
+            scene.Mesh.add(triangles=[[0, 1, 2]], **parts)
+    kept = scene.Mesh.add(triangles=[[0, 1, 2]], positions=[[np.inf, np.nan, 1], [0, 0, 0], [1, 1, 1]])
+    assert kept.positions[0, 0] == np.inf and np.isnan(kept.positions[0, 1])

@@ -100,3 +100,23 @@ def test_fixed_types():
     assert list(vd.emission_type().fields) == ["color", "value", "unit"]
     assert vd.wrap_mode_type().labels == ("CLAMP", "BORDER", "REPEAT", "MIRROR")
     assert list(vd.texture_type().fields) == ["texture_ref"] and vd.uv_transformation_type().size == 24
+
+
+def test_the_step_of_a_spectrum_is_a_width():
+    for wrong in (-5, 0, float("nan"), float("inf"), 1e-30, 1e300):
+        with pytest.raises(vd.OutOfRange):
+            vd.spectrum([(400, 1)], step=wrong)
+    with pytest.raises(vd.TypeMismatch):
+        vd.spectrum([(400, 1)], step="x")
+    assert vd.spectrum([(400, 1)], step=10)["spectrum"].to_python() == [0, 0, 400, 1, 410, 0]
+    assert vd.spectrum([(400, 1)])["spectrum"].to_python() == [0, 0, 400, 1, 405, 0]
+    assert vd.spectrum([(400, 1), (420, 2)])["spectrum"].to_python() == [0, 0, 400, 1, 420, 2, 440, 0]
+
+
+def test_numbers_of_numpy_are_numbers_of_a_spectrum():
+    import numpy as np
+    assert vd.spectrum(np.float32(0.5)) == vd.spectrum(0.5)
+    assert vd.spectrum(np.int64(2)) == vd.spectrum(2)
+    assert vd.spectrum((np.float32(0.5), np.float32(0.25), np.int32(1))) == vd.spectrum((0.5, 0.25, 1))
+    with pytest.raises(vd.TypeMismatch):
+        vd.spectrum(np.True_)

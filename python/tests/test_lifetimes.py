@@ -543,3 +543,127 @@ void releaseOnThread(AssetStorage* storage) {
     function(block)
     gc.collect()
     assert watch() is None
+
+
+def test_a_scene_and_a_value_begin_once(scene):
+    camera = scene.Camera.add(general={"near_distance": 0.5})
+    general = camera.general
+    opened = vd.Scene.from_json(scene.to_json())
+    value = vd.Value("float[3]", [1, 2, 3])
+    part, parsed = value[0], vd.Value.parse("{ a = 1; }")
+    for again in (scene.__init__, opened.__init__, lambda: value.__init__("int"), lambda: parsed.__init__("int")):
+        with pytest.raises(TypeError, match="exists already"):
+            again()
+    assert general.near_distance == 0.5 and len(scene.Camera) == len(opened.Camera) == 1
+    assert value.to_python() == [1, 2, 3] and part == 1.0 and parsed["a"] == 1
+    scene.close()
+    with pytest.raises(TypeError, match="exists already"):
+        scene.__init__()
+    with pytest.raises(vd.ClosedError):
+        general.near_distance
+
+
+INTERRUPTED = """
+import sys, threading
+import vornath_data as vd
+from vornath_data import scene as module
+target, use = vd.Scene(), sys.argv[1:]
+camera = target.Camera.add(general={"near_distance": 0.5})
+class Stop(BaseException): pass
+def stop(frame, event, argument):
+    # Where a handler of a signal would raise: before the first line of __exit__().
+    if event == "call" and frame.f_code is module._Exclusive.__exit__.__code__:
+        sys.settrace(None)
+        raise Stop
+"""
+
+
+@pytest.mark.parametrize("use", [
+    "target.id", "len(target)", "target.Camera.add()", "camera.general.to_dict()", "camera.remove()", "target.digest()",
+    "camera.general.near_distance = 1.0", "setattr(target.Camera[0].general, 'near_distance', 1.0)", "target.close()",
+    "target.Camera.column('General', 'near_distance')", "vd.diff(target, vd.Scene())", "camera.reference_count()",
+])
+def test_a_scene_is_free_after_an_interrupted_call(use):
+    """Also while the exception, whose traceback keeps the call's frames, is handled."""
+    for call in ("target.id", "target.Shape.add()", "vd.diff(target, vd.Scene())"):
+        code = INTERRUPTED + f"""
+sys.settrace(stop)
+try:
+    {call}
+except Stop:
+    {use}
+    print('used')
+"""
+        done = run_python(code)
+        assert (done.stdout, done.stderr) == ("used\n", ""), done.stderr
+
+
+def test_a_call_that_still_runs_keeps_its_scene():
+    """The frames of a call that is under way are found: from a callback within it the scene is refused."""
+    done = run_python("""
+import vornath_data as vd
+from vornath_data import _tools
+scene, other = vd.Scene(), vd.Scene()
+def deep(count, use):
+    return deep(count - 1, use) if count else use()
+def one(self):
+    with self._exclusive():
+        return deep(50, lambda: self.id)
+def two():
+    with _tools._Both(scene, other):
+        return deep(50, lambda: (other.id))
+def three():
+    with _tools._Both(scene, other):
+        return deep(50, lambda: (scene.id))
+for use in (lambda: one(scene), two, three):
+    try:
+        use()
+    except vd.ConcurrentUseError as problem:
+        print(problem)
+    scene.id, other.id
+""")
+    words = "the scene is used by a call of this thread that has not returned\n"
+    assert done.stdout == 3 * words, done.stderr
+
+
+def test_a_group_is_whole_after_an_interrupted_first_use():
+    """Wherever a call is interrupted, a group then reads and writes as if nothing had happened."""
+    done = run_python("""
+import sys
+import vornath_data as vd
+class Stop(BaseException): pass
+def interrupt(scene, use, number):
+    count = [0]
+    def stop(frame, event, argument):
+        if "vornath_data" not in frame.f_code.co_filename or frame.f_code.co_name == "__del__":
+            return None
+        count[0] += 1
+        if count[0] == number:
+            sys.settrace(None)
+            raise Stop
+        return stop
+    sys.settrace(stop)
+    try:
+        use()
+        return False
+    except Stop:
+        return True
+    finally:
+        sys.settrace(None)
+for use in (lambda g: g.near_distance, lambda g: g.to_dict(), lambda g: g.update(shutter_open=0.25),
+            lambda g: g.reset(), lambda g: setattr(g, "time_end", 2.0)):
+    number = 1
+    while True:
+        scene = vd.Scene()
+        general = scene.Camera.add().general
+        if not interrupt(scene, lambda: use(general), number):
+            break
+        general.near_distance = 0.5
+        fresh = scene.Camera[0].general
+        assert general.near_distance == fresh.near_distance == 0.5, number
+        assert general.to_dict() == fresh.to_dict(), (number, general, fresh)
+        number += 1
+    assert number > 2
+print("done")
+""")
+    assert (done.stdout, done.stderr) == ("done\n", ""), done.stderr

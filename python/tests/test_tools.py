@@ -210,7 +210,7 @@ def test_a_file_is_written_whole_or_not_at_all(tmp_path):
     with pytest.raises(vd.SaveError) as caught:
         vd.write_file(tmp_path / "none" / "a", b"")
     assert caught.value.code == "SAVE_NO_FOLDER"
-    with pytest.raises(vd.FileError):
+    with pytest.raises(vd.SaveError):
         vd.write_file(tmp_path, b"")
 
 
@@ -221,3 +221,73 @@ def test_an_error_of_a_document_tells_whether_there_is_more():
             vd.Scene.from_json(document, max_messages=limit)
         assert caught.value.truncated is truncated and len(caught.value.messages) == min(limit, 3)
         assert pickle.loads(pickle.dumps(caught.value)).truncated is truncated
+
+
+@pytest.mark.parametrize("call", [vd.diff, vd.equivalent, vd.make_patch, lambda a, b: a.merge(b),
+                                  lambda a, b: a.equivalent(b)])
+@pytest.mark.parametrize("other", [None, "box.vrnscene", b"", 3])
+def test_comparing_with_what_is_no_scene_leaves_the_scene_free(filled, call, other):
+    with pytest.raises(TypeError, match="a Scene is expected"):
+        call(filled, other)
+    assert len(filled.Shape) == 2 and filled.Shape.add().valid
+
+
+def test_comparing_with_a_closed_scene_leaves_the_other_free(filled):
+    closed = vd.Scene()
+    closed.close()
+    for pair in ((filled, closed), (closed, filled)):
+        with pytest.raises(vd.ClosedError):
+            vd.diff(*pair)
+        assert len(filled.Shape) == 2
+
+
+def test_paths_with_nul_are_refused(filled, tmp_path):
+    """C would cut them there, and write to or read from another file."""
+    filled.save(tmp_path / "a")
+    (tmp_path / "a.json").write_text(filled.to_json_text())
+    bad = str(tmp_path / "a\0b")
+    for use in (lambda: filled.save(bad), lambda: vd.Scene.open(bad), lambda: vd.Scene.open(bad, trust=True),
+                lambda: vd.check(bad), lambda: vd.write_file(bad, b"x"), lambda: filled.to_json(bad),
+                lambda: filled.save(bad.encode()), lambda: vd.Scene.from_json(tmp_path / "a.json\0b"),
+                lambda: vd.Scene.from_json("{}", asset_folder=bad), lambda: vd.catalogue_text("json", part="Camera\0x"),
+                lambda: filled.set("Shape/0", None, asset_folder=bad), lambda: filled.patched([], asset_folder=bad)):
+        with pytest.raises(ValueError, match="embedded null byte"):
+            use()
+    assert sorted(one.name for one in tmp_path.iterdir()) == ["a", "a.json"] and vd.check(tmp_path / "a").valid
+
+
+def test_limits_are_whole_numbers_of_64_bits(filled):
+    data, document = filled.to_bytes(), filled.to_json_text()
+    for wrong, error in ((-1, vd.OutOfRange), (2**64, vd.OutOfRange), (2**64 + 1, vd.OutOfRange),
+                         (1.5, vd.TypeMismatch),
+                         (None, vd.TypeMismatch), ("1", vd.TypeMismatch)):
+        for use in (lambda: vd.check(data, max_memory=wrong), lambda: vd.check(data, max_messages=wrong),
+                    lambda: vd.Scene.open(data, max_memory=wrong), lambda: vd.Scene.open(data, max_messages=wrong),
+                    lambda: vd.Scene.from_json(document, max_memory=wrong),
+                    lambda: vd.Scene.from_json(document, max_messages=wrong),
+                    lambda: filled.validate(max_messages=wrong), lambda: vd.diff(filled, filled, limit=wrong)):
+            with pytest.raises(error):
+                use()
+    assert vd.check(data, max_memory=2**64 - 1).valid
+
+
+def test_a_number_is_no_bytes(tmp_path):
+    for use in (lambda: vd.write_file(tmp_path / "x", 10), lambda: vd.Scene.from_bytes(5),
+                lambda: vd.Value.from_bytes(5),
+                lambda: vd.write_file(1, b"x"), lambda: vd.check(0)):
+        with pytest.raises(TypeError):
+            use()
+    assert not list(tmp_path.iterdir())
+
+
+def test_a_place_that_cannot_be_written_raises_save_error(filled, tmp_path):
+    (tmp_path / "folder").mkdir()
+    for place in (tmp_path / "folder", tmp_path / "missing" / "x", "/dev/full", "/dev/null"):
+        for use in (lambda: filled.save(place), lambda: vd.write_file(place, b"x"), lambda: filled.to_json(place)):
+            try:
+                use()
+            except vd.SaveError as problem:
+                assert problem.code and str(place) in str(problem)
+            else:
+                raise AssertionError(place)
+    assert [one.name for one in tmp_path.iterdir()] == ["folder"]

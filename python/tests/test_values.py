@@ -431,3 +431,212 @@ def test_an_error_of_a_text_has_its_line_its_column_and_its_offset_in_bytes(text
     with pytest.raises(vd.ParseError, match="Unable to parse value") as caught:
         vd.Value.parse(text)
     assert (caught.value.line, caught.value.column, caught.value.offset) == place
+
+
+# An array of 65536 times 65537 floats has 2**32 + 65536 elements, which 32 bits count as 65536.
+@pytest.mark.parametrize("use", [
+    lambda v: v[2], lambda v: v[2][0], lambda v: v[60000][5], lambda v: v[-1], lambda v: v.__setitem__((2, 0), 1.0),
+    lambda v: v.__setitem__((60000, 5), 1.0), lambda v: v[:2], lambda v: list(v), lambda v: v.to_python(),
+    lambda v: v.numpy(), lambda v: np.asarray(v), lambda v: v.edit().__enter__(), lambda v: v.type.dtype,
+    lambda v: setattr(v, "value", [[1.0]]),
+])
+def test_an_array_with_more_elements_than_bytes_is_not_entered(use):
+    made = vd.Value("float[65536,65537]")
+    before = made.to_bytes()
+    with pytest.raises(vd.TypeMismatch, match="has 4295032832 elements"):
+        use(made)
+    assert made.to_bytes() == before
+
+
+def test_an_array_with_more_elements_than_bytes_is_not_entered_in_a_struct_of_a_file():
+    made = vd.Value("{ int a; { float[2147483647,2147483647] b; } c; }", {"a": 3})
+    with vd.Scene() as scene:
+        scene.Material.add(program=scene.MaterialProgram.add("m"), value=made)
+        data = scene.to_bytes()
+    with vd.Scene.open(data) as scene:
+        found = scene.Material[0].value
+    assert found["a"] == 3
+    for use in (lambda: found["c/b/0"], lambda: found["c/b"].numpy(), lambda: found.to_python(), found.numpy,
+                lambda: found["c"].to_python(), lambda: found["c"].edit().__enter__()):
+        with pytest.raises(vd.TypeMismatch, match="4611686014132420609 elements"):
+            use()
+
+
+def test_a_part_beyond_its_block_is_refused():
+    """Whatever leads there, no place outside the bytes of the value is read or written."""
+    from vornath_data.values import Part
+    made = vd.Value("float[4]")
+    for type, offset in (("float[4]", 4), ("float[5]", 0), ("float[4]", -4)):
+        part = Part(made, vd.Type(type), offset)
+        for use in (part.numpy, part.copy, lambda: part.update(), lambda: part.edit().__enter__(), part.to_python,
+                    lambda: part[0], lambda: part.__setitem__(0, 1.0)):
+            with pytest.raises(vd.TypeMismatch, match="does not lie in its 16 bytes"):
+                use()
+
+
+def test_edits_of_several_parts_all_count():
+    made = vd.Value("{ float a; float[2] b; float[2] c; int d; }")
+    kept = made.copy()
+    with made["b"].edit() as b, made["c"].edit() as c:
+        b[:] = 1
+        c[:] = 2
+        made["d"] = 3
+    assert made.to_python() == {"a": 0.0, "b": [1, 1], "c": [2, 2], "d": 3}
+    assert kept.to_python() == {"a": 0.0, "b": [0, 0], "c": [0, 0], "d": 0}
+    first, second = made["b"].edit(), made["c"].edit()
+    b, c = first.__enter__(), second.__enter__()
+    b[0], c[0] = 5, 6
+    first.__exit__(None, None, None)
+    second.__exit__(None, None, None)
+    assert made["b"].to_python() == [5, 1] and made["c"].to_python() == [6, 2]
+
+
+def test_an_edit_of_the_whole_leaves_what_others_wrote():
+    """An element that both wrote has what the edit gave it, and no mixture."""
+    made = vd.Value("{ char[4] t; half[2] h; float3[2] p; enum { A; B; } e; bool o; { int x; float[2,2] m; } s; }")
+    with made.edit() as array:
+        array["h"][0] = 1.5
+        array["p"]["lanes"][1] = 1, 2, 3
+        array["s"]["x"] = 0x01000001
+        made["h"][1] = 2.5
+        made["t"] = b"abcd"
+        made["p"][0] = 4, 5, 6
+        made["e"] = "B"
+        made["o"] = True
+        made["s"]["x"] = 0x00020200
+        made["s"]["m"] = [[1, 2], [3, 4]]
+        array["t"][2] = ord("z")
+    assert made.to_python() == {"t": b"abzd", "h": [1.5, 2.5], "p": [(4, 5, 6), (1, 2, 3)], "e": "B", "o": True,
+                                "s": {"x": 0x01000001, "m": [[1, 2], [3, 4]]}}
+
+
+@pytest.mark.parametrize("type,thing", [
+    ("int", np.array([1, 2, 3])), ("enum { A; B; }", np.array([0, 1])), ("float", np.array([1.0, 2.0])),
+    ("float", vd.Value("float[3]")), ("float", vd.Value("enum { A; B; }", "B")), ("float", vd.Value("{ float a; }")),
+    ("float3", np.array(5.0)), ("float[3]", np.array(5.0)), ("float[2,2]", [np.array(5.0), np.array(5.0)]),
+    ("float", 1j),
+    ("int", vd.Value("float")), ("float", None), ("float3", 5), ("bool", np.array([True])),
+])
+def test_things_of_another_type_are_a_type_mismatch(type, thing):
+    made = vd.Value("{ %s a; }" % type)
+    for use in (lambda: made.__setitem__("a", thing), lambda: vd.Value(type, thing), lambda: made.update(a=thing)):
+        with pytest.raises(vd.TypeMismatch):
+            use()
+
+
+def test_a_number_beyond_every_float_is_out_of_range(scene):
+    camera = scene.Camera.add()
+    made = vd.Value("{ float a; float3 b; float[2] c; half d; }")
+    for use in (lambda: made.__setitem__("a", 10**400), lambda: made.__setitem__("b", (0, 0, 10**400)),
+                lambda: made.__setitem__("c", [0, -10**400]), lambda: made.__setitem__("d", 10**400),
+                lambda: setattr(camera.general, "near_distance", 10**400)):
+        with pytest.raises(vd.OutOfRange):
+            use()
+    assert made == vd.Value(made.type)
+
+
+def test_arguments_that_are_no_values_and_no_numbers_are_refused():
+    from vornath_data import limits
+    value = vd.Value("{ float a; float[3] b; }")
+    for use in (lambda: vd.coerce(None, "int"), lambda: limits.clamp({}, "int"), lambda: limits.outside(None, "int"),
+                lambda: limits.describe(None), lambda: limits.describe({}, "int"), lambda: value.equals(value, None),
+                lambda: value.equals(value, "x"), lambda: value.difference({}), lambda: vd.blackbody_rgb("x"),
+                lambda: vd.blackbody_rgb(None), lambda: vd.planck(500, None), lambda: vd.planck("x", 5000),
+                lambda: vd.planck([500, "x"], 5000)):
+        with pytest.raises(vd.TypeMismatch, match="expected"):
+            use()
+    for use in (lambda: value.type.field(None), lambda: value["b/--1"], lambda: value["b/\u00b2"],
+                lambda: vd.catalogue_text("text", 5)):
+        with pytest.raises(TypeError):
+            use()
+    for key in ("\u00b2/1", "a/--1", "--1.b"):
+        with pytest.raises((vd.UnknownName, TypeError)):
+            value[key]
+    assert value["b/-1"] == 0.0
+
+
+def test_an_array_of_empty_structs_takes_its_own_array():
+    made = vd.Value("{ }[2]")
+    assert vd.Value("{ }[2]", [{}, {}]) == made
+    assert vd.Value("{ }[2]", made.numpy()) == made
+
+
+@pytest.mark.parametrize("text", [
+    "true", "[ true, false, true ]", "{ a = true; b = 3; c = B : enum { A; B; }; d = 1.5h; }",
+    "[ { a = true; p = [ int3(1, 2, 3), int3(4, 5, 6) ]; }, { a = false; p = [ int3(7, 8, 9), int3(0, 0, -1) ]; } ]",
+    "[ int3(1, 2, 3), int3(4, 5, 6) ]",
+    "{ v = float3(1.0, 2.0, 3.0); w = bool2(true, false); m = [ 1.0, 2.0 | 2, 1 ]; }",
+    "[ bool3(true, false, true) ]", "{ s = { s = { t = [ 65c, 0c ]; o = [ true, false ]; }; }; e = { }; }", "[ 1.5h ]",
+    "{ r = $0x0000000000000000; i = 1; }", "[ B : enum { A; B; }, A : enum { A; B; } ]",
+])
+def test_a_type_takes_its_own_array(text):
+    made = vd.Value.parse(text)
+    assert vd.Value(made.type, made.numpy()) == made
+    assert vd.Value(made.type, made.numpy().copy()) == made
+
+
+def test_other_arrays_are_no_bools_and_no_references():
+    made = vd.Value("{ bool[2] b; int* r; bool c; }", {"r": 5})
+    for array in (np.array([0, 1], "i4"), np.array([0, -1], "i8"), np.array([0.0, 1.0])):
+        with pytest.raises(vd.TypeMismatch):
+            made["b"] = array
+    with pytest.raises(vd.TypeMismatch, match="r: the word of a reference"):
+        made.value = made.numpy()
+    assert made["r"] == 5 and made["b"].to_python() == [False, False]
+
+
+def test_a_long_linked_list_becomes_python_objects():
+    made = vd.Value("{ int b; void* next; }", {"b": 0})
+    for number in range(1, 5000):
+        made = vd.Value(made.type, {"b": number, "next": made})
+    found, count = made.to_python(), 0
+    assert found["b"] == 4999
+    while found["next"] is not None:
+        found, count = found["next"]["to"], count + 1
+    assert (count, found) == (4999, {"b": 0, "next": None})
+
+
+@pytest.mark.parametrize("depth", [39, 40, 41, 81, 200, 300])
+def test_deeply_nested_structs_become_python_objects(depth):
+    text = "{ int p; { float3 v; char[3] t; int[2] s; int* r; } a; }"
+    for number in range(depth):
+        text = "{ char c; %s a; int b; }" % text
+    made = vd.Value(text)
+    place = "/".join(["a"] * (depth + 1))
+    made[place] = {"v": (1, 2, 3), "t": b"xyz", "s": [7, 8], "r": 5}
+    made["b"] = 9
+    found = made.to_python()
+    assert found["b"] == 9
+    for _ in range(depth + 1):
+        found = found["a"]
+    assert found == {"v": (1, 2, 3), "t": b"xyz", "s": [7, 8], "r": {"to": 5}}
+    with pytest.raises(vd.TypeMismatch, match="contains references"):
+        made["a"].edit().__enter__()
+    assert made["a"].numpy().dtype.itemsize == made["a"].type.size
+
+
+@pytest.mark.parametrize("type,expected", [
+    ("float[0,3]", [[], [], []]), ("float[3,0]", []), ("float[0]", []), ("float[2,0,2]", [[], []]),
+    ("char[0,2]", [[], []]), ("{ int a; float[0,2] b; }", {"a": 0, "b": [[], []]}), ("float[0][2]", [[], []]),
+])
+def test_arrays_without_elements_have_their_lists(type, expected):
+    made = vd.Value(type)
+    assert made.to_python() == expected and vd.Value(type, expected) == made
+    if isinstance(expected, list):
+        assert len(made) == len(expected)
+
+
+def test_an_array_of_countless_empty_lists_is_refused():
+    with pytest.raises(vd.OutOfRange, match="too many empty lists"):
+        vd.Value("float[0,2147483647]").to_python()
+
+
+@pytest.mark.parametrize("type", ["int", "float", "half", "char", "bool", "enum { A; B; }", "float[1]", "int2"])
+def test_an_address_is_no_number(type):
+    address = vd.ForeignAddress(1)
+    made = vd.Value("{ %s a; void* r; }" % type)
+    for thing in (address, [address], [address, address]):
+        with pytest.raises(vd.TypeMismatch):
+            made["a"] = thing
+    made["r"] = address
+    assert made["r"] == address

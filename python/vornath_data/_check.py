@@ -17,7 +17,7 @@ from typing import TYPE_CHECKING, Any
 from . import _declarations
 from ._library import long, quick
 from ._slotted import Record, Slotted
-from ._status import take_toolkit_string, toolkit_error
+from ._status import path_bytes, size_limit, take_toolkit_string, toolkit_error
 from .errors import CheckError, FileError
 
 if TYPE_CHECKING:
@@ -138,9 +138,8 @@ def _class_names() -> list[tuple[int, str]]:
 
 
 def _limits(max_memory: int, max_messages: int) -> Any:
-    if max_memory < 0 or max_messages < 0:
-        raise ValueError("a limit is not negative")
-    return _declarations.vrtkLimits(ctypes.sizeof(_declarations.vrtkLimits), max_memory, max_messages)
+    return _declarations.vrtkLimits(ctypes.sizeof(_declarations.vrtkLimits), size_limit("max_memory", max_memory),
+                                    size_limit("max_messages", max_messages))
 
 
 def _take(handle: ctypes.c_void_p, file: str | None) -> Report:
@@ -164,7 +163,7 @@ def check(source: str | os.PathLike[str] | bytes, *, max_memory: int = 0, max_me
         status = long.vrtkCheckBytes(data, len(data), limits, ctypes.byref(report), ctypes.byref(error))
     else:
         file = os.fspath(source)
-        status = long.vrtkCheckFile(os.fsencode(source), limits, ctypes.byref(report), ctypes.byref(error))
+        status = long.vrtkCheckFile(path_bytes(source), limits, ctypes.byref(report), ctypes.byref(error))
     if status:
         raise toolkit_error(status, error, file)
     return _take(report, file)
@@ -185,7 +184,7 @@ def json_checker(max_memory: int, max_messages: int) -> Callable[[str], tuple[by
     limits, to_report, to_text, to_error = map(ctypes.byref, (options, report, text, error))
     check_file, write, valid = quick.vrtkCheckFile, quick.vrtkReportJson, quick.vrtkReportValid
     destroy, free, string_at, encode = (
-        quick.vrtkReportDestroy, quick.vrtkStringDestroy, ctypes.string_at, os.fsencode)
+        quick.vrtkReportDestroy, quick.vrtkStringDestroy, ctypes.string_at, path_bytes)
 
     def check_json(path: str) -> tuple[bytes, bool]:
         report.value = text.value = error.value = None
@@ -209,7 +208,7 @@ def open_scene(source: str | os.PathLike[str] | bytes, max_memory: int, max_mess
     """Returns the handle of a scene that was read."""
     scene, report, error = ctypes.c_void_p(), ctypes.c_void_p(), ctypes.c_void_p()
     if trust and not isinstance(source, (bytes, bytearray, memoryview)):
-        address: int | None = long.vrdmDeserialize(os.fsencode(source))
+        address: int | None = long.vrdmDeserialize(path_bytes(source))
         if not address:
             raise FileError(f"{os.fspath(source)}: it cannot be read, is no scene file, or has another "
                             "version", "FILE_UNREADABLE", os.fspath(source))
@@ -222,7 +221,7 @@ def open_scene(source: str | os.PathLike[str] | bytes, max_memory: int, max_mess
                                          ctypes.byref(error))
     else:
         file = os.fspath(source)
-        status = long.vrtkSceneOpen(os.fsencode(source), limits, ctypes.byref(scene), ctypes.byref(report),
+        status = long.vrtkSceneOpen(path_bytes(source), limits, ctypes.byref(scene), ctypes.byref(report),
                                     ctypes.byref(error))
     if not status:
         quick.vrtkReportDestroy(report)

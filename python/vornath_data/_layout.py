@@ -10,6 +10,7 @@ from functools import partial
 from typing import TYPE_CHECKING, Any, NoReturn
 
 import numpy
+from numpy.ma import MaskedArray
 
 from ._status import no_name, value_error
 from .errors import OutOfRange, TypeMismatch
@@ -31,6 +32,15 @@ def is_text(type: Type) -> bool:
             and type.element.kind == "char")
 
 
+def counted(type: Type) -> int:
+    """Returns the number of an array's elements. Raises TypeMismatch where the extents have a product that the
+    library does not count to: its values have fewer bytes than their indices reach."""
+    count = math.prod(type.shape)
+    if count * type.element.size != type.size:
+        raise TypeMismatch(f"the {type.stripped.text} has {count} elements, more than its {type.size} bytes contain")
+    return count
+
+
 class Layout:
     """The layout of a type."""
 
@@ -43,7 +53,12 @@ class Layout:
         writer = _Writer()
         expression = writer.part(type, 0)
         writer.pad(self.size)
-        self.struct = struct.Struct("<" + "".join(writer.format))
+        try:
+            self.struct = struct.Struct("<" + "".join(writer.format))
+        except struct.error:
+            self.struct = struct.Struct("")
+        if self.struct.size != self.size:
+            raise TypeMismatch(f"the parts of the {type.stripped.text} do not lie in its {self.size} bytes")
         self.has_references = writer.has_references
         code = f"lambda t, source, offset: {expression}"
         self._make: Callable[..., Any] = eval(compile(code, f"<{type.text[:60]}>", "eval"),
@@ -56,8 +71,34 @@ class Layout:
         type of each reference."""
         return self._make(self.struct.unpack_from(buffer, offset), source, offset)
 
+    def decode_at(self, data: bytes, source: Any, offset: int) -> Any:
+        """Returns the Python object of bytes that lie at an offset of the whole."""
+        return self._make(self.struct.unpack(data), source, offset)
+
     def make(self, numbers: tuple[Any, ...], source: Any, offset: int) -> Any:
         return self._make(numbers, source, offset)
+
+
+_DEPTH = 40  # Python's compiler takes 200 nested brackets; structs that are deeper have a layout of their own.
+
+
+def make_layout(type: Type) -> Layout:
+    """Returns the layout of a type. Makes those of its parts first, from the innermost on, without recursion."""
+    stack, found = [(type, 0)], [type]
+    while stack:
+        here, depth = stack.pop()
+        if here.kind == "array":
+            inner = [(here.element, 0)]
+        else:
+            inner = [(field.type, (depth + 1) % _DEPTH) for field in here.fields.values()]
+        for part, at in inner:
+            if part.kind in ("struct", "array"):
+                stack.append((part, at))
+                if not at:
+                    found.append(part)
+    for one in reversed(found):
+        layout: Layout = one._kept("layout", partial(Layout, one))
+    return layout
 
 
 class _Writer:
@@ -88,9 +129,15 @@ class _Writer:
         self.names[label] = thing
         return label
 
-    def part(self, type: Type, offset: int) -> str:
+    def part(self, type: Type, offset: int, depth: int = 0) -> str:
         self.pad(offset)
         kind = type.kind
+        if kind == "struct" and depth == _DEPTH:
+            layout = type._layout
+            first, _ = self.take(1, "s", type.size)
+            self.format[-1] = f"{type.size}s"
+            self.has_references = self.has_references or layout.has_references
+            return f"{self.name(layout.decode_at)}(t[{first}], source, offset + {offset})"
         if kind in SCALARS:
             first, _ = self.take(1, _CODES[kind], type.size)
             if kind == "bool":
@@ -106,7 +153,7 @@ class _Writer:
                 return f"tuple([x != 0 for x in t[{first}:{end}]])"
             return f"t[{first}:{end}]"
         if kind == "struct":
-            parts = [f"{field.label!r}: {self.part(field.type, offset + field.offset)}"
+            parts = [f"{field.label!r}: {self.part(field.type, offset + field.offset, depth + 1)}"
                      for field in type.fields.values()]
             self.pad(offset + type.size)
             return "{" + ", ".join(parts) + "}"
@@ -121,10 +168,12 @@ class _Writer:
         return f"t[{first}:{end}]"
 
     def array(self, type: Type, offset: int) -> str:
-        if not type.concrete or type.size == 0:
+        if not type.concrete:
             return "[]"
+        if type.size == 0:
+            return f"{self.name(_empty_lister(type))}()"
         shape, element = type.shape, type.element
-        count = math.prod(shape)
+        counted(type)
         first, _ = self.take(1, "s", type.size)
         self.format[-1] = f"{type.size}s"
         if element.kind == "char" and len(shape) == 1:
@@ -143,6 +192,27 @@ def _labeller(labels: tuple[str, ...]) -> Callable[[int], str | int]:
 
 def _text(data: bytes) -> str:
     return data.partition(b"\0")[0].decode("utf-8", "surrogateescape")  # It is written back as it was.
+
+
+_LISTS = 1 << 20  # of lists that are empty; those of a type with more would fill the memory
+
+
+def _empty_lister(type: Type) -> Callable[[], list[Any]]:
+    """Returns what makes the lists of an array without elements: as many as its last extents say."""
+    whole: tuple[int, ...] = ()
+    text = type.stripped.text
+    while type.kind == "array":
+        whole += type.shape[::-1]
+        type = type.element
+
+    def make(extents: tuple[int, ...]) -> list[Any]:
+        return [make(extents[1:]) for _ in range(extents[0])] if extents[0] and len(extents) > 1 else []
+
+    def read() -> list[Any]:
+        if math.prod(whole[:whole.index(0)]) > _LISTS:
+            raise OutOfRange(f"the {text} has no elements, and is too many empty lists")
+        return make(whole)
+    return read
 
 
 def _lister(layout: Layout, shape: tuple[int, ...]) -> Callable[..., list[Any]]:
@@ -186,6 +256,7 @@ def _make_dtype(type: Type, in_array: bool) -> numpy.dtype[Any]:
     if kind == "array":
         if not type.concrete:
             raise TypeMismatch(f"an unsized array has no dtype: {type.text}")
+        counted(type)
         return numpy.dtype((_make_dtype(type.element, True), tuple(reversed(type.shape))))
     if kind == "reference":
         return numpy.dtype("<u8")
@@ -207,6 +278,7 @@ def _array_form(type: Type) -> tuple[tuple[int, ...], tuple[int, ...] | None, nu
         return (type.lanes,), None, numpy.dtype(_DTYPES[type.base])
     if type.kind == "array":
         element = type.element
+        counted(type)
         shape, strides, base = _array_form(element)
         outer = tuple(reversed(type.shape))
         steps = []
@@ -245,6 +317,8 @@ def type_text_of(thing: Any) -> str | None:
         return thing.type.text
     if isinstance(thing, (bool, numpy.bool_)):
         return "bool"
+    if _is_address(thing):
+        return None
     if isinstance(thing, (int, numpy.integer)):
         return "int"
     if isinstance(thing, numpy.float16):
@@ -278,15 +352,30 @@ def refuse(type: Type, thing: Any, path: str) -> NoReturn:
     raise TypeMismatch(where + reason)
 
 
+def plain_array(thing: Any, path: str) -> Array:
+    """Returns an object as an array. Raises TypeMismatch for a masked one, whose mask nothing would keep."""
+    if isinstance(thing, MaskedArray) or (isinstance(thing, (list, tuple))
+                                          and any(isinstance(one, MaskedArray) for one in thing)):
+        raise TypeMismatch(f"{path + ': ' if path else ''}a masked array has elements without a value; fill it first")
+    try:
+        return numpy.asarray(thing)
+    except ValueError as problem:
+        raise TypeMismatch(f"{path + ': ' if path else ''}{problem}") from None
+
+
 def check_number(type: Type, kind: str, thing: Any, path: str) -> Any:
     """Returns a number or a label as the struct module packs it."""
+    if isinstance(thing, numpy.ndarray):
+        if plain_array(thing, path).ndim:
+            refuse(type, thing, path)
+        thing = thing != 0 if kind == "bool" and _are_flags(thing) else thing[()]
     if kind == "bool":
         if isinstance(thing, (bool, numpy.bool_)):
             return -1 if thing else 0
         refuse(type, thing, path)
     if kind == "enum":
         return _enum_code(type, thing, path)
-    if isinstance(thing, (bool, numpy.bool_, str, bytes)):
+    if isinstance(thing, (bool, numpy.bool_, str, bytes)) or _is_address(thing):
         refuse(type, thing, path)
     if kind in ("float", "half"):
         return _real(type, kind, thing, path)
@@ -302,9 +391,14 @@ def check_number(type: Type, kind: str, thing: Any, path: str) -> Any:
 
 def _real(type: Type, kind: str, thing: Any, path: str) -> float:
     if not isinstance(thing, float):
-        if getattr(thing, "ndim", 0) or not (hasattr(thing, "__index__") or hasattr(thing, "__float__")):
+        if not (hasattr(thing, "__index__") or hasattr(thing, "__float__")):
             refuse(type, thing, path)
-        thing = float(thing)
+        try:
+            thing = float(thing)
+        except OverflowError:
+            raise OutOfRange(f"{path + ': ' if path else ''}the number is outside the range of {kind}") from None
+        except (TypeError, ValueError):
+            refuse(type, thing, path)
     try:
         struct.pack("<" + _CODES[kind], thing)
     except OverflowError:
@@ -323,7 +417,7 @@ def _enum_code(type: Type, thing: Any, path: str) -> int:
         if thing in labels:
             return labels.index(thing)
         no_name(f"{path + ': ' if path else ''}the enum has no label", thing, labels)
-    if isinstance(thing, (bool, numpy.bool_, float)) or not hasattr(thing, "__index__"):
+    if isinstance(thing, (bool, numpy.bool_, float)) or not hasattr(thing, "__index__") or _is_address(thing):
         refuse(type, thing, path)
     code = int(thing.__index__())
     if not 0 <= code < len(labels):
@@ -344,6 +438,8 @@ class Encoder:
 
     def put(self, type: Type, offset: int, thing: Any, path: str = "") -> None:
         kind = type.kind
+        if isinstance(thing, MaskedArray):
+            plain_array(thing, path)
         if kind in SCALARS:
             struct.pack_into("<" + _CODES[kind], self.buffer, offset,
                              check_number(type, kind, _scalar_of(thing), path))
@@ -378,7 +474,11 @@ class Encoder:
 
     def put_vector(self, type: Type, offset: int, thing: Any, path: str) -> None:
         base, lanes = type.base, type.lanes
-        if isinstance(thing, (str, bytes)) or not hasattr(thing, "__len__") or len(thing) != lanes:
+        if isinstance(thing, numpy.ndarray) and thing.dtype.names == ("lanes",) and not thing.ndim:
+            thing = thing["lanes"]
+        if base == "bool" and isinstance(thing, numpy.ndarray) and _are_flags(thing):
+            thing = thing != 0
+        if isinstance(thing, (str, bytes)) or _length(thing) != lanes:
             refuse(type, thing, path)
         from .types import Type as MakeType
         scalar = MakeType(base)
@@ -389,8 +489,13 @@ class Encoder:
     def put_struct(self, type: Type, offset: int, thing: Any, path: str) -> None:
         """Writes the fields of a mapping. What the mapping does not name stays as it is in the buffer."""
         fields = type.fields
-        if isinstance(thing, numpy.void) and thing.dtype.names:
-            thing = {name: thing[name] for name in thing.dtype.names}
+        if isinstance(thing, numpy.ndarray) and not thing.ndim:
+            thing = thing[()]
+        if isinstance(thing, numpy.void) and thing.dtype.names is not None:
+            thing = {name: _from_numpy(fields[name].type, thing[name], f"{path}/{name}" if path else name)
+                     if name in fields else thing[name] for name in thing.dtype.names}
+        elif isinstance(thing, tuple) and not thing and not fields:
+            thing = {}  # what an item of an array of empty structs is
         elif isinstance(thing, numpy.ndarray) and thing.ndim and _rows(type) == thing.shape:
             thing = dict(zip(fields, thing))
         if not isinstance(thing, Mapping):
@@ -413,15 +518,17 @@ class Encoder:
                                  f"{path + ': ' if path else ''}a text contains no NUL character")
             self.buffer[offset:offset + shape[0]] = data.ljust(shape[0], b"\0")
             return
+        if isinstance(thing, numpy.ndarray) and thing.dtype.names == ("lanes",) and element.kind == "vector":
+            thing = thing["lanes"]
         if isinstance(thing, numpy.ndarray) or (element.kind in SCALARS and element.kind != "enum"
                                                 and hasattr(thing, "__array_interface__")):
-            if self.put_numpy(type, offset, numpy.asarray(thing), path):
+            if self.put_numpy(type, offset, plain_array(thing, path), path):
                 return
-        self.put_items(type, offset, thing, path, tuple(reversed(shape)), math.prod(shape))
+        self.put_items(type, offset, thing, path, tuple(reversed(shape)), counted(type))
 
     def put_items(self, type: Type, offset: int, thing: Any, path: str, extents: tuple[int, ...],
                   count: int) -> None:
-        if isinstance(thing, (str, bytes)) or not hasattr(thing, "__len__") or len(thing) != extents[0]:
+        if isinstance(thing, (str, bytes)) or _length(thing) != extents[0]:
             refuse(type, thing, path)
         element = type.element
         step = count // extents[0] if extents[0] else 0
@@ -436,7 +543,7 @@ class Encoder:
     def put_numpy(self, type: Type, offset: int, array: numpy.ndarray[Any, Any], path: str) -> bool:
         """Writes an array of numbers at once. Returns whether the type has such elements."""
         shape, strides, base = _array_form(type)
-        if base.names or type_leaf(type) in ("enum", "reference", "function"):
+        if base.names is not None or type_leaf(type) in ("enum", "reference", "function"):
             return False
         if array.shape != shape:
             refuse(type, array, path)
@@ -469,13 +576,40 @@ class Encoder:
         struct.pack_into("<Q", self.buffer, offset, word)
 
 
+def _are_flags(array: Array) -> bool:
+    """Tells whether an array has bools as numpy() of a value gives them."""
+    return array.dtype == "<i4" and bool(((array == 0) | (array == -1)).all())
+
+
+def _from_numpy(type: Type, thing: Any, path: str) -> Any:
+    """Returns what a field of a structured array contains: a bool is 0 or -1 there, and a reference its word."""
+    if type.kind == "bool" and isinstance(thing, numpy.int32) and thing in (0, -1):
+        return thing != 0
+    if type.kind == "reference" and isinstance(thing, numpy.uint64):
+        if thing:
+            raise TypeMismatch(f"{path}: the word of a reference does not keep what it leads to; assign a Value")
+        return None
+    return thing
+
+
+def _is_address(thing: Any) -> bool:
+    from .values import ForeignAddress
+    return isinstance(thing, ForeignAddress)
+
+
+def _length(thing: Any) -> int:
+    """Returns the number of items of a sequence, or -1; an array without dimensions has none."""
+    try:
+        return len(thing)
+    except TypeError:
+        return -1
+
+
 def _scalar_of(thing: Any) -> Any:
-    """Returns what a Part or an array without dimensions contains."""
+    """Returns what a Part contains."""
     from .values import Part, Value
     if isinstance(thing, (Part, Value)) and thing.type.kind in SCALARS and thing.type.kind != "enum":
         return thing.to_python()
-    if isinstance(thing, numpy.ndarray) and thing.ndim == 0:
-        return thing[()]
     return thing
 
 
@@ -512,6 +646,8 @@ def store_numbers(target: numpy.ndarray[Any, Any], source: numpy.ndarray[Any, An
     """Copies numbers into an array of another type, and refuses those that do not fit."""
     where = f"{path}: " if path else ""
     allowed = {"float": "fiu", "half": "fiu", "int": "iu", "char": "iu", "enum": "iu", "bool": "b"}[kind]
+    if kind == "bool" and _are_flags(source):
+        source = source != 0
     if source.dtype.kind not in allowed:
         fail()
     if kind == "bool":
@@ -532,6 +668,16 @@ def store_numbers(target: numpy.ndarray[Any, Any], source: numpy.ndarray[Any, An
     if numpy.isinf(narrowed).sum() != (numpy.isinf(source).sum() if source.dtype.kind == "f" else 0):
         raise OutOfRange(f"{where}a number is outside the range of {kind}")
     target[...] = narrowed
+
+
+def merge_numbers(target: Array, old: Array, new: Array) -> None:
+    """Copies the numbers of `new` that are others than in `old`, bit by bit."""
+    if target.dtype.names is not None:
+        for name in target.dtype.names:
+            merge_numbers(target[name], old[name], new[name])
+    else:
+        bits = f"u{target.dtype.itemsize}"
+        numpy.copyto(target, new, where=old.view(bits) != new.view(bits))
 
 
 def write_block(block: Any, offset: int, data: bytes | bytearray) -> Any:

@@ -21,9 +21,9 @@ from ._library import quick, undeclared
 from ._status import no_name
 from .catalogue import SCENE_DATA
 from .catalogue import Group as GroupInfo
-from .errors import ConcurrentUseError
+from .errors import ConcurrentUseError, Error
 from .types import Field, Type
-from .values import Block, Value
+from .values import Block, Value, _steps
 
 if TYPE_CHECKING:
     from .scene import Scene
@@ -35,6 +35,14 @@ _destroy = quick.vrntValueDestroy
 _store = undeclared("vrtkSceneGroupSet")
 # What a group is written to that was not read yet, as large as the largest one; nothing reads it.
 _SCRATCH = bytearray()
+
+
+def shown(name: str, write: Callable[[], str]) -> str:
+    """Returns how a thing shows itself, or why it cannot be read now: printing does not fail."""
+    try:
+        return write()
+    except Error as problem:
+        return f"<{name}: {problem}>"
 
 
 @lru_cache(maxsize=None)
@@ -70,8 +78,12 @@ class Fields(MutableMapping[str, Any]):
         def __setattr__(self, name: str, thing: Any) -> None:
             self[name] = thing
 
+    def _path(self) -> str:
+        """Returns the path in the group, with a slash at its end; nothing for the group itself."""
+        return ""
+
     def _where(self) -> str:
-        return self._group._name()
+        return f"{self._group._name()}/{self._path()}"[:-1]
 
     def __getitem__(self, label: str) -> Any:
         field = self._type.fields.get(label)
@@ -83,7 +95,7 @@ class Fields(MutableMapping[str, Any]):
         field = self._type.fields.get(label)
         if field is None:
             no_name(f"{self._where()} has no field", label, self._type.fields)
-        self._group._write(field.type, self._offset + field.offset, thing, label)
+        self._group._write(field.type, self._offset + field.offset, thing, self._path() + label)
 
     def __delitem__(self, label: str) -> None:
         """Resets a field to what a new object has."""
@@ -107,7 +119,7 @@ class Fields(MutableMapping[str, Any]):
         for thing in things:
             named.update(thing)
         named.update(fields)
-        self._group._write(self._type, self._offset, named, "", keep=True)
+        self._group._write(self._type, self._offset, named, self._path()[:-1], keep=True)
 
     def reset(self) -> None:
         """Sets all fields to what a new object has."""
@@ -163,7 +175,7 @@ class Fields(MutableMapping[str, Any]):
         return dict, (self.to_dict(),)
 
     def __repr__(self) -> str:
-        return f"{self._where()} {self.to_dict()!r}"
+        return shown(self._where(), lambda: f"{self._where()} {self.to_dict()!r}")
 
     def __dir__(self) -> list[str]:
         return sorted({*object.__dir__(self), *self._type.fields})
@@ -233,21 +245,25 @@ class GroupRecord(Fields):
         """Reads the group from the scene."""
         copy, number, group = self._copy, self._number, self._info.index
         scene = copy.scene
+        if copy.changes.count < 0:
+            scene._live()
         seen = copy.changes.count  # before the scene is read: what changes afterwards is noticed
         if number != SCENE_DATA:
             scene._check(number, copy.index, copy.born)
         pointer = scene._pointer
         if pointer is None:
-            scene._refuse()
+            pointer = scene._refuse()
         if number == SCENE_DATA:
             address = _get_scene_value(pointer, group)
         else:
             address = _get_value(pointer, number, copy.index, group)
         if copy.block is None:
-            copy.buffer = (ctypes.c_char * self._type.size).from_address(address + 48)
-            copy.block = Block(address)
-            copy.arguments = (ctypes.byref(_declarations.vrtkGroupPlace(
+            block = Block(address)
+            buffer = (ctypes.c_char * self._type.size).from_address(address + 48)
+            arguments = (ctypes.byref(_declarations.vrtkGroupPlace(
                 pointer.value, address, number, copy.index, group)),)
+            # The handler of a signal may raise at any call: all or nothing is kept.
+            copy.arguments, copy.buffer, copy.block = arguments, buffer, block
         else:
             ctypes.memmove(copy.buffer, address + 48, self._type.size)
             _destroy(address)
@@ -291,6 +307,7 @@ class GroupRecord(Fields):
         changes = copy.changes
         if copy.seen != seen or changes.count != seen:
             self._conflict()
+        copy.seen = -2  # If the handler of a signal raises, the bytes of the copy are not those of the scene.
         ctypes.memmove(ctypes.addressof(copy.buffer) + offset, data, len(data))
         if changes.count != seen:
             self._conflict()
@@ -314,6 +331,21 @@ class GroupRecord(Fields):
 _set_attribute = object.__setattr__
 
 
+def _path_to(type: Type, part: Type, at: int) -> str:
+    """Returns the path from a type to a part of it at an offset, with a slash at its end."""
+    words = []
+    while type is not part:
+        if type.kind == "struct":
+            field = next(one for one in reversed(type.fields.values()) if one.offset <= at)
+            words.append(field.label)
+            type, at = field.type, at - field.offset
+        else:
+            _, type, step = _steps(type)
+            words.append(str(at // step))
+            at %= step
+    return "".join(word + "/" for word in words)
+
+
 class PartRecord(Fields):
     """A struct in a group."""
 
@@ -322,6 +354,9 @@ class PartRecord(Fields):
     def __init__(self, group: GroupRecord, offset: int) -> None:
         _set_attribute(self, "_group", group)
         _set_attribute(self, "_offset", offset)
+
+    def _path(self) -> str:
+        return _path_to(self._group._type, self._type, self._offset)
 
 
 class Elements(Sequence[Any]):
@@ -333,6 +368,9 @@ class Elements(Sequence[Any]):
         self._group = group
         self._type = type
         self._offset = offset
+
+    def _path(self) -> str:
+        return _path_to(self._group._type, self._type, self._offset)
 
     def _step(self, index: Any) -> tuple[Type, int]:
         from .values import _step
@@ -350,10 +388,10 @@ class Elements(Sequence[Any]):
             whole[index] = list(thing)
             if len(whole) != before:
                 raise ValueError(f"the array keeps its {before} elements")
-            self._group._write(self._type, self._offset, whole, "")
+            self._group._write(self._type, self._offset, whole, self._path()[:-1])
             return
         type, offset = self._step(index)
-        self._group._write(type, offset, thing, str(index))
+        self._group._write(type, offset, thing, self._path() + str(index))
 
     def __len__(self) -> int:
         return self._type.shape[-1]
@@ -385,7 +423,7 @@ class Elements(Sequence[Any]):
     __hash__ = None  # type: ignore[assignment]
 
     def __repr__(self) -> str:
-        return repr(self.to_list())
+        return shown(f"{self._group._name()}/{self._path()}"[:-1], lambda: repr(self.to_list()))
 
 
 # Classes with a property for each field.
@@ -493,7 +531,7 @@ def _other_property(field: Field) -> property:
         return self._group._read(type, self._offset + offset)
 
     def write(self: Fields, thing: Any) -> None:
-        self._group._write(type, self._offset + offset, thing, label)
+        self._group._write(type, self._offset + offset, thing, self._path() + label)
 
     return _property(field, read, write)
 

@@ -4,13 +4,24 @@ from __future__ import annotations
 import ctypes
 import difflib
 import os
-from collections.abc import Iterable
+from collections.abc import Iterable, Mapping
 from typing import Any, NoReturn
 
 from . import _declarations
 from ._library import quick
-from .errors import (CheckError, Error, FileError, JsonError, MissingFileError, ParseError, SaveError, ToolkitError,
-                     UnknownName)
+from .errors import (
+    CheckError,
+    Error,
+    FileError,
+    JsonError,
+    MissingFileError,
+    OutOfRange,
+    ParseError,
+    SaveError,
+    ToolkitError,
+    TypeMismatch,
+    UnknownName,
+)
 
 OUT_OF_MEMORY = 1  # VRNT_OUT_OF_MEMORY
 
@@ -74,6 +85,14 @@ def toolkit_error(status: int, error: ctypes.c_void_p,
     return ToolkitError(message, code)
 
 
+def save_error(status: int, error: ctypes.c_void_p, path: str | os.PathLike[str]) -> Error | MemoryError:
+    """As toolkit_error(), for a call that writes a file: what is wrong with the file is why it is not saved."""
+    problem = toolkit_error(status, error, path)
+    if isinstance(problem, FileError):
+        return SaveError(str(problem), problem.code, problem.filename)
+    return problem
+
+
 def _place(error: ctypes.c_void_p) -> tuple[int | None, int | None, int | None]:
     kind = getattr(_declarations, "vrtkTextPlace", None)
     if kind is None:
@@ -105,6 +124,60 @@ def nul_error(words: str, text: str) -> ParseError:
     """Returns the exception of a text with a NUL character."""
     before = text[:text.index("\0")]
     return ParseError(words, before.count("\n") + 1, len(before) - before.rfind("\n"), len(before.encode()))
+
+
+def path_bytes(path: Any) -> bytes:
+    """Returns a path for a C function, which would read it to the first NUL alone."""
+    if isinstance(path, int):
+        raise TypeError(f"a path is expected, not {path!r}")
+    data = os.fsencode(path)
+    if b"\0" in data:
+        raise ValueError("embedded null byte")
+    return data
+
+
+def whole_number(name: str, thing: Any, low: int | None = None, high: int | None = None) -> int:
+    """Returns an argument that is an integer. Raises TypeMismatch and OutOfRange for another one: the fields of C
+    structs would take what is left of it."""
+    if isinstance(thing, bool) or not hasattr(thing, "__index__"):
+        raise TypeMismatch(f"{name}: an integer is expected, not {thing!r}")
+    number = int(thing.__index__())
+    if low is not None and high is not None and not low <= number <= high:
+        raise OutOfRange(f"{name}: {number} is outside the range {low} to {high}")
+    return number
+
+
+def real_number(name: str, thing: Any) -> float:
+    """Returns an argument that is a number."""
+    if isinstance(thing, (str, bytes, bool)) or not (hasattr(thing, "__float__") or hasattr(thing, "__index__")):
+        raise TypeMismatch(f"{name}: a number is expected, not {thing!r}")
+    try:
+        return float(thing)
+    except OverflowError:
+        raise OutOfRange(f"{name}: the number is outside the range of float") from None
+    except (TypeError, ValueError):
+        raise TypeMismatch(f"{name}: a number is expected, not {thing!r}") from None
+
+
+def size_limit(name: str, thing: Any) -> int:
+    """Returns a number of bytes or of things, which C counts with 64 bits."""
+    return whole_number(name, thing, 0, 2**64 - 1)
+
+
+def bytes_of(data: Any) -> bytes:
+    """Returns the bytes of a buffer; bytes() of a number would be as many zeros."""
+    return bytes(memoryview(data))
+
+
+class Lookup(dict[str, Any]):
+    """A dict that names the nearest key if one is missing."""
+
+    def __init__(self, words: str, things: Mapping[str, Any]) -> None:
+        super().__init__(things)
+        self._words = words
+
+    def __missing__(self, key: str) -> Any:
+        raise UnknownName(f"{self._words} {key!r}{nearest(key, self)}")
 
 
 def nearest(name: object, names: Iterable[str]) -> str:

@@ -4,13 +4,17 @@ from __future__ import annotations
 import ctypes
 import json
 import os
+import sys
 from collections.abc import Iterator
 from typing import TYPE_CHECKING, Any
 
+import numpy
+
 from . import _declarations, _ending
+from ._layout import plain_array
 from ._library import long, quick
 from ._slotted import Record, Slotted
-from ._status import take_toolkit_string, toolkit_error
+from ._status import bytes_of, path_bytes, save_error, size_limit, take_toolkit_string, toolkit_error
 from .errors import JsonError, JsonMessage
 
 if TYPE_CHECKING:
@@ -35,7 +39,7 @@ def text_of(function: Any, *arguments: Any) -> str:
 
 
 def _folder(path: str | os.PathLike[str] | None) -> bytes | None:
-    return None if path is None else os.fsencode(path)
+    return None if path is None else path_bytes(path)
 
 
 # Files.
@@ -47,12 +51,12 @@ def write_file(path: str | os.PathLike[str], data: bytes | bytearray | memoryvie
     data: bytes, or a text that is written in UTF-8. sync: wait until the bytes are on the device. Raises
     SaveError; the file that was there before then stands as it was.
     """
-    whole = data.encode() if isinstance(data, str) else bytes(data)
+    whole = data.encode() if isinstance(data, str) else bytes_of(data)
     options = options_of("vrtkSaveOptions", not sync)
     error = ctypes.c_void_p()
-    status = long.vrtkFileSave(whole, len(whole), os.fsencode(path), ctypes.byref(options), ctypes.byref(error))
+    status = long.vrtkFileSave(whole, len(whole), path_bytes(path), ctypes.byref(options), ctypes.byref(error))
     if status:
-        raise toolkit_error(status, error, path)
+        raise save_error(status, error, path)
 
 
 # JSON.
@@ -93,21 +97,22 @@ def export_json(scene: Scene, path: str | os.PathLike[str] | None, full: bool, i
         finally:
             quick.vrtkStringDestroy(text)
     with scene._exclusive(change=False) as pointer:
-        status = long.vrtkSceneExportFile(pointer, os.fsencode(path), ctypes.byref(options),
+        status = long.vrtkSceneExportFile(pointer, path_bytes(path), ctypes.byref(options),
                                           ctypes.byref(error))
     if status:
-        raise toolkit_error(status, error, path)
+        raise save_error(status, error, path)
     return None
 
 
 def build_scene(source: Any, asset_folder: str | os.PathLike[str] | None, max_memory: int,
                 max_messages: int) -> int:
     """Returns the handle of the scene of a JSON document, its file, or Python objects of that form."""
-    options = options_of("vrtkBuildOptions", _folder(asset_folder), max_memory, max_messages)
+    options = options_of("vrtkBuildOptions", _folder(asset_folder), size_limit("max_memory", max_memory),
+                         size_limit("max_messages", max_messages))
     scene, report, error = ctypes.c_void_p(), ctypes.c_void_p(), ctypes.c_void_p()
     results = (ctypes.byref(options), ctypes.byref(scene), ctypes.byref(report), ctypes.byref(error))
     if isinstance(source, os.PathLike):
-        status = long.vrtkSceneBuildFile(os.fsencode(source), *results)
+        status = long.vrtkSceneBuildFile(path_bytes(source), *results)
     else:
         data = json_bytes(source)
         status = long.vrtkSceneBuild(data, len(data), *results)
@@ -117,13 +122,20 @@ def build_scene(source: Any, asset_folder: str | os.PathLike[str] | None, max_me
     return scene.value
 
 
+def plain_json(thing: Any) -> Any:
+    """Returns numbers and arrays of NumPy as JSON has them."""
+    if isinstance(thing, (numpy.generic, numpy.ndarray)) and thing.dtype.kind in "biuf":
+        return plain_array(thing, "JSON").tolist()
+    raise TypeError(f"a {thing.__class__.__name__} is not in the JSON form of a scene")
+
+
 def json_bytes(source: Any) -> bytes:
     """Returns a JSON text of a text, bytes or Python objects."""
     if isinstance(source, (bytes, bytearray, memoryview)):
         return bytes(source)
     if isinstance(source, str):
         return source.encode()
-    return json.dumps(source).encode()
+    return json.dumps(source, default=plain_json).encode()
 
 
 def get_json(scene: Scene, address: str) -> str:
@@ -276,17 +288,23 @@ class _Both:
     __slots__ = ("_held",)
 
     def __init__(self, a: Scene, b: Scene) -> None:
+        from .scene import Scene
+        for one in (a, b):  # before either is taken
+            if not isinstance(one, Scene):
+                raise TypeError(f"a Scene is expected, not {one.__class__.__name__}")
         self._held = (a, b)
 
     def __enter__(self) -> tuple[Any, Any]:
         a, b = self._held
         first = a._exclusive(change=False)
+        first._frame = sys._getframe(1)  # The scenes are held longer than this call.
         pointer = first.__enter__()
         if a is b:
             self._held = (first, None)  # type: ignore[assignment]
             return pointer, pointer
-        second = b._exclusive(change=False)
         try:
+            second = b._exclusive(change=False)
+            second._frame = first._frame
             other = second.__enter__()
         except BaseException:
             first.__exit__()
@@ -301,7 +319,7 @@ class _Both:
 
 
 def _diff_options(tolerance: float, absolute: float, limit: int, ids: bool) -> Any:
-    return options_of("vrtkDiffOptions", tolerance, absolute, limit, ids)
+    return options_of("vrtkDiffOptions", tolerance, absolute, size_limit("limit", limit), ids)
 
 
 def diff(a: Scene, b: Scene, *, tolerance: float = 0.0, absolute: float = 0.0, limit: int = 0,
@@ -414,7 +432,7 @@ def catalogue_text(form: str = "text", part: str | None = None) -> str:
     """
     if form not in _FORMS:
         raise ValueError(f"a form is one of {', '.join(_FORMS)}, not {form!r}")
-    return text_of(long.vrtkCatalogue, _FORMS.index(form), None if part is None else part.encode())
+    return text_of(long.vrtkCatalogue, _FORMS.index(form), None if part is None else path_bytes(part))
 
 
 class CatalogueChange(Record):

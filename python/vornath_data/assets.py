@@ -19,14 +19,15 @@ import ctypes
 import math
 import uuid
 from collections.abc import Callable
-from typing import TYPE_CHECKING, Any, TypeVar
+from functools import partial
+from typing import TYPE_CHECKING, Any, NoReturn, TypeVar
 
 import numpy
 
 from . import _declarations, _ending
-from ._layout import _Memory
+from ._layout import _Memory, plain_array, store_numbers
 from ._library import quick
-from ._status import no_name
+from ._status import no_name, whole_number
 from .errors import OutOfRange, TypeMismatch
 from .scene import SceneObject, _object_id, asset_classes
 
@@ -116,11 +117,31 @@ def _contiguous(array: Array) -> Array:
     return array if array.flags.c_contiguous else numpy.ascontiguousarray(array)
 
 
+def _raw(thing: Any) -> Array:
+    """Returns bytes as an array: those of an object with a buffer, or a list of their numbers."""
+    if isinstance(thing, (bytes, bytearray)):
+        return numpy.frombuffer(thing, "u1")  # It holds the buffer, so that it cannot be resized.
+    if isinstance(thing, (list, tuple)):
+        try:
+            return numpy.frombuffer(bytes(thing), "u1")
+        except (TypeError, ValueError):
+            raise TypeMismatch("the bytes of an asset: a list has numbers from 0 to 255") from None
+    if not isinstance(thing, numpy.ndarray):
+        try:
+            memoryview(thing)
+        except TypeError:
+            if not hasattr(thing, "__array_interface__"):
+                raise TypeMismatch(f"the bytes of an asset: a {thing.__class__.__name__} has none") from None
+    array = plain_array(thing, "the bytes of an asset")
+    # Elements of other kinds are texts, times or the addresses of Python objects.
+    if array.dtype.hasobject or array.dtype.kind not in "biufcSV":
+        raise TypeMismatch(f"the bytes of an asset: numbers are expected, not {array.dtype}")
+    return array
+
+
 def _owned(thing: Any, size: int | None = None) -> tuple[Any, int, int]:
     """Returns an owner, an address and a size for bytes, without a copy where they are contiguous."""
-    if isinstance(thing, (bytes, bytearray, memoryview)):
-        thing = numpy.frombuffer(thing, "u1")  # It holds the buffer, so that it cannot be resized.
-    array = _contiguous(numpy.asarray(thing))
+    array = _contiguous(_raw(thing))
     if size is not None and array.nbytes < size:
         raise TypeMismatch(f"the asset has {size} bytes, and {array.nbytes} were given")
     return array, array.ctypes.data, array.nbytes if size is None else size
@@ -209,8 +230,8 @@ class Mesh(Asset):
         """
         if isinstance(data, MeshLayout):
             layout = data
-            return cls._insert(scene, layout._record(), layout.words, layout.words.ctypes.data,
-                               layout.words.nbytes)
+            return cls._insert(scene, layout._record(), layout._array, layout._array.ctypes.data,
+                               layout._array.nbytes)
         if data is not None:
             counts = _counts(parts)
             layout = MeshLayout.__new__(MeshLayout)
@@ -224,7 +245,7 @@ class Mesh(Asset):
         """Replaces the record and the bytes, which are copied; the id and the references stay. Takes what
         scene.Mesh.add() takes."""
         if isinstance(data, MeshLayout):
-            layout, owner, address = data, data.words, data.words.ctypes.data
+            layout, owner, address = data, data._array, data._array.ctypes.data
         elif data is not None:
             layout = MeshLayout.__new__(MeshLayout)
             layout._count(*_counts(parts))
@@ -241,7 +262,7 @@ class Mesh(Asset):
         if 4 * layout._words > size:
             raise TypeMismatch(f"the mesh has {size} bytes, and its record asks for {4 * layout._words}")
         raw = numpy.asarray(_Memory(address, size, handle, False))
-        layout.words = numpy.ndarray((layout._words,), "<u4", raw)
+        layout._array = numpy.ndarray((layout._words,), "<u4", raw)
         return layout
 
     @property
@@ -312,23 +333,17 @@ class MeshLayout:
         True
     """
 
-    words: Array
+    _array: Array
 
     def __init__(self, triangles: int, vertices: int, texcoord_sets: int = 1, flags: int = 0) -> None:
         self._count(triangles, vertices, texcoord_sets, flags)
-        self.words = numpy.zeros(self._words, "<u4")
+        self._array = numpy.zeros(self._words, "<u4")
 
     def _count(self, triangles: int, vertices: int, texcoord_sets: int, flags: int) -> None:
-        for name, number in (("triangles", triangles), ("vertices", vertices),
-                             ("texcoord_sets", texcoord_sets)):
-            if not 0 <= number < 2**31:
-                raise OutOfRange(f"{name}: {number} is outside the range 0 to 2147483647")
-        if not 0 <= flags < 2**32:
-            raise OutOfRange(f"flags: {flags} is outside the range 0 to 4294967295")
-        self._triangles = int(triangles)
-        self._vertices = int(vertices)
-        self._sets = int(texcoord_sets) or 1
-        self._flags = int(flags)
+        self._triangles = whole_number("triangles", triangles, 0, 2**31 - 1)
+        self._vertices = whole_number("vertices", vertices, 0, 2**31 - 1)
+        self._sets = whole_number("texcoord_sets", texcoord_sets, 0, 2**31 - 1) or 1
+        self._flags = whole_number("flags", flags, 0, 2**32 - 1)
         self._extra = (self._flags & 1) + (self._flags >> 1 & 1)
         self._first_vertex = (3 + self._extra) * self._triangles
         self._first_texcoord = self._first_vertex + 9 * self._vertices
@@ -339,27 +354,32 @@ class MeshLayout:
                                                               self._flags)
         return record
 
+    @property
+    def words(self) -> Array:
+        """All words, uint32: a view."""
+        return self._array.view()
+
     def __eq__(self, other: object) -> bool:
         if not isinstance(other, MeshLayout):
             return NotImplemented
         return (self._triangles, self._vertices, self._sets, self._flags) == (
             other._triangles, other._vertices, other._sets, other._flags) and bool(
-            numpy.array_equal(self.words, other.words))
+            numpy.array_equal(self._array, other._array))
 
     __hash__ = None  # type: ignore[assignment]
 
     @property
     def triangles(self) -> Array:
         """The indices: shape (triangles, 3), uint32."""
-        return self.words[:3 * self._triangles].reshape(self._triangles, 3)
+        return self._array[:3 * self._triangles].reshape(self._triangles, 3)
 
     @property
     def triangle_words(self) -> Array:
         """A word for each triangle and set flag: shape (flags, triangles), uint32."""
-        return self.words[3 * self._triangles:self._first_vertex].reshape(self._extra, self._triangles)
+        return self._array[3 * self._triangles:self._first_vertex].reshape(self._extra, self._triangles)
 
     def _vertex(self, first: int) -> Array:
-        rows = self.words[self._first_vertex:self._first_texcoord].view("<f4").reshape(self._vertices, 9)
+        rows = self._array[self._first_vertex:self._first_texcoord].view("<f4").reshape(self._vertices, 9)
         return rows[:, first:first + 3]
 
     @property
@@ -380,7 +400,7 @@ class MeshLayout:
     @property
     def texcoords(self) -> Array:
         """The texture coordinates: shape (sets, vertices, 2), float32."""
-        return self.words[self._first_texcoord:].view("<f4").reshape(self._sets, self._vertices, 2)
+        return self._array[self._first_texcoord:].view("<f4").reshape(self._sets, self._vertices, 2)
 
 
 def _assemble(positions: Any, triangles: Any, normals: Any = None, tangents: Any = None,
@@ -394,9 +414,11 @@ def _assemble(positions: Any, triangles: Any, normals: Any = None, tangents: Any
             parts[name] = _numbers(thing, name, (count, 3))
     sets = 1
     if texcoords is not None:
-        array = numpy.asarray(texcoords)
+        array = plain_array(texcoords, "texcoords")
         if array.ndim == 2:
             array = array[None]
+        if array.ndim == 3 and not len(array):
+            raise TypeMismatch("texcoords: one set or more is expected; leave them out for none")
         parts["texcoords"] = _numbers(array, "texcoords", (None, count, 2))
         sets = len(parts["texcoords"])
     corners = parts["triangles"]
@@ -407,10 +429,13 @@ def _assemble(positions: Any, triangles: Any, normals: Any = None, tangents: Any
     owner = _one_array(layout, parts)
     if owner is not None:
         return layout, owner, corners.ctypes.data
-    layout.words = numpy.zeros(layout._words, "<u4")
+    layout._array = numpy.zeros(layout._words, "<u4")
     for name, array in parts.items():
-        getattr(layout, name)[...] = array
-    return layout, layout.words, layout.words.ctypes.data
+        if name == "triangles":
+            layout.triangles[...] = array
+        else:
+            store_numbers(getattr(layout, name), array, "float", name, partial(_no_numbers, array, name))
+    return layout, layout._array, layout._array.ctypes.data
 
 
 def _one_array(layout: MeshLayout, parts: dict[str, Array]) -> Any:
@@ -426,7 +451,7 @@ def _one_array(layout: MeshLayout, parts: dict[str, Array]) -> Any:
     low, high = _bounds(owner)
     if start < low or start + 4 * layout._words > high:
         return None
-    layout.words = numpy.ndarray((layout._words,), "<u4", numpy.asarray(
+    layout._array = numpy.ndarray((layout._words,), "<u4", numpy.asarray(
         _Memory(start, 4 * layout._words, owner, False)))
     for name, array in parts.items():
         there = getattr(layout, name)
@@ -443,9 +468,9 @@ def _bounds(array: Array) -> tuple[int, int]:
 
 
 def _numbers(thing: Any, name: str, shape: tuple[int | None, ...]) -> Array:
-    array = numpy.asarray(thing)
+    array = plain_array(thing, name)
     if array.dtype.kind not in "fiu":
-        raise TypeMismatch(f"{name}: numbers are expected, not {array.dtype}")
+        _no_numbers(array, name)
     if array.ndim != len(shape) or any(want is not None and want != have
                                        for want, have in zip(shape, array.shape)):
         words = ", ".join("any number" if want is None else str(want) for want in shape)
@@ -453,8 +478,12 @@ def _numbers(thing: Any, name: str, shape: tuple[int | None, ...]) -> Array:
     return array
 
 
+def _no_numbers(array: Array, name: str) -> NoReturn:
+    raise TypeMismatch(f"{name}: numbers are expected, not {array.dtype}")
+
+
 def _indices(thing: Any) -> Array:
-    array = numpy.asarray(thing)
+    array = plain_array(thing, "triangles")
     if array.size == 0:
         array = array.reshape(-1, 3).astype("<u4")
     if array.dtype.kind not in "iu":
@@ -551,10 +580,12 @@ class Texture(Asset):
         code = _code(format, FORMATS, "texture format")
         layout_code = _code(layout, LAYOUTS, "texture layout")
         form = _pixel_form(code)
+        given = {name: whole_number(name, extent, 1, 2**31 - 1)
+                 for name, extent in (("width", width), ("height", height), ("depth", depth)) if extent is not None}
         if width is None or height is None:
             if form is None or layout_code & _MIPMAP:
                 raise TypeError("bytes of blocks or of mipmap levels need width= and height=")
-            array = numpy.asarray(pixels)
+            array = plain_array(pixels, "pixels")
             channels, kind = form
             if array.dtype != numpy.dtype(kind):
                 raise TypeMismatch(f"pixels: the format {format} has the dtype {numpy.dtype(kind)}, "
@@ -564,12 +595,13 @@ class Texture(Asset):
             if array.ndim not in (3, 4) or array.shape[-1] != channels:
                 raise TypeMismatch(f"pixels: the shape (height, width, {channels}) is expected, "
                                    f"not {array.shape}")
-            depth, height, width = (1, *array.shape[:2]) if array.ndim == 3 else array.shape[:3]
             pixels = array
-        depth = 1 if depth is None else depth
-        for name, extent in (("width", width), ("height", height), ("depth", depth)):
-            if not 1 <= extent < 2**31:
-                raise OutOfRange(f"{name}: {extent} is outside the range 1 to 2147483647")
+            extents = dict(zip(("depth", "height", "width"), (1, *array.shape)[-4:]))
+            for name, extent in given.items():
+                if extent != extents[name]:
+                    raise TypeMismatch(f"{name}: the array has {extents[name]}, and {extent} was given")
+            given = {name: whole_number(name, extent, 1, 2**31 - 1) for name, extent in extents.items()}
+        width, height, depth = given["width"], given["height"], given.get("depth", 1)
         size = _texture_bytes(width, height, depth, code, layout_code)
         owner, address, size = _owned(pixels, size)
         return _declarations.vrdmTextureDesc(width, height, depth, code, layout_code), owner, address, size
@@ -656,20 +688,21 @@ class MaterialGraph(Asset):
         """Adds a material graph: add(data, root_offset=, parameter_offset=). Contiguous bytes are not
         copied."""
         owner, address, size = _owned(data)
-        for name, offset in (("root_offset", root_offset), ("parameter_offset", parameter_offset)):
-            if not 0 <= offset <= size:
-                raise OutOfRange(f"{name}: {offset} is outside the {size} bytes of the graph")
-        desc = cls._desc(size, root_offset, parameter_offset)
+        desc = cls._record(size, root_offset, parameter_offset)
         return cls._insert(scene, desc, owner, address, size)
 
     def replace(self, data: Any, *, root_offset: int = 0, parameter_offset: int = 0) -> None:
         """Replaces the record and the bytes, which are copied; the id and the references stay."""
         owner, address, size = _owned(data)
-        for name, offset in (("root_offset", root_offset), ("parameter_offset", parameter_offset)):
-            if not 0 <= offset <= size:
-                raise OutOfRange(f"{name}: {offset} is outside the {size} bytes of the graph")
-        self._update(self._desc(size, root_offset, parameter_offset), address)
+        self._update(self._record(size, root_offset, parameter_offset), address)
         del owner
+
+    @classmethod
+    def _record(cls, size: int, root_offset: int, parameter_offset: int) -> Any:
+        for name, offset in (("root_offset", root_offset), ("parameter_offset", parameter_offset)):
+            if not 0 <= whole_number(name, offset) <= size:
+                raise OutOfRange(f"{name}: {offset} is outside the {size} bytes of the graph")
+        return cls._desc(size, root_offset, parameter_offset)
 
     @property
     def root_offset(self) -> int:

@@ -16,7 +16,7 @@ from types import MappingProxyType
 from typing import Any
 
 from ._library import quick
-from .errors import UnknownName
+from ._status import Lookup
 from .types import Field, Type
 
 SCENE_DATA = 2**32 - 1
@@ -123,7 +123,7 @@ class Class:
         scene = number == SCENE_DATA
         self.name = "scene" if scene else quick.vrdmObjectName(number).decode()
         self.kind = "scene" if scene else KINDS[quick.vrdmObjectClass(number)]
-        self.groups: Mapping[str, Group] = _Lookup(f"{self.name} has no group", {
+        self.groups: Mapping[str, Group] = Lookup(f"{self.name} has no group", {
             group.name: group for group in (
                 Group(self.name, index, quick.vrdmFieldName(number, index).decode(),
                       Type._own(quick.vrdmFieldType(number, index)))
@@ -140,7 +140,7 @@ class Class:
         for slot in slots.values():
             if slot.attribute in taken:
                 slot.attribute += "_" + snake_case(slot.target)
-        self.slots: Mapping[str, Slot] = _Lookup(f"{self.name} has no slot", slots)
+        self.slots: Mapping[str, Slot] = Lookup(f"{self.name} has no slot", slots)
         self.has_value = bool(quick.vrdmHasValue(number))
 
     def __reduce__(self) -> tuple[object, ...]:
@@ -154,18 +154,6 @@ class Class:
         return class_info_html(self)
 
 
-class _Lookup(dict[str, Any]):
-    """A dict that names the nearest key if one is missing."""
-
-    def __init__(self, words: str, things: Mapping[str, Any]) -> None:
-        super().__init__(things)
-        self._words = words
-
-    def __missing__(self, key: str) -> Any:
-        from ._status import nearest
-        raise UnknownName(f"{self._words} {key!r}{nearest(key, self)}")
-
-
 class Catalogue:
     """All classes, and the settings of the whole scene.
 
@@ -173,7 +161,7 @@ class Catalogue:
     """
 
     def __init__(self) -> None:
-        self.classes: Mapping[str, Class] = _Lookup("there is no class", {
+        self.classes: Mapping[str, Class] = Lookup("there is no class", {
             entry.name: entry for entry in (Class(number)
                                             for number in range(quick.vrdmObjectTypeCount()))})
         self.scene = Class(SCENE_DATA)

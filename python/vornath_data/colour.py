@@ -20,6 +20,7 @@ import numpy
 
 from . import _declarations
 from ._library import long, quick
+from ._status import real_number
 from .errors import OutOfRange, TypeMismatch
 from .types import Type
 from .values import Part, Value, _Item
@@ -124,17 +125,20 @@ def spectrum(samples: Any, *, step: float | None = None) -> Value:
     closing pairs are added where they are missing: the last amplitude holds for `step` nm, or as long as
     the one before it.
     """
+    if step is not None and not 0 < real_number("step", step) < math.inf:
+        raise OutOfRange(f"step: {step} is no width of a sample")
     value = spectrum_type().default()
-    if isinstance(samples, bool):
+    if isinstance(samples, (bool, numpy.bool_)):
         raise TypeMismatch("a spectrum is a number, three numbers or pairs, and not a bool")
-    if isinstance(samples, (int, float)):
+    number = int, float, numpy.integer, numpy.floating
+    if isinstance(samples, number):
         value.update(encoding="LUMINANCE", spectrum=[float(samples)])
         return value
     if isinstance(samples, numpy.ndarray):
         plain = bool(samples.ndim == 1 and len(samples) == 3)
     else:
         samples = samples if isinstance(samples, dict) else list(samples)
-        plain = len(samples) == 3 and all(isinstance(one, (int, float)) for one in samples)
+        plain = len(samples) == 3 and all(isinstance(one, number) for one in samples)
     if plain:
         value.update(encoding="RGB", spectrum=[float(one) for one in samples])
         return value
@@ -142,8 +146,9 @@ def spectrum(samples: Any, *, step: float | None = None) -> Value:
     if pairs[0, 0] != 0:
         pairs = numpy.concatenate([numpy.zeros((1, 2), "f4"), pairs])
     if pairs[-1, 1] != 0:
-        width = step or (pairs[-1, 0] - pairs[-2, 0] if len(pairs) > 2 else 5.0)
-        pairs = numpy.concatenate([pairs, numpy.array([[pairs[-1, 0] + width, 0.0]], "f4")])
+        last, before = float(pairs[-1, 0]), float(pairs[-2, 0])
+        width = float(step) if step is not None else last - before if len(pairs) > 2 else 5.0
+        pairs = _pairs(numpy.concatenate([pairs, [[last + width, 0.0]]]))
     value.update(encoding="SPECTRAL", spectrum=pairs.ravel())
     return value
 
@@ -263,7 +268,7 @@ def blackbody_rgb(temperature: float) -> tuple[float, float, float]:
     temperature: in kelvin. NaN below about 230 K.
     """
     rgb = (ctypes.c_float * 3)()
-    quick.vrntBlackbodyToRGB(rgb, temperature)
+    quick.vrntBlackbodyToRGB(rgb, real_number("temperature", temperature))
     return rgb[0], rgb[1], rgb[2]
 
 
@@ -272,10 +277,13 @@ def planck(wavelength: float | Iterable[float], temperature: float) -> Any:
 
     wavelength: in nanometres, a number or an array. temperature: in kelvin.
     """
-    law = quick.vrntPlancksLaw
+    law, temperature = quick.vrntPlancksLaw, real_number("temperature", temperature)
     if isinstance(wavelength, (int, float)):
         return float(law(wavelength, temperature))
-    array = numpy.asarray(wavelength, "f4")
+    try:
+        array = numpy.asarray(wavelength, "f4")
+    except (TypeError, ValueError):
+        raise TypeMismatch(f"wavelength: numbers are expected, not {wavelength!r}") from None
     return numpy.array([law(float(one), temperature) for one in array.ravel()], "f4").reshape(array.shape)
 
 

@@ -24,7 +24,7 @@ from typing import TYPE_CHECKING, Any, NoReturn
 
 import numpy
 
-from ._layout import _array_form, _rows, check_number, dtype_of, store_numbers, type_leaf
+from ._layout import _array_form, _rows, check_number, dtype_of, plain_array, store_numbers, type_leaf
 from ._library import long, quick
 from ._status import no_name, toolkit_error
 from .errors import TypeMismatch
@@ -154,7 +154,7 @@ def _bytes_of(type: Type, values: Any, count: int, where: str) -> Array:
         kind = next(iter(type.fields.values())).type.base
     if kind == "enum":
         values = _codes(type, values, where)
-    array = numpy.asarray(values)
+    array = plain_array(values, where)
     if (array.dtype == {"float": "<f4", "int": "<i4", "half": "<f2"}.get(kind) and array.flags.c_contiguous
             and array.nbytes == count * type.size and array.shape[:1] == (count,)):
         target = _shape(type, numpy.empty((0, type.size), "u1"))
@@ -189,7 +189,7 @@ def _codes(type: Type, values: Any, where: str) -> Any:
         leaf = leaf.element
     if isinstance(values, str):
         return check_number(leaf, "enum", values, where)
-    array = numpy.asarray(values)
+    array = plain_array(values, where)
     if array.dtype.kind in "UO":
         return numpy.array([check_number(leaf, "enum", one, where) for one in array.ravel().tolist()],
                            "<i4").reshape(array.shape)

@@ -21,7 +21,7 @@ from ._status import toolkit_error
 from ._tools import text_of
 from .errors import Error, TypeMismatch
 from .types import Type
-from .values import Block, Part, Value
+from .values import Block, Part, Value, require_value
 
 
 class Bounds(NamedTuple):
@@ -75,6 +75,7 @@ def bounds(type: Type | str) -> Bounds:
 
 
 def _whole(value: Value | Part) -> Value:
+    require_value(value)
     return value.copy()
 
 
@@ -139,7 +140,7 @@ def describe(thing: Type | Value | Part, type: Type | str | None = None, *, as_j
     if isinstance(thing, Type):
         text = text_of(long.vrtkTypeDescribe, thing._handle.address, form)
     else:
-        block = thing.copy()._block.share()
+        block = _whole(thing)._block.share()
         annotated = None if type is None else Type(type)
         text = text_of(long.vrtkValueDescribe, block.address,
                        None if annotated is None else annotated._handle.address, form)

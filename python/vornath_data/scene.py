@@ -14,18 +14,20 @@ import ctypes
 import json
 import operator
 import os
+import sys
 import threading
 import uuid
 from collections.abc import Iterable, Iterator, Mapping, MutableSequence
 from functools import lru_cache
+from types import FrameType
 from typing import TYPE_CHECKING, Any, Generic, NoReturn, TypeVar
 
 from . import _check, _declarations, _tools, columns
 from ._library import long, quick
 from ._objects import SceneClasses
-from ._records import Changes, GroupRecord, group_class
+from ._records import Changes, GroupRecord, group_class, shown
 from ._slotted import Slotted
-from ._status import no_name, toolkit_error
+from ._status import bytes_of, no_name, path_bytes, save_error, toolkit_error
 from .catalogue import SCENE_DATA, Class, Slot, catalogue, snake_case
 from .errors import ClosedError, ConcurrentUseError, NoSuchObject, TypeMismatch
 from .values import Part, Value
@@ -76,7 +78,7 @@ class SceneObject:
         # No other thread can close the scene between these lines and the call.
         pointer = scene._pointer
         if pointer is None:
-            scene._refuse()
+            pointer = scene._refuse()
         return function(pointer, self._class.number, self._index, *arguments)
 
     @property
@@ -118,9 +120,14 @@ class SceneObject:
 
     if not TYPE_CHECKING:
         def __setattr__(self, name: str, thing: Any) -> None:
-            if name[0] != "_":
+            if name[:1] != "_":
                 self._refuse_name(name, ())
             object.__setattr__(self, name, thing)
+
+        def __getattr__(self, name: str) -> Any:
+            if name[:1] == "_":
+                raise AttributeError(name)
+            no_name(f"a {self._class.name} has no", name, self._names())
 
     def _refuse_name(self, name: str, names: Iterable[str]) -> NoReturn:
         """Refuses an assignment to what is no attribute, or cannot be assigned to."""
@@ -129,7 +136,7 @@ class SceneObject:
         no_name(f"a {self._class.name} has no", name, [*names, *self._names()])
 
     def _names(self) -> list[str]:
-        return [name for name in object.__dir__(self) if name[0] != "_"]
+        return [name for name in object.__dir__(self) if name[:1] != "_"]
 
     def __eq__(self, other: object) -> bool:
         if not isinstance(other, SceneObject):
@@ -148,11 +155,11 @@ class SceneObject:
 
     def __repr__(self) -> str:
         head = f"<{self._class.name} {self._index}"
-        if self._scene.closed:
-            return head + " of a closed scene>"
         try:
             self._check()
             text = self._describe()
+        except ClosedError:
+            return head + " of a closed scene>"
         except NoSuchObject:
             text = "removed"
         except ConcurrentUseError:
@@ -244,13 +251,13 @@ class Instance(SceneObject):
 
     if not TYPE_CHECKING:  # so that a type checker sees what is misspelt
         def __setattr__(self, name: str, thing: Any) -> None:
-            if name[0] == "_" or name in self._attributes:
+            if name[:1] == "_" or name in self._attributes:
                 object.__setattr__(self, name, thing)
             else:
                 self._refuse_name(name, self._attributes)
 
         def __getattr__(self, name: str) -> Any:
-            if name[0] == "_":
+            if name[:1] == "_":
                 raise AttributeError(name)
             no_name(f"a {self._class.name} has no", name, self._attributes)
 
@@ -356,7 +363,7 @@ class Groups(Mapping[str, GroupRecord]):
         return groups_html(self)
 
     def __repr__(self) -> str:
-        return repr(self.to_dict())
+        return shown(f"groups of {self._object!r}", lambda: repr(self.to_dict()))
 
 
 class Slots(Mapping[str, Any]):
@@ -395,8 +402,8 @@ class Slots(Mapping[str, Any]):
         return list(self)
 
     def __repr__(self) -> str:
-        return repr({name: list(thing) if isinstance(thing, ReferenceList) else thing
-                     for name, thing in self.items()})
+        return shown(f"slots of {self._object!r}", lambda: repr(
+            {name: list(thing) if isinstance(thing, ReferenceList) else thing for name, thing in self.items()}))
 
 
 class Side(Slotted):
@@ -595,7 +602,7 @@ class ReferenceList(MutableSequence[Any]):
     __hash__ = None  # type: ignore[assignment]
 
     def __repr__(self) -> str:
-        return repr(list(self))
+        return shown(f"{self._slot.name} of {self._object!r}", lambda: repr(list(self)))
 
 
 # Classes of objects with properties for their groups and slots.
@@ -740,10 +747,13 @@ class Objects(Generic[T]):
     def __contains__(self, thing: object) -> bool:
         if isinstance(thing, SceneObject):
             return thing._scene is self._scene and thing._class is self._class and thing.valid
-        if isinstance(thing, int) and not isinstance(thing, bool):
-            return 0 <= thing < 2**31 and bool(
-                self._scene._call(_valid, self._class.number, thing))
-        return False
+        if isinstance(thing, bool):
+            return False
+        try:
+            slot = operator.index(thing)  # type: ignore[arg-type]
+        except TypeError:
+            return False
+        return 0 <= slot < 2**31 and bool(self._scene._call(_valid, self._class.number, slot))
 
     def add(self, *arguments: Any, **things: Any) -> T:
         """Adds an object and returns it. The lowest free slot is used.
@@ -810,7 +820,7 @@ class Objects(Generic[T]):
     def __repr__(self) -> str:
         if self._scene.closed:
             return f"<{self._class.name} objects of a closed scene>"
-        return f"<{len(self)} {self._class.name} objects>"
+        return shown(f"{self._class.name} objects", lambda: f"<{len(self)} {self._class.name} objects>")
 
     def __dir__(self) -> list[str]:
         return sorted(object.__dir__(self))
@@ -823,9 +833,11 @@ class Objects(Generic[T]):
 class _Exclusive:
     """Takes the scene for itself as long as it is open: another use raises ConcurrentUseError."""
 
-    __slots__ = ("_change", "_count", "_fields", "_pointer", "_scene")
+    __slots__ = ("_change", "_count", "_fields", "_frame", "_pointer", "_scene", "_thread")
 
     def __init__(self, scene: Scene, change: bool, fields: bool) -> None:
+        self._frame: FrameType | None = sys._getframe(2)  # that of the with statement, behind Scene._exclusive()
+        self._thread = threading.get_ident()
         self._scene = scene
         self._change = change
         self._fields = fields
@@ -835,22 +847,32 @@ class _Exclusive:
         # No call stands between these lines: no other thread can take the scene in between.
         pointer = scene._pointer
         if pointer is None:
-            scene._refuse()
-        scene._pointer = None
+            pointer = scene._refuse()
         changes = scene._changes
         self._count = changes.count
-        changes.count = -1
         self._pointer = pointer
-        scene._user = threading.get_ident()
+        scene._pointer = None
+        changes.count = -1
+        scene._user = self
         return pointer
+
+    def interrupted(self) -> bool:
+        """Tells whether the block ended without __exit__(): a handler of a signal may raise where that begins. Looks
+        at the frames of the thread that took the scene, which alone may ask."""
+        frame: FrameType | None = sys._getframe()
+        while frame is not None and frame is not self._frame:
+            frame = frame.f_back
+        return frame is None
 
     def __exit__(self, *arguments: object) -> None:
         scene = self._scene
-        scene._user = None
         if self._change and not self._fields:
             scene._lists.clear()
+        # No call stands between these lines, at which a handler of a signal could raise.
+        scene._user = None
         scene._changes.count = self._count + 1 if self._change else self._count
         scene._pointer = self._pointer
+        self._frame = None
 
 
 class Scene(SceneClasses):
@@ -864,6 +886,8 @@ class Scene(SceneClasses):
     __slots__ = ("__weakref__", "_changes", "_groups", "_lists", "_open", "_pid", "_pointer", "_removals", "_user")
 
     def __init__(self) -> None:
+        if hasattr(self, "_open"):  # Another scene in its place would leave its groups without theirs.
+            raise TypeError("the scene exists already; make another one")
         address = quick.vrdmCreateScene()
         if not address:
             raise MemoryError("there is no memory for a scene")
@@ -873,7 +897,7 @@ class Scene(SceneClasses):
         self._pointer: Any = _Handle(address)
         self._open = True
         self._changes = Changes()
-        self._user: int | None = None
+        self._user: _Exclusive | None = None
         self._removals: dict[tuple[int, int], int] = {}
         self._groups: dict[int, GroupRecord] = {}
         self._lists: dict[int, Any] = {}  # the live slots of classes, until objects are added or removed
@@ -906,7 +930,7 @@ class Scene(SceneClasses):
         # No call stands between these lines, so that one thread alone closes the scene.
         pointer = self._pointer
         if pointer is None:
-            self._refuse()
+            pointer = self._refuse()
         self._pointer = None
         self._open = False
         self._changes.count = -1
@@ -921,13 +945,19 @@ class Scene(SceneClasses):
     def __exit__(self, *arguments: object) -> None:
         self.close()
 
-    def _refuse(self) -> NoReturn:
+    def _refuse(self) -> Any:
+        """Raises ClosedError or ConcurrentUseError; returns the scene of the library, which is free again, if the call
+        that had it was interrupted."""
         if self.closed:
             raise ClosedError("the scene is closed")
         if self._pid != os.getpid():
             raise ConcurrentUseError("another thread used the scene when this process was forked, so it may "
                                      "be half changed; open it again here")
-        if self._user == threading.get_ident():
+        user = self._user
+        if user is not None and user._thread == threading.get_ident():
+            if user.interrupted():
+                user.__exit__()
+                return self._pointer
             raise ConcurrentUseError("the scene is used by a call of this thread that has not returned")
         raise ConcurrentUseError("another thread uses the scene; one thread at a time may use a scene")
 
@@ -940,7 +970,7 @@ class Scene(SceneClasses):
         """Calls a short function of the library with the scene."""
         pointer = self._pointer
         if pointer is None:
-            self._refuse()
+            pointer = self._refuse()
         return function(pointer, *arguments)
 
     def _exclusive(self, change: bool = True, fields: bool = False) -> _Exclusive:
@@ -951,7 +981,7 @@ class Scene(SceneClasses):
         """Raises NoSuchObject for an object that is not in the scene any more."""
         pointer = self._pointer
         if pointer is None:
-            self._refuse()
+            pointer = self._refuse()
         live = _valid(pointer, number, index)
         if not live or self._removals.get((number, index), 0) != born:
             raise NoSuchObject(f"{catalogue().by_number[number].name} {index} is not in the scene any more")
@@ -959,9 +989,11 @@ class Scene(SceneClasses):
     def _remove(self, number: int, index: int, born: int) -> None:
         self._check(number, index, born)
         with self._exclusive() as pointer:
-            quick.vrdmRemove(pointer, number, index)
             key = number, index
-            self._removals[key] = self._removals.get(key, 0) + 1
+            try:
+                quick.vrdmRemove(pointer, number, index)
+            finally:  # also where the handler of a signal raises after the call
+                self._removals[key] = self._removals.get(key, 0) + 1
 
     def _index_of(self, thing: Any, target: str, where: str) -> int:
         """Returns the slot number of an object to refer to."""
@@ -1005,7 +1037,7 @@ class Scene(SceneClasses):
             classes = catalogue().classes
             if name in classes:
                 return Objects(self, classes[name])
-            if name[0] == "_":
+            if name[:1] == "_":
                 raise AttributeError(name)
             no_name("a scene has no", name, [*classes, *object.__dir__(self)])
 
@@ -1053,10 +1085,10 @@ class Scene(SceneClasses):
         options = _declarations.vrtkSaveOptions(ctypes.sizeof(_declarations.vrtkSaveOptions), not sync)
         error = ctypes.c_void_p()
         with self._exclusive(change=False) as pointer:
-            status = long.vrtkSceneSave(pointer, os.fsencode(path), ctypes.byref(options),
+            status = long.vrtkSceneSave(pointer, path_bytes(path), ctypes.byref(options),
                                         ctypes.byref(error))
         if status:
-            raise toolkit_error(status, error, path)
+            raise save_error(status, error, path)
 
     def to_bytes(self) -> bytes:
         """Returns the bytes of the scene's file."""
@@ -1074,7 +1106,7 @@ class Scene(SceneClasses):
     @classmethod
     def from_bytes(cls, data: bytes) -> Scene:
         """Returns the scene of the bytes of a file, checked. Raises CheckError."""
-        return cls.open(bytes(data))
+        return cls.open(bytes_of(data))
 
     def copy(self) -> Scene:
         """Returns a scene with the same content, slots and ids. Raises ToolkitError for an object without
@@ -1141,7 +1173,7 @@ class Scene(SceneClasses):
         limits: refuse numbers outside the limits of their fields. Raises UnknownName, and JsonError with
         the reason; the scene is then as it was.
         """
-        _tools.set_json(self, address, json.dumps(thing), limits, asset_folder)
+        _tools.set_json(self, address, json.dumps(thing, default=_tools.plain_json), limits, asset_folder)
         parts = address.split("/")
         if thing is None and len(parts) == 2 and parts[0] in catalogue().classes and parts[1].isdigit():
             key = catalogue().classes[parts[0]].number, int(parts[1])
@@ -1180,8 +1212,11 @@ class Scene(SceneClasses):
             return "<Scene, closed>"
         if self._pointer is None:
             return "<Scene, in use>"
-        parts = [f"{len(objects)} {name}" for name, objects in self.classes.items() if objects]
-        return f"<Scene {self.id}: {', '.join(parts) or 'empty'}>"
+        try:
+            parts = [f"{len(objects)} {name}" for name, objects in self.classes.items() if objects]
+            return f"<Scene {self.id}: {', '.join(parts) or 'empty'}>"
+        except ConcurrentUseError:
+            return "<Scene, in use>"
 
     def __dir__(self) -> list[str]:
         return sorted({*object.__dir__(self), *catalogue().classes})
@@ -1223,7 +1258,7 @@ class SceneGroups(Mapping[str, GroupRecord]):
         group._write(group._type, 0, thing, "")
 
     def __getattr__(self, name: str) -> GroupRecord:
-        if name[0] == "_":
+        if name[:1] == "_":
             raise AttributeError(name)
         return self._find(name)
 
@@ -1258,7 +1293,7 @@ class SceneGroups(Mapping[str, GroupRecord]):
         return groups_html(self)
 
     def __repr__(self) -> str:
-        return repr({name: group.to_dict() for name, group in self.items()})
+        return shown("groups of the scene", lambda: repr(self.to_dict()))
 
 
 __all__ = ["Groups", "Instance", "Objects", "Program", "ReferenceList", "Scene", "SceneGroups", "SceneObject",

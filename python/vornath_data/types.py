@@ -19,7 +19,7 @@ from typing import TYPE_CHECKING, Any, TypeVar
 from ._declarations import vrntValueView_t
 from ._library import long, quick
 from ._slotted import Slotted
-from ._status import no_name, nul_error, parse_error, take_string, value_error
+from ._status import Lookup, no_name, nul_error, parse_error, take_string, value_error
 from .errors import TypeMismatch
 
 if TYPE_CHECKING:
@@ -272,7 +272,11 @@ class Type:
     @property
     def size(self) -> int:
         """The bytes of a value; 0 for a type that is not concrete, such as float[]."""
-        return int(quick.vrntTypeSize(self._handle.address))
+        try:
+            size: int = self._cache["size"]
+        except KeyError:
+            size = self._cache["size"] = quick.vrntTypeSize(self._handle.address)
+        return size
 
     @property
     def alignment(self) -> int:
@@ -293,6 +297,9 @@ class Type:
     @property
     def shape(self) -> tuple[int, ...]:
         """The extents of an array, the fastest-running one first; -1 for those of an unsized array."""
+        return self._kept("shape", self._find_shape)
+
+    def _find_shape(self) -> tuple[int, ...]:
         if self.kind != "array":
             raise TypeMismatch(f"an array has a shape, and not the {self.text}")
         extents = (ctypes.c_int32 * quick.vrntTypeArrayDimension(self._handle.address))()
@@ -330,7 +337,7 @@ class Type:
             quick.vrntValueStructField(ctypes.byref(view), address, index)
             type = Type._own(quick.vrntTypeFieldType(address, index))
             fields[label] = Field(label, type, view.offset, index, self)
-        return fields
+        return Lookup("the struct has no field", fields)
 
     @property
     def arguments(self) -> tuple[Type, ...]:
@@ -372,6 +379,8 @@ class Type:
     def field(self, path: str) -> Field:
         """Returns a field by its path, such as "matrix.x" or "matrix/x", with its offset in the whole.
         Raises UnknownName."""
+        if not isinstance(path, str):
+            raise TypeError(f"a field is named by its path, not by {path!r}")
         offset = 0
         here: Type = self
         parent: Type = self
@@ -439,9 +448,11 @@ class Type:
 
     @property
     def _layout(self) -> Layout:
-        from ._layout import Layout
-        layout: Layout = self._kept("layout", lambda: Layout(self))
-        return layout
+        try:
+            return self._cache["layout"]  # type: ignore[no-any-return]
+        except KeyError:
+            from ._layout import make_layout
+            return make_layout(self)
 
     @property
     def dtype(self) -> numpy.dtype[Any]:

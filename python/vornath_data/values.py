@@ -13,15 +13,14 @@ write.
 from __future__ import annotations
 
 import ctypes
-import math
 from collections.abc import Iterator
 from contextlib import contextmanager
-from typing import Any, SupportsIndex
+from typing import Any, NoReturn, SupportsIndex
 
 from . import _declarations
-from ._layout import SCALARS, Array, Encoder, array_of, write_block
+from ._layout import SCALARS, Array, Encoder, array_of, counted, merge_numbers, write_block
 from ._library import long, quick
-from ._status import no_name, nul_error, parse_error, take_string, value_error
+from ._status import bytes_of, no_name, nul_error, parse_error, real_number, take_string, value_error
 from .errors import Error, TypeMismatch
 from .types import Type
 
@@ -43,7 +42,11 @@ class Block:
         return Block(quick.vrntValueCopy(self.address))
 
     def __del__(self, destroy: Any = quick.vrntValueDestroy) -> None:
-        destroy(self.address)
+        try:
+            address = self.address
+        except AttributeError:  # The handler of a signal raised in __init__().
+            return
+        destroy(address)
 
 
 class ForeignAddress(int):
@@ -78,7 +81,7 @@ class _Item:
         root, type, offset = self._place()
         if isinstance(key, str) and ("/" in key or "." in key):
             for part in key.replace("/", ".").split("."):
-                type, offset = _step(type, offset, int(part) if part.lstrip("-").isdigit() else part)
+                type, offset = _step(type, offset, int(part) if part.removeprefix("-").isdecimal() else part)
             return root, type, offset
         if isinstance(key, tuple):
             for part in key:
@@ -172,9 +175,13 @@ class _Item:
         array of chars bytes, an enum its label, and a reference what it leads to, in a dict
         {"to": ...}, or None."""
         root, type, offset = self._place()
-        block = root._block
-        buffer = (ctypes.c_char * root.type.size).from_address(block.address + _HEADER)
-        return type._layout.decode(buffer, offset, lambda at, kind: _follow(block, kind, at))
+        # What references lead to is read afterwards, and not within: a linked list may be long.
+        pending: list[tuple[dict[str, Any], Value]] = []
+        found = root._decode(type, offset, pending)
+        while pending:
+            place, target = pending.pop()
+            place["to"] = target._decode(target.type, 0, pending)
+        return found
 
     def numpy(self) -> Array:
         """Returns a read-only NumPy array over the bytes, without a copy: of numbers for a scalar, a
@@ -190,8 +197,8 @@ class _Item:
 
     @contextmanager
     def edit(self) -> Iterator[Array]:
-        """Gives a NumPy array to write to, and writes what it contains at the end of the block, unless
-        that ends with an exception.
+        """Gives a NumPy array to write to, and writes the elements that were changed at the end of the block,
+        unless that ends with an exception. Other writes to the value meanwhile stand.
 
             >>> import vornath_data as vd
             >>> v = vd.Value(vd.Type("float[3]"))
@@ -206,14 +213,19 @@ class _Item:
         if type._layout.has_references:
             raise TypeMismatch(f"the {type.text} contains references; edit its other parts by their names")
         import numpy
-        old = root._block
-        start = old.address + _HEADER + offset
-        buffer = bytearray(ctypes.string_at(start, type.size))
+        before = root._bytes(offset, type.size)
+        buffer = bytearray(before)
         view = array_of(type, buffer, ctypes.addressof((ctypes.c_char * max(len(buffer), 1)).from_buffer(
             buffer if buffer else bytearray(1))))
         array: Array = numpy.ndarray(view.shape, view.dtype, buffer, 0, view.strides)
         yield array
-        root._block = write_block(old, offset, buffer)
+        now = root._bytes(offset, type.size)
+        if now != before:
+            found = bytearray(now)
+            merge_numbers(*(numpy.ndarray(array.shape, array.dtype, one, 0, array.strides)
+                            for one in (found, before, bytes(buffer))))
+            buffer = found
+        root._block = write_block(root._block, offset, buffer)
 
     def text(self, *, exact: bool = False, multiline: bool = False) -> str:
         """Returns the text in the language that Value.parse() reads.
@@ -260,8 +272,8 @@ class _Item:
         return None if equal else reason
 
     def _compare(self, other: _Item, tolerance: float, explain: bool) -> tuple[bool, str]:
-        if not isinstance(other, _Item):
-            raise TypeError(f"a value is expected, not {other.__class__.__name__}")
+        require_value(other)
+        tolerance = real_number("tolerance", tolerance)
         root_a, type_a, offset_a = self._place()
         root_b, type_b, offset_b = other._place()
         if not type_a.is_equal(type_b):
@@ -323,6 +335,8 @@ class Value(_Item):
     _type: Type | None
 
     def __init__(self, type: Type | str, content: Any = ...) -> None:
+        if hasattr(self, "_block"):
+            raise TypeError("the value exists already; make another one, or assign to its parts")
         type = type if isinstance(type, Type) else Type(type)
         type._require_concrete()
         error = ctypes.c_void_p()
@@ -375,6 +389,26 @@ class Value(_Item):
 
     def _place(self) -> tuple[Value, Type, int]:
         return self, self.type, 0
+
+    def _decode(self, type: Type, offset: int, pending: list[tuple[dict[str, Any], Value]]) -> Any:
+        """Returns a place as Python objects, and adds the references to follow, with the dict for each."""
+        block = self._block
+
+        def follow(at: int, kind: Type) -> Any:
+            target = _target(block, kind, at)
+            if not isinstance(target, Value):
+                return target
+            place: dict[str, Any] = {"to": None}
+            pending.append((place, target))
+            return place
+
+        buffer = (ctypes.c_char * self.type.size).from_address(block.address + _HEADER)
+        return type._layout.decode(buffer, offset, follow)
+
+    def _bytes(self, offset: int, size: int) -> bytes:
+        """Returns bytes of the value as it is now."""
+        block = self._block
+        return ctypes.string_at(block.address + _HEADER + offset, size)
 
     def _write(self, type: Type, offset: int, thing: Any, path: str, keep: bool = False) -> None:
         """Writes an object to a place. With `keep`, parts that the object does not name stay; else they
@@ -439,7 +473,7 @@ class Value(_Item):
         """Returns the value of a stream that to_bytes() wrote. The stream is checked before it is read.
         Raises CheckError for one that is damaged."""
         from ._streams import read_stream
-        return read_stream(bytes(data))
+        return read_stream(bytes_of(data))
 
     def __copy__(self) -> Value:
         return self.copy()
@@ -463,7 +497,10 @@ class Part(_Item):
         self._offset = offset
 
     def _place(self) -> tuple[Value, Type, int]:
-        return self._root, self._type, self._offset
+        root, type, offset = self._root, self._type, self._offset
+        if not 0 <= offset <= root.type.size - type.size:  # a second wall around the block
+            _outside(root.type, offset)
+        return root, type, offset
 
     def __copy__(self) -> Value:
         return self.copy()
@@ -483,31 +520,40 @@ def _step(type: Type, offset: int, key: Any) -> tuple[Type, int]:
             field = type.fields.get(key)
             if field is None:
                 no_name("the struct has no field", key, type.fields)
+            if field.offset + field.type.size > type.size:
+                _outside(type, key)
             return field.type, offset + field.offset
         raise TypeError(f"a field of a struct is named by its label, not by {key!r}")
     if not isinstance(key, (int, SupportsIndex)) or isinstance(key, bool):
         raise TypeError(f"the {type.text} has no part {key!r}")
     index = int(key.__index__())
     if kind == "array":
-        extents = type.shape
-        count = extents[-1]
+        count, inner, step = type._kept("steps", lambda: _steps(type))
         if not -count <= index < count:
             raise IndexError(f"{index} is outside the {count} elements")
-        inner = type.element if len(extents) == 1 else _inner_array(type)
-        return inner, offset + (index % count) * math.prod(extents[:-1]) * type.element.size
+        at = (index % count) * step
+        if at + inner.size > type.size:
+            _outside(type, index)
+        return inner, offset + at
     if kind == "vector":
-        if not -type.lanes <= index < type.lanes:
-            raise IndexError(f"{index} is outside the {type.lanes} lanes")
-        scalar = Type(type.base)
-        return scalar, offset + (index % type.lanes) * scalar.size
+        lanes = type.lanes
+        if not -lanes <= index < lanes:
+            raise IndexError(f"{index} is outside the {lanes} lanes")
+        scalar = type._kept("lane", lambda: Type(type.base))
+        return scalar, offset + (index % lanes) * scalar.size
     raise TypeError(f"the {type.text} has no parts")
 
 
-def _inner_array(type: Type) -> Type:
-    """Returns the type of an array's parts along its last dimension."""
-    inner: Type = type._kept("inner", lambda: Type(
-        f"{type.element.text}[{','.join(str(one) for one in type.shape[:-1])}]"))
-    return inner
+def _steps(type: Type) -> tuple[int, Type, int]:
+    """Returns the number of an array's parts along its last dimension, their type, and the bytes of each."""
+    *inner, count = type.shape
+    elements = counted(type)
+    part = Type(f"{type.element.text}[{','.join(map(str, inner))}]") if inner else type.element
+    return count, part, elements // count * type.element.size if count > 0 else 0
+
+
+def _outside(type: Type, key: object) -> NoReturn:
+    raise TypeMismatch(f"the part {key!r} of the {type.stripped.text} does not lie in its {type.size} bytes")
 
 
 def _read(root: Value, type: Type, offset: int) -> Any:
@@ -532,11 +578,6 @@ def _target(block: Block, type: Type, offset: int) -> Value | ForeignAddress | N
     return Value._own(quick.vrntValueDereference(block.address, ctypes.byref(view)))
 
 
-def _follow(block: Block, type: Type, offset: int) -> Any:
-    target = _target(block, type, offset)
-    return {"to": target.to_python()} if isinstance(target, Value) else target
-
-
 def _path_text(key: Any) -> str:
     return "/".join(str(part) for part in key) if isinstance(key, tuple) else str(key)
 
@@ -548,6 +589,11 @@ def _codes_valid(item: _Item) -> bool:
     except Error:
         return False
     return True
+
+
+def require_value(thing: object) -> None:
+    if not isinstance(thing, _Item):
+        raise TypeMismatch(f"a Value is expected, not {thing.__class__.__name__}")
 
 
 def parse_value(text: str, type: Type | str | None = None) -> Value:
@@ -580,6 +626,7 @@ def coerce(value: Value | Part, type: Type | str, *, lenient: bool = True) -> Va
     """
     type = type if isinstance(type, Type) else Type(type)
     type._require_concrete()
+    require_value(value)
     whole = value.copy() if isinstance(value, Part) else value
     block = whole._block.share()
     error = ctypes.c_void_p()
