@@ -463,40 +463,62 @@ class Reader {
     return place * turn * stretch * toPivot;
   }
 
-  // Returns the keyframes as maps at equal steps. Between two of them that turn, there are more
-  // steps, since the renderer moves points along straight lines from step to step.
-  std::vector<Transform> readKeyframes(int keyframeList) const {
-    constexpr int kSteps = 8;
-    constexpr std::size_t kMostSteps = 129;
-    struct Key {
-      Vec3 pivot, scale, move;
-      std::array<float, 4> q;
-    };
+  struct Key {
+    Vec3 pivot, scale, move;
+    std::array<float, 4> q;  // of length 1
+  };
+
+  std::vector<Key> keysOf(int keyframeList) const {
     std::vector<Key> keys;
     for (const std::int32_t index : list(VRDM_CLASS_KEYFRAME_LIST, keyframeList, "keyframes")) {
       if (!valid(VRDM_CLASS_KEYFRAME, index)) continue;
       const Group group = this->group(VRDM_CLASS_KEYFRAME, index, "Transformation");
       const ValueReader f = group.fields();
+      std::array<float, 4> q{f.numberAt("qi"), f.numberAt("qj"), f.numberAt("qk"),
+                             f.numberAt("qr")};
+      const float size = std::sqrt(q[0] * q[0] + q[1] * q[1] + q[2] * q[2] + q[3] * q[3]);
+      const bool turns = size > 0 && std::isfinite(size);
+      for (float& lane : q) lane = turns ? lane / size : 0;
+      if (!turns) q[3] = 1;
       keys.push_back({{f.numberAt("px"), f.numberAt("py"), f.numberAt("pz")},
                       {f.numberAt("sx"), f.numberAt("sy"), f.numberAt("sz")},
                       {f.numberAt("tx"), f.numberAt("ty"), f.numberAt("tz")},
-                      {f.numberAt("qi"), f.numberAt("qj"), f.numberAt("qk"), f.numberAt("qr")}});
+                      q});
+    }
+    return keys;
+  }
+
+  // Returns the map at a fraction of the way from one key to the next.
+  static Transform between(const Key& a, const Key& b, float t) {
+    const auto mix = [t](Vec3 from, Vec3 to) { return from * (1 - t) + to * t; };
+    return keyframe(mix(a.pivot, b.pivot), mix(a.scale, b.scale), turned(a.q, b.q, t),
+                    mix(a.move, b.move));
+  }
+
+  // Returns the maps of keys at equal steps. Points move along straight lines from step to step, so
+  // there are `turnSteps` of them between two keys that turn, or as many as the limit allows. If
+  // the keys alone are more than that, the motion is taken at the most even times that there may
+  // be.
+  static std::vector<Transform> stepsOf(const std::vector<Key>& keys, std::size_t turnSteps,
+                                        std::size_t most) {
+    if (keys.empty()) return {};
+    const std::size_t spans = keys.size() - 1;
+    bool turns = false;
+    for (std::size_t i = 0; i < spans; ++i) turns |= keys[i].q != keys[i + 1].q;
+    std::size_t intervals = spans;
+    if (spans > most - 1) {
+      intervals = most - 1;
+    } else if (turns) {
+      intervals *= std::clamp((most - 1) / spans, std::size_t{1}, turnSteps);
     }
     std::vector<Transform> steps;
-    bool turns = false;
-    for (std::size_t i = 0; i + 1 < keys.size(); ++i) turns |= keys[i].q != keys[i + 1].q;
-    const int between = turns && (keys.size() - 1) * kSteps < kMostSteps ? kSteps : 1;
-    for (std::size_t i = 0; i < keys.size(); ++i) {
-      const Key& a = keys[i];
-      const Key& b = keys[std::min(i + 1, keys.size() - 1)];
-      for (int step = 0; step < (i + 1 < keys.size() ? between : 1); ++step) {
-        const float t = static_cast<float>(step) / static_cast<float>(between);
-        const auto mix = [t](Vec3 from, Vec3 to) { return from * (1 - t) + to * t; };
-        steps.push_back(keyframe(mix(a.pivot, b.pivot), mix(a.scale, b.scale), turned(a.q, b.q, t),
-                                 mix(a.move, b.move)));
-      }
+    for (std::size_t step = 0; step <= intervals; ++step) {
+      // In whole numbers, so that a step at a key is the key.
+      const std::size_t at = intervals > 0 ? step * spans / intervals : 0;
+      const std::size_t rest = intervals > 0 ? step * spans % intervals : 0;
+      const float t = rest == 0 ? 0 : static_cast<float>(rest) / static_cast<float>(intervals);
+      steps.push_back(between(keys[at], keys[std::min(at + 1, spans)], t));
     }
-    if (steps.size() > kMostSteps) steps.resize(kMostSteps);
     return steps;
   }
 
@@ -521,13 +543,24 @@ class Reader {
   }
 
   Motion motionOf(std::uint32_t objectClass, int index, const ValueReader& general,
-                  const Transform& outer) const {
+                  const Transform& outer) {
     Motion motion;
     const Transform own = group(objectClass, index, "Transformation").fields().matrixAt("matrix");
     motion.steps = {outer * own};
     const int keyframes = reference(objectClass, index, "keyframes");
     if (keyframes < 0) return motion;
-    std::vector<Transform> steps = readKeyframes(keyframes);
+    const std::vector<Key> keys = keysOf(keyframes);
+    // Embree moves shapes, and takes so many steps. A camera has no such limit.
+    const bool isCamera = objectClass == VRDM_CLASS_CAMERA;
+    constexpr std::size_t kMostSteps = 129, kTurnSteps = 8, kCameraTurnSteps = 64;
+    const std::size_t most =
+        isCamera ? std::max(keys.size() * kTurnSteps, std::size_t{1} << 16) : kMostSteps;
+    if (keys.size() > most) {
+      notices_.add(called(objectClass, index) + " has " + std::to_string(keys.size()) +
+                   " keyframes; it moves along straight lines between " + std::to_string(most) +
+                   " times");
+    }
+    std::vector<Transform> steps = stepsOf(keys, isCamera ? kCameraTurnSteps : kTurnSteps, most);
     if (steps.empty()) return motion;
     for (Transform& step : steps) step = outer * step * own;
     motion.steps = std::move(steps);
