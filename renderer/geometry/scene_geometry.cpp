@@ -63,19 +63,20 @@ Form formOf(LightKind kind) {
 }  // namespace
 
 void PassedLights::add(std::uint32_t light, float distance) {
-  Passed* farthest = passed_.data();
-  for (Passed* at = passed_.data(); at != passed_.data() + count_; ++at) {
+  Passed* const all = many_.empty() ? few_.data() : many_.data();
+  for (Passed* at = all; at != all + count_; ++at) {
     if (at->light == light) {
       at->distance = std::min(at->distance, distance);
       return;
     }
-    if (at->distance > farthest->distance) farthest = at;
   }
-  if (count_ < kMost) {
-    passed_[count_++] = {light, distance};
-  } else if (distance < farthest->distance) {
-    *farthest = {light, distance};
+  if (count_ < kFew) {
+    few_[count_] = {light, distance};
+  } else {
+    if (many_.empty()) many_.assign(few_.begin(), few_.end());
+    many_.push_back({light, distance});
   }
+  ++count_;
 }
 
 SceneGeometry::SceneGeometry(const SceneDescription& scene) : scene_(scene) {

@@ -126,6 +126,22 @@ TEST(Instances, StandWhereTheirMatricesAndGroupsPutThem) {
   EXPECT_FLOAT_EQ(picture.normal[2], 1);
 }
 
+// Lamps do not stop rays, so all that lie behind each other are seen.
+TEST(Lamps, BehindEachOtherAddTheirLight) {
+  for (const bool isSpread : {true, false}) {
+    Maker maker;
+    constexpr int kLamps = 40;
+    for (int i = 0; i < kLamps; ++i) {
+      const Object lamp = maker.light("rectangle", flat(1));
+      maker.place(lamp, {1, 0, 0}, {0, 1, 0}, {0, 0, 1},
+                  {0, 0, isSpread ? -0.1F * static_cast<float>(i) : 0});
+    }
+    maker.camera({0, 0, 3}, 0.035F, {0.5F, 0.5F}, "orthographic");
+    const Picture picture = Ready(maker.scene.get()).picture(2, 2, 4);
+    for (int x = 0; x < 2; ++x) EXPECT_FLOAT_EQ(bandAt(picture, x, 0), kLamps);
+  }
+}
+
 TEST(Forms, HaveTheirSilhouettes) {
   const struct {
     const char* name;
