@@ -17,6 +17,11 @@ namespace {
 
 // The reflectance of what the renderer cannot understand.
 constexpr float kNeutral = 0.5F;
+// An index of refraction so high that nothing goes through.
+constexpr float kReflectsAll = 1e5F;
+// What stands for a texture that is not there.
+constexpr char kGreyInstead[] = "neutral grey stands for it";
+constexpr char kValueInstead[] = "the value without it is used";
 
 // A group of an object with the reader of its fields.
 class Group {
@@ -73,6 +78,7 @@ class Reader {
   SceneDescription read(std::optional<int> task) {
     readTextures();
     readMaterials();
+    chooseCoordinates();
     readMeshes();
     readLightGroups();
     readDecals();
@@ -207,12 +213,18 @@ class Reader {
 
   // Parameters
 
-  void checkLookup(TextureLookup& lookup, const std::string& owner) {
-    if (lookup.texture < 0) return;
-    if (valid(VRDM_CLASS_TEXTURE, lookup.texture)) return;
+  // Takes away a texture that is not there. Returns whether it did.
+  bool checkLookup(TextureLookup& lookup, const std::string& owner, const char* instead) {
+    if (lookup.texture < 0) return false;
+    if (valid(VRDM_CLASS_TEXTURE, lookup.texture)) return false;
     notices_.add(owner + " names texture " + std::to_string(lookup.texture) +
-                 ", which is not there; the colour without it is used");
+                 ", which is not there; " + instead);
     lookup.texture = -1;
+    return true;
+  }
+  // A parameter with a texture has no colour of its own.
+  void checkColour(ColourParameter& parameter, const std::string& owner) {
+    if (checkLookup(parameter.lookup, owner, kGreyInstead)) parameter.value *= kNeutral;
   }
 
   // Material 0 is the neutral one.
@@ -242,6 +254,18 @@ class Reader {
 
   bool readMaterial(const ValueReader& value, const std::string& name,
                     MaterialDescription& material) {
+    const std::initializer_list<std::string_view> colourLabels = {
+        "reflectance",   "base_color", "base_colour", "diffuse",
+        "diffuse_color", "albedo",     "color",       "colour"};
+    const std::initializer_list<std::string_view> colourMapLabels = {"map",
+                                                                     "reflectance_map",
+                                                                     "reflectance_texture",
+                                                                     "base_color_texture",
+                                                                     "base_color_map",
+                                                                     "diffuse_texture",
+                                                                     "diffuse_map"};
+    const std::initializer_list<std::string_view> emissionLabels = {
+        "emission", "emissive", "emission_color", "emissive_color"};
     std::uint32_t used = 0;
     const auto colour = [&](std::initializer_list<std::string_view> labels, ColourUse use,
                             ColourParameter& out) {
@@ -250,7 +274,7 @@ class Reader {
       const std::optional<ColourParameter> found = readColour(*at, use);
       if (!found) return false;
       out = *found;
-      checkLookup(out.lookup, name);
+      checkColour(out, name);
       ++used;
       return true;
     };
@@ -259,15 +283,16 @@ class Reader {
       const std::optional<NumberParameter> found = at ? readNumber(*at) : std::nullopt;
       if (!found) return false;
       out = *found;
-      checkLookup(out.lookup, name);
+      checkLookup(out.lookup, name, kValueInstead);
       ++used;
       return true;
     };
-    const auto map = [&](std::initializer_list<std::string_view> labels, TextureLookup& out) {
+    const auto map = [&](std::initializer_list<std::string_view> labels, TextureLookup& out,
+                         const char* instead = kValueInstead) {
       const std::optional<ValueReader> at = value.findAny(labels);
       std::optional<TextureLookup> found = at ? readLookup(*at) : std::nullopt;
       if (!found) return false;
-      checkLookup(*found, name);
+      checkLookup(*found, name, instead);
       out = *found;
       ++used;
       return true;
@@ -280,14 +305,14 @@ class Reader {
 
     const bool hasTransmission = number({"transmission", "transmittance"}, material.transmission);
     if (hasTransmission) material.reflectance.value = Spectrum(1.0F);
-    const bool hasColour = colour({"reflectance", "base_color", "base_colour", "diffuse",
-                                   "diffuse_color", "albedo", "color", "colour"},
-                                  ColourUse::Reflectance, material.reflectance);
-    const bool hasMap = map({"map", "reflectance_map", "reflectance_texture", "base_color_texture",
-                             "base_color_map", "diffuse_texture", "diffuse_map"},
-                            material.reflectance.lookup);
+    const bool hasColour = colour(colourLabels, ColourUse::Reflectance, material.reflectance);
+    const bool hasMap = map(colourMapLabels, material.reflectance.lookup,
+                            hasColour ? "the colour without it is used" : kGreyInstead);
     // A texture alone is the colour.
-    if (hasMap && !hasColour) material.reflectance.value = Spectrum(1.0F);
+    if (hasMap && !hasColour) {
+      material.reflectance.value =
+          Spectrum(material.reflectance.lookup.texture >= 0 ? 1.0F : kNeutral);
+    }
     material.hasCoat = number({"roughness"}, material.roughness);
     map({"roughness_texture", "roughness_map"}, material.roughness.lookup);
     channel("roughness_channel", material.roughness);
@@ -306,6 +331,10 @@ class Reader {
         material.hasCoat = true;
         material.indices = *indices;
         material.indices.clamp(1.0001F, 10);
+        // By convention no index stands for a boundary that reflects all light.
+        for (int band = 0; band < kBands; ++band) {
+          if ((*indices)[band] <= 0) material.indices[band] = kReflectsAll;
+        }
         material.indexOfRefraction = material.indices.mean();
         for (int band = 0; band < kBands; ++band) {
           material.isDispersive |= std::abs(material.indices[band] - material.indices[0]) > 1e-5F;
@@ -330,22 +359,33 @@ class Reader {
         material.normalScale.y *= *scale;
       }
     }
-    if (const auto at = value.findAny({"emission", "emissive", "emission_color", "emissive_color"});
-        at) {
-      if (const std::optional<EmissionParameter> emission = readEmission(*at); emission) {
+    material.emission.value = Spectrum();
+    bool hasEmission = false;
+    const auto emissionField = value.findAny(emissionLabels);
+    if (emissionField) {
+      if (const std::optional<EmissionParameter> emission = readEmission(*emissionField);
+          emission) {
         ++used;
+        hasEmission = true;
         material.emission = emission->colour;
-        checkLookup(material.emission.lookup, name);
-      } else {
-        material.emission.value = Spectrum();
+        checkColour(material.emission, name);
       }
-    } else {
-      material.emission.value = Spectrum();
     }
-    const bool emits = !material.emission.value.isZero();
-    if (map({"emission_texture", "emission_map", "emissive_texture"}, material.emission.lookup) &&
-        !emits && !value.findAny({"emission", "emissive", "emission_color", "emissive_color"})) {
-      material.emission.value = Colours::get().daylight();
+    TextureLookup& emissionMap = material.emission.lookup;
+    if (map({"emission_texture", "emission_map", "emissive_texture"}, emissionMap,
+            emissionField ? kValueInstead : kGreyInstead)) {
+      hasEmission = true;
+      if (!emissionField) {
+        material.emission.value = Colours::get().daylight();
+        if (emissionMap.texture < 0) material.emission.value *= kNeutral;
+      }
+    }
+    // What only shines reflects nothing.
+    if (hasEmission && !hasTransmission && !value.findAny(colourLabels) &&
+        !value.findAny(colourMapLabels) &&
+        !value.findAny({"roughness", "roughness_texture", "roughness_map", "metallic", "metalness",
+                        "metallic_texture", "metallic_map"})) {
+      material.reflectance.value = Spectrum();
     }
     if (const auto at = value.findAny({"emission_strength", "emissive_strength"}); at) {
       const float strength = at->number().value_or(1);
@@ -357,6 +397,30 @@ class Reader {
     }
     tellUnknown(value);
     return used != 0;
+  }
+
+  // A point of a surface has room for some sets of coordinates: those that materials use.
+  void chooseCoordinates() {
+    std::vector<int>& sets = out_.coordinateSets;
+    for (MaterialDescription& material : out_.materials) {
+      for (TextureLookup* const lookup :
+           {&material.reflectance.lookup, &material.emission.lookup, &material.roughness.lookup,
+            &material.metallic.lookup, &material.transmission.lookup, &material.opacity.lookup,
+            &material.normalMap}) {
+        if (lookup->texture < 0) continue;
+        auto found = std::find(sets.begin(), sets.end(), lookup->set);
+        if (found == sets.end() && sets.size() == TextureCoordinates::kMostSets) {
+          notices_.add("the materials use more than " +
+                       std::to_string(TextureCoordinates::kMostSets) +
+                       " sets of texture coordinates; set " + std::to_string(sets.front()) +
+                       " stands for set " + std::to_string(lookup->set));
+          found = sets.begin();
+        } else if (found == sets.end()) {
+          found = sets.insert(sets.end(), lookup->set);
+        }
+        lookup->set = static_cast<int>(found - sets.begin());
+      }
+    }
   }
 
   void tellUnknown(const ValueReader& value) {
@@ -548,8 +612,11 @@ class Reader {
     const Transform own = group(objectClass, index, "Transformation").fields().matrixAt("matrix");
     motion.steps = {outer * own};
     const int keyframes = reference(objectClass, index, "keyframes");
-    if (keyframes < 0) return motion;
-    const std::vector<Key> keys = keysOf(keyframes);
+    std::vector<Key> keys;
+    if (keyframes >= 0) keys = keysOf(keyframes);
+    motion.start = general.numberAt("time_start", 0);
+    motion.end = general.numberAt("time_end", 1);
+    const bool hasTime = motion.end > motion.start && std::isfinite(motion.end - motion.start);
     // Embree moves shapes, and takes so many steps. A camera has no such limit.
     const bool isCamera = objectClass == VRDM_CLASS_CAMERA;
     constexpr std::size_t kMostSteps = 129, kTurnSteps = 8, kCameraTurnSteps = 64;
@@ -561,13 +628,13 @@ class Reader {
                    " times");
     }
     std::vector<Transform> steps = stepsOf(keys, isCamera ? kCameraTurnSteps : kTurnSteps, most);
-    if (steps.empty()) return motion;
     for (Transform& step : steps) step = outer * step * own;
-    motion.steps = std::move(steps);
-    motion.start = general.numberAt("time_start", 0);
-    motion.end = general.numberAt("time_end", 1);
-    if (!(motion.end > motion.start) || !std::isfinite(motion.end - motion.start)) {
+    if (!steps.empty()) motion.steps = std::move(steps);
+    if (!hasTime) {
       motion.steps.resize(1);
+    } else if (!isCamera && !motion.moves() && (motion.start > 0 || motion.end < 1)) {
+      // A shape that stands still is there from the first time to the last.
+      motion.steps.push_back(motion.steps.front());
     }
     return motion;
   }
@@ -836,7 +903,7 @@ class Reader {
     std::optional<EmissionParameter> emission = at ? readEmission(*at) : readEmission(value);
     if (!emission) return false;
     light.emission = emission->colour;
-    checkLookup(light.emission.lookup, name);
+    checkColour(light.emission, name);
     for (const char* label : {"intensity", "strength", "multiplier"}) {
       const std::optional<ValueReader> factor = value.findAny({label});
       if (!factor || factor->place().offset == (at ? at->place().offset : ~0ULL)) continue;
@@ -942,7 +1009,7 @@ class Reader {
       return std::isfinite(found) ? std::max(found, 0.0F) : 0.0F;
     };
     camera.background =
-        Colours::get().emission({channel("red"), channel("green"), channel("blue")});
+        Colours::get().background({channel("red"), channel("green"), channel("blue")});
     readBackplate(index);
 
     const vrnt::UniqueValue value(vrdmGetInstanceValue(scene_, kClass, index));
@@ -1079,6 +1146,9 @@ class Reader {
     if (width > 0 && height > 0 && std::isfinite(left + bottom + width + height)) {
       task.regionOrigin = {left, bottom};
       task.regionSize = {width, height};
+    } else {
+      notices_.add(called(kClass, index) +
+                   " has a render region without an extent; the whole picture is rendered");
     }
     const Group wavefront = group(kClass, index, "Wavefront");
     const ValueReader w = wavefront.fields();

@@ -43,6 +43,91 @@ TEST(UnknownMaterial, IsNeutralGreyAndToldOnce) {
   EXPECT_NEAR(meanOfBand(ready.picture(4, 4, 256), 20), 0.5, 0.01);
 }
 
+// Renders a square of a material in white light from everywhere; returns the mean of a band.
+double inWhiteLight(Maker& maker, const Object& material) {
+  maker.shape(material, maker.mesh({{{{-1, -1, 0}, {1, -1, 0}, {1, 1, 0}, {-1, 1, 0}}}}));
+  maker.light("environment", flat(1));
+  maker.camera({0, 0, 1}, 0.035F, {1, 1}, "orthographic");
+  maker.bounces(1);
+  Ready own(maker.scene.get());
+  return meanOfBand(own.picture(4, 4, 256), 20);
+}
+
+TEST(AMaterialThatOnlyShines, ReflectsNothing) {
+  Maker shining;
+  EXPECT_NEAR(
+      inWhiteLight(shining, shining.material(Record::ofType("{ " + kSpectrumType + " emission; }")
+                                                 .set("emission", flat(3)))),
+      3, 1e-4);
+  Maker dark;
+  EXPECT_EQ(inWhiteLight(dark, dark.material(Record::ofType("{ " + kSpectrumType + " emission; }")
+                                                 .set("emission", flat(0)))),
+            0);
+  // With a colour, or with what tells that there is one, it reflects.
+  Maker coloured;
+  EXPECT_NEAR(
+      inWhiteLight(coloured, coloured.material(Record::ofType("{ float reflectance; " +
+                                                              kSpectrumType + " emission; }")
+                                                   .set("reflectance", 0.25F)
+                                                   .set("emission", flat(3)))),
+      3.25, 0.01);
+  Maker rough;
+  EXPECT_GT(inWhiteLight(rough, rough.material(Record::ofType("{ float roughness; " +
+                                                              kSpectrumType + " emission; }")
+                                                   .set("roughness", 1.0F)
+                                                   .set("emission", flat(3)))),
+            3.4);
+}
+
+TEST(AMissingTexture, IsNeutralGreyUnlessThereIsAColour) {
+  const struct {
+    std::string type;
+    double expected;
+    std::string told;
+  } kCases[] = {
+      {"{ { int texture_ref; } map; }", 0.5, "neutral grey stands for it"},
+      {"{ { int texture_ref; } map; float reflectance; }", 0.25, "the colour without it is used"}};
+  for (const auto& one : kCases) {
+    Maker maker;
+    Record record = Record::ofType(one.type);
+    record.set("map.texture_ref", 7);
+    if (one.expected == 0.25) record.set("reflectance", 0.25F);
+    EXPECT_NEAR(inWhiteLight(maker, maker.material(record)), one.expected, 0.01);
+    const Ready ready(maker.scene.get());
+    const std::vector<std::string> told{"Material 0 names texture 7, which is not there; " +
+                                        one.told};
+    EXPECT_EQ(ready.notices.messages(), told);
+  }
+  Maker maker;
+  EXPECT_NEAR(inWhiteLight(maker, maker.material(Record::ofType("{ { int texture_ref; } "
+                                                                "reflectance; }")
+                                                     .set("reflectance.texture_ref", 7))),
+              0.5, 0.01);
+}
+
+TEST(NoIndexOfRefraction, ReflectsAllLight) {
+  Maker maker;
+  const Object material =
+      maker.material(Record::ofType("{ float reflectance; float ior; float roughness; }")
+                         .set("reflectance", 0.0F)
+                         .set("ior", 0.0F)
+                         .set("roughness", 0.0F));
+  EXPECT_NEAR(inWhiteLight(maker, material), 1, 0.001);
+}
+
+TEST(ARenderRegionWithoutAnExtent, IsTold) {
+  for (const float width : {0.0F, std::numeric_limits<float>::quiet_NaN()}) {
+    Maker maker;
+    maker.camera({0, 0, 1});
+    maker.scene.setGroup(maker.task, "Render region",
+                         maker.scene.group(maker.task, "Render region").set("width", width));
+    const Ready ready(maker.scene.get());
+    const std::vector<std::string> told{
+        "ImageTask 0 has a render region without an extent; the whole picture is rendered"};
+    EXPECT_EQ(ready.notices.messages(), told);
+  }
+}
+
 TEST(MaterialParameters, AreReadInEachOfTheLibrarysTypes) {
   for (const std::uint32_t number :
        {VRNT_MATERIAL_PARAM_COLOUR, VRNT_MATERIAL_PARAM_SIMPLE_COLOUR}) {
