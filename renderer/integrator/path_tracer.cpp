@@ -46,9 +46,6 @@ PathTracer::PathTracer(const SceneDescription& scene, float filmHeight)
     const bool is = material.opacity.lookup.texture >= 0 || material.opacity.value < 1;
     isTransparent_.push_back(is);
     hasTransparency_ |= is;
-    // Made here, so that no path waits for it.
-    const bool hasMetal = material.metallic.lookup.texture >= 0 || material.metallic.value > 0;
-    if (hasMetal) AlbedoTable::ofMirror();
   }
 }
 
