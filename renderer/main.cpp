@@ -14,6 +14,7 @@
 #include <stdexcept>
 #include <string>
 #include <string_view>
+#include <utility>
 #include <vector>
 
 #include "film/preview.hpp"
@@ -170,9 +171,10 @@ bool isPng(const Options& options) {
   return path == "-" || path.substr(path.size() - 4) == ".png";
 }
 
-void writePicture(const Options& options, const Picture& picture) {
-  saveBytes(options.output,
-            (isPng(options) ? makePng : makeExr)(picture, options.exposure, options.passes));
+void writePicture(const Options& options, Picture picture) {
+  saveBytes(options.output, isPng(options)
+                                ? makePng(picture, options.exposure, options.passes)
+                                : makeExr(std::move(picture), options.exposure, options.passes));
 }
 
 std::string timeText(double seconds) {
@@ -234,7 +236,7 @@ class ProgressBar {
       columns = size.ws_col;
       rows = size.ws_row;
     }
-    const Picture picture = film_.finish(task_);
+    const Picture picture = film_.finish(task_, {});
     // A picture on standard output must not be mixed with its preview.
     std::FILE* const to = options_.output == "-" ? stderr : stdout;
     const bool isTerminal = isatty(fileno(to)) != 0;
@@ -309,7 +311,7 @@ int assembleShares(const Options& options) {
   TaskDescription task;
   task.brightness = header.brightness;
   task.hasTransparentBackground = header.hasTransparentBackground != 0;
-  writePicture(options, film.finish(task));
+  writePicture(options, film.finish(task, options.passes));
   if (options.json) printJsonOfShares(options, film);
   return 0;
 }
@@ -399,7 +401,7 @@ int renderScene(const Options& options) {
     header.hasTransparentBackground = task.hasTransparentBackground;
     writeTiles(options.output, header, film, how.tiles);
   } else if (progress.samples != 0) {
-    writePicture(options, film.finish(task));
+    writePicture(options, film.finish(task, options.passes));
   } else if (cancelled) {
     tell(kNoSample);
   } else {

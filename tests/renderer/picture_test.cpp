@@ -687,6 +687,23 @@ TEST(Tiles, OfSharesMakeTheSamePicture) {
   std::filesystem::remove(second);
 }
 
+TEST(Passes, AreOnlyMadeIfTheyAreAskedFor) {
+  Maker maker;
+  fill(maker);
+  Ready ready(maker.scene.get());
+  const Film film = ready.render(5, 3, 1);
+  const Picture bare = film.finish(ready.description.task, {});
+  EXPECT_EQ(bare.colour.size(), 60U);
+  EXPECT_EQ(bare.depth.capacity() + bare.normal.capacity() + bare.albedo.capacity() +
+                bare.object.capacity() + bare.spectrum.capacity(),
+            0U);
+  const Picture some = film.finish(ready.description.task, {Pass::Normal, Pass::Object});
+  EXPECT_EQ(some.colour, bare.colour);
+  EXPECT_EQ(some.normal.size(), 45U);
+  EXPECT_EQ(some.object.size(), 15U);
+  EXPECT_EQ(some.depth.capacity() + some.albedo.capacity() + some.spectrum.capacity(), 0U);
+}
+
 TEST(NoiseLimit, EndsTilesThatAreQuietAndGoesOnWithTheOthers) {
   Maker maker;
   const Object lamp = maker.light("rectangle", flat(50));
