@@ -14,6 +14,7 @@
 #include <stdexcept>
 #include <string>
 #include <string_view>
+#include <utility>
 #include <vector>
 
 #include "film/preview.hpp"
@@ -37,7 +38,26 @@ constexpr double kBarAfter = 1;  // seconds
 std::atomic<bool> cancelled{false};
 static_assert(std::atomic<bool>::is_always_lock_free, "a signal handler writes it");
 
+constexpr std::string_view kNoSample =
+    "interrupted before the first sample, so no picture is written";
+
 void onInterrupt(int /*signal*/) { cancelled.store(true, std::memory_order_relaxed); }
+
+// Before the first ray there is nothing to keep, and nothing that would look at a flag.
+void onEarlyInterrupt(int /*signal*/) {
+  for (const std::string_view part :
+       {std::string_view("vrn render: "), kNoSample, std::string_view("\n")}) {
+    if (write(STDERR_FILENO, part.data(), part.size()) < 0) break;
+  }
+  _exit(kInterrupted);
+}
+
+void onCtrlC(void (*handler)(int)) {
+  struct sigaction action {};
+  action.sa_handler = handler;
+  action.sa_flags = static_cast<int>(SA_RESETHAND);  // a second Ctrl-C ends at once
+  sigaction(SIGINT, &action, nullptr);
+}
 
 // Prints one line on standard error: control characters are escaped.
 void tell(std::string_view message) {
@@ -55,17 +75,42 @@ void tell(std::string_view message) {
   std::fwrite(line.data(), 1, line.size(), stderr);
 }
 
+// Returns the length of the UTF-8 sequence at the start of a text, 0 if there is none.
+std::size_t sequenceLength(std::string_view text) {
+  const auto byte = [text](std::size_t i) { return static_cast<unsigned char>(text[i]); };
+  const unsigned first = byte(0);
+  if (first < 0x80) return 1;
+  const std::size_t length = first < 0xC2 ? 0 : first < 0xE0 ? 2 : first < 0xF0 ? 3 : 4;
+  if (length == 0 || first > 0xF4 || text.size() < length) return 0;
+  for (std::size_t i = 1; i < length; ++i) {
+    if ((byte(i) & 0xC0) != 0x80) return 0;
+  }
+  // Not in its shortest form, a half of a pair, or beyond the last code.
+  const unsigned second = byte(1);
+  if ((first == 0xE0 && second < 0xA0) || (first == 0xED && second >= 0xA0) ||
+      (first == 0xF0 && second < 0x90) || (first == 0xF4 && second >= 0x90)) {
+    return 0;
+  }
+  return length;
+}
+
+// A document is UTF-8. The sign of replacement stands for each byte that is not.
 std::string jsonString(std::string_view text) {
   std::string out = "\"";
-  for (const char c : text) {
-    if (c == '"' || c == '\\') out += '\\';
-    if (static_cast<unsigned char>(c) >= 32) {
-      out += c;
-    } else {
+  while (!text.empty()) {
+    const std::size_t length = sequenceLength(text);
+    const char c = text[0];
+    if (length == 0) {
+      out += "\xEF\xBF\xBD";
+    } else if (static_cast<unsigned char>(c) < 32) {
       char escaped[8];
-      std::snprintf(escaped, sizeof escaped, "\\u%04x", static_cast<unsigned char>(c));
+      std::snprintf(escaped, sizeof escaped, "\\u%04x", static_cast<unsigned>(c));
       out += escaped;
+    } else {
+      if (c == '"' || c == '\\') out += '\\';
+      out += text.substr(0, length);
     }
+    text.remove_prefix(std::max<std::size_t>(length, 1));
   }
   return out + '"';
 }
@@ -126,9 +171,10 @@ bool isPng(const Options& options) {
   return path == "-" || path.substr(path.size() - 4) == ".png";
 }
 
-void writePicture(const Options& options, const Picture& picture) {
-  saveBytes(options.output,
-            (isPng(options) ? makePng : makeExr)(picture, options.exposure, options.passes));
+void writePicture(const Options& options, Picture picture) {
+  saveBytes(options.output, isPng(options)
+                                ? makePng(picture, options.exposure, options.passes)
+                                : makeExr(std::move(picture), options.exposure, options.passes));
 }
 
 std::string timeText(double seconds) {
@@ -190,18 +236,19 @@ class ProgressBar {
       columns = size.ws_col;
       rows = size.ws_row;
     }
-    const Picture picture = film_.finish(task_);
+    const Picture picture = film_.finish(task_, {});
+    // A picture on standard output must not be mixed with its preview.
+    std::FILE* const to = options_.output == "-" ? stderr : stdout;
+    const bool isTerminal = isatty(fileno(to)) != 0;
     const char* const noColour = std::getenv("NO_COLOR");
-    const bool isPlain = noColour != nullptr && *noColour != '\0';
+    const bool isPlain = !isTerminal || (noColour != nullptr && *noColour != '\0');
     const std::string text = isPlain ? letters(picture, options_.exposure, columns, rows - 2)
                              : options_.preview == Preview::Sixels
                                  ? sixels(picture, options_.exposure, 640)
                                  : halfBlocks(picture, options_.exposure, columns, rows - 2);
     // From the top left corner over what was there.
     const char* const home = isDrawn_ ? "\x1b[H" : "\x1b[2J\x1b[H";
-    // A picture on standard output must not be mixed with its preview.
-    std::FILE* const to = options_.output == "-" ? stderr : stdout;
-    std::fprintf(to, "%s%s", isatty(fileno(to)) ? home : "", text.c_str());
+    std::fprintf(to, "%s%s", isTerminal ? home : "", text.c_str());
     std::fflush(to);
     isDrawn_ = true;
   }
@@ -235,17 +282,43 @@ void printJson(const Options& options, const Film& film, const Progress& progres
   saveBytes("-", text + (notices.messages().empty() ? "]\n}\n" : "\n  ]\n}\n"));
 }
 
+void printJsonOfShares(const Options& options, const Film& film) {
+  std::uint64_t samples = 0;
+  std::uint64_t rays = 0;
+  for (int y = 0; y < film.height(); ++y) {
+    for (int x = 0; x < film.width(); ++x) {
+      samples += film.at(x, y).samples;
+      rays += film.at(x, y).rays;
+    }
+  }
+  std::string text = "{\n  \"shares\": [";
+  const char* before = "\n    ";
+  for (const std::string& share : options.shares) {
+    text += before + jsonString(share);
+    before = ",\n    ";
+  }
+  saveBytes("-", text + "\n  ],\n  \"output\": " + jsonString(options.output) +
+                     ",\n  \"width\": " + std::to_string(film.width()) +
+                     ",\n  \"height\": " + std::to_string(film.height()) + ",\n  \"tiles\": " +
+                     std::to_string(film.tiles()) + ",\n  \"samples\": " + std::to_string(samples) +
+                     ",\n  \"rays\": " + std::to_string(rays) + "\n}\n");
+}
+
 int assembleShares(const Options& options) {
+  requireTarget(options.output);
   TileHeader header;
   const Film film = assemble(options.shares, header);
   TaskDescription task;
   task.brightness = header.brightness;
   task.hasTransparentBackground = header.hasTransparentBackground != 0;
-  writePicture(options, film.finish(task));
+  writePicture(options, film.finish(task, options.passes));
+  if (options.json) printJsonOfShares(options, film);
   return 0;
 }
 
 int renderScene(const Options& options) {
+  onCtrlC(onEarlyInterrupt);
+  if (!options.wantsTiles) requireTarget(options.output);
   const vrnt::UniqueScene owner = openScene(options);
   Notices notices;
   if (options.task &&
@@ -277,7 +350,7 @@ int renderScene(const Options& options) {
 
   Film film(width, height, options.passes.count(Pass::Spectrum) != 0);
   if (options.wantsTiles) {
-    std::printf("%d\n", film.tiles());
+    saveBytes("-", std::to_string(film.tiles()) + "\n");
     return 0;
   }
   RenderOptions how;
@@ -296,12 +369,8 @@ int renderScene(const Options& options) {
     std::iota(how.tiles.begin(), how.tiles.end(), options.tiles->first);
   }
 
-  struct sigaction action {};
-  action.sa_handler = onInterrupt;
-  action.sa_flags = static_cast<int>(SA_RESETHAND);  // a second Ctrl-C ends at once
-  sigaction(SIGINT, &action, nullptr);
-
   const PathTracer tracer(scene, filmHeight);
+  onCtrlC(onInterrupt);
   ProgressBar bar(options, film, task);
   const Progress progress =
       render(tracer, scene, how, film, [&bar](const Progress& at) { bar(at); });
@@ -331,8 +400,12 @@ int renderScene(const Options& options) {
     header.brightness = task.brightness;
     header.hasTransparentBackground = task.hasTransparentBackground;
     writeTiles(options.output, header, film, how.tiles);
+  } else if (progress.samples != 0) {
+    writePicture(options, film.finish(task, options.passes));
+  } else if (cancelled) {
+    tell(kNoSample);
   } else {
-    writePicture(options, film.finish(task));
+    throw std::runtime_error("--time: it was over before the first sample; give more seconds");
   }
   if (options.json) printJson(options, film, progress, notices);
   return cancelled ? kInterrupted : 0;
@@ -341,12 +414,14 @@ int renderScene(const Options& options) {
 int run(int count, char** arguments) {
   const Options options = parseOptions({arguments + 1, arguments + count});
   if (options.wantsHelp) {
-    std::fputs(kUsage, stdout);
+    saveBytes("-", kUsage);
     return 0;
   }
   if (options.wantsVersion) {
-    std::printf("vrn-render %s, with vornath_data %d.%d.%d\n", vrtkVersion(),
-                VORNATH_DATA_VERSION_MAJOR, VORNATH_DATA_VERSION_MINOR, VORNATH_DATA_VERSION_PATCH);
+    saveBytes("-", std::string("vrn-render ") + vrtkVersion() + ", with vornath_data " +
+                       std::to_string(VORNATH_DATA_VERSION_MAJOR) + "." +
+                       std::to_string(VORNATH_DATA_VERSION_MINOR) + "." +
+                       std::to_string(VORNATH_DATA_VERSION_PATCH) + "\n");
     return 0;
   }
   return options.assembles ? assembleShares(options) : renderScene(options);

@@ -21,7 +21,7 @@ const char kUsage[] =
     "understand in a scene, it tells once on standard error, and renders in neutral grey. The "
     "same\n"
     "options give the same bytes, whatever the number of threads. Ctrl-C ends the rendering and\n"
-    "writes what there is; the exit code is then 130.\n"
+    "writes what there is, if there is a sample; the exit code is then 130.\n"
     "\n"
     "Arguments:\n"
     "  SCENE                   a scene file; - for standard input\n"
@@ -36,20 +36,22 @@ const char kUsage[] =
     "                          default is 512 pixels on the longer side\n"
     "      --samples N         for each pixel at most; the default is 64\n"
     "      --noise X           end a tile when the error of its brightness is X of it, as in 0.02\n"
-    "      --time SECONDS      begin no new tile after this time\n"
+    "      --time SECONDS      begin no new tile after this time; not with --tiles\n"
     "      --task N            the image task; the default is the first\n"
     "      --bounces N         instead of the task's limit\n"
     "      --seed N            instead of the task's seed\n"
     "      --threads N         the default is one for each processor\n"
     "      --exposure STOPS    multiply the colours of the picture by 2 to this power\n"
-    "      --pass PASS         depth, normal, albedo, object or spectrum; may be repeated. In an "
-    "EXR\n"
-    "                          these are channels beside the colours; a PNG shows one instead\n"
+    "      --pass PASS         depth (along the ray), normal, albedo, object or spectrum; may be\n"
+    "                          repeated. In an EXR these are channels beside the colours; a PNG\n"
+    "                          shows one instead\n"
     "      --preview           draw the picture in the terminal while it is rendered, with half\n"
-    "                          blocks, or as --preview=sixel; in letters if NO_COLOR is set\n"
+    "                          blocks, or as --preview=sixel; in letters if NO_COLOR is set, or\n"
+    "                          where there is no terminal\n"
     "      --tiles A-B         render only these tiles, and write a share for --assemble\n"
     "      --count-tiles       print how many tiles the picture has, and render nothing\n"
-    "      --assemble          put shares together to the picture that one machine would render\n"
+    "      --assemble          put shares together to the picture that one machine would render;\n"
+    "                          with -o, --exposure, --pass, --quiet and --json only\n"
     "      --quiet             show no progress\n"
     "\n"
     "Options of all commands that have a use for them:\n"
@@ -163,6 +165,16 @@ bool endsWith(const std::string& text, const std::string& end) {
   return text.size() >= end.size() && text.compare(text.size() - end.size(), end.size(), end) == 0;
 }
 
+// Throws for options that mean nothing with --assemble: nothing is rendered then.
+void requireUse(const std::vector<std::string>& seen) {
+  constexpr const char* kUsed[] = {"--assemble", "-o",      "--output", "--exposure",
+                                   "--pass",     "--quiet", "--json"};
+  for (const std::string& option : seen) {
+    if (std::find(std::begin(kUsed), std::end(kUsed), option) != std::end(kUsed)) continue;
+    throw UsageError(option + ": it means nothing with --assemble; leave it out");
+  }
+}
+
 // Throws for options that contradict each other, or are missing.
 void requireSense(const Options& options) {
   if (options.output.empty()) {
@@ -181,6 +193,9 @@ void requireSense(const Options& options) {
     throw UsageError("--pass: shares have no spectra; render the picture at once for them");
   }
   if (options.tiles) {
+    if (options.seconds > 0) {
+      throw UsageError("--time: a share of tiles must be whole; limit it by --samples or --noise");
+    }
     if (options.output != "-" && (isPng || isExr)) {
       throw UsageError("--output: with --tiles it is a share, not a picture; give another ending");
     }
@@ -205,6 +220,7 @@ Options parseOptions(const std::vector<std::string>& arguments) {
   constexpr int kMost = 1 << 30;
   Options options;
   std::vector<std::string> names;
+  std::vector<std::string> seen;
   bool onlyNames = false;
   for (std::size_t i = 0; i < arguments.size(); ++i) {
     std::string option = arguments[i];
@@ -295,10 +311,15 @@ Options parseOptions(const std::vector<std::string>& arguments) {
       throw UsageError(option + ": there is no such option" + remedy(option, kOptions));
     }
     if (given && !isTaken) throw UsageError(option + ": it takes no value; leave out =" + *given);
+    seen.push_back(option);
   }
   if (options.wantsHelp || options.wantsVersion) return options;
   if (options.assembles) {
+    requireUse(seen);
     if (names.empty()) throw UsageError("SHARE: the argument is missing; give what --tiles wrote");
+    if (std::find(names.begin(), names.end(), "-") != names.end()) {
+      throw UsageError("-: a share is not read from standard input; give the file of it");
+    }
     options.shares = std::move(names);
   } else {
     if (names.empty()) throw UsageError("SCENE: the argument is missing; run vrn render --help");

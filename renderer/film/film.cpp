@@ -93,10 +93,19 @@ float Film::noise(int number) const {
   return static_cast<float>(std::sqrt(variance / count) / std::max(mean, kDark));
 }
 
-Picture Film::finish(const TaskDescription& task) const {
+Picture Film::finish(const TaskDescription& task, const std::set<Pass>& passes) const {
   Picture picture;
   picture.width = width_;
   picture.height = height_;
+  const auto reserve = [&](auto& channels, std::size_t count, Pass pass) {
+    const bool isAskedFor = passes.count(pass) != 0;
+    if (isAskedFor) channels.reserve(count * pixels_.size());
+    return isAskedFor;
+  };
+  const bool hasDepth = reserve(picture.depth, 1, Pass::Depth);
+  const bool hasNormal = reserve(picture.normal, 3, Pass::Normal);
+  const bool hasAlbedo = reserve(picture.albedo, 3, Pass::Albedo);
+  const bool hasObject = reserve(picture.object, 1, Pass::Object);
   picture.colour.reserve(4 * pixels_.size());
   for (const Pixel& pixel : pixels_) {
     const double scale =
@@ -109,12 +118,19 @@ Picture Film::finish(const TaskDescription& task) const {
     picture.colour.push_back(
         hasAlpha ? (isEmpty ? 0 : pixel.alpha / static_cast<float>(pixel.samples)) : 1.0F);
     const auto hits = static_cast<float>(std::max(pixel.hits, 1U));
-    picture.depth.push_back(pixel.hits > 0 ? pixel.depth / hits
-                                           : std::numeric_limits<float>::infinity());
-    for (const float axis : pixel.normal) picture.normal.push_back(axis / hits);
-    for (const float channel : pixel.albedo) picture.albedo.push_back(channel / hits);
-    picture.object.push_back(pixel.object);
+    if (hasDepth) {
+      picture.depth.push_back(pixel.hits > 0 ? pixel.depth / hits
+                                             : std::numeric_limits<float>::infinity());
+    }
+    for (std::size_t k = 0; k < 3 && hasNormal; ++k) {
+      picture.normal.push_back(pixel.normal[k] / hits);
+    }
+    for (std::size_t k = 0; k < 3 && hasAlbedo; ++k) {
+      picture.albedo.push_back(pixel.albedo[k] / hits);
+    }
+    if (hasObject) picture.object.push_back(pixel.object);
   }
+  if (passes.count(Pass::Spectrum) == 0) return picture;
   picture.spectrum = spectra_;
   for (std::size_t i = 0; i < picture.spectrum.size(); ++i) {
     const std::uint32_t samples = pixels_[i / kBands].samples;

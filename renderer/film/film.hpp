@@ -3,6 +3,7 @@
 #define VRN_RENDER_FILM_FILM_HPP
 
 #include <cstdint>
+#include <set>
 #include <string>
 #include <vector>
 
@@ -28,7 +29,10 @@ static_assert(sizeof(Pixel) == 88, "files of tiles hold pixels as they are");
 /// the top left.
 inline constexpr int kTileSize = 16;
 
-/// A finished picture: means of the samples.
+/// What a picture can show besides its colours.
+enum class Pass { Depth, Normal, Albedo, Object, Spectrum };
+
+/// A finished picture: means of the samples. A pass that was not asked for is empty.
 struct Picture {
   int width = 0, height = 0;
   std::vector<float> colour;  ///< r, g, b and alpha of each pixel, linear; the first row is on top
@@ -36,7 +40,7 @@ struct Picture {
   std::vector<float> normal;  ///< x, y and z in the world
   std::vector<float> albedo;  ///< r, g and b, linear
   std::vector<std::uint32_t> object;  ///< the index of the shape in the scene, plus 1; 0 for none
-  std::vector<float> spectrum;  ///< the radiance in kBands bands; empty if it was not recorded
+  std::vector<float> spectrum;  ///< the radiance in kBands bands; empty if it was not recorded, too
 };
 
 class Film {
@@ -62,7 +66,7 @@ class Film {
   /// Returns the standard error of a tile's luminance over its mean luminance.
   float noise(int tile) const;
 
-  Picture finish(const TaskDescription& task) const;
+  Picture finish(const TaskDescription& task, const std::set<Pass>& passes) const;
 
  private:
   std::size_t index(int x, int y) const {

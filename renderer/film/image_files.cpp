@@ -91,7 +91,7 @@ std::vector<unsigned char> screenBytes(const Picture& picture, float exposure,
 }
 
 std::string makePng(const Picture& picture, float exposure, const std::set<Pass>& passes) {
-  const std::vector<unsigned char> bytes = screenBytes(picture, exposure, passes);
+  std::vector<unsigned char> bytes = screenBytes(picture, exposure, passes);
   bool isOpaque = true;
   for (std::size_t i = 3; i < bytes.size(); i += 4) isOpaque &= bytes[i] == 255;
   png_image image{};
@@ -99,32 +99,28 @@ std::string makePng(const Picture& picture, float exposure, const std::set<Pass>
   image.width = static_cast<png_uint_32>(picture.width);
   image.height = static_cast<png_uint_32>(picture.height);
   image.format = PNG_FORMAT_RGBA;
-  std::vector<unsigned char> opaque;
-  const unsigned char* pixels = bytes.data();
   if (isOpaque) {
+    // In place: a pixel moves to where no later one is.
     image.format = PNG_FORMAT_RGB;
-    opaque.reserve(bytes.size() / 4 * 3);
-    for (std::size_t i = 0; i < bytes.size(); i += 4) {
-      opaque.insert(opaque.end(), bytes.begin() + static_cast<std::ptrdiff_t>(i),
-                    bytes.begin() + static_cast<std::ptrdiff_t>(i) + 3);
+    for (std::size_t i = 0; i < bytes.size() / 4; ++i) {
+      for (std::size_t k = 0; k < 3; ++k) bytes[3 * i + k] = bytes[4 * i + k];
     }
-    pixels = opaque.data();
   }
   png_alloc_size_t size = PNG_IMAGE_PNG_SIZE_MAX(image);
   std::string file(size, '\0');
-  if (png_image_write_to_memory(&image, file.data(), &size, 0, pixels, 0, nullptr) == 0) {
+  if (png_image_write_to_memory(&image, file.data(), &size, 0, bytes.data(), 0, nullptr) == 0) {
     throw std::runtime_error(std::string("the picture cannot be a PNG: ") + image.message);
   }
   file.resize(size);
   return file;
 }
 
-std::string makeExr(const Picture& picture, float exposure, const std::set<Pass>& passes) {
+std::string makeExr(Picture picture, float exposure, const std::set<Pass>& passes) {
   const auto width = static_cast<std::size_t>(picture.width);
   Imf::Header header(picture.width, picture.height);
   header.compression() = Imf::ZIP_COMPRESSION;
   Imf::FrameBuffer frame;
-  std::vector<float> colour = picture.colour;
+  std::vector<float>& colour = picture.colour;
   const float scale = std::exp2(exposure);
   for (std::size_t i = 0; i < colour.size(); ++i) {
     if (i % 4 != 3) colour[i] *= scale;

@@ -4,13 +4,11 @@
 
 #include <set>
 #include <string>
+#include <vector>
 
 #include "film/film.hpp"
 
 namespace vrn_render {
-
-/// What a picture can show besides its colours.
-enum class Pass { Depth, Normal, Albedo, Object, Spectrum };
 
 /// Returns a PNG of 8 bits with the transfer curve of sRGB. With a pass, that is drawn instead of
 /// the colours: depths from white (near) to black, normals as colours, objects in colours of their
@@ -22,7 +20,7 @@ std::string makePng(const Picture& picture, float exposure, const std::set<Pass>
 /// albedo.R, .G and .B, object.id, and spectrum.400nm to spectrum.700nm. All are floats of 32 bits
 /// but object.id, which is an integer.
 /// Errors: throws std::runtime_error.
-std::string makeExr(const Picture& picture, float exposure, const std::set<Pass>& passes);
+std::string makeExr(Picture picture, float exposure, const std::set<Pass>& passes);
 
 /// Returns a picture as bytes, 4 for each pixel, as makePng() takes them.
 std::vector<unsigned char> screenBytes(const Picture& picture, float exposure,

@@ -13,6 +13,10 @@ namespace vrn_render {
 /// Errors: throws std::runtime_error with the path and what to do.
 void saveBytes(const std::string& path, std::string_view bytes);
 
+/// Returns if saveBytes() can write to a path, as far as one can know before. Leaves nothing
+/// behind. Errors: as saveBytes().
+void requireTarget(const std::string& path);
+
 }  // namespace vrn_render
 
 #endif

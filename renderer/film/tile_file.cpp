@@ -90,6 +90,9 @@ Film assemble(const std::vector<std::string>& paths, TileHeader& header) {
       }
       if (!stream) throw std::runtime_error(path + ": it ends early; render it again");
     }
+    if (stream.peek() != std::ifstream::traits_type::eof()) {
+      throw std::runtime_error(path + ": it has bytes behind its end; render it again");
+    }
   }
   for (std::size_t tile = 0; tile < isFilled.size(); ++tile) {
     if (!isFilled[tile]) {

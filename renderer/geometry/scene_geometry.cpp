@@ -63,19 +63,20 @@ Form formOf(LightKind kind) {
 }  // namespace
 
 void PassedLights::add(std::uint32_t light, float distance) {
-  Passed* farthest = passed_.data();
-  for (Passed* at = passed_.data(); at != passed_.data() + count_; ++at) {
+  Passed* const all = many_.empty() ? few_.data() : many_.data();
+  for (Passed* at = all; at != all + count_; ++at) {
     if (at->light == light) {
       at->distance = std::min(at->distance, distance);
       return;
     }
-    if (at->distance > farthest->distance) farthest = at;
   }
-  if (count_ < kMost) {
-    passed_[count_++] = {light, distance};
-  } else if (distance < farthest->distance) {
-    *farthest = {light, distance};
+  if (count_ < kFew) {
+    few_[count_] = {light, distance};
+  } else {
+    if (many_.empty()) many_.assign(few_.begin(), few_.end());
+    many_.push_back({light, distance});
   }
+  ++count_;
 }
 
 SceneGeometry::SceneGeometry(const SceneDescription& scene) : scene_(scene) {
@@ -394,11 +395,11 @@ SurfacePoint SceneGeometry::pointAt(const Ray& ray, const Hit& hit, bool wantsCo
   if (dot(point.normal, point.geometricNormal) < 0) point.normal = -point.normal;
   if (!wantsCoordinates) return point;
   point.tangent = place.vector(part(6));
-  const std::uint32_t sets =
-      std::min(mesh->sets, static_cast<std::uint32_t>(TextureCoordinates::kMostSets));
-  for (std::uint32_t set = 0; set < sets; ++set) {
-    const float* const first = mesh->coordinates + std::size_t{2} * set * mesh->vertexCount;
-    Vec2& uv = point.coordinates.sets[set];
+  for (std::size_t slot = 0; slot < scene_.coordinateSets.size(); ++slot) {
+    const auto set = static_cast<std::size_t>(scene_.coordinateSets[slot]);
+    if (set >= mesh->sets) continue;
+    const float* const first = mesh->coordinates + 2 * set * mesh->vertexCount;
+    Vec2& uv = point.coordinates.sets[slot];
     for (int axis = 0; axis < 2; ++axis) {
       const auto at = [&](int corner) {
         return first[std::size_t{2} * index[corner] + static_cast<std::size_t>(axis)];

@@ -41,16 +41,19 @@ class PassedLights {
     std::uint32_t light;
     float distance;
   };
-  void clear() { count_ = 0; }
-  /// Notes a light once, at its nearest distance. Of more lights than there is room for, the
-  /// farthest are dropped.
+  void clear() {
+    count_ = 0;
+    many_.clear();
+  }
+  /// Notes a light once, at its nearest distance.
   void add(std::uint32_t light, float distance);
-  const Passed* begin() const { return passed_.data(); }
-  const Passed* end() const { return passed_.data() + count_; }
+  const Passed* begin() const { return many_.empty() ? few_.data() : many_.data(); }
+  const Passed* end() const { return begin() + count_; }
 
  private:
-  static constexpr std::size_t kMost = 32;
-  std::array<Passed, kMost> passed_;
+  static constexpr std::size_t kFew = 32;
+  std::array<Passed, kFew> few_;
+  std::vector<Passed> many_;  // all of them, once there is no room in few_
   std::size_t count_ = 0;
 };
 

@@ -46,9 +46,6 @@ PathTracer::PathTracer(const SceneDescription& scene, float filmHeight)
     const bool is = material.opacity.lookup.texture >= 0 || material.opacity.value < 1;
     isTransparent_.push_back(is);
     hasTransparency_ |= is;
-    // Made here, so that no path waits for it.
-    const bool hasMetal = material.metallic.lookup.texture >= 0 || material.metallic.value > 0;
-    if (hasMetal) AlbedoTable::ofMirror();
   }
 }
 
@@ -90,14 +87,14 @@ Ray PathTracer::cameraRay(Vec2 film, const Sampler& sampler) const {
     direction = focus - origin;
   }
   direction = normalised(direction, {0, 0, -1});
-  // The near distance is that of a plane.
-  ray.near = camera.nearDistance / std::max(-direction.z, 1e-4F);
   const Transform place = cameraAt(ray.time);
   ray.origin = place.point(origin);
-  const Vec3 mapped = place.vector(direction);
-  const float scale = length(mapped);
-  ray.direction = normalised(mapped, {0, 0, -1});
-  ray.near *= scale;
+  ray.direction = normalised(place.vector(direction), {0, 0, -1});
+  if (camera.nearDistance > 0) {
+    // That of a plane, in metres of the scene.
+    const Vec3 axis = normalised(place.normal({0, 0, -1}));
+    ray.near = camera.nearDistance / std::max(dot(ray.direction, axis), 1e-4F);
+  }
   return ray;
 }
 
@@ -236,7 +233,7 @@ Spectrum PathTracer::background(const Path& path) const {
   const Vec2 at{(film.x - low.x) / (high.x - low.x), 1 - (film.y - low.y) / (high.y - low.y)};
   if (!std::isfinite(at.x + at.y)) return Spectrum();
   const Texel texel = sampleFlat(texture, camera.backplateLookup, at);
-  Spectrum result = Colours::get().emission(
+  Spectrum result = Colours::get().background(
       {std::max(texel[0], 0.0F), std::max(texel[1], 0.0F), std::max(texel[2], 0.0F)});
   result *= camera.backplateBrightness * texel[3];
   if (camera.hasBackground) result.add(camera.background, 1 - texel[3]);

@@ -9,6 +9,7 @@
 #include <algorithm>
 #include <chrono>
 #include <cmath>
+#include <limits>
 #include <memory>
 #include <mutex>
 #include <numeric>
@@ -63,9 +64,12 @@ Progress render(const PathTracer& tracer, const SceneDescription& scene,
     std::iota(tiles.begin(), tiles.end(), 0);
   }
   const TaskDescription& task = scene.task;
-  std::vector<float> noises(static_cast<std::size_t>(film.tiles()), 0);
+  // Nothing is known of a tile without samples.
+  std::vector<float> noises(static_cast<std::size_t>(film.tiles()),
+                            std::numeric_limits<float>::infinity());
   std::mutex mutex;
   Progress progress;
+  progress.noise = std::numeric_limits<float>::infinity();
   double lastReport = 0;
   std::uint64_t pixelsOfAll = 0;
   for (const int tile : tiles) {

@@ -42,7 +42,7 @@ struct TextureLookup {
   Vec2 x{1, 0}, y{0, 1}, z{0, 0};
   Wrap u = Wrap::Repeat, v = Wrap::Repeat;
   std::array<float, 4> border{0, 0, 0, 1};
-  int set = 0;  ///< the set of texture coordinates
+  int set = 0;  ///< an index in SceneDescription::coordinateSets
 };
 
 /// A colour: `value` times, if there is a texture, the texture times `scale` plus `offset`.
@@ -219,7 +219,8 @@ struct SceneDescription {
   CameraDescription camera;
   TaskDescription task;
   std::vector<CutPlane> cutPlanes;
-  float rayEpsilon = 1e-4F;  ///< metres
+  std::vector<int> coordinateSets;  ///< the sets of the meshes' coordinates that lookups use
+  float rayEpsilon = 1e-4F;         ///< metres
   bool isRobust = false;
   std::array<unsigned char, 16> id{};
 };

@@ -17,6 +17,11 @@ namespace {
 
 // The reflectance of what the renderer cannot understand.
 constexpr float kNeutral = 0.5F;
+// An index of refraction so high that nothing goes through.
+constexpr float kReflectsAll = 1e5F;
+// What stands for a texture that is not there.
+constexpr char kGreyInstead[] = "neutral grey stands for it";
+constexpr char kValueInstead[] = "the value without it is used";
 
 // A group of an object with the reader of its fields.
 class Group {
@@ -73,6 +78,7 @@ class Reader {
   SceneDescription read(std::optional<int> task) {
     readTextures();
     readMaterials();
+    chooseCoordinates();
     readMeshes();
     readLightGroups();
     readDecals();
@@ -207,12 +213,18 @@ class Reader {
 
   // Parameters
 
-  void checkLookup(TextureLookup& lookup, const std::string& owner) {
-    if (lookup.texture < 0) return;
-    if (valid(VRDM_CLASS_TEXTURE, lookup.texture)) return;
+  // Takes away a texture that is not there. Returns whether it did.
+  bool checkLookup(TextureLookup& lookup, const std::string& owner, const char* instead) {
+    if (lookup.texture < 0) return false;
+    if (valid(VRDM_CLASS_TEXTURE, lookup.texture)) return false;
     notices_.add(owner + " names texture " + std::to_string(lookup.texture) +
-                 ", which is not there; the colour without it is used");
+                 ", which is not there; " + instead);
     lookup.texture = -1;
+    return true;
+  }
+  // A parameter with a texture has no colour of its own.
+  void checkColour(ColourParameter& parameter, const std::string& owner) {
+    if (checkLookup(parameter.lookup, owner, kGreyInstead)) parameter.value *= kNeutral;
   }
 
   // Material 0 is the neutral one.
@@ -242,6 +254,18 @@ class Reader {
 
   bool readMaterial(const ValueReader& value, const std::string& name,
                     MaterialDescription& material) {
+    const std::initializer_list<std::string_view> colourLabels = {
+        "reflectance",   "base_color", "base_colour", "diffuse",
+        "diffuse_color", "albedo",     "color",       "colour"};
+    const std::initializer_list<std::string_view> colourMapLabels = {"map",
+                                                                     "reflectance_map",
+                                                                     "reflectance_texture",
+                                                                     "base_color_texture",
+                                                                     "base_color_map",
+                                                                     "diffuse_texture",
+                                                                     "diffuse_map"};
+    const std::initializer_list<std::string_view> emissionLabels = {
+        "emission", "emissive", "emission_color", "emissive_color"};
     std::uint32_t used = 0;
     const auto colour = [&](std::initializer_list<std::string_view> labels, ColourUse use,
                             ColourParameter& out) {
@@ -250,7 +274,7 @@ class Reader {
       const std::optional<ColourParameter> found = readColour(*at, use);
       if (!found) return false;
       out = *found;
-      checkLookup(out.lookup, name);
+      checkColour(out, name);
       ++used;
       return true;
     };
@@ -259,15 +283,16 @@ class Reader {
       const std::optional<NumberParameter> found = at ? readNumber(*at) : std::nullopt;
       if (!found) return false;
       out = *found;
-      checkLookup(out.lookup, name);
+      checkLookup(out.lookup, name, kValueInstead);
       ++used;
       return true;
     };
-    const auto map = [&](std::initializer_list<std::string_view> labels, TextureLookup& out) {
+    const auto map = [&](std::initializer_list<std::string_view> labels, TextureLookup& out,
+                         const char* instead = kValueInstead) {
       const std::optional<ValueReader> at = value.findAny(labels);
       std::optional<TextureLookup> found = at ? readLookup(*at) : std::nullopt;
       if (!found) return false;
-      checkLookup(*found, name);
+      checkLookup(*found, name, instead);
       out = *found;
       ++used;
       return true;
@@ -280,14 +305,14 @@ class Reader {
 
     const bool hasTransmission = number({"transmission", "transmittance"}, material.transmission);
     if (hasTransmission) material.reflectance.value = Spectrum(1.0F);
-    const bool hasColour = colour({"reflectance", "base_color", "base_colour", "diffuse",
-                                   "diffuse_color", "albedo", "color", "colour"},
-                                  ColourUse::Reflectance, material.reflectance);
-    const bool hasMap = map({"map", "reflectance_map", "reflectance_texture", "base_color_texture",
-                             "base_color_map", "diffuse_texture", "diffuse_map"},
-                            material.reflectance.lookup);
+    const bool hasColour = colour(colourLabels, ColourUse::Reflectance, material.reflectance);
+    const bool hasMap = map(colourMapLabels, material.reflectance.lookup,
+                            hasColour ? "the colour without it is used" : kGreyInstead);
     // A texture alone is the colour.
-    if (hasMap && !hasColour) material.reflectance.value = Spectrum(1.0F);
+    if (hasMap && !hasColour) {
+      material.reflectance.value =
+          Spectrum(material.reflectance.lookup.texture >= 0 ? 1.0F : kNeutral);
+    }
     material.hasCoat = number({"roughness"}, material.roughness);
     map({"roughness_texture", "roughness_map"}, material.roughness.lookup);
     channel("roughness_channel", material.roughness);
@@ -306,6 +331,10 @@ class Reader {
         material.hasCoat = true;
         material.indices = *indices;
         material.indices.clamp(1.0001F, 10);
+        // By convention no index stands for a boundary that reflects all light.
+        for (int band = 0; band < kBands; ++band) {
+          if ((*indices)[band] <= 0) material.indices[band] = kReflectsAll;
+        }
         material.indexOfRefraction = material.indices.mean();
         for (int band = 0; band < kBands; ++band) {
           material.isDispersive |= std::abs(material.indices[band] - material.indices[0]) > 1e-5F;
@@ -330,22 +359,33 @@ class Reader {
         material.normalScale.y *= *scale;
       }
     }
-    if (const auto at = value.findAny({"emission", "emissive", "emission_color", "emissive_color"});
-        at) {
-      if (const std::optional<EmissionParameter> emission = readEmission(*at); emission) {
+    material.emission.value = Spectrum();
+    bool hasEmission = false;
+    const auto emissionField = value.findAny(emissionLabels);
+    if (emissionField) {
+      if (const std::optional<EmissionParameter> emission = readEmission(*emissionField);
+          emission) {
         ++used;
+        hasEmission = true;
         material.emission = emission->colour;
-        checkLookup(material.emission.lookup, name);
-      } else {
-        material.emission.value = Spectrum();
+        checkColour(material.emission, name);
       }
-    } else {
-      material.emission.value = Spectrum();
     }
-    const bool emits = !material.emission.value.isZero();
-    if (map({"emission_texture", "emission_map", "emissive_texture"}, material.emission.lookup) &&
-        !emits && !value.findAny({"emission", "emissive", "emission_color", "emissive_color"})) {
-      material.emission.value = Colours::get().daylight();
+    TextureLookup& emissionMap = material.emission.lookup;
+    if (map({"emission_texture", "emission_map", "emissive_texture"}, emissionMap,
+            emissionField ? kValueInstead : kGreyInstead)) {
+      hasEmission = true;
+      if (!emissionField) {
+        material.emission.value = Colours::get().daylight();
+        if (emissionMap.texture < 0) material.emission.value *= kNeutral;
+      }
+    }
+    // What only shines reflects nothing.
+    if (hasEmission && !hasTransmission && !value.findAny(colourLabels) &&
+        !value.findAny(colourMapLabels) &&
+        !value.findAny({"roughness", "roughness_texture", "roughness_map", "metallic", "metalness",
+                        "metallic_texture", "metallic_map"})) {
+      material.reflectance.value = Spectrum();
     }
     if (const auto at = value.findAny({"emission_strength", "emissive_strength"}); at) {
       const float strength = at->number().value_or(1);
@@ -357,6 +397,30 @@ class Reader {
     }
     tellUnknown(value);
     return used != 0;
+  }
+
+  // A point of a surface has room for some sets of coordinates: those that materials use.
+  void chooseCoordinates() {
+    std::vector<int>& sets = out_.coordinateSets;
+    for (MaterialDescription& material : out_.materials) {
+      for (TextureLookup* const lookup :
+           {&material.reflectance.lookup, &material.emission.lookup, &material.roughness.lookup,
+            &material.metallic.lookup, &material.transmission.lookup, &material.opacity.lookup,
+            &material.normalMap}) {
+        if (lookup->texture < 0) continue;
+        auto found = std::find(sets.begin(), sets.end(), lookup->set);
+        if (found == sets.end() && sets.size() == TextureCoordinates::kMostSets) {
+          notices_.add("the materials use more than " +
+                       std::to_string(TextureCoordinates::kMostSets) +
+                       " sets of texture coordinates; set " + std::to_string(sets.front()) +
+                       " stands for set " + std::to_string(lookup->set));
+          found = sets.begin();
+        } else if (found == sets.end()) {
+          found = sets.insert(sets.end(), lookup->set);
+        }
+        lookup->set = static_cast<int>(found - sets.begin());
+      }
+    }
   }
 
   void tellUnknown(const ValueReader& value) {
@@ -463,40 +527,62 @@ class Reader {
     return place * turn * stretch * toPivot;
   }
 
-  // Returns the keyframes as maps at equal steps. Between two of them that turn, there are more
-  // steps, since the renderer moves points along straight lines from step to step.
-  std::vector<Transform> readKeyframes(int keyframeList) const {
-    constexpr int kSteps = 8;
-    constexpr std::size_t kMostSteps = 129;
-    struct Key {
-      Vec3 pivot, scale, move;
-      std::array<float, 4> q;
-    };
+  struct Key {
+    Vec3 pivot, scale, move;
+    std::array<float, 4> q;  // of length 1
+  };
+
+  std::vector<Key> keysOf(int keyframeList) const {
     std::vector<Key> keys;
     for (const std::int32_t index : list(VRDM_CLASS_KEYFRAME_LIST, keyframeList, "keyframes")) {
       if (!valid(VRDM_CLASS_KEYFRAME, index)) continue;
       const Group group = this->group(VRDM_CLASS_KEYFRAME, index, "Transformation");
       const ValueReader f = group.fields();
+      std::array<float, 4> q{f.numberAt("qi"), f.numberAt("qj"), f.numberAt("qk"),
+                             f.numberAt("qr")};
+      const float size = std::sqrt(q[0] * q[0] + q[1] * q[1] + q[2] * q[2] + q[3] * q[3]);
+      const bool turns = size > 0 && std::isfinite(size);
+      for (float& lane : q) lane = turns ? lane / size : 0;
+      if (!turns) q[3] = 1;
       keys.push_back({{f.numberAt("px"), f.numberAt("py"), f.numberAt("pz")},
                       {f.numberAt("sx"), f.numberAt("sy"), f.numberAt("sz")},
                       {f.numberAt("tx"), f.numberAt("ty"), f.numberAt("tz")},
-                      {f.numberAt("qi"), f.numberAt("qj"), f.numberAt("qk"), f.numberAt("qr")}});
+                      q});
+    }
+    return keys;
+  }
+
+  // Returns the map at a fraction of the way from one key to the next.
+  static Transform between(const Key& a, const Key& b, float t) {
+    const auto mix = [t](Vec3 from, Vec3 to) { return from * (1 - t) + to * t; };
+    return keyframe(mix(a.pivot, b.pivot), mix(a.scale, b.scale), turned(a.q, b.q, t),
+                    mix(a.move, b.move));
+  }
+
+  // Returns the maps of keys at equal steps. Points move along straight lines from step to step, so
+  // there are `turnSteps` of them between two keys that turn, or as many as the limit allows. If
+  // the keys alone are more than that, the motion is taken at the most even times that there may
+  // be.
+  static std::vector<Transform> stepsOf(const std::vector<Key>& keys, std::size_t turnSteps,
+                                        std::size_t most) {
+    if (keys.empty()) return {};
+    const std::size_t spans = keys.size() - 1;
+    bool turns = false;
+    for (std::size_t i = 0; i < spans; ++i) turns |= keys[i].q != keys[i + 1].q;
+    std::size_t intervals = spans;
+    if (spans > most - 1) {
+      intervals = most - 1;
+    } else if (turns) {
+      intervals *= std::clamp((most - 1) / spans, std::size_t{1}, turnSteps);
     }
     std::vector<Transform> steps;
-    bool turns = false;
-    for (std::size_t i = 0; i + 1 < keys.size(); ++i) turns |= keys[i].q != keys[i + 1].q;
-    const int between = turns && (keys.size() - 1) * kSteps < kMostSteps ? kSteps : 1;
-    for (std::size_t i = 0; i < keys.size(); ++i) {
-      const Key& a = keys[i];
-      const Key& b = keys[std::min(i + 1, keys.size() - 1)];
-      for (int step = 0; step < (i + 1 < keys.size() ? between : 1); ++step) {
-        const float t = static_cast<float>(step) / static_cast<float>(between);
-        const auto mix = [t](Vec3 from, Vec3 to) { return from * (1 - t) + to * t; };
-        steps.push_back(keyframe(mix(a.pivot, b.pivot), mix(a.scale, b.scale), turned(a.q, b.q, t),
-                                 mix(a.move, b.move)));
-      }
+    for (std::size_t step = 0; step <= intervals; ++step) {
+      // In whole numbers, so that a step at a key is the key.
+      const std::size_t at = intervals > 0 ? step * spans / intervals : 0;
+      const std::size_t rest = intervals > 0 ? step * spans % intervals : 0;
+      const float t = rest == 0 ? 0 : static_cast<float>(rest) / static_cast<float>(intervals);
+      steps.push_back(between(keys[at], keys[std::min(at + 1, spans)], t));
     }
-    if (steps.size() > kMostSteps) steps.resize(kMostSteps);
     return steps;
   }
 
@@ -521,20 +607,34 @@ class Reader {
   }
 
   Motion motionOf(std::uint32_t objectClass, int index, const ValueReader& general,
-                  const Transform& outer) const {
+                  const Transform& outer) {
     Motion motion;
     const Transform own = group(objectClass, index, "Transformation").fields().matrixAt("matrix");
     motion.steps = {outer * own};
     const int keyframes = reference(objectClass, index, "keyframes");
-    if (keyframes < 0) return motion;
-    std::vector<Transform> steps = readKeyframes(keyframes);
-    if (steps.empty()) return motion;
-    for (Transform& step : steps) step = outer * step * own;
-    motion.steps = std::move(steps);
+    std::vector<Key> keys;
+    if (keyframes >= 0) keys = keysOf(keyframes);
     motion.start = general.numberAt("time_start", 0);
     motion.end = general.numberAt("time_end", 1);
-    if (!(motion.end > motion.start) || !std::isfinite(motion.end - motion.start)) {
+    const bool hasTime = motion.end > motion.start && std::isfinite(motion.end - motion.start);
+    // Embree moves shapes, and takes so many steps. A camera has no such limit.
+    const bool isCamera = objectClass == VRDM_CLASS_CAMERA;
+    constexpr std::size_t kMostSteps = 129, kTurnSteps = 8, kCameraTurnSteps = 64;
+    const std::size_t most =
+        isCamera ? std::max(keys.size() * kTurnSteps, std::size_t{1} << 16) : kMostSteps;
+    if (keys.size() > most) {
+      notices_.add(called(objectClass, index) + " has " + std::to_string(keys.size()) +
+                   " keyframes; it moves along straight lines between " + std::to_string(most) +
+                   " times");
+    }
+    std::vector<Transform> steps = stepsOf(keys, isCamera ? kCameraTurnSteps : kTurnSteps, most);
+    for (Transform& step : steps) step = outer * step * own;
+    if (!steps.empty()) motion.steps = std::move(steps);
+    if (!hasTime) {
       motion.steps.resize(1);
+    } else if (!isCamera && !motion.moves() && (motion.start > 0 || motion.end < 1)) {
+      // A shape that stands still is there from the first time to the last.
+      motion.steps.push_back(motion.steps.front());
     }
     return motion;
   }
@@ -803,7 +903,7 @@ class Reader {
     std::optional<EmissionParameter> emission = at ? readEmission(*at) : readEmission(value);
     if (!emission) return false;
     light.emission = emission->colour;
-    checkLookup(light.emission.lookup, name);
+    checkColour(light.emission, name);
     for (const char* label : {"intensity", "strength", "multiplier"}) {
       const std::optional<ValueReader> factor = value.findAny({label});
       if (!factor || factor->place().offset == (at ? at->place().offset : ~0ULL)) continue;
@@ -909,7 +1009,7 @@ class Reader {
       return std::isfinite(found) ? std::max(found, 0.0F) : 0.0F;
     };
     camera.background =
-        Colours::get().emission({channel("red"), channel("green"), channel("blue")});
+        Colours::get().background({channel("red"), channel("green"), channel("blue")});
     readBackplate(index);
 
     const vrnt::UniqueValue value(vrdmGetInstanceValue(scene_, kClass, index));
@@ -1046,6 +1146,9 @@ class Reader {
     if (width > 0 && height > 0 && std::isfinite(left + bottom + width + height)) {
       task.regionOrigin = {left, bottom};
       task.regionSize = {width, height};
+    } else {
+      notices_.add(called(kClass, index) +
+                   " has a render region without an extent; the whole picture is rendered");
     }
     const Group wavefront = group(kClass, index, "Wavefront");
     const ValueReader w = wavefront.fields();

@@ -1,8 +1,11 @@
 #include "shading/microfacets.hpp"
 
+#include <tbb/parallel_for.h>
+
 #include <cstdint>
 #include <map>
 #include <mutex>
+#include <tuple>
 
 namespace vrn_render {
 namespace {
@@ -21,8 +24,32 @@ Vec2 evenPoint(std::uint32_t index, std::uint32_t count) {
           std::min(static_cast<float>(reversed) * 0x1p-32F, 0x1.fffffep-1F)};
 }
 
-Vec3 directionAt(float cosine) {
-  return {std::sqrt(std::max(0.0F, 1 - cosine * cosine)), 0, cosine};
+// Returns how much of white light goes on at once, of what comes from a direction.
+float albedo(AlbedoTable::Kind kind, float eta, float cosine, float alpha) {
+  using Kind = AlbedoTable::Kind;
+  constexpr std::uint32_t kPoints = 512;
+  const Microfacets facets{alpha};
+  // In this plane, sampleVisible() has its first axis perpendicular to it, however narrow the
+  // distribution is.
+  const Vec3 from{0, std::sqrt(std::max(0.0F, 1 - cosine * cosine)), cosine};
+  double sum = 0;
+  for (std::uint32_t i = 0; i < kPoints; ++i) {
+    // The two sides of the plane of incidence are alike, so one is enough.
+    const Vec2 u = evenPoint(i, kPoints);
+    const Vec3 half = facets.sampleVisible(from, {u.x, 0.25F + 0.5F * u.y});
+    const float c = dot(from, half);
+    const float reflected = kind == Kind::Mirror ? 1 : fresnelDielectric(c, eta);
+    const Vec3 mirrored = 2 * c * half - from;
+    if (mirrored.z > 0) {
+      sum += reflected * facets.shadowing(from, mirrored) / facets.masking(from);
+    }
+    if (kind != Kind::Boundary) continue;
+    const float sine2 = std::max(0.0F, 1 - c * c) / (eta * eta);
+    if (sine2 >= 1) continue;
+    const Vec3 through = (c / eta - std::sqrt(1 - sine2)) * half - from * (1 / eta);
+    if (through.z < 0) sum += (1 - reflected) * facets.masking(through);
+  }
+  return static_cast<float>(sum / kPoints);
 }
 
 }  // namespace
@@ -83,35 +110,63 @@ float Microfacets::visibleDensity(Vec3 from, Vec3 normal) const {
   return masking(from) * std::max(0.0F, dot(from, normal)) * density(normal) / from.z;
 }
 
-template <typename Albedo>
-AlbedoTable::AlbedoTable(Albedo albedo) {
-  for (int width = 0; width < kWidths; ++width) {
-    const float share = static_cast<float>(width) / (kWidths - 1);
-    const float alpha = std::max(share * share, 1e-3F);
-    auto& row = table_[static_cast<std::size_t>(width)];
-    for (int i = 0; i < kCosines; ++i) {
-      // The cosines are denser near 0, where albedos change most.
-      const float place = static_cast<float>(i) / (kCosines - 1);
-      row[static_cast<std::size_t>(i)] = albedo(std::max(place * place, 1e-4F), alpha);
-    }
+// Returns the first of the two rows between which a width lies.
+int AlbedoTable::rowOf(float alpha) {
+  const float y = std::sqrt(std::clamp(alpha, 0.0F, 1.0F)) * (kWidths - 1);
+  return std::min(static_cast<int>(y), kWidths - 2);
+}
+
+void AlbedoTable::fillRow(Kind kind, float eta, int width) {
+  const float share = static_cast<float>(width) / (kWidths - 1);
+  const float alpha = std::max(share * share, 1e-3F);
+  auto& row = table_[static_cast<std::size_t>(width)];
+  for (int i = 0; i < kCosines; ++i) {
+    // The cosines are denser near 0, where albedos change most.
+    const float place = static_cast<float>(i) / (kCosines - 1);
+    row[static_cast<std::size_t>(i)] = albedo(kind, eta, std::max(place * place, 1e-4F), alpha);
   }
-  for (int width = 0; width < kWidths; ++width) {
-    const float share = static_cast<float>(width) / (kWidths - 1);
-    constexpr int kSteps = 512;
-    double sum = 0;
-    for (int i = 0; i < kSteps; ++i) {
-      const float cosine = (static_cast<float>(i) + 0.5F) / kSteps;
-      sum += 2.0 * cosine * at(cosine, share * share) / kSteps;
-    }
-    means_[static_cast<std::size_t>(width)] = static_cast<float>(sum);
+  constexpr int kSteps = 512;
+  double sum = 0;
+  for (int step = 0; step < kSteps; ++step) {
+    const float cosine = (static_cast<float>(step) + 0.5F) / kSteps;
+    const float x = std::sqrt(cosine) * (kCosines - 1);
+    const auto i = static_cast<std::size_t>(x);
+    const float t = x - static_cast<float>(i);
+    sum += 2.0 * cosine * (row[i] * (1 - t) + row[i + 1] * t) / kSteps;
   }
+  means_[static_cast<std::size_t>(width)] = static_cast<float>(sum);
+}
+
+std::vector<std::shared_ptr<const AlbedoTable>> AlbedoTable::of(
+    const std::vector<Request>& requests) {
+  static std::map<std::pair<Kind, float>, std::shared_ptr<AlbedoTable>> tables;
+  static std::mutex mutex;
+  const std::lock_guard<std::mutex> lock(mutex);
+  std::vector<std::shared_ptr<const AlbedoTable>> result;
+  std::vector<std::tuple<AlbedoTable*, const Request*, int>> missing;
+  for (const Request& request : requests) {
+    std::shared_ptr<AlbedoTable>& table = tables[{request.kind, request.eta}];
+    if (!table) table = std::make_shared<AlbedoTable>();
+    for (int row = rowOf(request.narrowest); row <= rowOf(request.widest) + 1; ++row) {
+      const std::uint32_t bit = std::uint32_t{1} << row;
+      if (table->rows_ & bit) continue;
+      table->rows_ |= bit;
+      missing.emplace_back(table.get(), &request, row);
+    }
+    result.push_back(table);
+  }
+  tbb::parallel_for(std::size_t{0}, missing.size(), [&missing](std::size_t i) {
+    const auto& [table, request, row] = missing[i];
+    table->fillRow(request->kind, request->eta, row);
+  });
+  return result;
 }
 
 float AlbedoTable::at(float cosine, float alpha) const {
   const float x = std::sqrt(std::clamp(cosine, 0.0F, 1.0F)) * (kCosines - 1);
   const float y = std::sqrt(std::clamp(alpha, 0.0F, 1.0F)) * (kWidths - 1);
   const int i = std::min(static_cast<int>(x), kCosines - 2);
-  const int j = std::min(static_cast<int>(y), kWidths - 2);
+  const int j = rowOf(alpha);
   const float s = x - static_cast<float>(i);
   const float t = y - static_cast<float>(j);
   const auto entry = [this](int row, int column) {
@@ -123,86 +178,10 @@ float AlbedoTable::at(float cosine, float alpha) const {
 
 float AlbedoTable::mean(float alpha) const {
   const float y = std::sqrt(std::clamp(alpha, 0.0F, 1.0F)) * (kWidths - 1);
-  const int j = std::min(static_cast<int>(y), kWidths - 2);
+  const int j = rowOf(alpha);
   const float t = y - static_cast<float>(j);
   return means_[static_cast<std::size_t>(j)] * (1 - t) +
          means_[static_cast<std::size_t>(j) + 1] * t;
-}
-
-const AlbedoTable& AlbedoTable::ofMirror() {
-  static const AlbedoTable table([](float cosine, float alpha) {
-    constexpr std::uint32_t kPoints = 1024;
-    const Microfacets facets{alpha};
-    const Vec3 from = directionAt(cosine);
-    double sum = 0;
-    for (std::uint32_t i = 0; i < kPoints; ++i) {
-      const Vec3 half = facets.sampleVisible(from, evenPoint(i, kPoints));
-      const Vec3 to = 2 * dot(from, half) * half - from;
-      if (to.z > 0) sum += facets.shadowing(from, to) / facets.masking(from);
-    }
-    return static_cast<float>(sum / kPoints);
-  });
-  return table;
-}
-
-namespace {
-
-// A table for each index of refraction, as long as the program runs.
-template <typename Make>
-std::shared_ptr<const AlbedoTable> remembered(
-    std::map<float, std::shared_ptr<const AlbedoTable>>& tables, float eta, Make make) {
-  static std::mutex mutex;
-  const std::lock_guard<std::mutex> lock(mutex);
-  auto& table = tables[eta];
-  if (!table) table = make();
-  return table;
-}
-
-}  // namespace
-
-std::shared_ptr<const AlbedoTable> AlbedoTable::ofCoat(float eta) {
-  static std::map<float, std::shared_ptr<const AlbedoTable>> tables;
-  return remembered(tables, eta, [eta] {
-    return std::shared_ptr<const AlbedoTable>(new AlbedoTable([eta](float cosine, float alpha) {
-      constexpr std::uint32_t kPoints = 1024;
-      const Microfacets facets{alpha};
-      const Vec3 from = directionAt(cosine);
-      double sum = 0;
-      for (std::uint32_t i = 0; i < kPoints; ++i) {
-        const Vec3 half = facets.sampleVisible(from, evenPoint(i, kPoints));
-        const Vec3 to = 2 * dot(from, half) * half - from;
-        if (to.z <= 0) continue;
-        sum += fresnelDielectric(dot(from, half), eta) * facets.shadowing(from, to) /
-               facets.masking(from);
-      }
-      return static_cast<float>(sum / kPoints);
-    }));
-  });
-}
-
-std::shared_ptr<const AlbedoTable> AlbedoTable::ofBoundary(float eta) {
-  static std::map<float, std::shared_ptr<const AlbedoTable>> tables;
-  return remembered(tables, eta, [eta] {
-    return std::shared_ptr<const AlbedoTable>(new AlbedoTable([eta](float cosine, float alpha) {
-      constexpr std::uint32_t kPoints = 1024;
-      const Microfacets facets{alpha};
-      const Vec3 from = directionAt(cosine);
-      double sum = 0;
-      for (std::uint32_t i = 0; i < kPoints; ++i) {
-        const Vec3 half = facets.sampleVisible(from, evenPoint(i, kPoints));
-        const float c = dot(from, half);
-        const float reflected = fresnelDielectric(c, eta);
-        const Vec3 mirrored = 2 * c * half - from;
-        if (mirrored.z > 0)
-          sum += reflected * facets.shadowing(from, mirrored) / facets.masking(from);
-        const float sine2 = std::max(0.0F, 1 - c * c) / (eta * eta);
-        if (sine2 >= 1) continue;
-        const Vec3 through = (c / eta - std::sqrt(1 - sine2)) * half - from * (1 / eta);
-        if (through.z < 0) sum += (1 - reflected) * facets.masking(through);
-      }
-      return static_cast<float>(sum / kPoints);
-    }));
-  });
 }
 
 }  // namespace vrn_render

@@ -3,7 +3,9 @@
 #define VRN_RENDER_SHADING_MICROFACETS_HPP
 
 #include <array>
+#include <cstdint>
 #include <memory>
+#include <vector>
 
 #include "geometry/vector.hpp"
 
@@ -35,12 +37,20 @@ struct Microfacets {
 /// more than once; the materials add it, so that nothing gets lost.
 class AlbedoTable {
  public:
-  /// Of a surface that reflects everything.
-  static const AlbedoTable& ofMirror();
-  /// Of the reflection of a dielectric boundary, seen from outside.
-  static std::shared_ptr<const AlbedoTable> ofCoat(float eta);
-  /// Of reflection and transmission of a dielectric boundary. `eta` is as for fresnelDielectric().
-  static std::shared_ptr<const AlbedoTable> ofBoundary(float eta);
+  enum class Kind : std::uint8_t {
+    Mirror,   ///< a surface that reflects everything
+    Coat,     ///< the reflection of a dielectric boundary, seen from outside
+    Boundary  ///< reflection and transmission of a dielectric boundary
+  };
+  /// What of a table is needed. `eta` is as for fresnelDielectric(); 1 for a mirror.
+  struct Request {
+    Kind kind;
+    float eta;
+    float narrowest, widest;  ///< the widths of the distribution
+  };
+  /// Returns a table for each request. Only the rows that are asked for are computed, on all
+  /// processors, and kept as long as the program runs.
+  static std::vector<std::shared_ptr<const AlbedoTable>> of(const std::vector<Request>& requests);
 
   float at(float cosine, float alpha) const;
   /// The mean over all directions, weighted by their cosines.
@@ -50,11 +60,12 @@ class AlbedoTable {
   static constexpr int kCosines = 64;
   static constexpr int kWidths = 32;
 
-  template <typename Albedo>
-  explicit AlbedoTable(Albedo albedo);
+  static int rowOf(float alpha);
+  void fillRow(Kind kind, float eta, int width);
 
   std::array<std::array<float, kCosines>, kWidths> table_{};
   std::array<float, kWidths> means_{};
+  std::uint32_t rows_ = 0;  // a bit for each that is filled
 };
 
 }  // namespace vrn_render

@@ -132,6 +132,23 @@ Colours::Colours() {
       colours_[bits][band] = pairs[2 * static_cast<std::size_t>(band) + 3];
     }
   }
+
+  // Sums of red, green and blue light, by the inverse of the matrix of what they show.
+  std::array<Spectrum, 3> lights;
+  Transform shown;
+  Vec3* const columns[] = {&shown.x, &shown.y, &shown.z};
+  for (std::size_t k = 0; k < 3; ++k) {
+    lights[k] = colours_[std::size_t{1} << k] * daylight_;
+    const Rgb rgb = toRgb(lights[k]);
+    *columns[k] = {rgb.r, rgb.g, rgb.b};
+  }
+  const Transform parts = inverse(shown);
+  const Vec3 shares[] = {parts.x, parts.y, parts.z};
+  for (std::size_t k = 0; k < 3; ++k) {
+    primaries_[k].add(lights[0], shares[k].x);
+    primaries_[k].add(lights[1], shares[k].y);
+    primaries_[k].add(lights[2], shares[k].z);
+  }
 }
 
 ScreenColour Colours::toScreen(const Spectrum& radiance) const {
@@ -169,5 +186,16 @@ Spectrum Colours::factor(const Rgb& colour) const {
 }
 
 Spectrum Colours::emission(const Rgb& colour) const { return factor(colour) * daylight_; }
+
+Spectrum Colours::background(const Rgb& colour) const {
+  // Not in the result: GCC does not align every temporary that takes one as wide vectors need it.
+  const Spectrum near = emission(colour);
+  const Rgb shown = toRgb(near);
+  Spectrum result = near;
+  result.add(primaries_[0], colour.r - shown.r);
+  result.add(primaries_[1], colour.g - shown.g);
+  result.add(primaries_[2], colour.b - shown.b);
+  return result;
+}
 
 }  // namespace vrn_render

@@ -140,6 +140,9 @@ class Colours {
   Spectrum factor(const Rgb& colour) const;
   /// Returns light of this colour: white is D65.
   Spectrum emission(const Rgb& colour) const;
+  /// Returns light that has exactly this colour on the screen, for what is seen and lights nothing:
+  /// amplitudes may be a little negative.
+  Spectrum background(const Rgb& colour) const;
   /// Returns light of one luminance with the spectrum of D65.
   const Spectrum& daylight() const { return daylight_; }
 
@@ -149,7 +152,8 @@ class Colours {
 
   std::array<Spectrum, 4> screen_;  // red, green, blue and the luminance
   Spectrum daylight_;
-  std::array<Spectrum, 8> colours_;  // by the bits r = 1, g = 2, b = 4
+  std::array<Spectrum, 8> colours_;    // by the bits r = 1, g = 2, b = 4
+  std::array<Spectrum, 3> primaries_;  // light that is red, green and blue alone on the screen
 };
 
 }  // namespace vrn_render

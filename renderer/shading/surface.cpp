@@ -23,6 +23,8 @@ Vec3 cosineDirection(Vec2 u) {
 
 std::vector<MaterialTables> makeMaterialTables(const SceneDescription& scene) {
   std::vector<MaterialTables> result(scene.materials.size());
+  std::vector<AlbedoTable::Request> requests;
+  std::vector<std::shared_ptr<const AlbedoTable>*> wanted;
   for (std::size_t i = 0; i < result.size(); ++i) {
     const MaterialDescription& material = scene.materials[i];
     const auto isZero = [](const NumberParameter& number) {
@@ -40,12 +42,35 @@ std::vector<MaterialTables> makeMaterialTables(const SceneDescription& scene) {
           material.transmission.lookup.texture, material.opacity.lookup.texture}) {
       result[i].usesCoordinates |= texture >= 0;
     }
-    if (material.hasCoat) result[i].coat = AlbedoTable::ofCoat(material.indexOfRefraction);
-    if (material.transmission.value > 0 || material.transmission.lookup.texture >= 0) {
-      result[i].outside = AlbedoTable::ofBoundary(material.indexOfRefraction);
-      result[i].inside = AlbedoTable::ofBoundary(1 / material.indexOfRefraction);
+    const auto isTextured = [](const NumberParameter& number) {
+      return number.lookup.texture >= 0;
+    };
+    const auto isWhole = [&](const NumberParameter& number) {
+      return !isTextured(number) && number.value >= 1;
+    };
+    const bool hasRough = isTextured(material.roughness);
+    const float roughness = std::clamp(material.roughness.value, 0.0F, 1.0F);
+    const float narrowest = hasRough ? 0 : roughness * roughness;
+    const float widest = hasRough ? 1 : roughness * roughness;
+    const bool isRough = widest >= kSmoothAlpha;
+    const float eta = material.indexOfRefraction;
+    const auto request = [&](AlbedoTable::Kind kind, float of,
+                             std::shared_ptr<const AlbedoTable>& table) {
+      requests.push_back({kind, of, narrowest, widest});
+      wanted.push_back(&table);
+    };
+    if (material.hasCoat && !isWhole(material.metallic) && !isWhole(material.transmission)) {
+      request(AlbedoTable::Kind::Coat, eta, result[i].coat);
+    }
+    if (!isRough) continue;
+    if (!isZero(material.metallic)) request(AlbedoTable::Kind::Mirror, 1, result[i].mirror);
+    if (!isZero(material.transmission) && !isWhole(material.metallic)) {
+      request(AlbedoTable::Kind::Boundary, eta, result[i].outside);
+      request(AlbedoTable::Kind::Boundary, 1 / eta, result[i].inside);
     }
   }
+  const auto tables = AlbedoTable::of(requests);
+  for (std::size_t i = 0; i < tables.size(); ++i) *wanted[i] = tables[i];
   return result;
 }
 
@@ -139,7 +164,7 @@ float Surface::evaluateLobes(Vec3 view, Vec3 to, std::uint32_t kinds, Scattering
       }
       if (shares_[kMetal] > 0) {
         // Light that is scattered more than once is reflected more than once, too.
-        const float once = AlbedoTable::ofMirror().at(view.z, alpha_);
+        const float once = tables_.mirror->at(view.z, alpha_);
         const float more = (1 - once) / std::max(once, 1e-3F);
         const float edge = schlickEdge(c);
         const float scale = weights_[kMetal] * shape;

@@ -13,7 +13,7 @@ namespace vrn_render {
 
 /// What of a material is computed once.
 struct MaterialTables {
-  std::shared_ptr<const AlbedoTable> coat, outside, inside;
+  std::shared_ptr<const AlbedoTable> coat, outside, inside, mirror;
   float ground = 0;  ///< the mean reflectance, if no texture decides it
   Rgb colour;        ///< for the pass "albedo", if no texture decides it
   bool usesCoordinates = false;

@@ -36,9 +36,9 @@ bool isCube(const TextureDescription& texture);
 /// True if each slice of the texture is the amplitude at one wavelength.
 bool isSpectral(const TextureDescription& texture);
 
-/// A surface's point of texture coordinates, for each set that its mesh has (the first ones).
+/// A surface's point of texture coordinates, for each of SceneDescription::coordinateSets.
 struct TextureCoordinates {
-  static constexpr int kMostSets = 4;
+  static constexpr int kMostSets = 8;
   std::array<Vec2, kMostSets> sets{};
 };
 

@@ -104,6 +104,35 @@ TEST(Colours, OfLightWithoutASpectrumComeBackToTheScreen) {
   EXPECT_NEAR(Colours::get().luminance(Colours::get().daylight()), 1, 1e-5);
 }
 
+TEST(Colours, OfTheBackgroundAreThoseThatWereSet) {
+  const auto expectColours = [](const Picture& picture, const std::array<float, 3>& rgb) {
+    for (std::size_t k = 0; k < 3; ++k) EXPECT_NEAR(picture.colour[k], rgb[k], 1e-5) << k;
+  };
+  for (int bits = 0; bits < 27; ++bits) {
+    const std::array<float, 3> rgb{static_cast<float>(bits % 3) / 2,
+                                   static_cast<float>(bits / 3 % 3) / 2,
+                                   static_cast<float>(bits / 9)};
+    Maker maker;
+    const Object camera = maker.camera({0, 0, 1});
+    maker.scene.setGroup(camera, "Background",
+                         maker.scene.group(camera, "Background")
+                             .set("active", true)
+                             .set("red", rgb[0])
+                             .set("green", rgb[1])
+                             .set("blue", rgb[2]));
+    expectColours(Ready(maker.scene.get()).picture(2, 2, 4), rgb);
+    const Object plate = maker.scene.addAsset(
+        vrdmTextureDesc{1, 1, 1, VRNT_TEXTURE_FORMAT_RGB32, VRNT_TEXTURE_LAYOUT_2D},
+        vrnt::host::copyBytes(reinterpret_cast<const unsigned char*>(rgb.data()), sizeof rgb));
+    maker.scene.refer(camera, "backplate", plate);
+    maker.scene.setGroup(camera, "Background",
+                         maker.scene.group(camera, "Background").set("active", false));
+    maker.scene.setGroup(camera, "Backplate",
+                         maker.scene.group(camera, "Backplate").set("mode", "FIT_SIZE"));
+    expectColours(Ready(maker.scene.get()).picture(2, 2, 4), rgb);
+  }
+}
+
 // Renders a patch of a reflectance in the light of a lamp from everywhere.
 Rgb rendered(const Spectrum& reflectance, const Spectrum& illuminant) {
   Maker maker;

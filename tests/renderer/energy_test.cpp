@@ -2,6 +2,7 @@
 #include <gtest/gtest.h>
 
 #include <cmath>
+#include <ctime>
 
 #include "renderer/support.hpp"
 
@@ -65,6 +66,21 @@ TEST(PartsOfATurn, HaveTheirCosineAndSine) {
     EXPECT_NEAR(found.x, std::cos(angle), 2e-7) << part;
     EXPECT_NEAR(found.y, std::sin(angle), 2e-7) << part;
   }
+}
+
+// What each material needs is computed before the first ray. All tables of 20 indices of refraction
+// would take many seconds.
+TEST(Materials, OfManyIndicesOfRefractionAreReadySoon) {
+  SceneDescription scene;
+  for (int i = 0; i < 20; ++i) {
+    const float index = 1.301F + 0.01F * static_cast<float>(i);
+    scene.materials.push_back(describe({"glass", 1, 0.3F, 0, 1, index, true}));
+    scene.materials.push_back(describe({"coat", 1, 0.3F, 0, 0, index, true}));
+  }
+  const std::clock_t begin = std::clock();
+  const auto tables = makeMaterialTables(scene);
+  EXPECT_LT(static_cast<double>(std::clock() - begin) / CLOCKS_PER_SEC, 2);
+  EXPECT_EQ(tables.size(), 40U);
 }
 
 TEST(Materials, WhiteOnesScatterAllLight) {

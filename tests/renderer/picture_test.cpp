@@ -126,6 +126,22 @@ TEST(Instances, StandWhereTheirMatricesAndGroupsPutThem) {
   EXPECT_FLOAT_EQ(picture.normal[2], 1);
 }
 
+// Lamps do not stop rays, so all that lie behind each other are seen.
+TEST(Lamps, BehindEachOtherAddTheirLight) {
+  for (const bool isSpread : {true, false}) {
+    Maker maker;
+    constexpr int kLamps = 40;
+    for (int i = 0; i < kLamps; ++i) {
+      const Object lamp = maker.light("rectangle", flat(1));
+      maker.place(lamp, {1, 0, 0}, {0, 1, 0}, {0, 0, 1},
+                  {0, 0, isSpread ? -0.1F * static_cast<float>(i) : 0});
+    }
+    maker.camera({0, 0, 3}, 0.035F, {0.5F, 0.5F}, "orthographic");
+    const Picture picture = Ready(maker.scene.get()).picture(2, 2, 4);
+    for (int x = 0; x < 2; ++x) EXPECT_FLOAT_EQ(bandAt(picture, x, 0), kLamps);
+  }
+}
+
 TEST(Forms, HaveTheirSilhouettes) {
   const struct {
     const char* name;
@@ -356,6 +372,76 @@ TEST(CutPlanes, TakeAwayWhatLiesBeforeThem) {
   const Picture picture = Ready(maker.scene.get()).picture(2, 2, 4);
   EXPECT_EQ(bandAt(picture, 0, 0), 1);
   EXPECT_EQ(bandAt(picture, 1, 0), 0);
+}
+
+// In metres of the scene, however large the camera is.
+TEST(NearDistance, IsNotScaledWithTheCamera) {
+  Maker maker;
+  maker.shape(maker.material(glowing(1)), maker.mesh({square({0, 0, 0}, 1)}));
+  maker.shape(maker.material(glowing(2)), maker.mesh({square({0, 0, -1}, 9)}));
+  const Object camera = maker.camera({0, 0, 3});
+  maker.place(camera, {2, 0, 0}, {0, 2, 0}, {0, 0, 2}, {0, 0, 3});
+  for (const bool isBehind : {false, true}) {
+    maker.scene.setGroup(
+        camera, "General",
+        maker.scene.group(camera, "General").set("near_distance", isBehind ? 3.1F : 2.9F));
+    EXPECT_FLOAT_EQ(bandAt(Ready(maker.scene.get()).picture(7, 7, 4), 3, 3), isBehind ? 2 : 1);
+  }
+}
+
+// It appears at its first time and disappears at its last one.
+TEST(ShapesWithATime, AreThereForThatTime) {
+  Maker maker;
+  const Object shape = maker.shape(maker.material(glowing(1)), maker.mesh({square({0, 0, 0}, 1)}));
+  maker.scene.setGroup(
+      shape, "General",
+      maker.scene.group(shape, "General").set("time_start", 0.25F).set("time_end", 0.75F));
+  const Object camera = maker.camera({0, 0, 3}, 0.035F, {0.5F, 0.5F}, "orthographic");
+  for (const float time : {0.0F, 0.2F, 0.3F, 0.7F, 0.8F, 1.0F}) {
+    openShutter(maker, camera, time, time);
+    EXPECT_FLOAT_EQ(bandAt(Ready(maker.scene.get()).picture(2, 2, 4), 0, 0),
+                    time > 0.25F && time < 0.75F ? 1 : 0)
+        << time;
+  }
+  openShutter(maker, camera, 0, 1);
+  EXPECT_NEAR(bandAt(Ready(maker.scene.get()).picture(2, 2, kManySamples), 0, 0), 0.5, 0.01);
+}
+
+// The middle of a square, lit from everywhere, with a texture as wide as the view on its sets.
+TEST(Textures, UseTheSetOfCoordinatesThatIsAskedFor) {
+  constexpr int kSets = 12;
+  const float pixels[] = {0.2F, 0.8F};
+  for (const int wanted : {0, 3, 4, 7, 11}) {
+    Maker maker;
+    const Object texture = maker.scene.addAsset(
+        vrdmTextureDesc{2, 1, 1, VRNT_TEXTURE_FORMAT_L32, VRNT_TEXTURE_LAYOUT_2D},
+        vrnt::host::copyBytes(reinterpret_cast<const unsigned char*>(pixels), sizeof pixels));
+    const Object material =
+        maker.material(Record::ofType("{ { int texture_ref; int texcoord; } map; }")
+                           .set("map.texture_ref", texture.index)
+                           .set("map.texcoord", wanted));
+    std::vector<float> words(6);
+    const std::uint32_t corners[] = {0, 1, 2, 0, 2, 3};
+    std::memcpy(words.data(), corners, sizeof corners);
+    for (const Vec3& p : square({0, 0, 0}, 8)) {
+      words.insert(words.end(), {p.x, p.y, p.z, 0, 0, 1, 1, 0, 0});
+    }
+    // The middle of the left pixel; in the set that is wanted, of the right one.
+    for (int set = 0; set < kSets; ++set) {
+      for (int corner = 0; corner < 4; ++corner) {
+        words.insert(words.end(), {set == wanted ? 0.75F : 0.25F, 0.5F});
+      }
+    }
+    const Object mesh =
+        maker.scene.addAsset(vrdmMeshDesc{2, 4, kSets, 0}, vrnt::host::moveBytes(std::move(words)));
+    maker.shape(material, mesh);
+    maker.light("environment", flat(1));
+    maker.camera({0, 0, 3}, 0.035F, {0.01F, 0.01F}, "orthographic");
+    maker.bounces(1);
+    Ready ready(maker.scene.get());
+    EXPECT_TRUE(ready.notices.messages().empty());
+    EXPECT_NEAR(meanOfBand(ready.picture(2, 2, 256), kMiddle), 0.8, 0.01) << wanted;
+  }
 }
 
 // Half of the light passes a surface of half opacity, in both ways to a point.
@@ -599,6 +685,23 @@ TEST(Tiles, OfSharesMakeTheSamePicture) {
   EXPECT_THROW(assemble({first}, found), std::runtime_error);
   std::filesystem::remove(first);
   std::filesystem::remove(second);
+}
+
+TEST(Passes, AreOnlyMadeIfTheyAreAskedFor) {
+  Maker maker;
+  fill(maker);
+  Ready ready(maker.scene.get());
+  const Film film = ready.render(5, 3, 1);
+  const Picture bare = film.finish(ready.description.task, {});
+  EXPECT_EQ(bare.colour.size(), 60U);
+  EXPECT_EQ(bare.depth.capacity() + bare.normal.capacity() + bare.albedo.capacity() +
+                bare.object.capacity() + bare.spectrum.capacity(),
+            0U);
+  const Picture some = film.finish(ready.description.task, {Pass::Normal, Pass::Object});
+  EXPECT_EQ(some.colour, bare.colour);
+  EXPECT_EQ(some.normal.size(), 45U);
+  EXPECT_EQ(some.object.size(), 15U);
+  EXPECT_EQ(some.depth.capacity() + some.albedo.capacity() + some.spectrum.capacity(), 0U);
 }
 
 TEST(NoiseLimit, EndsTilesThatAreQuietAndGoesOnWithTheOthers) {

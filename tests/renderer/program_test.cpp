@@ -1,7 +1,9 @@
 // The program as a user calls it.
 #include <gtest/gtest.h>
 #include <png.h>
+#include <pty.h>
 #include <sys/wait.h>
+#include <unistd.h>
 
 #include <cstdio>
 #include <cstdlib>
@@ -195,20 +197,131 @@ TEST_F(Program, HasAManualPageOfItsOptions) {
   EXPECT_EQ(inHelp, inPage);
 }
 
-TEST_F(Program, DrawsPreviews) {
-  ASSERT_EQ(
-      run(path("scene") + " -o " + path("a.png") + " --size 16 --samples 4 --quiet --preview"), 0);
-  EXPECT_NE(bytes("out").find("\u2580"), std::string::npos);
-  ASSERT_EQ(run(path("scene") + " -o " + path("a.png") +
-                " --size 16 --samples 4 --quiet --preview=sixel"),
-            0);
-  EXPECT_NE(bytes("out").find("\x1bPq"), std::string::npos);
+// Runs the program on a terminal of its own, and returns what it draws there.
+std::string onTerminal(const std::string& arguments) {
+  int terminal = -1;
+  const pid_t child = forkpty(&terminal, nullptr, nullptr, nullptr);
+  if (child == 0) {
+    execl("/bin/sh", "sh", "-c", (std::string("exec ") + VRN_RENDER + " " + arguments).c_str(),
+          nullptr);
+    _exit(127);
+  }
+  std::string drawn;
+  char part[4096];
+  for (ssize_t count; (count = read(terminal, part, sizeof part)) > 0;) {
+    drawn.append(part, static_cast<std::size_t>(count));
+  }
+  close(terminal);
+  int status = 0;
+  EXPECT_EQ(waitpid(child, &status, 0), child);
+  EXPECT_EQ(WEXITSTATUS(status), 0);
+  return drawn;
+}
+
+TEST_F(Program, DrawsPreviewsOnATerminalAndLettersElsewhere) {
+  const std::string how =
+      path("scene") + " -o " + path("a.png") + " --size 16 --samples 4 --quiet ";
+  EXPECT_NE(onTerminal(how + "--preview").find("\u2580"), std::string::npos);
+  EXPECT_NE(onTerminal(how + "--preview=sixel").find("\x1bPq"), std::string::npos);
   ASSERT_EQ(setenv("NO_COLOR", "1", 1), 0);
-  ASSERT_EQ(
-      run(path("scene") + " -o " + path("a.png") + " --size 16 --samples 4 --quiet --preview"), 0);
+  EXPECT_EQ(onTerminal(how + "--preview").find("\u2580"), std::string::npos);
   unsetenv("NO_COLOR");
-  EXPECT_EQ(bytes("out").find('\x1b'), std::string::npos);
-  EXPECT_GT(bytes("out").size(), 16U);
+  for (const char* preview : {"--preview", "--preview=sixel"}) {
+    ASSERT_EQ(run(how + preview), 0);
+    EXPECT_EQ(bytes("out").find('\x1b'), std::string::npos);
+    EXPECT_GT(bytes("out").size(), 16U);
+  }
+}
+
+// The scene would take days.
+TEST_F(Program, ChecksTheTargetBeforeItTracesARay) {
+  const std::string how = " --size 4096 --samples 1000000000 --quiet -o ";
+  EXPECT_EQ(run(path("scene") + how + path("none/a.png")), 2);
+  EXPECT_EQ(bytes("out"), "vrn render: " + path("none/a.png") + ": the folder " + path("none") +
+                              " does not exist; make it first\n");
+  std::filesystem::create_directory(path("folder.png"));
+  EXPECT_EQ(run(path("scene") + how + path("folder.png")), 2);
+  EXPECT_EQ(bytes("out"),
+            "vrn render: " + path("folder.png") + ": this is a folder; name a file in it\n");
+  EXPECT_EQ(run(path("scene") + how + "/proc/a.png"), 2);
+  EXPECT_EQ(bytes("out").find("vrn render: /proc/a.png: no file can be made beside it: "), 0U)
+      << bytes("out");
+  EXPECT_EQ(run("--assemble " + path("scene") + " -o " + path("none/a.png")), 2);
+  EXPECT_NE(bytes("out").find("does not exist; make it first"), std::string::npos);
+  EXPECT_EQ(std::distance(std::filesystem::directory_iterator(folder_), {}), 3);
+}
+
+TEST_F(Program, KeepsTheOldPictureIfItIsInterruptedBeforeTheFirstSample) {
+  std::ofstream(path("a.png")) << "old";
+  // It waits for its scene.
+  ASSERT_EQ(std::system(("mkfifo " + path("pipe")).c_str()), 0);
+  const std::string command = "set -m; " + std::string(VRN_RENDER) + " - -o " + path("a.png") +
+                              " --json < " + path("pipe") + " > " + path("out") +
+                              " 2>&1 & exec 3> " + path("pipe") +
+                              "; sleep 0.3; kill -INT $!; wait $!";
+  EXPECT_EQ(WEXITSTATUS(std::system(("bash -c '" + command + "'").c_str())), 130);
+  EXPECT_EQ(bytes("out"),
+            "vrn render: interrupted before the first sample, so no picture is written\n");
+  EXPECT_EQ(bytes("a.png"), "old");
+  EXPECT_EQ(run(path("scene") + " --time 1e-9 --json -o " + path("a.png")), 2);
+  EXPECT_EQ(bytes("a.png"), "old");
+}
+
+TEST_F(Program, RefusesSharesThatAreNotWhole) {
+  const std::string share = " --size 16 --samples 1 --quiet --tiles 0-0 -o " + path("share");
+  EXPECT_EQ(run(path("scene") + share + " --time 100"), 2);
+  EXPECT_EQ(bytes("out"),
+            "vrn render: --time: a share of tiles must be whole; limit it by --samples or "
+            "--noise\n");
+  ASSERT_EQ(run(path("scene") + share), 0);
+  ASSERT_EQ(run("--assemble " + path("share") + " -o " + path("a.png")), 0);
+  std::ofstream(path("share"), std::ios::app) << "x";
+  EXPECT_EQ(run("--assemble " + path("share") + " -o " + path("a.png")), 2);
+  EXPECT_EQ(bytes("out"),
+            "vrn render: " + path("share") + ": it has bytes behind its end; render it again\n");
+  EXPECT_EQ(run("--assemble - -o " + path("a.png") + " < " + path("share")), 2);
+  EXPECT_EQ(bytes("out"),
+            "vrn render: -: a share is not read from standard input; give the file of it\n");
+}
+
+TEST_F(Program, AssemblesWithTheOptionsThatHaveAUse) {
+  ASSERT_EQ(
+      run(path("scene") + " --size 20x10 --samples 3 --quiet --tiles 0-1 -o " + path("share")), 0);
+  const std::string how = "--assemble " + path("share") + " -o " + path("a.png");
+  ASSERT_EQ(run(how + " --json --quiet --exposure 1 --pass depth"), 0);
+  EXPECT_EQ(bytes("out").find("{\n  \"shares\": [\n    \"" + path("share") +
+                              "\"\n  ],\n  \"output\": \"" + path("a.png") +
+                              "\",\n  \"width\": 20,\n  \"height\": 10,\n  \"tiles\": 2,\n  "
+                              "\"samples\": 600,\n  \"rays\": "),
+            0U)
+      << bytes("out");
+  for (const char* option :
+       {"--size 4", "--samples 2", "--noise 1", "--time 1", "--task 0", "--bounces 1", "--seed 1",
+        "--threads 1", "--preview", "--tiles 0", "--count-tiles", "--trust", "--max-memory 1GB"}) {
+    EXPECT_EQ(run(how + " " + option), 2) << option;
+    EXPECT_NE(bytes("out").find(": it means nothing with --assemble; leave it out\n"),
+              std::string::npos)
+        << bytes("out");
+  }
+}
+
+TEST_F(Program, TellsIfStandardOutputIsFull) {
+  for (const std::string& arguments :
+       {std::string("--help"), std::string("--version"), path("scene") + " --count-tiles"}) {
+    const std::string command =
+        std::string(VRN_RENDER) + " " + arguments + " > /dev/full 2> " + path("out");
+    EXPECT_EQ(WEXITSTATUS(std::system(command.c_str())), 2);
+    EXPECT_EQ(bytes("out").find("vrn render: standard output: it cannot be written: "), 0U);
+  }
+}
+
+TEST_F(Program, PrintsJsonInUtf8WhateverTheNameOfAFileIs) {
+  const std::string name = path("a\xFF\xC3\xA9\xED\xA0\x80\x01.png");
+  ASSERT_EQ(run(path("scene") + " --json --size 4 --samples 1 -o '" + name + "'"), 0);
+  const std::string sign = "\xEF\xBF\xBD";
+  EXPECT_NE(bytes("out").find("/a" + sign + "\xC3\xA9" + sign + sign + sign + "\\u0001.png\""),
+            std::string::npos)
+      << bytes("out");
 }
 
 }  // namespace

@@ -43,6 +43,91 @@ TEST(UnknownMaterial, IsNeutralGreyAndToldOnce) {
   EXPECT_NEAR(meanOfBand(ready.picture(4, 4, 256), 20), 0.5, 0.01);
 }
 
+// Renders a square of a material in white light from everywhere; returns the mean of a band.
+double inWhiteLight(Maker& maker, const Object& material) {
+  maker.shape(material, maker.mesh({{{{-1, -1, 0}, {1, -1, 0}, {1, 1, 0}, {-1, 1, 0}}}}));
+  maker.light("environment", flat(1));
+  maker.camera({0, 0, 1}, 0.035F, {1, 1}, "orthographic");
+  maker.bounces(1);
+  Ready own(maker.scene.get());
+  return meanOfBand(own.picture(4, 4, 256), 20);
+}
+
+TEST(AMaterialThatOnlyShines, ReflectsNothing) {
+  Maker shining;
+  EXPECT_NEAR(
+      inWhiteLight(shining, shining.material(Record::ofType("{ " + kSpectrumType + " emission; }")
+                                                 .set("emission", flat(3)))),
+      3, 1e-4);
+  Maker dark;
+  EXPECT_EQ(inWhiteLight(dark, dark.material(Record::ofType("{ " + kSpectrumType + " emission; }")
+                                                 .set("emission", flat(0)))),
+            0);
+  // With a colour, or with what tells that there is one, it reflects.
+  Maker coloured;
+  EXPECT_NEAR(
+      inWhiteLight(coloured, coloured.material(Record::ofType("{ float reflectance; " +
+                                                              kSpectrumType + " emission; }")
+                                                   .set("reflectance", 0.25F)
+                                                   .set("emission", flat(3)))),
+      3.25, 0.01);
+  Maker rough;
+  EXPECT_GT(inWhiteLight(rough, rough.material(Record::ofType("{ float roughness; " +
+                                                              kSpectrumType + " emission; }")
+                                                   .set("roughness", 1.0F)
+                                                   .set("emission", flat(3)))),
+            3.4);
+}
+
+TEST(AMissingTexture, IsNeutralGreyUnlessThereIsAColour) {
+  const struct {
+    std::string type;
+    double expected;
+    std::string told;
+  } kCases[] = {
+      {"{ { int texture_ref; } map; }", 0.5, "neutral grey stands for it"},
+      {"{ { int texture_ref; } map; float reflectance; }", 0.25, "the colour without it is used"}};
+  for (const auto& one : kCases) {
+    Maker maker;
+    Record record = Record::ofType(one.type);
+    record.set("map.texture_ref", 7);
+    if (one.expected == 0.25) record.set("reflectance", 0.25F);
+    EXPECT_NEAR(inWhiteLight(maker, maker.material(record)), one.expected, 0.01);
+    const Ready ready(maker.scene.get());
+    const std::vector<std::string> told{"Material 0 names texture 7, which is not there; " +
+                                        one.told};
+    EXPECT_EQ(ready.notices.messages(), told);
+  }
+  Maker maker;
+  EXPECT_NEAR(inWhiteLight(maker, maker.material(Record::ofType("{ { int texture_ref; } "
+                                                                "reflectance; }")
+                                                     .set("reflectance.texture_ref", 7))),
+              0.5, 0.01);
+}
+
+TEST(NoIndexOfRefraction, ReflectsAllLight) {
+  Maker maker;
+  const Object material =
+      maker.material(Record::ofType("{ float reflectance; float ior; float roughness; }")
+                         .set("reflectance", 0.0F)
+                         .set("ior", 0.0F)
+                         .set("roughness", 0.0F));
+  EXPECT_NEAR(inWhiteLight(maker, material), 1, 0.001);
+}
+
+TEST(ARenderRegionWithoutAnExtent, IsTold) {
+  for (const float width : {0.0F, std::numeric_limits<float>::quiet_NaN()}) {
+    Maker maker;
+    maker.camera({0, 0, 1});
+    maker.scene.setGroup(maker.task, "Render region",
+                         maker.scene.group(maker.task, "Render region").set("width", width));
+    const Ready ready(maker.scene.get());
+    const std::vector<std::string> told{
+        "ImageTask 0 has a render region without an extent; the whole picture is rendered"};
+    EXPECT_EQ(ready.notices.messages(), told);
+  }
+}
+
 TEST(MaterialParameters, AreReadInEachOfTheLibrarysTypes) {
   for (const std::uint32_t number :
        {VRNT_MATERIAL_PARAM_COLOUR, VRNT_MATERIAL_PARAM_SIMPLE_COLOUR}) {
@@ -93,6 +178,77 @@ TEST(Keyframes, TurnAtAnEvenSpeed) {
     const Transform place = geometry.placeAt(0, time);
     EXPECT_NEAR(place.x.x, std::cos(time * kPi / 2), 1e-4);
     EXPECT_NEAR(place.x.y, std::sin(time * kPi / 2), 1e-4);
+  }
+}
+
+// Adds keyframes that turn around z by a multiple of an angle, and move by a multiple of a way.
+Object keyframes(Maker& maker, int count, float angle, float way) {
+  std::vector<Object> keys;
+  for (int i = 0; i < count; ++i) {
+    const float half = static_cast<float>(i) * angle / 2;
+    const Object key = maker.scene.create(VRDM_CLASS_KEYFRAME);
+    maker.scene.setGroup(key, "Transformation",
+                         maker.scene.group(key, "Transformation")
+                             .set("qk", std::sin(half))
+                             .set("qr", std::cos(half))
+                             .set("tx", static_cast<float>(i) * way));
+    keys.push_back(key);
+  }
+  const Object list = maker.scene.create(VRDM_CLASS_KEYFRAME_LIST);
+  maker.scene.setList(list, "keyframes", vrnt::host::Span<const Object>(keys.data(), keys.size()));
+  return list;
+}
+
+TEST(Keyframes, MoveToTheLastOfManyInTheirTime) {
+  Maker maker;
+  const Object shape = maker.form(maker.diffuse(flat(1)), "CUBE", 1);
+  maker.scene.refer(shape, "keyframes", keyframes(maker, 201, 0, 1));
+  maker.camera({0, 0, 3});
+  const Ready ready(maker.scene.get());
+  const SceneGeometry geometry(ready.description);
+  for (const float time : {0.0F, 0.3F, 0.65F, 0.9F, 1.0F}) {
+    EXPECT_NEAR(geometry.placeAt(0, time).w.x, 200 * time, 1e-3) << time;
+  }
+  const std::vector<std::string> told{
+      "Shape 0 has 201 keyframes; it moves along straight lines between 129 times"};
+  EXPECT_EQ(ready.notices.messages(), told);
+}
+
+// A point on a circle stays on it: of 28 turns by 40 degrees, each is 4 steps of 10 degrees, and
+// the straight line between two of them is nearer to the middle by 1 - cos(5 degrees) = 0.004.
+TEST(Keyframes, TurnAtAnEvenSpeedIfThereAreMany) {
+  Maker maker;
+  const float angle = 2 * kPi / 9;
+  const Object shape = maker.form(maker.diffuse(flat(1)), "CUBE", 1);
+  maker.scene.refer(shape, "keyframes", keyframes(maker, 29, angle, 0));
+  maker.camera({0, 0, 3});
+  const Ready ready(maker.scene.get());
+  EXPECT_TRUE(ready.notices.messages().empty());
+  const SceneGeometry geometry(ready.description);
+  for (int i = 0; i <= 224; ++i) {
+    const float time = static_cast<float>(i) / 224;
+    const Transform place = geometry.placeAt(0, time);
+    EXPECT_NEAR(place.x.x, std::cos(28 * angle * time), 0.005) << i;
+    EXPECT_NEAR(place.x.y, std::sin(28 * angle * time), 0.005) << i;
+  }
+}
+
+TEST(Keyframes, OfACameraTurnItExactlyHoweverManyThereAre) {
+  Maker maker;
+  const float angle = 2 * kPi / 9;
+  const Object camera = maker.camera({0, 0, 0});
+  maker.scene.refer(camera, "keyframes", keyframes(maker, 301, angle, 2));
+  Ready ready(maker.scene.get());
+  CameraDescription& seen = ready.description.camera;
+  for (int i = 0; i <= 900; ++i) {
+    seen.shutterOpen = seen.shutterClose = static_cast<float>(i) / 900;
+    const PathTracer tracer(ready.description, 0.035F);
+    // The ray through the middle of the right edge of the film.
+    const Ray ray = tracer.cameraRay({1, 0.5F}, Sampler(0, 0, 0, 0));
+    const double turned = 300 * static_cast<double>(angle) * i / 900;
+    EXPECT_NEAR(ray.direction.x * std::sqrt(5.0), std::cos(turned), 2e-4) << i;
+    EXPECT_NEAR(ray.direction.y * std::sqrt(5.0), std::sin(turned), 2e-4) << i;
+    EXPECT_NEAR(ray.origin.x, 600.0 * i / 900, 1e-3) << i;
   }
 }
 

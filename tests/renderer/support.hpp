@@ -173,7 +173,9 @@ struct Ready {
     return film;
   }
   Picture picture(int width, int height, std::uint32_t samples, std::uint32_t seed = 0) {
-    return render(width, height, samples, seed).finish(description.task);
+    return render(width, height, samples, seed)
+        .finish(description.task,
+                {Pass::Depth, Pass::Normal, Pass::Albedo, Pass::Object, Pass::Spectrum});
   }
 
   Notices notices;
