@@ -84,6 +84,7 @@ class Reader {
                                   : importer.ReadFileFromMemory(source_.bytes, source_.size, 0,
                                                                 source_.format.c_str());
     if (scene != nullptr) {
+      checkNumbers(*scene);
       // Assimp refuses meshes without faces, unless they are of points.
       for (unsigned i = 0; i < scene->mNumMeshes; ++i) {
         aiMesh* const mesh = scene->mMeshes[i];
@@ -95,6 +96,50 @@ class Reader {
       refuse(oneLine(asUtf8(importer.GetErrorString())));
     }
     return scene;
+  }
+
+  // Some of Assimp's readers pass on the numbers of a file unchecked, and its steps behind them
+  // read and write at these numbers. (A reader that uses such a number itself is bounded by the
+  // child process alone.)
+  static void checkNumbers(const aiScene& scene) {
+    for (unsigned i = 0; i < scene.mNumMeshes; ++i) {
+      if (scene.mMeshes[i] != nullptr) checkMesh(*scene.mMeshes[i], i);
+    }
+    std::vector<const aiNode*> waiting{scene.mRootNode};
+    while (!waiting.empty()) {
+      const aiNode* const node = waiting.back();
+      waiting.pop_back();
+      if (node == nullptr) continue;
+      for (unsigned i = 0; i < node->mNumMeshes; ++i) {
+        if (node->mMeshes[i] < scene.mNumMeshes) continue;
+        throw Refused("a node has the mesh " + std::to_string(node->mMeshes[i]) + "; there are " +
+                      std::to_string(scene.mNumMeshes));
+      }
+      for (unsigned i = 0; i < node->mNumChildren; ++i) waiting.push_back(node->mChildren[i]);
+    }
+  }
+
+  static void checkMesh(const aiMesh& mesh, unsigned number) {
+    const auto check = [&](unsigned vertex, const std::string& what) {
+      if (vertex < mesh.mNumVertices) return;
+      throw Refused("mesh " + std::to_string(number) + ", " + what + ": the index " +
+                    std::to_string(vertex) + " has no vertex; there are " +
+                    std::to_string(mesh.mNumVertices));
+    };
+    for (unsigned i = 0; i < mesh.mNumFaces; ++i) {
+      const aiFace& face = mesh.mFaces[i];
+      for (unsigned corner = 0; corner < face.mNumIndices; ++corner) {
+        if (face.mIndices[corner] >= mesh.mNumVertices) {
+          check(face.mIndices[corner], "face " + std::to_string(i));
+        }
+      }
+    }
+    for (unsigned i = 0; i < mesh.mNumBones; ++i) {
+      if (mesh.mBones[i] == nullptr) continue;
+      for (unsigned weight = 0; weight < mesh.mBones[i]->mNumWeights; ++weight) {
+        check(mesh.mBones[i]->mWeights[weight].mVertexId, "a bone");
+      }
+    }
   }
 
   // Says some of Assimp's reasons in the words of this program.

@@ -139,6 +139,23 @@ TEST(AssimpFiles, PointsAloneAreRefused) {
   EXPECT_EQ(reason.find('\n'), std::string::npos);
 }
 
+TEST(AssimpFiles, AFaceThatNamesAVertexThatDoesNotExistIsRefusedWithItsIndex) {
+  const auto ply = [](const std::string& last) {
+    return "ply\nformat ascii 1.0\nelement vertex 3\nproperty float x\nproperty float y\nproperty "
+           "float z\nelement face 2\nproperty list uchar int vertex_indices\nend_header\n0 0 0\n1 "
+           "0 "
+           "0\n0 1 0\n3 0 1 2\n3 0 1 " +
+           last + "\n";
+  };
+  EXPECT_EQ(refusal(ply("2"), "ply"), "");
+  EXPECT_EQ(refusal(ply("3"), "ply"), "mesh 0, face 1: the index 3 has no vertex; there are 3");
+  EXPECT_EQ(refusal(ply("900000000"), "ply"),
+            "mesh 0, face 1: the index 900000000 has no vertex; there are 3");
+  // -1 as an unsigned number.
+  EXPECT_EQ(refusal(ply("-1"), "ply"),
+            "mesh 0, face 1: the index 4294967295 has no vertex; there are 3");
+}
+
 TEST(AssimpFiles, WhatIsNoModelIsRefused) {
   EXPECT_NE(refusal("nothing of the kind", "obj2"), "");
   EXPECT_EQ(refusal("nothing of the kind", "unheard"),
