@@ -75,10 +75,12 @@ class Reader {
     // It would take all small triangles for those without an area.
     importer.SetPropertyBool(AI_CONFIG_PP_FD_CHECKAREA, false);
     importer.SetPropertyBool(AI_CONFIG_IMPORT_NO_SKELETON_MESHES, true);
-    constexpr unsigned kSteps =
-        aiProcess_Triangulate | aiProcess_SortByPType | aiProcess_JoinIdenticalVertices |
-        aiProcess_GenUVCoords | aiProcess_TransformUVCoords | aiProcess_FlipUVs |
-        aiProcess_FindInvalidData | aiProcess_FindDegenerates | aiProcess_GlobalScale;
+    // Not aiProcess_FindInvalidData: for one vertex that is not finite it drops the whole mesh,
+    // and tells nobody.
+    constexpr unsigned kSteps = aiProcess_Triangulate | aiProcess_SortByPType |
+                                aiProcess_JoinIdenticalVertices | aiProcess_GenUVCoords |
+                                aiProcess_TransformUVCoords | aiProcess_FlipUVs |
+                                aiProcess_FindDegenerates | aiProcess_GlobalScale;
     const bool isFile = !source_.path.empty() && source_.format == extension();
     const aiScene* scene = isFile ? importer.ReadFile(source_.path, 0)
                                   : importer.ReadFileFromMemory(source_.bytes, source_.size, 0,
@@ -229,7 +231,9 @@ class Reader {
     source.name = "mesh " + std::to_string(number);
     const std::size_t count = mesh->mNumVertices;
     source.positions = viewOf(mesh->mVertices, count, 3);
-    if (mesh->HasNormals()) source.normals = viewOf(mesh->mNormals, count, 3);
+    if (hasNormals(*mesh, indices, source.name)) {
+      source.normals = viewOf(mesh->mNormals, count, 3);
+    }
     if (mesh->HasTangentsAndBitangents()) source.tangents = viewOf(mesh->mTangents, count, 3);
     for (unsigned set = 0; set < AI_MAX_NUMBER_OF_TEXTURECOORDS; ++set) {
       if (!mesh->HasTextureCoords(set)) break;
@@ -244,11 +248,7 @@ class Reader {
     source.needsTangents = normals.has_value();
     source.tangentSet = normals ? static_cast<std::size_t>(normals->set) : 0;
     SmoothArrays smooth;
-    if (!source.normals) {
-      const bool isInside = std::all_of(indices.begin(), indices.end(),
-                                        [count](std::uint32_t index) { return index < count; });
-      if (isInside) addSmoothNormals(source, kSmoothingAngle, smooth);
-    }
+    if (!source.normals) addSmoothNormals(source, kSmoothingAngle, smooth);
     if (mesh->HasBones()) notices_.add("skins are carried in the pose that the mesh has");
     if (mesh->mNumAnimMeshes > 0) notices_.add("morph targets are not carried");
     MeshPlan built = buildMesh(source, notices_);
@@ -260,11 +260,29 @@ class Reader {
     return known;
   }
 
-  // Returns whether a triangle has an area, whatever its size is. An index without a vertex is for
-  // others to find.
+  // Returns whether the normals of a mesh are directions. Some programs write zeros for none. If
+  // only some are directions, all are computed, so that they fit to each other.
+  bool hasNormals(const aiMesh& mesh, const std::vector<std::uint32_t>& indices,
+                  const std::string& name) {
+    if (!mesh.HasNormals()) return false;
+    bool hasSome = false, hasAll = true;
+    for (const std::uint32_t index : indices) {
+      // Triangles with a vertex that is not finite are left out.
+      if (!isFinite(vectorOf(mesh.mVertices[index]))) continue;
+      const double size = length(vectorOf(mesh.mNormals[index]));
+      const bool isDirection = size > 0 && std::isfinite(size);
+      hasSome |= isDirection;
+      hasAll &= isDirection;
+    }
+    if (hasSome && !hasAll) {
+      notices_.add(name + " has normals that are no directions; all of its normals are computed");
+    }
+    return hasAll;
+  }
+
+  // Returns whether a triangle has an area, whatever its size is. One with a vertex that is not
+  // finite is for others to leave out, who tell so.
   static bool hasArea(const aiMesh& mesh, const aiFace& face) {
-    const auto isInside = [&mesh](unsigned index) { return index < mesh.mNumVertices; };
-    if (!std::all_of(face.mIndices, face.mIndices + 3, isInside)) return true;
     const Vector origin = vectorOf(mesh.mVertices[face.mIndices[0]]);
     const Vector a = vectorOf(mesh.mVertices[face.mIndices[1]]) - origin;
     const Vector b = vectorOf(mesh.mVertices[face.mIndices[2]]) - origin;

@@ -156,6 +156,51 @@ TEST(AssimpFiles, AFaceThatNamesAVertexThatDoesNotExistIsRefusedWithItsIndex) {
             "mesh 0, face 1: the index 4294967295 has no vertex; there are 3");
 }
 
+std::string facet(const std::string& normal, const std::string& corner) {
+  return "facet normal " + normal + "\nouter loop\nvertex " + corner +
+         "\nvertex 4 0 0\nvertex 0 5 0\nendloop\nendfacet\n";
+}
+
+TEST(AssimpFiles, ATriangleWithAVertexThatIsNotFiniteIsLeftOutWithANoticeAndTheOthersStay) {
+  for (const char* bad : {"inf 0 0", "0 -inf 0", "0 0 nan", "1e39 0 0"}) {
+    for (const bool isFirst : {false, true}) {
+      const std::string good = facet("0 0 1", "0 0 0");
+      const std::string other = facet("0 0 1", bad);
+      const Converted made = convert(
+          sourceOf("solid s\n" + (isFirst ? other + good : good + other) + "endsolid s\n", "stl"));
+      ASSERT_EQ(made.count(VRDM_CLASS_MESH), 1U) << bad;
+      const MeshBytes mesh = meshOf(made, 0);
+      ASSERT_EQ(mesh.desc.triangles, 1) << bad;
+      const std::vector<std::uint32_t> corners = mesh.indices();
+      const auto corner = [&](std::size_t at) {
+        return mesh.position(static_cast<int>(corners[at]));
+      };
+      EXPECT_EQ(corner(0), (Float3{0, 0, 0})) << bad;
+      EXPECT_EQ(corner(1), (Float3{4, 0, 0})) << bad;
+      EXPECT_EQ(corner(2), (Float3{0, 5, 0})) << bad;
+      EXPECT_TRUE(made.tells("not finite; 1 of its triangles are left out")) << bad;
+      EXPECT_TRUE(made.hasLoss);
+      EXPECT_EQ(checked(made), "");
+    }
+  }
+}
+
+TEST(AssimpFiles, NormalsThatAreNoDirectionsAreComputed) {
+  const auto ply = [](const std::string& first) {
+    return "ply\nformat ascii 1.0\nelement vertex 3\nproperty float x\nproperty float y\nproperty "
+           "float z\nproperty float nx\nproperty float ny\nproperty float nz\nelement face "
+           "1\nproperty list uchar int vertex_indices\nend_header\n0 0 0 " +
+           first + "\n1 0 0 0 0 0\n0 1 0 0 0 0\n3 0 2 1\n";
+  };
+  // Clockwise, so the normal points down. Zeros stand for no normals.
+  const Converted none = convert(sourceOf(ply("0 0 0"), "ply"));
+  EXPECT_EQ(meshOf(none, 0).normal(0), (Float3{0, 0, -1}));
+  EXPECT_FALSE(none.tells("normals"));
+  const Converted some = convert(sourceOf(ply("1 0 0"), "ply"));
+  EXPECT_EQ(meshOf(some, 0).normal(0), (Float3{0, 0, -1}));
+  EXPECT_TRUE(some.tells("normals that are no directions"));
+}
+
 TEST(AssimpFiles, WhatIsNoModelIsRefused) {
   EXPECT_NE(refusal("nothing of the kind", "obj2"), "");
   EXPECT_EQ(refusal("nothing of the kind", "unheard"),
