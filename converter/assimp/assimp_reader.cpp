@@ -12,6 +12,7 @@
 #include <memory>
 
 #include "assimp/materials.hpp"
+#include "assimp/ply_check.hpp"
 #include "scene_plan/mesh_builder.hpp"
 #include "scene_plan/smooth_normals.hpp"
 #include "scene_plan/text.hpp"
@@ -81,6 +82,9 @@ class Reader {
                                 aiProcess_JoinIdenticalVertices | aiProcess_GenUVCoords |
                                 aiProcess_TransformUVCoords | aiProcess_FlipUVs |
                                 aiProcess_FindDegenerates | aiProcess_GlobalScale;
+    if (source_.bytes != nullptr) {
+      checkPly({reinterpret_cast<const char*>(source_.bytes), source_.size});
+    }
     const bool isFile = !source_.path.empty() && source_.format == extension();
     const aiScene* scene = isFile ? importer.ReadFile(source_.path, 0)
                                   : importer.ReadFileFromMemory(source_.bytes, source_.size, 0,

@@ -1,7 +1,10 @@
 // Files that Assimp reads: their vertices, their axes, their colours and their textures.
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <cmath>
+#include <cstdint>
+#include <cstring>
 #include <filesystem>
 #include <fstream>
 
@@ -199,6 +202,71 @@ TEST(AssimpFiles, NormalsThatAreNoDirectionsAreComputed) {
   const Converted some = convert(sourceOf(ply("1 0 0"), "ply"));
   EXPECT_EQ(meshOf(some, 0).normal(0), (Float3{0, 0, -1}));
   EXPECT_TRUE(some.tells("normals that are no directions"));
+}
+
+// A PLY of a triangle with a property that only some readers know.
+std::string plyHeader(const std::string& encoding) {
+  return "ply\nformat " + encoding +
+         " 1.0\ncomment no end_header\nelement vertex 3\nproperty float x\nproperty float y\n"
+         "property float z\nelement face 1\nproperty uchar flags\nproperty list uchar int "
+         "vertex_indices\nend_header\n";
+}
+
+std::string plyBody(bool isBigEndian) {
+  std::string bytes;
+  const auto add = [&](const auto number) {
+    std::string word(sizeof number, '\0');
+    std::memcpy(word.data(), &number, sizeof number);
+    if (isBigEndian) std::reverse(word.begin(), word.end());
+    bytes += word;
+  };
+  for (const float number : {0.F, 0.F, 0.F, 2.F, 0.F, 0.F, 0.F, 3.F, 0.F}) add(number);
+  bytes += std::string("\7\3", 2);
+  for (const std::int32_t number : {0, 1, 2}) add(number);
+  return bytes;
+}
+
+TEST(AssimpFiles, APlyThatIsCutAnywhereIsRefusedAtOnceAndAWholeOneIsRead) {
+  const std::string text = plyHeader("ascii") + "0 0 0\n2 0 0\n0 3 0\n7 3 0 1 2\n";
+  const std::string little = plyHeader("binary_little_endian") + plyBody(false);
+  const std::string big = plyHeader("binary_big_endian") + plyBody(true);
+  for (const std::string& whole : {text, little, big}) {
+    const Converted made = convert(sourceOf(whole, "ply"));
+    ASSERT_EQ(made.count(VRDM_CLASS_MESH), 1U);
+    EXPECT_GE(vertexAt(meshOf(made, 0), {0, 3, 0}), 0);
+    const std::size_t header = whole.find("\nend_header\n") + 12;
+    for (std::size_t size = 18; size < header - 1; ++size) {
+      EXPECT_EQ(refusal(whole.substr(0, size), "ply"),
+                "it cannot be read: its header has no line end_header; the file may be cut")
+          << size;
+    }
+  }
+  for (const std::string& whole : {little, big}) {
+    const std::size_t start = whole.find("\nend_header\n") + 12;
+    for (std::size_t size = start; size < whole.size(); ++size) {
+      const std::size_t vertices = (size - start) / 12;
+      EXPECT_EQ(refusal(whole.substr(0, size), "ply"),
+                "it cannot be read: its header tells of " +
+                    (vertices < 3 ? "3 vertex elements, and there are " + std::to_string(vertices)
+                                  : std::string("1 face elements, and there are 0")) +
+                    "; the file may be cut")
+          << size;
+    }
+  }
+  EXPECT_EQ(refusal(text.substr(0, text.find("0 3 0")), "ply"),
+            "it cannot be read: its header tells of 3 vertex elements, and there are 2; the file "
+            "may be cut");
+  EXPECT_EQ(refusal(text.substr(0, text.find("7 3")), "ply"),
+            "it cannot be read: its header tells of 1 face elements, and there are 0; the file may "
+            "be cut");
+}
+
+TEST(AssimpFiles, AListOfAPlyThatIsLongerThanTheFileIsRefused) {
+  std::string bytes = plyHeader("binary_little_endian") + plyBody(false);
+  bytes[bytes.size() - 13] = '\xff';
+  EXPECT_EQ(refusal(bytes, "ply"),
+            "it cannot be read: its header tells of 1 face elements, and there are 0; the file may "
+            "be cut");
 }
 
 TEST(AssimpFiles, WhatIsNoModelIsRefused) {
