@@ -237,6 +237,59 @@ TEST_F(Program, NamesGoIntoAFile) {
   EXPECT_EQ(names["Shape"], nlohmann::json::parse("[\"it\"]"));
 }
 
+TEST_F(Program, TheFileToConvertIsNotOverwritten) {
+  write("in.glb", triangleGltf(kOneNode));
+  const std::string before = bytes("in.glb");
+  std::filesystem::create_symlink("in.glb", folder_ / "link.glb");
+  std::filesystem::create_hard_link(folder_ / "in.glb", folder_ / "hard.glb");
+  std::filesystem::create_directory_symlink(".", folder_ / "here");
+  const std::string words = ": it is the file to convert; give another file to write";
+  for (const char* name : {"in.glb", "link.glb", "hard.glb", "./here/in.glb"}) {
+    EXPECT_EQ(run(std::string("in.glb ") + name), 2);
+    EXPECT_EQ(line(), std::string("vrn convert: ") + name + words);
+    EXPECT_EQ(run(std::string("- ") + name + " < in.glb"), 2);
+    EXPECT_EQ(line(), std::string("vrn convert: ") + name + words);
+    EXPECT_EQ(run(std::string("in.glb out.vrnscene --names ") + name), 2);
+    EXPECT_EQ(line(), std::string("vrn convert: --names: ") + name + words);
+  }
+  EXPECT_EQ(run("link.glb in.glb"), 2);
+  EXPECT_EQ(bytes("in.glb"), before);
+  EXPECT_FALSE(std::filesystem::exists(folder_ / "out.vrnscene"));
+}
+
+TEST_F(Program, TheNamesDoNotGoOverTheScene) {
+  EXPECT_EQ(run("in.gltf out.vrnscene --names ./out.vrnscene"), 2);
+  EXPECT_EQ(line(),
+            "vrn convert: --names: ./out.vrnscene: it is the scene file to write; give another");
+  EXPECT_FALSE(std::filesystem::exists(folder_ / "out.vrnscene"));
+  write("out.vrnscene", "old");
+  std::filesystem::create_hard_link(folder_ / "out.vrnscene", folder_ / "names.json");
+  EXPECT_EQ(run("in.gltf out.vrnscene --names names.json"), 2);
+  EXPECT_EQ(bytes("out.vrnscene"), "old");
+}
+
+TEST_F(Program, NothingIsWrittenIfTheNamesOrTheSceneCannotBe) {
+  std::filesystem::create_directories(folder_ / "folder");
+  const auto files = [this] {
+    return std::distance(std::filesystem::directory_iterator(folder_), {});
+  };
+  ASSERT_EQ(run("--help"), 0);
+  const auto before = files();
+  for (const char* names : {"nowhere/n.json", "folder", "/dev/full"}) {
+    EXPECT_EQ(run(std::string("--quiet in.gltf out.vrnscene --names ") + names), 2);
+    EXPECT_EQ(line().find(std::string("vrn convert: ") + names), 0U) << line();
+    EXPECT_EQ(files(), before);
+  }
+  EXPECT_EQ(run("--quiet in.gltf nowhere/out.vrnscene --names names.json"), 2);
+  EXPECT_EQ(files(), before);
+  write("names.json", "old");
+  EXPECT_EQ(run("--quiet in.gltf nowhere/out.vrnscene --names names.json"), 2);
+  EXPECT_EQ(bytes("names.json"), "old");
+  EXPECT_EQ(run("--quiet in.gltf out.vrnscene --names names.json"), 0) << bytes("err");
+  EXPECT_EQ(nlohmann::json::parse(bytes("names.json"))["Mesh"][0], "tri");
+  EXPECT_EQ(files(), before + 2);
+}
+
 TEST_F(Program, TheTimeLimitEndsAWaitForever) {
   ASSERT_EQ(mkfifo(path("pipe.obj").c_str(), 0600), 0);
   EXPECT_EQ(run("--time-limit 0.2 pipe.obj out.vrnscene"), 2);
