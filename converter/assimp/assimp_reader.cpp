@@ -189,8 +189,10 @@ class Reader {
 
   void readNode(const aiNode& node, const Transform& place) {
     const std::string name = asUtf8(node.mName.C_Str());
-    if (!place.isFinite()) {
-      notices_.add("the node " + name + " has a matrix that is not finite; it is left out");
+    if (!place.fitsFloats()) {
+      notices_.add(
+          "the node " + name +
+          " has a matrix that is not finite, or too large; what is at this node is left out");
       return;
     }
     int group = -1;
@@ -297,7 +299,7 @@ class Reader {
 
   // Returns the material of a mesh, multiplied by the mean of the colours of its vertices.
   int materialOf(const aiMesh& mesh) {
-    const Colour tint = tintOf(mesh);
+    const std::array<float, 4> tint = tintOf(mesh);
     const auto [found, isNew] = materials_.emplace(std::pair{mesh.mMaterialIndex, tint}, 0);
     if (!isNew) return found->second;
     MaterialPlan plan;
@@ -309,34 +311,47 @@ class Reader {
       plan.baseColour = {0.6F, 0.6F, 0.6F};
     }
     for (std::size_t i = 0; i < 3; ++i) plan.baseColour[i] *= tint[i];
+    plan.opacity *= tint[3];
     found->second = static_cast<int>(plan_.materials.size());
     plan_.materials.push_back(std::move(plan));
     return found->second;
   }
 
-  Colour tintOf(const aiMesh& mesh) {
-    const Colour none{1, 1, 1};
-    if (!mesh.HasVertexColors(0)) return none;
+  // Returns the means of the colours and the alphas of the vertices of a mesh.
+  std::array<float, 4> tintOf(const aiMesh& mesh) {
+    std::array<float, 4> tint{1, 1, 1, 1};
+    if (!mesh.HasVertexColors(0)) return tint;
     const aiColor4D* const colours = mesh.mColors[0];
-    std::array<double, 3> sum{};
-    bool isUniform = true;
+    std::array<double, 4> sum{};
+    bool isUniform = true, isAlphaUniform = true;
     for (unsigned i = 0; i < mesh.mNumVertices; ++i) {
-      const float channels[3] = {colours[i].r, colours[i].g, colours[i].b};
-      for (std::size_t lane = 0; lane < 3; ++lane) {
+      const aiColor4D& colour = colours[i];
+      const float channels[4] = {colour.r, colour.g, colour.b, colour.a};
+      for (std::size_t lane = 0; lane < 4; ++lane) {
         if (std::isfinite(channels[lane])) {
           sum[lane] += std::clamp(static_cast<double>(channels[lane]), 0.0, 1.0);
         }
       }
-      isUniform &= colours[i] == colours[0];
+      const aiColor4D& first = colours[0];
+      isUniform &= colour.r == first.r && colour.g == first.g && colour.b == first.b;
+      isAlphaUniform &= colour.a == first.a;
     }
+    const auto mean = [&](std::size_t lane) {
+      return static_cast<float>(sum[lane] / mesh.mNumVertices);
+    };
+    const bool isBlack = sum[0] + sum[1] + sum[2] == 0;
     // Some formats have the colour black for none.
-    if (sum[0] + sum[1] + sum[2] == 0) return none;
-    if (!isUniform) {
-      notices_.add("colours of vertices are not carried; their mean multiplies the base colour");
+    if (!isBlack) {
+      if (!isUniform) notices_.add(kMeanColours);
+      for (std::size_t lane = 0; lane < 3; ++lane) tint[lane] = mean(lane);
     }
-    Colour tint;
-    for (std::size_t lane = 0; lane < 3; ++lane) {
-      tint[lane] = static_cast<float>(sum[lane] / mesh.mNumVertices);
+    if (sum[3] > 0) {
+      if (!isAlphaUniform) notices_.add(kMeanAlphas);
+      tint[3] = mean(3);
+    } else if (!isBlack) {
+      notices_.add(
+          "colours of vertices with an alpha of 0 are carried as opaque; the formats disagree "
+          "about what it means");
     }
     return tint;
   }
@@ -364,8 +379,8 @@ class Reader {
       camera.place =
           turnedTo(node.direction(vectorOf(from.mLookAt)) * -1, node.direction(vectorOf(from.mUp)));
       camera.place.w = node.point(vectorOf(from.mPosition));
-      if (!camera.place.isFinite()) {
-        notices_.add("a camera has a place that is not finite; it is left out");
+      if (!camera.place.fitsFloats()) {
+        notices_.add("a camera has a place that is not finite, or too large; it is left out");
         continue;
       }
       const float aspect = from.mAspect > 0 && from.mAspect < 1e3F ? from.mAspect : 1.5F;
@@ -406,8 +421,9 @@ class Reader {
     for (float& channel : light.emission) {
       channel = std::isfinite(channel) ? std::clamp(channel, 0.0F, 1e9F) : 0;
     }
-    if (!light.place.isFinite() || light.emission == Colour{0, 0, 0}) {
-      notices_.add("lights without a colour or a place are left out");
+    if (!light.place.fitsFloats() || light.emission == Colour{0, 0, 0}) {
+      notices_.add(
+          "lights without a colour, or without a place that floats can hold, are left out");
       return;
     }
     // In these formats, a white surface that faces a light of colour 1 has the radiance 1.
@@ -473,7 +489,7 @@ class Reader {
   ScenePlan plan_;
   std::vector<int> meshes_;                 // of the plan, by the meshes of the file
   std::map<unsigned, int> shapeMaterials_;  // of the plan, by the meshes of the file
-  std::map<std::pair<unsigned, Colour>, int> materials_;
+  std::map<std::pair<unsigned, std::array<float, 4>>, int> materials_;
   std::map<std::string, Transform> places_;
 };
 

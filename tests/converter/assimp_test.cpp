@@ -119,6 +119,29 @@ TEST(AssimpFiles, ColoursOfVerticesMultiplyTheColourOfTheMaterial) {
   EXPECT_FALSE(made.tells("colours of vertices"));
 }
 
+TEST(AssimpFiles, AlphasOfVerticesMultiplyTheOpacityOfTheMaterial) {
+  const auto ply = [](const char* a, const char* b, const char* c) {
+    const std::string colour = " 255 0 0 ";
+    return std::string(
+               "ply\nformat ascii 1.0\nelement vertex 3\nproperty float x\nproperty float "
+               "y\nproperty float z\nproperty uchar red\nproperty uchar green\nproperty uchar "
+               "blue\nproperty uchar alpha\nelement face 1\nproperty list uchar int "
+               "vertex_indices\nend_header\n") +
+           "0 0 0" + colour + a + "\n1 0 0" + colour + b + "\n0 1 0" + colour + c + "\n3 0 1 2\n";
+  };
+  const Converted uniform = convert(sourceOf(ply("51", "51", "51"), "ply"));
+  EXPECT_FLOAT_EQ(uniform.value(VRDM_CLASS_MATERIAL, 0).get<float>("opacity"), 0.2F);
+  EXPECT_FALSE(uniform.tells("vertices"));
+  const Converted varying = convert(sourceOf(ply("0", "51", "102"), "ply"));
+  EXPECT_FLOAT_EQ(varying.value(VRDM_CLASS_MATERIAL, 0).get<float>("opacity"), 0.2F);
+  EXPECT_TRUE(varying.tells("alphas of vertices"));
+  const Converted opaque = convert(sourceOf(ply("255", "255", "255"), "ply"));
+  EXPECT_FALSE(has(opaque.value(VRDM_CLASS_MATERIAL, 0), "opacity"));
+  const Converted zero = convert(sourceOf(ply("0", "0", "0"), "ply"));
+  EXPECT_FALSE(has(zero.value(VRDM_CLASS_MATERIAL, 0), "opacity"));
+  EXPECT_TRUE(zero.tells("an alpha of 0"));
+}
+
 TEST(AssimpFiles, AnEmptyMeshDoesNotKeepOthersFromBeingRead) {
   const Converted made =
       convert(sourceOf("solid empty\nendsolid empty\nsolid s\nfacet normal 0 0 1\nouter "
