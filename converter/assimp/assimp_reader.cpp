@@ -1,5 +1,6 @@
 #include "assimp/assimp_reader.hpp"
 
+#include <assimp/DefaultIOSystem.h>
 #include <assimp/config.h>
 #include <assimp/postprocess.h>
 #include <assimp/scene.h>
@@ -10,6 +11,8 @@
 #include <deque>
 #include <map>
 #include <memory>
+#include <new>
+#include <set>
 
 #include "assimp/materials.hpp"
 #include "assimp/ply_check.hpp"
@@ -39,6 +42,65 @@ Transform turnedTo(Vector z, Vector up) {
   place.y = cross(place.z, place.x);
   return place;
 }
+
+// Opens the files that a file names, and notes those that cannot be opened: Assimp's readers go on
+// without them, and tell nobody.
+class NotingFiles : public Assimp::DefaultIOSystem {
+ public:
+  // A file without a path finds others in its folder, or, if that is empty, none.
+  NotingFiles(const Source& source, bool isFile) : source_(source), isFile_(isFile) {}
+
+  // Tells of the files that were not found in any of the places where a reader looks for them.
+  void tell(Notices& notices) const {
+    for (const std::string& path : missing_) {
+      if (found_.count(nameOf(path)) != 0) continue;
+      notices.add("the file " + asUtf8(path) + " cannot be opened; what it holds is left out");
+    }
+  }
+
+  Assimp::IOStream* Open(const char* file, const char* mode) override {
+    std::string path = file;
+    if (!isFile_ && !path.empty() && path[0] != '/') path = source_.folder + "/" + path;
+    Assimp::IOStream* const stream =
+        isFile_ || !source_.folder.empty() ? DefaultIOSystem::Open(path.c_str(), mode) : nullptr;
+    if (stream == nullptr) {
+      note(file);
+    } else {
+      found_.insert(nameOf(path));
+    }
+    return stream;
+  }
+
+ private:
+  static std::string nameOf(const std::string& path) {
+    return path.substr(path.find_last_of("/\\") + 1);  // all of it if there is no folder
+  }
+
+  void note(std::string path) {
+    // Readers look for animations that no file names.
+    for (const std::string end : {".md5anim", ".md5camera", "_animation.txt"}) {
+      if (path.size() > end.size() &&
+          path.compare(path.size() - end.size(), end.size(), end) == 0) {
+        return;
+      }
+    }
+    const std::string folder = source_.folder + "/";
+    // Where an OBJ names materials that are not there, its reader looks for some with its own name.
+    const std::string guess = source_.path.substr(0, source_.path.rfind('.')) + ".mtl";
+    if (path == guess && isLibrary_) return;
+    isLibrary_ = path.size() > 4 && path.compare(path.size() - 4, 4, ".mtl") == 0;
+    if (folder.size() > 1 && path.compare(0, folder.size(), folder) == 0) {
+      path.erase(0, folder.size());
+    }
+    missing_.push_back(std::move(path));
+  }
+
+  const Source& source_;
+  bool isFile_;
+  bool isLibrary_ = false;  // the last file that could not be opened
+  std::vector<std::string> missing_;
+  std::set<std::string> found_;  // names without folders
+};
 
 // What a plan refers to.
 struct Owned {
@@ -86,9 +148,12 @@ class Reader {
       checkPly({reinterpret_cast<const char*>(source_.bytes), source_.size});
     }
     const bool isFile = !source_.path.empty() && source_.format == extension();
+    auto* const files = new NotingFiles(source_, isFile);
+    importer.SetIOHandler(files);  // takes it over
     const aiScene* scene = isFile ? importer.ReadFile(source_.path, 0)
                                   : importer.ReadFileFromMemory(source_.bytes, source_.size, 0,
                                                                 source_.format.c_str());
+    files->tell(notices_);
     if (scene != nullptr) {
       checkNumbers(*scene);
       // Assimp refuses meshes without faces, unless they are of points.
@@ -156,6 +221,7 @@ class Reader {
     if (has("No suitable reader found")) {
       throw Refused("its format is not known; vrn convert --formats lists those that are");
     }
+    if (has("bad_alloc")) throw std::bad_alloc();
     if (reason.empty() || has("No meshes remaining")) throw Refused(kNoTriangles);
     throw Refused("it cannot be read: " + reason);
   }

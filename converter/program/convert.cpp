@@ -246,7 +246,7 @@ class Conversion {
                            source.format.empty() || !assimpReads(source.format);
     if (mayBeGltf) {
       const std::optional<std::string> version = gltfVersion(source);
-      // Version 1 is another format, which Assimp reads. It may leave out its version.
+      // Version 1 is another format, which Assimp reads.
       if (version && !version->empty() && version->compare(0, 2, "1.") != 0) {
         if (version->compare(0, 2, "2.") != 0) {
           throw Refused("it has version " + oneLine(*version) + " of glTF, not 2.0");

@@ -349,6 +349,30 @@ TEST_F(ObjFolder, AMaterialWithoutAHighlightIsDiffuse) {
   EXPECT_FALSE(has(convertFile().value(VRDM_CLASS_MATERIAL, 0), "roughness"));
 }
 
+TEST_F(ObjFolder, AFileOfMaterialsThatIsNotThereIsToldOnce) {
+  const Converted made = convertFile();
+  EXPECT_EQ(made.count(VRDM_CLASS_SHAPE), 1U);
+  const std::string words = " cannot be opened; what it holds is left out";
+  EXPECT_EQ(made.notices.size(), 1U);
+  EXPECT_TRUE(made.tells("the file quad.mtl" + words));
+  EXPECT_TRUE(made.hasLoss);
+  // The reader also looks for quad.mtl, which no file names.
+  write("quad.obj", std::string("mtllib sub/gone.mtl\nusemtl painted\n") + kObj);
+  const Converted other = convertFile();
+  EXPECT_EQ(other.notices.size(), 1U);
+  EXPECT_TRUE(other.tells("the file sub/gone.mtl" + words));
+  write("quad.mtl", "newmtl painted\nKd 1 0 0\n");
+  write("quad.obj", std::string("mtllib quad.mtl\nusemtl painted\n") + kObj);
+  EXPECT_TRUE(convertFile().notices.empty());
+}
+
+TEST_F(ObjFolder, BytesWithoutAFolderFindNoFile) {
+  write("quad.mtl", "newmtl painted\nKd 1 0 0\n");
+  const std::string path = (folder_ / "quad.mtl").string();
+  const Converted made = convert(sourceOf("mtllib " + path + "\nusemtl painted\n" + kObj, "obj"));
+  EXPECT_TRUE(made.tells(path + " cannot be opened"));
+}
+
 TEST_F(ObjFolder, AnImageThatIsNotThereIsLeftOutWithANotice) {
   write("quad.mtl", "newmtl painted\nKd 1 1 1\nmap_Kd gone.png\n");
   const Converted made = convertFile();

@@ -310,6 +310,56 @@ TEST_F(Program, HelpVersionAndFormatsGoToStandardOutput) {
   EXPECT_EQ(bytes("err"), "");
 }
 
+TEST_F(Program, AFullStandardOutputIsTroubleAndALine) {
+  for (const char* option :
+       {"--help", "--version", "--formats", "--json --quiet in.gltf out.vrnscene"}) {
+    EXPECT_EQ(run(std::string(option) + " > /dev/full 2> told; echo $?"), 0);
+    EXPECT_EQ(bytes("out"), "2\n") << option;
+    EXPECT_EQ(bytes("told"),
+              "vrn convert: standard output: it cannot be written: No space left on device; make "
+              "room and run the command again\n");
+  }
+}
+
+TEST_F(Program, ARefusalOfAGltfSaysWhatIsWrong) {
+  const std::string whole = glb(triangleGltf(kOneNode), "some");
+  write("whole.glb", whole);
+  ASSERT_EQ(run("--quiet whole.glb out.vrnscene"), 0) << bytes("err");
+  const auto lineFor = [this](const std::string& name, const std::string& text) {
+    write(name, text);
+    EXPECT_EQ(run("--quiet " + name + " o"), 2) << text;
+    EXPECT_FALSE(std::filesystem::exists(folder_ / "o"));
+    return line().substr(std::string("vrn convert: ").size() + name.size() + 2);
+  };
+  const std::string invalid = "it is no valid glTF: ";
+  for (const std::size_t size : {std::size_t{20}, std::size_t{100}, whole.size() - 1}) {
+    EXPECT_EQ(lineFor("cut.glb", whole.substr(0, size)),
+              invalid + "its header tells of " + std::to_string(whole.size()) +
+                  " bytes, and the file has " + std::to_string(size) + "; it may be cut");
+  }
+  EXPECT_EQ(lineFor("cut.glb", whole.substr(0, 7)),
+            invalid + "a .glb has at least 20 bytes, and the file has 7; it may be cut");
+  const std::string text = triangleGltf(kOneNode);
+  const std::string version = "\"version\": \"2.0\"";
+  const auto with = [&](const std::string& asset) {
+    return std::string(text).replace(text.find(version), version.size(), asset);
+  };
+  EXPECT_EQ(lineFor("a.gltf", with("")), invalid + "it has no asset.version");
+  EXPECT_EQ(lineFor("a.gltf", "{}"), invalid + "it has no asset.version");
+  EXPECT_EQ(lineFor("a.gltf", "{ \"asset\""),
+            invalid + "its JSON is damaged at byte 10; the file may be cut");
+  EXPECT_EQ(lineFor("a.gltf", "words"), invalid + "it has no text of JSON in UTF-8");
+  EXPECT_EQ(
+      lineFor("a.gltf", with("\"version\": \"2.1\", \"minVersion\": \"2.1\"")),
+      "it needs at least version 2.1 of glTF (asset.minVersion), and 2.0 is what can be read");
+  write("a.gltf", with("\"minVersion\": \"2.0\", \"version\": \"2.1\""));
+  EXPECT_EQ(run("--quiet a.gltf out.vrnscene"), 0) << bytes("err");
+  const std::string type = "application/octet-stream";
+  EXPECT_EQ(lineFor("a.gltf", std::string(text).replace(text.find(type), type.size(), "x/y")),
+            "a data URI has a type or an encoding that cannot be read; write "
+            "data:application/octet-stream;base64, and the bytes, or name a file");
+}
+
 #if defined(VRN)
 TEST_F(Program, IsACommandOfVrn) {
   const std::string folder = std::filesystem::path(VRN_CONVERT).parent_path().string();
