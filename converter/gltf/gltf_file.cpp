@@ -241,7 +241,8 @@ std::optional<std::string> gltfVersion(const Source& source) {
   if (json.substr(at, 3) == "\xef\xbb\xbf") at += 3;
   const bool isNamed = isGlb(source) || source.format == "gltf" || source.format == "glb";
   if (at == json.size() || json[at] != '{') {
-    if (isNamed) throw Refused("it is no valid glTF: it has no text of JSON in UTF-8");
+    if (isNamed)
+      throw Refused("it is no valid glTF: it does not begin with an object of JSON in UTF-8");
     return std::nullopt;
   }
 
@@ -259,7 +260,8 @@ std::optional<std::string> gltfVersion(const Source& source) {
                   std::to_string(finder.damage()) + "; the file may be cut");
   }
   // Version 1 may leave out its version.
-  if (!finder.hasObjects()) throw Refused("it is no valid glTF: it has no asset.version");
+  if (!finder.hasObjects())
+    throw Refused("it is no valid glTF: its asset.version is missing, or is no string");
   return version;
 }
 

@@ -344,11 +344,12 @@ TEST_F(Program, ARefusalOfAGltfSaysWhatIsWrong) {
   const auto with = [&](const std::string& asset) {
     return std::string(text).replace(text.find(version), version.size(), asset);
   };
-  EXPECT_EQ(lineFor("a.gltf", with("")), invalid + "it has no asset.version");
-  EXPECT_EQ(lineFor("a.gltf", "{}"), invalid + "it has no asset.version");
+  EXPECT_EQ(lineFor("a.gltf", with("")), invalid + "its asset.version is missing, or is no string");
+  EXPECT_EQ(lineFor("a.gltf", "{}"), invalid + "its asset.version is missing, or is no string");
   EXPECT_EQ(lineFor("a.gltf", "{ \"asset\""),
             invalid + "its JSON is damaged at byte 10; the file may be cut");
-  EXPECT_EQ(lineFor("a.gltf", "words"), invalid + "it has no text of JSON in UTF-8");
+  EXPECT_EQ(lineFor("a.gltf", "words"),
+            invalid + "it does not begin with an object of JSON in UTF-8");
   EXPECT_EQ(
       lineFor("a.gltf", with("\"version\": \"2.1\", \"minVersion\": \"2.1\"")),
       "it needs at least version 2.1 of glTF (asset.minVersion), and 2.0 is what can be read");
