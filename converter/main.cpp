@@ -34,7 +34,8 @@ void tell(const std::string& text) {
 // A bar on a terminal for work that takes longer than a second.
 class Bar {
  public:
-  explicit Bar(const Options& options) : title_("vrn convert: " + shown(options.input)) {
+  explicit Bar(const Options& options)
+      : title_("vrn convert: " + oneLine(asUtf8(shown(options.input)))) {
     const char* const terminal = std::getenv("TERM");
     mayShow_ = !options.isQuiet && isatty(STDERR_FILENO) != 0 && terminal != nullptr &&
                std::strcmp(terminal, "dumb") != 0;
@@ -86,26 +87,31 @@ std::string work(const Options& options, int standardOutput) {
   } catch (const Refused& refused) {
     return std::string("r") + refused.what();
   } catch (const std::bad_alloc&) {
-    return "rthere is not enough memory; try --max-memory";
+    return "rit needs more memory than there is; give more with --max-memory, or split the file";
   } catch (const std::exception& error) {
     return std::string("r") + error.what();
   }
 }
 
+// Prints a text on standard output. A reader that leaves is no trouble.
+int print(const std::string& text) {
+  errno = 0;
+  if ((std::fputs(text.c_str(), stdout) >= 0 && std::fflush(stdout) == 0) || errno == EPIPE) {
+    return kDone;
+  }
+  tell(std::string("standard output: it cannot be written: ") + std::strerror(errno) +
+       "; make room and run the command again");
+  return kTrouble;
+}
+
 int run(const Options& options) {
-  if (options.wantsHelp) {
-    std::fputs(kHelp, stdout);
-    return kDone;
-  }
+  if (options.wantsHelp) return print(kHelp);
   if (options.wantsVersion) {
-    std::printf("vrn-convert %d.%d.%d\n", VORNATH_DATA_VERSION_MAJOR, VORNATH_DATA_VERSION_MINOR,
-                VORNATH_DATA_VERSION_PATCH);
-    return kDone;
+    return print("vrn-convert " + std::to_string(VORNATH_DATA_VERSION_MAJOR) + "." +
+                 std::to_string(VORNATH_DATA_VERSION_MINOR) + "." +
+                 std::to_string(VORNATH_DATA_VERSION_PATCH) + "\n");
   }
-  if (options.wantsFormats) {
-    std::fputs(formatsText().c_str(), stdout);
-    return kDone;
-  }
+  if (options.wantsFormats) return print(formatsText());
   Limits limits;
   limits.seconds = options.seconds;
   limits.memory = options.maxMemory != 0 ? options.maxMemory : machineMemory();
@@ -130,11 +136,7 @@ int run(const Options& options) {
     if (!options.isQuiet) tell(shown(options.input) + ": " + text.substr(at, end - at));
     at = end + 1;
   }
-  if (options.isJson) std::fputs(text.c_str() + at, stdout);
-  if (std::fflush(stdout) != 0 && errno != EPIPE) {
-    tell("-: standard output cannot be written");
-    return kTrouble;
-  }
+  if (options.isJson && print(text.substr(at)) != kDone) return kTrouble;
   return options.isStrict && text[0] == 'l' ? kFound : kDone;
 }
 

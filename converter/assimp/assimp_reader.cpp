@@ -1,5 +1,6 @@
 #include "assimp/assimp_reader.hpp"
 
+#include <assimp/DefaultIOSystem.h>
 #include <assimp/config.h>
 #include <assimp/postprocess.h>
 #include <assimp/scene.h>
@@ -10,8 +11,11 @@
 #include <deque>
 #include <map>
 #include <memory>
+#include <new>
+#include <set>
 
 #include "assimp/materials.hpp"
+#include "assimp/ply_check.hpp"
 #include "scene_plan/mesh_builder.hpp"
 #include "scene_plan/smooth_normals.hpp"
 #include "scene_plan/text.hpp"
@@ -38,6 +42,65 @@ Transform turnedTo(Vector z, Vector up) {
   place.y = cross(place.z, place.x);
   return place;
 }
+
+// Opens the files that a file names, and notes those that cannot be opened: Assimp's readers go on
+// without them, and tell nobody.
+class NotingFiles : public Assimp::DefaultIOSystem {
+ public:
+  // A file without a path finds others in its folder, or, if that is empty, none.
+  NotingFiles(const Source& source, bool isFile) : source_(source), isFile_(isFile) {}
+
+  // Tells of the files that were not found in any of the places where a reader looks for them.
+  void tell(Notices& notices) const {
+    for (const std::string& path : missing_) {
+      if (found_.count(nameOf(path)) != 0) continue;
+      notices.add("the file " + asUtf8(path) + " cannot be opened; what it holds is left out");
+    }
+  }
+
+  Assimp::IOStream* Open(const char* file, const char* mode) override {
+    std::string path = file;
+    if (!isFile_ && !path.empty() && path[0] != '/') path = source_.folder + "/" + path;
+    Assimp::IOStream* const stream =
+        isFile_ || !source_.folder.empty() ? DefaultIOSystem::Open(path.c_str(), mode) : nullptr;
+    if (stream == nullptr) {
+      note(file);
+    } else {
+      found_.insert(nameOf(path));
+    }
+    return stream;
+  }
+
+ private:
+  static std::string nameOf(const std::string& path) {
+    return path.substr(path.find_last_of("/\\") + 1);  // all of it if there is no folder
+  }
+
+  void note(std::string path) {
+    // Readers look for animations that no file names.
+    for (const std::string end : {".md5anim", ".md5camera", "_animation.txt"}) {
+      if (path.size() > end.size() &&
+          path.compare(path.size() - end.size(), end.size(), end) == 0) {
+        return;
+      }
+    }
+    const std::string folder = source_.folder + "/";
+    // Where an OBJ names materials that are not there, its reader looks for some with its own name.
+    const std::string guess = source_.path.substr(0, source_.path.rfind('.')) + ".mtl";
+    if (path == guess && isLibrary_) return;
+    isLibrary_ = path.size() > 4 && path.compare(path.size() - 4, 4, ".mtl") == 0;
+    if (folder.size() > 1 && path.compare(0, folder.size(), folder) == 0) {
+      path.erase(0, folder.size());
+    }
+    missing_.push_back(std::move(path));
+  }
+
+  const Source& source_;
+  bool isFile_;
+  bool isLibrary_ = false;  // the last file that could not be opened
+  std::vector<std::string> missing_;
+  std::set<std::string> found_;  // names without folders
+};
 
 // What a plan refers to.
 struct Owned {
@@ -75,15 +138,24 @@ class Reader {
     // It would take all small triangles for those without an area.
     importer.SetPropertyBool(AI_CONFIG_PP_FD_CHECKAREA, false);
     importer.SetPropertyBool(AI_CONFIG_IMPORT_NO_SKELETON_MESHES, true);
-    constexpr unsigned kSteps =
-        aiProcess_Triangulate | aiProcess_SortByPType | aiProcess_JoinIdenticalVertices |
-        aiProcess_GenUVCoords | aiProcess_TransformUVCoords | aiProcess_FlipUVs |
-        aiProcess_FindInvalidData | aiProcess_FindDegenerates | aiProcess_GlobalScale;
+    // Not aiProcess_FindInvalidData: for one vertex that is not finite it drops the whole mesh,
+    // and tells nobody.
+    constexpr unsigned kSteps = aiProcess_Triangulate | aiProcess_SortByPType |
+                                aiProcess_JoinIdenticalVertices | aiProcess_GenUVCoords |
+                                aiProcess_TransformUVCoords | aiProcess_FlipUVs |
+                                aiProcess_FindDegenerates | aiProcess_GlobalScale;
+    if (source_.bytes != nullptr) {
+      checkPly({reinterpret_cast<const char*>(source_.bytes), source_.size});
+    }
     const bool isFile = !source_.path.empty() && source_.format == extension();
+    auto* const files = new NotingFiles(source_, isFile);
+    importer.SetIOHandler(files);  // takes it over
     const aiScene* scene = isFile ? importer.ReadFile(source_.path, 0)
                                   : importer.ReadFileFromMemory(source_.bytes, source_.size, 0,
                                                                 source_.format.c_str());
+    files->tell(notices_);
     if (scene != nullptr) {
+      checkNumbers(*scene);
       // Assimp refuses meshes without faces, unless they are of points.
       for (unsigned i = 0; i < scene->mNumMeshes; ++i) {
         aiMesh* const mesh = scene->mMeshes[i];
@@ -97,6 +169,50 @@ class Reader {
     return scene;
   }
 
+  // Some of Assimp's readers pass on the numbers of a file unchecked, and its steps behind them
+  // read and write at these numbers. (A reader that uses such a number itself is bounded by the
+  // child process alone.)
+  static void checkNumbers(const aiScene& scene) {
+    for (unsigned i = 0; i < scene.mNumMeshes; ++i) {
+      if (scene.mMeshes[i] != nullptr) checkMesh(*scene.mMeshes[i], i);
+    }
+    std::vector<const aiNode*> waiting{scene.mRootNode};
+    while (!waiting.empty()) {
+      const aiNode* const node = waiting.back();
+      waiting.pop_back();
+      if (node == nullptr) continue;
+      for (unsigned i = 0; i < node->mNumMeshes; ++i) {
+        if (node->mMeshes[i] < scene.mNumMeshes) continue;
+        throw Refused("a node has the mesh " + std::to_string(node->mMeshes[i]) + "; there are " +
+                      std::to_string(scene.mNumMeshes));
+      }
+      for (unsigned i = 0; i < node->mNumChildren; ++i) waiting.push_back(node->mChildren[i]);
+    }
+  }
+
+  static void checkMesh(const aiMesh& mesh, unsigned number) {
+    const auto check = [&](unsigned vertex, const std::string& what) {
+      if (vertex < mesh.mNumVertices) return;
+      throw Refused("mesh " + std::to_string(number) + ", " + what + ": the index " +
+                    std::to_string(vertex) + " has no vertex; there are " +
+                    std::to_string(mesh.mNumVertices));
+    };
+    for (unsigned i = 0; i < mesh.mNumFaces; ++i) {
+      const aiFace& face = mesh.mFaces[i];
+      for (unsigned corner = 0; corner < face.mNumIndices; ++corner) {
+        if (face.mIndices[corner] >= mesh.mNumVertices) {
+          check(face.mIndices[corner], "face " + std::to_string(i));
+        }
+      }
+    }
+    for (unsigned i = 0; i < mesh.mNumBones; ++i) {
+      if (mesh.mBones[i] == nullptr) continue;
+      for (unsigned weight = 0; weight < mesh.mBones[i]->mNumWeights; ++weight) {
+        check(mesh.mBones[i]->mWeights[weight].mVertexId, "a bone");
+      }
+    }
+  }
+
   // Says some of Assimp's reasons in the words of this program.
   [[noreturn]] static void refuse(const std::string& reason) {
     const auto has = [&reason](const char* words) {
@@ -105,6 +221,7 @@ class Reader {
     if (has("No suitable reader found")) {
       throw Refused("its format is not known; vrn convert --formats lists those that are");
     }
+    if (has("bad_alloc")) throw std::bad_alloc();
     if (reason.empty() || has("No meshes remaining")) throw Refused(kNoTriangles);
     throw Refused("it cannot be read: " + reason);
   }
@@ -138,8 +255,10 @@ class Reader {
 
   void readNode(const aiNode& node, const Transform& place) {
     const std::string name = asUtf8(node.mName.C_Str());
-    if (!place.isFinite()) {
-      notices_.add("the node " + name + " has a matrix that is not finite; it is left out");
+    if (!place.fitsFloats()) {
+      notices_.add(
+          "the node " + name +
+          " has a matrix that is not finite, or too large; what is at this node is left out");
       return;
     }
     int group = -1;
@@ -184,7 +303,9 @@ class Reader {
     source.name = "mesh " + std::to_string(number);
     const std::size_t count = mesh->mNumVertices;
     source.positions = viewOf(mesh->mVertices, count, 3);
-    if (mesh->HasNormals()) source.normals = viewOf(mesh->mNormals, count, 3);
+    if (hasNormals(*mesh, indices, source.name)) {
+      source.normals = viewOf(mesh->mNormals, count, 3);
+    }
     if (mesh->HasTangentsAndBitangents()) source.tangents = viewOf(mesh->mTangents, count, 3);
     for (unsigned set = 0; set < AI_MAX_NUMBER_OF_TEXTURECOORDS; ++set) {
       if (!mesh->HasTextureCoords(set)) break;
@@ -199,11 +320,7 @@ class Reader {
     source.needsTangents = normals.has_value();
     source.tangentSet = normals ? static_cast<std::size_t>(normals->set) : 0;
     SmoothArrays smooth;
-    if (!source.normals) {
-      const bool isInside = std::all_of(indices.begin(), indices.end(),
-                                        [count](std::uint32_t index) { return index < count; });
-      if (isInside) addSmoothNormals(source, kSmoothingAngle, smooth);
-    }
+    if (!source.normals) addSmoothNormals(source, kSmoothingAngle, smooth);
     if (mesh->HasBones()) notices_.add("skins are carried in the pose that the mesh has");
     if (mesh->mNumAnimMeshes > 0) notices_.add("morph targets are not carried");
     MeshPlan built = buildMesh(source, notices_);
@@ -215,11 +332,29 @@ class Reader {
     return known;
   }
 
-  // Returns whether a triangle has an area, whatever its size is. An index without a vertex is for
-  // others to find.
+  // Returns whether the normals of a mesh are directions. Some programs write zeros for none. If
+  // only some are directions, all are computed, so that they fit to each other.
+  bool hasNormals(const aiMesh& mesh, const std::vector<std::uint32_t>& indices,
+                  const std::string& name) {
+    if (!mesh.HasNormals()) return false;
+    bool hasSome = false, hasAll = true;
+    for (const std::uint32_t index : indices) {
+      // Triangles with a vertex that is not finite are left out.
+      if (!isFinite(vectorOf(mesh.mVertices[index]))) continue;
+      const double size = length(vectorOf(mesh.mNormals[index]));
+      const bool isDirection = size > 0 && std::isfinite(size);
+      hasSome |= isDirection;
+      hasAll &= isDirection;
+    }
+    if (hasSome && !hasAll) {
+      notices_.add(name + " has normals that are no directions; all of its normals are computed");
+    }
+    return hasAll;
+  }
+
+  // Returns whether a triangle has an area, whatever its size is. One with a vertex that is not
+  // finite is for others to leave out, who tell so.
   static bool hasArea(const aiMesh& mesh, const aiFace& face) {
-    const auto isInside = [&mesh](unsigned index) { return index < mesh.mNumVertices; };
-    if (!std::all_of(face.mIndices, face.mIndices + 3, isInside)) return true;
     const Vector origin = vectorOf(mesh.mVertices[face.mIndices[0]]);
     const Vector a = vectorOf(mesh.mVertices[face.mIndices[1]]) - origin;
     const Vector b = vectorOf(mesh.mVertices[face.mIndices[2]]) - origin;
@@ -230,7 +365,7 @@ class Reader {
 
   // Returns the material of a mesh, multiplied by the mean of the colours of its vertices.
   int materialOf(const aiMesh& mesh) {
-    const Colour tint = tintOf(mesh);
+    const std::array<float, 4> tint = tintOf(mesh);
     const auto [found, isNew] = materials_.emplace(std::pair{mesh.mMaterialIndex, tint}, 0);
     if (!isNew) return found->second;
     MaterialPlan plan;
@@ -242,34 +377,47 @@ class Reader {
       plan.baseColour = {0.6F, 0.6F, 0.6F};
     }
     for (std::size_t i = 0; i < 3; ++i) plan.baseColour[i] *= tint[i];
+    plan.opacity *= tint[3];
     found->second = static_cast<int>(plan_.materials.size());
     plan_.materials.push_back(std::move(plan));
     return found->second;
   }
 
-  Colour tintOf(const aiMesh& mesh) {
-    const Colour none{1, 1, 1};
-    if (!mesh.HasVertexColors(0)) return none;
+  // Returns the means of the colours and the alphas of the vertices of a mesh.
+  std::array<float, 4> tintOf(const aiMesh& mesh) {
+    std::array<float, 4> tint{1, 1, 1, 1};
+    if (!mesh.HasVertexColors(0)) return tint;
     const aiColor4D* const colours = mesh.mColors[0];
-    std::array<double, 3> sum{};
-    bool isUniform = true;
+    std::array<double, 4> sum{};
+    bool isUniform = true, isAlphaUniform = true;
     for (unsigned i = 0; i < mesh.mNumVertices; ++i) {
-      const float channels[3] = {colours[i].r, colours[i].g, colours[i].b};
-      for (std::size_t lane = 0; lane < 3; ++lane) {
+      const aiColor4D& colour = colours[i];
+      const float channels[4] = {colour.r, colour.g, colour.b, colour.a};
+      for (std::size_t lane = 0; lane < 4; ++lane) {
         if (std::isfinite(channels[lane])) {
           sum[lane] += std::clamp(static_cast<double>(channels[lane]), 0.0, 1.0);
         }
       }
-      isUniform &= colours[i] == colours[0];
+      const aiColor4D& first = colours[0];
+      isUniform &= colour.r == first.r && colour.g == first.g && colour.b == first.b;
+      isAlphaUniform &= colour.a == first.a;
     }
+    const auto mean = [&](std::size_t lane) {
+      return static_cast<float>(sum[lane] / mesh.mNumVertices);
+    };
+    const bool isBlack = sum[0] + sum[1] + sum[2] == 0;
     // Some formats have the colour black for none.
-    if (sum[0] + sum[1] + sum[2] == 0) return none;
-    if (!isUniform) {
-      notices_.add("colours of vertices are not carried; their mean multiplies the base colour");
+    if (!isBlack) {
+      if (!isUniform) notices_.add(kMeanColours);
+      for (std::size_t lane = 0; lane < 3; ++lane) tint[lane] = mean(lane);
     }
-    Colour tint;
-    for (std::size_t lane = 0; lane < 3; ++lane) {
-      tint[lane] = static_cast<float>(sum[lane] / mesh.mNumVertices);
+    if (sum[3] > 0) {
+      if (!isAlphaUniform) notices_.add(kMeanAlphas);
+      tint[3] = mean(3);
+    } else if (!isBlack) {
+      notices_.add(
+          "colours of vertices with an alpha of 0 are carried as opaque; the formats disagree "
+          "about what it means");
     }
     return tint;
   }
@@ -297,8 +445,8 @@ class Reader {
       camera.place =
           turnedTo(node.direction(vectorOf(from.mLookAt)) * -1, node.direction(vectorOf(from.mUp)));
       camera.place.w = node.point(vectorOf(from.mPosition));
-      if (!camera.place.isFinite()) {
-        notices_.add("a camera has a place that is not finite; it is left out");
+      if (!camera.place.fitsFloats()) {
+        notices_.add("a camera has a place that is not finite, or too large; it is left out");
         continue;
       }
       const float aspect = from.mAspect > 0 && from.mAspect < 1e3F ? from.mAspect : 1.5F;
@@ -339,8 +487,9 @@ class Reader {
     for (float& channel : light.emission) {
       channel = std::isfinite(channel) ? std::clamp(channel, 0.0F, 1e9F) : 0;
     }
-    if (!light.place.isFinite() || light.emission == Colour{0, 0, 0}) {
-      notices_.add("lights without a colour or a place are left out");
+    if (!light.place.fitsFloats() || light.emission == Colour{0, 0, 0}) {
+      notices_.add(
+          "lights without a colour, or without a place that floats can hold, are left out");
       return;
     }
     // In these formats, a white surface that faces a light of colour 1 has the radiance 1.
@@ -406,7 +555,7 @@ class Reader {
   ScenePlan plan_;
   std::vector<int> meshes_;                 // of the plan, by the meshes of the file
   std::map<unsigned, int> shapeMaterials_;  // of the plan, by the meshes of the file
-  std::map<std::pair<unsigned, Colour>, int> materials_;
+  std::map<std::pair<unsigned, std::array<float, 4>>, int> materials_;
   std::map<std::string, Transform> places_;
 };
 

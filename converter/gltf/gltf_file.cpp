@@ -2,12 +2,15 @@
 
 #include <sys/stat.h>
 
+#include <algorithm>
 #include <cctype>
 #include <cstdint>
+#include <cstdlib>
 #include <cstring>
 #include <fstream>
 #include <limits>
 #include <map>
+#include <new>
 #include <nlohmann/json.hpp>
 #include <set>
 #include <string_view>
@@ -38,10 +41,31 @@ std::string_view jsonOf(const Source& source) {
   return {text + kGlbHeader + 8, length};
 }
 
-// Reads JSON up to the member "version" of the member "asset".
+// Throws Refused if a .glb has fewer bytes than its headers tell.
+void checkLengths(const Source& source) {
+  if (source.size < 4 || std::memcmp(source.bytes, "glTF", 4) != 0) return;
+  const auto refuse = [&source](const std::string& what) {
+    throw Refused("it is no valid glTF: " + what + ", and the file has " +
+                  std::to_string(source.size) + "; it may be cut");
+  };
+  if (source.size < kGlbHeader + 8) refuse("a .glb has at least 20 bytes");
+  const std::size_t whole = wordAt(source.bytes + 8);
+  if (whole > source.size) refuse("its header tells of " + std::to_string(whole) + " bytes");
+  const std::size_t json = wordAt(source.bytes + kGlbHeader);
+  if (json > source.size - kGlbHeader - 8) {
+    refuse("its JSON has " + std::to_string(json) + " bytes");
+  }
+}
+
+// Reads JSON up to the end of the member "asset".
 class VersionFinder : public nlohmann::json_sax<nlohmann::json> {
  public:
   const std::string& version() const { return version_; }
+  const std::string& leastVersion() const { return leastVersion_; }
+  /// Whether a member is an object that is an array from version 2.0 on.
+  bool hasObjects() const { return hasObjects_; }
+  /// Where the text is no JSON; 0 if it is.
+  std::size_t damage() const { return damage_; }
 
   bool null() override { return value(); }
   bool boolean(bool /*value*/) override { return value(); }
@@ -50,23 +74,25 @@ class VersionFinder : public nlohmann::json_sax<nlohmann::json> {
   bool number_float(number_float_t /*value*/, const string_t& /*text*/) override { return value(); }
   bool binary(binary_t& /*value*/) override { return value(); }
   bool string(string_t& text) override {
-    if (depth_ == 2 && isAsset_ && isVersion_) {
-      version_ = text;
-      return false;
-    }
+    if (depth_ == 2 && isAsset_ && key_ == "version") version_ = text;
+    if (depth_ == 2 && isAsset_ && key_ == "minVersion") leastVersion_ = text;
     return value();
   }
-  bool start_object(std::size_t /*size*/) override { return enter(); }
+  bool start_object(std::size_t /*size*/) override {
+    if (depth_ == 1) hasObjects_ |= key_ == "meshes" || key_ == "nodes" || key_ == "accessors";
+    return enter();
+  }
   bool start_array(std::size_t /*size*/) override { return enter(); }
   bool end_object() override { return leave(); }
   bool end_array() override { return leave(); }
   bool key(string_t& name) override {
     if (depth_ == 1) isAsset_ = name == "asset";
-    isVersion_ = depth_ == 2 && name == "version";
+    key_ = name;
     return true;
   }
-  bool parse_error(std::size_t /*place*/, const std::string& /*token*/,
+  bool parse_error(std::size_t place, const std::string& /*token*/,
                    const nlohmann::detail::exception& /*error*/) override {
+    damage_ = std::max<std::size_t>(1, place);
     return false;
   }
 
@@ -78,13 +104,22 @@ class VersionFinder : public nlohmann::json_sax<nlohmann::json> {
   }
   bool leave() {
     --depth_;
-    return true;
+    return depth_ != 1 || !isAsset_ || version_.empty();
   }
-  std::string version_;
+  std::string version_, leastVersion_, key_;
   int depth_ = 0;
   bool isAsset_ = false;
-  bool isVersion_ = false;
+  bool hasObjects_ = false;
+  std::size_t damage_ = 0;
 };
+
+// Returns whether a version, as in "2.1", is above 2.0.
+bool isAboveTwo(const std::string& version) {
+  char* end = nullptr;
+  const unsigned long major = std::strtoul(version.c_str(), &end, 10);
+  const unsigned long minor = *end == '.' ? std::strtoul(end + 1, nullptr, 10) : 0;
+  return major > 2 || (major == 2 && minor > 0);
+}
 
 struct Files {
   std::string folder;
@@ -197,18 +232,36 @@ void checkExtensions(const tinygltf::Model& model) {
 }  // namespace
 
 std::optional<std::string> gltfVersion(const Source& source) {
+  checkLengths(source);
   // A .glb of glTF 1.0 has another form.
   if (isGlb(source) && wordAt(source.bytes + 4) == 1) return "1.0";
   const std::string_view json = jsonOf(source);
   std::size_t at = 0;
   while (at < json.size() && (std::isspace(static_cast<unsigned char>(json[at])) != 0)) ++at;
   if (json.substr(at, 3) == "\xef\xbb\xbf") at += 3;
-  if (at == json.size() || json[at] != '{') return std::nullopt;
+  const bool isNamed = isGlb(source) || source.format == "gltf" || source.format == "glb";
+  if (at == json.size() || json[at] != '{') {
+    if (isNamed)
+      throw Refused("it is no valid glTF: it does not begin with an object of JSON in UTF-8");
+    return std::nullopt;
+  }
 
   VersionFinder finder;
   nlohmann::json::sax_parse(json.begin() + static_cast<std::ptrdiff_t>(at), json.end(), &finder);
   const std::string& version = finder.version();
-  if (version.empty() && !isGlb(source) && source.format != "gltf") return std::nullopt;
+  if (isAboveTwo(finder.leastVersion())) {
+    throw Refused("it needs at least version " + oneLine(finder.leastVersion()) +
+                  " of glTF (asset.minVersion), and 2.0 is what can be read");
+  }
+  if (!version.empty()) return version;
+  if (!isNamed) return std::nullopt;
+  if (finder.damage() != 0) {
+    throw Refused("it is no valid glTF: its JSON is damaged at byte " +
+                  std::to_string(finder.damage()) + "; the file may be cut");
+  }
+  // Version 1 may leave out its version.
+  if (!finder.hasObjects())
+    throw Refused("it is no valid glTF: its asset.version is missing, or is no string");
   return version;
 }
 
@@ -228,6 +281,12 @@ tinygltf::Model loadGltf(const Source& source) {
     // An extension may be the reason why a file looks damaged.
     checkExtensions(model);
     if (isLoaded) return model;
+    if (error.find("bad_alloc") != std::string::npos) throw std::bad_alloc();
+    if (error.find("File not found : data:") != std::string::npos) {
+      throw Refused(
+          "a data URI has a type or an encoding that cannot be read; write "
+          "data:application/octet-stream;base64, and the bytes, or name a file");
+    }
     throw Refused("it is no valid glTF: " + oneLine(error.substr(0, error.find('\n'))) +
                   "; check the file with a validator");
   }

@@ -156,8 +156,9 @@ class Reader {
   void readNode(std::size_t number) {
     const tinygltf::Node& node = model_->nodes[number];
     const Transform& place = places_[number];
-    if (!place.isFinite()) {
-      notices_.add(numbered("the node", number) + " has a matrix that is not finite; what is at " +
+    if (!place.fitsFloats()) {
+      notices_.add(numbered("the node", number) +
+                   " has a matrix that is not finite, or too large; what is at " +
                    "this node is left out");
       return;
     }
@@ -273,10 +274,10 @@ class Reader {
         instance.w = {n[0], n[1], n[2]};
       }
       const Transform whole = place * instance;
-      if (whole.isFinite()) {
+      if (whole.fitsFloats()) {
         places.push_back(whole);
       } else {
-        notices_.add(what + ": some are not finite and are left out");
+        notices_.add(what + ": some are not finite, or too large, and are left out");
       }
     }
     return places;
@@ -419,9 +420,14 @@ class Reader {
         static_cast<std::size_t>(primitive.material) >= model_->materials.size()) {
       throw Refused("there is no material " + std::to_string(primitive.material));
     }
-    const Colour tint = tintOf(primitive, what);
+    const Tint& tint = tintOf(primitive, what);
+    const bool hasAlpha =
+        primitive.material >= 0 &&
+        isTransparent(model_->materials[static_cast<std::size_t>(primitive.material)]);
+    if (hasAlpha && !tint.isAlphaUniform) notices_.add(kMeanAlphas);
+    const float alpha = hasAlpha ? tint.alpha : 1;
     const auto [found, isNew] =
-        materials_.emplace(std::pair{std::max(-1, primitive.material), tint}, 0);
+        materials_.emplace(std::tuple{std::max(-1, primitive.material), tint.colour, alpha}, 0);
     if (isNew) {
       MaterialPlan plan =
           primitive.material < 0
@@ -429,44 +435,58 @@ class Reader {
               : gltfMaterial(*model_,
                              model_->materials[static_cast<std::size_t>(primitive.material)],
                              notices_);
-      const bool isUnlit = !plan.roughness;
-      for (std::size_t i = 0; i < 3; ++i) (isUnlit ? plan.emission : plan.baseColour)[i] *= tint[i];
+      Colour& ground = plan.roughness ? plan.baseColour : plan.emission;  // of an unlit material
+      for (std::size_t i = 0; i < 3; ++i) ground[i] *= tint.colour[i];
+      plan.opacity *= alpha;
       found->second = static_cast<int>(plan_.materials.size());
       plan_.materials.push_back(std::move(plan));
     }
     return found->second;
   }
 
-  Colour tintOf(const tinygltf::Primitive& primitive, const std::string& what) {
+  // The means of the colours and the alphas of the vertices of a mesh.
+  struct Tint {
+    Colour colour{1, 1, 1};
+    float alpha = 1;
+    bool isAlphaUniform = true;
+  };
+
+  const Tint& tintOf(const tinygltf::Primitive& primitive, const std::string& what) {
+    static const Tint kNone;
     const int accessor = arrayOf(primitive, "COLOR_0");
-    if (accessor < 0) return {1, 1, 1};
-    const auto known = tints_.find(accessor);
-    if (known != tints_.end()) return known->second;
+    if (accessor < 0) return kNone;
+    const auto [known, isNew] = tints_.emplace(accessor, Tint{});
+    Tint& tint = known->second;
+    if (!isNew) return tint;
     const Attribute colours = accessors_.get(accessor, 0, what + ", COLOR_0");
     if (colours.lanes != 3 && colours.lanes != 4) {
       throw Refused(what + ": COLOR_0 has no elements of 3 or 4 numbers");
     }
-    std::array<double, 3> sum{};
-    Colour first{1, 1, 1};
+    const auto lanes = static_cast<std::size_t>(colours.lanes);
+    using Channels = std::array<float, 4>;
+    Channels first{1, 1, 1, 1};
+    std::array<double, 4> sum{};
     bool isUniform = true;
     for (std::size_t i = 0; i < colours.count; ++i) {
-      Colour colour;
-      colours.read(i, colour.data(), 3);
-      for (std::size_t lane = 0; lane < 3; ++lane) {
-        colour[lane] = std::isfinite(colour[lane]) ? std::clamp(colour[lane], 0.0F, 1.0F) : 0;
-        sum[lane] += static_cast<double>(colour[lane]);
+      Channels channels{1, 1, 1, 1};
+      colours.read(i, channels.data(), colours.lanes);
+      for (std::size_t lane = 0; lane < lanes; ++lane) {
+        float& channel = channels[lane];
+        channel = std::isfinite(channel) ? std::clamp(channel, 0.0F, 1.0F) : 0;
+        sum[lane] += static_cast<double>(channel);
       }
-      if (i == 0) first = colour;
-      isUniform &= colour == first;
+      if (i == 0) first = channels;
+      isUniform &= std::equal(channels.begin(), channels.begin() + 3, first.begin());
+      tint.isAlphaUniform &= channels[3] == first[3];
     }
-    Colour tint = first;
-    if (!isUniform) {
-      notices_.add("colours of vertices are not carried; their mean multiplies the base colour");
-      for (std::size_t lane = 0; lane < 3; ++lane) {
-        tint[lane] = static_cast<float>(sum[lane] / static_cast<double>(colours.count));
-      }
+    const auto mean = [&](std::size_t lane) {
+      return static_cast<float>(sum[lane] / static_cast<double>(colours.count));
+    };
+    if (!isUniform) notices_.add(kMeanColours);
+    for (std::size_t lane = 0; lane < 3; ++lane) {
+      tint.colour[lane] = isUniform ? first[lane] : mean(lane);
     }
-    tints_[accessor] = tint;
+    tint.alpha = tint.isAlphaUniform ? first[3] : mean(3);
     return tint;
   }
 
@@ -542,8 +562,10 @@ class Reader {
     if (light.kind != LightKind::Directional) {
       // Candela are lumens for each angle, whatever the unit of length; so with a larger unit, the
       // same picture needs more of them.
-      const auto square = static_cast<float>(source_.scale * source_.scale);
-      for (float& channel : light.emission) channel *= square;
+      const double square = source_.scale * source_.scale;
+      for (float& channel : light.emission) {
+        channel = static_cast<float>(std::min(static_cast<double>(channel) * square, 1e30));
+      }
     }
     if (from.range > 0) {
       notices_.add("ranges of lights are not carried; they shine as far as they reach");
@@ -562,8 +584,8 @@ class Reader {
   std::vector<Transform> places_;  // of the nodes in the world
   std::vector<int> order_;         // the nodes of the scene, parents first
   std::map<Key, int> built_;       // the meshes by their arrays
-  std::map<std::pair<int, Colour>, int> materials_;
-  std::map<int, Colour> tints_;
+  std::map<std::tuple<int, Colour, float>, int> materials_;  // by number, colour and alpha
+  std::map<int, Tint> tints_;                                // by accessor
   std::set<std::pair<std::size_t, std::size_t>> countedPrimitives_;
   std::size_t leftOut_ = 0;
 };

@@ -93,7 +93,7 @@ class MaterialReader {
   }
 
   void readAlpha() {
-    if (from_.alphaMode != "MASK" && from_.alphaMode != "BLEND") return;
+    if (!isTransparent(from_)) return;
     plan_.opacity = alpha_;
     if (plan_.baseTexture) {
       plan_.opacityTexture = plan_.baseTexture;
@@ -249,6 +249,10 @@ double numberAt(const tinygltf::Value& object, const char* key, double otherwise
   if (!value.IsNumber()) return otherwise;
   const double number = value.GetNumberAsDouble();
   return std::isfinite(number) && std::abs(number) < 1e30 ? number : otherwise;
+}
+
+bool isTransparent(const tinygltf::Material& material) {
+  return material.alphaMode == "MASK" || material.alphaMode == "BLEND";
 }
 
 MaterialPlan defaultGltfMaterial() {

@@ -8,6 +8,9 @@
 
 namespace vrn_convert {
 
+/// Returns whether alpha belongs to a material: one that is OPAQUE ignores it.
+bool isTransparent(const tinygltf::Material& material);
+
 /// Returns the material that glTF gives to primitives without one.
 MaterialPlan defaultGltfMaterial();
 

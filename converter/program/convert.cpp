@@ -1,11 +1,15 @@
 #include "program/convert.hpp"
 
+#include <sys/stat.h>
 #include <unistd.h>
 
 #include <algorithm>
 #include <cerrno>
+#include <cstdio>
 #include <cstring>
+#include <filesystem>
 #include <memory>
+#include <system_error>
 
 #include "assimp/assimp_reader.hpp"
 #include "gltf/gltf_file.hpp"
@@ -78,6 +82,92 @@ void writeAll(int descriptor, const void* bytes, std::size_t size) {
   }
 }
 
+bool isSame(const struct stat& a, const struct stat& b) {
+  return a.st_dev == b.st_dev && a.st_ino == b.st_ino && S_ISREG(a.st_mode);
+}
+
+// Returns the path of a file that may not be there yet, without links.
+std::string placeOf(const std::string& path) {
+  std::error_code error;
+  const std::filesystem::path whole = std::filesystem::absolute(path, error);
+  const std::string place = std::filesystem::weakly_canonical(whole, error).string();
+  return error ? path : place;
+}
+
+// Throws Trouble if a file would be written over the input or over another output, also through
+// links.
+void checkOutputs(const Options& options) {
+  struct stat input {};
+  const bool hasInput = options.input == "-" ? fstat(STDIN_FILENO, &input) == 0
+                                             : stat(options.input.c_str(), &input) == 0;
+  const auto check = [&](const std::string& path, const std::string& option) {
+    struct stat output {};
+    if (path.empty() || path == "-" || stat(path.c_str(), &output) != 0) return;
+    if (hasInput && isSame(input, output)) {
+      throw Trouble(option + path + ": it is the file to convert; give another file to write");
+    }
+  };
+  check(options.output, "");
+  check(options.names, "--names: ");
+  if (options.names.empty() || options.output == "-") return;
+  struct stat scene {
+  }, names{};
+  const bool areThere =
+      stat(options.output.c_str(), &scene) == 0 && stat(options.names.c_str(), &names) == 0;
+  if (areThere ? isSame(scene, names) : placeOf(options.output) == placeOf(options.names)) {
+    throw Trouble("--names: " + options.names + ": it is the scene file to write; give another");
+  }
+}
+
+// A file that is written under another name first, so that nothing can go wrong when it takes its
+// place.
+class PreparedFile {
+ public:
+  PreparedFile() = default;
+  PreparedFile(const PreparedFile&) = delete;
+  PreparedFile& operator=(const PreparedFile&) = delete;
+  ~PreparedFile() {
+    if (!temporary_.empty()) std::remove(temporary_.c_str());
+  }
+
+  void prepare(const std::string& path, const std::string& bytes) {
+    place_ = placeOf(path);
+    struct stat old {};
+    const bool isThere = stat(place_.c_str(), &old) == 0;
+    if (isThere && S_ISDIR(old.st_mode)) throw Trouble(path + ": it is a folder; give a file");
+    if (isThere && !S_ISREG(old.st_mode)) throw Trouble(path + ": it is no file; give a file");
+    if (isThere && access(place_.c_str(), W_OK) != 0) {
+      throw Trouble(path + ": it cannot be written: " + std::strerror(errno));
+    }
+    const std::string temporary = place_ + ".new" + std::to_string(getpid());
+    vrtkError* failure = nullptr;
+    if (vrtkFileSave(bytes.data(), bytes.size(), temporary.c_str(), nullptr, &failure) != VRTK_OK) {
+      const std::unique_ptr<vrtkError, ErrorDeleter> owner(failure);
+      std::string text =
+          failure != nullptr ? vrtkErrorMessage(failure) : "there is not enough memory";
+      for (std::size_t at = 0; (at = text.find(temporary, at)) != std::string::npos;) {
+        text.replace(at, temporary.size(), path);
+        at += path.size();
+      }
+      throw Trouble(text);
+    }
+    temporary_ = temporary;
+    if (isThere) static_cast<void>(chmod(temporary_.c_str(), old.st_mode & 07777));
+  }
+
+  void commit() {
+    if (temporary_.empty()) return;
+    if (std::rename(temporary_.c_str(), place_.c_str()) != 0) {
+      throw Trouble(place_ + ": it cannot be written: " + std::strerror(errno));
+    }
+    temporary_.clear();
+  }
+
+ private:
+  std::string place_;      // without links
+  std::string temporary_;  // empty if there is none
+};
+
 std::string namesJson(const WrittenScene& written) {
   std::string json = "{";
   const char* comma = "\n";
@@ -114,6 +204,7 @@ class Conversion {
       : options_(options), standardOutput_(standardOutput) {}
 
   Outcome run() {
+    checkOutputs(options_);
     ScenePlan plan = read();
     if (plan.shapes.empty()) {
       throw Refused(kNoTriangles);
@@ -155,7 +246,7 @@ class Conversion {
                            source.format.empty() || !assimpReads(source.format);
     if (mayBeGltf) {
       const std::optional<std::string> version = gltfVersion(source);
-      // Version 1 is another format, which Assimp reads. It may leave out its version.
+      // Version 1 is another format, which Assimp reads.
       if (version && !version->empty() && version->compare(0, 2, "1.") != 0) {
         if (version->compare(0, 2, "2.") != 0) {
           throw Refused("it has version " + oneLine(*version) + " of glTF, not 2.0");
@@ -205,6 +296,8 @@ class Conversion {
   }
 
   void save(const WrittenScene& written) {
+    PreparedFile names;
+    if (!options_.names.empty()) names.prepare(options_.names, namesJson(written));
     const vrdmScene_t* const scene = written.scene.get();
     if (options_.output == "-") {
       void* bytes = nullptr;
@@ -217,11 +310,7 @@ class Conversion {
         return vrtkSceneSave(scene, options_.output.c_str(), nullptr, error);
       });
     }
-    if (options_.names.empty()) return;
-    const std::string names = namesJson(written);
-    require([&](vrtkError** error) {
-      return vrtkFileSave(names.data(), names.size(), options_.names.c_str(), nullptr, error);
-    });
+    names.commit();
   }
 
   std::string report(const WrittenScene& written) const {

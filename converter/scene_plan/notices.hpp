@@ -21,6 +21,12 @@ class Refused : public std::runtime_error {
 /// Why a file is refused that has only points, lines, cameras or lights.
 inline constexpr char kNoTriangles[] = "it has no triangles, so there is nothing to render";
 
+/// What is told if the colours of the vertices of a mesh differ, or their alphas.
+inline constexpr char kMeanColours[] =
+    "colours of vertices are not carried; their mean multiplies the base colour";
+inline constexpr char kMeanAlphas[] =
+    "alphas of vertices are not carried; their mean multiplies the opacity";
+
 /// Returns a text as one line: line ends and control characters become spaces, and a text of more
 /// than 300 bytes is cut.
 inline std::string oneLine(std::string text) {

@@ -22,6 +22,10 @@ inline Vector cross(Vector a, Vector b) {
 }
 inline double length(Vector a) { return std::sqrt(dot(a, a)); }
 inline bool isFinite(Vector a) { return std::isfinite(a.x + a.y + a.z); }
+inline bool fitsFloats(Vector a) {
+  constexpr double kMost = std::numeric_limits<float>::max();
+  return std::abs(a.x) <= kMost && std::abs(a.y) <= kMost && std::abs(a.z) <= kMost;
+}
 /// Returns the vector with a length of 1, or `otherwise` if it has no direction.
 inline Vector normalised(Vector a, Vector otherwise) {
   const double size = length(a);
@@ -34,9 +38,10 @@ struct Transform {
 
   Vector direction(Vector a) const { return x * a.x + y * a.y + z * a.z; }
   Vector point(Vector a) const { return direction(a) + w; }
-  bool isFinite() const {
-    return vrn_convert::isFinite(x) && vrn_convert::isFinite(y) && vrn_convert::isFinite(z) &&
-           vrn_convert::isFinite(w);
+  /// Whether all numbers are finite as floats, as which a scene stores them.
+  bool fitsFloats() const {
+    return vrn_convert::fitsFloats(x) && vrn_convert::fitsFloats(y) && vrn_convert::fitsFloats(z) &&
+           vrn_convert::fitsFloats(w);
   }
   /// The map that applies `b` first, and then `a`.
   friend Transform operator*(const Transform& a, const Transform& b) {

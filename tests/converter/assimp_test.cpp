@@ -1,7 +1,10 @@
 // Files that Assimp reads: their vertices, their axes, their colours and their textures.
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <cmath>
+#include <cstdint>
+#include <cstring>
 #include <filesystem>
 #include <fstream>
 
@@ -116,6 +119,29 @@ TEST(AssimpFiles, ColoursOfVerticesMultiplyTheColourOfTheMaterial) {
   EXPECT_FALSE(made.tells("colours of vertices"));
 }
 
+TEST(AssimpFiles, AlphasOfVerticesMultiplyTheOpacityOfTheMaterial) {
+  const auto ply = [](const char* a, const char* b, const char* c) {
+    const std::string colour = " 255 0 0 ";
+    return std::string(
+               "ply\nformat ascii 1.0\nelement vertex 3\nproperty float x\nproperty float "
+               "y\nproperty float z\nproperty uchar red\nproperty uchar green\nproperty uchar "
+               "blue\nproperty uchar alpha\nelement face 1\nproperty list uchar int "
+               "vertex_indices\nend_header\n") +
+           "0 0 0" + colour + a + "\n1 0 0" + colour + b + "\n0 1 0" + colour + c + "\n3 0 1 2\n";
+  };
+  const Converted uniform = convert(sourceOf(ply("51", "51", "51"), "ply"));
+  EXPECT_FLOAT_EQ(uniform.value(VRDM_CLASS_MATERIAL, 0).get<float>("opacity"), 0.2F);
+  EXPECT_FALSE(uniform.tells("vertices"));
+  const Converted varying = convert(sourceOf(ply("0", "51", "102"), "ply"));
+  EXPECT_FLOAT_EQ(varying.value(VRDM_CLASS_MATERIAL, 0).get<float>("opacity"), 0.2F);
+  EXPECT_TRUE(varying.tells("alphas of vertices"));
+  const Converted opaque = convert(sourceOf(ply("255", "255", "255"), "ply"));
+  EXPECT_FALSE(has(opaque.value(VRDM_CLASS_MATERIAL, 0), "opacity"));
+  const Converted zero = convert(sourceOf(ply("0", "0", "0"), "ply"));
+  EXPECT_FALSE(has(zero.value(VRDM_CLASS_MATERIAL, 0), "opacity"));
+  EXPECT_TRUE(zero.tells("an alpha of 0"));
+}
+
 TEST(AssimpFiles, AnEmptyMeshDoesNotKeepOthersFromBeingRead) {
   const Converted made =
       convert(sourceOf("solid empty\nendsolid empty\nsolid s\nfacet normal 0 0 1\nouter "
@@ -137,6 +163,133 @@ TEST(AssimpFiles, PointsAloneAreRefused) {
     reason = refused.what();
   }
   EXPECT_EQ(reason.find('\n'), std::string::npos);
+}
+
+TEST(AssimpFiles, AFaceThatNamesAVertexThatDoesNotExistIsRefusedWithItsIndex) {
+  const auto ply = [](const std::string& last) {
+    return "ply\nformat ascii 1.0\nelement vertex 3\nproperty float x\nproperty float y\nproperty "
+           "float z\nelement face 2\nproperty list uchar int vertex_indices\nend_header\n0 0 0\n1 "
+           "0 "
+           "0\n0 1 0\n3 0 1 2\n3 0 1 " +
+           last + "\n";
+  };
+  EXPECT_EQ(refusal(ply("2"), "ply"), "");
+  EXPECT_EQ(refusal(ply("3"), "ply"), "mesh 0, face 1: the index 3 has no vertex; there are 3");
+  EXPECT_EQ(refusal(ply("900000000"), "ply"),
+            "mesh 0, face 1: the index 900000000 has no vertex; there are 3");
+  // -1 as an unsigned number.
+  EXPECT_EQ(refusal(ply("-1"), "ply"),
+            "mesh 0, face 1: the index 4294967295 has no vertex; there are 3");
+}
+
+std::string facet(const std::string& normal, const std::string& corner) {
+  return "facet normal " + normal + "\nouter loop\nvertex " + corner +
+         "\nvertex 4 0 0\nvertex 0 5 0\nendloop\nendfacet\n";
+}
+
+TEST(AssimpFiles, ATriangleWithAVertexThatIsNotFiniteIsLeftOutWithANoticeAndTheOthersStay) {
+  for (const char* bad : {"inf 0 0", "0 -inf 0", "0 0 nan", "1e39 0 0"}) {
+    for (const bool isFirst : {false, true}) {
+      const std::string good = facet("0 0 1", "0 0 0");
+      const std::string other = facet("0 0 1", bad);
+      const Converted made = convert(
+          sourceOf("solid s\n" + (isFirst ? other + good : good + other) + "endsolid s\n", "stl"));
+      ASSERT_EQ(made.count(VRDM_CLASS_MESH), 1U) << bad;
+      const MeshBytes mesh = meshOf(made, 0);
+      ASSERT_EQ(mesh.desc.triangles, 1) << bad;
+      const std::vector<std::uint32_t> corners = mesh.indices();
+      const auto corner = [&](std::size_t at) {
+        return mesh.position(static_cast<int>(corners[at]));
+      };
+      EXPECT_EQ(corner(0), (Float3{0, 0, 0})) << bad;
+      EXPECT_EQ(corner(1), (Float3{4, 0, 0})) << bad;
+      EXPECT_EQ(corner(2), (Float3{0, 5, 0})) << bad;
+      EXPECT_TRUE(made.tells("not finite; 1 of its triangles are left out")) << bad;
+      EXPECT_TRUE(made.hasLoss);
+      EXPECT_EQ(checked(made), "");
+    }
+  }
+}
+
+TEST(AssimpFiles, NormalsThatAreNoDirectionsAreComputed) {
+  const auto ply = [](const std::string& first) {
+    return "ply\nformat ascii 1.0\nelement vertex 3\nproperty float x\nproperty float y\nproperty "
+           "float z\nproperty float nx\nproperty float ny\nproperty float nz\nelement face "
+           "1\nproperty list uchar int vertex_indices\nend_header\n0 0 0 " +
+           first + "\n1 0 0 0 0 0\n0 1 0 0 0 0\n3 0 2 1\n";
+  };
+  // Clockwise, so the normal points down. Zeros stand for no normals.
+  const Converted none = convert(sourceOf(ply("0 0 0"), "ply"));
+  EXPECT_EQ(meshOf(none, 0).normal(0), (Float3{0, 0, -1}));
+  EXPECT_FALSE(none.tells("normals"));
+  const Converted some = convert(sourceOf(ply("1 0 0"), "ply"));
+  EXPECT_EQ(meshOf(some, 0).normal(0), (Float3{0, 0, -1}));
+  EXPECT_TRUE(some.tells("normals that are no directions"));
+}
+
+// A PLY of a triangle with a property that only some readers know.
+std::string plyHeader(const std::string& encoding) {
+  return "ply\nformat " + encoding +
+         " 1.0\ncomment no end_header\nelement vertex 3\nproperty float x\nproperty float y\n"
+         "property float z\nelement face 1\nproperty uchar flags\nproperty list uchar int "
+         "vertex_indices\nend_header\n";
+}
+
+std::string plyBody(bool isBigEndian) {
+  std::string bytes;
+  const auto add = [&](const auto number) {
+    std::string word(sizeof number, '\0');
+    std::memcpy(word.data(), &number, sizeof number);
+    if (isBigEndian) std::reverse(word.begin(), word.end());
+    bytes += word;
+  };
+  for (const float number : {0.F, 0.F, 0.F, 2.F, 0.F, 0.F, 0.F, 3.F, 0.F}) add(number);
+  bytes += std::string("\7\3", 2);
+  for (const std::int32_t number : {0, 1, 2}) add(number);
+  return bytes;
+}
+
+TEST(AssimpFiles, APlyThatIsCutAnywhereIsRefusedAtOnceAndAWholeOneIsRead) {
+  const std::string text = plyHeader("ascii") + "0 0 0\n2 0 0\n0 3 0\n7 3 0 1 2\n";
+  const std::string little = plyHeader("binary_little_endian") + plyBody(false);
+  const std::string big = plyHeader("binary_big_endian") + plyBody(true);
+  for (const std::string& whole : {text, little, big}) {
+    const Converted made = convert(sourceOf(whole, "ply"));
+    ASSERT_EQ(made.count(VRDM_CLASS_MESH), 1U);
+    EXPECT_GE(vertexAt(meshOf(made, 0), {0, 3, 0}), 0);
+    const std::size_t header = whole.find("\nend_header\n") + 12;
+    for (std::size_t size = 18; size < header - 1; ++size) {
+      EXPECT_EQ(refusal(whole.substr(0, size), "ply"),
+                "it cannot be read: its header has no line end_header; the file may be cut")
+          << size;
+    }
+  }
+  for (const std::string& whole : {little, big}) {
+    const std::size_t start = whole.find("\nend_header\n") + 12;
+    for (std::size_t size = start; size < whole.size(); ++size) {
+      const std::size_t vertices = (size - start) / 12;
+      EXPECT_EQ(refusal(whole.substr(0, size), "ply"),
+                "it cannot be read: its header tells of " +
+                    (vertices < 3 ? "3 vertex elements, and there are " + std::to_string(vertices)
+                                  : std::string("1 face elements, and there are 0")) +
+                    "; the file may be cut")
+          << size;
+    }
+  }
+  EXPECT_EQ(refusal(text.substr(0, text.find("0 3 0")), "ply"),
+            "it cannot be read: its header tells of 3 vertex elements, and there are 2; the file "
+            "may be cut");
+  EXPECT_EQ(refusal(text.substr(0, text.find("7 3")), "ply"),
+            "it cannot be read: its header tells of 1 face elements, and there are 0; the file may "
+            "be cut");
+}
+
+TEST(AssimpFiles, AListOfAPlyThatIsLongerThanTheFileIsRefused) {
+  std::string bytes = plyHeader("binary_little_endian") + plyBody(false);
+  bytes[bytes.size() - 13] = '\xff';
+  EXPECT_EQ(refusal(bytes, "ply"),
+            "it cannot be read: its header tells of 1 face elements, and there are 0; the file may "
+            "be cut");
 }
 
 TEST(AssimpFiles, WhatIsNoModelIsRefused) {
@@ -194,6 +347,30 @@ TEST_F(ObjFolder, MaterialsBecomeFieldsAndTheirImagesTextures) {
 TEST_F(ObjFolder, AMaterialWithoutAHighlightIsDiffuse) {
   write("quad.mtl", "newmtl painted\nKd 1 1 1\nKs 0 0 0\nNs 30\n");
   EXPECT_FALSE(has(convertFile().value(VRDM_CLASS_MATERIAL, 0), "roughness"));
+}
+
+TEST_F(ObjFolder, AFileOfMaterialsThatIsNotThereIsToldOnce) {
+  const Converted made = convertFile();
+  EXPECT_EQ(made.count(VRDM_CLASS_SHAPE), 1U);
+  const std::string words = " cannot be opened; what it holds is left out";
+  EXPECT_EQ(made.notices.size(), 1U);
+  EXPECT_TRUE(made.tells("the file quad.mtl" + words));
+  EXPECT_TRUE(made.hasLoss);
+  // The reader also looks for quad.mtl, which no file names.
+  write("quad.obj", std::string("mtllib sub/gone.mtl\nusemtl painted\n") + kObj);
+  const Converted other = convertFile();
+  EXPECT_EQ(other.notices.size(), 1U);
+  EXPECT_TRUE(other.tells("the file sub/gone.mtl" + words));
+  write("quad.mtl", "newmtl painted\nKd 1 0 0\n");
+  write("quad.obj", std::string("mtllib quad.mtl\nusemtl painted\n") + kObj);
+  EXPECT_TRUE(convertFile().notices.empty());
+}
+
+TEST_F(ObjFolder, BytesWithoutAFolderFindNoFile) {
+  write("quad.mtl", "newmtl painted\nKd 1 0 0\n");
+  const std::string path = (folder_ / "quad.mtl").string();
+  const Converted made = convert(sourceOf("mtllib " + path + "\nusemtl painted\n" + kObj, "obj"));
+  EXPECT_TRUE(made.tells(path + " cannot be opened"));
 }
 
 TEST_F(ObjFolder, AnImageThatIsNotThereIsLeftOutWithANotice) {

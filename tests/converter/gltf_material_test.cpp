@@ -222,4 +222,38 @@ TEST(GltfMaterial, TheMeanOfTheColoursOfVerticesMultipliesTheBaseColour) {
   EXPECT_TRUE(made.tells("colours of vertices"));
 }
 
+// A triangle with colours and alphas of its vertices, and a material with an opacity of 0.8.
+Converted withAlphas(const std::string& mode, const std::vector<float>& alphas) {
+  Buffer buffer;
+  std::vector<float> colours;
+  for (const float alpha : alphas) colours.insert(colours.end(), {0.5F, 0.5F, 0.5F, alpha});
+  const int positions = buffer.add<float>({0, 0, 0, 1, 0, 0, 0, 1, 0});
+  const int view = buffer.add<float>(colours);
+  return convertGltf(
+      gltf(buffer.json() + ", \"accessors\": [ " + accessor(positions, 5126, 3, "VEC3") + ", " +
+           accessor(view, 5126, 3, "VEC4") + " ], \"materials\": [ { \"alphaMode\": \"" + mode +
+           "\", \"pbrMetallicRoughness\": { \"baseColorFactor\": [ 1, 1, 1, 0.8 ] } } ], "
+           "\"meshes\": [ { "
+           "\"primitives\": [ { \"attributes\": { \"POSITION\": 0, \"COLOR_0\": 1 }, \"material\": "
+           "0 } ] "
+           "} ], " +
+           kOneNode));
+}
+
+TEST(GltfMaterial, TheMeanAlphaOfTheVerticesMultipliesTheOpacity) {
+  for (const char* mode : {"BLEND", "MASK"}) {
+    const Converted uniform = withAlphas(mode, {0.25F, 0.25F, 0.25F});
+    EXPECT_FLOAT_EQ(uniform.value(VRDM_CLASS_MATERIAL, 0).get<float>("opacity"), 0.2F);
+    EXPECT_FALSE(uniform.tells("vertices"));
+    const Converted varying = withAlphas(mode, {0, 0.5F, 1});
+    EXPECT_FLOAT_EQ(varying.value(VRDM_CLASS_MATERIAL, 0).get<float>("opacity"), 0.4F);
+    EXPECT_TRUE(varying.tells("alphas of vertices"));
+    EXPECT_FALSE(varying.tells("colours of vertices"));
+  }
+  // An opaque material has no alpha.
+  const Converted opaque = withAlphas("OPAQUE", {0, 0.5F, 1});
+  EXPECT_FALSE(has(opaque.value(VRDM_CLASS_MATERIAL, 0), "opacity"));
+  EXPECT_FALSE(opaque.tells("vertices"));
+}
+
 }  // namespace

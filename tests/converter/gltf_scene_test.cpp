@@ -164,4 +164,40 @@ TEST(GltfBinary, AGlbIsReadWithItsBuffer) {
   EXPECT_EQ(meshOf(made, 0).position(2), (Float3{0, 7, 0}));
 }
 
+TEST(GltfScene, WhatStandsBeyondTheRangeOfFloatsIsLeftOutWithANotice) {
+  const std::string far = "\"translation\": [ 1e39, 0, 0 ]";
+  const std::string members =
+      ", \"cameras\": [ { \"type\": \"perspective\", \"perspective\": { \"yfov\": 0.8, \"znear\": "
+      "0.1 } } ], \"extensions\": { \"KHR_lights_punctual\": { \"lights\": [ { \"type\": \"point\" "
+      "} ] "
+      "} }";
+  const std::string light = "\"extensions\": { \"KHR_lights_punctual\": { \"light\": 0 } }";
+  const Converted made =
+      convertGltf(triangleGltf("\"nodes\": [ { \"mesh\": 0 }, { \"mesh\": 0, " + far +
+                               " }, { \"camera\": 0, " + far + " }, { " + light + ", " + far +
+                               " }, { \"mesh\": 0, \"scale\": [ 1, -1e39, 1 ] }, { \"mesh\": 0, " +
+                               "\"translation\": [ 1e38, 0, 0 ] } ]" + members));
+  EXPECT_EQ(made.count(VRDM_CLASS_SHAPE), 2U);
+  EXPECT_EQ(made.count(VRDM_CLASS_CAMERA), 0U);
+  EXPECT_EQ(made.count(VRDM_CLASS_LIGHT), 0U);
+  for (const char* node : {"node 1", "node 2", "node 3", "node 4"}) {
+    EXPECT_TRUE(
+        made.tells(std::string("the ") + node + " has a matrix that is not finite, or too large"))
+        << node;
+  }
+  EXPECT_EQ(made.row(VRDM_CLASS_TRANSFORMATION_GROUP, 1, "w")[0], 1e38F);
+  EXPECT_EQ(checked(made), "");
+}
+
+TEST(GltfScene, APlaceThatIsTooLargeOnlyWithTheScaleIsLeftOut) {
+  const std::string text =
+      triangleGltf("\"nodes\": [ { \"mesh\": 0, \"translation\": [ 1e38, 0, 0 ] } ]");
+  vrn_convert::Source source = sourceOf(text, "gltf");
+  source.scale = 10;
+  source.root = vrn_convert::Transform::scaling({10, 10, 10});
+  const Converted made = convert(source);
+  EXPECT_EQ(made.count(VRDM_CLASS_SHAPE), 0U);
+  EXPECT_TRUE(made.tells("too large"));
+}
+
 }  // namespace

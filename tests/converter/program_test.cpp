@@ -237,6 +237,59 @@ TEST_F(Program, NamesGoIntoAFile) {
   EXPECT_EQ(names["Shape"], nlohmann::json::parse("[\"it\"]"));
 }
 
+TEST_F(Program, TheFileToConvertIsNotOverwritten) {
+  write("in.glb", triangleGltf(kOneNode));
+  const std::string before = bytes("in.glb");
+  std::filesystem::create_symlink("in.glb", folder_ / "link.glb");
+  std::filesystem::create_hard_link(folder_ / "in.glb", folder_ / "hard.glb");
+  std::filesystem::create_directory_symlink(".", folder_ / "here");
+  const std::string words = ": it is the file to convert; give another file to write";
+  for (const char* name : {"in.glb", "link.glb", "hard.glb", "./here/in.glb"}) {
+    EXPECT_EQ(run(std::string("in.glb ") + name), 2);
+    EXPECT_EQ(line(), std::string("vrn convert: ") + name + words);
+    EXPECT_EQ(run(std::string("- ") + name + " < in.glb"), 2);
+    EXPECT_EQ(line(), std::string("vrn convert: ") + name + words);
+    EXPECT_EQ(run(std::string("in.glb out.vrnscene --names ") + name), 2);
+    EXPECT_EQ(line(), std::string("vrn convert: --names: ") + name + words);
+  }
+  EXPECT_EQ(run("link.glb in.glb"), 2);
+  EXPECT_EQ(bytes("in.glb"), before);
+  EXPECT_FALSE(std::filesystem::exists(folder_ / "out.vrnscene"));
+}
+
+TEST_F(Program, TheNamesDoNotGoOverTheScene) {
+  EXPECT_EQ(run("in.gltf out.vrnscene --names ./out.vrnscene"), 2);
+  EXPECT_EQ(line(),
+            "vrn convert: --names: ./out.vrnscene: it is the scene file to write; give another");
+  EXPECT_FALSE(std::filesystem::exists(folder_ / "out.vrnscene"));
+  write("out.vrnscene", "old");
+  std::filesystem::create_hard_link(folder_ / "out.vrnscene", folder_ / "names.json");
+  EXPECT_EQ(run("in.gltf out.vrnscene --names names.json"), 2);
+  EXPECT_EQ(bytes("out.vrnscene"), "old");
+}
+
+TEST_F(Program, NothingIsWrittenIfTheNamesOrTheSceneCannotBe) {
+  std::filesystem::create_directories(folder_ / "folder");
+  const auto files = [this] {
+    return std::distance(std::filesystem::directory_iterator(folder_), {});
+  };
+  ASSERT_EQ(run("--help"), 0);
+  const auto before = files();
+  for (const char* names : {"nowhere/n.json", "folder", "/dev/full"}) {
+    EXPECT_EQ(run(std::string("--quiet in.gltf out.vrnscene --names ") + names), 2);
+    EXPECT_EQ(line().find(std::string("vrn convert: ") + names), 0U) << line();
+    EXPECT_EQ(files(), before);
+  }
+  EXPECT_EQ(run("--quiet in.gltf nowhere/out.vrnscene --names names.json"), 2);
+  EXPECT_EQ(files(), before);
+  write("names.json", "old");
+  EXPECT_EQ(run("--quiet in.gltf nowhere/out.vrnscene --names names.json"), 2);
+  EXPECT_EQ(bytes("names.json"), "old");
+  EXPECT_EQ(run("--quiet in.gltf out.vrnscene --names names.json"), 0) << bytes("err");
+  EXPECT_EQ(nlohmann::json::parse(bytes("names.json"))["Mesh"][0], "tri");
+  EXPECT_EQ(files(), before + 2);
+}
+
 TEST_F(Program, TheTimeLimitEndsAWaitForever) {
   ASSERT_EQ(mkfifo(path("pipe.obj").c_str(), 0600), 0);
   EXPECT_EQ(run("--time-limit 0.2 pipe.obj out.vrnscene"), 2);
@@ -255,6 +308,57 @@ TEST_F(Program, HelpVersionAndFormatsGoToStandardOutput) {
     EXPECT_NE(bytes("out").find(format), std::string::npos) << format;
   }
   EXPECT_EQ(bytes("err"), "");
+}
+
+TEST_F(Program, AFullStandardOutputIsTroubleAndALine) {
+  for (const char* option :
+       {"--help", "--version", "--formats", "--json --quiet in.gltf out.vrnscene"}) {
+    EXPECT_EQ(run(std::string(option) + " > /dev/full 2> told; echo $?"), 0);
+    EXPECT_EQ(bytes("out"), "2\n") << option;
+    EXPECT_EQ(bytes("told"),
+              "vrn convert: standard output: it cannot be written: No space left on device; make "
+              "room and run the command again\n");
+  }
+}
+
+TEST_F(Program, ARefusalOfAGltfSaysWhatIsWrong) {
+  const std::string whole = glb(triangleGltf(kOneNode), "some");
+  write("whole.glb", whole);
+  ASSERT_EQ(run("--quiet whole.glb out.vrnscene"), 0) << bytes("err");
+  const auto lineFor = [this](const std::string& name, const std::string& text) {
+    write(name, text);
+    EXPECT_EQ(run("--quiet " + name + " o"), 2) << text;
+    EXPECT_FALSE(std::filesystem::exists(folder_ / "o"));
+    return line().substr(std::string("vrn convert: ").size() + name.size() + 2);
+  };
+  const std::string invalid = "it is no valid glTF: ";
+  for (const std::size_t size : {std::size_t{20}, std::size_t{100}, whole.size() - 1}) {
+    EXPECT_EQ(lineFor("cut.glb", whole.substr(0, size)),
+              invalid + "its header tells of " + std::to_string(whole.size()) +
+                  " bytes, and the file has " + std::to_string(size) + "; it may be cut");
+  }
+  EXPECT_EQ(lineFor("cut.glb", whole.substr(0, 7)),
+            invalid + "a .glb has at least 20 bytes, and the file has 7; it may be cut");
+  const std::string text = triangleGltf(kOneNode);
+  const std::string version = "\"version\": \"2.0\"";
+  const auto with = [&](const std::string& asset) {
+    return std::string(text).replace(text.find(version), version.size(), asset);
+  };
+  EXPECT_EQ(lineFor("a.gltf", with("")), invalid + "its asset.version is missing, or is no string");
+  EXPECT_EQ(lineFor("a.gltf", "{}"), invalid + "its asset.version is missing, or is no string");
+  EXPECT_EQ(lineFor("a.gltf", "{ \"asset\""),
+            invalid + "its JSON is damaged at byte 10; the file may be cut");
+  EXPECT_EQ(lineFor("a.gltf", "words"),
+            invalid + "it does not begin with an object of JSON in UTF-8");
+  EXPECT_EQ(
+      lineFor("a.gltf", with("\"version\": \"2.1\", \"minVersion\": \"2.1\"")),
+      "it needs at least version 2.1 of glTF (asset.minVersion), and 2.0 is what can be read");
+  write("a.gltf", with("\"minVersion\": \"2.0\", \"version\": \"2.1\""));
+  EXPECT_EQ(run("--quiet a.gltf out.vrnscene"), 0) << bytes("err");
+  const std::string type = "application/octet-stream";
+  EXPECT_EQ(lineFor("a.gltf", std::string(text).replace(text.find(type), type.size(), "x/y")),
+            "a data URI has a type or an encoding that cannot be read; write "
+            "data:application/octet-stream;base64, and the bytes, or name a file");
 }
 
 #if defined(VRN)
