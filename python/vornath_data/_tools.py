@@ -13,6 +13,7 @@ import numpy
 from . import _declarations, _ending
 from ._layout import plain_array
 from ._library import long, quick
+from ._objects import SceneClasses
 from ._slotted import Record, Slotted
 from ._status import bytes_of, path_bytes, save_error, size_limit, take_toolkit_string, toolkit_error
 from .errors import JsonError, JsonMessage
@@ -288,9 +289,8 @@ class _Both:
     __slots__ = ("_held",)
 
     def __init__(self, a: Scene, b: Scene) -> None:
-        from .scene import Scene
         for one in (a, b):  # before either is taken
-            if not isinstance(one, Scene):
+            if not isinstance(one, SceneClasses):
                 raise TypeError(f"a Scene is expected, not {one.__class__.__name__}")
         self._held = (a, b)
 

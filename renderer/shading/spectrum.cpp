@@ -32,18 +32,19 @@ void convert(Pairs& pairs, std::uint32_t encoding, float* out, std::int32_t spac
   vrntSpectrumConvert(&from, &to, space);
 }
 
-// Eight amplitudes of a spectrum. A compiler makes them fit the vector units.
-using Lanes __attribute__((vector_size(32), may_alias)) = float;
+// Eight amplitudes of a spectrum, which is not aligned to so many. A compiler makes them fit the
+// vector units.
+using Lanes __attribute__((vector_size(32), may_alias, aligned(16))) = float;
 
 // Returns the means of the products of a spectrum with four others.
 VRN_RENDER_WIDE void weigh(const Spectrum& a, const std::array<Spectrum, 4>& weights,
                            std::array<float, 4>& means) {
   // Eight sums for each, which fit a register or two. Their order is that of Spectrum::mean().
-  const auto* const from = reinterpret_cast<const Lanes*>(a.v.data());
-  const auto* const red = reinterpret_cast<const Lanes*>(weights[0].v.data());
-  const auto* const green = reinterpret_cast<const Lanes*>(weights[1].v.data());
-  const auto* const blue = reinterpret_cast<const Lanes*>(weights[2].v.data());
-  const auto* const luminance = reinterpret_cast<const Lanes*>(weights[3].v.data());
+  const Lanes* const from = reinterpret_cast<const Lanes*>(a.v.data());
+  const Lanes* const red = reinterpret_cast<const Lanes*>(weights[0].v.data());
+  const Lanes* const green = reinterpret_cast<const Lanes*>(weights[1].v.data());
+  const Lanes* const blue = reinterpret_cast<const Lanes*>(weights[2].v.data());
+  const Lanes* const luminance = reinterpret_cast<const Lanes*>(weights[3].v.data());
   Lanes sums[4] = {};
   for (std::size_t i = 0; i < kPaddedBands / 8; ++i) {
     sums[0] += from[i] * red[i];

@@ -34,8 +34,9 @@ struct Scattering {
   }
 };
 
-/// An amplitude for each band. Arithmetic is band by band.
-struct alignas(64) Spectrum {
+/// An amplitude for each band. Arithmetic is band by band. Its alignment is that of the stack: for
+/// more, GCC 12 misplaces some temporaries.
+struct alignas(16) Spectrum {
   std::array<float, kPaddedBands> v;
 
   /// Selects the constructor that leaves the amplitudes unset, for a spectrum that is written next.
@@ -104,9 +105,21 @@ struct alignas(64) Spectrum {
   }
 };
 
-inline Spectrum operator*(Spectrum a, const Spectrum& b) { return a *= b; }
-inline Spectrum operator*(Spectrum a, float b) { return a *= b; }
-inline Spectrum operator+(Spectrum a, const Spectrum& b) { return a += b; }
+inline Spectrum operator*(const Spectrum& a, const Spectrum& b) {
+  Spectrum product(a);
+  product *= b;
+  return product;
+}
+inline Spectrum operator*(const Spectrum& a, float b) {
+  Spectrum product(a);
+  product *= b;
+  return product;
+}
+inline Spectrum operator+(const Spectrum& a, const Spectrum& b) {
+  Spectrum sum(a);
+  sum += b;
+  return sum;
+}
 
 /// Linear RGB with the primaries and the white of sRGB.
 struct Rgb {
