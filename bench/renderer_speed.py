@@ -109,7 +109,7 @@ def main():
             print(f"{label}: {statistics.median(found):.2f} million samples a second of the processor "
                   f"(from {min(found):.2f} to {max(found):.2f})")
         ratio = statistics.median(a / b for a, b in zip(rates["vrn-render"], rates["pathtracer"]))
-        print(f"ratio: {ratio:.2f}")
+        print(f"ratio: {ratio:.3f}")
 
         # The clock tells what a second processor gives, if both are idle; the time of the processors
         # tells what two threads cost each other, also if they are not.
